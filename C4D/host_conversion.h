@@ -1,0 +1,40 @@
+// The host's values as records of the simulation. The host's space is left-handed, the grid's is
+// right-handed: what says `flipped` negates z.
+#pragma once
+
+#include "cache/frame_time.h"
+#include "host/interface/scene.h"
+#include "math/affine_transform.h"
+
+namespace nbx {
+
+inline Vec3d to_vector(const host::Vector& v) { return {v.x, v.y, v.z}; }
+inline Vec3d to_flipped_vector(const host::Vector& v) { return {v.x, v.y, -v.z}; }
+
+inline Affine3d to_affine(const host::Matrix& m) {
+  Affine3d a;
+  a.rows = {Vec3d(m.v1.x, m.v2.x, m.v3.x), Vec3d(m.v1.y, m.v2.y, m.v3.y),
+            Vec3d(m.v1.z, m.v2.z, m.v3.z)};
+  a.translation = to_vector(m.off);
+  return a;
+}
+
+/// Seconds as a fraction.
+inline Fraction to_fraction(const host::BaseTime& t) {
+  return normalize(
+      {static_cast<double>(t.GetNumerator()), static_cast<double>(t.GetDenominator())});
+}
+
+/// The document time of a frame.
+inline FrameTime frame_time(int frame, int fps) {
+  return {normalize({static_cast<double>(frame), static_cast<double>(fps)}),
+          Fraction{1, static_cast<double>(fps)}};
+}
+
+/// Brings the scene to a time, as precisely as a millionth of a second.
+inline void evaluate(host::BaseDocument& document, double seconds) {
+  document.SetTime(host::BaseTime::FromSeconds(seconds));
+  document.ExecutePasses(nullptr, true, true, true);
+}
+
+}  // namespace nbx

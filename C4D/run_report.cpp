@@ -1,0 +1,72 @@
+#include "C4D/run_report.h"
+
+#include <cmath>
+#include <cstdio>
+
+#include "C4D/workspace.h"
+#include "math/field.h"
+#include "util/format_size.h"
+
+namespace nbx {
+
+namespace {
+
+constexpr double kSecondsBetweenLines = 0.1;
+
+/// "0:07", "12:34", "3:02:01".
+std::string clock(double seconds) {
+  const long s = std::lround(seconds);
+  char text[32];
+  if (s < 3600)
+    std::snprintf(text, sizeof text, "%ld:%02ld", s / 60, s % 60);
+  else
+    std::snprintf(text, sizeof text, "%ld:%02ld:%02ld", s / 3600, s / 60 % 60, s % 60);
+  return text;
+}
+
+}  // namespace
+
+/// "frame 12 (13 of 101), 0.45 s a frame, 0:40 left, 310.20MB", as far as it is known.
+std::string RunReport::line(int number, double frames_done) const {
+  char text[96];
+  std::snprintf(text, sizeof text, "frame %d (%d of %d)", number,
+                std::min(static_cast<int>(frames_done) + 1, frames_total_), frames_total_);
+  std::string result = text;
+  // The first frame is no measure: it holds the sources alone.
+  if (frames_done > 1.2) {
+    const double rate = seconds() / frames_done;
+    std::snprintf(text, sizeof text, ", %.2f s a frame, %s left", rate,
+                  clock(rate * (frames_total_ - frames_done)).c_str());
+    result += text;
+  }
+  return result + ", " + format_size(resident_memory(), 2);
+}
+
+void RunReport::step(int frame, const SimSettings& settings, int steps_remaining, int done,
+                     int total) {
+  if (since_line_.seconds() < kSecondsBetweenLines || total <= 0) return;
+  since_line_.lap();
+  char substep[48];
+  std::snprintf(substep, sizeof substep, ", substep %d of %d", settings.step_index + 1,
+                settings.step_index + steps_remaining);
+  context_.Progress(line(frame + 1, frames_done_ + static_cast<double>(done) / total) + substep,
+                    false);
+}
+
+void RunReport::frame(int number, const SimSettings& settings, const std::string& error) {
+  if (!error.empty()) {
+    ++frames_lost_;
+    context_.Error("frame " + std::to_string(number) + " is not stored: " + error);
+  }
+  ++frames_done_;
+  const double seconds = since_frame_.lap();
+  context_.Progress(line(number, frames_done_ - 1e-9), true);
+  context_.Event("frame", {{"frame", std::int64_t{number}},
+                           {"stored", error.empty()},
+                           {"substeps", std::int64_t{settings.step_index}},
+                           {"seconds", seconds},
+                           {"memory_bytes", static_cast<std::int64_t>(resident_memory())},
+                           {"field_allocations", static_cast<std::int64_t>(field_allocations())}});
+}
+
+}  // namespace nbx

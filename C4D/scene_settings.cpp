@@ -1,0 +1,102 @@
+#include "C4D/scene_settings.h"
+
+#include <algorithm>
+
+#include "C4D/host_conversion.h"
+#include "C4D/volume_grid.h"
+#include "C4D/volume_parameters.h"
+#include "util/exception.h"
+
+namespace nbx {
+
+namespace {
+
+using Parameters = host::BaseContainer;
+
+ChannelParams channel_params(const Parameters& p, int key, std::int32_t buoyancy,
+                             std::int32_t direction, std::int32_t decay, double unit_scale) {
+  ChannelParams channel = default_channel_params(key);
+  channel.decay_mode = DecayMode::kExponential;
+  channel.decay = std::clamp(p.GetReal(decay), 0.0, 0.999999);
+  channel.buoyancy = std::max(p.GetReal(buoyancy, channel.buoyancy / unit_scale), 0.0) * unit_scale;
+  const Vec3d& d = channel.direction;
+  channel.direction = normalised(to_flipped_vector(p.GetVector(direction, {d[0], d[1], d[2]})));
+  return channel;
+}
+
+/// How far the domain's centre moves in world space until `seconds` from now, z negated.
+Vec3d motion(host::BaseObject& volume, double seconds) {
+  host::BaseDocument& document = volume.GetDocument();
+  const host::BaseTime now = document.GetTime();
+  const Vec3d start = to_flipped_vector(volume.GetMg() * volume.GetMp());
+  evaluate(document, now.Get() + seconds);
+  const Vec3d end = to_flipped_vector(volume.GetMg() * volume.GetMp());
+  document.SetTime(now);
+  document.ExecutePasses(nullptr, true, true, true);
+  return end - start;
+}
+
+/// The wind as the domain feels it: that of the world less the domain's own motion.
+void read_wind(SimSettings& s, host::BaseObject& volume, double dt) {
+  const Parameters& p = volume.GetDataInstance();
+  s.wind_direction = normalised(to_flipped_vector(p.GetVector(OVOLUME_WIND_DIRECTION, {1, 0, 0})));
+  s.wind_speed = p.GetReal(OVOLUME_WIND_SPEED) * s.unit_scale;
+  if (dt <= 0 || p.GetBool(OVOLUME_WIND_WORLD)) return;
+  const double document_dt = dt / s.sim_time.length.value() * s.frame_duration;
+  const Vec3d moved = motion(volume, document_dt);
+  if (moved == Vec3d()) return;
+  const Vec3d wind = s.wind_direction * s.wind_speed - moved * (s.unit_scale / dt);
+  s.wind_speed = length(wind);
+  if (s.wind_speed > 0) s.wind_direction = wind * (1 / s.wind_speed);
+}
+
+}  // namespace
+
+Fraction time_scale(const host::BaseObject& volume) {
+  const double scale = std::max(volume.GetDataInstance().GetReal(OVOLUME_TIME_SCALE, 1), 1e-6);
+  return normalize({std::round(scale * 1e6), 1e6});
+}
+
+void read_run_settings(SimSettings& s, const host::BaseObject& volume) {
+  const Parameters& p = volume.GetDataInstance();
+  const auto channel = [&](int key, std::int32_t simulate, bool on, std::int32_t cache) {
+    if (!p.GetBool(simulate, on)) return;
+    s.simulated_channels.insert(key);
+    if (p.GetBool(cache, true)) s.cached_channels.insert(key);
+  };
+  channel(kDensity, OVOLUME_SIMULATE_DENSITY, false, OVOLUME_CACHE_DENSITY);
+  channel(kTemperature, OVOLUME_SIMULATE_TEMPERATURE, true, OVOLUME_CACHE_TEMPERATURE);
+  if (p.GetBool(OVOLUME_CACHE_VELOCITY)) s.cached_channels.insert(kVelocity);
+
+  s.voxel_size = p.GetReal(OVOLUME_VOXEL_SIZE, 1);
+  s.dx = s.voxel_size * s.unit_scale;
+  s.interp_points = p.GetBool(OVOLUME_ADVECT_CUBIC) ? 4 : 3;
+  s.cache_direct = p.GetBool(OVOLUME_CACHE_DIRECT);
+}
+
+void read_step_settings(SimSettings& s, host::BaseObject& volume, double dt) {
+  const VolumeGrid grid = volume_grid(volume, s.voxel_size);
+  if (const std::string wrong = what_is_wrong(grid); !wrong.empty()) throw Exception(wrong);
+  s.world_to_grid = grid.world_to_grid;
+  s.domain_box = grid.box();
+
+  const Parameters& p = volume.GetDataInstance();
+  s.cfl = p.GetReal(OVOLUME_CFL, 1);
+  s.adaptive_tracer = p.GetBool(OVOLUME_ADAPTIVE_TRACER);
+  s.time_scale = time_scale(volume).value();
+  s.max_substeps = p.GetLong(OVOLUME_MAX_SUBSTEPS, 1);
+  // The grid's z axis runs against the host's, so the two z faces change places.
+  const std::int32_t faces[6] = {OVOLUME_CLOSED_X_MIN, OVOLUME_CLOSED_X_MAX, OVOLUME_CLOSED_Y_MIN,
+                                 OVOLUME_CLOSED_Y_MAX, OVOLUME_CLOSED_Z_MAX, OVOLUME_CLOSED_Z_MIN};
+  for (std::size_t f = 0; f < 6; ++f) s.face_closed[f] = p.GetBool(faces[f]) ? 1 : 0;
+
+  s.channel_params[kTemperature] =
+      channel_params(p, kTemperature, OVOLUME_BUOYANCY_TEMPERATURE, OVOLUME_DIRECTION_TEMPERATURE,
+                     OVOLUME_DECAY_TEMPERATURE, s.unit_scale);
+  s.channel_params[kDensity] =
+      channel_params(p, kDensity, OVOLUME_BUOYANCY_DENSITY, OVOLUME_DIRECTION_DENSITY,
+                     OVOLUME_DECAY_DENSITY, s.unit_scale);
+  read_wind(s, volume, dt);
+}
+
+}  // namespace nbx

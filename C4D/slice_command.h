@@ -1,0 +1,10 @@
+// `nimbrix slice`: a picture of one slice or projection of a grid.
+#pragma once
+
+#include "host/interface/plugin.h"
+
+namespace nbx {
+
+bool register_slice_command(host::HostServices& services);
+
+}  // namespace nbx

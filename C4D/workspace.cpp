@@ -1,0 +1,46 @@
+#include "C4D/workspace.h"
+
+#include <algorithm>
+#include <fstream>
+
+#include <unistd.h>
+
+namespace nbx {
+
+double workspace_bytes(const SimSettings& settings, const Vec3d& cells) {
+  // The largest field is the one of faces across the shortest axis.
+  const int shortest =
+      static_cast<int>(std::min_element(cells.v.begin(), cells.v.end()) - cells.v.begin());
+  double field = sizeof(float);
+  for (int a = 0; a < 3; ++a) field *= cells[a] + (a == shortest ? 3 : 2);
+
+  // Advection: traces, their twins for the way forward, the new field and its first guess. The
+  // projection: right-hand side, pressure and the levels of the multigrid.
+  const int advection = (settings.cache_direct ? 0 : 3) + 3 + 3 + 2;
+  const int projection = 5;
+  const int velocity = 3;
+  const int cached_velocity = settings.cached_channels.contains(kVelocity) ? 3 : 0;
+  int cached = cached_velocity;
+  for (int key : settings.simulated_channels) cached += settings.cached_channels.contains(key);
+
+  const int fields = static_cast<int>(settings.simulated_channels.size()) +
+                     std::max(advection, projection) + velocity +
+                     (settings.cache_direct ? 0 : cached);
+  return fields * field;
+}
+
+std::uint64_t physical_memory() {
+  const long pages = sysconf(_SC_PHYS_PAGES), page = sysconf(_SC_PAGESIZE);
+  return pages > 0 && page > 0
+             ? static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(page)
+             : 0;
+}
+
+std::uint64_t resident_memory() {
+  std::ifstream statm("/proc/self/statm");
+  std::uint64_t size = 0, resident = 0;
+  if (!(statm >> size >> resident)) return 0;
+  return resident * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+}
+
+}  // namespace nbx

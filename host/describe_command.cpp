@@ -1,0 +1,106 @@
+#include "host/describe_command.h"
+
+#include <cmath>
+#include <sstream>
+
+#include "host/json_place.h"
+#include "host/nearest_name.h"
+#include "host/parameter_value.h"
+
+namespace host {
+namespace {
+
+std::string TypeText(const ParameterInfo& info) {
+  if (!info.cycle.empty()) {
+    std::string names;
+    for (const CycleEntry& entry : info.cycle) names += (names.empty() ? "" : "|") + entry.name;
+    return names;
+  }
+  switch (info.type) {
+    case ParameterType::Bool:
+      return "true|false";
+    case ParameterType::Long:
+      return "whole number";
+    case ParameterType::Real:
+      return "number";
+    case ParameterType::Vector:
+      return "[x, y, z]";
+    case ParameterType::Time:
+      return "seconds";
+    case ParameterType::String:
+      return "text";
+    case ParameterType::Filename:
+      return "file name";
+    case ParameterType::Link:
+      break;
+  }
+  return "name of an object";
+}
+
+std::string DefaultText(const ParameterInfo& info) {
+  BaseContainer data;
+  data.Set(info.id, info.default_value);
+  return WriteValue(info, data, Document()).dump();
+}
+
+std::string BoundsText(const ParameterInfo& info) {
+  std::ostringstream text;
+  if (std::isfinite(info.minimum)) text << ", from " << info.minimum;
+  if (std::isfinite(info.maximum)) text << ", up to " << info.maximum;
+  return text.str();
+}
+
+void Describe(const ElementClass& type, const char* kind, CommandContext& context) {
+  const ClassDescription& description = type.description;
+  context.Result(std::string(kind) + " \"" + description.name + "\": " + description.help);
+  context.Event("type", {{"kind", kind}, {"name", description.name}, {"help", description.help}});
+  for (const ParameterInfo& info : description.parameters) {
+    const std::string bounds = BoundsText(info), default_text = DefaultText(info);
+    context.Result("  " + info.Name() + ": " + TypeText(info) +
+                   (info.unit.empty() ? "" : ", " + info.unit) + bounds + ", default " +
+                   default_text + (info.animatable ? "" : ", no keyframes"));
+    if (!info.help.empty()) context.Result("      " + info.help);
+    context.Event("parameter", {{"type", description.name},
+                                {"name", info.Name()},
+                                {"values", TypeText(info)},
+                                {"unit", info.unit},
+                                {"minimum", info.minimum},
+                                {"maximum", info.maximum},
+                                {"default", default_text},
+                                {"animatable", info.animatable},
+                                {"help", info.help}});
+  }
+}
+
+}  // namespace
+
+CommandInfo DescribeCommand::GetInfo() const {
+  return {.verb = "describe",
+          .help = "Tells what a scene can hold: types of objects and tags, and their parameters",
+          .options = {{.name = "TYPE",
+                       .value_name = "TYPE",
+                       .help = "an object's or a tag's type, default: all",
+                       .positional = true}}};
+}
+
+int DescribeCommand::Execute(const CommandArguments& arguments, CommandContext& context) {
+  const std::string name = arguments.GetString("TYPE");
+  bool found = false;
+  const auto describe = [&](const ElementClasses& classes, const char* kind) {
+    for (const ElementClass& type : classes.All()) {
+      if (!name.empty() && type.description.name != name) continue;
+      Describe(type, kind, context);
+      found = true;
+    }
+  };
+  describe(classes_.objects, "object");
+  describe(classes_.tags, "tag");
+  if (found) return kDone;
+  std::vector<std::string> names = classes_.objects.Names();
+  const std::vector<std::string> tags = classes_.tags.Names();
+  names.insert(names.end(), tags.begin(), tags.end());
+  context.Error("unknown type " + Quoted(name) + DidYouMean(name, names));
+  return kBadInput;
+}
+
+}  // namespace host

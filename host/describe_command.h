@@ -1,0 +1,20 @@
+// The host's own command `describe`: the types that scenes can hold, and their parameters.
+#pragma once
+
+#include "host/element_class.h"
+#include "host/interface/command_data.h"
+
+namespace host {
+
+class DescribeCommand final : public CommandData {
+ public:
+  /// The classes are looked up when the command runs.
+  explicit DescribeCommand(const SceneClasses& classes) : classes_(classes) {}
+  CommandInfo GetInfo() const override;
+  int Execute(const CommandArguments& arguments, CommandContext& context) override;
+
+ private:
+  const SceneClasses& classes_;
+};
+
+}  // namespace host

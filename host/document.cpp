@@ -1,0 +1,103 @@
+#include "host/document.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "host/document_error.h"
+#include "host/mesh_file.h"
+
+namespace host {
+namespace {
+
+void AddWithChildren(const std::vector<std::unique_ptr<SceneObject>>& row,
+                     std::vector<SceneObject*>& all) {
+  for (const auto& object : row) {
+    all.push_back(object.get());
+    AddWithChildren(object->Children(), all);
+  }
+}
+
+/// Defaults, then the plug-in's part.
+template <class Interface>
+bool Init(Element<Interface>& element, const ElementClass& type, BaseDocument& document) {
+  ElementState& state = element.State();
+  state.document = &document;
+  state.type = &type;
+  state.name = type.display_name;
+  for (const ParameterInfo& info : type.description.parameters)
+    state.data.Set(info.id, info.default_value);
+  if (type.make) state.plugin_part = type.make();
+  return !state.plugin_part || state.plugin_part->Init(element);
+}
+
+}  // namespace
+
+Filename Document::Resolve(const Filename& path) const {
+  if (path.path.empty()) return path;
+  // A path that is absolute already replaces the folder.
+  return {(std::filesystem::path(folder) / path.path).lexically_normal().string()};
+}
+
+bool Document::ExecutePasses(const C4DThread* thread, bool animation, bool, bool) {
+  const double frame =
+      static_cast<double>(time_.GetNumerator() * fps) / static_cast<double>(time_.GetDenominator());
+  for (SceneObject* object : AllObjects()) {
+    if (thread && thread->TestBreak()) return false;
+    if (animation) object->Evaluate(frame);
+  }
+  return true;
+}
+
+SceneObject* Document::AddObject(const ElementClass& type, SceneObject* parent) {
+  auto object = std::make_unique<SceneObject>();
+  if (!Init(*object, type, *this)) return nullptr;
+  auto& row = parent ? parent->children_ : objects_;
+  object->up_ = parent;
+  if (!row.empty()) row.back()->next_ = object.get();
+  row.push_back(std::move(object));
+  return row.back().get();
+}
+
+SceneTag* Document::AddTag(const ElementClass& type, SceneObject& object) {
+  auto tag = std::make_unique<SceneTag>();
+  if (!Init(*tag, type, *this)) return nullptr;
+  tag->object_ = &object;
+  if (!object.tags_.empty()) object.tags_.back()->next_ = tag.get();
+  object.tags_.push_back(std::move(tag));
+  return object.tags_.back().get();
+}
+
+void Document::Open() {
+  const std::vector<SceneObject*> all = AllObjects();
+  for (SceneObject* object : all)
+    if (object->GetType() == kPolygonObject) LoadMesh(*object, *this);
+  SetTime(GetMinTime());
+  ExecutePasses(nullptr, true, true, true);
+  for (SceneObject* object : all) {
+    object->Message(kMessageDocumentLoaded, nullptr);
+    for (const auto& tag : object->Tags()) tag->Message(kMessageDocumentLoaded, nullptr);
+  }
+}
+
+std::vector<SceneObject*> Document::AllObjects() const {
+  std::vector<SceneObject*> all;
+  AddWithChildren(objects_, all);
+  return all;
+}
+
+std::vector<SceneObject*> Document::FindByName(const std::string& object_name) const {
+  std::vector<SceneObject*> found = AllObjects();
+  std::erase_if(found, [&](SceneObject* object) { return object->GetName() != object_name; });
+  return found;
+}
+
+std::string Document::PlaceOf(const SceneObject& object) const {
+  const SceneObject* up = object.GetUp();
+  const auto& row = up ? up->Children() : objects_;
+  const auto at = std::find_if(row.begin(), row.end(),
+                               [&](const auto& other) { return other.get() == &object; });
+  return (up ? PlaceOf(*up) + ".children[" : std::string("objects[")) +
+         std::to_string(at - row.begin()) + "]";
+}
+
+}  // namespace host

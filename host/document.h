@@ -1,0 +1,62 @@
+// A scene in memory: the host's BaseDocument.
+//
+// Making one that is ready for use takes three steps: read it (document_reader.h), change it
+// (overrides.h), then Open it.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/element.h"
+#include "host/interface/scene.h"
+
+namespace host {
+
+class Document final : public BaseDocument {
+ public:
+  std::string GetDocumentName() const override { return name; }
+  Filename GetDocumentPath() const override { return {folder}; }
+  Filename Resolve(const Filename& path) const override;
+  std::int32_t GetFps() const override { return fps; }
+  BaseTime GetMinTime() const override { return BaseTime::FromFrame(start, fps); }
+  BaseTime GetMaxTime() const override { return BaseTime::FromFrame(end, fps); }
+  BaseTime GetLoopMinTime() const override { return BaseTime::FromFrame(preview_start, fps); }
+  BaseTime GetLoopMaxTime() const override { return BaseTime::FromFrame(preview_end, fps); }
+  BaseTime GetTime() const override { return time_; }
+  void SetTime(const BaseTime& time) override { time_ = time; }
+  bool ExecutePasses(const C4DThread* thread, bool animation, bool expressions,
+                     bool caches) override;
+  SceneObject* GetFirstObject() const override {
+    return objects_.empty() ? nullptr : objects_.front().get();
+  }
+
+  /// A new last object under `parent`, or in the tree's top row if that is null. Its parameters
+  /// have their defaults. Null if the class's plug-in refuses.
+  SceneObject* AddObject(const ElementClass& type, SceneObject* parent);
+  /// A new last tag of the object; null if the class's plug-in refuses.
+  SceneTag* AddTag(const ElementClass& type, SceneObject& object);
+
+  /// Reads the mesh files, stands the document at its first frame and sends
+  /// kMessageDocumentLoaded. Throws DocumentError for a mesh that can't be had.
+  void Open();
+
+  const std::vector<std::unique_ptr<SceneObject>>& Objects() const { return objects_; }
+  /// All objects in the order of the document, parents first.
+  std::vector<SceneObject*> AllObjects() const;
+  std::vector<SceneObject*> FindByName(const std::string& object_name) const;
+  /// The object's place in the document: "objects[2].children[0]".
+  std::string PlaceOf(const SceneObject& object) const;
+
+  std::string name;    ///< file name; empty if never on disk
+  std::string folder;  ///< absolute
+  std::int32_t fps = 25;
+  std::int32_t start = 0, end = 100;  ///< frames
+  std::int32_t preview_start = 0, preview_end = 100;
+
+ private:
+  BaseTime time_;
+  std::vector<std::unique_ptr<SceneObject>> objects_;
+};
+
+}  // namespace host

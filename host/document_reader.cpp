@@ -1,0 +1,183 @@
+#include "host/document_reader.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+#include <utility>
+
+#include "host/document_error.h"
+#include "host/json_place.h"
+#include "host/keyframe_text.h"
+#include "host/nearest_name.h"
+#include "host/parameter_value.h"
+
+namespace host {
+namespace {
+
+constexpr std::int32_t kLargestFrame = 10'000'000;
+
+/// Reads one document. Links may name any object, so the parameters are read in a second pass.
+class DocumentReader {
+ public:
+  explicit DocumentReader(const SceneClasses& classes) : classes_(classes) {}
+
+  std::unique_ptr<Document> Read(const JsonPlace& json, const std::string& folder) {
+    document_->folder = folder;
+    json.ExpectKeys({"fps", "start", "end", "preview_start", "preview_end", "objects"});
+    ReadTimes(json);
+    if (json.Has("objects")) ReadObjects(json.At("objects"), nullptr);
+    for (const auto& [object, place] : objects_) {
+      ReadParameters(object->State(), place);
+      if (place.Has("keyframes")) ReadKeyframes(*object, place.At("keyframes"), *document_);
+      CheckTransformTracks(*object, place);
+    }
+    for (const auto& [tag, place] : tags_) {
+      ReadParameters(tag->State(), place);
+      if (place.Has("keyframes")) ReadKeyframes(*tag, place.At("keyframes"), *document_);
+    }
+    return std::move(document_);
+  }
+
+ private:
+  void ReadTimes(const JsonPlace& json) {
+    Document& d = *document_;
+    const auto frame = [&json](const char* key, std::int32_t fallback) {
+      return json.Has(key) ? json.At(key).Whole(-kLargestFrame, kLargestFrame) : fallback;
+    };
+    if (json.Has("fps")) d.fps = json.At("fps").Whole(1, 10000);
+    d.start = frame("start", std::min(d.start, frame("end", d.end)));
+    d.end = frame("end", std::max(d.start, d.end));
+    d.preview_start = frame("preview_start", d.start);
+    d.preview_end = frame("preview_end", d.end);
+    if (d.end < d.start) json.Fail("the end lies before the start");
+    if (d.preview_end < d.preview_start)
+      json.Fail("the preview's end lies before the preview's start");
+  }
+
+  void ReadObjects(const JsonPlace& json, SceneObject* parent) {
+    json.ExpectArray();
+    for (std::size_t i = 0; i < json.Size(); ++i) ReadObject(json.At(i), parent);
+  }
+
+  void ReadObject(const JsonPlace& json, SceneObject* parent) {
+    const ElementClass& type = ReadType(json, classes_.objects);
+    std::vector<std::string> keys = {"type",  "name", "enabled",    "position",  "rotation",
+                                     "scale", "tags", "parameters", "keyframes", "children"};
+    if (type.id == kPolygonObject) keys.insert(keys.end(), {"points", "polygons"});
+    json.ExpectKeys(keys);
+    SceneObject* object = document_->AddObject(type, parent);
+    if (!object) json.Fail("the object can't be made");
+    objects_.emplace_back(object, json);
+
+    if (json.Has("name")) object->SetName(json.At("name").Text());
+    if (json.Has("enabled")) object->enabled = json.At("enabled").Bool();
+    Transform& transform = object->transform;
+    if (json.Has("position")) transform.position = json.At("position").VectorValue();
+    if (json.Has("rotation")) transform.rotation = json.At("rotation").VectorValue();
+    if (json.Has("scale")) transform.scale = ReadScale(json.At("scale"));
+    if (json.Has("points") || json.Has("polygons")) ReadPolygons(json, *object);
+    if (json.Has("tags")) ReadTags(json.At("tags"), *object);
+    if (json.Has("children")) ReadObjects(json.At("children"), object);
+  }
+
+  void ReadTags(const JsonPlace& json, SceneObject& object) {
+    json.ExpectArray();
+    for (std::size_t i = 0; i < json.Size(); ++i) {
+      const JsonPlace place = json.At(i);
+      const ElementClass& type = ReadType(place, classes_.tags);
+      place.ExpectKeys({"type", "name", "parameters", "keyframes"});
+      SceneTag* tag = document_->AddTag(type, object);
+      if (!tag) place.Fail("the tag can't be made");
+      tags_.emplace_back(tag, place);
+      if (place.Has("name")) tag->SetName(place.At("name").Text());
+    }
+  }
+
+  static const ElementClass& ReadType(const JsonPlace& json, const ElementClasses& classes) {
+    json.ExpectObject();
+    if (!json.Has("type")) json.Fail("the key \"type\" is missing");
+    const std::string name = json.At("type").Text();
+    if (const ElementClass* type = classes.Find(name)) return *type;
+    json.At("type").Fail("unknown type " + Quoted(name) + DidYouMean(name, classes.Names()));
+  }
+
+  static void ReadPolygons(const JsonPlace& json, SceneObject& object) {
+    if (!json.Has("points") || !json.Has("polygons"))
+      json.Fail("\"points\" and \"polygons\" go together; one of them is missing");
+    const JsonPlace points = json.At("points"), polygons = json.At("polygons");
+    points.ExpectArray();
+    for (std::size_t i = 0; i < points.Size(); ++i)
+      object.points.push_back(points.At(i).VectorValue());
+    const std::int32_t last = object.GetPointCount() - 1;
+    polygons.ExpectArray();
+    if (polygons.Size() == 0) polygons.Fail("the mesh has no polygons");
+    for (std::size_t i = 0; i < polygons.Size(); ++i) {
+      const JsonPlace corners = polygons.At(i);
+      corners.ExpectLength(3, 4);
+      const auto corner = [&](std::size_t k) { return corners.At(k).Whole(0, last); };
+      object.polygons.push_back(
+          {corner(0), corner(1), corner(2), corner(corners.Size() == 4 ? 3 : 2)});
+    }
+    object.inline_mesh = true;
+  }
+
+  void ReadParameters(ElementState& element, const JsonPlace& json) {
+    if (!json.Has("parameters")) return;
+    const JsonPlace parameters = json.At("parameters");
+    const ClassDescription& description = element.type->description;
+    std::vector<std::string> names;
+    for (const ParameterInfo& info : description.parameters) names.push_back(info.Name());
+    parameters.ExpectKeys(names, "parameter");
+    for (const auto& [key, value] : parameters.Value().items()) {
+      const ParameterInfo& info = *description.Find(key);
+      element.data.Set(info.id, ReadValue(info, parameters.At(key), *document_));
+      element.written.insert(info.id);
+    }
+  }
+
+  static void CheckTransformTracks(const SceneObject& object, const JsonPlace& json) {
+    const auto check = [&json](bool animated, const char* key) {
+      if (animated && json.Has(key))
+        json.At(key).Fail("there are keyframes too; leave one of them out");
+    };
+    check(object.position_track.has_value(), "position");
+    check(object.rotation_track.has_value(), "rotation");
+    check(object.scale_track.has_value(), "scale");
+  }
+
+  const SceneClasses& classes_;
+  std::unique_ptr<Document> document_ = std::make_unique<Document>();
+  std::vector<std::pair<SceneObject*, JsonPlace>> objects_;
+  std::vector<std::pair<SceneTag*, JsonPlace>> tags_;
+};
+
+std::string ReadFile(const std::string& path) {
+  if (std::filesystem::is_directory(path)) throw DocumentError("is a folder, not a scene");
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw DocumentError("can't be opened: " + std::generic_category().message(errno));
+  return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+}  // namespace
+
+std::unique_ptr<Document> ReadDocument(const std::string& text, const std::string& folder,
+                                       const SceneClasses& classes) {
+  const Json json = ParseJson(text);
+  return DocumentReader(classes).Read({json, ""}, folder);
+}
+
+std::unique_ptr<Document> ReadDocumentFile(const std::string& path, const SceneClasses& classes) {
+  try {
+    const std::filesystem::path absolute = std::filesystem::absolute(path).lexically_normal();
+    auto document = ReadDocument(ReadFile(path), absolute.parent_path().string(), classes);
+    document->name = absolute.filename().string();
+    return document;
+  } catch (const DocumentError& error) {
+    throw DocumentError(path, error.what());
+  }
+}
+
+}  // namespace host

@@ -1,0 +1,159 @@
+#include "host/document_writer.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#include "host/document_error.h"
+#include "host/json_place.h"
+#include "host/keyframe_text.h"
+#include "host/parameter_value.h"
+
+namespace host {
+namespace {
+
+class DocumentWriter {
+ public:
+  DocumentWriter(const Document& document, bool moved) : document_(document), moved_(moved) {}
+
+  Json Write() const {
+    const Document& d = document_;
+    Json json = {{"fps", d.fps}, {"start", d.start}, {"end", d.end}};
+    if (d.preview_start != d.start) json["preview_start"] = d.preview_start;
+    if (d.preview_end != d.end) json["preview_end"] = d.preview_end;
+    json["objects"] = WriteRow(d.Objects());
+    return json;
+  }
+
+ private:
+  Json WriteRow(const std::vector<std::unique_ptr<SceneObject>>& row) const {
+    Json json = Json::array();
+    for (const auto& object : row) json.push_back(WriteObject(*object));
+    return json;
+  }
+
+  Json WriteObject(const SceneObject& object) const {
+    Json json = WriteHead(object.State());
+    if (!object.enabled) json["enabled"] = false;
+    const auto write_vector = [&json](const char* key, const Vector& value, const Vector& usual,
+                                      bool animated) {
+      if (!animated && !(value == usual)) json[key] = WriteVector(value);
+    };
+    const Transform& t = object.transform;
+    write_vector("position", t.position, {}, object.position_track.has_value());
+    write_vector("rotation", t.rotation, {}, object.rotation_track.has_value());
+    write_vector("scale", t.scale, {1, 1, 1}, object.scale_track.has_value());
+    if (object.inline_mesh) WritePolygons(object, json);
+    WriteParameters(object.State(), json);
+    AddIfFilled(json, "keyframes", WriteKeyframes(object, document_));
+    Json tags = Json::array();
+    for (const auto& tag : object.Tags()) {
+      Json tag_json = WriteHead(tag->State());
+      WriteParameters(tag->State(), tag_json);
+      AddIfFilled(tag_json, "keyframes", WriteKeyframes(*tag, document_));
+      tags.push_back(std::move(tag_json));
+    }
+    AddIfFilled(json, "tags", std::move(tags));
+    AddIfFilled(json, "children", WriteRow(object.Children()));
+    return json;
+  }
+
+  static void AddIfFilled(Json& json, const char* key, Json value) {
+    if (!value.empty()) json[key] = std::move(value);
+  }
+
+  static Json WriteHead(const ElementState& element) {
+    Json json = {{"type", element.type->description.name}};
+    if (element.name != element.type->display_name) json["name"] = element.name;
+    return json;
+  }
+
+  static void WritePolygons(const SceneObject& object, Json& json) {
+    Json points = Json::array(), polygons = Json::array();
+    for (const Vector& p : object.points) points.push_back(WriteVector(p));
+    for (const CPolygon& p : object.polygons)
+      polygons.push_back(p.c == p.d ? Json::array({p.a, p.b, p.c})
+                                    : Json::array({p.a, p.b, p.c, p.d}));
+    json["points"] = std::move(points);
+    json["polygons"] = std::move(polygons);
+  }
+
+  void WriteParameters(const ElementState& element, Json& json) const {
+    Json parameters = Json::object();
+    BaseContainer data = element.data;
+    for (const ParameterInfo& info : element.type->description.parameters) {
+      const ParameterValue* value = data.Find(info.id);
+      if (!value || element.tracks.count(info.id) != 0) continue;
+      if (*value == info.default_value && element.written.count(info.id) == 0) continue;
+      if (moved_ && info.type == ParameterType::Filename)
+        data.SetFilename(info.id, document_.Resolve(data.GetFilename(info.id)));
+      parameters[info.Name()] = WriteValue(info, data, document_);
+    }
+    AddIfFilled(json, "parameters", std::move(parameters));
+  }
+
+  const Document& document_;
+  bool moved_;
+};
+
+bool HoldsObjects(const Json& json) {
+  return json.is_object() ||
+         (json.is_array() && std::any_of(json.begin(), json.end(), HoldsObjects));
+}
+
+/// One line for each key, and for each element of an array, but for short arrays without objects:
+/// points, polygons and keyframes stand on a line.
+void AppendText(const Json& json, const std::string& indent, std::string& text) {
+  if (json.is_primitive()) {
+    text += json.dump();
+    return;
+  }
+  const bool one_line = json.empty() || (json.size() <= 4 && !HoldsObjects(json));
+  const std::string line_break = one_line ? "" : "\n" + indent;
+  text += json.is_array() ? "[" : "{";
+  std::string separator = one_line ? "" : line_break + "  ";
+  for (const auto& [key, value] : json.items()) {
+    text += separator;
+    if (json.is_object()) text += Json(key).dump() + ": ";
+    AppendText(value, indent + "  ", text);
+    separator = one_line ? ", " : "," + line_break + "  ";
+  }
+  text += line_break + (json.is_array() ? "]" : "}");
+}
+
+}  // namespace
+
+std::string WriteDocument(const Document& document, const std::string& folder) {
+  const Json json = DocumentWriter(document, folder != document.folder).Write();
+  try {
+    std::string text;
+    AppendText(json, "", text);
+    return text + "\n";
+  } catch (const Json::exception&) {
+    throw DocumentError("a name or a text of the scene isn't UTF-8");
+  }
+}
+
+void WriteDocumentFile(const Document& document, const std::string& path) {
+  try {
+    namespace fs = std::filesystem;
+    const fs::path absolute = fs::absolute(path).lexically_normal();
+    const std::string text = WriteDocument(document, absolute.parent_path().string());
+    const std::string part = absolute.string() + ".part";
+    std::ofstream file(part, std::ios::binary);
+    file << text;
+    file.close();
+    std::error_code error;
+    if (file) fs::rename(part, absolute, error);
+    if (!file || error) {
+      std::error_code ignored;
+      fs::remove(part, ignored);
+      throw DocumentError("can't be written");
+    }
+  } catch (const DocumentError& error) {
+    throw DocumentError(path, error.what());
+  }
+}
+
+}  // namespace host

@@ -1,0 +1,123 @@
+// The host's side of objects and tags: what stands behind BaseObject and BaseTag.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/element_class.h"
+#include "host/interface/node_data.h"
+#include "host/interface/scene.h"
+#include "host/track.h"
+#include "host/transform.h"
+
+namespace host {
+
+/// What objects and tags have in common.
+struct ElementState {
+  BaseDocument* document = nullptr;
+  const ElementClass* type = nullptr;
+  std::string name;
+  BaseContainer data;
+  std::set<std::int32_t> written;         ///< parameters that the user has set
+  std::map<std::int32_t, Track> tracks;   ///< keyframes by parameter
+  std::unique_ptr<NodeData> plugin_part;  ///< null for the host's own classes
+
+  /// Puts the values of all tracks at `frame` into the container.
+  void Evaluate(double frame);
+};
+
+/// BaseList2D by an ElementState.
+template <class Interface>
+class Element : public Interface {
+ public:
+  std::string GetName() const override { return state_.name; }
+  void SetName(const std::string& name) override { state_.name = name; }
+  std::int32_t GetType() const override { return state_.type->id; }
+  BaseDocument& GetDocument() const override { return *state_.document; }
+  BaseContainer& GetDataInstance() override { return state_.data; }
+  const BaseContainer& GetDataInstance() const override { return state_.data; }
+  bool IsAnimated(std::int32_t parameter) const override {
+    return state_.tracks.count(parameter) != 0;
+  }
+  void ScaleKeys(std::int32_t parameter, double factor) override {
+    if (IsAnimated(parameter)) state_.tracks[parameter].Scale(factor);
+  }
+  bool Message(std::int32_t type, void* data) override {
+    return state_.plugin_part && state_.plugin_part->Message(*this, type, data);
+  }
+  NodeData* GetNodeData() const override { return state_.plugin_part.get(); }
+
+  ElementState& State() { return state_; }
+  const ElementState& State() const { return state_; }
+
+ protected:
+  ElementState state_;
+};
+
+class SceneObject;
+
+class SceneTag final : public Element<BaseTag> {
+ public:
+  SceneTag* GetNext() const override { return next_; }
+  BaseObject* GetObject() const override;
+
+ private:
+  friend class Document;
+  SceneObject* object_ = nullptr;
+  SceneTag* next_ = nullptr;
+};
+
+/// Any object. Each one can be asked for points, since ToPoly looks at the type; only meshes have
+/// some.
+class SceneObject final : public Element<PolygonObject> {
+ public:
+  SceneObject* GetUp() const override { return up_; }
+  SceneObject* GetDown() const override {
+    return children_.empty() ? nullptr : children_.front().get();
+  }
+  SceneObject* GetNext() const override { return next_; }
+  BaseTag* GetFirstTag() const override { return tags_.empty() ? nullptr : tags_.front().get(); }
+  Matrix GetMl() const override { return ToMatrix(transform); }
+  Matrix GetMg() const override { return up_ ? up_->GetMg() * GetMl() : GetMl(); }
+  Vector GetMp() const override { return Bounds().first; }
+  Vector GetRad() const override { return Bounds().second; }
+  bool GetDeformMode() const override { return enabled; }
+
+  std::int32_t GetPointCount() const override { return static_cast<std::int32_t>(points.size()); }
+  std::int32_t GetPolygonCount() const override {
+    return static_cast<std::int32_t>(polygons.size());
+  }
+  const Vector* GetPointR() const override { return points.data(); }
+  const CPolygon* GetPolygonR() const override { return polygons.data(); }
+
+  const std::vector<std::unique_ptr<SceneObject>>& Children() const { return children_; }
+  const std::vector<std::unique_ptr<SceneTag>>& Tags() const { return tags_; }
+
+  /// Moves the object, its parameters and those of its tags to `frame`; not its children.
+  void Evaluate(double frame);
+
+  bool enabled = true;
+  Transform transform;
+  /// Keyframes of the transform; empty where there are none.
+  std::optional<Track> position_track, rotation_track, scale_track;
+  std::vector<Vector> points;
+  std::vector<CPolygon> polygons;
+  bool inline_mesh = false;  ///< the document holds the points itself
+
+ private:
+  friend class Document;
+  std::pair<Vector, Vector> Bounds() const;  ///< centre, half edges
+
+  SceneObject* up_ = nullptr;
+  SceneObject* next_ = nullptr;
+  std::vector<std::unique_ptr<SceneObject>> children_;
+  std::vector<std::unique_ptr<SceneTag>> tags_;
+};
+
+}  // namespace host

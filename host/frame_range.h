@@ -1,0 +1,15 @@
+// Frame ranges as people write them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace host {
+
+/// Reads "0-100", "0-100x2" (every second), "1,5,9-12", and negative frames as in "-5--1". The
+/// result is ascending, each frame once. On a mistake it is empty, and `error` says what is wrong,
+/// in words that follow the quoted text.
+std::vector<std::int32_t> ParseFrames(const std::string& text, std::string& error);
+
+}  // namespace host

@@ -1,0 +1,57 @@
+// A thread of the plug-in as the host knows it.
+#pragma once
+
+#include <atomic>
+#include <string>
+#include <thread>
+
+namespace host {
+
+/// Derive, give Main a body, Start it. Start, End and the destructor belong to one owner thread;
+/// IsRunning and TestBreak may be called from anywhere. A derived class must call End(true) in its
+/// own destructor, before its members go.
+class C4DThread {
+ public:
+  C4DThread() = default;
+  virtual ~C4DThread() { End(true); }
+  C4DThread(const C4DThread&) = delete;
+  C4DThread& operator=(const C4DThread&) = delete;
+
+  /// Runs Main on a new thread. False, and nothing happens, while the former one still runs.
+  bool Start() {
+    if (IsRunning()) return false;
+    End(true);
+    stop_ = false;
+    running_ = true;
+    thread_ = std::thread([this] {
+      Main();
+      running_ = false;
+    });
+    return true;
+  }
+
+  /// Asks the thread to stop; with `wait`, returns when it has.
+  void End(bool wait) {
+    stop_ = true;
+    if (wait && thread_.joinable()) thread_.join();
+  }
+
+  /// True from Start until Main has returned.
+  bool IsRunning() const { return running_; }
+
+  /// True once End was called: Main should return soon.
+  bool TestBreak() const { return stop_; }
+
+  virtual std::string GetThreadName() const = 0;
+
+ protected:
+  /// The body. It must not throw.
+  virtual void Main() = 0;
+
+ private:
+  std::atomic<bool> stop_{false};
+  std::atomic<bool> running_{false};
+  std::thread thread_;
+};
+
+}  // namespace host

@@ -1,0 +1,44 @@
+// Base classes of what a plug-in adds to the scene: the part of an object or a tag that is the
+// plug-in's own.
+//
+// The host makes one instance per element through the factory given at registration, and destroys
+// it with the element. Each call names the element; the instance may keep the reference. All calls
+// come on the thread that uses the document.
+#pragma once
+
+#include <cstdint>
+
+#include "host/interface/scene.h"
+
+namespace host {
+
+class NodeData {
+ public:
+  virtual ~NodeData() = default;
+
+  /// Called once, after the container was filled with the defaults of the description and before
+  /// anything of a document is read into it. False: the element can't be made.
+  virtual bool Init(BaseList2D& node) {
+    static_cast<void>(node);
+    return true;
+  }
+
+  /// True if the message was known.
+  virtual bool Message(BaseList2D& node, std::int32_t type, void* data) {
+    static_cast<void>(node), static_cast<void>(type), static_cast<void>(data);
+    return false;
+  }
+};
+
+class ObjectData : public NodeData {
+ public:
+  /// Centre and half edges of the bounding box in the object's own space.
+  virtual void GetDimension(const BaseObject& object, Vector& centre, Vector& radius) const {
+    static_cast<void>(object);
+    centre = radius = {};
+  }
+};
+
+class TagData : public NodeData {};
+
+}  // namespace host

@@ -1,0 +1,95 @@
+// How host and plug-in find one another: the entry that the host calls, the messages, the table of
+// host functions, and registration.
+//
+// A plug-in is a shared library that exports c4d_main. The host calls it on its main thread:
+//     kActionLoad with the table, message kMessageSetUp, kActionStart, ...,
+//     message kMessageShutdown, kActionEnd.
+// A plug-in may stand in several hosts or be loaded several times by one: it counts.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "host/interface/command_data.h"
+#include "host/interface/node_data.h"
+#include "host/interface/parameter_info.h"
+
+namespace host {
+
+/// `action` of c4d_main, and what p1 and p2 are. p3 is unused.
+enum PluginAction : std::int32_t {
+  /// p1: const HostFunctions*, which lives until kActionEnd; p2: const Filename*, the path of the
+  /// plug-in's file. 1 if the plug-in can work with this host, else a negative number.
+  kActionLoad = 1,
+  /// Registers everything. 1: started; 0: not.
+  kActionStart = 2,
+  kActionEnd = 3,  ///< 1
+  /// 3: the kind of interface that this header describes.
+  kActionAskApi = 4,
+  /// p1: the message's id as std::intptr_t, p2: its data. 1 if it was taken, else -1.
+  kActionMessage = 6,
+};
+
+/// Ids of kActionMessage, all without data.
+enum PluginMessageId : std::int32_t {
+  kMessageSetUp = 1,  ///< before kActionStart: resources and libraries; not taken: no start
+  kMessageShutdown = 1001084,  ///< stop what runs in the background; anything is a good answer
+};
+
+/// Signature of the entry, exported as extern "C" c4d_main.
+using PluginEntry = std::int32_t (*)(std::int32_t action, void* p1, void* p2, void* p3);
+
+/// The version of this interface; plug-ins check that it lies in 11500 .. 11999.
+inline constexpr std::int32_t kApiVersion = 11530;
+
+/// Ids of the machine information's texts. One that the host can't tell is missing.
+enum MachineInfo : std::int32_t {
+  kMachineOs = 2000,
+  kMachineOsVersion = 2001,
+  kMachineCpu = 2003,
+  kMachineCpuType = 2002,
+  kMachineCpuFeatures = 2004,
+};
+
+using ObjectFactory = std::unique_ptr<ObjectData> (*)();
+using TagFactory = std::unique_ptr<TagData> (*)();
+using CommandFactory = std::unique_ptr<CommandData> (*)();
+
+/// The operations of the host that belong to no element. Main thread only, but for GePrint and
+/// EventAdd.
+class HostServices {
+ public:
+  virtual ~HostServices() = default;
+
+  /// Registrations, only during kActionStart. False if the id or the script name is taken or the
+  /// description is wrong (parameter_info.h); the host then prints what is wrong.
+  virtual bool RegisterObjectPlugin(std::int32_t id, const std::string& name, ObjectFactory factory,
+                                    const ClassDescription& description) = 0;
+  virtual bool RegisterTagPlugin(std::int32_t id, const std::string& name, TagFactory factory,
+                                 const ClassDescription& description) = 0;
+  /// The host makes one instance, at once, and keeps it until after kActionEnd's return.
+  virtual bool RegisterCommandPlugin(std::int32_t id, const std::string& name,
+                                     CommandFactory factory) = 0;
+
+  /// "1.0", the host's own version.
+  virtual std::string GetHostVersion() const = 0;
+  virtual BaseContainer GetMachineInfo() const = 0;
+  /// True in a host that has no windows.
+  virtual bool IsRenderMode() const = 0;
+  /// The file that the user wants the log in; empty: the plug-in's choice.
+  virtual Filename GetLogFile() const = 0;
+
+  /// One line on the host's console: stderr, silent with --quiet.
+  virtual void GePrint(const std::string& line) = 0;
+  /// Tells the host that data of the scene changed, so that it draws anew.
+  virtual void EventAdd() = 0;
+};
+
+/// What kActionLoad hands over. The first word is the version, in every version.
+struct HostFunctions {
+  std::int32_t api_version = kApiVersion;
+  HostServices* services = nullptr;
+};
+
+}  // namespace host

@@ -1,0 +1,32 @@
+#include "host/interrupts.h"
+
+#include <atomic>
+#include <csignal>
+
+#include <unistd.h>
+
+#include "host/interface/command_data.h"
+
+namespace host {
+namespace {
+
+std::atomic<int> count{0};
+static_assert(std::atomic<int>::is_always_lock_free, "used in a signal handler");
+
+void OnSignal(int) {
+  if (count.fetch_add(1) >= 2) _exit(kInterrupted);
+}
+
+}  // namespace
+
+void WatchInterrupts() {
+  struct sigaction action {};
+  action.sa_handler = OnSignal;
+  action.sa_flags = SA_RESTART;
+  sigaction(SIGINT, &action, nullptr);
+  sigaction(SIGTERM, &action, nullptr);
+}
+
+int InterruptCount() { return count; }
+
+}  // namespace host

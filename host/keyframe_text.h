@@ -1,0 +1,21 @@
+// Keyframes as they stand in scene documents.
+#pragma once
+
+#include "host/document.h"
+#include "host/json_place.h"
+
+namespace host {
+
+/// Reads the "keyframes" of an object, transform and parameters, or of a tag, parameters alone.
+/// Throws DocumentError.
+void ReadKeyframes(SceneObject& object, const JsonPlace& json, const Document& document);
+void ReadKeyframes(SceneTag& tag, const JsonPlace& json, const Document& document);
+
+/// What the readers take; an empty object if nothing has keyframes.
+Json WriteKeyframes(const SceneObject& object, const Document& document);
+Json WriteKeyframes(const SceneTag& tag, const Document& document);
+
+/// A scale; no component may be 0, or the object would have no inverse.
+Vector ReadScale(const JsonPlace& json);
+
+}  // namespace host

@@ -1,0 +1,124 @@
+#include "host/parameter_value.h"
+
+#include <cmath>
+#include <limits>
+
+#include "host/description_check.h"
+#include "host/nearest_name.h"
+
+namespace host {
+namespace {
+
+/// A whole frame where the seconds name one, else the nearest millionth.
+BaseTime ReadTime(const JsonPlace& json, std::int32_t fps) {
+  const double seconds = json.Number();
+  if (std::fabs(seconds) > 1e6) json.Fail("is more than a million seconds");
+  const double frame = std::round(seconds * fps);
+  if (std::fabs(seconds * fps - frame) < 1e-6)
+    return BaseTime::FromFrame(static_cast<std::int64_t>(frame), fps);
+  return BaseTime::FromSeconds(seconds);
+}
+
+std::int32_t ReadCycle(const ParameterInfo& info, const JsonPlace& json) {
+  const std::string name = json.Text();
+  std::vector<std::string> names;
+  for (const CycleEntry& entry : info.cycle) {
+    if (entry.name == name) return entry.value;
+    names.push_back(entry.name);
+  }
+  std::string all;
+  for (const std::string& known : names) all += (all.empty() ? "" : ", ") + known;
+  const std::string nearest = DidYouMean(name, names);
+  json.Fail("unknown choice " + Quoted(name) +
+            (nearest.empty() ? ", choose from " + all : nearest));
+}
+
+/// By the object's name, or by its place where several have that name.
+BaseList2D* ReadLink(const JsonPlace& json, const Document& document) {
+  const std::string name = json.Text();
+  if (name.empty()) return nullptr;
+  const std::vector<SceneObject*> found = document.FindByName(name);
+  if (found.size() == 1) return found.front();
+  if (found.size() > 1)
+    json.Fail("several objects are named " + Quoted(name) + "; name it by its place, as in " +
+              Quoted(document.PlaceOf(*found.front())));
+  std::vector<std::string> names;
+  for (SceneObject* object : document.AllObjects()) {
+    if (document.PlaceOf(*object) == name) return object;
+    names.push_back(object->GetName());
+  }
+  json.Fail("no object is named " + Quoted(name) + DidYouMean(name, names));
+}
+
+Json WriteLink(const BaseList2D* element, const Document& document) {
+  for (const SceneObject* object : document.AllObjects()) {
+    if (object != element) continue;
+    const bool unique = document.FindByName(object->GetName()).size() == 1;
+    return unique ? object->GetName() : document.PlaceOf(*object);
+  }
+  return "";
+}
+
+ParameterValue ReadAny(const ParameterInfo& info, const JsonPlace& json, const Document& document) {
+  switch (info.type) {
+    case ParameterType::Bool:
+      return json.Bool();
+    case ParameterType::Long:
+      if (!info.cycle.empty()) return ReadCycle(info, json);
+      return json.Whole(std::numeric_limits<std::int32_t>::min(),
+                        std::numeric_limits<std::int32_t>::max());
+    case ParameterType::Real:
+      return json.Number();
+    case ParameterType::Vector:
+      return json.VectorValue();
+    case ParameterType::Time:
+      return ReadTime(json, document.fps);
+    case ParameterType::String:
+      return json.Text();
+    case ParameterType::Filename:
+      return Filename{json.Text()};
+    case ParameterType::Link:
+      break;
+  }
+  return ReadLink(json, document);
+}
+
+}  // namespace
+
+ParameterValue ReadValue(const ParameterInfo& info, const JsonPlace& json,
+                         const Document& document) {
+  ParameterValue value = ReadAny(info, json, document);
+  const std::string wrong = WhatIsWrong(info, value);
+  if (!wrong.empty()) json.Fail(json.Value().dump() + " " + wrong);
+  return value;
+}
+
+Json WriteVector(const Vector& vector) { return Json::array({vector.x, vector.y, vector.z}); }
+
+Json WriteValue(const ParameterInfo& info, const BaseContainer& data, const Document& document) {
+  switch (info.type) {
+    case ParameterType::Bool:
+      return data.GetBool(info.id);
+    case ParameterType::Long: {
+      const std::int32_t number = data.GetLong(info.id);
+      for (const CycleEntry& entry : info.cycle)
+        if (entry.value == number) return entry.name;
+      return number;
+    }
+    case ParameterType::Real:
+      return data.GetReal(info.id);
+    case ParameterType::Vector:
+      return WriteVector(data.GetVector(info.id));
+    case ParameterType::Time:
+      return data.GetTime(info.id).Get();
+    case ParameterType::String:
+      return data.GetString(info.id);
+    case ParameterType::Filename:
+      return data.GetFilename(info.id).path;
+    case ParameterType::Link:
+      break;
+  }
+  return WriteLink(data.GetLink(info.id), document);
+}
+
+}  // namespace host

@@ -1,0 +1,22 @@
+// Parameter values as they stand in scene documents.
+#pragma once
+
+#include <string>
+
+#include "host/document.h"
+#include "host/interface/parameter_info.h"
+#include "host/json_place.h"
+
+namespace host {
+
+/// Reads a value. Links are looked up in the document, which must be complete. Throws
+/// DocumentError for a value of another kind, out of bounds, or that names nothing known.
+ParameterValue ReadValue(const ParameterInfo& info, const JsonPlace& json,
+                         const Document& document);
+
+/// What the container holds under the parameter's id, in the form that ReadValue takes.
+Json WriteValue(const ParameterInfo& info, const BaseContainer& data, const Document& document);
+
+Json WriteVector(const Vector& vector);
+
+}  // namespace host

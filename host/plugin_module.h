@@ -1,0 +1,31 @@
+// A plug-in's shared library, from load to unload.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "host/small_host.h"
+
+namespace host {
+
+/// The plug-in is started while this lives. Documents with its objects must go before it.
+class PluginModule {
+ public:
+  /// Loads and starts. Throws std::runtime_error with one line: the file can't be loaded, isn't a
+  /// plug-in, doesn't fit this host, or didn't start (with what it printed to the console).
+  PluginModule(const std::string& path, SmallHost& host);
+  /// Tells the plug-in that the host shuts down, and ends it.
+  ~PluginModule();
+  PluginModule(const PluginModule&) = delete;
+  PluginModule& operator=(const PluginModule&) = delete;
+
+ private:
+  bool Send(PluginMessageId message);
+
+  SmallHost& host_;
+  HostFunctions functions_;
+  void* library_ = nullptr;
+  PluginEntry entry_ = nullptr;
+};
+
+}  // namespace host

@@ -1,0 +1,78 @@
+#include "host/program_context.h"
+
+#include "host/document_error.h"
+#include "host/document_reader.h"
+#include "host/document_writer.h"
+#include "host/interrupts.h"
+#include "host/nearest_name.h"
+#include "host/overrides.h"
+
+namespace host {
+namespace {
+
+/// The object to work on, by name or as the only one of its type.
+SceneObject* Choose(const Document& document, const ElementClass& type, const std::string& name) {
+  const std::string kind = type.description.name;
+  std::vector<SceneObject*> found = document.AllObjects();
+  std::vector<std::string> names;
+  std::erase_if(found, [&](SceneObject* object) { return object->GetType() != type.id; });
+  if (found.empty()) throw DocumentError("the scene has no " + kind + " object");
+  for (SceneObject* object : found) names.push_back(object->GetName());
+
+  if (!name.empty()) {
+    std::erase_if(found, [&](SceneObject* object) { return object->GetName() != name; });
+    if (found.empty())
+      throw DocumentError("no " + kind + " object is named " + Quoted(name) +
+                          DidYouMean(name, names));
+    if (found.size() > 1)
+      throw DocumentError(std::to_string(found.size()) + " objects are named " + Quoted(name) +
+                          "; give each a name of its own");
+  }
+  if (found.size() == 1) return found.front();
+  std::string list;
+  for (const std::string& each : names) list += (list.empty() ? "" : ", ") + Quoted(each);
+  throw DocumentError("the scene has " + std::to_string(found.size()) + " " + kind + " objects (" +
+                      list + "); choose one with --object NAME");
+}
+
+}  // namespace
+
+std::unique_ptr<BaseDocument> ProgramContext::LoadDocument(const Filename& path) {
+  try {
+    std::unique_ptr<Document> document = ReadDocumentFile(path.path, host_.Classes());
+    ApplyOverrides(*document, arguments_.GetStrings("set"));
+    try {
+      document->Open();
+    } catch (const DocumentError& error) {
+      throw DocumentError(path.path, error.what());
+    }
+    return document;
+  } catch (const DocumentError& error) {
+    terminal_.Error(error.what());
+    return nullptr;
+  }
+}
+
+bool ProgramContext::SaveDocument(const BaseDocument& document, const Filename& path) {
+  try {
+    WriteDocumentFile(static_cast<const Document&>(document), path.path);
+    return true;
+  } catch (const DocumentError& error) {
+    terminal_.Error(error.what());
+    return false;
+  }
+}
+
+BaseObject* ProgramContext::FindObject(BaseDocument& document, std::int32_t type) {
+  const auto& own = static_cast<const Document&>(document);
+  try {
+    return Choose(own, *host_.Classes().objects.Find(type), arguments_.GetString("object"));
+  } catch (const DocumentError& error) {
+    terminal_.Error(DocumentError(own.name, error.what()).what());
+    return nullptr;
+  }
+}
+
+int ProgramContext::Interrupts() const { return InterruptCount(); }
+
+}  // namespace host

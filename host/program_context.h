@@ -1,0 +1,38 @@
+// The small host's CommandContext: a command that runs in the program.
+#pragma once
+
+#include <string>
+
+#include "host/interface/command_data.h"
+#include "host/small_host.h"
+#include "host/terminal.h"
+
+namespace host {
+
+class ProgramContext final : public CommandContext {
+ public:
+  /// All three must outlive the context. The arguments' "set" and "object" are obeyed.
+  ProgramContext(const SmallHost& host, Terminal& terminal, const CommandArguments& arguments)
+      : host_(host), terminal_(terminal), arguments_(arguments) {}
+
+  std::unique_ptr<BaseDocument> LoadDocument(const Filename& path) override;
+  bool SaveDocument(const BaseDocument& document, const Filename& path) override;
+  BaseObject* FindObject(BaseDocument& document, std::int32_t type) override;
+  int Interrupts() const override;
+  void Error(const std::string& text) override { terminal_.Error(text); }
+  void Warning(const std::string& text) override { terminal_.Warning(text); }
+  void Note(const std::string& text) override { terminal_.Note(text); }
+  void Progress(const std::string& text, bool whole) override { terminal_.Progress(text, whole); }
+  void Result(const std::string& line) override { terminal_.Result(line); }
+  void Event(const std::string& name, const EventFields& fields) override {
+    terminal_.Event(name, fields);
+  }
+  bool Json() const override { return terminal_.IsJson(); }
+
+ private:
+  const SmallHost& host_;
+  Terminal& terminal_;
+  const CommandArguments& arguments_;
+};
+
+}  // namespace host

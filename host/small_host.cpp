@@ -1,0 +1,58 @@
+#include "host/small_host.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "host/describe_command.h"
+#include "host/machine_info.h"
+
+namespace host {
+
+SmallHost::SmallHost() {
+  auto describe = std::make_unique<DescribeCommand>(classes_);
+  commands_.push_back({0, "describe", describe->GetInfo(), std::move(describe)});
+}
+
+bool SmallHost::Registered(const std::string& name, const std::string& wrong) {
+  if (!wrong.empty()) GePrint("registration of " + name + ": " + wrong);
+  return wrong.empty();
+}
+
+bool SmallHost::RegisterObjectPlugin(std::int32_t id, const std::string& name,
+                                     ObjectFactory factory, const ClassDescription& description) {
+  return Registered(name, classes_.objects.Add({id, name, description, factory}));
+}
+
+bool SmallHost::RegisterTagPlugin(std::int32_t id, const std::string& name, TagFactory factory,
+                                  const ClassDescription& description) {
+  return Registered(name, classes_.tags.Add({id, name, description, factory}));
+}
+
+bool SmallHost::RegisterCommandPlugin(std::int32_t id, const std::string& name,
+                                      CommandFactory factory) {
+  std::unique_ptr<CommandData> data = factory();
+  CommandInfo info = data->GetInfo();
+  const bool taken = std::any_of(commands_.begin(), commands_.end(), [&](const Command& command) {
+    return command.id == id || command.info.verb == info.verb;
+  });
+  if (taken || info.verb.empty())
+    return Registered(name, taken ? "the id or the verb is taken" : "the command has no verb");
+  commands_.push_back({id, name, std::move(info), std::move(data)});
+  return true;
+}
+
+std::string SmallHost::GetHostVersion() const { return NBX_HOST_VERSION; }
+
+BaseContainer SmallHost::GetMachineInfo() const { return ReadMachineInfo(); }
+
+void SmallHost::GePrint(const std::string& line) {
+  const std::lock_guard lock(mutex_);
+  console_.push_back(line);
+}
+
+std::vector<std::string> SmallHost::TakeConsole() {
+  const std::lock_guard lock(mutex_);
+  return std::exchange(console_, {});
+}
+
+}  // namespace host

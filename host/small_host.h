@@ -1,0 +1,64 @@
+// The host itself: what plug-ins register with, and the operations that belong to no element.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "host/element_class.h"
+#include "host/interface/plugin.h"
+
+namespace host {
+
+class SmallHost final : public HostServices {
+ public:
+  struct Command {
+    std::int32_t id = 0;
+    std::string name;
+    CommandInfo info;
+    std::unique_ptr<CommandData> data;
+  };
+
+  /// Knows the host's own types of objects, and the command `describe`.
+  SmallHost();
+
+  bool RegisterObjectPlugin(std::int32_t id, const std::string& name, ObjectFactory factory,
+                            const ClassDescription& description) override;
+  bool RegisterTagPlugin(std::int32_t id, const std::string& name, TagFactory factory,
+                         const ClassDescription& description) override;
+  bool RegisterCommandPlugin(std::int32_t id, const std::string& name,
+                             CommandFactory factory) override;
+  std::string GetHostVersion() const override;
+  BaseContainer GetMachineInfo() const override;
+  bool IsRenderMode() const override { return true; }
+  Filename GetLogFile() const override { return log_file_; }
+  void GePrint(const std::string& line) override;
+  void EventAdd() override { ++events_; }
+
+  const SceneClasses& Classes() const { return classes_; }
+  const std::vector<Command>& Commands() const { return commands_; }
+  /// Calls of EventAdd so far.
+  int Events() const { return events_; }
+
+  void SetLogFile(const std::string& path) { log_file_ = {path}; }
+  /// The lines of the console so far, which become empty. A start that goes well is silent: they
+  /// are shown after one that doesn't.
+  std::vector<std::string> TakeConsole();
+
+  /// Destroys all commands, before the plug-in that they came from ends.
+  void DropCommands() { commands_.clear(); }
+
+ private:
+  bool Registered(const std::string& name, const std::string& wrong);
+
+  SceneClasses classes_;
+  std::vector<Command> commands_;
+  Filename log_file_;
+  std::mutex mutex_;  ///< guards console_
+  std::vector<std::string> console_;
+  std::atomic<int> events_{0};
+};
+
+}  // namespace host

@@ -1,0 +1,48 @@
+// What the program writes: results to stdout, messages and progress to stderr.
+#pragma once
+
+#include <mutex>
+#include <string>
+
+#include "host/interface/command_data.h"
+
+namespace host {
+
+/// Operations may be called from any thread; the choices are made before there is a second one.
+class Terminal {
+ public:
+  /// `redraw`: stderr is a terminal that can overwrite its last line. `color`: and may be coloured.
+  Terminal(bool redraw, bool color) : redraw_(redraw), color_(color) {}
+  /// As stderr, TERM and NO_COLOR say.
+  static Terminal ForThisProcess();
+  ~Terminal() { EndProgress(); }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  void SetQuiet(bool quiet) { quiet_ = quiet; }
+  void SetJson(bool json) { json_ = json; }
+  bool IsJson() const { return json_; }
+
+  void Error(const std::string& text);
+  void Warning(const std::string& text);
+  void Note(const std::string& text);
+  void Progress(const std::string& text, bool whole);
+  void Result(const std::string& line);
+  void Event(const std::string& name, const EventFields& fields);
+
+  /// Flushes stdout; false if anything of it was lost.
+  bool Finish();
+
+ private:
+  void Message(const char* color, const char* label, const std::string& text);
+  void EndProgress();
+
+  bool redraw_;
+  bool color_;
+  bool quiet_ = false;
+  bool json_ = false;
+  bool line_open_ = false;  ///< the last line of stderr is a progress line
+  std::mutex mutex_;
+};
+
+}  // namespace host

@@ -1,0 +1,23 @@
+// Where an object sits in its parent's space, as the user gives it.
+#pragma once
+
+#include "host/interface/vector.h"
+
+namespace host {
+
+/// Scale first, then rotation, then position. The rotation is heading, pitch, bank in degrees:
+/// bank turns x towards y, then pitch turns y towards z, then heading turns z towards x, each
+/// about an axis of the parent.
+struct Transform {
+  Vector position;
+  Vector rotation;
+  Vector scale{1, 1, 1};
+
+  friend bool operator==(const Transform&, const Transform&) = default;
+};
+
+/// heading * pitch * bank * scale, with the position as offset. Multiples of 90 degrees turn
+/// exactly.
+Matrix ToMatrix(const Transform& transform);
+
+}  // namespace host

@@ -1,0 +1,226 @@
+#include "cache/bcf_file.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QString>
+#include <algorithm>
+#include <array>
+#include <limits>
+
+#include "cache/run_length_codec.h"
+#include "util/log.h"
+
+namespace nbx {
+
+namespace {
+
+[[noreturn]] void fail_format(const std::string& text) {
+  LogMessage() << text;
+  throw BcfFormatError(text);
+}
+
+}  // namespace
+
+BcfFile::BcfFile() : file_(std::make_unique<QFile>()) {}
+BcfFile::~BcfFile() = default;
+
+// Without QFile's buffer: heads are read without a byte of payload, payloads without a copy, and a
+// write that fails says so at once.
+bool BcfFile::open(const std::string& path, Mode mode) {
+  close();
+  file_->setFileName(QString::fromStdString(path));
+  const auto how = mode == Mode::kReading ? QFile::ReadOnly : QFile::WriteOnly | QFile::Truncate;
+  error_.clear();
+  if (!file_->open(how | QFile::Unbuffered)) return fail();
+  mode_ = mode;
+  next_ = kBcfHeaderSize;
+  return true;
+}
+
+bool BcfFile::close() {
+  mode_ = Mode::kClosed;
+  if (!file_->isOpen()) return true;
+  file_->close();
+  return file_->error() == QFile::NoError || fail();
+}
+
+void BcfFile::discard() {
+  close();
+  // Whatever else stands under that name, a device for one, isn't ours to remove.
+  if (QFileInfo(*file_).isFile()) file_->remove();
+}
+
+bool BcfFile::fail() {
+  error_ = file_->errorString().toStdString();
+  return false;
+}
+
+bool BcfFile::openRead(const std::string& path) {
+  if (!open(path, Mode::kReading)) return false;
+  std::array<char, kBcfHeaderSize> header{};
+  file_->read(header.data(), header.size());
+  if (!std::equal(header.begin(), header.end() - 1, kBcfHeader.begin())) {
+    close();
+    fail_format("Unrecognized file format for '" + path + "'");
+  }
+  if ((header.back() & 0x7f) != kBcfHeader.back()) {
+    close();
+    fail_format("Unsupported BCF file format version for '" + path + "'");
+  }
+  return true;
+}
+
+bool BcfFile::create(const std::string& path) {
+  if (!open(path, Mode::kWriting)) return false;
+  try {
+    write(kBcfHeader.data(), kBcfHeader.size());
+  } catch (const BcfWriteError&) {
+    discard();
+    return false;
+  }
+  return true;
+}
+
+char* BcfFile::buffer(std::size_t size) {
+  if (size > capacity_) {
+    buffer_.reset();
+    buffer_ = std::make_unique_for_overwrite<char[]>(size);
+    capacity_ = size;
+  }
+  return buffer_.get();
+}
+
+void BcfFile::write(const char* data, std::size_t size) {
+  // A full disk takes a part first; only the write behind it tells the reason.
+  while (size > 0) {
+    const qint64 written = file_->write(data, static_cast<qint64>(size));
+    if (written <= 0) {
+      fail();
+      throw BcfWriteError(error_);
+    }
+    data += written;
+    size -= static_cast<std::size_t>(written);
+  }
+}
+
+BcfFile::Payload BcfFile::encode(Codec codec, const Field<float>& field) {
+  switch (codec) {
+    case Codec::kRaw:
+      return {reinterpret_cast<const char*>(field.data()), field.count() * sizeof(float)};
+    case Codec::kRunLength: {
+      char* encoded = buffer(rle_bound(field.count()));
+      return {encoded, rle_encode(encoded, field.data(), field.count())};
+    }
+    default:
+      throw Exception("Unknown codec");
+  }
+}
+
+void BcfFile::addGrid(int gridType, Codec codec, const FrameTime& simTime,
+                      const FrameTime& frameTime, const Vec3i& offset, const GridMatrix& gridMatrix,
+                      const Field<float>& field) {
+  if (mode_ != Mode::kWriting)
+    throw Exception("Failed to add float grid. No file opened for writing.");
+  if (gridType < 1 || gridType > 35) throw Exception("Invalid grid type.");
+  if (!cell_count(field.dims())) throw Exception("Grid too large for a frame file.");
+
+  const Payload payload = encode(codec, field);
+  if (payload.size > std::numeric_limits<std::uint32_t>::max())
+    throw Exception("Grid too large for a frame file.");
+
+  GridHead head;
+  head.dataSize = static_cast<std::uint32_t>(payload.size);
+  head.gridType = static_cast<std::uint8_t>(gridType);
+  head.codec = static_cast<std::uint8_t>(codec);
+  head.simTime = simTime;
+  head.frameTime = frameTime;
+  head.offset = offset;
+  head.dims = field.dims();
+  head.gridMatrix = gridMatrix;
+  char bytes[kBcfHeadSize];
+  encode_head(bytes, head);
+  write(bytes, sizeof bytes);
+  write(payload.data, payload.size);
+  write(bytes, kBcfTrailerSize);  // dataSize, which leads the head
+}
+
+bool BcfFile::readHead(GridHead& head) {
+  if (mode_ != Mode::kReading)
+    throw Exception("Failed to read float grid. No file opened for reading.");
+  char bytes[kBcfHeadSize];
+  if (next_ + sizeof bytes > size()) return false;
+  if (!file_->seek(static_cast<qint64>(next_)) ||
+      file_->read(bytes, sizeof bytes) != static_cast<qint64>(sizeof bytes))
+    return false;
+  decode_head(head, bytes);
+  next_ = position() + head.dataSize + kBcfTrailerSize;
+  return true;
+}
+
+void BcfFile::read(std::uint64_t position, char* dst, std::size_t size) {
+  const auto bytes = static_cast<qint64>(size);
+  if (file_->seek(static_cast<qint64>(position)) && file_->read(dst, bytes) == bytes) return;
+  fail();
+  throw Exception("BCF: failed to read: " + error_);
+}
+
+void BcfFile::readGrid(std::uint64_t position, const GridHead& head, Field<float>& field) {
+  if (mode_ != Mode::kReading)
+    throw Exception("Failed to read float grid. No file opened for reading.");
+  next_ = position + head.dataSize + kBcfTrailerSize;
+  switch (static_cast<Codec>(head.codec)) {
+    case Codec::kRaw:
+      return readRaw(position, head, field);
+    case Codec::kRunLength:
+      return readRunLength(position, head, field);
+    default:
+      throw Exception("Unknown codec");
+  }
+}
+
+// The floats go straight into the field.
+void BcfFile::readRaw(std::uint64_t position, const GridHead& head, Field<float>& field) {
+  const auto cells = cell_count(head.dims);
+  if (!cells || head.dataSize != *cells * sizeof(float)) {
+    LogMessage() << "BCF: invalid raw grid size";
+    throw Exception("BCF: invalid raw grid size");
+  }
+  checkLength(position, head);
+  field.resize(head.dims);
+  try {
+    read(position, reinterpret_cast<char*>(field.data()), head.dataSize);
+  } catch (...) {
+    field.resize(0, 0, 0);
+    throw;
+  }
+}
+
+void BcfFile::readRunLength(std::uint64_t position, const GridHead& head, Field<float>& field) {
+  checkLength(position, head);
+  char* payload = buffer(head.dataSize);
+  read(position, payload, head.dataSize);
+  const auto cells = cell_count(head.dims);
+  if (!cells || !rle_fits(payload, head.dataSize, *cells))
+    throw Exception("BCF: run-length payload doesn't fill the grid");
+  field.resize(head.dims);
+  rle_decode(field.data(), payload, head.dataSize);
+}
+
+void BcfFile::checkLength(std::uint64_t position, const GridHead& head) const {
+  const std::uint64_t end = size(), left = end - std::min(end, position);
+  if (head.dataSize > left)
+    throw Exception("BCF: the file ends inside of a grid, " + std::to_string(left) + " of " +
+                    std::to_string(head.dataSize) + " bytes are there");
+}
+
+bool BcfFile::trailerMatches(std::uint64_t position, const GridHead& head) {
+  std::uint32_t trailer = 0;
+  if (mode_ != Mode::kReading || position + head.dataSize + kBcfTrailerSize > size()) return false;
+  read(position + head.dataSize, reinterpret_cast<char*>(&trailer), kBcfTrailerSize);
+  return trailer == head.dataSize;
+}
+
+std::uint64_t BcfFile::position() const { return static_cast<std::uint64_t>(file_->pos()); }
+std::uint64_t BcfFile::size() const { return static_cast<std::uint64_t>(file_->size()); }
+
+}  // namespace nbx

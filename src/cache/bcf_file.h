@@ -1,0 +1,110 @@
+// Reads and writes frame files, one grid record at a time. bcf_format.h shows their bytes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "cache/bcf_format.h"
+#include "cache/grid_type.h"
+#include "math/field.h"
+#include "util/exception.h"
+
+class QFile;
+
+namespace nbx {
+
+/// Thrown for a file that isn't a frame file, or of another version. Not an nbx::Exception: it
+/// passes the guards of single frames and ends what the reading thread does.
+class BcfFormatError : public std::exception {
+ public:
+  explicit BcfFormatError(std::string text) : text_(std::move(text)) {}
+  const char* what() const noexcept override { return text_.c_str(); }
+
+ private:
+  std::string text_;
+};
+
+/// What was written didn't all reach the file. The text is the system's reason.
+class BcfWriteError : public Exception {
+ public:
+  using Exception::Exception;
+};
+
+/// One open frame file. Belongs to one thread; every reader and writer opens its own. The encode
+/// and decode buffer lives as long as the object. Nothing that a file claims makes the reader
+/// allocate more than its length and its run counts bear out.
+class BcfFile {
+ public:
+  BcfFile();
+  ~BcfFile();
+  BcfFile(const BcfFile&) = delete;
+  BcfFile& operator=(const BcfFile&) = delete;
+
+  /// False if the file can't be opened. A wrong magic or version is logged and throws
+  /// BcfFormatError.
+  bool openRead(const std::string& path);
+  /// Creates or truncates the file and writes its header. False if it can't.
+  bool create(const std::string& path);
+  /// Closes the file. False if closing reports that something written didn't reach it.
+  bool close();
+  /// Closes the file and removes it, for one that could not be written whole.
+  void discard();
+  /// The system's reason for the last failure since the file was opened.
+  const std::string& errorString() const { return error_; }
+
+  /// Appends one record. Throws Exception if no file is open for writing, for a type outside of
+  /// 1 .. 35, for an unknown codec and for a grid too large for the format; BcfWriteError, which
+  /// leaves part of the record behind; std::bad_alloc.
+  void addGrid(int gridType, Codec codec, const FrameTime& simTime, const FrameTime& frameTime,
+               const Vec3i& offset, const GridMatrix& gridMatrix, const Field<float>& field);
+
+  /// Reads the next head, skipping the payload of the one before. False at the end of the file or
+  /// on a short read. `position()` is then that of the payload. Throws Exception if no file is open
+  /// for reading.
+  bool readHead(GridHead& head);
+
+  /// Decodes the payload at `position` into `field`, sized from `head.dims`; a negative dimension
+  /// counts as 0. Throws Exception for an unknown codec, for a payload that the file's end cuts off
+  /// and for one that doesn't decode to exactly the grid: all before the field is touched. A
+  /// failing disk throws it too and leaves the field empty; std::bad_alloc.
+  void readGrid(std::uint64_t position, const GridHead& head, Field<float>& field);
+
+  /// True if the payload at `position` is followed by its size, as every record is that was written
+  /// whole. Readers don't need it; it tells a damaged record from a good one.
+  bool trailerMatches(std::uint64_t position, const GridHead& head);
+
+  /// Where the next read or write happens, and the length of the file.
+  std::uint64_t position() const;
+  std::uint64_t size() const;
+
+ private:
+  enum class Mode { kClosed, kReading, kWriting };
+
+  struct Payload {
+    const char* data;
+    std::size_t size;
+  };
+
+  bool open(const std::string& path, Mode mode);
+  bool fail();
+  Payload encode(Codec codec, const Field<float>& field);
+  void readRaw(std::uint64_t position, const GridHead& head, Field<float>& field);
+  void readRunLength(std::uint64_t position, const GridHead& head, Field<float>& field);
+  void checkLength(std::uint64_t position, const GridHead& head) const;
+  void write(const char* data, std::size_t size);
+  void read(std::uint64_t position, char* dst, std::size_t size);
+  char* buffer(std::size_t size);
+
+  std::unique_ptr<QFile> file_;
+  Mode mode_ = Mode::kClosed;
+  std::string error_;
+  std::uint64_t next_ = 0;  // where the next head stands
+  std::unique_ptr<char[]> buffer_;
+  std::size_t capacity_ = 0;
+};
+
+}  // namespace nbx

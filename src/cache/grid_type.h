@@ -1,0 +1,33 @@
+// What the grids of a frame hold, and the names under which people ask for them.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace nbx {
+
+enum GridType : int {
+  kGridDensity = 2,
+  kGridTemperature = 3,
+  kGridFuel = 4,
+  kGridVelocityX = 5,
+  kGridVelocityY = 6,
+  kGridVelocityZ = 7,
+  kGridBurn = 24,
+  kGridSolid = 25,
+  kGridSecondVelocityX = 33,
+  kGridSecondVelocityY = 34,
+  kGridSecondVelocityZ = 35,
+};
+
+/// "density", "velocity_x" ...; "type_9" for a number without a name.
+std::string grid_type_name(int gridType);
+/// The inverse of grid_type_name; nothing for a name that it doesn't give.
+std::optional<int> grid_type_from_name(std::string_view name);
+
+/// The axis along which a grid of this type is staggered and has one cell more; -1 for a grid of
+/// cell centres.
+int staggered_axis(int gridType);
+
+}  // namespace nbx

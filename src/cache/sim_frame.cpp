@@ -1,0 +1,134 @@
+#include "cache/sim_frame.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "util/log.h"
+
+namespace nbx {
+
+namespace {
+
+constexpr std::int64_t kLargest = std::numeric_limits<int>::max();
+
+bool is_velocity(int gridType) { return gridType >= kGridVelocityX && gridType <= kGridVelocityZ; }
+
+// Index 0 and the last one are ghosts, the box is 1 .. dims - 2 of the centre grid. Summed wide:
+// the offsets of a damaged file may be anything.
+IntBox covered_box(const FrameGrid& grid, int staggeredAxis) {
+  IntBox box;
+  for (int a = 0; a < 3; ++a) {
+    const std::int64_t offset = grid.offset[a];
+    const std::int64_t cells = grid.dims[a] - (a == staggeredAxis ? 1 : 0);
+    if (cells < 3) return {};
+    box.lo[a] = static_cast<int>(std::min<std::int64_t>(offset + 1, kLargest));
+    box.hi[a] = static_cast<int>(std::min<std::int64_t>(offset + cells - 2, kLargest));
+  }
+  return box;
+}
+
+}  // namespace
+
+bool SimFrame::load(const std::string& file) {
+  grids.clear();
+  fileIndex_.clear();
+  path = source_ = file;
+  saved = true;
+  valid = false;
+
+  BcfFile in;
+  if (!in.openRead(file)) return false;
+  for (GridHead head; in.readHead(head);) {
+    const int type = head.gridType;
+    Vec3i cells = head.dims;
+    for (int a = 0; a < 3; ++a) cells[a] = std::max(cells[a], 0);
+    grids[type] = {type, head.offset, cells, head.gridMatrix, {}};
+    fileIndex_[type] = {head, in.position()};
+    simTime = head.simTime;
+    frameTime = head.frameTime;
+  }
+  valid = !grids.empty();
+  return valid;
+}
+
+std::uint64_t SimFrame::write(const std::string& file, Codec codec) {
+  error.clear();
+  BcfFile out;
+  if (!out.create(file)) {
+    error = out.errorString();
+    LogMessage() << "Failed to open file " << file;
+    return 0;
+  }
+  path = file;
+  if (file == source_) fileIndex_.clear();  // what wasn't loaded went with the old file
+  try {
+    for (const auto& [type, grid] : grids)
+      if (grid.field)
+        out.addGrid(type, codec, simTime, frameTime, grid.offset, grid.gridMatrix, *grid.field);
+    const std::uint64_t size = out.position();
+    if (!out.close()) throw BcfWriteError(out.errorString());
+    return size;
+  } catch (const BcfWriteError& e) {
+    error = e.what();
+    LogMessage() << "Failed to write file " << file << ": " << error;
+    out.discard();
+    return 0;
+  } catch (...) {
+    out.discard();
+    throw;
+  }
+}
+
+FieldHandle SimFrame::grid(int gridType) {
+  const std::lock_guard lock(loading_);
+  const auto found = grids.find(gridType);
+  if (found == grids.end()) return {};
+  FrameGrid& grid = found->second;
+  const auto indexed = fileIndex_.find(gridType);
+  if (grid.field || indexed == fileIndex_.end()) return grid.field;
+
+  BcfFile in;
+  if (!in.openRead(source_)) return {};
+  const FieldHandle field = acquire_field();
+  in.readGrid(indexed->second.position, indexed->second.head, *field);
+  return grid.field = field;
+}
+
+void SimFrame::add(const FieldHandle& field, int gridType, const Vec3i& offset,
+                   const GridMatrix& matrix) {
+  FieldHandle held = field;
+  if (ownsData) {
+    held = acquire_field();
+    held->copy(*field);
+  }
+  grids[gridType] = {gridType, offset, field->dims(), matrix, held};
+}
+
+Vec3i SimFrame::dims() const {
+  Vec3i largest;
+  for (const auto& [type, grid] : grids) {
+    if (is_velocity(type)) continue;
+    for (int a = 0; a < 3; ++a) largest[a] = std::max(largest[a], grid.dims[a]);
+  }
+  return largest;
+}
+
+Vec3i SimFrame::offset() const {
+  if (grids.empty()) return {};
+  Vec3i lowest = grids.begin()->second.offset;
+  for (const auto& [type, grid] : grids)
+    for (int a = 0; a < 3; ++a) lowest[a] = std::min(lowest[a], grid.offset[a]);
+  return lowest;
+}
+
+IntBox SimFrame::box() const {
+  IntBox centres, faces;
+  for (const auto& [type, grid] : grids) {
+    const int axis = staggered_axis(type);
+    IntBox& sum = axis < 0 ? centres : faces;
+    sum = box_union(sum, covered_box(grid, axis));
+  }
+  return centres.empty() ? faces : centres;
+}
+
+}  // namespace nbx

@@ -1,0 +1,84 @@
+#include "math/field_operators.h"
+
+#include <algorithm>
+
+#include "math/field_checks.h"
+
+namespace nbx {
+
+namespace {
+
+constexpr std::ptrdiff_t kBlock = 1 << 14;
+// Below this many elements, waking the other threads costs more than they save.
+constexpr std::ptrdiff_t kParallel = 1 << 16;
+
+template <class Op, class... T>
+void run(float* dst, std::ptrdiff_t n, Op op, const T*... src) {
+#pragma omp simd
+  for (std::ptrdiff_t i = 0; i < n; ++i) dst[i] = op(src[i]...);
+}
+
+// dst[i] = op(src[i] ...), checked as `where` says.
+template <class Op, class... F>
+void elementwise(std::source_location where, Field<float>& dst, Op op, const F&... src) {
+  check_elementwise(where, dst, src...);
+  const std::ptrdiff_t n = static_cast<std::ptrdiff_t>(dst.count());
+#pragma omp parallel for schedule(static) if (n >= kParallel)
+  for (std::ptrdiff_t i = 0; i < n; i += kBlock)
+    run(dst.data() + i, std::min(kBlock, n - i), op, (src.data() + i)...);
+}
+
+using Here = std::source_location;
+
+}  // namespace
+
+void set(Field<float>& dst, float a) {
+  elementwise(Here::current(), dst, [=] { return a; });
+}
+
+void max_a_x(Field<float>& dst, float a, const Field<float>& x) {
+  elementwise(
+      Here::current(), dst, [=](float xi) { return std::max(a, xi); }, x);
+}
+
+void min_a_x(Field<float>& dst, float a, const Field<float>& x) {
+  elementwise(
+      Here::current(), dst, [=](float xi) { return std::min(a, xi); }, x);
+}
+
+void scal(Field<float>& dst, float a, const Field<float>& x) {
+  elementwise(
+      Here::current(), dst, [=](float xi) { return a * xi; }, x);
+}
+
+void add(Field<float>& dst, const Field<float>& x, float a) {
+  elementwise(
+      Here::current(), dst, [=](float xi) { return xi + a; }, x);
+}
+
+void add_max0(Field<float>& dst, const Field<float>& x, float a) {
+  elementwise(
+      Here::current(), dst, [=](float xi) { return std::max(xi + a, 0.0f); }, x);
+}
+
+void max_ax_y(Field<float>& dst, float a, const Field<float>& x, const Field<float>& y) {
+  elementwise(
+      Here::current(), dst, [=](float xi, float yi) { return std::max(yi, a * xi); }, x, y);
+}
+
+void axpy(Field<float>& dst, float a, const Field<float>& x, const Field<float>& y) {
+  elementwise(
+      Here::current(), dst, [=](float xi, float yi) { return a * xi + yi; }, x, y);
+}
+
+void axpby(Field<float>& dst, float a, const Field<float>& x, float b, const Field<float>& y) {
+  elementwise(
+      Here::current(), dst, [=](float xi, float yi) { return a * xi + b * yi; }, x, y);
+}
+
+void clamp(Field<float>& dst, float lo, float hi) {
+  elementwise(
+      Here::current(), dst, [=](float v) { return std::min(std::max(v, lo), hi); }, dst);
+}
+
+}  // namespace nbx

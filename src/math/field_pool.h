@@ -1,0 +1,88 @@
+// Pools that keep the memory of grids alive between uses. A simulation takes and drops dozens of
+// full-size fields in every step; with the pools it stops allocating after its first steps.
+//
+// There are two in a process: the dense pool of fields with the block that each owns, and the pool
+// of the 8 x 8 x 8 blocks of sparse fields. Both live from their first use to the end of the
+// process. All operations may be called from any thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <unordered_set>
+#include <vector>
+
+#include "math/field.h"
+
+namespace nbx {
+
+/// The 512 voxels of a sparse block, x fastest. Uninitialised when it comes from the pool.
+struct alignas(64) SparseBlock {
+  float values[512];
+};
+
+/// A pool of elements of one type, handed out last in, first out: the most recently released
+/// element is warm and likely of the right size. An element keeps its block and its stale contents,
+/// so who acquires one must size and fill it.
+template <class Element>
+class Pool {
+ public:
+  /// `tag` names the pool in the log.
+  explicit Pool(int tag) : tag_(tag) {}
+  Pool(const Pool&) = delete;
+  Pool& operator=(const Pool&) = delete;
+
+  /// An element, recycled or freshly made.
+  Element* acquire();
+
+  /// Gives an element back; null is ignored. An address that the pool doesn't know is a programming
+  /// error: it is logged and ends the process.
+  void release(Element* element);
+
+  /// Destroys every element that isn't in use, and logs the counts.
+  void release_unused();
+
+  struct Counts {
+    std::size_t in_use = 0;
+    std::size_t known = 0;
+  };
+  Counts counts() const;
+
+ private:
+  // Addresses differ in their low bits, and between heap regions in their high ones.
+  struct AddressHash {
+    std::size_t operator()(const Element* p) const {
+      const auto a = reinterpret_cast<std::uintptr_t>(p);
+      return static_cast<std::uint32_t>((a >> 31) ^ a);
+    }
+  };
+
+  const int tag_;
+  mutable std::mutex mutex_;
+  std::unordered_set<Element*, AddressHash> known_;  // every element that exists
+  std::vector<Element*> free_;                       // those not handed out, a stack
+};
+
+using FieldPool = Pool<Field<float>>;
+using BlockPool = Pool<SparseBlock>;
+
+extern template class Pool<Field<float>>;
+extern template class Pool<SparseBlock>;
+
+FieldPool& field_pool();
+BlockPool& block_pool();
+
+/// A pooled field; dropping the last handle gives it back.
+using FieldHandle = std::shared_ptr<Field<float>>;
+
+/// Takes a field from the dense pool. Its size and contents are whatever its last user left.
+FieldHandle acquire_field();
+
+/// Takes a field from the dense pool and sizes it; contents are undefined.
+FieldHandle acquire_field(const Vec3i& dims);
+
+/// Writes the memory line to the log: both pools and the device's memory.
+void mem_stats();
+
+}  // namespace nbx

@@ -1,0 +1,11 @@
+// A field as kernel files see it (util/isa.h): numbers only, no functions.
+#pragma once
+
+namespace nbx {
+
+struct KernelField {
+  const float* data;  // x fastest, then y, then z, without padding
+  int nx, ny, nz;
+};
+
+}  // namespace nbx

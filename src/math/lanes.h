@@ -1,0 +1,82 @@
+// A row of cells handled at once: W floats side by side, 16, 8 or 4 with AVX-512, AVX2 or the
+// baseline. For kernel files only (util/isa.h): all stands in the namespace of the instruction set
+// and does the same arithmetic in each of them, so results have the same bits.
+//
+// The types are vectors of the compiler: + - * and comparisons work lane by lane, and a comparison
+// gives a mask, all bits or none for each lane, to be combined with & and |.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+namespace nbx::NBX_ISA {
+
+#if defined(__AVX512F__)
+inline constexpr int W = 16;
+#elif defined(__AVX2__)
+inline constexpr int W = 8;
+#else
+inline constexpr int W = 4;
+#endif
+
+typedef float F __attribute__((vector_size(4 * W)));
+typedef std::int32_t I __attribute__((vector_size(4 * W)));
+
+inline F splat(float a) { return F{} + a; }
+inline I splat(int a) { return I{} + a; }
+
+/// 0, 1, 2 ...
+inline F iota() {
+  F lane{};
+  for (int l = 0; l < W; ++l) lane[l] = static_cast<float>(l);
+  return lane;
+}
+
+inline F select(I mask, F a, F b) { return mask ? a : b; }
+/// With NaN on either side the result is b.
+inline F min(F a, F b) { return a < b ? a : b; }
+inline F max(F a, F b) { return a > b ? a : b; }
+inline I min(I a, I b) { return a < b ? a : b; }
+inline F abs(F a) { return reinterpret_cast<F>(reinterpret_cast<I>(a) & splat(0x7fffffff)); }
+
+/// The integer part; `a` must be representable.
+inline I truncate(F a) { return __builtin_convertvector(a, I); }
+inline F to_float(I a) { return __builtin_convertvector(a, F); }
+
+inline bool any(I mask) {
+  std::uint64_t halves[W / 2], all = 0;
+  std::memcpy(halves, &mask, sizeof mask);
+  for (std::uint64_t half : halves) all |= half;
+  return all != 0;
+}
+
+/// The count of a whole row of lanes, known when compiling.
+using Full = std::integral_constant<int, W>;
+
+/// n <= W floats from memory; lanes beyond are 0.
+template <class Count>
+F load(const float* p, Count n) {
+  F a{};
+  std::memcpy(&a, p, static_cast<std::size_t>(n) * sizeof(float));
+  return a;
+}
+
+template <class Count>
+void store(float* p, F a, Count n) {
+  std::memcpy(p, &a, static_cast<std::size_t>(n) * sizeof(float));
+}
+
+/// Runs body(first, count) over cells 0 .. n-1. The last row of lanes overlaps the one before it
+/// rather than being cut short, so a body must not read what it writes; only a run shorter than W
+/// comes with a count below W.
+template <class Body>
+void sweep(int n, Body&& body) {
+  if (n >= W)
+    for (int i = 0; i < n; i += W) body(i + W <= n ? i : n - W, Full());
+  else if (n > 0)
+    body(0, n);
+}
+
+}  // namespace nbx::NBX_ISA

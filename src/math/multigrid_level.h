@@ -1,0 +1,41 @@
+// One level of the multigrid solver, as its steps see it.
+//
+// Rows are stored split: first the cells with even i, then those with odd i.
+//
+//     i        0  1  2  3  4  5  6                   0  2  4  6 | 1  3  5
+//     stored   natural: x runs fastest               split, nx = 7
+//
+// The cells of one colour in a row, i + j + k even or odd, are then neighbours in memory, and so
+// are their own neighbours: in y and z they stand at the same place of the same half, in x at the
+// same place of the other half and one beside it. A sweep over one colour runs over plain arrays
+// and neither reads nor writes what it doesn't need. The samples of the coarser grid, all at even
+// i, are a plain array too.
+#pragma once
+
+#include <cstddef>
+
+namespace nbx {
+
+struct LevelGrid {
+  float* x = nullptr;  // solution
+  float* b = nullptr;  // right-hand side
+  float* r = nullptr;  // scratch of the steps
+  int nx = 0, ny = 0, nz = 0;
+  // Weights of the two neighbours of the last interior cell on an axis, 1 where its spacing is that
+  // of the other cells. All other weights are 1.
+  double near[3] = {1, 1, 1}, far[3] = {1, 1, 1};
+  double h[3] = {1, 1, 1};             // width of the last interval on each axis
+  int closed[6] = {0, 0, 0, 0, 0, 0};  // faces x-, x+, y-, y+, z-, z+
+
+  std::size_t cells() const { return static_cast<std::size_t>(plane() * nz); }
+  std::ptrdiff_t plane() const { return std::ptrdiff_t{nx} * ny; }
+  std::ptrdiff_t row(int j, int k) const { return (std::ptrdiff_t{k} * ny + j) * nx; }
+  /// Where the cells with odd i begin in a row.
+  int odd() const { return (nx + 1) / 2; }
+};
+
+/// Whether the next coarser level has half as many cells on an axis of n cells, ghosts included.
+/// One interior cell stays one.
+inline bool halves(int n) { return n > 3; }
+
+}  // namespace nbx

@@ -1,0 +1,91 @@
+#include "math/multigrid_relax_kernels.h"
+
+#include "math/multigrid_stencil.h"
+
+namespace nbx::NBX_ISA {
+
+namespace {
+
+// x(c) = (b(c) + sum of the weighted neighbours) / centre
+void smooth_plane(const LevelGrid& g, int k, int colour) {
+  for (int j = 1; j < g.ny - 1; ++j) {
+    const int parity = (colour + j + k) & 1;
+    set_ghosts(g, j, k, parity);
+    for_half_row(g, j, k, parity, [](const HalfRow& c, const auto& w) {
+      const double inverse = 1 / w.centre;
+      over_cells(c.count, [&](auto lane, int m) {
+        using D = decltype(lane);
+        store(c.x + m, narrow((widen<D>(c.b + m) + neighbour_sum<D>(c, m, w)) * inverse));
+      });
+    });
+  }
+}
+
+// r(c) = b(c) - (centre x(c) - sum of the weighted neighbours)
+template <class D, class W>
+inline auto residual(const HalfRow& c, int m, const W& w) {
+  const D Ax = w.centre * widen<D>(c.x + m) - neighbour_sum<D>(c, m, w);
+  return narrow(widen<D>(c.b + m) - Ax);
+}
+
+// The largest magnitude so far. The bits of a float without its sign order as its magnitude does,
+// with NaN above all numbers.
+struct Magnitude {
+  Ints lanes{};
+  std::int32_t single = 0;
+
+  void add(float r) {
+    const auto bits = __builtin_bit_cast(std::int32_t, r) & 0x7fffffff;
+    single = bits > single ? bits : single;
+  }
+  void add(Floats r) {
+    const Ints bits = __builtin_bit_cast(Ints, r) & 0x7fffffff;
+    lanes = bits > lanes ? bits : lanes;
+  }
+  float largest() const {
+    std::int32_t bits = single;
+    for (int i = 0; i < kLanes; ++i) bits = lanes[i] > bits ? lanes[i] : bits;
+    return __builtin_bit_cast(float, bits);
+  }
+};
+
+float residual_norm_plane(const LevelGrid& g, int k) {
+  Magnitude norm;
+  for (int j = 1; j < g.ny - 1; ++j)
+    for (int parity = 0; parity < 2; ++parity) {
+      set_ghosts(g, j, k, parity);
+      for_half_row(g, j, k, parity, [&](const HalfRow& c, const auto& w) {
+        Magnitude row = norm;
+        over_cells(c.count, [&](auto lane, int m) { row.add(residual<decltype(lane)>(c, m, w)); });
+        norm = row;
+      });
+    }
+  return norm.largest();
+}
+
+void restrict_plane(const LevelGrid& coarse, const LevelGrid& fine, int coarse_k) {
+  const int k = halves(fine.nz) ? 2 * coarse_k : coarse_k;
+  // The cells with even i are the samples, or the one cell of an axis that isn't halved.
+  const int parity = halves(fine.nx) ? 0 : 1;
+  for (int J = 1; J < coarse.ny - 1; ++J) {
+    const int j = halves(fine.ny) ? 2 * J : J;
+    float* samples = coarse.r + coarse.row(J, coarse_k);
+    float* next = samples + 1;
+    set_ghosts(fine, j, k, parity);
+    for_half_row(fine, j, k, parity, [&](const HalfRow& c, const auto& w) {
+      over_cells(c.count,
+                 [&](auto lane, int m) { store(next + m, residual<decltype(lane)>(c, m, w)); });
+      next += c.count;
+    });
+    float* even = coarse.b + coarse.row(J, coarse_k);
+    float* odd = even + coarse.odd();
+    for (int i = 1; i < coarse.nx - 1; ++i) (i & 1 ? odd : even)[i / 2] = 2.0f * samples[i];
+  }
+}
+
+}  // namespace
+
+extern const MultigridRelaxKernels kMultigridRelax;
+const MultigridRelaxKernels kMultigridRelax{smooth_plane, residual_norm_plane, restrict_plane};
+
+}  // namespace nbx::NBX_ISA

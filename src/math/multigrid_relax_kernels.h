@@ -1,0 +1,22 @@
+// What smoothing and residual do on one plane of a level, compiled once per instruction set
+// (util/isa.h). Planes are given by the index k of an interior one. Each kernel sets the ghosts
+// that it reads, in its own plane and in a ghost plane beside it, and writes nothing else that
+// another plane's kernel of the same kind reads, so planes can run on any threads.
+#pragma once
+
+#include "math/multigrid_level.h"
+
+namespace nbx {
+
+struct MultigridRelaxKernels {
+  /// One Gauss-Seidel update of the cells whose i + j + k has the parity of `colour`.
+  void (*smooth_plane)(const LevelGrid& g, int k, int colour);
+  /// The largest magnitude of b - A x; NaN if there is one.
+  float (*residual_norm_plane)(const LevelGrid& g, int k);
+  /// coarse.b = 2 (b - A x) at the sample points of plane `coarse_k`; coarse.r is scratch.
+  void (*restrict_plane)(const LevelGrid& coarse, const LevelGrid& fine, int coarse_k);
+};
+
+const MultigridRelaxKernels& multigrid_relax_kernels();
+
+}  // namespace nbx

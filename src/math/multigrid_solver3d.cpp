@@ -1,0 +1,171 @@
+#include "math/multigrid_solver3d.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "math/field_operators.h"
+#include "math/field_reductions.h"
+#include "math/multigrid_solver3d_common.h"
+#include "util/log.h"
+
+namespace nbx {
+
+namespace {
+
+// Sizes of the levels with ghosts, the finest first: interior sizes are halved, rounded down, until
+// one cell is left on each axis.
+std::vector<Vec3i> level_dims(Vec3i dims) {
+  std::vector<Vec3i> all{dims};
+  while (halves(dims[0]) || halves(dims[1]) || halves(dims[2])) {
+    for (int a = 0; a < 3; ++a) dims[a] = std::max((dims[a] - 2) / 2, 1) + 2;
+    all.push_back(dims);
+  }
+  return all;
+}
+
+std::size_t cells(const Vec3i& dims) {
+  return static_cast<std::size_t>(dims[0]) * static_cast<std::size_t>(dims[1]) *
+         static_cast<std::size_t>(dims[2]);
+}
+
+// Floats of the three views of a level, each of which may be moved up to the next aligned place.
+std::size_t buffer_size(const Vec3i& dims) { return 3 * cells(dims) + 12; }
+
+float* take_view(float*& next, const Vec3i& dims) {
+  const auto address = reinterpret_cast<std::uintptr_t>(next);
+  float* view = next + (16 - address % 16) % 16 / sizeof(float);
+  next = view + cells(dims);
+  return view;
+}
+
+// Coarse cell I sits on fine cell 2 I, so an odd size leaves one cell more before the far ghost of
+// the coarse grid.
+double next_width(double h, double s, int n) { return n % 2 == 1 && n != 1 ? h + s : h; }
+
+}  // namespace
+
+void MultigridSolver3D::setup(int nx, int ny, int nz, Field<float>& r0, Field<float>& buffer) {
+  const std::lock_guard<std::mutex> guard(lock_);
+  levels_.clear();
+  if (std::min({nx, ny, nz}) < 3) return;
+
+  const std::vector<Vec3i> dims = level_dims({nx, ny, nz});
+  std::size_t size = 0;
+  for (std::size_t l = 1; l < dims.size(); ++l) size += buffer_size(dims[l]);
+  if (buffer.capacity() < size) buffer.resize(static_cast<int>(size), 1, 1);
+
+  levels_.resize(dims.size());
+  levels_[0].r = r0.data();
+  float* next = buffer.data();
+  double s = 1;
+  for (std::size_t l = 0; l < dims.size(); ++l, s *= 2) {
+    LevelGrid& g = levels_[l];
+    if (l > 0)
+      for (float** view : {&g.x, &g.b, &g.r}) *view = take_view(next, dims[l]);
+    g.nx = dims[l][0];
+    g.ny = dims[l][1];
+    g.nz = dims[l][2];
+    // In the last cell of an axis the second derivative on unequal intervals s and h has the
+    // weights 2 / (s (s + h)) and 2 / (h (s + h)). Both are scaled by s^2 like the rest of the
+    // operator.
+    for (int a = 0; a < 3; ++a) {
+      if (l > 0) g.h[a] = next_width(levels_[l - 1].h[a], s / 2, dims[l - 1][a] - 2);
+      const double h = g.h[a];
+      g.near[a] = 2 * s / (s + h);
+      g.far[a] = 2 * s * s / (h * (s + h));
+    }
+  }
+  if (dims.size() > 1 && next > buffer.data() + buffer.capacity())
+    LogMessage() << "MG buf too small for " << nx << "," << ny << "," << nz << " (is [" << r0.nx()
+                 << "," << r0.ny() << "," << r0.nz() << "] and [" << buffer.nx() << ","
+                 << buffer.ny() << "," << buffer.nz() << "])";
+}
+
+void MultigridSolver3D::clear() {
+  const std::lock_guard<std::mutex> guard(lock_);
+  levels_.clear();
+}
+
+SolveResult MultigridSolver3D::solve(Field<float>& x, Field<float>& b, int expected_cycles,
+                                     int max_cycles, float tolerance, SolverProgress* progress) {
+  if (levels_.empty()) throw 0;
+  LevelGrid& finest = levels_[0];
+  const Vec3i dims{finest.nx, finest.ny, finest.nz};
+  if (x.dims() != dims || b.dims() != dims) throw 0;
+
+  const float residual = infnorm(b);
+  if (residual <= tolerance) {
+    set(x, 0);
+    return {residual, 0, SolveEnd::kConverged};
+  }
+  if (max_cycles <= 0) {
+    set(x, 0);
+    return {residual, 0, SolveEnd::kMaxCycles};
+  }
+
+  finest.x = x.data();
+  finest.b = b.data();
+  for (LevelGrid& level : levels_) std::copy(bc.begin(), bc.end(), level.closed);
+  progress_ = progress;
+  cycle_ = 0;
+  expected_cycles_ = expected_cycles;
+  split_rows(x, finest.r);
+  split_rows(b, finest.r);
+  const SolveResult result = iterate(max_cycles, tolerance, residual);
+  merge_rows(b, finest.r);
+  if (result.cycles > 0) {
+    merge_rows(x, finest.r);
+    set_boundary_condition(x, bc);
+  } else {
+    set(x, 0);  // stopped within the first cycle
+  }
+  progress_ = nullptr;
+  finest.x = finest.b = nullptr;
+  return result;
+}
+
+SolveResult MultigridSolver3D::iterate(int max_cycles, float tolerance, float residual) {
+  float previous = residual;
+  for (int rises = 0; cycle_ < max_cycles;) {
+    if (cycle_ >= 1 && residual > previous) {
+      LogMessage() << "MS #" << cycle_ << " new = " << residual << " prev = " << previous;
+      if (++rises > 2) {
+        LogMessage() << "MS: bad convergence, aborting";
+        return {residual, cycle_, SolveEnd::kDiverging};
+      }
+    }
+    previous = residual;
+    v_cycle(0, 1, 2, 2);
+    residual = ResidualNorm3D(levels_[0]);
+    if (abort_requested()) {
+      LogMessage() << "Solver aborted!";
+      return {residual, cycle_, SolveEnd::kAborted};
+    }
+    ++cycle_;
+    if (residual <= tolerance) return {residual, cycle_, SolveEnd::kConverged};
+  }
+  return {residual, cycle_, SolveEnd::kMaxCycles};
+}
+
+void MultigridSolver3D::v_cycle(std::size_t level, int gamma, int pre, int post) {
+  if (abort_requested()) return;
+  const LevelGrid& fine = levels_[level];
+  if (level + 1 == levels_.size()) {
+    RBGS3D(1, fine);
+    return;
+  }
+  const LevelGrid& below = levels_[level + 1];
+  RBGS3D(pre, fine);
+  Restrict3D(below, fine);
+  std::fill_n(below.x, below.cells(), 0.0f);
+  for (int i = 0; i < gamma; ++i) v_cycle(level + 1, gamma, pre, post);
+  Prolongate3D(fine, below);
+  RBGS3D(post, fine);
+}
+
+// A total that the estimate was too low for grows.
+bool MultigridSolver3D::abort_requested() const {
+  return progress_ && progress_->abort_requested(cycle_, std::max(cycle_ + 1, expected_cycles_));
+}
+
+}  // namespace nbx

@@ -1,0 +1,127 @@
+// The 7-point stencil on the split rows of a level, for the kernel files of the solver.
+//
+// One half of a row holds cells of one colour; the pointers of a HalfRow stand at its first
+// interior cell and at the neighbours of that:
+//
+//               north                high
+//                 |                 /
+//       west --- x(c) --- east     c      east = west + 1 in the other half of the row
+//                 |               /
+//               south           low
+//
+// (A x)(c) = centre x(c) - (w west + e east + s south + n north + l low + h high), where centre is
+// the sum of the six weights. Sums run in double, in the order in which neighbour_sum has them.
+#pragma once
+
+#include <cstring>
+
+#include "math/double_lanes.h"
+#include "math/multigrid_level.h"
+
+namespace nbx::NBX_ISA {
+
+struct HalfRow {
+  float* x;
+  const float *b, *west, *south, *north, *low, *high;
+  int count;  // cells
+};
+
+inline HalfRow half_row(const LevelGrid& g, int j, int k, int parity) {
+  // Interior cells are i = 2, 4, .. in the even half and i = 1, 3, .. in the odd one.
+  const std::ptrdiff_t row = g.row(j, k), first = row + (parity ? g.odd() : 1);
+  float* x = g.x + first;
+  return {x,
+          g.b + first,
+          g.x + row + (parity ? 0 : g.odd()),
+          x - g.nx,
+          x + g.nx,
+          x - g.plane(),
+          x + g.plane(),
+          (g.nx - 2 + parity) / 2};
+}
+
+/// Weights of the neighbours of a cell, and their sum. All are 1 but in the last layers of a level
+/// whose last interval has a width of its own.
+struct Weights {
+  double w = 1, e = 1, s = 1, n = 1, l = 1, h = 1, centre = 6;
+};
+
+inline Weights weights(const LevelGrid& g, bool last_i, bool last_j, bool last_k) {
+  Weights a;
+  if (last_i) a.w = g.near[0], a.e = g.far[0];
+  if (last_j) a.s = g.near[1], a.n = g.far[1];
+  if (last_k) a.l = g.near[2], a.h = g.far[2];
+  a.centre = (a.w + a.e) + (a.s + a.n) + (a.l + a.h);
+  return a;
+}
+
+/// The regular stencil. It takes the place of Weights, and gives the same bits as weights of 1.
+struct UnitWeights {
+  static constexpr double centre = 6;
+};
+
+template <class D>
+inline D neighbour_sum(const HalfRow& c, int m, UnitWeights) {
+  return ((widen<D>(c.west + m) + widen<D>(c.west + m + 1)) +
+          (widen<D>(c.south + m) + widen<D>(c.north + m))) +
+         (widen<D>(c.low + m) + widen<D>(c.high + m));
+}
+
+template <class D>
+inline D neighbour_sum(const HalfRow& c, int m, const Weights& a) {
+  return ((a.w * widen<D>(c.west + m) + a.e * widen<D>(c.west + m + 1)) +
+          (a.s * widen<D>(c.south + m) + a.n * widen<D>(c.north + m))) +
+         (a.l * widen<D>(c.low + m) + a.h * widen<D>(c.high + m));
+}
+
+/// Calls body(row, weights) for the cells of a half row, whose weights are the same, and then for
+/// its last cell where that has weights of its own.
+template <class Body>
+inline void for_half_row(const LevelGrid& g, int j, int k, int parity, Body body) {
+  const bool last_j = j == g.ny - 2 && g.near[1] != 1, last_k = k == g.nz - 2 && g.near[2] != 1;
+  const bool last_i = g.near[0] != 1 && g.nx % 2 == parity;
+  HalfRow row = half_row(g, j, k, parity);
+  row.count -= last_i;
+  if (last_j || last_k)
+    body(row, weights(g, false, last_j, last_k));
+  else
+    body(row, UnitWeights());
+  if (last_i) {
+    const int m = row.count;
+    body(HalfRow{row.x + m, row.b + m, row.west + m, row.south + m, row.north + m, row.low + m,
+                 row.high + m, 1},
+         weights(g, true, last_j, last_k));
+  }
+}
+
+/// Sets the ghosts beside the cells of one half of a row: a closed face takes its inner neighbour,
+/// an open one 0. A sweep must see the ghosts as they are at its start. A cell changes once in a
+/// sweep and only it reads the ghost beside it, so it's the same to set the ghosts right before the
+/// cells change.
+inline void set_ghosts(const LevelGrid& g, int j, int k, int parity) {
+  float* row = g.x + g.row(j, k);
+  const int odd = g.odd();
+  if (parity == 1) row[0] = g.closed[0] ? row[odd] : 0;
+  if (g.nx % 2 == parity) {
+    const int inner = (parity ? odd : 0) + (g.nx - 2) / 2;
+    const int ghost = (parity ? 0 : odd) + (g.nx - 1) / 2;
+    row[ghost] = g.closed[1] ? row[inner] : 0;
+  }
+  if (j > 1 && j < g.ny - 2 && k > 1 && k < g.nz - 2) return;
+
+  float* half = row + (parity ? odd : 0);
+  const std::size_t count = static_cast<std::size_t>(parity ? g.nx - odd : odd);
+  const auto face = [&](bool at_face, int closed, std::ptrdiff_t ghost) {
+    if (!at_face) return;
+    if (closed)
+      std::memcpy(half + ghost, half, count * sizeof(float));
+    else
+      std::memset(half + ghost, 0, count * sizeof(float));
+  };
+  face(j == 1, g.closed[2], -g.nx);
+  face(j == g.ny - 2, g.closed[3], g.nx);
+  face(k == 1, g.closed[4], -g.plane());
+  face(k == g.nz - 2, g.closed[5], g.plane());
+}
+
+}  // namespace nbx::NBX_ISA

@@ -1,0 +1,22 @@
+// Evaluates a rational spline for a run of values. Compiled once per instruction set (util/isa.h).
+#pragma once
+
+#include "math/spline_span.h"
+
+namespace nbx {
+
+/// What RationalSpline::evaluate reads, as plain numbers. With no knots all of them are 0.
+struct SplineTable {
+  const SplineSpan* spans;
+  int count;  // of spans
+  float first_y, last_x, last_y;
+};
+
+struct SplineKernels {
+  /// dst[i] = the curve at v[i], with the bits of RationalSpline::evaluate. `dst` isn't `v`.
+  void (*evaluate)(float* dst, const float* v, int n, const SplineTable& table);
+};
+
+const SplineKernels& spline_kernels();
+
+}  // namespace nbx

@@ -1,0 +1,117 @@
+#include "math/spline_operators.h"
+
+#include <algorithm>
+
+#include "math/field_checks.h"
+#include "math/spline_kernels.h"
+#include "util/cuda_use_flags.h"
+#include "util/isa.h"
+
+NBX_DECLARE_ISA(SplineKernels, kSplineKernels)
+
+namespace nbx {
+
+const SplineKernels& spline_kernels() { return NBX_SELECT_ISA(kSplineKernels); }
+
+namespace {
+
+using Here = std::source_location;
+
+// Cells whose curve values are held at a time.
+constexpr std::ptrdiff_t kChunk = 1024;
+
+// NaN on either side gives NaN.
+float lesser(float a, float b) { return a < b || a != a ? a : b; }
+// std::max gives its first argument when that is NaN.
+float positive(float a) { return std::max(a, 0.0f); }
+
+SplineTable table_of(RationalSpline& spline) {
+  if (spline.dirty()) spline.rebuild();
+  if (spline.knots().empty()) return {};
+  return {spline.spans().data(), static_cast<int>(spline.spans().size()), spline.knots().front().y,
+          spline.knots().back().x, spline.knots().back().y};
+}
+
+// dst[i] = op(src[i], spline(driver[i]))
+template <class Op>
+void for_each_cell(Field<float>& dst, const Field<float>& src, const Field<float>& driver,
+                   RationalSpline& spline, Op op, Here where) {
+  check_elementwise(where, dst, src, driver);
+  const SplineTable table = table_of(spline);
+  const SplineKernels& kernels = spline_kernels();
+  const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(dst.count());
+#pragma omp parallel for schedule(static)
+  for (std::ptrdiff_t first = 0; first < count; first += kChunk) {
+    const int n = static_cast<int>(std::min(kChunk, count - first));
+    float s[kChunk];
+    kernels.evaluate(s, driver.data() + first, n, table);
+    float* d = dst.data() + first;
+    const float* x = src.data() + first;
+#pragma omp simd
+    for (int i = 0; i < n; ++i) d[i] = op(x[i], s[i]);
+  }
+}
+
+}  // namespace
+
+void apply_function(Field<float>& dst, const Field<float>& src, RationalSpline& spline) {
+  for_each_cell(
+      dst, src, src, spline, [](float, float s) { return s; }, Here::current());
+}
+
+void decay_linear(Field<float>& dst, const Field<float>& src, const Field<float>& driver, float a,
+                  RationalSpline& spline) {
+  for_each_cell(
+      dst, src, driver, spline,
+      [a](float x, float s) { return positive(x - lesser(positive(s), a)); }, Here::current());
+}
+
+void emit_linear(Field<float>& dst, const Field<float>& src, const Field<float>& driver, float a,
+                 RationalSpline& spline) {
+  for_each_cell(
+      dst, src, driver, spline, [a](float x, float s) { return lesser(x, lesser(positive(s), a)); },
+      Here::current());
+}
+
+void decay_exponential(Field<float>& dst, const Field<float>& src, const Field<float>& driver,
+                       float a, RationalSpline& spline) {
+  for_each_cell(
+      dst, src, driver, spline, [a](float x, float s) { return x - a * lesser(x, positive(s)); },
+      Here::current());
+}
+
+void emit_exponential(Field<float>& dst, const Field<float>& src, const Field<float>& driver,
+                      float a, RationalSpline& spline) {
+  for_each_cell(
+      dst, src, driver, spline, [a](float x, float s) { return a * lesser(x, positive(s)); },
+      Here::current());
+}
+
+void m_apply_function(MField& dst, MField& src, RationalSpline& spline) {
+  try_gpu(no_kernel, [&] { apply_function(dst.cpu_field(), src.cpu_field(), spline); });
+}
+
+void m_decay_linear(MField& dst, MField& src, MField& driver, float a, RationalSpline& spline) {
+  try_gpu(no_kernel,
+          [&] { decay_linear(dst.cpu_field(), src.cpu_field(), driver.cpu_field(), a, spline); });
+}
+
+void m_emit_linear(MField& dst, MField& src, MField& driver, float a, RationalSpline& spline) {
+  try_gpu(no_kernel,
+          [&] { emit_linear(dst.cpu_field(), src.cpu_field(), driver.cpu_field(), a, spline); });
+}
+
+void m_decay_exponential(MField& dst, MField& src, MField& driver, float a,
+                         RationalSpline& spline) {
+  try_gpu(no_kernel, [&] {
+    decay_exponential(dst.cpu_field(), src.cpu_field(), driver.cpu_field(), a, spline);
+  });
+}
+
+void m_emit_exponential(MField& dst, MField& src, MField& driver, float a, RationalSpline& spline) {
+  try_gpu(no_kernel, [&] {
+    emit_exponential(dst.cpu_field(), src.cpu_field(), driver.cpu_field(), a, spline);
+  });
+}
+
+}  // namespace nbx

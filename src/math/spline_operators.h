@@ -1,0 +1,35 @@
+// A curve applied to whole fields, cell by cell, in parallel. With s = spline(driver) and
+// c = max(s, 0), the decay operators take away what their emit twins give.
+//
+// All operands must have the same number of cells, else FieldDimensionMismatchException; `dst` may
+// be one of the sources. A dirty spline is rebuilt first. NaN in any source gives NaN.
+#pragma once
+
+#include "math/mfield.h"
+#include "math/rational_spline.h"
+
+namespace nbx {
+
+// dst = spline(src)
+void apply_function(Field<float>& dst, const Field<float>& src, RationalSpline& spline);
+
+// dst = max(0, src - min(a, c))
+void decay_linear(Field<float>& dst, const Field<float>& src, const Field<float>& driver, float a,
+                  RationalSpline& spline);
+// dst = min(src, min(a, c))
+void emit_linear(Field<float>& dst, const Field<float>& src, const Field<float>& driver, float a,
+                 RationalSpline& spline);
+// dst = src - a min(src, c)
+void decay_exponential(Field<float>& dst, const Field<float>& src, const Field<float>& driver,
+                       float a, RationalSpline& spline);
+// dst = a min(src, c)
+void emit_exponential(Field<float>& dst, const Field<float>& src, const Field<float>& driver,
+                      float a, RationalSpline& spline);
+
+void m_apply_function(MField& dst, MField& src, RationalSpline& spline);
+void m_decay_linear(MField& dst, MField& src, MField& driver, float a, RationalSpline& spline);
+void m_emit_linear(MField& dst, MField& src, MField& driver, float a, RationalSpline& spline);
+void m_decay_exponential(MField& dst, MField& src, MField& driver, float a, RationalSpline& spline);
+void m_emit_exponential(MField& dst, MField& src, MField& driver, float a, RationalSpline& spline);
+
+}  // namespace nbx

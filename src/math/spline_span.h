@@ -1,0 +1,32 @@
+// One span of a rational spline, made ready for evaluation. The scalar form and the kernels share
+// this formula, so that they give the same bits.
+#pragma once
+
+namespace nbx {
+
+/// The curve between two knots, with t = (v - x) / width: the numerator is the cubic
+/// ((c3 t + c2) t + c1) t + c0, the denominator follows from the bias (see span_value).
+struct SplineSpan {
+  float x, width;
+  float c3, c2, c1, c0;
+  float bias;
+  bool rational;  // false for a bias of 0.5: then the numerator alone is the curve
+};
+
+/// The span's curve at v. Always inlined, for kernel files (util/isa.h).
+template <bool kRational>
+[[gnu::always_inline]] inline float span_value(const SplineSpan& s, float v) {
+  const float t = (v - s.x) / s.width;
+  const float N = ((s.c3 * t + s.c2) * t + s.c1) * t + s.c0;
+  if constexpr (!kRational) return N;
+  // De Casteljau on the weights b, b, 1 - b, 1 - b of the four Bezier points, of which the two
+  // outer pairs are constant.
+  const float b = s.bias;
+  const float A = (1 - 2 * b) * t + b;
+  const float B = b + (A - b) * t;
+  const float C = A + ((1 - b) - A) * t;
+  const float D = B + t * (C - B);
+  return N / D;
+}
+
+}  // namespace nbx

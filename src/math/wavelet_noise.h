@@ -1,0 +1,53 @@
+// Band-limited noise: the detail that the grid itself can't carry. After R. L. Cook and T. DeRose,
+// "Wavelet noise", ACM Transactions on Graphics 24(3), 2005: a periodic tile of Gaussian numbers
+// without its low band holds the coefficients of quadratic B-splines, and bands of doubled
+// frequency add up to a fractal sum. On top of that the tile changes with time, by blending tiles
+// of successive whole times.
+//
+// All results are the same for any number of threads.
+#pragma once
+
+#include <random>
+
+#include "math/mfield.h"
+#include "math/noise_params.h"
+
+namespace nbx {
+
+/// The generator with its tiles. Made by its first advance_tile, and changed by that alone; all
+/// else reads. Noise without a tile is 0.
+struct WaveletNoise {
+  std::mt19937 rng;     // with the engine's own default seed
+  Field<float> tile_a;  // the tile of time tile_time
+  Field<float> tile_b;  // the tile of time tile_time + 1
+  Field<float> tile;    // the blend that is evaluated
+  int tile_time = 0;    // a whole time
+  int tile_size = 64;   // edge of the tile: a power of two from 4 on
+};
+
+/// Makes `noise.tile` the tile of time |t|. Going on to the next or the last whole time costs one
+/// new tile, any other jump two, and the numbers of the tiles before are skipped then, up to some
+/// thousands of them. `three_d` and `normalize` as for generate_tile, the same in every call.
+/// Throws std::bad_alloc, after a log line.
+void advance_tile(WaveletNoise& noise, float t, bool three_d, bool normalize);
+
+/// One sample at p, in cells of the tile, over which it is periodic. derivative 0 is the noise, 1
+/// to 3 its slope against x, y, z: minus the partial derivative. Order of the sums: z, y, x.
+float evaluate(const WaveletNoise& noise, const Vec3f& p, int derivative);
+
+/// One band: field += amplitude * noise(((i, j, k) + offset) * frequency) in all cells, the ghost
+/// layer included. The same bits as evaluate().
+void noise_field(Field<float>& field, const WaveletNoise& noise, float frequency, float amplitude,
+                 const Vec3f& offset);
+
+/// All bands. The field is filled with 0 first, or added to.
+void fractal3D_field(Field<float>& field, const WaveletNoise& noise, const NoiseParams& params,
+                     bool zero_first);
+void m_fractal3D_field(MField& field, const WaveletNoise& noise, const NoiseParams& params,
+                       bool zero_first);
+
+/// All bands at one point, in voxels; derivative as for evaluate(), with respect to noise cells.
+float fractal3D(const WaveletNoise& noise, const NoiseParams& params, const Vec3f& p,
+                int derivative);
+
+}  // namespace nbx

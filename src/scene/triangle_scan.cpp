@@ -1,0 +1,72 @@
+#include "scene/triangle_scan.h"
+
+namespace nbx {
+
+namespace {
+
+constexpr double kSmallestSquareEdge = 1e-6;
+// An area below this share of the longest edge's square is rounding error, and so would the
+// direction of the normal be.
+constexpr double kSmallestShare = 1e-12;
+
+bool finite(const Vec3d& p) {
+  return std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]);
+}
+
+/// Divides rather than multiplies by the inverse: a normal along an axis comes out exact, and with
+/// it the distances to surfaces that lie along the grid.
+Vec3d divided(const Vec3d& v, double by) { return {v[0] / by, v[1] / by, v[2] / by}; }
+
+}  // namespace
+
+TriangleScan::TriangleScan(const VoxelizationTriangle& triangle, double reach, const IntBox& target)
+    : p_{vector_cast<double>(triangle.p0), vector_cast<double>(triangle.p1),
+         vector_cast<double>(triangle.p2)},
+      reach_(reach) {
+  if (!find_box(target) || !set_functions()) box_ = IntBox();
+}
+
+/// The triangle's bounds grown by the reach, cut by `target` before they become integers.
+bool TriangleScan::find_box(const IntBox& target) {
+  if (target.empty()) return false;
+  for (const Vec3d& p : p_)
+    if (!finite(p)) return false;
+  for (int a = 0; a < 3; ++a) {
+    const auto [low, high] = std::minmax({p_[0][a], p_[1][a], p_[2][a]});
+    const double lo = std::max<double>(std::floor(low - reach_), target.lo[a]);
+    const double hi = std::min<double>(std::ceil(high + reach_), target.hi[a]);
+    if (lo > hi) return false;
+    box_.lo[a] = static_cast<int>(lo);
+    box_.hi[a] = static_cast<int>(hi);
+  }
+  return true;
+}
+
+bool TriangleScan::set_functions() {
+  const std::array<Vec3d, 3> e{p_[0] - p_[2], p_[1] - p_[0], p_[2] - p_[1]};
+  double longest = 0;
+  for (const Vec3d& edge : e) {
+    if (dot(edge, edge) <= kSmallestSquareEdge) return false;
+    longest = std::max(longest, dot(edge, edge));
+  }
+  const Vec3d area = cross(e[1], -e[0]);
+  if (length(area) <= kSmallestShare * longest) return false;
+  normal_ = divided(area, length(area));
+
+  const auto set = [&](int f, const Vec3d& g, const Vec3d& origin) {
+    const auto i = static_cast<std::size_t>(f);
+    low_[i] = dot(g, vector_cast<double>(box_.lo) - origin);
+    for (std::size_t a = 0; a < 3; ++a) gradient_[a][i] = g[static_cast<int>(a)];
+  };
+  set(kD, normal_, p_[0]);
+  for (int i = 0; i < 3; ++i) {
+    const auto edge = static_cast<std::size_t>(i);
+    const Vec3d& origin = p_[(edge + 2) % 3];  // p2, p0, p1
+    const Vec3d inward = cross(normal_, e[edge]);
+    set(kA0 + i, divided(e[edge], dot(e[edge], e[edge])), origin);
+    set(kB0 + i, divided(inward, length(inward)), origin);
+  }
+  return true;
+}
+
+}  // namespace nbx

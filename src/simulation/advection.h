@@ -1,0 +1,47 @@
+// Transport of a field along the velocity: a semi-Lagrangian step (Stam, Stable Fluids, 1999)
+// followed by a MacCormack correction with a limiter (Selle, Fedkiw, Kim, Liu, Rossignac, An
+// Unconditionally Stable MacCormack Method, 2008). One operation serves the three velocity
+// components and every scalar channel; traced positions can be cached in fields, so that several
+// channels share one trace.
+#pragma once
+
+#include <array>
+
+#include "math/mfield.h"
+#include "simulation/sim_settings.h"
+
+namespace nbx {
+
+/// Where the samples of the advected field sit.
+enum class Lookup : int { kWest = 0, kSouth = 1, kLow = 2, kCenter = 3 };
+enum class Tracer : int { kRK2 = 0, kAdaptive = 1 };
+
+/// One record per use. A cache is present only if all three of its pointers are set; its fields
+/// have the dimensions of the advected field and hold the x, y and z of the traced positions.
+struct AdvectionParams {
+  std::array<MField*, 3> velocity{};    // U, V, W that carry the field
+  std::array<MField*, 3> trace_back{};  // positions for +dt, or null
+  std::array<MField*, 3> trace_fwd{};   // positions for -dt, or null
+  bool back_stale = true;               // trace_back must be computed anew
+  bool fwd_stale = true;
+  double dt = 0;         // seconds
+  double dx = 1;         // simulation units
+  double tolerance = 1;  // largest step of the adaptive tracer, in voxels
+  bool cubic = false;    // cubic sampling, else trilinear
+  Tracer tracer = Tracer::kRK2;
+  Lookup lookup = Lookup::kCenter;
+  const SimSettings* settings = nullptr;  // boundary treatment
+};
+
+/// The whole step, dst = MacCormack transport of src. `dst` and `src` must differ; `dst` is sized
+/// like `src`. Each stage ends with the boundary of the lookup: the velocity boundary of a
+/// component, 0 around a scalar. Stale caches are computed and their flags cleared.
+void advect(MField& dst, MField& src, AdvectionParams& params);
+
+/// The plain semi-Lagrangian step.
+void advect_sl(MField& dst, MField& src, AdvectionParams& params);
+
+/// The corrector; `hat` is the result of advect_sl.
+void maccormack(MField& dst, MField& src, MField& hat, AdvectionParams& params);
+
+}  // namespace nbx

@@ -1,0 +1,18 @@
+// The names of the simulated quantities, used in settings, in look-ups and in the frame store.
+#pragma once
+
+namespace nbx {
+
+enum ChannelKey : int {
+  kNoChannel = 0,
+  kVelocity = 1,
+  kDensity = 2,
+  kTemperature = 3,
+  kFuel = 4,
+  kBurn = 5,
+  kSolid = 6,
+  kExpansion = 8,        // an output of the fuel, no field of its own
+  kSecondVelocity = 18,  // the velocity without its noise detail
+};
+
+}  // namespace nbx

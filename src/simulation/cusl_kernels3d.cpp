@@ -1,0 +1,109 @@
+#include "simulation/cusl_kernels3d.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "math/mfield_operations.h"
+#include "simulation/cpu_advection.h"
+#include "util/cuda_use_flags.h"
+#include "util/log.h"
+#include "util/stopwatch.h"
+
+namespace nbx {
+
+void CuslKernels3D::begin_frame(FieldSource& fields) {
+  FluidSystem::begin_frame(fields);
+  times_ = {};
+}
+
+void CuslKernels3D::end_frame() {
+  LogMessage() << "vel updt = " << times_.advection << ", " << times_.forces << ", "
+               << times_.detail << ", " << times_.projection;
+}
+
+AdvectionParams CuslKernels3D::advection_params(Lookup lookup) {
+  AdvectionParams params;
+  params.velocity = tracer_velocity();
+  params.dt = settings_.dt;
+  params.dx = settings_.dx;
+  params.tolerance = settings_.trace_tolerance;
+  params.cubic = settings_.interp_points == 4;
+  params.tracer = settings_.adaptive_tracer ? Tracer::kAdaptive : Tracer::kRK2;
+  params.lookup = lookup;
+  params.settings = &settings_;
+  return params;
+}
+
+void CuslKernels3D::prepare_advection() {
+  channel_params_ = advection_params(Lookup::kCenter);
+  if (settings_.cache_direct) return;
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    channel_params_.trace_back[axis] = &traces_[axis];
+    channel_params_.trace_fwd[axis] = &traces_[3 + axis];
+  }
+}
+
+void CuslKernels3D::after_channel_advection() {
+  for (MField& trace : traces_) trace.release();
+}
+
+void CuslKernels3D::clear() {
+  FluidSystem::clear();
+  for (MField& trace : traces_) trace.release();
+}
+
+void CuslKernels3D::advect_field(MField& field) {
+  if (zero_velocity_) return;
+  MField moved(thread_location(), field.dims());
+  advect(moved, field, channel_params_);
+  field.swap(moved);
+}
+
+void CuslKernels3D::advect_velocity() {
+  if (zero_velocity_) return;
+  const Stopwatch watch;
+  const bool detailed = has_detail();
+  std::array<MField, 3> moved;
+  std::array<MField, 3> traces;  // each component traces for itself
+
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    AdvectionParams params = advection_params(static_cast<Lookup>(axis));
+    if (!settings_.cache_direct)
+      for (std::size_t i = 0; i < 3; ++i) params.trace_back[i] = &traces[i];
+    moved[axis].resize(thread_location(), velocity_[axis].dims());
+    advect(moved[axis], velocity_[axis], params);
+    if (detailed) velocity_[axis].swap(moved[axis]);
+  }
+  // Without detail the plain velocity is the tracer, which must stay whole until all three are
+  // done.
+  if (!detailed)
+    for (std::size_t axis = 0; axis < 3; ++axis) velocity_[axis].swap(moved[axis]);
+  release_detail();
+  times_.advection += watch.seconds();
+}
+
+void CuslKernels3D::update(double dt, PressureSystem& pressure, VelocityForce& forces,
+                           SolverProgress& progress) {
+  Stopwatch watch;
+  forces.add_forces(*this, dt);
+  if (zero_velocity_)
+    zero_velocity_ = std::all_of(velocity_.begin(), velocity_.end(), [](MField& component) {
+      return component.empty() || m_infnorm(component) == 0;
+    });
+  times_.forces += watch.lap();
+  zero_velocity_ = !pressure.project(*this, nullptr, progress);
+  times_.projection += watch.lap();
+}
+
+double CuslKernels3D::max_step() {
+  const std::array<MField*, 3> tracer = tracer_velocity();
+  double speed = 0;
+  if (!tracer[0]->empty())
+    try_gpu(no_kernel, [&] {
+      speed = max_velocity(tracer[0]->cpu_field(), tracer[1]->cpu_field(), tracer[2]->cpu_field());
+    });
+  if (speed == 0) speed = std::numeric_limits<double>::epsilon();
+  return settings_.cfl * settings_.dx / speed;
+}
+
+}  // namespace nbx

@@ -1,0 +1,121 @@
+#include "simulation/fluid_system.h"
+
+#include <algorithm>
+
+#include "math/mfield_operations.h"
+#include "simulation/fluid_tools3d.h"
+
+namespace nbx {
+
+namespace {
+
+constexpr int kFrameTypes[3] = {kGridVelocityX, kGridVelocityY, kGridVelocityZ};
+constexpr int kSecondSetTypes[3] = {kGridSecondVelocityX, kGridSecondVelocityY,
+                                    kGridSecondVelocityZ};
+
+}  // namespace
+
+Vec3i FluidSystem::face_dims(int axis) const {
+  Vec3i dims = centre_dims();
+  dims[axis] += 1;
+  return dims;
+}
+
+void FluidSystem::resize(const Vec3i& delta) {
+  redim(delta, velocity_);
+  if (has_detail()) redim(delta, detail_);
+}
+
+// New cells enter at rest relative to the wind: the space outside of the box moves with it.
+void FluidSystem::redim(const Vec3i& delta, std::array<MField, 3>& components) {
+  for (int axis = 0; axis < 3; ++axis) {
+    MField& component = components[static_cast<std::size_t>(axis)];
+    const float fill = static_cast<float>(settings_.wind_direction[axis] * settings_.wind_speed);
+    if (component.empty()) {
+      component.resize(thread_location(), face_dims(axis));
+      m_set(component, fill);
+    } else {
+      component.resize_offset(delta, face_dims(axis), fill);
+    }
+    m_set_border(component, fill);
+  }
+}
+
+void FluidSystem::begin_step() {
+  const bool same =
+      settings_.wind_speed == wind_speed_seen_ && settings_.wind_direction == wind_direction_seen_;
+  if (same) return;
+  const Vec3d d =
+      settings_.wind_direction * settings_.wind_speed - wind_direction_seen_ * wind_speed_seen_;
+  wind_direction_seen_ = settings_.wind_direction;
+  wind_speed_seen_ = settings_.wind_speed;
+  for (int axis = 0; axis < 3; ++axis) {
+    MField& component = velocity_[static_cast<std::size_t>(axis)];
+    if (d[axis] != 0 && !component.empty())
+      m_add(component, component, static_cast<float>(d[axis]));
+  }
+  if (d != Vec3d() && !velocity_[0].empty()) zero_velocity_ = false;
+  apply_boundary();
+}
+
+void FluidSystem::apply_boundary() {
+  for (int axis = 0; axis < 3; ++axis)
+    if (MField& component = velocity_[static_cast<std::size_t>(axis)]; !component.empty())
+      m_velocity_boundary(axis, component, settings_);
+}
+
+void FluidSystem::clear() {
+  for (MField& component : velocity_) component.release();
+  release_detail();
+  zero_velocity_ = true;
+  wind_direction_seen_ = {1, 0, 0};
+  wind_speed_seen_ = 0;
+}
+
+void FluidSystem::release_detail() {
+  for (MField& component : detail_) component.release();
+}
+
+std::array<MField*, 3> FluidSystem::tracer_velocity() {
+  std::array<MField*, 3> tracer{};
+  for (std::size_t axis = 0; axis < 3; ++axis)
+    tracer[axis] = detail_[axis].empty() ? &velocity_[axis] : &detail_[axis];
+  return tracer;
+}
+
+void FluidSystem::store(SimFrame& frame, const SimSettings& settings, const GridMatrix& matrix) {
+  if (!settings.cached_channels.contains(kVelocity)) return;
+  const Vec3i offset = settings.active_box.lo - Vec3i(1, 1, 1);
+  const auto add = [&](MField& field, int type) {
+    if (field.empty()) return;
+    field.move_to(kCpu);
+    frame.add(field.cpu_handle(), type, offset, matrix);
+  };
+  const std::array<MField*, 3> shown = tracer_velocity();
+  for (std::size_t axis = 0; axis < 3; ++axis) add(*shown[axis], kFrameTypes[axis]);
+  if (!settings.cached_channels.contains(kSecondVelocity)) return;
+  for (std::size_t axis = 0; axis < 3; ++axis) add(velocity_[axis], kSecondSetTypes[axis]);
+}
+
+void FluidSystem::load(SimFrame& frame) {
+  const auto take = [&](const int(&types)[3], std::array<MField, 3>& components) {
+    for (int type : types)
+      if (!frame.grids.contains(type)) return false;
+    for (int axis = 0; axis < 3; ++axis) {
+      MField& component = components[static_cast<std::size_t>(axis)];
+      component.assign(*frame.grid(types[axis]));
+      if (component.dims() != face_dims(axis)) component.resize_offset({}, face_dims(axis), 0);
+    }
+    return true;
+  };
+  if (!take(kFrameTypes, detail_)) {
+    clear();
+    resize({0, 0, 0});
+    return;
+  }
+  if (!take(kSecondSetTypes, velocity_)) return;
+  zero_velocity_ = std::all_of(velocity_.begin(), velocity_.end(),
+                               [](MField& component) { return m_infnorm(component) == 0; });
+}
+
+}  // namespace nbx

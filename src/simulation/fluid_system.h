@@ -1,0 +1,62 @@
+// The velocity of the gas on the faces of the staggered grid, as state: its size, its wind, its
+// place in frames. What moves it is in the derived class.
+#pragma once
+
+#include <array>
+
+#include "simulation/pressure_system.h"
+#include "simulation/sim_system.h"
+
+namespace nbx {
+
+class FluidSystem : public SimSystem, public FrameStorable {
+ public:
+  using SimSystem::SimSystem;
+
+  /// Moves a channel's field along the current velocity.
+  virtual void advect_field(MField& field) = 0;
+  /// Moves the velocity along itself.
+  virtual void advect_velocity() = 0;
+  /// Applies forces and projects.
+  virtual void update(double dt, PressureSystem& pressure, VelocityForce& forces,
+                      SolverProgress& progress) = 0;
+  /// The longest stable step in seconds.
+  virtual double max_step() = 0;
+
+  void resize(const Vec3i& delta) override;
+  /// Lets the velocity follow a change of wind.
+  void begin_step() override;
+  void clear() override;
+
+  void store(SimFrame& frame, const SimSettings& settings, const GridMatrix& matrix) override;
+  void load(SimFrame& frame) override;
+
+  MField& component(int axis) { return velocity_[static_cast<std::size_t>(axis)]; }
+  MField& U() { return velocity_[0]; }
+  MField& V() { return velocity_[1]; }
+  MField& W() { return velocity_[2]; }
+
+  /// Nothing moves: the velocity is 0 everywhere, and advection and projection can be skipped.
+  bool zero_velocity() const { return zero_velocity_; }
+  void set_zero_velocity(bool zero) { zero_velocity_ = zero; }
+
+ protected:
+  /// The velocity that carries everything: each component with its detail where there is one.
+  std::array<MField*, 3> tracer_velocity();
+  bool has_detail() const { return !detail_[0].empty(); }
+  void release_detail();
+  void apply_boundary();
+
+  std::array<MField, 3> velocity_;
+  std::array<MField, 3> detail_;  // velocity with detail of the last frame, or empty
+  bool zero_velocity_ = true;
+
+ private:
+  Vec3i face_dims(int axis) const;
+  void redim(const Vec3i& delta, std::array<MField, 3>& components);
+
+  Vec3d wind_direction_seen_{1, 0, 0};  // the wind that the velocity carries now
+  double wind_speed_seen_ = 0;
+};
+
+}  // namespace nbx

@@ -1,0 +1,44 @@
+#include "simulation/pressure_system.h"
+
+#include "math/mfield_operations.h"
+#include "simulation/fluid_system.h"
+#include "simulation/fluid_tools3d.h"
+#include "simulation/project.h"
+#include "util/cuda_use_flags.h"
+
+namespace nbx {
+
+void PressureSystem::end_frame() { solids_.phi.reset(); }
+
+// Nothing pushes: no volume source and no moving solid.
+bool PressureSystem::at_rest(MField* source) {
+  const auto zero = [](MField* f) { return !f || f->empty() || m_infnorm(*f) == 0; };
+  return zero(source) && zero(solids_.u.get()) && zero(solids_.v.get()) && zero(solids_.w.get());
+}
+
+bool PressureSystem::project(FluidSystem& fluid, MField* source, SolverProgress& progress) {
+  if (fluid.zero_velocity() && at_rest(source)) return false;
+
+  try_gpu(no_kernel, [&] {
+    const auto field = [](MField* f) { return f && !f->empty() ? &f->cpu_field() : nullptr; };
+    ProjectionFields fields;
+    fields.U = &fluid.U().cpu_field();
+    fields.V = &fluid.V().cpu_field();
+    fields.W = &fluid.W().cpu_field();
+    fields.source = field(source);
+    fields.phi = field(solids_.phi.get());
+    fields.Us = field(solids_.u.get());
+    fields.Vs = field(solids_.v.get());
+    fields.Ws = field(solids_.w.get());
+    last_solve_ = nbx::project(solver_, fields, settings_, closed_faces(settings_),
+                               last_solve_.cycles, &progress);
+  });
+  solids_.u.reset();
+  solids_.v.reset();
+  solids_.w.reset();
+
+  for (int axis = 0; axis < 3; ++axis) m_velocity_boundary(axis, fluid.component(axis), settings_);
+  return true;
+}
+
+}  // namespace nbx

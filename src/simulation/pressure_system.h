@@ -1,0 +1,36 @@
+// The pressure of the gas: owns the multigrid solver and the solids of the current substep.
+#pragma once
+
+#include <array>
+
+#include "math/multigrid_solver3d.h"
+#include "simulation/sim_system.h"
+
+namespace nbx {
+
+class FluidSystem;
+
+class PressureSystem : public SimSystem {
+ public:
+  using SimSystem::SimSystem;
+
+  /// Makes the velocity free of divergence, up to `source` (may be null), and applies its boundary.
+  /// Returns whether the velocity may have changed: false while nothing moves and nothing pushes.
+  bool project(FluidSystem& fluid, MField* source, SolverProgress& progress);
+
+  void end_frame() override;
+  void set_solids(const Solids& solids) override { solids_ = solids; }
+  void clear() override { solids_ = {}; }
+
+  /// What the last solve achieved.
+  const SolveResult& last_solve() const { return last_solve_; }
+
+ private:
+  bool at_rest(MField* source);
+
+  MultigridSolver3D solver_;
+  SolveResult last_solve_;
+  Solids solids_;
+};
+
+}  // namespace nbx

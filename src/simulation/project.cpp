@@ -1,0 +1,82 @@
+#include "simulation/project.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "math/field_checks.h"
+#include "math/field_operators.h"
+#include "math/field_pool.h"
+#include "simulation/fluid_tools3d.h"
+#include "util/exception.h"
+
+namespace nbx {
+
+namespace {
+
+// The solver's levels for the length of one projection, in fields of the pool.
+class Levels {
+ public:
+  Levels(MultigridSolver3D& solver, const Vec3i& dims)
+      : solver_(solver), r0_(acquire_field(dims)), buffer_(acquire_field()) {
+    solver_.setup(dims[0], dims[1], dims[2], *r0_, *buffer_);
+  }
+  ~Levels() { solver_.clear(); }
+  Levels(const Levels&) = delete;
+  Levels& operator=(const Levels&) = delete;
+
+ private:
+  MultigridSolver3D& solver_;
+  FieldHandle r0_, buffer_;
+};
+
+void velocity_boundary(const ProjectionFields& f, const SimSettings& settings) {
+  VelocityBoundaryU(*f.U, settings);
+  VelocityBoundaryV(*f.V, settings);
+  VelocityBoundaryW(*f.W, settings);
+}
+
+// -lap p = -div u / dx + source, on a grid of spacing 1
+void right_hand_side(Field<float>& rhs, const ProjectionFields& f, double dx) {
+  NegDivergence(rhs, *f.U, *f.V, *f.W, f.phi, 1 / dx);
+  if (f.source) axpy(rhs, 1, *f.source, rhs);
+}
+
+}  // namespace
+
+SolveResult project(MultigridSolver3D& solver, const ProjectionFields& fields,
+                    const SimSettings& settings, const std::array<int, 6>& closed,
+                    int expected_cycles, SolverProgress* progress) {
+  const ProjectionFields& f = fields;
+  const Vec3i dims = check_mac(*f.U, *f.V, *f.W);
+  if (std::min({dims[0], dims[1], dims[2]}) < 3) return {};
+  if (f.phi) constrainBoundaryVelocityT(*f.phi, *f.Us, *f.Vs, *f.Ws, *f.U, *f.V, *f.W);
+
+  const FieldHandle rhs = acquire_field(dims), p = acquire_field(dims);
+  set(*p, 0);
+  solver.bc = closed;
+  const Levels levels(solver, dims);
+  const double dx = settings.dx;
+  const auto tolerance = static_cast<float>(settings.pressure_tolerance);
+
+  // Faces of solids hold while the pressure of the fluid settles round them. The pressure of one
+  // pass is the first guess of the next.
+  float residual = 2 * tolerance;
+  for (int pass = 0; f.phi && pass < settings.solid_iterations && residual > tolerance; ++pass) {
+    velocity_boundary(f, settings);
+    right_hand_side(*rhs, f, dx);
+    const SolveResult cycle = solver.solve(*p, *rhs, expected_cycles, 1, tolerance, progress);
+    residual = cycle.residual;
+    expected_cycles = cycle.cycles;
+    subtract_pressure_gradient(*f.U, *f.V, *f.W, *p, dx, f.phi);
+  }
+
+  velocity_boundary(f, settings);
+  right_hand_side(*rhs, f, dx);
+  const SolveResult result =
+      solver.solve(*p, *rhs, expected_cycles, settings.max_cycles, tolerance, progress);
+  subtract_pressure_gradient(*f.U, *f.V, *f.W, *p, dx, nullptr);
+  if (std::isnan(result.residual)) throw Exception("Floating point error during linear solving");
+  return result;
+}
+
+}  // namespace nbx

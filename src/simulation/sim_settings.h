@@ -1,0 +1,64 @@
+// The settings of a run: one record, owned by Simulation3D, to which every system keeps a pointer.
+//
+// Units. Distances in the solver are simulation units = scene units * unit_scale; dx is the voxel
+// edge in them. Speeds are simulation units per second, dt is in seconds of simulation time. Cells
+// are indexed in domain coordinates: (0, 0, 0) is the low corner of the domain, cell centres lie at
+// integers. Fields hold `active_box` plus a ghost layer: local index i is domain cell
+// i + active_box.lo - 1.
+#pragma once
+
+#include <array>
+#include <map>
+#include <memory>
+#include <set>
+
+#include "cache/bfs.h"
+#include "math/affine_transform.h"
+#include "math/int_box.h"
+#include "simulation/channel_params.h"
+
+namespace nbx {
+
+struct SimSettings {
+  std::shared_ptr<BFS> target_cache;  // receives frames; may be empty
+  bool cache_direct = false;          // keep no trace fields, to save memory
+
+  FrameTime sim_time;        // simulation clock and frame length, both times time_scale
+  FrameTime start_time;      // simulation start, unscaled document frame length
+  int step_index = 0;        // substeps done in this frame
+  double frame_elapsed = 0;  // seconds of this frame already simulated
+
+  int solid_iterations = 10;  // passes of the solid iteration in `project`
+  int max_cycles = 10;        // V-cycles of the last solve in `project`
+  int max_substeps = 20;
+  std::array<int, 6> face_closed{};  // x-, x+, y-, y+, z-, z+: 1 = a wall, 0 = open
+  int interp_points = 3;             // 3 = trilinear, 4 = cubic sampling in advection
+  IntBox domain_box;
+  IntBox active_box;                              // the simulated region
+  Affine3d world_to_grid = Affine3d::identity();  // host world coordinates to domain cells
+
+  double pressure_tolerance = 0.01;
+  double voxel_size = 1;       // scene units
+  double unit_scale = 0.01;    // simulation units per scene unit
+  double dx = 0.01;            // voxel_size * unit_scale
+  double cfl = 2;              // largest advection distance per step, in voxels
+  double trace_tolerance = 1;  // largest step of the adaptive tracer, in voxels
+  double time_scale = 1;
+  double dt = 0;              // length of the current substep
+  double frame_duration = 1;  // seconds of one document frame, unscaled: the unit of decay and drag
+
+  bool adaptive_tracer = false;
+
+  std::set<int> cached_channels;     // ChannelKeys written to frames
+  std::set<int> simulated_channels;  // ChannelKeys that exist in this run
+  std::map<int, ChannelParams> channel_params;
+
+  Vec3d wind_direction{1, 0, 0};  // unit vector in grid space
+  double wind_speed = 0;          // 0 = no wind
+};
+
+/// Which domain faces are walls now: a face is closed only while the active box touches it. An
+/// active box that hasn't reached the domain's edge is open on that side.
+std::array<int, 6> closed_faces(const SimSettings& settings);
+
+}  // namespace nbx

@@ -1,0 +1,305 @@
+#include "simulation/simulation3d.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "util/cuda_use_flags.h"
+#include "util/log.h"
+
+namespace nbx {
+
+namespace {
+
+// The frame's matrix works on row vectors in right-handed world coordinates: a flip of z, then the
+// simulation's world-to-cell map.
+GridMatrix grid_matrix(const Affine3d& world_to_grid) {
+  GridMatrix m{};
+  for (int row = 0; row < 3; ++row) {
+    const double flip = row == 2 ? -1 : 1;
+    for (int column = 0; column < 3; ++column)
+      m[static_cast<std::size_t>(4 * row + column)] =
+          flip * world_to_grid.rows[static_cast<std::size_t>(column)][row];
+  }
+  for (int column = 0; column < 3; ++column)
+    m[static_cast<std::size_t>(12 + column)] = world_to_grid.translation[column];
+  m[15] = 1;
+  return m;
+}
+
+}  // namespace
+
+Simulation3D::Simulation3D() {
+  cuda_use_flags().use_gpu = true;
+  for (int key : {kFuel, kBurn, kDensity, kTemperature})
+    settings.channel_params[key] = default_channel_params(key);
+}
+
+Simulation3D::~Simulation3D() = default;
+
+// The order of creation is the order of every hook.
+void Simulation3D::setup() {
+  const std::lock_guard lock(mutex_);
+  if (fluid_) return;
+
+  auto fluid = std::make_unique<CuslKernels3D>(settings);
+  fluid_ = fluid.get();
+  storables_.push_back(fluid_);
+  systems_.push_back(std::move(fluid));
+
+  auto pressure = std::make_unique<PressureSystem>(settings);
+  pressure_ = pressure.get();
+  systems_.push_back(std::move(pressure));
+
+  for (int key : {kFuel, kBurn, kDensity, kTemperature}) {
+    auto channel = std::make_unique<ScalarFluidChannel>(settings, key);
+    channels_.push_back(channel.get());
+    field_sources_.push_back(channel.get());
+    storables_.push_back(channel.get());
+    if (key != kBurn) forces_.push_back(channel.get());
+    systems_.push_back(std::move(channel));
+  }
+
+  reset_counters();
+  for (auto& system : systems_) system->clear();
+  for (auto& system : systems_) system->resize({0, 0, 0});
+}
+
+void Simulation3D::reset_counters() {
+  remaining_time_ = 0;
+  step_limit_ = 1;
+  settings.step_index = 0;
+  settings.frame_elapsed = 0;
+  steps_remaining_ = 0;
+  steps_per_frame_ = 1;
+}
+
+void Simulation3D::init_state(SceneEvaluator& scene) {
+  setup();
+  for (auto& system : systems_) system->clear();
+  for (auto& system : systems_) system->begin_frame(*this);
+  settings.dt = 0;
+  settings.active_box = {};
+  scene.read_settings(*this, 0);
+  for (auto& system : systems_) system->begin_step();
+  for (auto& system : systems_) system->prepare_advection();
+  for (auto& system : systems_) system->after_channel_advection();
+  for (auto& system : systems_) system->after_velocity_advection();
+  scene.update_inputs(*this, 0);
+  apply_box(settings.domain_box);
+  for (ScalarFluidChannel* channel : channels_) channel->finish_step();
+  for (auto& system : systems_) system->after_sources();
+  for (auto& system : systems_) system->end_step();
+  for (auto& system : systems_) system->end_frame();
+}
+
+bool Simulation3D::start(SceneEvaluator& scene, const FrameTime& time) {
+  init_state(scene);
+  return store_frame(time, 0);
+}
+
+bool Simulation3D::load_state(SceneEvaluator& scene, SimFrame& frame) {
+  reset_counters();
+  settings.active_box = {};
+  cuda_use_flags().use_gpu = true;
+
+  // Staggered grids are a cell longer along their own axis; the box follows from the others, or
+  // from the second velocity set where a frame holds nothing else.
+  Vec3i centre, any;
+  for (const auto& [type, grid] : frame.grids) {
+    if (type >= kGridVelocityX && type <= kGridVelocityZ) continue;
+    Vec3i& largest = type >= kGridSecondVelocityX && type <= kGridSecondVelocityZ ? any : centre;
+    for (int axis = 0; axis < 3; ++axis) largest[axis] = std::max(largest[axis], grid.dims[axis]);
+  }
+  const Vec3i dims = centre != Vec3i() ? centre : any - Vec3i(1, 1, 1);
+  if (dims[0] < 3 || dims[1] < 3 || dims[2] < 3) {
+    LogMessage() << "Failed to load state form sim frame: Invalid grid size";
+    return false;
+  }
+
+  settings.sim_time = frame.simTime;
+  init_state(scene);
+  const Vec3i offset = frame.offset();
+  apply_box({offset + Vec3i(1, 1, 1), offset + dims - Vec3i(2, 2, 2)});
+  for (FrameStorable* storable : storables_) storable->load(frame);
+  return true;
+}
+
+void Simulation3D::update(SceneEvaluator& scene, FrameTime& time, SimProgress* progress) {
+  setup();
+  const Stopwatch total;
+  times_ = {};
+  times_.out = since_update_.seconds();
+  progress_ = progress;
+
+  if (steps_remaining_ < 1)
+    begin_frame();
+  else
+    LogMessage() << "continuing update, " << steps_remaining_ << " steps remaining";
+  while (steps_remaining_ > 0)
+    if (!substep(scene)) return;
+
+  const FrameTime stored = next_frame(time);
+  settings.sim_time = next_frame(settings.sim_time);
+  Stopwatch save;
+  if (!store_frame(stored, 0)) ++frames_not_stored_;
+  times_.sav = save.seconds();
+  for (auto& system : systems_) system->end_frame();
+  if (progress_) progress_->progress(1, 1);
+  time = stored;
+  log_frame_line(total.seconds());
+  since_update_.lap();
+}
+
+void Simulation3D::begin_frame() {
+  remaining_time_ = settings.sim_time.length.value();
+  settings.frame_elapsed = 0;
+  settings.step_index = 0;
+  steps_remaining_ = remaining_time_ != 0 ? std::max(steps_per_frame_, 1) : 0;
+  for (auto& system : systems_) system->begin_frame(*this);
+}
+
+// One substep. False if the progress asked to stop.
+bool Simulation3D::substep(SceneEvaluator& scene) {
+  Stopwatch watch;
+  if (!check(0)) return false;
+  settings.dt = choose_step();
+  scene.read_settings(*this, settings.dt);
+
+  watch.lap();
+  for (auto& system : systems_) system->begin_step();
+  if (!check(1)) return false;
+  for (auto& system : systems_) system->prepare_advection();
+  times_.beg += watch.lap();
+  if (!check(2)) return false;
+
+  for (ScalarFluidChannel* channel : channels_) channel->decay_and_advect(*fluid_);
+  times_.pro += watch.lap();
+  for (auto& system : systems_) system->after_channel_advection();
+  times_.beg += watch.lap();
+  if (!check(3)) return false;
+
+  fluid_->advect_velocity();
+  times_.vel += watch.lap();
+  if (!check(4)) return false;
+  for (auto& system : systems_) system->after_velocity_advection();
+  times_.beg += watch.lap();
+  if (!check(5)) return false;
+
+  scene.update_inputs(*this, settings.dt);
+  times_.src += watch.lap();
+  if (!check(6)) return false;
+  apply_box(settings.domain_box);
+  times_.res += watch.lap();
+  if (!check(7)) return false;
+
+  for (ScalarFluidChannel* channel : channels_) channel->finish_step();
+  times_.pro += watch.lap();
+  for (auto& system : systems_) system->after_sources();
+  times_.beg += watch.lap();
+  if (!check(8)) return false;
+
+  scene.update_solids(*this, settings.dt);
+  if (solids.phi)
+    for (auto& system : systems_) system->set_solids(solids);
+  solids = {};
+  times_.sol += watch.lap();
+  if (!check(9)) return false;
+
+  fluid_->update(settings.dt, *pressure_, *this, *this);
+  times_.vel += watch.lap();
+  for (auto& system : systems_) system->end_step();
+  mem_stats();
+
+  settings.step_index += 1;
+  steps_remaining_ -= 1;
+  remaining_time_ -= settings.dt;
+  settings.frame_elapsed += settings.dt;
+  return true;
+}
+
+// Plans the substeps left in the frame, all of equal length, by the CFL limit. The frame always
+// ends within max_substeps: the limit gives way, not the frame.
+double Simulation3D::choose_step() {
+  const double frame_length = settings.sim_time.length.value();
+  step_limit_ = settings.max_substeps >= 2 ? fluid_->max_step() : frame_length;
+  const auto steps = [&](double duration, double step, int most) {
+    const double n = std::max(std::ceil(duration / step), 1.0);
+    return n < most ? static_cast<int>(n) : most;
+  };
+  const int left = std::max(settings.max_substeps - settings.step_index, 1);
+  steps_remaining_ = steps(remaining_time_, step_limit_, left);
+  const double step = remaining_time_ / steps_remaining_;
+  steps_per_frame_ = steps(frame_length, step, std::max(settings.max_substeps, 1));
+  return step;
+}
+
+bool Simulation3D::check(int k) {
+  const int i = settings.step_index;
+  return !progress_ || progress_->progress(10 * i + k, 10 * (steps_remaining_ + i));
+}
+
+// The solver's own cycles fill the bar within the current substep.
+bool Simulation3D::abort_requested(int done, int total) {
+  const int i = settings.step_index;
+  return progress_ && !progress_->progress(done + i * total, total * (steps_remaining_ + i));
+}
+
+void Simulation3D::apply_box(const IntBox& box) {
+  const IntBox old = settings.active_box;
+  if (old == box || (old.empty() && box.empty())) return;
+  const auto text = [](const Vec3i& v) {
+    return "[" + std::to_string(v[0]) + "," + std::to_string(v[1]) + "," + std::to_string(v[2]) +
+           "]";
+  };
+  LogMessage() << "Adapting container: " << text(box.lo) << "->" << text(box.hi) << " = "
+               << text(box.size());
+  settings.active_box = box;
+  for (auto& system : systems_) system->resize(box.lo - old.lo);
+}
+
+void Simulation3D::add_source_object(const SimulationObjectParameters& parameters,
+                                     const SparseField<float, 3>& weights) {
+  const std::lock_guard lock(mutex_);
+  for (ScalarFluidChannel* channel : channels_) channel->add_source(parameters, weights);
+}
+
+void Simulation3D::add_forces(FluidSystem& fluid, double dt) {
+  for (VelocityForce* force : forces_) force->add_forces(fluid, dt);
+}
+
+MField* Simulation3D::get_field(int key) {
+  for (FieldSource* source : field_sources_)
+    if (MField* field = source->get_field(key)) return field;
+  return nullptr;
+}
+
+void Simulation3D::fill_frame(SimFrame& frame, const SimSettings& stored, const FrameTime& time) {
+  const GridMatrix matrix = grid_matrix(stored.world_to_grid);
+  for (FrameStorable* storable : storables_) storable->store(frame, stored, matrix);
+  frame.simTime = stored.sim_time;
+  frame.frameTime = time;
+  frame.valid = true;
+  frame.saved = false;
+}
+
+bool Simulation3D::store_frame(const FrameTime& time, int substep) {
+  if (!settings.target_cache) {
+    LogMessage() << "Failed to store simulation frame " << time.frame();
+    return false;
+  }
+  SimFrame frame;
+  frame.ownsData = false;  // the writer is done before the state moves on
+  frame.substep = substep;
+  fill_frame(frame, settings, time);
+  return settings.target_cache->writeThrough(frame);
+}
+
+void Simulation3D::log_frame_line(double total) {
+  const Times& t = times_;
+  LogMessage() << settings.sim_time.frame() << "F #" << settings.step_index << " src(" << t.src
+               << ") sol(" << t.sol << ") res(" << t.res << ") beg(" << t.beg << ") pro(" << t.pro
+               << ") vel(" << t.vel << ") tot(" << total << ") sav(" << t.sav << ") out(" << t.out
+               << ")" << (cuda_use_flags().on_gpu() ? " GPU" : " CPU");
+}
+
+}  // namespace nbx

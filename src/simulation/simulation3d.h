@@ -1,0 +1,111 @@
+// One run: the settings, the systems that make up the simulation, and the order of a step.
+//
+// `update` advances the state by one frame in one or more substeps; a substep is a fixed sequence
+// of hooks called on every system. The frame is the unit of storage, the substep that of
+// integration. The scene is known through a SceneEvaluator alone, so a run needs no host:
+//
+//     Simulation3D sim;                    // fill sim.settings: domain, channels, where frames go
+//     FrameTime time = ...;
+//     sim.start(scene, time);              // the first frame holds the sources of its instant
+//     while (more) sim.update(scene, time, progress);
+//
+// One thread runs all of it; parallelism lies inside of the numeric operators.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "simulation/cusl_kernels3d.h"
+#include "simulation/pressure_system.h"
+#include "simulation/scalar_fluid_channel.h"
+#include "util/stopwatch.h"
+
+namespace nbx {
+
+class Simulation3D final : private VelocityForce, private FieldSource, private SolverProgress {
+ public:
+  Simulation3D();
+  ~Simulation3D() override;
+  Simulation3D(const Simulation3D&) = delete;
+  Simulation3D& operator=(const Simulation3D&) = delete;
+
+  SimSettings settings;
+  Solids solids;  // of this substep, set by SceneEvaluator::update_solids
+
+  /// Brings a new run to the start frame: the state holds the sources of that instant.
+  void init_state(SceneEvaluator& scene);
+
+  /// init_state, then stores the first frame. False if that frame could not be stored.
+  bool start(SceneEvaluator& scene, const FrameTime& time);
+
+  /// Goes on from a stored frame. False, with a log line, for a frame with a grid below 3 cells.
+  /// Throws what reading the frame throws.
+  bool load_state(SceneEvaluator& scene, SimFrame& frame);
+
+  /// Advances by one frame and stores it; `time` moves on by its frame length. When `progress` (may
+  /// be null) says stop, the call returns in mid-frame with all state kept: `time` stays, and the
+  /// next call goes on with the next substep. Numeric failures throw; the state isn't rolled back.
+  void update(SceneEvaluator& scene, FrameTime& time, SimProgress* progress);
+
+  /// Writes the current state as the frame of `time`. False, with a log line, if it isn't on disk.
+  bool store_frame(const FrameTime& time, int substep);
+
+  /// Puts the whole state into `frame`: every channel in `stored.cached_channels`.
+  void fill_frame(SimFrame& frame, const SimSettings& stored, const FrameTime& time);
+
+  /// Takes one source object's part of the current substep. Doesn't change `weights`.
+  void add_source_object(const SimulationObjectParameters& parameters,
+                         const SparseField<float, 3>& weights);
+
+  /// Makes `box` the active box; all systems follow.
+  void apply_box(const IntBox& box);
+
+  /// The field of a simulated channel; null if there is none. For tests and displays.
+  MField* channel_field(int key) { return get_field(key); }
+  FluidSystem& fluid() { return *fluid_; }
+  PressureSystem& pressure() { return *pressure_; }
+
+  /// Substeps left in a frame that was interrupted; 0 between frames.
+  int steps_remaining() const { return steps_remaining_; }
+  /// Frames that `update` could not store so far.
+  int frames_not_stored() const { return frames_not_stored_; }
+
+ private:
+  void setup();
+  void reset_counters();
+  void begin_frame();
+  bool substep(SceneEvaluator& scene);
+  double choose_step();
+  bool check(int k);
+  void log_frame_line(double total);
+
+  void add_forces(FluidSystem& fluid, double dt) override;
+  MField* get_field(int key) override;
+  bool abort_requested(int done, int total) override;
+
+  // Seconds of one `update`, by stage.
+  struct Times {
+    double src = 0, sol = 0, res = 0, beg = 0, pro = 0, vel = 0, sav = 0, out = 0;
+  };
+
+  std::mutex mutex_;                                 // guards setup and the sources
+  std::vector<std::unique_ptr<SimSystem>> systems_;  // in creation order, the order of every hook
+  CuslKernels3D* fluid_ = nullptr;
+  PressureSystem* pressure_ = nullptr;
+  std::vector<ScalarFluidChannel*> channels_;
+  std::vector<FieldSource*> field_sources_;
+  std::vector<VelocityForce*> forces_;
+  std::vector<FrameStorable*> storables_;
+
+  double remaining_time_ = 0;  // seconds left in this frame
+  double step_limit_ = 1;
+  int steps_remaining_ = 0;
+  int steps_per_frame_ = 1;  // estimate for the progress
+  int frames_not_stored_ = 0;
+  SimProgress* progress_ = nullptr;
+  Stopwatch since_update_;  // since the last `update` ended
+  Times times_;
+};
+
+}  // namespace nbx

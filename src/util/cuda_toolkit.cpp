@@ -1,0 +1,88 @@
+// The real CUDA runtime. Compiled only where the build carries it.
+#include <cuda_runtime_api.h>
+
+#include "util/cuda_backend.h"
+
+namespace nbx::cuda {
+
+namespace {
+
+cudaPitchedPtr pitched(const PitchedPtr& p) {
+  return make_cudaPitchedPtr(p.data, p.pitch, p.xsize, p.ysize);
+}
+
+cudaExtent extent_of(const Extent& e) { return make_cudaExtent(e.width, e.height, e.depth); }
+
+cudaMemcpyKind kind_of(CopyKind kind) {
+  switch (kind) {
+    case CopyKind::kHostToDevice:
+      return cudaMemcpyHostToDevice;
+    case CopyKind::kDeviceToHost:
+      return cudaMemcpyDeviceToHost;
+    case CopyKind::kDeviceToDevice:
+      break;
+  }
+  return cudaMemcpyDeviceToDevice;
+}
+
+class Toolkit final : public Backend {
+ public:
+  // No device, or no driver at all, is a count of 0 and no error: everything then runs on the CPU.
+  Error get_device_count(int* count) override {
+    const cudaError_t error = cudaGetDeviceCount(count);
+    if (error == cudaErrorNoDevice || error == cudaErrorInsufficientDriver) {
+      *count = 0;
+      cudaGetLastError();
+      return kSuccess;
+    }
+    return error;
+  }
+  Error set_device(int device) override { return cudaSetDevice(device); }
+  Error set_device_flags(unsigned flags) override { return cudaSetDeviceFlags(flags); }
+  Error device_reset() override { return cudaDeviceReset(); }
+  Error device_synchronize() override { return cudaDeviceSynchronize(); }
+  Error get_last_error() override { return cudaGetLastError(); }
+  std::string get_error_string(Error error) override {
+    return cudaGetErrorString(static_cast<cudaError_t>(error));
+  }
+  Error mem_get_info(std::size_t* free_bytes, std::size_t* total_bytes) override {
+    return cudaMemGetInfo(free_bytes, total_bytes);
+  }
+
+  Error malloc(void** data, std::size_t bytes) override { return cudaMalloc(data, bytes); }
+  Error malloc_3d(PitchedPtr* memory, Extent extent) override {
+    cudaPitchedPtr p{};
+    const cudaError_t error = cudaMalloc3D(&p, extent_of(extent));
+    *memory = {p.ptr, p.pitch, p.xsize, p.ysize};
+    return error;
+  }
+  Error free(void* data) override { return cudaFree(data); }
+  Error memcpy(void* target, const void* source, std::size_t bytes, CopyKind kind) override {
+    return cudaMemcpy(target, source, bytes, kind_of(kind));
+  }
+  Error memcpy_3d(const Copy3DParams& copy) override {
+    cudaMemcpy3DParms p{};
+    p.srcPtr = pitched(copy.source);
+    p.srcPos = make_cudaPos(copy.source_pos[0], copy.source_pos[1], copy.source_pos[2]);
+    p.dstPtr = pitched(copy.target);
+    p.dstPos = make_cudaPos(copy.target_pos[0], copy.target_pos[1], copy.target_pos[2]);
+    p.extent = extent_of(copy.extent);
+    p.kind = kind_of(copy.kind);
+    return cudaMemcpy3D(&p);
+  }
+  Error memset(void* data, int value, std::size_t bytes) override {
+    return cudaMemset(data, value, bytes);
+  }
+  Error memset_3d(PitchedPtr memory, int value, Extent extent) override {
+    return cudaMemset3DAsync(pitched(memory), value, extent_of(extent));
+  }
+};
+
+}  // namespace
+
+Backend& toolkit_backend() {
+  static Backend& toolkit = *new Toolkit;
+  return toolkit;
+}
+
+}  // namespace nbx::cuda

@@ -1,0 +1,29 @@
+#include "util/format_size.h"
+
+#include <charconv>
+
+namespace nbx {
+
+std::string format_size(std::uint64_t bytes, int decimals) {
+  int shift = 10;
+  const char* unit = "KB";
+  if (bytes >> 10 >= 1025) {
+    shift = 20;
+    unit = "MB";
+  }
+  if (bytes >> 20 >= 1025) {
+    shift = 30;
+    unit = "GB";
+  }
+  // Whole and fractional part apart, so that no size is too large for the double's mantissa.
+  const std::uint64_t one = std::uint64_t{1} << shift;
+  const double value = static_cast<double>(bytes >> shift) +
+                       static_cast<double>(bytes & (one - 1)) / static_cast<double>(one);
+  // Unlike printf, to_chars writes a point whatever the user's locale.
+  char text[64];
+  const auto end =
+      std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals).ptr;
+  return std::string(text, end) + unit;
+}
+
+}  // namespace nbx

@@ -1,0 +1,186 @@
+// Frame files with every byte changed and every length: each must be answered in the way of its
+// kind, without more memory than the file bears out.
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+#include "cache/cache_info.h"
+#include "cache/frame_bytes.h"
+#include "cache/sim_frame.h"
+#include "support/support.h"
+
+namespace {
+
+std::atomic<std::size_t> largest_allocation{0};
+
+void* allocate(std::size_t size, std::size_t alignment) {
+  std::size_t seen = largest_allocation;
+  while (size > seen && !largest_allocation.compare_exchange_weak(seen, size)) {
+  }
+  return std::aligned_alloc(alignment, (size + alignment) / alignment * alignment);
+}
+
+void* allocate_or_throw(std::size_t size) {
+  if (void* p = allocate(size, 16)) return p;
+  throw std::bad_alloc();
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) { return allocate_or_throw(size); }
+void* operator new[](std::size_t size) { return allocate_or_throw(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size, 16); }
+void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
+  return allocate(size, static_cast<std::size_t>(alignment));
+}
+void operator delete(void* p) noexcept { std::free(p); }
+void operator delete[](void* p) noexcept { std::free(p); }
+void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
+void operator delete(void* p, std::align_val_t) noexcept { std::free(p); }
+
+namespace nbx {
+namespace {
+
+using test::Bytes;
+
+constexpr std::size_t kAllowed = 1 << 16;  // what a file of 800 bytes may cost at most
+
+// What a reader gets from a file: for each type the cells, or nothing if the grid is damaged.
+struct Outcome {
+  bool foreign = false;
+  std::map<int, std::vector<float>> grids;
+  int damaged = 0;
+};
+
+Outcome read(const std::string& path) {
+  Outcome outcome;
+  try {
+    SimFrame frame;
+    frame.load(path);
+    frame.dims();
+    frame.box();
+    frame.frameTime.frame();
+    for (const auto& [type, grid] : frame.grids) {
+      try {
+        const FieldHandle field = frame.grid(type);
+        outcome.grids[type] = test::values_of(*field);
+      } catch (const Exception&) {
+        ++outcome.damaged;
+      }
+    }
+  } catch (const BcfFormatError&) {
+    outcome.foreign = true;
+  }
+  read_frame_file_info(path, true);
+  return outcome;
+}
+
+class Damage : public testing::Test {
+ protected:
+  Damage() {
+    const std::string runs = Bytes().i32({-5}).f32({0}).i32({3}).f32({1, 2, 3}).text();
+    const std::string raw = Bytes().f32({4, 5, 6, 7}).text();
+    first = test::record(2, 1, {2, 2, 2}, runs);
+    bytes = test::header() + first + test::record(3, 0, {4, 1, 1}, raw);
+    last = test::record(25, 1, {1, 1, 2}, Bytes().i32({-2}).f32({8}).text());
+    bytes += last;
+    largest_allocation = 0;
+  }
+  ~Damage() override { EXPECT_LT(largest_allocation, kAllowed); }
+
+  Outcome outcome(const std::string& damaged) {
+    std::filesystem::remove(path);  // a file system may sync one that is truncated and filled anew
+    test::write_file(path, damaged);
+    return read(path);
+  }
+
+  test::TemporaryFolder folder;
+  const std::string path = folder.file("frame.bcf");
+  test::LogCapture log;
+  std::string first, last, bytes;
+  const std::vector<float> density{0, 0, 0, 0, 0, 1, 2, 3}, temperature{4, 5, 6, 7}, solid{8, 8};
+};
+
+TEST_F(Damage, EveryLength) {
+  const std::size_t second = 12 + first.size(), third = bytes.size() - last.size();
+  for (std::size_t length = 0; length <= bytes.size(); ++length) {
+    const Outcome o = outcome(bytes.substr(0, length));
+    ASSERT_EQ(o.foreign, length < 12) << length;
+    // A record counts once its head is whole, and reads once its payload is.
+    const auto grids = [&](std::size_t start) { return length >= start + 222; };
+    const auto reads = [&](std::size_t start, std::size_t payload) {
+      return length >= start + 222 + payload;
+    };
+    const std::size_t heads = grids(12) + grids(second) + grids(third);
+    ASSERT_EQ(o.grids.size() + static_cast<std::size_t>(o.damaged), heads) << length;
+    ASSERT_EQ(o.grids.count(2), reads(12, 24)) << length;
+    ASSERT_EQ(o.grids.count(3), reads(second, 16)) << length;
+    ASSERT_EQ(o.grids.count(25), reads(third, 8)) << length;
+    if (o.grids.count(2)) {
+      ASSERT_EQ(o.grids.at(2), density) << length;
+    }
+    if (o.grids.count(3)) {
+      ASSERT_EQ(o.grids.at(3), temperature) << length;
+    }
+  }
+}
+
+// Values that sit on the edges of counts, sizes and dimensions, in every byte.
+TEST_F(Damage, EveryByte) {
+  const std::size_t second = 12 + first.size(), third = bytes.size() - last.size();
+  int refused = 0;
+  for (std::size_t at = 0; at < bytes.size(); ++at) {
+    for (const int change : {0x01, 0x02, 0x10, 0x40, 0x80, 0xff}) {
+      std::string damaged = bytes;
+      damaged[at] = static_cast<char>(damaged[at] ^ change);
+      const Outcome o = outcome(damaged);
+      const std::string where = std::to_string(at) + " ^ " + std::to_string(change);
+      ASSERT_EQ(o.foreign, at < 12 && !(at == 11 && change == 0x80)) << where;
+      // What stands before the damage isn't touched by it, unless a record takes on its type.
+      const bool became_density = at == second + 4 && (3 ^ change) == 2;
+      if (at >= second && !became_density) {
+        ASSERT_EQ(o.grids.at(2), density) << where;
+      }
+      if (at >= third) {
+        ASSERT_EQ(o.grids.at(3), temperature) << where;
+      }
+      refused += o.damaged;
+      // The size decides where the next record is, the codec how to read, the dimensions and the
+      // counts must agree.
+      const std::size_t in_head = at - 12;
+      const bool codec = in_head == 5, dims = in_head >= 82 && in_head < 94;
+      if (at >= 12 && at < second && (codec || dims)) {
+        ASSERT_EQ(o.grids.count(2), 0u) << where;
+      }
+      const bool times_or_place = in_head >= 6 && in_head < 82;
+      if (at >= 12 && at < second && times_or_place) {
+        ASSERT_EQ(o.grids.at(2), density) << where;
+      }
+    }
+  }
+  EXPECT_GT(refused, 100);
+}
+
+// Records that claim much: dimensions beyond 64 bits, sizes beyond the file, runs of billions that
+// don't add up.
+TEST_F(Damage, HugeClaims) {
+  const int most = std::numeric_limits<int>::max(), lowest = std::numeric_limits<int>::min();
+  std::string beyond = test::record(4, 1, {most, 1, 1}, Bytes().i32({1}).f32({1}).text());
+  beyond.replace(0, 4, "\xff\xff\xff\xff");
+  const std::string claims[] = {
+      test::record(4, 1, {most, most, most}, Bytes().i32({lowest}).f32({1}).text()),
+      test::record(4, 1, {1 << 20, 1 << 20, 1 << 24}, Bytes().i32({0, 0}).text()),
+      test::record(4, 1, {1 << 15, 1 << 15, 1}, Bytes().i32({lowest}).f32({1}).text()),
+      test::record(4, 0, {1 << 15, 1 << 15, 1}, ""),
+      beyond,
+  };
+  for (const std::string& claim : claims) {
+    const Outcome o = outcome(test::header() + first + claim);
+    EXPECT_EQ(o.damaged, 1);
+    EXPECT_EQ(o.grids.at(2), density);
+  }
+}
+
+}  // namespace
+}  // namespace nbx

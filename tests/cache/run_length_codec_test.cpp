@@ -1,0 +1,124 @@
+#include "cache/run_length_codec.h"
+
+#include <bit>
+#include <limits>
+#include <random>
+
+#include "cache/frame_bytes.h"
+#include "support/support.h"
+
+namespace nbx {
+namespace {
+
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+std::string encoded(const std::vector<float>& cells) {
+  std::vector<char> out(rle_bound(cells.size()));
+  return std::string(out.data(), rle_encode(out.data(), cells.data(), cells.size()));
+}
+
+std::vector<float> decoded(const std::string& payload, std::size_t cells) {
+  std::vector<float> out(cells);
+  rle_decode(out.data(), payload.data(), payload.size());
+  return out;
+}
+
+// The plain form: one cell after the other, a run that is three long is written when it ends.
+std::string encoded_plainly(const std::vector<float>& x) {
+  test::Bytes out;
+  const std::size_t n = x.size();
+  std::size_t literal = 0, run = 0;
+  const auto put_literal = [&](std::size_t end) {
+    if (literal < end) out.i32({static_cast<int>(end - literal)});
+    for (; literal < end; ++literal) out.f32({x[literal]});
+  };
+  const auto put_run = [&](std::size_t end) {
+    out.i32({-static_cast<int>(end - run)}).f32({x[run]});
+    literal = end;
+  };
+  for (std::size_t i = 1; i < n; ++i) {
+    if (x[i] == x[run]) continue;
+    if (i - run >= 3) {
+      put_literal(run);
+      put_run(i);
+    }
+    run = i;
+  }
+  if (literal == n) return out.text();
+  const std::size_t tail = n - run == 1 ? n : run;
+  put_literal(tail);
+  if (tail < n) put_run(n);
+  return out.text();
+}
+
+TEST(RunLengthCodec, WorkedCases) {
+  using test::Bytes;
+  const struct {
+    std::vector<float> cells;
+    std::string payload;
+  } cases[] = {
+      {{}, ""},
+      {{7}, Bytes().i32({1}).f32({7}).text()},
+      {{5, 5}, Bytes().i32({-2}).f32({5}).text()},
+      {{1, 2, 3}, Bytes().i32({3}).f32({1, 2, 3}).text()},
+      {{1, 1, 2}, Bytes().i32({3}).f32({1, 1, 2}).text()},
+      {{1, 1, 2, 2, 2, 3},
+       Bytes().i32({2}).f32({1, 1}).i32({-3}).f32({2}).i32({1}).f32({3}).text()},
+      {{1, 1, 1, 2, 2, 2}, Bytes().i32({-3}).f32({1}).i32({-3}).f32({2}).text()},
+      {{1, 2, 3, 3}, Bytes().i32({2}).f32({1, 2}).i32({-2}).f32({3}).text()},
+      {{0.0f, 0.0f, -0.0f, -0.0f}, Bytes().i32({-4}).f32({0.0f}).text()},
+      {{-0.0f, 0.0f, 0.0f}, Bytes().i32({-3}).f32({-0.0f}).text()},
+      {{kNaN, kNaN, kNaN}, Bytes().i32({3}).f32({kNaN, kNaN, kNaN}).text()},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(encoded(c.cells), c.payload) << c.cells.size();
+    EXPECT_EQ(encoded_plainly(c.cells), c.payload) << c.cells.size();
+  }
+  EXPECT_EQ(std::bit_cast<std::uint32_t>(decoded(cases[8].payload, 4)[2]), 0u);
+}
+
+// Stretches of few values, so that runs of every length start and end at every place of the search
+// loops' blocks.
+TEST(RunLengthCodec, AgreesWithThePlainForm) {
+  std::mt19937 engine(1);
+  const float palette[] = {0.0f, -0.0f, 1.0f, kNaN, -2.5f};
+  std::size_t longest = 0;
+  for (int round = 0; round < 3000; ++round) {
+    std::vector<float> cells;
+    const std::size_t count = engine() % 300;
+    const unsigned stretch = round % 3 == 0 ? 80 : 4;
+    while (cells.size() < count)
+      cells.insert(cells.end(), 1 + engine() % stretch, palette[engine() % 5]);
+    const std::string payload = encoded(cells);
+    ASSERT_EQ(payload, encoded_plainly(cells)) << round;
+    ASSERT_LE(payload.size(), rle_bound(cells.size()));
+    ASSERT_TRUE(rle_fits(payload.data(), payload.size(), cells.size()));
+    const std::vector<float> back = decoded(payload, cells.size());
+    for (std::size_t i = 0; i < cells.size(); ++i)
+      ASSERT_TRUE(back[i] == cells[i] || (std::isnan(back[i]) && std::isnan(cells[i]))) << i;
+    longest = std::max(longest, cells.size());
+  }
+  EXPECT_GT(longest, 250u);
+}
+
+TEST(RunLengthCodec, RefusesWhatDoesNotFillTheGrid) {
+  using test::Bytes;
+  const std::string good = Bytes().i32({2}).f32({1, 2}).i32({0, -5}).f32({3}).i32({0}).text();
+  EXPECT_TRUE(rle_fits(good.data(), good.size(), 7));
+  EXPECT_EQ(decoded(good, 7), (std::vector<float>{1, 2, 3, 3, 3, 3, 3}));
+  EXPECT_FALSE(rle_fits(good.data(), good.size(), 6));
+  EXPECT_FALSE(rle_fits(good.data(), good.size(), 8));
+  // All but the count of 0 at the end is needed.
+  for (std::size_t cut = 0; cut < good.size() - 4; ++cut)
+    EXPECT_FALSE(rle_fits(good.data(), cut, 7)) << cut;
+
+  const std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
+  const std::string huge = Bytes().i32({lowest}).f32({3}).i32({lowest}).f32({3}).text();
+  EXPECT_FALSE(rle_fits(huge.data(), huge.size(), 0));
+  EXPECT_TRUE(rle_fits(huge.data(), huge.size(), std::uint64_t{1} << 32));
+  const std::string literal = Bytes().i32({std::numeric_limits<std::int32_t>::max(), 1}).text();
+  EXPECT_FALSE(rle_fits(literal.data(), literal.size(), 0x7fffffff));
+}
+
+}  // namespace
+}  // namespace nbx

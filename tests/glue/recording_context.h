@@ -1,0 +1,66 @@
+// A program round a command that keeps what the user would see.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "host/document_error.h"
+#include "host/document_reader.h"
+#include "host/interface/command_data.h"
+#include "host/small_host.h"
+
+namespace nbx::test {
+
+class RecordingContext final : public host::CommandContext {
+ public:
+  explicit RecordingContext(const host::SmallHost& host) : host_(host) {}
+
+  std::unique_ptr<host::BaseDocument> LoadDocument(const host::Filename& path) override try {
+    auto document = host::ReadDocumentFile(path.path, host_.Classes());
+    document->Open();
+    return document;
+  } catch (const host::DocumentError& error) {
+    Error(error.what());
+    return nullptr;
+  }
+  bool SaveDocument(const host::BaseDocument&, const host::Filename&) override { return false; }
+  host::BaseObject* FindObject(host::BaseDocument& document, std::int32_t type) override {
+    for (host::BaseObject* o = document.GetFirstObject(); o; o = o->GetNext())
+      if (o->GetType() == type) return o;
+    return nullptr;
+  }
+  int Interrupts() const override { return interrupts; }
+  void Error(const std::string& text) override { errors.push_back(text); }
+  void Warning(const std::string& text) override { warnings.push_back(text); }
+  void Note(const std::string&) override {}
+  void Progress(const std::string& text, bool) override {
+    if (on_progress) on_progress(text);
+  }
+  void Result(const std::string& line) override { results.push_back(line); }
+  void Event(const std::string& name, const host::EventFields& fields) override {
+    events.emplace_back(name, fields);
+    if (on_event) on_event(name);
+  }
+  bool Json() const override { return true; }
+
+  /// The values of one field of all events of a name.
+  template <class T>
+  std::vector<T> all(const std::string& event, const std::string& field) const {
+    std::vector<T> values;
+    for (const auto& [name, fields] : events)
+      for (const auto& [key, value] : fields)
+        if (name == event && key == field) values.push_back(std::get<T>(value));
+    return values;
+  }
+
+  std::vector<std::string> errors, warnings, results;
+  std::vector<std::pair<std::string, host::EventFields>> events;
+  std::function<void(const std::string&)> on_event, on_progress;
+  int interrupts = 0;
+
+ private:
+  const host::SmallHost& host_;
+};
+
+}  // namespace nbx::test

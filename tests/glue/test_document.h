@@ -1,0 +1,32 @@
+// Documents with the plug-in's classes, for tests of single parts of the glue.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "C4D/volume_object.h"
+#include "C4D/volume_tag.h"
+#include "host/document_reader.h"
+#include "host/small_host.h"
+
+namespace nbx::test {
+
+class TestDocument {
+ public:
+  explicit TestDocument(const std::string& objects) {
+    register_volume_object(host_);
+    register_volume_tag(host_);
+    document_ =
+        host::ReadDocument(R"({"fps": 25, "objects": [)" + objects + "]}", "/", host_.Classes());
+    document_->Open();
+  }
+  host::BaseDocument& operator*() { return *document_; }
+  host::BaseDocument* operator->() { return document_.get(); }
+  host::BaseObject& object(const std::string& name) { return *document_->FindByName(name).at(0); }
+
+ private:
+  host::SmallHost host_;
+  std::unique_ptr<host::Document> document_;
+};
+
+}  // namespace nbx::test

@@ -1,0 +1,276 @@
+// The whole road through the plug-in: a scene goes in, frames and pictures come out.
+#include <QImage>
+
+#include <dlfcn.h>
+
+#include "cache/cache_info.h"
+#include "cache/frame_names.h"
+#include "cache/grid_type.h"
+#include "cache/sim_frame.h"
+#include "glue/recording_context.h"
+#include "host/plugin_module.h"
+#include "support/support.h"
+
+namespace nbx {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A ball of smoke above a closed floor, 24 x 40 x 20 voxels.
+const char* const kScene = R"({
+  "fps": 25, "start": 0, "end": 14,
+  "objects": [
+    {"type": "volume", "name": "smoke", "position": [0, 20, 0],
+     "parameters": {"size": [24, 40, 20], "voxel_size": 1, "closed_y_min": true,
+       "simulate_density": true, "cache_velocity": true, "buoyancy_density": 0,
+       "buoyancy_temperature": 600, "max_substeps": 2}},
+    {"type": "mesh", "name": "ball", "position": [0, 8, 0], "scale": [3, 3, 3],
+     "parameters": {"file": "SPHERE"},
+     "tags": [{"type": "emitter", "parameters": {"density": 1, "temperature": 1}}]}
+  ]})";
+
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
+  const std::size_t at = text.find(from);
+  EXPECT_NE(at, std::string::npos) << from;
+  if (at != std::string::npos) text.replace(at, from.size(), to);
+  return text;
+}
+
+class Plugin : public ::testing::Test {
+ protected:
+  Plugin() : module_(NBX_PLUGIN, host_) {}
+
+  std::string scene(const std::string& text = kScene) {
+    const std::string path = folder_.file("scene.json");
+    std::ofstream(path) << replaced(text, "SPHERE", NBX_SCENES "/meshes/sphere.obj");
+    return path;
+  }
+
+  int run(const std::string& verb, const host::CommandArguments& arguments) {
+    context_ = std::make_unique<test::RecordingContext>(host_);
+    if (prepare_context) prepare_context(*context_);
+    for (const auto& command : host_.Commands())
+      if (command.info.verb == verb) return command.data->Execute(arguments, *context_);
+    ADD_FAILURE() << "no command " << verb;
+    return -1;
+  }
+
+  host::CommandArguments simulate_arguments(const std::string& scene_path, int last,
+                                            const std::string& cache = "cache") {
+    host::CommandArguments arguments;
+    arguments.Add("scene", scene_path);
+    std::vector<std::int32_t> frames;
+    for (int f = 0; f <= last; ++f) frames.push_back(f);
+    if (last >= 0) arguments.AddFrames("frames", frames);
+    if (!cache.empty()) arguments.Add("cache", folder_.file(cache));
+    return arguments;
+  }
+
+  std::vector<std::string> frame_files(const std::string& cache = "cache") {
+    std::vector<std::string> paths;
+    for (const auto& [frame, name] : list_frames(folder_.file(cache)))
+      paths.push_back(folder_.file(cache + "/" + name));
+    return paths;
+  }
+
+  test::LogCapture log_;
+  test::TemporaryFolder folder_;
+  host::SmallHost host_;
+  host::PluginModule module_;
+  std::unique_ptr<test::RecordingContext> context_;
+  std::function<void(test::RecordingContext&)> prepare_context;
+};
+
+/// Height of the centre of a grid's content, and its sum.
+std::pair<double, double> height_and_sum(const std::string& path, int type) {
+  SimFrame frame;
+  EXPECT_TRUE(frame.load(path));
+  const FieldHandle grid = frame.grid(type);
+  double height = 0, sum = 0;
+  for (int z = 0; z < grid->nz(); ++z)
+    for (int y = 0; y < grid->ny(); ++y)
+      for (int x = 0; x < grid->nx(); ++x) {
+        sum += (*grid)(x, y, z);
+        height += y * (*grid)(x, y, z);
+      }
+  return {height / sum, sum};
+}
+
+TEST_F(Plugin, SceneBecomesFramesAndAPicture) {
+  ASSERT_EQ(run("simulate", simulate_arguments(scene(), -1)), host::kDone);
+  EXPECT_TRUE(context_->errors.empty());
+  EXPECT_EQ(context_->all<std::int64_t>("frame", "frame").size(), 15u);
+  const auto files = frame_files();
+  ASSERT_EQ(files.size(), 15u);
+
+  // The smoke starts at the ball's height (cell 8, ghost layer counted), and rises.
+  const auto [start, sum] = height_and_sum(files.front(), kGridDensity);
+  EXPECT_NEAR(start, 8.5, 0.5);
+  EXPECT_GT(sum, 100);
+  const auto [end, more] = height_and_sum(files.back(), kGridDensity);
+  EXPECT_GT(end, start + 2);
+  EXPECT_GT(more, 1.5 * sum);
+  // No gas moves through the floor.
+  SimFrame frame;
+  ASSERT_TRUE(frame.load(files.back()));
+  EXPECT_EQ(frame.frameTime.frame(), 14);
+  const FieldHandle v = frame.grid(kGridVelocityY);
+  for (int z = 1; z <= 20; ++z)
+    for (int x = 1; x <= 24; ++x) ASSERT_EQ((*v)(x, 1, z), 0);
+
+  host::CommandArguments info;
+  info.Add("path", folder_.file("cache"));
+  info.AddFlag("values");
+  EXPECT_EQ(run("info", info), host::kDone);
+  EXPECT_EQ(context_->all<std::int64_t>("cache", "frames"), std::vector<std::int64_t>{15});
+  EXPECT_EQ(context_->all<std::string>("grid", "channel").size(), 15u * 5);
+  for (std::int64_t nans : context_->all<std::int64_t>("grid", "nans")) EXPECT_EQ(nans, 0);
+
+  host::CommandArguments slice;
+  slice.Add("frame", files.back());
+  slice.Add("output", folder_.file("smoke.png"));
+  EXPECT_EQ(run("slice", slice), host::kDone);
+  const QImage picture(QString::fromStdString(folder_.file("smoke.png")));
+  EXPECT_EQ(picture.size(), QSize(24, 40));
+}
+
+TEST_F(Plugin, SameBytesForAnyNumberOfThreads) {
+  for (const char* threads : {"1", "2", "3"}) {
+    auto arguments = simulate_arguments(scene(), 6, threads);
+    arguments.Add("threads", threads);
+    ASSERT_EQ(run("simulate", arguments), host::kDone);
+  }
+  const auto one = frame_files("1");
+  ASSERT_EQ(one.size(), 7u);
+  for (const char* threads : {"2", "3"}) {
+    const auto many = frame_files(threads);
+    ASSERT_EQ(many.size(), one.size());
+    for (std::size_t i = 0; i < one.size(); ++i)
+      EXPECT_EQ(test::read_file(one[i]), test::read_file(many[i])) << threads << " " << many[i];
+  }
+}
+
+TEST_F(Plugin, SteadyStateAllocatesNoFields) {
+  ASSERT_EQ(run("simulate", simulate_arguments(scene(), 14)), host::kDone);
+  const auto allocations = context_->all<std::int64_t>("frame", "field_allocations");
+  ASSERT_EQ(allocations.size(), 15u);
+  EXPECT_GT(allocations[0], 0);
+  EXPECT_EQ(allocations[14], allocations[10]);
+}
+
+TEST_F(Plugin, InterruptsEndTheRunAtTheFrameOrAtOnce) {
+  // The first interrupt comes while a frame is under way: it is finished and stored.
+  prepare_context = [](test::RecordingContext& c) {
+    c.on_event = [&c](const std::string& event) {
+      if (event == "frame" && c.all<std::int64_t>("frame", "frame").back() == 3) c.interrupts = 1;
+    };
+  };
+  EXPECT_EQ(run("simulate", simulate_arguments(scene(), 14)), host::kInterrupted);
+  EXPECT_EQ(frame_files().size(), 4u);
+  EXPECT_EQ(context_->all<std::string>("end", "outcome"), std::vector<std::string>{"interrupted"});
+
+  prepare_context = [](test::RecordingContext& c) {
+    c.on_progress = [&c](const std::string& line) {
+      if (line.find("substep") != std::string::npos) c.interrupts = 2;
+    };
+  };
+  // Large enough that progress is shown within a frame.
+  const auto large = replaced(kScene, "\"voxel_size\": 1", "\"voxel_size\": 0.25");
+  EXPECT_EQ(run("simulate", simulate_arguments(scene(large), 14, "at_once")), host::kInterrupted);
+  const auto files = frame_files("at_once");
+  ASSERT_FALSE(files.empty());
+  EXPECT_LT(files.size(), 15u);
+  for (const std::string& file : files) EXPECT_TRUE(read_frame_file_info(file, true).good());
+}
+
+TEST_F(Plugin, LostFramesDontEndTheRun) {
+  ASSERT_EQ(run("simulate", simulate_arguments(scene(), 6)), host::kDone);
+  const auto files = frame_files();
+  const std::string first = test::read_file(files[0]);
+  // Something that no file can replace stands where frame 3 goes.
+  fs::remove(files[3]);
+  fs::create_directories(files[3] + "/in/the/way");
+  EXPECT_EQ(run("simulate", simulate_arguments(scene(), 6)), host::kFailed);
+  ASSERT_EQ(context_->errors.size(), 1u);
+  EXPECT_NE(context_->errors[0].find("frame 3 is not stored: "), std::string::npos);
+  EXPECT_EQ(context_->all<bool>("frame", "stored"),
+            (std::vector<bool>{true, true, true, false, true, true, true}));
+  EXPECT_EQ(test::read_file(files[0]), first);
+  int entries = 0;
+  for ([[maybe_unused]] const auto& entry : fs::directory_iterator(folder_.file("cache")))
+    ++entries;
+  EXPECT_EQ(entries, 7) << "something was left behind";
+}
+
+TEST_F(Plugin, BadInputIsRefusedWithOneLineAndNothingWritten) {
+  const struct {
+    const char *from, *to, *message;
+  } cases[] = {
+      {"\"voxel_size\": 1", "\"voxel_size\": 0", "voxel_size must be above 0"},
+      {"\"voxel_size\": 1", "\"voxel_size\": -1", "voxel_size"},
+      {"\"voxel_size\": 1", "\"voxel_size\": 1e-3", "of memory"},
+      {"\"voxel_size\": 1", "\"voxel_size\": 1e-12", "voxels along x"},
+      {"\"voxel_size\": 1", "\"voxel_size\": 1e-300", "voxels along x"},
+      {"\"voxel_size\": 1", "\"voxl_size\": 1", "voxel_size"},
+      {"\"simulate_density\": true", "\"simulate_density\": \"yes\"", "simulate_density"},
+      {"\"end\": 14", "\"end\": 14, \"preview_start\": 9, \"preview_end\": 3", "preview"},
+      {"sphere.obj", "nothing.obj", "nothing.obj"},
+  };
+  for (const auto& c : cases) {
+    const std::string path = scene();
+    const std::string text = test::read_file(path);
+    std::ofstream(path) << replaced(text, c.from, c.to);
+    EXPECT_EQ(run("simulate", simulate_arguments(path, -1)), host::kBadInput) << c.to;
+    ASSERT_EQ(context_->errors.size(), 1u) << c.to;
+    EXPECT_NE(context_->errors[0].find(c.message), std::string::npos) << context_->errors[0];
+    EXPECT_EQ(context_->errors[0].find('\n'), std::string::npos);
+    EXPECT_FALSE(fs::exists(folder_.file("cache"))) << c.to;
+  }
+
+  auto strided = simulate_arguments(scene(), -1);
+  strided.AddFrames("frames", {0, 2, 4});
+  EXPECT_EQ(run("simulate", strided), host::kBadInput);
+  auto device = simulate_arguments(scene(), -1);
+  device.Add("device", "7");
+  EXPECT_EQ(run("simulate", device), host::kBadInput);
+  std::ofstream(folder_.file("cache")) << "a file";
+  EXPECT_EQ(run("simulate", simulate_arguments(scene(), -1)), host::kBadInput);
+  EXPECT_EQ(test::read_file(folder_.file("cache")), "a file");
+
+  host::CommandArguments info;
+  info.Add("path", folder_.file("cache"));
+  EXPECT_EQ(run("info", info), host::kBadInput);
+  host::CommandArguments slice;
+  slice.Add("frame", folder_.file("cache"));
+  slice.Add("output", folder_.file("smoke.png"));
+  EXPECT_EQ(run("slice", slice), host::kBadInput);
+  EXPECT_FALSE(fs::exists(folder_.file("smoke.png")));
+}
+
+TEST(PluginEntry, LooksAtTheHostsVersion) {
+  void* library = dlopen(NBX_PLUGIN, RTLD_NOW);
+  ASSERT_NE(library, nullptr) << dlerror();
+  const auto entry = reinterpret_cast<host::PluginEntry>(dlsym(library, "c4d_main"));
+  ASSERT_NE(entry, nullptr);
+  EXPECT_EQ(entry(host::kActionLoad, nullptr, nullptr, nullptr), -3);
+  for (const auto& [version, loads, sets_up] :
+       {std::tuple{11499, -3, -1}, {11500, 1, 1}, {11999, 1, 1}, {12000, 1, -1}}) {
+    host::SmallHost small;
+    const std::size_t commands = small.Commands().size();
+    host::HostFunctions functions{version, &small};
+    EXPECT_EQ(entry(host::kActionLoad, &functions, nullptr, nullptr), loads) << version;
+    void* const set_up = reinterpret_cast<void*>(std::intptr_t{host::kMessageSetUp});
+    EXPECT_EQ(entry(host::kActionMessage, set_up, nullptr, nullptr), sets_up) << version;
+    if (sets_up < 0) {
+      EXPECT_EQ(entry(host::kActionStart, nullptr, nullptr, nullptr), 0);
+    }
+    EXPECT_EQ(small.Commands().size(), commands);
+    entry(host::kActionEnd, nullptr, nullptr, nullptr);
+  }
+  EXPECT_EQ(entry(host::kActionAskApi, nullptr, nullptr, nullptr), 3);
+  EXPECT_EQ(entry(77, nullptr, nullptr, nullptr), -1);
+  dlclose(library);
+}
+
+}  // namespace
+}  // namespace nbx

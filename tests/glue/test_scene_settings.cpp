@@ -1,0 +1,141 @@
+#include "C4D/host_conversion.h"
+#include "C4D/scene_settings.h"
+#include "C4D/simulation_driver.h"
+#include "C4D/volume_grid.h"
+#include "C4D/workspace.h"
+#include "glue/test_document.h"
+#include "support/support.h"
+#include "util/exception.h"
+
+namespace nbx {
+namespace {
+
+std::string volume(const std::string& parameters, const std::string& rest = "") {
+  return R"({"type": "volume", "name": "v", "parameters": {)" + parameters + "}" + rest + "}";
+}
+
+void expect_near(const Vec3d& a, const Vec3d& b) {
+  for (int i = 0; i < 3; ++i) EXPECT_NEAR(a[i], b[i], 1e-9) << "axis " << i;
+}
+
+TEST(VolumeGrid, CentresOfCellsLieAtIntegers) {
+  test::TestDocument document(
+      volume(R"("size": [10, 8, 6], "voxel_size": 2)", R"(, "position": [100, 50, -20])"));
+  const VolumeGrid grid = volume_grid(document.object("v"), 2);
+  // x: -5 .. 5 in voxels of 2 reaches from -3 to 3, y: -4 .. 4 from -2 to 2, z: -3 .. 3 from -2
+  // to 2.
+  EXPECT_EQ(grid.dims(), Vec3i(6, 4, 4));
+  expect_near(grid.world_to_grid(Vec3d(100 - 6 + 1, 50 - 4 + 1, -20 + 4 - 1)), {0, 0, 0});
+  expect_near(grid.world_to_grid(Vec3d(100 + 6 - 1, 50 + 4 - 1, -20 - 4 + 1)), {5, 3, 3});
+
+  // A turn of a quarter about y brings the object's x to -z: the cells turn along.
+  test::TestDocument turned(volume(R"("size": [10, 8, 6])", R"(, "rotation": [90, 0, 0])"));
+  const VolumeGrid t = volume_grid(turned.object("v"), 1);
+  EXPECT_EQ(t.dims(), Vec3i(10, 8, 6));
+  const Vec3d x_end = to_vector(turned.object("v").GetMg() * host::Vector{4.5, 0, 0});
+  EXPECT_NEAR(std::abs(x_end[2]), 4.5, 1e-9);
+  EXPECT_NEAR(t.world_to_grid(x_end)[0], 9, 1e-9);
+}
+
+TEST(VolumeGrid, SmallestAndImpossibleDomains) {
+  test::TestDocument flat(volume(R"("size": [0, 1, 1e9])"));
+  const VolumeGrid grid = volume_grid(flat.object("v"), 1);
+  EXPECT_EQ(grid.dims()[0], 2);
+  EXPECT_NE(what_is_wrong(grid).find("along z"), std::string::npos);
+  EXPECT_NE(what_is_wrong(volume_grid(flat.object("v"), 0)).find("along y"), std::string::npos);
+  EXPECT_TRUE(what_is_wrong(volume_grid(flat.object("v"), 1e4)).empty());
+}
+
+TEST(SceneSettings, WallsStandWhereTheHostHasThem) {
+  const struct {
+    const char* name;
+    host::Vector side;  // of a cube of 10 round the origin
+  } walls[] = {{"closed_x_min", {-5, 0, 0}}, {"closed_x_max", {5, 0, 0}},
+               {"closed_y_min", {0, -5, 0}}, {"closed_y_max", {0, 5, 0}},
+               {"closed_z_min", {0, 0, -5}}, {"closed_z_max", {0, 0, 5}}};
+  for (const auto& wall : walls) {
+    test::TestDocument document(
+        volume(R"("size": [10, 10, 10], ")" + std::string(wall.name) + R"(": true)"));
+    SimSettings s;
+    read_step_settings(s, document.object("v"), 0);
+    EXPECT_EQ(s.domain_box.size(), Vec3i(10, 10, 10));
+    const Vec3d cell = s.world_to_grid(to_vector(wall.side));
+    for (int face = 0; face < 6; ++face) {
+      const double coordinate = face % 2 == 0 ? -0.5 : 9.5;
+      EXPECT_EQ(s.face_closed[static_cast<std::size_t>(face)] == 1,
+                std::abs(cell[face / 2] - coordinate) < 1e-9)
+          << wall.name << " " << face;
+    }
+  }
+}
+
+TEST(SceneSettings, ChannelsAndRates) {
+  test::TestDocument document(
+      volume(R"("simulate_density": true, "cache_temperature": false, "cache_velocity": true,
+                "decay_density": 1, "buoyancy_temperature": 250, "time_scale": 0,
+                "direction_temperature": [0, 3, 4], "advect_cubic": true)"));
+  SimSettings s;
+  read_run_settings(s, document.object("v"));
+  EXPECT_EQ(s.simulated_channels, (std::set<int>{kDensity, kTemperature}));
+  EXPECT_EQ(s.cached_channels, (std::set<int>{kDensity, kVelocity}));
+  EXPECT_EQ(s.interp_points, 4);
+  read_step_settings(s, document.object("v"), 0);
+  EXPECT_EQ(s.channel_params[kDensity].decay, 0.999999);
+  EXPECT_EQ(s.channel_params[kTemperature].buoyancy, 2.5);
+  expect_near(s.channel_params[kTemperature].direction, {0, 0.6, -0.8});
+  EXPECT_EQ(s.time_scale, 1e-6);
+}
+
+TEST(SceneSettings, MovingDomainFeelsWind) {
+  // 50 units in a second: 0.5 simulation units per second along x and z.
+  const std::string moves = R"(, "keyframes": {"position": [[0, [0, 0, 0]], [25, [50, 0, 50]]]})";
+  SimSettings s;
+  s.sim_time.length = {1, 25};
+  s.frame_duration = 0.04;
+  test::TestDocument document(volume(R"("wind_speed": 30)", moves));
+  const host::BaseTime before = document->GetTime();
+  read_step_settings(s, document.object("v"), 0.04);
+  expect_near(s.wind_direction * s.wind_speed, {0.3 - 0.5, 0, 0.5});
+  EXPECT_EQ(document->GetTime(), before);
+  EXPECT_EQ(document.object("v").GetMg().off, host::Vector());
+  read_step_settings(s, document.object("v"), 0);
+  expect_near(s.wind_direction * s.wind_speed, {0.3, 0, 0});
+
+  test::TestDocument carried(volume(R"("wind_speed": 30, "wind_world": true)", moves));
+  read_step_settings(s, carried.object("v"), 0.04);
+  expect_near(s.wind_direction * s.wind_speed, {0.3, 0, 0});
+}
+
+TEST(SceneSettings, DomainThatGrowsBeyondAllBoundsThrows) {
+  test::TestDocument document(volume("", R"(, "keyframes": {"parameters.size":
+      [[0, [10, 10, 10]], [10, [1e12, 10, 10]]]})"));
+  SimSettings s;
+  read_step_settings(s, document.object("v"), 0);
+  evaluate(*document, 0.4);
+  EXPECT_THROW(read_step_settings(s, document.object("v"), 0), Exception);
+}
+
+TEST(RunRange, ModesOfTime) {
+  const auto range = [](const std::string& parameters) {
+    test::TestDocument document(volume(parameters));
+    const RunRange r = run_range(document.object("v"));
+    return std::pair(r.first, r.last);
+  };
+  EXPECT_EQ(range(R"("time_mode": "own_range", "time_start": 0.4, "time_end": 2)"),
+            std::pair(10, 50));
+  EXPECT_EQ(range(R"("time_mode": "document_range")"), std::pair(0, 100));
+}
+
+TEST(Workspace, CountsFieldsOfTheLargestSize) {
+  SimSettings s;
+  s.simulated_channels = {kDensity, kTemperature};
+  s.cached_channels = {kVelocity, kDensity};
+  // 2 channels, 11 of advection, 3 of velocity, 4 cached; the y axis is the shortest.
+  EXPECT_EQ(workspace_bytes(s, {10, 8, 9}), 20 * 4.0 * 12 * 11 * 11);
+  s.cache_direct = true;
+  EXPECT_EQ(workspace_bytes(s, {10, 8, 9}), 13 * 4.0 * 12 * 11 * 11);
+  EXPECT_GT(physical_memory(), resident_memory());
+}
+
+}  // namespace
+}  // namespace nbx

@@ -1,0 +1,161 @@
+// Keyframes, transforms and the world matrices that they add up to.
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "host/track.h"
+#include "host/transform.h"
+#include "tests/host/scene_support.h"
+
+namespace host::test {
+namespace {
+
+void ExpectNear(const Vector& a, const Vector& b) {
+  EXPECT_NEAR(a.x, b.x, 1e-12);
+  EXPECT_NEAR(a.y, b.y, 1e-12);
+  EXPECT_NEAR(a.z, b.z, 1e-12);
+}
+
+double At(const Track& track, double frame) { return std::get<double>(track.Evaluate(frame)); }
+
+TEST(Animation, LinearTracksHoldAtTheirEnds) {
+  const Track track{Interpolation::Linear, {{-10, 1.0}, {0, 3.0}, {5, -2.0}}};
+  const double cases[][2] = {{-1e9, 1}, {-10, 1}, {-5, 2}, {0, 3}, {1, 2}, {5, -2}, {1e9, -2}};
+  for (const auto& [frame, value] : cases) EXPECT_DOUBLE_EQ(At(track, frame), value) << frame;
+  const Track one{Interpolation::Linear, {{3, 7.0}}};
+  EXPECT_EQ(At(one, -1), 7);
+  EXPECT_EQ(At(one, 4), 7);
+}
+
+TEST(Animation, SmoothTracksPassTheirKeysAndStayBetweenThem) {
+  const Track two{Interpolation::Smooth, {{0, 0.0}, {10, 1.0}}};
+  // With level ends the cubic is 3 t^2 - 2 t^3.
+  for (int i = 0; i <= 10; ++i) EXPECT_NEAR(At(two, i), i * i * (3 - 0.2 * i) / 100, 1e-15) << i;
+
+  const Track many{Interpolation::Smooth, {{0, 0.0}, {1, 5.0}, {4, 5.5}, {5, -1.0}, {9, -1.0}}};
+  for (std::size_t i = 0; i + 1 < many.keys.size(); ++i) {
+    const double p0 = std::get<double>(many.keys[i].value);
+    const double p1 = std::get<double>(many.keys[i + 1].value);
+    const double f0 = many.keys[i].frame, f1 = many.keys[i + 1].frame;
+    EXPECT_EQ(At(many, f0), p0);
+    double last = p0;
+    for (int s = 1; s <= 50; ++s) {
+      const double value = At(many, f0 + (f1 - f0) * s / 50);
+      EXPECT_GE((value - last) * (p1 - p0), -1e-14) << "turns back between keys " << i;
+      last = value;
+    }
+    // No kink at a key: the slopes at both sides agree.
+    const double h = 1e-6;
+    EXPECT_NEAR((At(many, f1 + h) - p1) / h, (p1 - At(many, f1 - h)) / h, 1e-4) << i;
+  }
+}
+
+TEST(Animation, OtherKindsHoldUntilTheNextKey) {
+  const Track track{Interpolation::Linear, {{0, std::int32_t{1}}, {10, std::int32_t{5}}}};
+  EXPECT_EQ(std::get<std::int32_t>(track.Evaluate(9.99)), 1);
+  EXPECT_EQ(std::get<std::int32_t>(track.Evaluate(10)), 5);
+}
+
+TEST(Animation, RotationsTurnAxisIntoAxis) {
+  // Heading z to x, pitch y to z, bank x to y.
+  EXPECT_EQ(ToMatrix({{}, {90, 0, 0}, {1, 1, 1}}).v3, (Vector{1, 0, 0}));
+  EXPECT_EQ(ToMatrix({{}, {0, 90, 0}, {1, 1, 1}}).v2, (Vector{0, 0, 1}));
+  EXPECT_EQ(ToMatrix({{}, {0, 0, -270}, {1, 1, 1}}).v1, (Vector{0, 1, 0}));
+  // Bank first, then pitch, then heading: x goes to y, then z, then x; scaled before all that.
+  const Matrix m = ToMatrix({{5, 6, 7}, {90, 90, 90}, {2, 3, 4}});
+  EXPECT_EQ(m * (Vector{1, 0, 0}), (Vector{7, 6, 7}));
+  const Matrix skew = ToMatrix({{}, {33, -71, 128}, {1, 1, 1}});
+  EXPECT_NEAR(Determinant(skew), 1, 1e-14);
+  EXPECT_NEAR(Dot(skew.v1, skew.v2), 0, 1e-15);
+  EXPECT_NEAR(skew.v3.y, -std::sin(-71 * M_PI / 180), 1e-15);
+}
+
+TEST(Animation, WorldMatricesFollowTheParentsKeyframes) {
+  const auto document = ReadObjects(R"({"type": "null", "scale": [2, 2, 2],
+    "keyframes": {"position": [[0, [0, 0, 0]], [25, [100, 0, 0]]],
+                  "rotation": [[0, [0, 0, 0]], [25, [180, 0, 0]]]},
+    "children": [{"type": "null", "position": [0, 0, 10],
+      "children": [{"type": "box", "position": [1, 0, 0],
+        "keyframes": {"parameters.edge_length": [[0, 1], [50, 3]], "parameters.active":
+          [[0, false], [25, true]]},
+        "tags": [{"type": "source", "keyframes": {"parameters.amount": [[0, 0], [25, 50]]}}]}]}]})");
+  document->Open();
+  SceneObject* box = document->GetFirstObject()->GetDown()->GetDown();
+  const struct {
+    std::int32_t frame;
+    Vector place;
+    double edge, amount;
+    bool active;
+  } cases[] = {
+      {0, {2, 0, 20}, 1, 0, false},
+      // Turned by 180 degrees: z to -z, x to -x.
+      {25, {100 - 2, 0, -20}, 2, 50, true},
+      {75, {100 - 2, 0, -20}, 3, 50, true},
+  };
+  for (const auto& c : cases) {
+    GoToFrame(*document, c.frame);
+    ExpectNear(box->GetMg().off, c.place);
+    EXPECT_EQ(box->GetDataInstance().GetReal(test_plugin::kSize), c.edge) << c.frame;
+    EXPECT_EQ(box->GetDataInstance().GetBool(test_plugin::kActive), c.active) << c.frame;
+    EXPECT_EQ(box->GetFirstTag()->GetDataInstance().GetReal(test_plugin::kAmount), c.amount);
+  }
+  // Between frames, as substeps are: half the way, where z has gone to x, and x to -z.
+  document->SetTime(BaseTime::FromSeconds(0.5));
+  document->ExecutePasses(nullptr, true, true, true);
+  ExpectNear(box->GetMg().off, Vector{50 + 20, 0, -2});
+  box->GetFirstTag()->ScaleKeys(test_plugin::kAmount, 0.1);
+  GoToFrame(*document, 25);
+  EXPECT_EQ(box->GetFirstTag()->GetDataInstance().GetReal(test_plugin::kAmount), 5);
+}
+
+TEST(Animation, ABreakStopsTheEvaluation) {
+  class Stopped final : public C4DThread {
+   public:
+    ~Stopped() override { End(true); }
+    std::string GetThreadName() const override { return "stopped"; }
+
+   private:
+    void Main() override {}
+  } thread;
+  const auto document = ReadObjects(R"({"type": "null"})");
+  EXPECT_TRUE(document->ExecutePasses(&thread, true, true, true));
+  thread.End(false);
+  EXPECT_FALSE(document->ExecutePasses(&thread, true, true, true));
+}
+
+TEST(Animation, MistakesOfKeyframesAreToldWithTheirPlace) {
+  const struct {
+    const char *text, *message;
+  } mistakes[] = {
+      {R"("keyframes": {"postion": []})",
+       ".keyframes: unknown track \"postion\", did you mean \"position\"?"},
+      {R"("keyframes": {"parameters.edge": []})", ".keyframes: unknown track \"parameters.edge\""},
+      {R"("keyframes": {"parameters.label": [[0, "a"]]})",
+       ".keyframes: unknown track \"parameters.label\""},
+      {R"("keyframes": {"position": []})",
+       ".keyframes.position: expected at least one key [frame, value]"},
+      {R"("keyframes": {"position": [[0, [0, 0, 0]], [0, [1, 0, 0]]]})",
+       ".keyframes.position[1]: the frames of keys must ascend"},
+      {R"("keyframes": {"position": [[0, 1]]})",
+       ".keyframes.position[0][1]: expected a vector [x, y, z], found 1"},
+      {R"("keyframes": {"scale": [[0, [1, 1, 0]]]})",
+       ".keyframes.scale[0][1]: no component may be 0"},
+      {R"("keyframes": {"rotation": {"interpolation": "wild", "keys": [[0, [0, 0, 0]]]}})",
+       ".keyframes.rotation.interpolation: unknown choice \"wild\", choose linear or smooth"},
+      {R"("keyframes": {"parameters.edge_length": [[0, 1], [1, 0]]})",
+       ".keyframes.parameters.edge_length[1][1]: 0 is below 0.5"},
+      {R"("position": [0, 0, 0], "keyframes": {"position": [[0, [0, 0, 0]]]})",
+       ".position: there are keyframes too; leave one of them out"},
+      {R"("parameters": {"steps": 3}, "keyframes": {"parameters.steps": [[0, 1]]})",
+       ".keyframes.parameters.steps: the parameter has a value and keyframes; leave one of them "
+       "out"},
+  };
+  for (const auto& [text, message] : mistakes)
+    EXPECT_EQ(ErrorOf([&, t = text] {
+                ReadObjects(std::string(R"({"type": "box", )") + t + "}");
+              }).substr(0, std::string("objects[0]").size() + std::string(message).size()),
+              std::string("objects[0]") + message);
+}
+
+}  // namespace
+}  // namespace host::test

@@ -1,0 +1,150 @@
+// Values that come from the command line: frame ranges and parameters.
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "host/document_writer.h"
+#include "host/frame_range.h"
+#include "host/overrides.h"
+#include "tests/host/scene_support.h"
+
+namespace host::test {
+namespace {
+
+TEST(FrameRange, ListsFramesOnceAndInOrder) {
+  const struct {
+    const char* text;
+    std::vector<std::int32_t> frames;
+  } cases[] = {
+      {"7", {7}},
+      {"-7", {-7}},
+      {"0-3", {0, 1, 2, 3}},
+      {"3-3", {3}},
+      {"0-7x3", {0, 3, 6}},
+      {"0-6x3", {0, 3, 6}},
+      {"1-2x100", {1}},
+      {"-5--1", {-5, -4, -3, -2, -1}},
+      {"-1-1", {-1, 0, 1}},
+      {"9-12,1,5,10-11", {1, 5, 9, 10, 11, 12}},
+      {"9999999-10000000", {9999999, 10000000}},
+  };
+  for (const auto& [text, frames] : cases) {
+    std::string error = "not cleared";
+    EXPECT_EQ(ParseFrames(text, error), frames) << text;
+    EXPECT_EQ(error, "") << text;
+  }
+}
+
+TEST(FrameRange, RefusesAllElse) {
+  const char* const malformed[] = {"",         ",",
+                                   "a",        "1-",
+                                   "-",        "1,",
+                                   "1,,2",     "1-2x",
+                                   "1x2",      " 1",
+                                   "1 ",       "1-2-3",
+                                   "1.5",      "+1",
+                                   "10000001", "99999999999999999999",
+                                   "1-2x3x4",  "0-99999999999"};
+  std::string error;
+  for (const char* text : malformed) {
+    EXPECT_TRUE(ParseFrames(text, error).empty()) << text;
+    EXPECT_NE(error.find("is not a frame range"), std::string::npos) << text;
+  }
+  EXPECT_TRUE(ParseFrames("5-4", error).empty());
+  EXPECT_EQ(error, "ends before it begins");
+  EXPECT_TRUE(ParseFrames("1-4x0", error).empty());
+  EXPECT_EQ(error, "has a step below 1");
+}
+
+const char* const kTwoBoxes = R"(
+  {"type": "box", "name": "A.1", "tags": [{"type": "source"}, {"type": "source"}],
+   "keyframes": {"parameters.edge_length": [[0, 1], [10, 9]]}},
+  {"type": "null", "name": "B", "children": [{"type": "box", "name": "C"}]})";
+
+/// Edges of the two boxes, and the amounts of the first one's tags.
+std::vector<double> Numbers(const Document& document) {
+  const auto objects = document.AllObjects();
+  const BaseTag* tag = objects[0]->GetFirstTag();
+  return {objects[0]->GetDataInstance().GetReal(test_plugin::kSize),
+          objects[2]->GetDataInstance().GetReal(test_plugin::kSize),
+          tag->GetDataInstance().GetReal(test_plugin::kAmount),
+          tag->GetNext()->GetDataInstance().GetReal(test_plugin::kAmount)};
+}
+
+TEST(Overrides, ReachTheNamedObjectsAndTheirTags) {
+  const struct {
+    std::vector<std::string> settings;
+    std::vector<double> numbers;
+  } cases[] = {
+      {{}, {1, 2, 0, 0}},
+      {{"A.1.edge_length=3"}, {3, 2, 0, 0}},
+      {{"C.edge_length=4", "C.edge_length=5"}, {1, 5, 0, 0}},
+      {{"*.edge_length=6"}, {6, 6, 0, 0}},
+      {{"A.1.amount=7"}, {1, 2, 7, 7}},
+      {{"*.amount=-8.5", "*.edge_length=1e2"}, {100, 100, -8.5, -8.5}},
+  };
+  for (const auto& [settings, numbers] : cases) {
+    const auto document = ReadObjects(kTwoBoxes);
+    ApplyOverrides(*document, settings);
+    document->Open();
+    EXPECT_EQ(Numbers(*document), numbers) << (settings.empty() ? "" : settings[0]);
+  }
+}
+
+TEST(Overrides, HoldForAllTimeAndAreSaved) {
+  const auto document = ReadObjects(kTwoBoxes);
+  ApplyOverrides(*document, {"A.1.edge_length=2"});
+  document->Open();
+  GoToFrame(*document, 10);
+  EXPECT_EQ(Numbers(*document)[0], 2);
+  EXPECT_FALSE(document->GetFirstObject()->IsAnimated(test_plugin::kSize));
+  // 2 is the default; what the user has set is written all the same.
+  EXPECT_NE(WriteDocument(*document, "/").find("\"edge_length\": 2.0"), std::string::npos);
+}
+
+TEST(Overrides, TakeEveryTypeOfValue) {
+  const auto document = ReadObjects(kTwoBoxes);
+  ApplyOverrides(*document, {"C.active=false", "C.steps=4", "C.mode=fancy", "C.wind=1,2.5,-3",
+                             "C.start=1.5", "C.label=a=b \"c\"", "C.folder=here", "C.target=A.1"});
+  const BaseContainer& data = document->FindByName("C")[0]->GetDataInstance();
+  EXPECT_FALSE(data.GetBool(test_plugin::kActive, true));
+  EXPECT_EQ(data.GetLong(test_plugin::kSteps), 4);
+  EXPECT_EQ(data.GetLong(test_plugin::kMode), 20);
+  EXPECT_EQ(data.GetVector(test_plugin::kWind), (Vector{1, 2.5, -3}));
+  EXPECT_EQ(data.GetTime(test_plugin::kStart), BaseTime(3, 2));
+  EXPECT_EQ(data.GetString(test_plugin::kLabel), "a=b \"c\"");
+  EXPECT_EQ(data.GetFilename(test_plugin::kFolder).path,
+            (std::filesystem::current_path() / "here").string());
+  EXPECT_EQ(data.GetLink(test_plugin::kTarget), document->GetFirstObject());
+  ApplyOverrides(*document, {"C.wind=[4, 5, 6]", "C.target="});
+  EXPECT_EQ(data.GetVector(test_plugin::kWind), (Vector{4, 5, 6}));
+  EXPECT_EQ(data.GetLink(test_plugin::kTarget), nullptr);
+}
+
+TEST(Overrides, MistakesAreToldWithTheSetting) {
+  const struct {
+    const char *setting, *message;
+  } mistakes[] = {
+      {"edge_length=3", "expected OBJECT.parameter=VALUE"},
+      {"A.1.edge_length", "expected OBJECT.parameter=VALUE"},
+      {".edge_length=1", "expected OBJECT.parameter=VALUE"},
+      {"C.=1", "expected OBJECT.parameter=VALUE"},
+      {"D.edge_length=1", "no object is named \"D\", did you mean \"B\"?"},
+      {"B.edge_length=1", "unknown parameter \"edge_length\""},
+      {"C.edge_lengh=1", "unknown parameter \"edge_lengh\", did you mean \"edge_length\"?"},
+      {"*.amuont=1", "unknown parameter \"amuont\", did you mean \"amount\"?"},
+      {"C.edge_length=0", "0 is below 0.5"},
+      {"C.edge_length=big", "expected a number, found \"big\""},
+      {"C.edge_length=", "expected a number, found \"\""},
+      {"C.wind=1,2", "expected 3 values, found 2"},
+      {"C.mode=other", "unknown choice \"other\", choose from plain, fancy"},
+  };
+  for (const auto& [setting, message] : mistakes) {
+    const auto document = ReadObjects(kTwoBoxes);
+    EXPECT_EQ(ErrorOf([&, s = setting] { ApplyOverrides(*document, {s}); }),
+              std::string("--set ") + setting + ": " + message);
+  }
+}
+
+}  // namespace
+}  // namespace host::test

@@ -1,0 +1,164 @@
+// Meshes from files: where they land, which side is outside, and what is said of bad ones.
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+#include "support/support.h"
+#include "tests/host/scene_support.h"
+
+namespace host::test {
+namespace {
+
+// A box from (0, 0, 0) to (1, 2, 3) of a right-handed space, outer sides counter-clockwise.
+const int kQuads[6][4] = {{0, 3, 2, 1}, {4, 5, 6, 7}, {0, 1, 5, 4},
+                          {2, 3, 7, 6}, {0, 4, 7, 3}, {1, 2, 6, 5}};
+const float kCorners[8][3] = {{0, 0, 0}, {1, 0, 0}, {1, 2, 0}, {0, 2, 0},
+                              {0, 0, 3}, {1, 0, 3}, {1, 2, 3}, {0, 2, 3}};
+
+std::string BoxObj() {
+  std::string text;
+  for (const auto& p : kCorners)
+    text += "v " + std::to_string(p[0]) + " " + std::to_string(p[1]) + " " + std::to_string(p[2]) +
+            "\n";
+  // Normals of their own for each side, so that the file has 24 different vertices.
+  for (int side = 0; side < 6; ++side) text += "vn 0 " + std::to_string(side) + " 1\n";
+  for (int side = 0; side < 6; ++side) {
+    text += "f";
+    for (const int corner : kQuads[side])
+      text += " " + std::to_string(corner + 1) + "//" + std::to_string(side + 1);
+    text += "\n";
+  }
+  return text;
+}
+
+std::string Base64(const std::string& bytes) {
+  const char* const digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string text;
+  for (std::size_t i = 0; i < bytes.size(); i += 3) {
+    unsigned bits = 0;
+    for (std::size_t k = 0; k < 3; ++k)
+      bits = bits << 8 | (i + k < bytes.size() ? static_cast<unsigned char>(bytes[i + k]) : 0U);
+    for (std::size_t k = 0; k < 4; ++k)
+      text += i + k <= bytes.size() ? digits[bits >> (18 - 6 * k) & 63] : '=';
+  }
+  return text;
+}
+
+/// The same box as glTF, under a node that moves or mirrors it.
+std::string BoxGltf(const std::string& node) {
+  std::string bytes(reinterpret_cast<const char*>(kCorners), sizeof kCorners);
+  for (const auto& q : kQuads)
+    for (const int corner : {0, 1, 2, 0, 2, 3}) {
+      const auto index = static_cast<std::uint16_t>(q[corner]);
+      bytes.append(reinterpret_cast<const char*>(&index), sizeof index);
+    }
+  return R"({"asset": {"version": "2.0"}, "scene": 0, "scenes": [{"nodes": [0]}],
+    "nodes": [{"mesh": 0, )" +
+         node + R"(}],
+    "meshes": [{"primitives": [{"attributes": {"POSITION": 0}, "indices": 1}]}],
+    "buffers": [{"byteLength": 168, "uri": "data:application/octet-stream;base64,)" +
+         Base64(bytes) + R"("}],
+    "bufferViews": [{"buffer": 0, "byteLength": 96},
+                    {"buffer": 0, "byteOffset": 96, "byteLength": 72}],
+    "accessors": [{"bufferView": 0, "componentType": 5126, "count": 8, "type": "VEC3",
+                   "min": [0, 0, 0], "max": [1, 2, 3]},
+                  {"bufferView": 1, "componentType": 5123, "count": 36, "type": "SCALAR"}]})";
+}
+
+/// A document with one mesh from a file of that name and text.
+std::unique_ptr<Document> OpenMesh(const nbx::test::TemporaryFolder& folder,
+                                   const std::string& name, const std::string& text,
+                                   const std::string& more = "") {
+  std::ofstream(folder.file(name), std::ios::binary) << text;
+  auto document = ReadObjects(
+      R"({"type": "mesh", "parameters": {"file": ")" + name + "\"" + more + "}}", folder.path());
+  document->Open();
+  return document;
+}
+
+/// Six times the volume that the polygons enclose; above 0 if their outer sides look outwards.
+double SixVolumes(const SceneObject& mesh) {
+  double sum = 0;
+  for (const CPolygon& p : mesh.polygons)
+    sum += Dot(mesh.points[static_cast<std::size_t>(p.a)],
+               Cross(mesh.points[static_cast<std::size_t>(p.b)],
+                     mesh.points[static_cast<std::size_t>(p.c)]));
+  return sum;
+}
+
+TEST(MeshFile, LandsInTheHostsSpaceWithItsOutsideOut) {
+  const std::string moved = R"("translation": [10, 20, 30])";
+  const std::string mirrored = R"("scale": [-1, 1, 1])";
+  const struct {
+    std::string name, text, more;
+    Vector low, high;
+  } cases[] = {
+      {"box.obj", BoxObj(), "", {0, 0, -3}, {1, 2, 0}},
+      {"box.obj", BoxObj(), ", \"file_scale\": 10", {0, 0, -30}, {10, 20, 0}},
+      {"box.gltf", BoxGltf(moved), "", {1000, 2000, -3300}, {1100, 2200, -3000}},
+      {"box.gltf", BoxGltf(moved), ", \"file_scale\": 1", {10, 20, -33}, {11, 22, -30}},
+      {"BOX.GLTF", BoxGltf(mirrored), "", {-100, 0, -300}, {0, 200, 0}},
+  };
+  nbx::test::TemporaryFolder folder;
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name + c.more);
+    const auto document = OpenMesh(folder, c.name, c.text, c.more);
+    const SceneObject& mesh = *document->GetFirstObject();
+    EXPECT_EQ(mesh.GetPointCount(), 8);
+    EXPECT_EQ(mesh.GetPolygonCount(), 12);
+    const Vector centre = mesh.GetMp(), radius = mesh.GetRad();
+    EXPECT_EQ(centre - radius, c.low);
+    EXPECT_EQ(centre + radius, c.high);
+    const Vector size = c.high - c.low;
+    EXPECT_NEAR(SixVolumes(mesh), 6 * size.x * size.y * size.z, 1e-9 * size.x * size.y * size.z);
+    for (const CPolygon& p : mesh.polygons) EXPECT_EQ(p.c, p.d);
+  }
+}
+
+TEST(MeshFile, LinesAndLoosePointsAreLeftOut) {
+  nbx::test::TemporaryFolder folder;
+  const auto document =
+      OpenMesh(folder, "mixed.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 9 9 9\nf 1 2 3\nl 1 4\n");
+  EXPECT_EQ(document->GetFirstObject()->GetPointCount(), 3);
+  EXPECT_EQ(document->GetFirstObject()->GetRad(), (Vector{0.5, 0.5, 0}));
+}
+
+TEST(MeshFile, MistakesNameTheFileAndTheCure) {
+  nbx::test::TemporaryFolder folder;
+  const std::string place = "objects[0].parameters.file: ";
+  const struct {
+    const char *name, *text, *message;
+  } mistakes[] = {
+      {"notes.txt", "no mesh at all", "can't be read as a mesh ("},
+      {"cut.glb", "glTF\2", "can't be read as a mesh ("},
+      {"empty.obj", "", "can't be read as a mesh ("},
+      {"points.obj", "v 0 0 0\nv 1 0 0\nl 1 2\n", "has no polygons; export it with its faces"},
+      {"nan.obj", "v 0 0 0\nv 1 nan 0\nv 0 1 0\nf 1 2 3\n", "has a point that isn't a finite"},
+      {"inf.ply",
+       "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+       "property float z\nelement face 1\nproperty list uchar int vertex_indices\nend_header\n"
+       "0 0 0\n1 inf 0\n0 1 0\n3 0 1 2\n",
+       "has a point that isn't a finite"},
+  };
+  for (const auto& [name, text, message] : mistakes) {
+    const std::string error = ErrorOf([&, n = name, t = text] { OpenMesh(folder, n, t); });
+    const std::string start = place + "\"" + folder.file(name) + "\" " + message;
+    EXPECT_EQ(error.substr(0, start.size()), start);
+    EXPECT_EQ(error.find('\n'), std::string::npos) << error;
+  }
+  const auto open = [&folder](const std::string& object) {
+    return ErrorOf([&] { ReadObjects(object, folder.path())->Open(); });
+  };
+  EXPECT_EQ(open(R"({"type": "mesh", "parameters": {"file": "none.obj"}})"),
+            place + "there is no file \"" + folder.file("none.obj") +
+                "\"; paths count from the scene's folder \"" + folder.path() + "\"");
+  EXPECT_EQ(open(R"({"type": "null", "children": [{"type": "mesh"}]})"),
+            "objects[0].children[0]: the mesh has no polygons; give parameters.file, or \"points\" "
+            "and \"polygons\"");
+  EXPECT_EQ(open(R"({"type": "mesh", "points": [[0, 0, 0]], "polygons": [[0, 0, 0]],
+                     "parameters": {"file": "a.obj"}})"),
+            "objects[0]: the mesh has a \"file\" and \"points\"; leave one of them out");
+}
+
+}  // namespace
+}  // namespace host::test

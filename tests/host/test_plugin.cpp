@@ -1,0 +1,150 @@
+#include "tests/host/test_plugin.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+namespace {
+
+using namespace host;
+
+HostServices* services = nullptr;
+std::string journal;
+
+/// What goes wrong, as the environment wants it: "refuse", "set-up", "start", "description".
+bool Fails(const std::string& what) {
+  const char* wanted = std::getenv("NBX_TEST_PLUGIN_FAILS");
+  return wanted && what == wanted;
+}
+
+class Box final : public ObjectData {
+ public:
+  ~Box() override { journal += "box freed\n"; }
+  bool Init(BaseList2D& node) override {
+    journal += "box init, size " + std::to_string(node.GetDataInstance().GetReal(1)) + "\n";
+    return true;
+  }
+  bool Message(BaseList2D& node, std::int32_t type, void*) override {
+    journal += node.GetName() + " message " + std::to_string(type) + "\n";
+    return type == kMessageDocumentLoaded;
+  }
+  void GetDimension(const BaseObject& object, Vector& centre, Vector& radius) const override {
+    const double half = object.GetDataInstance().GetReal(test_plugin::kSize) / 2;
+    centre = {0, half, 0};
+    radius = {half, half, half};
+  }
+};
+
+class Source final : public TagData {
+ public:
+  bool Init(BaseList2D&) override {
+    journal += "source init\n";
+    return true;
+  }
+};
+
+/// Tells what it sees of a scene, and what it was given.
+class Probe final : public CommandData {
+ public:
+  ~Probe() override { journal += "probe freed\n"; }
+  CommandInfo GetInfo() const override {
+    using enum CommonOption;
+    return {.verb = "probe",
+            .help = "Looks at a scene",
+            .options = {{.name = "scene",
+                         .value_name = "SCENE",
+                         .help = "the scene",
+                         .positional = true,
+                         .required = true},
+                        {.name = "axis",
+                         .type = OptionType::Choice,
+                         .value_name = "AXIS",
+                         .help = "x or y",
+                         .choices = {"x", "y"}},
+                        {.name = "gain",
+                         .type = OptionType::Real,
+                         .value_name = "FACTOR",
+                         .help = "a factor",
+                         .minimum = 0},
+                        {.name = "wait", .type = OptionType::Flag, .help = "for an interrupt"},
+                        {.name = "throw", .type = OptionType::Flag, .help = "an exception"}},
+            .common = {Frames, Object, Cache, Threads, Device, Set}};
+  }
+
+  int Execute(const CommandArguments& arguments, CommandContext& context) override {
+    if (arguments.Has("throw")) throw std::runtime_error("thrown by the probe");
+    const auto document = context.LoadDocument({arguments.GetString("scene")});
+    if (!document) return kBadInput;
+    BaseObject* box = context.FindObject(*document, test_plugin::kBox);
+    if (!box) return kBadInput;
+    std::string frames;
+    for (const std::int32_t frame : arguments.GetFrames("frames")) {
+      document->SetTime(BaseTime::FromFrame(frame, document->GetFps()));
+      document->ExecutePasses(nullptr, true, true, true);
+      frames += " " + std::to_string(frame);
+      context.Progress("frame " + std::to_string(frame), true);
+    }
+    const double edge = box->GetDataInstance().GetReal(test_plugin::kSize);
+    context.Result(box->GetName() + ", edge " + std::to_string(edge) + ", frames" + frames +
+                   ", gain " + std::to_string(arguments.GetReal("gain", 1)) + ", threads " +
+                   std::to_string(arguments.GetLong("threads", 1)));
+    context.Event("box", {{"name", box->GetName()}, {"edge", edge}});
+    if (arguments.Has("wait")) {
+      context.Note("waiting");
+      while (context.Interrupts() == 0) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+      return kInterrupted;
+    }
+    return kDone;
+  }
+};
+
+std::unique_ptr<ObjectData> MakeBox() { return std::make_unique<Box>(); }
+std::unique_ptr<TagData> MakeSource() { return std::make_unique<Source>(); }
+std::unique_ptr<CommandData> MakeProbe() { return std::make_unique<Probe>(); }
+
+bool Start() {
+  using namespace test_plugin;
+  services->GePrint("the test plug-in starts");
+  if (Fails("start")) return false;
+  ClassDescription box = BoxDescription();
+  if (Fails("description")) box.parameters[0].default_value = 2;
+  return services->RegisterCommandPlugin(kProbe, "Probe", MakeProbe) &&
+         services->RegisterObjectPlugin(kBox, "Box", MakeBox, box) &&
+         services->RegisterTagPlugin(kSource, "Source", MakeSource, SourceDescription()) &&
+         // What is taken already can't be registered again.
+         !services->RegisterObjectPlugin(kBox, "Box", MakeBox, SourceDescription()) &&
+         !services->RegisterCommandPlugin(kProbe + 1, "Probe", MakeProbe);
+}
+
+}  // namespace
+
+/// What has happened so far.
+extern "C" __attribute__((visibility("default"))) const char* test_plugin_journal() {
+  return journal.c_str();
+}
+
+extern "C" __attribute__((visibility("default"))) std::int32_t c4d_main(std::int32_t action,
+                                                                        void* p1, void* p2, void*) {
+  switch (action) {
+    case kActionLoad:
+      services = static_cast<HostFunctions*>(p1)->services;
+      journal = "load, path " +
+                std::string(static_cast<Filename*>(p2)->path.empty() ? "none" : "given") + "\n";
+      return Fails("refuse") ? -3 : 1;
+    case kActionStart:
+      return Start() ? 1 : 0;
+    case kActionEnd:
+      journal += "end\n";
+      return 1;
+    case kActionMessage: {
+      const auto id = reinterpret_cast<std::intptr_t>(p1);
+      journal += "message " + std::to_string(id) + "\n";
+      return id == kMessageSetUp && !Fails("set-up") ? 1 : -1;
+    }
+    default:
+      return -1;
+  }
+}

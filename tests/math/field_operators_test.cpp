@@ -1,0 +1,115 @@
+#include "math/field_operators.h"
+
+#include <functional>
+
+#include "math/mfield_operations.h"
+#include "support/support.h"
+#include "util/exception.h"
+
+namespace nbx {
+
+namespace {
+
+constexpr float kA = 0.75f, kB = -1.5f;
+
+struct Case {
+  const char* name;
+  std::function<void(Field<float>&, const Field<float>&, const Field<float>&)> run;
+  std::function<float(float, float)> expected;
+};
+
+using F = Field<float>;
+const Case cases[] = {
+    {"set", [](F& d, const F&, const F&) { set(d, kA); }, [](float, float) { return kA; }},
+    {"max_a_x", [](F& d, const F& x, const F&) { max_a_x(d, kA, x); },
+     [](float x, float) { return x > kA ? x : kA; }},
+    {"min_a_x", [](F& d, const F& x, const F&) { min_a_x(d, kA, x); },
+     [](float x, float) { return x < kA ? x : kA; }},
+    {"scal", [](F& d, const F& x, const F&) { scal(d, kA, x); },
+     [](float x, float) { return kA * x; }},
+    {"add", [](F& d, const F& x, const F&) { add(d, x, kA); },
+     [](float x, float) { return x + kA; }},
+    {"add_max0", [](F& d, const F& x, const F&) { add_max0(d, x, kA); },
+     [](float x, float) { return x + kA > 0 ? x + kA : 0; }},
+    {"max_ax_y", [](F& d, const F& x, const F& y) { max_ax_y(d, kA, x, y); },
+     [](float x, float y) { return kA * x > y ? kA * x : y; }},
+    {"axpy", [](F& d, const F& x, const F& y) { axpy(d, kA, x, y); },
+     [](float x, float y) { return kA * x + y; }},
+    {"axpby", [](F& d, const F& x, const F& y) { axpby(d, kA, x, kB, y); },
+     [](float x, float y) { return kA * x + kB * y; }},
+    {"clamp",
+     [](F& d, const F& x, const F&) {
+       d.copy(x);
+       clamp(d, kB, kA);
+     },
+     [](float x, float) { return x < kB   ? kB
+                                 : x > kA ? kA
+                                          : x; }},
+};
+
+}  // namespace
+
+TEST(FieldOperators, ActOnEveryElement) {
+  const test::ThreadCount threads(3);
+  // Below, at and above the sizes at which vectors, blocks and threads begin.
+  for (const int n : {0, 1, 3, 4, 7, 16383, 16385, 65535, 65536, 100003}) {
+    F x(n, 1, 1), y(1, n, 1), dst(1, 1, n);
+    test::fill_random(x, 1, -3, 3);
+    test::fill_random(y, 2, -3, 3);
+    for (const Case& c : cases) {
+      c.run(dst, x, y);
+      int wrong = 0;
+      for (std::size_t i = 0; i < dst.count(); ++i) wrong += dst[i] != c.expected(x[i], y[i]);
+      EXPECT_EQ(wrong, 0) << c.name << " of " << n;
+    }
+  }
+}
+
+TEST(FieldOperators, WorkInPlace) {
+  F x(5, 5, 3), y(5, 5, 3), expected(5, 5, 3);
+  test::fill_random(x, 1);
+  test::fill_random(y, 2);
+  axpy(expected, kA, x, y);
+  axpy(y, kA, x, y);
+  EXPECT_TRUE(test::same_bits(y, expected));
+  scal(expected, kA, x);
+  scal(x, kA, x);
+  EXPECT_TRUE(test::same_bits(x, expected));
+}
+
+TEST(FieldOperators, CheckAlignmentThenCount) {
+  alignas(16) float memory[20] = {};
+  F dst(4, 4, 1), x(2, 8, 1), small(3, 5, 1);
+  F shifted = F::view(memory + 1, 3, 5, 1);
+  EXPECT_NO_THROW(scal(dst, 2, x)) << "shapes may differ";
+  EXPECT_THROW(scal(dst, 2, small), FieldDimensionMismatchException);
+  EXPECT_THROW(axpy(dst, 2, x, small), FieldDimensionMismatchException);
+  EXPECT_THROW(scal(dst, 2, shifted), MisalignedFieldMemoryException);
+  EXPECT_THROW(set(shifted, 2), MisalignedFieldMemoryException);
+}
+
+TEST(FieldOperators, HaveFormsForManagedFields) {
+  const Vec3i dims(3, 2, 2);
+  MField dst(kCpu, dims), x(kCpu, dims), y(kCpu, dims);
+  m_set(x, -2);
+  m_set(y, 5);
+  const auto result = [&] { return dst.cpu_field()[11]; };
+  m_scal(dst, 3, x);
+  EXPECT_EQ(result(), -6.0f);
+  m_add(dst, x, 0.5f);
+  EXPECT_EQ(result(), -1.5f);
+  m_add_max0(dst, x, 1);
+  EXPECT_EQ(result(), 0.0f);
+  m_max_a_x(dst, -1, x);
+  EXPECT_EQ(result(), -1.0f);
+  m_axpy(dst, 2, x, y);
+  EXPECT_EQ(result(), 1.0f);
+  m_clamp(dst, 2, 3);
+  EXPECT_EQ(result(), 2.0f);
+  dst.cpu_field()(1, 0, 1) = -9;
+  EXPECT_EQ(m_infnorm(dst), 9.0f);
+  EXPECT_EQ(m_sum(dst), 11 * 2 - 9);
+  EXPECT_EQ(m_min_bbox(dst, 2), (IntBox{{1, 0, 1}, {1, 0, 1}}));
+}
+
+}  // namespace nbx

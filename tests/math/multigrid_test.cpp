@@ -1,0 +1,208 @@
+#include <limits>
+#include <tuple>
+
+#include "math/field_reductions.h"
+#include "math/multigrid_solver3d.h"
+#include "support/support.h"
+#include "tests/math/plain_multigrid.h"
+#include "util/isa.h"
+
+namespace nbx {
+namespace {
+
+using test::fill_random;
+using Faces = std::array<int, 6>;
+constexpr Faces kOpen{}, kClosed{1, 1, 1, 1, 1, 1}, kMixed{1, 0, 0, 1, 1, 1};
+
+// A solver with its fields: a random right-hand side in the interior, x = 0.
+struct Problem {
+  Field<float> x, b, r0, buffer;
+  MultigridSolver3D solver;
+
+  Problem(const Vec3i& interior, const Faces& faces, unsigned seed = 1) {
+    const Vec3i n = interior + Vec3i(2, 2, 2);
+    for (Field<float>* f : {&x, &b, &r0}) {
+      f->resize(n);
+      std::fill_n(f->data(), f->count(), 0.0f);
+    }
+    std::mt19937 engine(seed);
+    std::uniform_real_distribution<float> value(-1, 1);
+    double mean = 0;
+    for_interior([&](float& v) { mean += static_cast<double>(v = value(engine)); });
+    mean /= interior[0] * interior[1] * static_cast<double>(interior[2]);
+    // Behind walls alone only what sums to zero has a solution.
+    if (faces == kClosed) for_interior([&](float& v) { v -= static_cast<float>(mean); });
+    solver.bc = faces;
+    solver.setup(n[0], n[1], n[2], r0, buffer);
+  }
+
+  template <class Body>
+  void for_interior(Body body) {
+    for (int k = 1; k < b.nz() - 1; ++k)
+      for (int j = 1; j < b.ny() - 1; ++j)
+        for (int i = 1; i < b.nx() - 1; ++i) body(b(i, j, k));
+  }
+  SolveResult cycles(int n) { return solver.solve(x, b, n, n, -1, nullptr); }
+};
+
+TEST(Multigrid, EqualsThePlainFormBitForBit) {
+  const Vec3i sizes[] = {{1, 1, 1}, {2, 2, 2},   {3, 3, 3},    {1, 4, 9},    {6, 1, 2},
+                         {7, 8, 1}, {5, 12, 17}, {44, 43, 40}, {25, 26, 83}, {128, 31, 20}};
+  int runs = 0;
+  for (const Vec3i& size : sizes)
+    for (const Faces& faces : {kOpen, kClosed, kMixed}) {
+      Problem plain(size, faces);
+      const float expected = test::PlainMultigrid(plain.x.dims(), faces).solve(plain.x, plain.b, 2);
+      for (const Isa isa : {Isa::kBaseline, Isa::kAvx2, Isa::kAvx512})
+        for (const int threads : {1, 2, 5}) {
+          SCOPED_TRACE(testing::Message()
+                       << size[0] << " " << size[1] << " " << size[2] << " faces " << faces[0]
+                       << faces[1] << " isa " << static_cast<int>(isa) << " threads " << threads);
+          limit_isa(isa);
+          const test::ThreadCount count(threads);
+          Problem fast(size, faces);
+          const SolveResult result = fast.cycles(2);
+          ASSERT_EQ(result.cycles, 2);
+          ASSERT_EQ(result.residual, expected);
+          ASSERT_TRUE(test::same_bits(fast.x, plain.x));
+          ASSERT_TRUE(test::same_bits(fast.b, plain.b)) << "b must come back";
+          ++runs;
+        }
+    }
+  limit_isa(Isa::kAvx512);
+  EXPECT_EQ(runs, 270);
+}
+
+// The mean factor by which ten V-cycles shrink the residual, while rounding doesn't bound it, and
+// the worst of them.
+struct Factors {
+  double mean, worst;
+};
+Factors factors(const Vec3i& size, const Faces& faces) {
+  constexpr double kRounding = 2e-5;
+  Problem p(size, faces);
+  const double first = static_cast<double>(infnorm(p.b));
+  double last = first, worst = 0;
+  int cycles = 0;
+  for (; cycles < 10 && last > kRounding; ++cycles) {
+    const double before = last;
+    last = static_cast<double>(p.cycles(1).residual);
+    worst = std::max(worst, last / before);
+  }
+  EXPECT_GT(cycles, 2);
+  return {std::pow(last / first, 1.0 / cycles), worst};
+}
+
+TEST(Multigrid, VCyclesConverge) {
+  for (const Vec3i& size :
+       {Vec3i(7, 7, 7), Vec3i(8, 8, 8), Vec3i(32, 32, 32), Vec3i(63, 63, 63), Vec3i(64, 64, 64),
+        Vec3i(127, 127, 127), Vec3i(128, 128, 128), Vec3i(100, 150, 77)}) {
+    SCOPED_TRACE(testing::Message() << size[0] << " " << size[1] << " " << size[2]);
+    const Factors open = factors(size, kOpen);
+    EXPECT_LT(open.worst, 0.25);
+    EXPECT_LT(open.mean, 0.1);
+    // A wall lies half a cell inside of its ghosts. On each coarser level that is farther in, so
+    // the coarse problem is that of a slightly smaller box, and its correction is less good.
+    EXPECT_LT(factors(size, kMixed).mean, 0.75);
+    EXPECT_LT(factors(size, kClosed).mean, 0.75);
+  }
+}
+
+TEST(Multigrid, LevelsHalveDownToOneCell) {
+  const std::pair<Vec3i, int> cases[] = {
+      {{1, 1, 1}, 1}, {{2, 1, 1}, 2}, {{7, 8, 1}, 4}, {{128, 3, 9}, 8}, {{0, 5, 5}, 0}};
+  for (const auto& [size, levels] : cases)
+    EXPECT_EQ(Problem(size, kOpen).solver.level_count(), levels) << size[0] << " " << size[1];
+}
+
+TEST(Multigrid, EndsOfASolve) {
+  Problem p({20, 9, 14}, kMixed);
+  Field<float> zero(p.x.nx(), p.x.ny(), p.x.nz());
+  std::fill_n(zero.data(), zero.count(), 0.0f);
+  const float start = infnorm(p.b);
+
+  fill_random(p.x, 3);
+  SolveResult result = p.solver.solve(p.x, zero, 1, 5, 0, nullptr);
+  EXPECT_EQ(result.cycles, 0);
+  EXPECT_EQ(result.end, SolveEnd::kConverged);
+  EXPECT_TRUE(test::same_bits(p.x, zero)) << "nothing drives it, so nothing is left";
+
+  fill_random(p.x, 3);
+  result = p.solver.solve(p.x, p.b, 1, 0, 0, nullptr);
+  EXPECT_EQ(result.residual, start);
+  EXPECT_EQ(result.end, SolveEnd::kMaxCycles);
+  EXPECT_TRUE(test::same_bits(p.x, zero));
+
+  const auto allocations = field_allocations();
+  result = p.solver.solve(p.x, p.b, 1, 1, 0, nullptr);
+  EXPECT_EQ(result.cycles, 1);
+  EXPECT_GT(result.residual, 0);
+  EXPECT_EQ(result.end, SolveEnd::kMaxCycles);
+  EXPECT_EQ(field_allocations(), allocations);
+
+  const float tolerance = result.residual / 100;
+  result = p.solver.solve(p.x, p.b, 1, 100, tolerance, nullptr);
+  EXPECT_EQ(result.end, SolveEnd::kConverged);
+  EXPECT_LE(result.residual, tolerance);
+  EXPECT_LT(result.cycles, 30);
+
+  p.b(3, 3, 3) = std::numeric_limits<float>::quiet_NaN();
+  EXPECT_TRUE(std::isnan(p.cycles(2).residual));
+
+  Field<float> other(p.x.nx(), p.x.nz(), p.x.ny());
+  EXPECT_THROW(std::ignore = p.solver.solve(other, p.b, 1, 1, 0, nullptr), int);
+  p.solver.clear();
+  EXPECT_THROW(std::ignore = p.cycles(1), int);
+}
+
+TEST(Multigrid, ThreeRisesEndASolve) {
+  // Behind walls alone a source without a sink has no solution: the residual grows to a limit.
+  Problem p({16, 16, 16}, kClosed);
+  p.for_interior([](float& v) { v = 1; });
+  const test::LogCapture log;
+  const SolveResult result = p.cycles(20);
+  EXPECT_EQ(result.end, SolveEnd::kDiverging);
+  EXPECT_EQ(result.cycles, 3);
+  EXPECT_EQ(log.count("MS #"), 3);
+  EXPECT_TRUE(log.contains("MS #1 new = 4.94")) << log.text();
+  EXPECT_TRUE(log.contains(" prev = 1\n"));
+  EXPECT_EQ(log.count("MS: bad convergence, aborting"), 1);
+}
+
+// Records what it is told, and stops once `cycles` are done.
+struct Stopper : SolverProgress {
+  int cycles, largest_total = 0, last_done = 0;
+  explicit Stopper(int n) : cycles(n) {}
+  bool abort_requested(int done, int total) override {
+    largest_total = std::max(largest_total, total);
+    last_done = done;
+    return done >= cycles;
+  }
+};
+
+TEST(Multigrid, TheUserCanStopASolve) {
+  Problem p({16, 20, 9}, kOpen), one({16, 20, 9}, kOpen);
+  const test::LogCapture log;
+  Stopper never(100);
+  EXPECT_EQ(p.solver.solve(p.x, p.b, 2, 4, -1, &never).end, SolveEnd::kMaxCycles);
+  EXPECT_EQ(never.last_done, 3);
+  EXPECT_EQ(never.largest_total, 4) << "an estimate that was too low grows";
+
+  // Stopped within the second cycle: x is as the first one left it.
+  std::fill_n(p.x.data(), p.x.count(), 0.0f);
+  Stopper second(1);
+  const SolveResult result = p.solver.solve(p.x, p.b, 7, 4, -1, &second);
+  EXPECT_EQ(result.end, SolveEnd::kAborted);
+  EXPECT_EQ(result.cycles, 1);
+  EXPECT_EQ(second.largest_total, 7);
+  EXPECT_EQ(result.residual, one.cycles(1).residual);
+  EXPECT_TRUE(test::same_bits(p.x, one.x));
+
+  Stopper at_once(0);
+  EXPECT_EQ(p.solver.solve(p.x, p.b, 1, 4, -1, &at_once).cycles, 0);
+  EXPECT_EQ(infnorm(p.x), 0);
+  EXPECT_EQ(log.count("Solver aborted!"), 2);
+}
+
+}  // namespace
+}  // namespace nbx

@@ -1,0 +1,169 @@
+// The multigrid solver in its plain form: natural rows, one loop per step, ghosts set before each
+// sweep, every intermediate field stored. The solver must give the same bits.
+#pragma once
+
+#include <array>
+#include <cmath>
+#include <vector>
+
+#include "math/field.h"
+
+namespace nbx::test {
+
+class PlainMultigrid {
+ public:
+  PlainMultigrid(const Vec3i& dims, const std::array<int, 6>& bc) : bc_(bc) {
+    Vec3i n = dims;
+    std::array<double, 3> h{1, 1, 1};
+    for (double s = 1;; s *= 2) {
+      Level level{Field<float>(n[0], n[1], n[2]), Field<float>(n[0], n[1], n[2]),
+                  Field<float>(n[0], n[1], n[2]), s, h};
+      levels_.push_back(std::move(level));
+      if (n == Vec3i(3, 3, 3)) break;
+      for (int a = 0; a < 3; ++a) {
+        const int inner = n[a] - 2;
+        if (inner % 2 == 1 && inner != 1) h[a] += s;
+        n[a] = std::max(inner / 2, 1) + 2;
+      }
+    }
+  }
+
+  /// Runs V-cycles on x and returns the residual's norm.
+  float solve(Field<float>& x, const Field<float>& b, int cycles) {
+    Level& top = levels_[0];
+    top.x.copy(x);
+    top.b.copy(b);
+    for (int c = 0; c < cycles; ++c) v_cycle(0);
+    boundary(top.x);
+    x.copy(top.x);
+    float norm = 0;
+    each(top, 1, 1, 1,
+         [&](int i, int j, int k) { norm = std::max(norm, std::abs(residual(top, i, j, k))); });
+    return norm;
+  }
+
+ private:
+  struct Level {
+    Field<float> x, b, r;
+    double s;
+    std::array<double, 3> h;
+  };
+
+  template <class Body>
+  static void each(const Level& l, int fx, int fy, int fz, Body body) {
+    for (int k = fz; k < l.x.nz() - 1; k += fz)
+      for (int j = fy; j < l.x.ny() - 1; j += fy)
+        for (int i = fx; i < l.x.nx() - 1; i += fx) body(i, j, k);
+  }
+
+  void boundary(Field<float>& x) const {
+    const Vec3i n = x.dims();
+    for (int axis = 0; axis < 3; ++axis)
+      for (int high = 0; high < 2; ++high) {
+        const bool closed = bc_[static_cast<std::size_t>(2 * axis + high)] == 1;
+        Vec3i from, to = n;
+        from[axis] = high ? n[axis] - 1 : 0;
+        to[axis] = from[axis] + 1;
+        Vec3i in;
+        in[axis] = high ? -1 : 1;
+        for (int k = from[2]; k < to[2]; ++k)
+          for (int j = from[1]; j < to[1]; ++j)
+            for (int i = from[0]; i < to[0]; ++i)
+              x(i, j, k) = closed ? x(i + in[0], j + in[1], k + in[2]) : 0;
+      }
+  }
+
+  // The weights of the neighbours of a cell and their sum with the values.
+  struct Stencil {
+    double centre, sum;
+  };
+  static Stencil stencil(const Level& l, int i, int j, int k) {
+    const Field<float>& x = l.x;
+    const int at[3] = {i, j, k};
+    double w[3][2];
+    for (int a = 0; a < 3; ++a) {
+      const bool last = at[a] == x.dims()[a] - 2;
+      const double h = l.h[static_cast<std::size_t>(a)];
+      w[a][0] = last ? l.s * l.s * 2 / (l.s * (l.s + h)) : 1;
+      w[a][1] = last ? l.s * l.s * 2 / (h * (l.s + h)) : 1;
+    }
+    const auto pair = [&](int a, float low, float high) {
+      return w[a][0] * static_cast<double>(low) + w[a][1] * static_cast<double>(high);
+    };
+    return {(w[0][0] + w[0][1]) + (w[1][0] + w[1][1]) + (w[2][0] + w[2][1]),
+            (pair(0, x(i - 1, j, k), x(i + 1, j, k)) + pair(1, x(i, j - 1, k), x(i, j + 1, k))) +
+                pair(2, x(i, j, k - 1), x(i, j, k + 1))};
+  }
+
+  static float residual(const Level& l, int i, int j, int k) {
+    const Stencil a = stencil(l, i, j, k);
+    return static_cast<float>(static_cast<double>(l.b(i, j, k)) -
+                              (a.centre * static_cast<double>(l.x(i, j, k)) - a.sum));
+  }
+
+  void smooth(Level& l, int sweeps) const {
+    for (int sweep = 0; sweep < sweeps; ++sweep) {
+      boundary(l.x);
+      for (int colour = 0; colour < 2; ++colour)
+        each(l, 1, 1, 1, [&](int i, int j, int k) {
+          if ((i + j + k) % 2 != colour) return;
+          const Stencil a = stencil(l, i, j, k);
+          l.x(i, j, k) =
+              static_cast<float>((static_cast<double>(l.b(i, j, k)) + a.sum) * (1 / a.centre));
+        });
+    }
+  }
+
+  // Fills the odd positions of r along one axis from their neighbours.
+  static void interpolate(Level& l, const Level& coarse, int axis) {
+    Field<float>& r = l.r;
+    const int n = r.dims()[axis];
+    if (n == coarse.r.dims()[axis]) return;
+    const auto a = static_cast<std::size_t>(axis);
+    const double t = 1 - l.h[a] / coarse.h[a];
+    Vec3i step;
+    step[axis] = 1;
+    for (int k = step[2]; k < r.nz() - step[2]; k += 1 + step[2])
+      for (int j = step[1]; j < r.ny() - step[1]; j += 1 + step[1])
+        for (int i = step[0]; i < r.nx() - step[0]; i += 1 + step[0]) {
+          const float low = r(i - step[0], j - step[1], k - step[2]);
+          const float high = r(i + step[0], j + step[1], k + step[2]);
+          const int at = Vec3i(i, j, k)[axis];
+          const double d = static_cast<double>(low);
+          r(i, j, k) = n % 2 == 1 && at == n - 2
+                           ? static_cast<float>(d + (static_cast<double>(high) - d) * t)
+                           : (low + high) * 0.5f;
+        }
+  }
+
+  void v_cycle(std::size_t at) {
+    Level& l = levels_[at];
+    if (at + 1 == levels_.size()) return smooth(l, 1);
+    Level& below = levels_[at + 1];
+    int f[3];
+    for (int a = 0; a < 3; ++a) f[a] = l.x.dims()[a] == below.x.dims()[a] ? 1 : 2;
+
+    smooth(l, 2);
+    boundary(l.x);
+    each(below, 1, 1, 1, [&](int i, int j, int k) {
+      below.b(i, j, k) = 2.0f * residual(l, i * f[0], j * f[1], k * f[2]);
+    });
+    for (std::size_t c = 0; c < below.x.count(); ++c) below.x[c] = 0;
+    v_cycle(at + 1);
+    boundary(below.x);
+    for (std::size_t c = 0; c < l.r.count(); ++c) l.r[c] = 0;
+    for (int k = 0; k < below.x.nz(); ++k)
+      for (int j = 0; j < below.x.ny(); ++j)
+        for (int i = 0; i < below.x.nx(); ++i)
+          l.r(std::min(i * f[0], l.r.nx() - 1), std::min(j * f[1], l.r.ny() - 1),
+              std::min(k * f[2], l.r.nz() - 1)) = below.x(i, j, k);
+    for (int axis = 0; axis < 3; ++axis) interpolate(l, below, axis);
+    for (std::size_t c = 0; c < l.x.count(); ++c) l.x[c] += l.r[c];
+    smooth(l, 2);
+  }
+
+  std::array<int, 6> bc_;
+  std::vector<Level> levels_;
+};
+
+}  // namespace nbx::test

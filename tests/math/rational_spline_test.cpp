@@ -1,0 +1,275 @@
+#include "math/rational_spline.h"
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include "math/spline_operators.h"
+#include "math/spline_stream.h"
+#include "support/support.h"
+#include "util/exception.h"
+#include "util/isa.h"
+
+namespace nbx {
+namespace {
+
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+struct Point {
+  float x, y;
+  std::int32_t in = kSmoothTangent, out = kSmoothTangent;
+  float bias = 0.5f;
+};
+
+RationalSpline make(const std::vector<Point>& points) {
+  RationalSpline spline;
+  for (const Point& p : points) spline.setBias(spline.addPoint(p.x, p.y, p.in, p.out), p.bias);
+  return spline;
+}
+
+// A curve with all kinds of spans.
+RationalSpline rich_curve() {
+  return make({{0.1f, 0.3f, 1, 1, 0.2f},
+               {0.3f, 0.9f, 1, 0, 0.5f},
+               {0.5f, -0.2f, 0, 1, 0.9f},
+               {0.8f, 0.6f, 1, 1, 0.5f},
+               {0.9f, 0.1f}});
+}
+
+// The rational Bezier curve of the span from knot i on, by its definition, in double.
+double bezier_value(const RationalSpline& s, std::size_t i, double v) {
+  const RationalSpline::Knot &a = s.knots()[i], &b = s.knots()[i + 1];
+  const double t = (v - a.x) / (double{b.x} - a.x), w0 = s.bias()[i], w1 = 1 - w0;
+  const double f[4] = {a.y, a.y + a.outTangent / 3.0, b.y - b.inTangent / 3.0, b.y};
+  const double B[4] = {(1 - t) * (1 - t) * (1 - t) * w0, 3 * t * (1 - t) * (1 - t) * w0,
+                       3 * t * t * (1 - t) * w1, t * t * t * w1};
+  return (B[0] * f[0] + B[1] * f[1] + B[2] * f[2] + B[3] * f[3]) / (B[0] + B[1] + B[2] + B[3]);
+}
+
+TEST(RationalSpline, ValuesWorkedByHand) {
+  const std::vector<Point> unit = {{0, 0}, {1, 1}};
+  const std::vector<Point> three = {{0, 0}, {1, 1}, {3, 5}};  // chord 5/3: tangents 5/3 and 10/3
+  const std::vector<Point> unordered = {{3, 5}, {0, 0}, {1, 1}};
+  const std::vector<Point> biased = {{0, 0, 1, 0, 0.75f}, {1, 1, 0, 1}};  // tangents 1/2 and 3/2
+  const struct {
+    std::vector<Point> points;
+    float v, expected;
+  } cases[] = {{{}, 3, 0},
+               {{{2, 7}}, -1, 7},
+               {{{2, 7}}, 5, 7},
+               {unit, -1, 0},
+               {unit, 0.25f, 0.15625f},  // 3 t^2 - 2 t^3
+               {unit, 2, 1},
+               {{{0, 0, 0, 0}, {1, 1, 0, 0}}, 0.3f, 0.3f},
+               {{{0, 0, 9, 9}, {1, 1, 9, 9}}, 0.25f, 0.15625f},
+               {three, 0.5f, 0.5f - 5.0f / 24},
+               {three, 1, 1},
+               {three, 2, 3 + 5.0f / 12},
+               {unordered, 2, 3 + 5.0f / 12},
+               // Bezier ordinates 0, 1/6, 1/2, 1 with weights 3/4, 3/4, 1/4, 1/4
+               {biased, 0.5f, (3 * 0.75f / 6 + 3 * 0.25f / 2 + 0.25f) / 4}};
+  for (const auto& c : cases)
+    EXPECT_NEAR(make(c.points).eval(c.v), c.expected, 2e-7f * (1 + std::abs(c.expected))) << c.v;
+  RationalSpline slopes = make({{0, 0, 2, 2}, {2, 0, 2, 2}});
+  slopes.edit_points()[0].outSlope = 1;
+  slopes.edit_points()[1].inSlope = -1;
+  EXPECT_FLOAT_EQ(slopes.eval(1), 0.5f);  // (2 - -2) / 8
+}
+
+// Float against the definition in double: some ten roundings of terms below 2, over a denominator
+// of at least 0.1.
+TEST(RationalSpline, SpansAreRationalBezierCurves) {
+  RationalSpline spline = rich_curve();
+  spline.rebuild();
+  const auto& knots = spline.knots();
+  for (std::size_t i = 0; i + 1 < knots.size(); ++i)
+    for (float t : {0.001f, 0.2f, 0.5f, 0.7f, 1.0f}) {
+      const float v = std::min(knots[i].x + t * (knots[i + 1].x - knots[i].x), knots[i + 1].x);
+      EXPECT_NEAR(spline.evaluate(v), bezier_value(spline, i, v), 2e-5) << i << ' ' << t;
+    }
+  RationalSpline plain = make({{0, 0}, {1, 1}, {3, 5}});
+  RationalSpline nearly = make({{0, 0, 1, 1, 0.5000001f}, {1, 1, 1, 1, 0.5000001f}, {3, 5}});
+  for (float v = -0.5f; v < 3.5f; v += 0.125f) EXPECT_NEAR(plain.eval(v), nearly.eval(v), 5e-6f);
+}
+
+TEST(RationalSpline, KnotsRiseStrictly) {
+  for (float x : {0.5f, 100.0f, -3e8f}) {
+    RationalSpline spline = make({{x, 3}, {x, 1}, {kNaN, 4}, {x, 2}});
+    EXPECT_EQ(spline.eval(x), 1);
+    const auto& knots = spline.knots();
+    ASSERT_EQ(knots.size(), 4u);
+    for (std::size_t i = 1; i < 4; ++i) {
+      EXPECT_GT(knots[i].x, knots[i - 1].x);
+      EXPECT_LE(knots[i].x, std::max(knots[i - 1].x + 2e-6f, std::nextafter(knots[i - 1].x, 1e9f)));
+      EXPECT_EQ(knots[i].y, static_cast<float>(i + 1));
+    }
+    EXPECT_EQ(spline.points()[0].id, 2);
+    EXPECT_EQ(spline.points()[1].id, 0);
+    EXPECT_EQ(spline.points()[2].id, 3);
+    EXPECT_TRUE(std::isnan(spline.eval(kNaN)));
+  }
+}
+
+// A bias at the ends of its range or beyond keeps the curve finite and through its knots.
+TEST(RationalSpline, ExtremeBias) {
+  for (float bias : {0.0f, 1.0f, 1e-9f, 7.0f, -3.0f, kNaN}) {
+    RationalSpline spline = make({{0, 2, 1, 1, bias}, {1, 3, 1, 1, bias}, {2, -1}});
+    for (int i = 0; i <= 2000; ++i) {
+      const float y = spline.eval(static_cast<float>(i) / 1000);
+      EXPECT_TRUE(y > -1.1f && y < 3.1f) << bias << ' ' << i << ' ' << y;
+    }
+    EXPECT_NEAR(spline.eval(1), 3, 0.03f) << bias;
+  }
+  RationalSpline spline = make({{5, 0}, {1, 0}});
+  spline.rebuild();  // the ids are 1 and 0 now
+  spline.setBiasFromSlider(1, 2);
+  spline.setBiasFromSlider(0, -1);
+  spline.setBiasFromSlider(2, 9);
+  EXPECT_FLOAT_EQ(spline.points()[0].bias, static_cast<float>(1 - 0.5 * std::exp(-2)));
+  EXPECT_FLOAT_EQ(spline.points()[1].bias, static_cast<float>(0.5 * std::exp(-1)));
+  EXPECT_TRUE(spline.dirty());
+}
+
+TEST(RationalSpline, EditingAndComparing) {
+  RationalSpline a = make({{1, 2}, {3, 4}, {0, 6}}), b = make({{10, 20}, {30, 40}});
+  a.setBias(3, 0.9f);
+  a.setSideBias(-1, 0.9f);
+  a.removePoint(3);
+  EXPECT_TRUE(a == make({{0, 6}, {1, 2}, {3, 4}}));
+  EXPECT_EQ(a.minX(), 0);
+  EXPECT_EQ(a.maxX(), 3);
+  EXPECT_EQ(RationalSpline().maxX(), 0);
+  RationalSpline sum = b;
+  sum += a;
+  EXPECT_TRUE(sum == make({{11, 22, 1, 1, 1}, {33, 44, 1, 1, 1}, {0, 6}}));
+  sum -= a;
+  EXPECT_TRUE(sum == make({{10, 20}, {30, 40}, {0, 0, 1, 1, 0}}));
+  sum.removePoint(2);
+  EXPECT_TRUE(sum == b);
+  b.setBias(0, 0.6f);
+  EXPECT_FALSE(sum == b);
+  EXPECT_TRUE(b < a);  // fewer knots
+  EXPECT_TRUE(make({{0, 0, 0, 0, 0.4f}, {1, 1, 0, 0, 0.4f}}) < make({{1, 3}, {2, 5}}));
+  EXPECT_FALSE(make({{0, 0}, {1, 1}}) < make({{1, 3}, {2, 5}}));  // equal biases
+  EXPECT_TRUE(RationalSpline() < RationalSpline());
+}
+
+TEST(SplineOperators, EqualTheScalarFormula) {
+  RationalSpline spline = rich_curve(), dirty = rich_curve();
+  const auto lesser = [](float a, float b) { return std::isnan(a) || a < b ? a : b; };
+  for (int n : {0, 1, 5, 1024, 1025, 5000}) {
+    Field<float> src(n, 1, 1), driver(n, 1, 1), dst[5], again(n, 1, 1);
+    test::fill_random(src, 1, 0, 1);
+    test::fill_random(driver, 2, -0.2f, 1.2f);
+    for (std::size_t i = 0; i < std::min<std::size_t>(src.count(), 5); ++i)
+      driver[i] = rich_curve().points()[i].x;
+    if (n > 20) driver[7] = src[9] = kNaN;
+    for (Field<float>& d : dst) d.resize(n, 1, 1);
+    const float a = 0.15f;
+    apply_function(dst[0], driver, dirty);
+    decay_linear(dst[1], src, driver, a, spline);
+    emit_linear(dst[2], src, driver, a, spline);
+    decay_exponential(dst[3], src, driver, a, spline);
+    emit_exponential(dst[4], src, driver, a, spline);
+    for (std::size_t i = 0; i < src.count(); ++i) {
+      const float x = src[i], s = spline.eval(driver[i]), c = s < 0 ? 0 : s;
+      const float taken = lesser(x, lesser(c, a)), left = x - lesser(c, a), part = lesser(x, c);
+      const float expected[] = {s, left < 0 ? 0 : left, taken, x - a * part, a * part};
+      for (int op = 0; op < 5; ++op)
+        EXPECT_TRUE(dst[op][i] == expected[op] ||
+                    (std::isnan(dst[op][i]) && std::isnan(expected[op])))
+            << op << ' ' << i;
+      // What decay takes away is what emission gives: one rounding each of values below 1.
+      if (std::isnan(x + s)) continue;
+      EXPECT_NEAR(dst[1][i] + dst[2][i], x, 0x1p-23f);
+      EXPECT_NEAR(dst[3][i] + dst[4][i], x, 0x1p-23f);
+    }
+    for (Isa isa : {Isa::kBaseline, Isa::kAvx2, Isa::kAvx512}) {
+      limit_isa(isa);
+      const test::ThreadCount threads(3);
+      again.copy(src);
+      decay_exponential(again, again, driver, a, spline);  // in place
+      EXPECT_TRUE(test::same_bits(again, dst[3]));
+      again.copy(driver);
+      apply_function(again, again, spline);
+      EXPECT_TRUE(test::same_bits(again, dst[0]));
+    }
+  }
+  Field<float> a(3, 1, 1), b(4, 1, 1);
+  EXPECT_THROW(apply_function(a, b, spline), FieldDimensionMismatchException);
+  EXPECT_THROW(decay_linear(a, a, b, 1, spline), FieldDimensionMismatchException);
+}
+
+std::vector<std::byte> bytes_of(const RationalSpline& spline, const SplineView& view) {
+  ByteWriter out;
+  EXPECT_TRUE(write_spline(out, spline, view));
+  return out.bytes();
+}
+
+TEST(SplineStream, RoundTripAndOlderForm) {
+  RationalSpline spline = rich_curve(), read = make({{4, 4}});
+  spline.setSideBias(1, 0.75f);
+  SplineView view{{1, 2, 3, 4}, false}, read_view;
+  std::vector<std::byte> bytes = bytes_of(spline, view);
+  EXPECT_EQ(bytes.size(), 4u + 4 + 5 * 32 + 1 + 32);
+  ByteReader in(bytes);
+  ASSERT_TRUE(read_spline(in, read, read_view));
+  EXPECT_EQ(in.left(), 0u);
+  EXPECT_TRUE(read == spline);
+  EXPECT_EQ(read.points()[1].sideBias, 0.75f);
+  EXPECT_EQ(read_view.rectangle, view.rectangle);
+  EXPECT_TRUE(read_view.valid);  // whatever the flag says
+  // x = 0.1f in the first point, little-endian.
+  const unsigned char start[] = {0x32, 0x30, 0x53, 0x52, 5, 0, 0, 0, 0xcd, 0xcc, 0xcc, 0x3d};
+  EXPECT_EQ(std::memcmp(bytes.data(), start, sizeof start), 0);
+
+  bytes[0] = std::byte{0x31};
+  bytes.resize(8 + 5 * 32);
+  SplineView kept{{5, 6, 7, 8}, true};
+  ByteReader older(bytes);
+  ASSERT_TRUE(read_spline(older, read, kept));
+  EXPECT_FALSE(kept.valid);
+  EXPECT_EQ(kept.rectangle[0], 5);
+}
+
+// Whatever is read without failure is a curve, and writes the same bytes again but for what reading
+// drops: the slopes and the flag. A failed read leaves its destination alone.
+TEST(SplineStream, Damage) {
+  const std::vector<std::byte> good = bytes_of(rich_curve(), {{1, 2, 3, 4}, true});
+  int failed = 0, read = 0;
+  const auto attempt = [&](const std::vector<std::byte>& bytes) {
+    RationalSpline spline = make({{4, 4}});
+    SplineView view;
+    ByteReader in(bytes);
+    if (read_spline(in, spline, view)) {
+      ++read;
+      for (float v = 0; v < 1; v += 0.01f) spline.eval(v);
+      std::vector<std::byte> again = bytes_of(spline, view), expected = bytes;
+      if (!view.valid) again.resize(8 + 32 * spline.points().size());
+      again[0] = expected[0];
+      expected.resize(expected.size() - in.left());
+      for (std::size_t p = 0; p < spline.points().size(); ++p)
+        std::memset(expected.data() + 8 + 32 * p + 8, 0, 8);
+      if (view.valid) expected[expected.size() - 33] = std::byte{1};
+      EXPECT_EQ(again, expected);
+    } else {
+      ++failed;
+      EXPECT_TRUE(spline == make({{4, 4}}));
+      EXPECT_FALSE(view.valid);
+    }
+  };
+  for (std::size_t size = 0; size < good.size(); ++size)
+    attempt({good.begin(), good.begin() + static_cast<std::ptrdiff_t>(size)});
+  EXPECT_EQ(read, 0);
+  for (std::size_t i = 0; i < good.size(); ++i)
+    for (unsigned flip : {1u, 0x80u, 0xffu}) {
+      std::vector<std::byte> bytes = good;
+      bytes[i] ^= std::byte(flip);
+      attempt(bytes);
+    }
+  EXPECT_GT(read, 100);
+  EXPECT_GT(failed, static_cast<int>(good.size()));
+}
+
+}  // namespace
+}  // namespace nbx

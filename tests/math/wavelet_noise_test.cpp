@@ -1,0 +1,276 @@
+#include "math/wavelet_noise.h"
+
+#include <cmath>
+#include <complex>
+#include <limits>
+#include <numbers>
+
+#include "math/field_reductions.h"
+#include "math/wavelet_tile.h"
+#include "support/support.h"
+
+namespace nbx {
+namespace {
+
+constexpr double kPi = std::numbers::pi;
+
+double mean_square(const Field<float>& f) {
+  double sum = 0;
+  for (std::size_t i = 0; i < f.count(); ++i) sum += double{f[i]} * f[i];
+  return sum / static_cast<double>(f.count());
+}
+
+// The power of the wave vectors with all |k| <= most, averaged and set against white noise of the
+// same variance.
+double low_power(const Field<float>& f, int most) {
+  const int n = f.nx();
+  const auto wave = [&](int k, int x) { return std::polar(1.0, -2 * kPi * k * x / n); };
+  double power = 0;
+  int waves = 0;
+  for (int kx = -most; kx <= most; ++kx)
+    for (int ky = -most; ky <= most; ++ky)
+      for (int kz = -most; kz <= most; ++kz, ++waves) {
+        std::complex<double> sum = 0;
+        for (int z = 0; z < n; ++z)
+          for (int y = 0; y < n; ++y) {
+            std::complex<double> row = 0, step = wave(kx, 1), at = 1;
+            for (int x = 0; x < n; ++x, at *= step) row += double{f(x, y, z)} * at;
+            sum += row * wave(ky, y) * wave(kz, z);
+          }
+        power += std::norm(sum);
+      }
+  return power / waves / (mean_square(f) * static_cast<double>(f.count()));
+}
+
+TEST(WaveletTile, SizesAndDeterminism) {
+  const struct { int size, edge; } cases[] = {{100, 128}, {3, 4}, {0, 4}, {-9, 16}, {16, 16}};
+  for (const auto& c : cases) {
+    WaveletNoise noise, other;
+    Field<float> flat, again;
+    generate_tile(flat, noise, c.size, false, true);
+    EXPECT_EQ(flat.dims(), Vec3i(c.edge, c.edge, 1));
+    EXPECT_EQ(infnorm(flat), 1);
+    const test::ThreadCount threads(3);
+    generate_tile(again, other, c.size, false, true);
+    EXPECT_TRUE(test::same_bits(flat, again));
+    generate_tile(again, other, c.size, false, true);
+    EXPECT_FALSE(test::same_bits(flat, again));
+  }
+  WaveletNoise noise;
+  Field<float> tile;
+  generate_tile(tile, noise, 5, true, false);
+  EXPECT_EQ(tile.dims(), Vec3i(8, 8, 8));
+}
+
+// What a grid of half the resolution can represent vanishes: refine random coarse B-spline
+// coefficients along each axis, as f(2m) = 3/4 c(m) + 1/4 c(m+1), f(2m+1) = 1/4 c(m) + 3/4 c(m+1).
+// The analysis filter is cut to 32 taps of 6 digits, which leaves about 1e-3.
+TEST(WaveletTile, HighPassRemovesTheCoarseGrid) {
+  const int n = 32;
+  Field<float> coarse(n / 2, n / 2, n / 2), tile(n, n, n), tmp, flat(n, n, 1);
+  test::fill_random(coarse, 1);
+  const auto refine = [&](int x, int y, int z, auto next) -> float {
+    const int m[3] = {x / 2, y / 2, z / 2};
+    float sum = 0;
+    for (int corner = 0; corner < 8; ++corner) {
+      const int a = corner & 1, b = corner >> 1 & 1, c = corner >> 2;
+      const auto weight = [](int at, int far) { return (at % 2 == far) ? 0.75f : 0.25f; };
+      sum += weight(x, a) * weight(y, b) * weight(z, c) *
+             coarse(next(m[0] + a), next(m[1] + b), next(m[2] + c));
+    }
+    return sum;
+  };
+  for (int z = 0; z < n; ++z)
+    for (int y = 0; y < n; ++y)
+      for (int x = 0; x < n; ++x)
+        tile(x, y, z) = refine(x, y, z, [&](int m) { return m % (n / 2); });
+  const double before = mean_square(tile);
+  high_pass_wavelet(tile, tmp, true);
+  EXPECT_LT(mean_square(tile), 1e-5 * before);
+  std::fill_n(flat.data(), flat.count(), 1.0f);
+  high_pass_wavelet(flat, tmp, true);
+  EXPECT_LT(infnorm(flat), 2e-3f);
+}
+
+// White noise of variance 1 goes in; the variance that comes out is the mean energy of the response
+// to one impulse, over the eight parities of its place, and adding the shifted copy doubles it. All
+// parities of cells end up with the same. 2^18 cells, 2^15 of a parity, neighbours correlated: 1 %
+// and 4 % are above three standard deviations.
+TEST(WaveletTile, Variance) {
+  double response = 0;
+  for (int parity = 0; parity < 8; ++parity) {
+    Field<float> impulse(32, 32, 32), tmp;
+    std::fill_n(impulse.data(), impulse.count(), 0.0f);
+    impulse(16 + (parity & 1), 16 + (parity >> 1 & 1), 16 + (parity >> 2)) = 1;
+    high_pass_wavelet(impulse, tmp, true);
+    response += mean_square(impulse) * static_cast<double>(impulse.count()) / 8;
+  }
+  WaveletNoise noise;
+  Field<float> tile;
+  generate_tile(tile, noise, 64, true, false);
+  EXPECT_NEAR(mean_square(tile), 2 * response, 0.01 * 2 * response);
+  for (int parity = 0; parity < 8; ++parity) {
+    double sum = 0;
+    for (int z = parity >> 2; z < 64; z += 2)
+      for (int y = parity >> 1 & 1; y < 64; y += 2)
+        for (int x = parity & 1; x < 64; x += 2) sum += double{tile(x, y, z)} * tile(x, y, z);
+    EXPECT_NEAR(sum / (32 * 32 * 32), 2 * response, 0.04 * 2 * response) << parity;
+  }
+}
+
+// Low waves are gone but for what their images at k + n/2 leak, tan^3(pi k / n) on each axis: at
+// k = n/16 at most 3 tan^6(pi/16) = 1.9e-4 of white noise's power.
+TEST(WaveletTile, HasNoLowBand) {
+  WaveletNoise noise;
+  Field<float> tile;
+  generate_tile(tile, noise, 32, true, false);
+  EXPECT_LT(low_power(tile, 2), 3 * std::pow(std::tan(kPi / 16), 6));
+  Field<float> white(32, 32, 32);
+  test::fill_random(white, 1);
+  EXPECT_NEAR(low_power(white, 2), 1, 0.5);  // the measure itself
+}
+
+// Quadratic B-splines cut off waves beyond one a cell: white coefficients would leave the integral of
+// sinc^6 from 1 on over that from 0 on, 2.4e-4 of the power. Without their low band both shrink, the
+// whole by less than half. (Linear interpolation would leave 4e-3.)
+TEST(WaveletNoise, HasNoHighBand) {
+  WaveletNoise noise;
+  noise.tile_size = 32;
+  advance_tile(noise, 0, true, false);
+  const int samples = 256, per_cell = 8;
+  double high = 0, all = 0;
+  for (int line = 0; line < 8; ++line)
+    for (int k = 1; k < samples / 2; ++k) {
+      std::complex<double> sum = 0;
+      for (int i = 0; i < samples; ++i) {
+        const float x = static_cast<float>(i) / per_cell, y = 0.3f + 4 * static_cast<float>(line);
+        sum +=
+            double{evaluate(noise, {x, y, 7.7f}, 0)} * std::polar(1.0, -2 * kPi * k * i / samples);
+      }
+      all += std::norm(sum);
+      if (k > samples / per_cell) high += std::norm(sum);
+    }
+  EXPECT_LT(high, 5e-4 * all);
+  EXPECT_GT(all, 0);
+}
+
+TEST(WaveletNoise, Samples) {
+  WaveletNoise noise;
+  EXPECT_EQ(evaluate(noise, {1, 2, 3}, 0), 0);  // no tile yet
+  noise.tile_size = 8;
+  advance_tile(noise, 0, true, false);
+  const Field<float>& tile = noise.tile;
+  // Halfway between two cells both count half; the weights of the two other axes are 1/8, 3/4, 1/8
+  // at whole coordinates.
+  float expected = 0;
+  const float w[3] = {0.125f, 0.75f, 0.125f};
+  for (int a = 0; a < 3; ++a)
+    for (int b = 0; b < 3; ++b)
+      expected += w[a] * w[b] * 0.5f * (tile(2, 4 + a, (6 + b) % 8) + tile(3, 4 + a, (6 + b) % 8));
+  EXPECT_NEAR(evaluate(noise, {2.5f, 5, 7}, 0), expected, 1e-5f);
+  for (const Vec3f& p : {Vec3f(0.1f, 7.9f, 3.3f), Vec3f(-2.6f, 5.5f, 0), Vec3f(7.5f, 7.5f, 7.5f)}) {
+    const float h = 1.0f / 64;
+    for (int axis = 0; axis < 3; ++axis) {
+      Vec3f low = p, high = p, far = p;
+      low[axis] -= h;
+      high[axis] += h;
+      far[axis] -= 1024;  // 128 periods; the coordinate keeps 13 bits below 1, so within 2e-4
+      EXPECT_NEAR(evaluate(noise, far, 0), evaluate(noise, p, 0), 2e-3f);
+      // Between knots the noise is quadratic, where central differences are exact; across one they
+      // miss a quarter of h times the jump of the second derivative.
+      const float slope = (evaluate(noise, low, 0) - evaluate(noise, high, 0)) / (2 * h);
+      EXPECT_NEAR(evaluate(noise, p, axis + 1), slope, 0.25f * h * 8 * infnorm(tile));
+    }
+  }
+  EXPECT_TRUE(std::isfinite(evaluate(noise, {3e9f, -1e30f, 1e12f}, 0)));
+  EXPECT_TRUE(std::isnan(evaluate(noise, {1, std::numeric_limits<float>::quiet_NaN(), 1}, 0)));
+  EXPECT_TRUE(std::isnan(evaluate(noise, {std::numeric_limits<float>::infinity(), 1, 1}, 0)));
+  advance_tile(noise, 0, false, true);
+  EXPECT_EQ(noise.tile.nz(), 1);
+  EXPECT_EQ(evaluate(noise, {1.3f, 2.2f, 0}, 0), evaluate(noise, {9.3f, 2.2f, 0}, 0));
+}
+
+TEST(WaveletNoise, FieldsEqualPoints) {
+  WaveletNoise noise;
+  advance_tile(noise, 0.25f, true, false);
+  NoiseParams params;
+  params.frequency = 0.37f;
+  params.amplitude = 2;
+  params.persistence = 0.5f;
+  params.offset = {3, -70.5f, 1000};
+  for (float bands : {0.25f, 1.0f, 1.5f, 3.0f}) {
+    params.bands = bands;
+    Field<float> field(70, 5, 4), again(70, 5, 4);
+    test::fill_random(field, 1);
+    fractal3D_field(field, noise, params, true);
+    test::fill_random(again, 2);
+    const test::ThreadCount threads(3);
+    fractal3D_field(again, noise, params, true);
+    EXPECT_TRUE(test::same_bits(field, again));
+    for (int k = 0; k < 4; ++k)
+      for (int j = 0; j < 5; ++j)
+        for (int i = 0; i < 70; ++i)
+          EXPECT_EQ(field(i, j, k), fractal3D(noise, params, {i, j, k}, 0)) << bands;
+  }
+  // One band and half of a second one, worked by hand.
+  params.bands = 1.5f;
+  const Vec3f p(2, 3, 4), at = (p + params.offset) * 0.37f;
+  EXPECT_FLOAT_EQ(fractal3D(noise, params, p, 2),
+                  2 * evaluate(noise, at, 2) + 2 * 0.5f * 0.5f * evaluate(noise, at * 2.0f, 2));
+  Field<float> twice(3, 3, 3), once(3, 3, 3);
+  fractal3D_field(once, noise, params, true);
+  twice.copy(once);
+  fractal3D_field(twice, noise, params, false);
+  EXPECT_NEAR(twice(1, 2, 0), 2 * once(1, 2, 0), 1e-5f);
+}
+
+TEST(WaveletNoise, TilesOfSuccessiveTimes) {
+  WaveletNoise source;
+  source.tile_size = 8;
+  Field<float> tiles[6];
+  for (Field<float>& tile : tiles) generate_tile(tile, source, 8, true, false);
+  const auto is = [&](const WaveletNoise& noise, int a, int b, float s) {
+    const float blend = (1 - s) * tiles[a][77] + s * tiles[b][77];
+    return test::same_bits(noise.tile_a, tiles[a]) && test::same_bits(noise.tile_b, tiles[b]) &&
+           noise.tile[77] == blend;
+  };
+  WaveletNoise noise;
+  noise.tile_size = 8;
+  advance_tile(noise, 0, true, false);
+  EXPECT_TRUE(is(noise, 0, 1, 0));
+  advance_tile(noise, -0.75f, true, false);
+  EXPECT_TRUE(is(noise, 0, 1, 0.75f));
+  advance_tile(noise, 1.5f, true, false);
+  EXPECT_TRUE(is(noise, 1, 2, 0.5f));
+  advance_tile(noise, 0.5f, true, false);  // back: tile 1 is of time 1 again, and 3 is new
+  EXPECT_TRUE(is(noise, 3, 1, 0.5f));
+  advance_tile(noise, std::numeric_limits<float>::quiet_NaN(), true, false);
+  EXPECT_TRUE(is(noise, 3, 1, 0));
+  WaveletNoise late;  // skips two tiles
+  late.tile_size = 8;
+  advance_tile(late, 3.25f, true, false);
+  EXPECT_TRUE(is(late, 2, 3, 0.25f));
+  advance_tile(late, 1e30f, true, false);
+  EXPECT_EQ(late.tile_time, 1000000000);
+}
+
+TEST(NoiseParams, ScaleFromEddySizes) {
+  const struct {
+    double a, b, strength, period;
+    float frequency, amplitude, bands, time_frequency;
+  } cases[] = {{2, 16, 3, 4, 0.125f, 24, 4, 0.25f},
+               {16, 2, 3, 0, 0.125f, 24, 4, 0},
+               {0.5, 1, -3, 2, 1, 0, 1, 0.5f},
+               {-5, 6, 1, -1, 1.0f / 3, 3, 1 + std::log2(3.0f), 0}};
+  for (const auto& c : cases) {
+    NoiseParams params;
+    set_noise_scale(params, c.a, c.b, 2, c.strength, c.period);
+    EXPECT_FLOAT_EQ(params.frequency, c.frequency);
+    EXPECT_FLOAT_EQ(params.amplitude, c.amplitude);
+    EXPECT_FLOAT_EQ(params.bands, c.bands);
+    EXPECT_FLOAT_EQ(params.time_frequency, c.time_frequency);
+  }
+}
+
+}  // namespace
+}  // namespace nbx

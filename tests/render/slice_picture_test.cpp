@@ -1,0 +1,170 @@
+#include "render/slice_picture.h"
+
+#include <cmath>
+
+#include <unistd.h>
+
+#include "cache/grid_type.h"
+#include "support/support.h"
+#include "util/exception.h"
+
+namespace nbx {
+namespace {
+
+// 3 x 4 x 5 cells inside of the ghost layer, whose values would outshine everything.
+Field<float> ghosted() {
+  Field<float> f(5, 6, 7);
+  for (std::size_t i = 0; i < f.count(); ++i) f[i] = 1e6f;
+  for (int k = 1; k < 6; ++k)
+    for (int j = 1; j < 5; ++j)
+      for (int i = 1; i < 4; ++i) f(i, j, k) = 0;
+  return f;
+}
+
+std::vector<std::pair<int, int>> lit(const QImage& picture) {
+  std::vector<std::pair<int, int>> pixels;
+  for (int y = 0; y < picture.height(); ++y)
+    for (int x = 0; x < picture.width(); ++x)
+      if (qGray(picture.pixel(x, y)) > 0) pixels.emplace_back(x, y);
+  return pixels;
+}
+
+int grey(const QImage& picture, int x, int y) { return qRed(picture.pixel(x, y)); }
+
+// One cell near a corner, seen along each axis: it tells which way the picture lies.
+TEST(SlicePicture, LiesTheRightWay) {
+  Field<float> f = ghosted();
+  f(3, 1, 2) = 1;
+  const struct {
+    int axis, width, height, position, x, y;
+  } cases[] = {
+      {0, 5, 4, 3, 3, 3},  // z 2 of 1 .. 5 from the right, y 1 at the bottom
+      {1, 3, 5, 1, 2, 1},  // x 3 at the right, z 2 from the top
+      {2, 3, 4, 2, 2, 3},
+  };
+  for (const auto& c : cases) {
+    SliceOptions options;
+    options.axis = c.axis;
+    for (const Projection p : {Projection::kMax, Projection::kMean, Projection::kSmoke}) {
+      options.projection = p;
+      const QImage picture = slice_picture(f, options);
+      EXPECT_EQ(picture.size(), QSize(c.width, c.height));
+      EXPECT_EQ(lit(picture), (std::vector<std::pair<int, int>>{{c.x, c.y}})) << c.axis;
+    }
+    options.projection = Projection::kNone;
+    options.position = c.position;
+    EXPECT_EQ(lit(slice_picture(f, options)).size(), 1u);
+    options.position = c.position == 3 ? 2 : c.position + 1;
+    EXPECT_EQ(lit(slice_picture(f, options)).size(), 0u);
+  }
+}
+
+TEST(SlicePicture, MiddleOddAndEven) {
+  Field<float> f = ghosted();
+  f(1, 2, 3) = 1;  // the middle of 5, and the lower middle of 4
+  SliceOptions options;
+  EXPECT_EQ(lit(slice_picture(f, options)).size(), 1u);
+  options.axis = 1;
+  options.scale = 3;
+  const QImage picture = slice_picture(f, options);
+  EXPECT_EQ(picture.size(), QSize(9, 15));
+  EXPECT_EQ(lit(picture).size(), 9u);
+  EXPECT_GT(grey(picture, 0, 6), 0);
+  EXPECT_GT(grey(picture, 2, 8), 0);
+}
+
+TEST(SlicePicture, ProjectionsFollowTheirFormulas) {
+  Field<float> f = ghosted();
+  for (int k = 1; k < 6; ++k) f(1, 4, k) = 0.2f * static_cast<float>(k);  // top left, sum 3
+  for (int k = 1; k < 6; ++k) f(2, 4, k) = -0.5f;
+  const auto top_left = [&](Projection p, SliceOptions options) {
+    options.projection = p;
+    return grey(slice_picture(f, options), 0, 0);
+  };
+  SliceOptions options;
+  options.range = {0.0f, 2.0f};
+  EXPECT_EQ(top_left(Projection::kMax, options), std::lround(255 * 0.5));
+  EXPECT_EQ(top_left(Projection::kMean, options), std::lround(255 * 0.3));
+  EXPECT_EQ(top_left(Projection::kSmoke, options), std::lround(255 * 0.95));
+  options.absorption = 0.1f;
+  EXPECT_EQ(top_left(Projection::kSmoke, options), std::lround(255 * (1 - std::exp(-0.3))));
+  options.gamma = 2;
+  EXPECT_EQ(top_left(Projection::kMean, options), std::lround(255 * std::sqrt(0.3)));
+  options.range = {2.0f, 0.0f};  // turned round
+  EXPECT_EQ(top_left(Projection::kMax, options), std::lround(255 * std::sqrt(0.5)));
+  // Of negative values alone the largest is still found.
+  options.range = {-1.0f, 0.0f};
+  options.gamma = 1;
+  options.projection = Projection::kMax;
+  EXPECT_EQ(grey(slice_picture(f, options), 1, 0), std::lround(255 * 0.5));
+}
+
+TEST(SlicePicture, Colours) {
+  Field<float> f = ghosted();
+  SliceOptions options;
+  options.colours = ColourMap::kDiverging;
+  EXPECT_EQ(slice_picture(f, options).pixel(0, 0), qRgb(255, 255, 255));  // all 0
+  f(1, 4, 3) = -4;
+  f(2, 4, 3) = 2;
+  QImage picture = slice_picture(f, options);
+  EXPECT_EQ(picture.pixel(0, 0), qRgb(0, 0, 255));
+  EXPECT_EQ(picture.pixel(1, 0), qRgb(255, 128, 128));
+  EXPECT_EQ(picture.pixel(2, 0), qRgb(255, 255, 255));
+  options.colours = ColourMap::kHeat;
+  f(1, 4, 3) = 4;
+  f(3, 4, 3) = NAN;
+  for (const Projection p : {Projection::kNone, Projection::kMax, Projection::kMean}) {
+    options.projection = p;
+    picture = slice_picture(f, options);
+    EXPECT_EQ(picture.pixel(0, 0), qRgb(255, 255, 255));
+    EXPECT_EQ(picture.pixel(1, 0), qRgb(255, 128, 0));  // halfway: red full, green half
+    EXPECT_EQ(picture.pixel(2, 0), qRgb(255, 0, 255));  // a NaN shows
+    EXPECT_EQ(picture.pixel(0, 1), qRgb(0, 0, 0));
+  }
+  EXPECT_EQ(slice_options(kGridDensity).projection, Projection::kSmoke);
+  EXPECT_EQ(slice_options(kGridSecondVelocityY).colours, ColourMap::kDiverging);
+  EXPECT_EQ(slice_options(kGridTemperature).colours, ColourMap::kHeat);
+}
+
+TEST(SlicePicture, RefusesWhatItCannotShow) {
+  const Field<float> f = ghosted();
+  const auto refuses = [&](auto change) {
+    SliceOptions options;
+    change(options);
+    EXPECT_THROW(slice_picture(f, options), Exception);
+  };
+  refuses([](SliceOptions& o) { o.axis = 3; });
+  refuses([](SliceOptions& o) { o.position = 0; });
+  refuses([](SliceOptions& o) { o.position = 6; });
+  refuses([](SliceOptions& o) { o.scale = 0; });
+  refuses([](SliceOptions& o) { o.scale = 65; });
+  refuses([](SliceOptions& o) { o.gamma = 0; });
+  EXPECT_THROW(slice_picture(Field<float>(9, 2, 9), {}), Exception);
+  SliceOptions large;
+  large.scale = 64;
+  EXPECT_THROW(slice_picture(Field<float>(600, 3, 3), large), Exception);
+}
+
+TEST(SlicePicture, PngIsWrittenWholeOrNotAtAll) {
+  test::TemporaryFolder folder;
+  Field<float> f = ghosted();
+  f(1, 1, 3) = 1;
+  const QImage picture = slice_picture(f, {});
+  std::string error;
+  ASSERT_TRUE(write_png(picture, folder.file("p.png"), &error)) << error;
+  const QImage back = QImage(QString::fromStdString(folder.file("p.png")));
+  EXPECT_EQ(back.convertToFormat(picture.format()), picture);
+
+  const std::string before = test::read_file(folder.file("p.png"));
+  EXPECT_FALSE(write_png(QImage(), folder.file("p.png"), &error));
+  EXPECT_FALSE(error.empty());
+  EXPECT_EQ(test::read_file(folder.file("p.png")), before);
+  EXPECT_FALSE(write_png(picture, folder.file("missing/p.png"), nullptr));
+  int files = 0;
+  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder.path()))
+    ++files;
+  EXPECT_EQ(files, 1);
+}
+
+}  // namespace
+}  // namespace nbx

@@ -1,0 +1,127 @@
+#include <limits>
+#include <map>
+#include <random>
+#include <tuple>
+
+#include "scene/brute_force_distance.h"
+#include "scene/triangle_scan.h"
+#include "support/support.h"
+
+namespace nbx {
+namespace {
+
+struct Hit {
+  double q = 0, d = 0;
+};
+using Hits = std::map<std::tuple<int, int, int>, Hit>;
+
+Hits scan(const VoxelizationTriangle& triangle, double reach, const IntBox& box) {
+  Hits hits;
+  TriangleScan(triangle, reach, box).run([&](int x, int y, int z, double q, double d) {
+    EXPECT_TRUE(hits.emplace(std::tuple(x, y, z), Hit{q, d}).second) << "a cell is visited twice";
+  });
+  return hits;
+}
+
+/// Every cell of `box` must be hit exactly when it lies within reach, with the right distance.
+/// Returns the number of hits.
+int compare(const VoxelizationTriangle& triangle, double reach, const IntBox& box) {
+  Hits hits = scan(triangle, reach, box);
+  const int found = static_cast<int>(hits.size());
+  const Vec3d p0 = vector_cast<double>(triangle.p0);
+  const Vec3d normal = cross(vector_cast<double>(triangle.p1) - p0,  //
+                             vector_cast<double>(triangle.p2) - p0);
+  const double tolerance = 1e-9;
+  for (int z = box.lo[2]; z <= box.hi[2]; ++z)
+    for (int y = box.lo[1]; y <= box.hi[1]; ++y)
+      for (int x = box.lo[0]; x <= box.hi[0]; ++x) {
+        const Vec3d c(x, y, z);
+        const double q = test::square_distance_to_triangle(c, triangle);
+        const auto hit = hits.find({x, y, z});
+        if (hit == hits.end()) {
+          EXPECT_GT(q, reach * reach - tolerance) << x << " " << y << " " << z << " is missing";
+          continue;
+        }
+        EXPECT_NEAR(hit->second.q, q, tolerance) << x << " " << y << " " << z;
+        EXPECT_NEAR(hit->second.d, dot(c - p0, normal) / length(normal), tolerance);
+        hits.erase(hit);
+      }
+  EXPECT_TRUE(hits.empty()) << "hits outside of the box";
+  return found;
+}
+
+TEST(TriangleScan, DistancesOfRandomTriangles) {
+  std::mt19937 engine(7);
+  std::uniform_real_distribution<float> place(-4, 24), shift(-1.5f, 1.5f), reach(0.5f, 4);
+  const IntBox box{{0, 0, 0}, {20, 19, 21}};
+  const auto point = [&](auto& d) { return Vec3f(d(engine), d(engine), d(engine)); };
+  int hits = 0;
+  for (int i = 0; i < 300; ++i) {
+    VoxelizationTriangle t{point(place), point(place), point(place)};
+    if (i % 3 == 1) t.p1 = t.p0 + point(shift);                          // small edge
+    if (i % 3 == 2) t.p2 = (t.p0 + t.p1) * 0.5f + point(shift) * 0.05f;  // sliver, obtuse
+    hits += compare(t, reach(engine), box);
+  }
+  EXPECT_GT(hits, 100000);
+}
+
+TEST(TriangleScan, CornersOnCellsAndPlanesAlongTheGrid) {
+  const IntBox box{{0, 0, 0}, {12, 12, 12}};
+  const VoxelizationTriangle triangles[] = {
+      {{2, 2, 5}, {9, 2, 5}, {2, 9, 5}},        // in a z plane
+      {{5, 2, 2}, {5, 2, 9}, {5, 9, 2}},        // in an x plane: no clipping along rows
+      {{2, 2, 2}, {9, 9, 2}, {2, 2, 9}},        // diagonal
+      {{-3, 6, 6}, {6, -30, 6}, {60, 6, 6.5}},  // larger than the box
+  };
+  for (const auto& t : triangles)
+    for (double reach : {1.0, 2.0}) EXPECT_GT(compare(t, reach, box), 50);
+  // A cell on the surface and one exactly at the reach are both hits.
+  const Hits hits = scan(triangles[0], 2, box);
+  EXPECT_EQ(hits.at({3, 3, 5}).q, 0);
+  EXPECT_EQ(hits.at({3, 3, 7}).q, 4);
+  EXPECT_EQ(hits.at({3, 3, 3}).d, -2);
+}
+
+TEST(TriangleScan, StepsStayExactInALargeDomain) {
+  // A sliver along x: its rows are walked from end to end.
+  for (const auto& [n, bound] : {std::pair{1000, 1e-9}, {1500000, 1e-3}}) {
+    const auto far_end = static_cast<float>(n);
+    const VoxelizationTriangle t{{3, 2, 1}, {far_end + 0.5f, 7, 5}, {far_end - 8.25f, 40, 22}};
+    double worst = 0;
+    int visited = 0;
+    const IntBox box{{0, 0, 0}, {n + 4, 50, 30}};
+    TriangleScan(t, 1.8, box).run([&, first = n - 40](int x, int y, int z, double q, double) {
+      if (x < first) return;
+      ++visited;
+      worst = std::max(worst, std::abs(q - test::square_distance_to_triangle(Vec3d(x, y, z), t)));
+    });
+    EXPECT_GT(visited, 1000);
+    EXPECT_LT(worst, bound);
+    EXPECT_GT(compare(t, 2, {{n - 40, 0, 0}, {n + 4, 50, 30}}), 1000);
+  }
+}
+
+TEST(TriangleScan, BadTrianglesLeaveNoMark) {
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  const float inf = std::numeric_limits<float>::infinity();
+  const float huge = std::numeric_limits<float>::max();
+  const IntBox box{{0, 0, 0}, {20, 20, 20}};
+  const VoxelizationTriangle bad[] = {
+      {{5, 5, 5}, {5, 5, 5}, {5, 5, 5}},
+      {{5, 5, 5}, {5.001f, 5, 5}, {9, 9, 9}},  // an edge of 1e-3
+      {{1, 1, 1}, {7, 7, 7}, {19, 19, 19}},    // corners in a line
+      {{nan, 5, 5}, {9, 5, 5}, {5, 9, 5}},
+      {{5, 5, 5}, {9, inf, 5}, {5, 9, 5}},
+      {{5, 5, 5}, {9, 5, 5}, {5, 9, -inf}},
+      {{200, 5, 5}, {209, 5, 5}, {200, 9, 5}},  // outside
+  };
+  for (const auto& t : bad) EXPECT_TRUE(scan(t, 2, box).empty());
+  EXPECT_TRUE(scan({{5, 5, 5}, {9, 5, 5}, {5, 9, 5}}, 2, IntBox()).empty());
+  // Finite corners beyond all bounds end like any others, and a plane through the box is seen.
+  EXPECT_TRUE(scan({{huge, huge, 5}, {-huge, huge, 5}, {huge, huge, 6}}, 2, box).empty());
+  const Hits hits = scan({{-1e6f, -1e6f, 5}, {3e6f, -1e6f, 5}, {-1e6f, 3e6f, 5}}, 1, box);
+  EXPECT_EQ(hits.size(), 21u * 21u * 3u);
+}
+
+}  // namespace
+}  // namespace nbx

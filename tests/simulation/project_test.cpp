@@ -1,0 +1,171 @@
+#include "simulation/project.h"
+
+#include <limits>
+#include <tuple>
+
+#include "math/field_operators.h"
+#include "math/field_pool.h"
+#include "math/field_reductions.h"
+#include "simulation/fluid_tools3d.h"
+#include "support/support.h"
+#include "util/exception.h"
+
+namespace nbx {
+namespace {
+
+using test::fill_random;
+
+// A box with a random velocity of about `speed` on its inner faces.
+struct Box {
+  Vec3i n;
+  Field<float> U, V, W, phi, Us, Vs, Ws;
+  SimSettings settings;
+  MultigridSolver3D solver;
+
+  Box(const Vec3i& interior, const std::array<int, 6>& faces, float speed = 1)
+      : n(interior + Vec3i(2, 2, 2)) {
+    unsigned seed = 1;
+    for (auto [f, solid, axis] : {std::tuple(&U, &Us, 0), {&V, &Vs, 1}, {&W, &Ws, 2}}) {
+      Vec3i dims = n;
+      ++dims[axis];
+      f->resize(dims);
+      fill_random(*f, seed++, -speed, speed);
+      solid->resize(dims);
+      std::fill_n(solid->data(), solid->count(), 0.0f);
+    }
+    settings.domain_box = settings.active_box = {{0, 0, 0}, interior - Vec3i(1, 1, 1)};
+    settings.face_closed = faces;
+    settings.dx = 0.5;
+    settings.max_cycles = 60;
+  }
+  ProjectionFields fields() {
+    ProjectionFields f;
+    f.U = &U;
+    f.V = &V;
+    f.W = &W;
+    if (phi.count() > 0) {
+      f.phi = &phi;
+      f.Us = &Us;
+      f.Vs = &Vs;
+      f.Ws = &Ws;
+    }
+    return f;
+  }
+  SolveResult run(const Field<float>* source = nullptr) {
+    ProjectionFields f = fields();
+    f.source = source;
+    return project(solver, f, settings, closed_faces(settings), 5, nullptr);
+  }
+  // The largest of |-div + source| in fluid.
+  float divergence(const Field<float>* source = nullptr) {
+    Field<float> rhs(n[0], n[1], n[2]);
+    NegDivergence(rhs, U, V, W, phi.count() > 0 ? &phi : nullptr, 1 / settings.dx);
+    if (source) axpy(rhs, 1, *source, rhs);
+    return infnorm(rhs);
+  }
+  // A ball of radius 5 in the middle, that moves with 0.25 along y.
+  void add_ball() {
+    phi.resize(n);
+    for (int k = 0; k < n[2]; ++k)
+      for (int j = 0; j < n[1]; ++j)
+        for (int i = 0; i < n[0]; ++i) {
+          const double r = std::hypot(i - n[0] / 2, j - n[1] / 2, k - n[2] / 2);
+          const float d = static_cast<float>(r) - 5;
+          phi(i, j, k) = d * std::abs(d);
+        }
+    std::fill_n(Vs.data(), Vs.count(), 0.25f);
+  }
+  // The largest deviation from the ball's velocity on its faces.
+  float slip() {
+    float worst = 0;
+    const auto face = [&](const Field<float>& f, const Field<float>& solid, const Vec3i& step) {
+      for (int k = 1; k < n[2] - 1; ++k)
+        for (int j = 1; j < n[1] - 1; ++j)
+          for (int i = 1; i < n[0] - 1; ++i)
+            if (phi(i, j, k) <= 0 || phi(i - step[0], j - step[1], k - step[2]) <= 0)
+              worst = std::max(worst, std::abs(f(i, j, k) - solid(i, j, k)));
+    };
+    face(U, Us, {1, 0, 0});
+    face(V, Vs, {0, 1, 0});
+    face(W, Ws, {0, 0, 1});
+    return worst;
+  }
+};
+
+TEST(Project, LeavesNoDivergence) {
+  for (const Vec3i& size : {Vec3i(1, 1, 1), Vec3i(31, 32, 17), Vec3i(40, 1, 25)})
+    for (const std::array<int, 6>& faces :
+         {std::array<int, 6>{}, {1, 1, 1, 1, 1, 1}, {1, 0, 1, 1, 0, 0}}) {
+      SCOPED_TRACE(testing::Message()
+                   << size[0] << " " << size[1] << " faces " << faces[0] << faces[1]);
+      Box box(size, faces);
+      ASSERT_GT(box.divergence(), 1);
+      const SolveResult result = box.run();
+      EXPECT_EQ(result.end, SolveEnd::kConverged);
+      // The faces are stored as floats: their rounding over dx comes on top.
+      EXPECT_LT(box.divergence(), 0.01f + 1e-5f);
+      EXPECT_NEAR(box.divergence(), result.residual, 1e-5f);
+    }
+}
+
+TEST(Project, ASourceIsTheDivergenceThatIsLeft) {
+  Box box({20, 21, 22}, {});
+  Field<float> source(box.n[0], box.n[1], box.n[2]);
+  std::fill_n(source.data(), source.count(), 0.0f);
+  source(10, 10, 10) = 3;
+  EXPECT_EQ(box.run(&source).end, SolveEnd::kConverged);
+  EXPECT_LT(box.divergence(&source), 0.01f + 1e-5f);
+  EXPECT_NEAR(box.divergence(), 3, 0.02f);
+}
+
+TEST(Project, FacesOfSolidsHoldTheirVelocity) {
+  // The passes round the ball end at the tolerance. What they leave, the last solve takes away with
+  // a pressure that doesn't see the ball, so the faces move by what the tolerance allows.
+  const auto slip_at = [](double tolerance, int passes) {
+    Box box({33, 24, 30}, {}, 0.1f);
+    box.add_ball();
+    box.settings.pressure_tolerance = tolerance;
+    box.settings.solid_iterations = passes;
+    EXPECT_EQ(box.run().end, SolveEnd::kConverged);
+    EXPECT_LT(box.divergence(), tolerance + 1e-5);
+    return box.slip();
+  };
+  EXPECT_GT(slip_at(0.01, 0), 0.1f) << "without the passes";
+  EXPECT_LT(slip_at(0.01, 10), 0.025f);
+  EXPECT_LT(slip_at(1e-4, 1000), 0.0012f);
+}
+
+TEST(Project, SameBitsForAnyNumberOfThreads) {
+  Box one({44, 43, 40}, {1, 0, 0, 0, 1, 1}), two({44, 43, 40}, {1, 0, 0, 0, 1, 1});
+  for (Box* box : {&one, &two}) {
+    const test::ThreadCount threads(box == &one ? 1 : 2);
+    box->add_ball();
+    EXPECT_GT(box->run().cycles, 0);
+  }
+  EXPECT_TRUE(test::same_bits(one.U, two.U) && test::same_bits(one.V, two.V) &&
+              test::same_bits(one.W, two.W));
+}
+
+TEST(Project, FailuresGiveEverythingBack) {
+  const auto in_use = field_pool().counts().in_use;
+  Box box({8, 8, 8}, {});
+  box.V(4, 4, 4) = std::numeric_limits<float>::quiet_NaN();
+  try {
+    std::ignore = box.run();
+    FAIL() << "no exception";
+  } catch (const Exception& e) {
+    EXPECT_STREQ(e.what(), "Floating point error during linear solving");
+  }
+  EXPECT_EQ(field_pool().counts().in_use, in_use);
+  EXPECT_EQ(box.solver.level_count(), 0);
+
+  box.V.resize(10, 10, 10);
+  EXPECT_THROW(std::ignore = box.run(), FieldDimensionMismatchException);
+
+  Box flat({0, 8, 8}, {}), before({0, 8, 8}, {});
+  EXPECT_EQ(flat.run().cycles, 0);
+  EXPECT_TRUE(test::same_bits(flat.V, before.V)) << "no interior";
+}
+
+}  // namespace
+}  // namespace nbx

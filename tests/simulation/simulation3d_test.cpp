@@ -1,0 +1,277 @@
+// The spine of a run: substep planning, order of hooks, abort and continue, state in and out.
+#include "simulation/simulation3d.h"
+
+#include <map>
+
+#include "math/field_operators.h"
+#include "math/field_reductions.h"
+#include "support/support.h"
+
+namespace nbx {
+namespace {
+
+// A closed box that takes density and heat from a small cube, like a scene with one emitter.
+class BoxScene : public SceneEvaluator {
+ public:
+  explicit BoxScene(int n, double amount = 1) : n_(n), amount_(amount) {}
+
+  void read_settings(Simulation3D& sim, double dt) override {
+    SimSettings& s = sim.settings;
+    s.domain_box = {{0, 0, 0}, {n_ - 1, n_ - 1, n_ - 1}};
+    s.face_closed = {1, 1, 1, 1, 1, 1};
+    s.max_substeps = max_substeps;
+    s.cfl = cfl;
+    s.dx = 0.05;
+    s.interp_points = interp_points;
+    s.frame_duration = s.start_time.length.value();
+    s.channel_params[kDensity].buoyancy = 0;
+    s.channel_params[kTemperature].decay = 0.1;
+    steps.push_back(dt);
+  }
+  void update_inputs(Simulation3D& sim, double) override {
+    SparseField<float, 3> weights;
+    const int a = n_ / 2 - 2;
+    for (int z = a; z < a + 4; ++z)
+      for (int y = 2; y < 6; ++y)
+        for (int x = a; x < a + 4; ++x)
+          weights.hash_insert(x, y, z)
+              .data[SparseField<float, 3>::voxel_index(x & 7, y & 7, z & 7)] = 1;
+    SimulationObjectParameters object;
+    object.amounts = {{kDensity, amount_}, {kTemperature, amount_}};
+    sim.add_source_object(object, weights);
+    ++inputs;
+  }
+  void update_solids(Simulation3D&, double) override {}
+
+  int max_substeps = 1, interp_points = 3, inputs = 0;
+  double cfl = 2;
+  std::vector<double> steps;  // dt of each call of read_settings
+
+ private:
+  int n_;
+  double amount_;
+};
+
+// Says stop at the nth call.
+class StopAt : public SimProgress {
+ public:
+  explicit StopAt(int n) : left_(n) {}
+  bool progress(int done, int total) override {
+    ++calls;
+    whole = done == total;
+    EXPECT_LE(done, total);
+    return --left_ != 0;
+  }
+  int calls = 0;
+  bool whole = false;
+
+ private:
+  int left_;
+};
+
+struct SmokeRun {
+  explicit SmokeRun(int n = 16) : scene(n) {
+    sim.settings.simulated_channels = {kDensity, kTemperature};
+    sim.settings.cached_channels = {kDensity, kTemperature, kVelocity, kSecondVelocity};
+    sim.settings.start_time = time;
+    sim.settings.sim_time = time;
+  }
+  const Field<float>& channel(int key) { return sim.channel_field(key)->cpu_field(); }
+  void frames(int count) {
+    for (int i = 0; i < count; ++i) sim.update(scene, time, nullptr);
+  }
+
+  BoxScene scene;
+  Simulation3D sim;
+  FrameTime time{{0, 1}, {1, 25}};
+};
+
+TEST(Simulation3D, FirstFrameHoldsTheSourcesAndHotGasRises) {
+  test::LogCapture log;
+  SmokeRun run;
+  EXPECT_FALSE(run.sim.start(run.scene, run.time)) << "there is no cache to store into";
+  EXPECT_TRUE(log.contains("Failed to store simulation frame 0"));
+  EXPECT_TRUE(log.contains("Adapting container: [0,0,0]->[15,15,15] = [16,16,16]"));
+  EXPECT_EQ(sum(run.channel(kDensity)), 64);
+  EXPECT_TRUE(run.sim.fluid().zero_velocity());
+
+  run.frames(10);
+  EXPECT_EQ(run.time.frame(), 10);
+  EXPECT_EQ(run.sim.settings.sim_time.time, (Fraction{2, 5}));
+  EXPECT_FALSE(run.sim.fluid().zero_velocity());
+  double moment = 0, mass = 0;
+  const Field<float>& d = run.channel(kDensity);
+  for (int k = 0; k < d.nz(); ++k)
+    for (int j = 0; j < d.ny(); ++j)
+      for (int i = 0; i < d.nx(); ++i) {
+        ASSERT_TRUE(std::isfinite(d(i, j, k)));
+        moment += j * d(i, j, k);
+        mass += d(i, j, k);
+      }
+  EXPECT_GT(moment / mass, 4.5 + 0.5) << "the source's centre is at row 4.5";
+  EXPECT_TRUE(log.contains("10F #1 src("));
+}
+
+TEST(Simulation3D, SubstepsArePlannedEqualAndBounded) {
+  // A frame of no length runs no substep, but it is a frame.
+  SmokeRun still;
+  still.sim.init_state(still.scene);
+  still.sim.settings.sim_time.length = {0, 1};
+  const std::size_t calls = still.scene.steps.size();
+  still.frames(1);
+  EXPECT_EQ(still.scene.steps.size(), calls);
+  EXPECT_EQ(still.time.frame(), 1);
+
+  // Gas at rest needs one step however many are allowed.
+  SmokeRun rest;
+  rest.scene.max_substeps = 5;
+  rest.sim.init_state(rest.scene);
+  rest.frames(1);
+  EXPECT_EQ(rest.sim.settings.step_index, 1);
+
+  // Fast gas takes all that are allowed; the limit gives way, not the frame.
+  for (int allowed : {1, 3}) {
+    SmokeRun fast;
+    fast.scene.max_substeps = allowed;
+    fast.sim.init_state(fast.scene);
+    fast.frames(2);
+    fast.scene.cfl = 1e-4;
+    fast.scene.read_settings(fast.sim, 0);
+    fast.scene.steps.clear();
+    fast.frames(1);
+    ASSERT_EQ(fast.scene.steps.size(), static_cast<std::size_t>(allowed));
+    for (double dt : fast.scene.steps) EXPECT_NEAR(dt, 0.04 / allowed, 1e-12);
+    EXPECT_NEAR(fast.sim.settings.frame_elapsed, 0.04, 1e-12);
+  }
+}
+
+TEST(Simulation3D, AnAbortAtAnyPointKeepsTheFrameAndGoesOn) {
+  StopAt counter(-1);
+  {
+    SmokeRun run;
+    run.sim.init_state(run.scene);
+    run.frames(3);
+    run.sim.update(run.scene, run.time, &counter);
+    EXPECT_TRUE(counter.whole);
+  }
+  ASSERT_GT(counter.calls, 10) << "ten checks and the solver's cycles";
+  for (int n = 1; n < counter.calls; ++n) {
+    test::LogCapture log;
+    SmokeRun run;
+    run.sim.init_state(run.scene);
+    run.frames(3);
+    const FrameTime before = run.time;
+    StopAt stop(n);
+    run.sim.update(run.scene, run.time, &stop);
+    if (stop.whole) continue;  // the solver's last cycles: it answers, and the frame ends
+    if (run.sim.steps_remaining() > 0) {
+      EXPECT_EQ(run.time, before) << "stopped at " << n;
+      run.frames(1);
+      EXPECT_TRUE(log.contains("continuing update, 1 steps remaining"));
+    }
+    EXPECT_EQ(run.time, next_frame(before)) << "stopped at " << n;
+    EXPECT_EQ(run.sim.steps_remaining(), 0);
+  }
+}
+
+TEST(Simulation3D, FramesAreStoredAndTheStateComesBack) {
+  test::TemporaryFolder folder;
+  SmokeRun run;
+  run.sim.settings.target_cache = std::make_shared<BFS>();
+  ASSERT_TRUE(run.sim.settings.target_cache->setDirectory(folder.path()));
+  ASSERT_TRUE(run.sim.start(run.scene, run.time));
+  run.frames(4);
+  EXPECT_EQ(run.sim.frames_not_stored(), 0);
+  EXPECT_EQ(run.sim.settings.target_cache->frames(), (std::vector<int>{0, 1, 2, 3, 4}));
+
+  SimFrame frame;
+  ASSERT_TRUE(frame.load(run.sim.settings.target_cache->fileName(4, 0)));
+  EXPECT_EQ(frame.frameTime, run.time);
+  EXPECT_EQ(frame.offset(), Vec3i(-1, -1, -1));
+  EXPECT_TRUE(test::same_bits(*frame.grid(kGridDensity), run.channel(kDensity)));
+
+  // A run from the stored state gives the bits of the run that went on.
+  SmokeRun resumed;
+  resumed.time = frame.frameTime;
+  ASSERT_TRUE(resumed.sim.load_state(resumed.scene, frame));
+  EXPECT_EQ(resumed.sim.settings.active_box, run.sim.settings.active_box);
+  run.frames(3);
+  resumed.frames(3);
+  EXPECT_EQ(resumed.time, run.time);
+  EXPECT_TRUE(test::same_bits(resumed.channel(kDensity), run.channel(kDensity)));
+  EXPECT_TRUE(test::same_bits(resumed.channel(kTemperature), run.channel(kTemperature)));
+
+  // A grid below 3 cells is refused.
+  test::LogCapture log;
+  SimFrame small;
+  small.add(acquire_field({2, 9, 9}), kGridDensity, {0, 0, 0}, {});
+  SmokeRun refused;
+  EXPECT_FALSE(refused.sim.load_state(refused.scene, small));
+  EXPECT_TRUE(log.contains("Failed to load state form sim frame: Invalid grid size"));
+
+  // Frames that don't reach the disk are counted, and the run goes on.
+  std::filesystem::remove_all(folder.path());
+  run.frames(2);
+  EXPECT_EQ(run.sim.frames_not_stored(), 2);
+}
+
+TEST(Simulation3D, SteadyStateAllocatesNothingAndThreadsDontMatter) {
+  std::map<int, std::vector<float>> result;
+  for (int threads : {1, 2}) {
+    const test::ThreadCount count(threads);
+    SmokeRun run(20);
+    run.scene.interp_points = 4;
+    run.scene.max_substeps = 2;
+    run.sim.init_state(run.scene);
+    // Pooled fields grow to the largest use that they meet: ten frames make all of them large
+    // enough.
+    run.frames(10);
+    const std::uint64_t allocated = field_allocations();
+    run.frames(10);
+    EXPECT_EQ(field_allocations(), allocated);
+    const Field<float>& d = run.channel(kDensity);
+    result[threads].assign(d.data(), d.data() + d.count());
+  }
+  EXPECT_EQ(0, std::memcmp(result[1].data(), result[2].data(), result[1].size() * sizeof(float)));
+}
+
+TEST(Channel, RatesAreSharesOfAFrameAndSetSourcesNeverLower) {
+  SmokeRun run;
+  run.sim.init_state(run.scene);
+  // Temperature loses a tenth a frame, is lifted to 1 again where the source is, never above.
+  run.sim.settings.channel_params[kTemperature].buoyancy = 0;
+  for (int frame = 0; frame < 3; ++frame) {
+    run.frames(1);
+    run.sim.settings.channel_params[kTemperature].buoyancy = 0;
+  }
+  EXPECT_LE(max(run.channel(kTemperature)), 1.0f);
+  EXPECT_EQ(max(run.channel(kDensity)), 1.0f);
+
+  // The same decay in one step or in five.
+  for (DecayMode mode : {DecayMode::kLinear, DecayMode::kExponential}) {
+    std::vector<float> left;
+    for (int substeps : {1, 5}) {
+      SimSettings s;
+      s.simulated_channels = {kDensity};
+      s.channel_params[kDensity] = default_channel_params(kDensity);
+      s.channel_params[kDensity].decay = 0.3;
+      s.channel_params[kDensity].decay_mode = mode;
+      s.active_box = {{0, 0, 0}, {3, 3, 3}};
+      s.frame_duration = 0.04;
+      s.dt = 0.04 / substeps;
+      ScalarFluidChannel channel(s, kDensity);
+      CuslKernels3D fluid(s);  // at rest: nothing is carried
+      channel.begin_step();
+      Field<float>& field = channel.get_field(kDensity)->cpu_field();
+      set(field, 0.9f);
+      for (int i = 0; i < substeps; ++i) channel.decay_and_advect(fluid);
+      left.push_back(channel.get_field(kDensity)->cpu_field()(2, 2, 2));
+    }
+    const float expected = mode == DecayMode::kLinear ? 0.6f : 0.63f;
+    EXPECT_NEAR(left[0], expected, 1e-6);
+    EXPECT_NEAR(left[1], expected, 1e-6);
+  }
+}
+
+}  // namespace
+}  // namespace nbx

@@ -1,0 +1,310 @@
+#include "simulation/vorticity.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "simulation/curl_noise.h"
+#include "support/support.h"
+#include "util/exception.h"
+#include "util/isa.h"
+
+namespace nbx {
+namespace {
+
+using test::fill_random;
+using test::same_bits;
+
+const Vec3i kSizes[] = {{1, 1, 1}, {2, 5, 5}, {3, 3, 3},   {4, 6, 5},
+                        {5, 5, 5}, {9, 7, 8}, {34, 19, 6}, {67, 5, 11}};
+
+struct Mac {
+  explicit Mac(const Vec3i& n)
+      : U(n[0] + 1, n[1], n[2]), V(n[0], n[1] + 1, n[2]), W(n[0], n[1], n[2] + 1) {
+    for (Field<float>* f : {&U, &V, &W}) std::fill_n(f->data(), f->count(), 0.0f);
+  }
+  void randomize(unsigned seed) {
+    fill_random(U, seed);
+    fill_random(V, seed + 1);
+    fill_random(W, seed + 2);
+  }
+  void copy(const Mac& other) {
+    U.copy(other.U);
+    V.copy(other.V);
+    W.copy(other.W);
+  }
+  bool same(const Mac& b) const {
+    return same_bits(U, b.U) && same_bits(V, b.V) && same_bits(W, b.W);
+  }
+  Field<float> U, V, W;
+};
+
+struct Centre3 {
+  explicit Centre3(const Vec3i& n)
+      : x(n[0], n[1], n[2]), y(n[0], n[1], n[2]), z(n[0], n[1], n[2]), mag(n[0], n[1], n[2]) {}
+  bool same(const Centre3& b) const {
+    return same_bits(x, b.x) && same_bits(y, b.y) && same_bits(z, b.z) && same_bits(mag, b.mag);
+  }
+  Field<float> x, y, z, mag;
+};
+
+// Visits the cells lo .. n-1-lo of all three axes.
+template <class Body>
+void cells(const Vec3i& n, int lo, Body body) {
+  for (int k = lo; k < n[2] - lo; ++k)
+    for (int j = lo; j < n[1] - lo; ++j)
+      for (int i = lo; i < n[0] - lo; ++i) body(i, j, k);
+}
+
+// The plain forms, cell by cell. Ghost cells take the nearest interior cell.
+void plain_curl(Centre3& w, const Mac& m, float dx) {
+  const auto u = [&](int i, int j, int k) { return (m.U(i, j, k) + m.U(i + 1, j, k)) / 2; };
+  const auto v = [&](int i, int j, int k) { return (m.V(i, j, k) + m.V(i, j + 1, k)) / 2; };
+  const auto c = [&](int i, int j, int k) { return (m.W(i, j, k) + m.W(i, j, k + 1)) / 2; };
+  const Vec3i n = w.x.dims();
+  const float s = 1 / (2 * dx);
+  const bool interior = n[0] > 2 && n[1] > 2 && n[2] > 2;
+  cells(n, 0, [&](int gi, int gj, int gk) {
+    if (!interior) {
+      w.x(gi, gj, gk) = w.y(gi, gj, gk) = w.z(gi, gj, gk) = w.mag(gi, gj, gk) = 0;
+      return;
+    }
+    const int i = std::clamp(gi, 1, n[0] - 2), j = std::clamp(gj, 1, n[1] - 2);
+    const int k = std::clamp(gk, 1, n[2] - 2);
+    const float x = ((c(i, j + 1, k) - c(i, j - 1, k)) - (v(i, j, k + 1) - v(i, j, k - 1))) * s;
+    const float y = ((u(i, j, k + 1) - u(i, j, k - 1)) - (c(i + 1, j, k) - c(i - 1, j, k))) * s;
+    const float z = ((v(i + 1, j, k) - v(i - 1, j, k)) - (u(i, j + 1, k) - u(i, j - 1, k))) * s;
+    w.x(gi, gj, gk) = x;
+    w.y(gi, gj, gk) = y;
+    w.z(gi, gj, gk) = z;
+    w.mag(gi, gj, gk) = std::sqrt(x * x + y * y + z * z);
+  });
+}
+
+void plain_confinement(Centre3& w, float scale) {
+  const Vec3i n = w.x.dims();
+  const Field<float>& m = w.mag;
+  cells(n, 0, [&](int i, int j, int k) {
+    Vec3f f;
+    if (std::min({i, j, k}) >= 2 && i < n[0] - 2 && j < n[1] - 2 && k < n[2] - 2) {
+      Vec3f N(m(i + 1, j, k) - m(i - 1, j, k), m(i, j + 1, k) - m(i, j - 1, k),
+              m(i, j, k + 1) - m(i, j, k - 1));
+      N = dot(N, N) > 1e-20f ? N * (1 / std::sqrt(dot(N, N))) : Vec3f();
+      f = cross(N, Vec3f(w.x(i, j, k), w.y(i, j, k), w.z(i, j, k))) * scale;
+    }
+    w.x(i, j, k) = f[0];
+    w.y(i, j, k) = f[1];
+    w.z(i, j, k) = f[2];
+  });
+}
+
+void plain_transfer(Mac& m, const Centre3& f, float c) {
+  cells(f.x.dims(), 2, [&](int i, int j, int k) {
+    m.U(i, j, k) += (f.x(i, j, k) + f.x(i - 1, j, k)) * c;
+    m.V(i, j, k) += (f.y(i, j, k) + f.y(i, j - 1, k)) * c;
+    m.W(i, j, k) += (f.z(i, j, k) + f.z(i, j, k - 1)) * c;
+  });
+}
+
+void plain_add_curl(Mac& m, const Field<float>& psi, const Field<float>* map, float scale) {
+  const int nx = psi.nx(), ny = psi.ny(), nz = psi.nz();
+  // The mean over the cells of an edge along `axis`.
+  const auto mean = [&](int i, int j, int k, int axis) {
+    const auto at = [&](int a, int b) {
+      return axis == 0   ? (*map)(i, j - a, k - b)
+             : axis == 1 ? (*map)(i - a, j, k - b)
+                         : (*map)(i - a, j - b, k);
+    };
+    return map ? ((at(1, 1) + at(0, 1)) + (at(1, 0) + at(0, 0))) * 0.25f : 1;
+  };
+  const auto P1 = [&](int i, int j, int k) { return psi(nx - 1 - i, j, k) * mean(i, j, k, 0); };
+  const auto P2 = [&](int i, int j, int k) { return psi(i, ny - 1 - j, k) * mean(i, j, k, 1); };
+  const auto P3 = [&](int i, int j, int k) { return psi(i, j, nz - 1 - k) * mean(i, j, k, 2); };
+  cells(psi.dims(), 1, [&](int i, int j, int k) {
+    const float p1 = P1(i, j, k), p2 = P2(i, j, k), p3 = P3(i, j, k);
+    m.U(i, j, k) += ((P3(i, j + 1, k) - p3) - (P2(i, j, k + 1) - p2)) * scale;
+    m.V(i, j, k) += ((P1(i, j, k + 1) - p1) - (P3(i + 1, j, k) - p3)) * scale;
+    m.W(i, j, k) += ((P2(i + 1, j, k) - p2) - (P1(i, j + 1, k) - p1)) * scale;
+  });
+}
+
+float divergence(const Mac& m, int i, int j, int k) {
+  return m.U(i + 1, j, k) - m.U(i, j, k) + m.V(i, j + 1, k) - m.V(i, j, k) + m.W(i, j, k + 1) -
+         m.W(i, j, k);
+}
+
+// Runs body() with each instruction set, with one thread and with three.
+template <class Body>
+void everywhere(Body body) {
+  for (Isa isa : {Isa::kBaseline, Isa::kAvx2, Isa::kAvx512})
+    for (int threads : {1, 3}) {
+      limit_isa(isa);
+      const test::ThreadCount count(threads);
+      body();
+    }
+  limit_isa(Isa::kAvx512);
+}
+
+TEST(Vorticity, EqualsThePlainForm) {
+  for (const Vec3i& n : kSizes) {
+    Mac u(n), expected_u(n);
+    u.randomize(1);
+    expected_u.copy(u);
+    Centre3 expected_w(n), expected_f(n);
+    plain_curl(expected_w, u, 0.3f);
+    for (Field<float> Centre3::*f : {&Centre3::x, &Centre3::y, &Centre3::z, &Centre3::mag})
+      (expected_f.*f).copy(expected_w.*f);
+    plain_confinement(expected_f, 0.7f);
+    plain_transfer(expected_u, expected_f, 0.25f);
+    everywhere([&] {
+      Centre3 w(n);
+      VelocityCurl(w.x, w.y, w.z, w.mag, u.U, u.V, u.W, 0.3f);
+      EXPECT_TRUE(w.same(expected_w)) << n[0];
+      VorticityConfinementForce(w.x, w.y, w.z, w.mag, 0.7f);
+      EXPECT_TRUE(w.same(expected_f)) << n[0];
+      Mac moved(n);
+      moved.copy(u);
+      add_center_force_to_mac(moved.U, moved.V, moved.W, w.x, w.y, w.z, 0.25f);
+      EXPECT_TRUE(moved.same(expected_u)) << n[0];
+    });
+  }
+}
+
+// u = a x r turns as a rigid body: its curl is 2 a. Rounding of velocities up to 30 comes in 2^-24
+// of that, divided by 2 dx = 1.
+TEST(Vorticity, RigidRotation) {
+  const Vec3i n(12, 9, 10);
+  const Vec3f a(0.5f, -1, 2);
+  Mac m(n);
+  const auto f = [](int i) { return static_cast<float>(i); };
+  cells(m.U.dims(), 0,
+        [&](int i, int j, int k) { m.U(i, j, k) = 0.5f * (a[1] * f(k) - a[2] * f(j)); });
+  cells(m.V.dims(), 0,
+        [&](int i, int j, int k) { m.V(i, j, k) = 0.5f * (a[2] * f(i) - a[0] * f(k)); });
+  cells(m.W.dims(), 0,
+        [&](int i, int j, int k) { m.W(i, j, k) = 0.5f * (a[0] * f(j) - a[1] * f(i)); });
+  Centre3 w(n);
+  VelocityCurl(w.x, w.y, w.z, w.mag, m.U, m.V, m.W, 0.5f);
+  cells(n, 0, [&](int i, int j, int k) {
+    EXPECT_NEAR(w.x(i, j, k), 2 * a[0], 1e-5f);
+    EXPECT_NEAR(w.y(i, j, k), 2 * a[1], 1e-5f);
+    EXPECT_NEAR(w.z(i, j, k), 2 * a[2], 1e-5f);
+    EXPECT_NEAR(w.mag(i, j, k), 2 * length(a), 2e-5f);
+  });
+  // The vorticity is the same everywhere, so there is nothing to confine.
+  std::fill_n(w.mag.data(), w.mag.count(), 1.0f);
+  VorticityConfinementForce(w.x, w.y, w.z, w.mag, 1);
+  cells(n, 0, [&](int i, int j, int k) { EXPECT_EQ(w.x(i, j, k), 0); });
+}
+
+// A vortex with the vorticity exp(-r^2 / s^2) about the z axis has the speed (1 - exp(-r^2 / s^2))
+// s^2 / (2 r). Its |w| falls outwards, so N points inwards, and the force N x w goes round with the
+// flow with the magnitude of w. Differences and means over cells of size h err by h^2 / 6 and
+// h^2 / 8 times second derivatives of the order 4 / s^2 to 8 / s^2: less than 4 % for s = 8 h.
+TEST(Vorticity, ConfinementStrengthensAVortex) {
+  const Vec3i n(42, 42, 7);
+  const double s = 8, middle = 20.5;
+  Mac m(n);
+  const auto over_r = [&](double x, double y) {
+    const double r2 = x * x + y * y;
+    return r2 == 0 ? 0.5 : -std::expm1(-r2 / (s * s)) * s * s / (2 * r2);
+  };
+  cells(m.U.dims(), 0, [&](int i, int j, int k) {
+    const double x = i - 0.5 - middle, y = j - middle;
+    m.U(i, j, k) = static_cast<float>(-y * over_r(x, y));
+  });
+  cells(m.V.dims(), 0, [&](int i, int j, int k) {
+    const double x = i - middle, y = j - 0.5 - middle;
+    m.V(i, j, k) = static_cast<float>(x * over_r(x, y));
+  });
+  Mac before(n);
+  before.copy(m);
+  Centre3 w(n);
+  VelocityCurl(w.x, w.y, w.z, w.mag, m.U, m.V, m.W, 1);
+  VorticityConfinementForce(w.x, w.y, w.z, w.mag, 1);
+  add_center_force_to_mac(m.U, m.V, m.W, w.x, w.y, w.z, 0.5f * 0.1f);
+  int checked = 0;
+  cells(n, 3, [&](int i, int j, int k) {
+    const double x = i - 0.5 - middle, y = j - middle, r = std::hypot(x, y);
+    const double vorticity = std::exp(-r * r / (s * s));
+    if (r < 3 || vorticity < 0.1) return;
+    ++checked;
+    const double gained = m.U(i, j, k) - before.U(i, j, k);
+    EXPECT_NEAR(gained, 0.1 * vorticity * -y / r, 0.1 * vorticity * 0.04) << i << ' ' << j;
+    EXPECT_GE(gained * before.U(i, j, k), 0);
+    EXPECT_EQ(m.W(i, j, k), 0);
+  });
+  EXPECT_GT(checked, 300);
+}
+
+TEST(CurlNoise, EqualsThePlainForm) {
+  for (const Vec3i& n : kSizes)
+    for (bool scaled : {false, true}) {
+      Field<float> psi(n[0], n[1], n[2]), map(n[0], n[1], n[2]);
+      fill_random(psi, 1);
+      fill_random(map, 2, 0, 2);
+      Mac expected(n), start(n);
+      start.randomize(3);
+      expected.copy(start);
+      plain_add_curl(expected, psi, scaled ? &map : nullptr, 0.7f);
+      everywhere([&] {
+        Mac m(n);
+        m.copy(start);
+        add_curl_of_scaled(m.U, m.V, m.W, psi, scaled ? &map : nullptr, 0.7f);
+        cells(n, 1, [&](int i, int j, int k) {
+          EXPECT_EQ(m.U(i, j, k), expected.U(i, j, k));
+          EXPECT_EQ(m.V(i, j, k), expected.V(i, j, k));
+          EXPECT_EQ(m.W(i, j, k), expected.W(i, j, k));
+        });
+        EXPECT_TRUE(std::min({n[0], n[1], n[2]}) >= 3 || m.same(start));
+      });
+    }
+}
+
+// Each face value comes from four products of at most 1, with three roundings of sums up to 4; six
+// faces and five additions of up to 8 make at most 6 * 16 + 5 * 8 half units of 2^-23.
+TEST(CurlNoise, IsFreeOfDivergence) {
+  const Vec3i n(13, 10, 9);
+  Field<float> psi(n[0], n[1], n[2]), map(n[0], n[1], n[2]);
+  fill_random(psi, 1);
+  fill_random(map, 2, 0, 1);
+  for (const Field<float>* scales :
+       {static_cast<const Field<float>*>(nullptr), static_cast<const Field<float>*>(&map)}) {
+    Mac m(n);
+    add_curl_of_scaled(m.U, m.V, m.W, psi, scales, 1);
+    float largest = 0, fastest = 0;
+    cells(n, 1, [&](int i, int j, int k) {
+      largest = std::max(largest, std::abs(divergence(m, i, j, k)));
+      fastest = std::max(fastest, std::abs(m.U(i, j, k)));
+    });
+    EXPECT_LT(largest, 136 * 0x1p-24f);
+    EXPECT_GT(fastest, 0.5f);
+  }
+  // A flow that isn't free of it loses it in the last cells, whose far faces are set anew.
+  Mac m(n);
+  m.randomize(3);
+  add_curl_of_scaled(m.U, m.V, m.W, psi, &map, 1);
+  float inner = 0, last = 0;
+  cells(n, 1, [&](int i, int j, int k) {
+    const bool high = i == n[0] - 2 || j == n[1] - 2 || k == n[2] - 2;
+    float& largest = high ? last : inner;
+    largest = std::max(largest, std::abs(divergence(m, i, j, k)));
+  });
+  EXPECT_LT(last, 1e-5f);
+  EXPECT_GT(inner, 1);
+}
+
+TEST(Forces, RejectFieldsThatDontFit) {
+  const Vec3i n(6, 7, 8);
+  Mac m(n), other({7, 7, 8});
+  Centre3 w(n), w_other({6, 7, 9});
+  using E = FieldDimensionMismatchException;
+  EXPECT_THROW(VelocityCurl(w.x, w.y, w.z, w_other.mag, m.U, m.V, m.W, 1), E);
+  EXPECT_THROW(VelocityCurl(w.x, w.y, w.z, w.mag, m.U, other.V, m.W, 1), E);
+  EXPECT_THROW(VorticityConfinementForce(w.x, w_other.y, w.z, w.mag, 1), E);
+  EXPECT_THROW(add_center_force_to_mac(m.U, m.V, m.W, w.x, w.y, w_other.z, 1), E);
+  EXPECT_THROW(add_curl_of_scaled(m.U, m.V, m.W, w_other.x, nullptr, 1), E);
+  EXPECT_THROW(add_curl_of_scaled(m.U, m.V, m.W, w.x, &w_other.x, 1), E);
+}
+
+}  // namespace
+}  // namespace nbx

@@ -1,0 +1,87 @@
+// What several test programs share.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <omp.h>
+
+#include "math/field.h"
+#include "util/log.h"
+
+namespace nbx::test {
+
+/// A folder under the system's temporary one that vanishes with this object.
+class TemporaryFolder {
+ public:
+  TemporaryFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "nbx_test_XXXXXX").string();
+    path_ = mkdtemp(pattern.data());
+  }
+  ~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+  std::string path() const { return path_.string(); }
+  std::string file(const std::string& name) const { return (path_ / name).string(); }
+
+ private:
+  std::filesystem::path path_;
+};
+
+inline std::string read_file(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+/// Sends the log to a file of its own while it lives.
+class LogCapture {
+ public:
+  LogCapture() { set_log_file(folder_.file("log")); }
+  ~LogCapture() { set_log_file(""); }
+  std::string text() const { return read_file(folder_.file("log")); }
+  bool contains(const std::string& part) const { return text().find(part) != std::string::npos; }
+  int count(const std::string& part) const {
+    const std::string all = text();
+    int n = 0;
+    for (std::size_t at = all.find(part); at != std::string::npos; at = all.find(part, at + 1)) ++n;
+    return n;
+  }
+
+ private:
+  TemporaryFolder folder_;
+};
+
+/// Runs OpenMP with `n` threads while it lives.
+class ThreadCount {
+ public:
+  explicit ThreadCount(int n) : before_(omp_get_max_threads()) { omp_set_num_threads(n); }
+  ~ThreadCount() { omp_set_num_threads(before_); }
+
+ private:
+  int before_;
+};
+
+/// Uniform values in [lo, hi), the same for the same seed.
+inline void fill_random(Field<float>& f, unsigned seed, float lo = -1, float hi = 1) {
+  std::mt19937 engine(seed);
+  std::uniform_real_distribution<float> value(lo, hi);
+  for (std::size_t i = 0; i < f.count(); ++i) f[i] = value(engine);
+}
+
+inline bool same_bits(const Field<float>& a, const Field<float>& b) {
+  return a.dims() == b.dims() &&
+         (a.count() == 0 || std::memcmp(a.data(), b.data(), a.count() * sizeof(float)) == 0);
+}
+
+}  // namespace nbx::test
