@@ -69,9 +69,11 @@ void show_file(const FrameFileInfo& info, bool grids, host::CommandContext& cont
   std::ostringstream line;
   line << "frame " << frame << ": " << info.frameTime.time.value() << " s, "
        << format_size(info.bytes, 2) << ", " << box_text(info.box);
+  std::vector<std::string> channels;
+  for (const GridInfo& grid : info.grids) channels.push_back(grid_type_name(grid.head.gridType));
   if (!grids)
-    for (const GridInfo& grid : info.grids)
-      line << (&grid == info.grids.data() ? ", " : " ") << grid_type_name(grid.head.gridType);
+    for (const std::string& channel : channels)
+      line << (channel == channels.front() ? ", " : " ") << channel;
   if (!info.damage.empty()) line << ", DAMAGED: " << info.damage;
   context.Result(line.str());
   host::EventFields fields{{"frame", std::int64_t{frame}},
@@ -79,6 +81,7 @@ void show_file(const FrameFileInfo& info, bool grids, host::CommandContext& cont
                            {"bytes", static_cast<std::int64_t>(info.bytes)},
                            {"frame_time", info.frameTime.time.value()},
                            {"sim_time", info.simTime.time.value()},
+                           {"channels", channels},
                            {"box_lo", numbers(info.box.lo)},
                            {"box_hi", numbers(info.box.hi)}};
   if (!info.damage.empty()) fields.emplace_back("damage", info.damage);
@@ -91,6 +94,10 @@ int show_cache(const std::string& path, bool values, host::CommandContext& conte
   const auto cache = read_cache_info(path, values);
   if (!cache) {
     context.Error(path + " can't be read");
+    return host::kBadInput;
+  }
+  if (cache->frames.empty() && cache->others.empty()) {
+    context.Error(path + " holds no frame files");
     return host::kBadInput;
   }
   bool good = true;

@@ -29,7 +29,9 @@ class SimulateCommand final : public host::CommandData {
   host::CommandInfo GetInfo() const override {
     using host::CommonOption;
     return {.verb = "simulate",
-            .help = "Runs the simulation of the scene's volume object into its cache",
+            .help =
+                "Runs the simulation of the scene's volume object; without --cache, the frames go "
+                "into the folder SCENE.OBJECT.cache beside the scene",
             .options = {{.name = "scene",
                          .value_name = "SCENE",
                          .help = "The scene document",

@@ -9,6 +9,7 @@
 #include "C4D/volume_grid.h"
 #include "C4D/volume_parameters.h"
 #include "C4D/workspace.h"
+#include "cache/bcf_format.h"
 #include "util/format_size.h"
 #include "util/log.h"
 
@@ -91,30 +92,33 @@ bool SimulationDriver::prepare() {
 
   emitters_ = std::make_unique<EmitterSampler>(volume_);
   if (emitters_->tags() == 0) context_.Warning("the scene has no enabled emitter tag");
-  return open_cache();
+  if (!open_cache()) return false;
+
+  const Vec3i dims = volume_grid(volume_, s.voxel_size).dims();
+  context_.Event("start", {{"first", std::int64_t{range_.first}},
+                           {"last", std::int64_t{range_.last}},
+                           {"voxels", std::vector<double>(dims.v.begin(), dims.v.end())},
+                           {"directory", directory_}});
+  return true;
 }
 
 bool SimulationDriver::domain_fits() {
   const VolumeGrid grid = volume_grid(volume_, sim_->settings.voxel_size);
   if (const std::string wrong = what_is_wrong(grid); !wrong.empty()) return refuse(wrong);
+  const Vec3i n = grid.dims();
+  const std::string domain = "a domain of " + std::to_string(n[0]) + " x " + std::to_string(n[1]) +
+                             " x " + std::to_string(n[2]) + " voxels ";
+  const std::string cure = ": make voxel_size larger or size smaller";
   const double need = workspace_bytes(sim_->settings, grid.cells);
-  const std::uint64_t have = physical_memory();
-  const Vec3i dims = grid.dims();
-  if (have == 0 || need <= static_cast<double>(have)) {
-    context_.Event("start",
-                   {{"first", std::int64_t{range_.first}},
-                    {"last", std::int64_t{range_.last}},
-                    {"voxels", std::vector<double>{grid.cells.v.begin(), grid.cells.v.end()}},
-                    {"workspace_bytes", need},
-                    {"directory", directory_}});
-    return true;
+  if (const std::uint64_t have = physical_memory(); have > 0 && need > static_cast<double>(have)) {
+    const std::string size = format_size(static_cast<std::uint64_t>(std::min(need, 1e19)), 2);
+    LogMessage() << "Maximum simulation workspace " << size << " too big for physical memory";
+    return refuse(domain + "needs " + size + " of memory, this machine has " +
+                  format_size(have, 2) + cure);
   }
-  const std::string size = format_size(static_cast<std::uint64_t>(std::min(need, 1e19)), 2);
-  LogMessage() << "Maximum simulation workspace " << size << " too big for physical memory";
-  return refuse("a domain of " + std::to_string(dims[0]) + " x " + std::to_string(dims[1]) + " x " +
-                std::to_string(dims[2]) + " voxels needs " + size +
-                " of memory, this machine has " + format_size(have, 2) +
-                ": make voxel_size larger or size smaller");
+  if ((n[0] + 3.0) * (n[1] + 3.0) * (n[2] + 3.0) > static_cast<double>(kBcfMaxCells))
+    return refuse(domain + "is more than a frame file can hold" + cure);
+  return true;
 }
 
 bool SimulationDriver::open_cache() {

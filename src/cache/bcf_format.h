@@ -29,6 +29,7 @@
 
 namespace nbx {
 
+/// The predictive codec is refused like one that isn't known.
 enum class Codec : std::uint8_t { kRaw = 0, kRunLength = 1, kPredictive = 2 };
 
 /// 4 x 4 for row vectors, row by row: p times the matrix maps a point in right-handed world

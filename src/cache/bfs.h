@@ -1,7 +1,6 @@
 // The cache of one directory: the frames that lie there, and the way for new ones into it.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -10,6 +9,7 @@
 
 namespace nbx {
 
+/// One cache directory, for one thread at a time.
 class BFS {
  public:
   /// Selects the directory; see cache_prefix for the names of the files there. False if it doesn't
@@ -32,8 +32,7 @@ class BFS {
   bool writeThrough(SimFrame& frame);
   const std::string& lastError() const { return lastError_; }
 
-  Codec codec = Codec::kRunLength;
-  std::uint64_t bytesWritten = 0;
+  Codec codec = Codec::kRunLength;  // of the files that are written
 
  private:
   bool readable() const;

@@ -1,8 +1,8 @@
 #include "math/field_resampling.h"
 
+#include <algorithm>
 #include <vector>
 
-#include "math/field_checks.h"
 #include "math/interpolation.h"
 #include "util/exception.h"
 
@@ -95,6 +95,7 @@ void create_gradient_field(Field<float>& field, int mode, const Vec3f& direction
                         : mode == 2 ? Vec3f(0, 0, 1)
                                     : direction;
   const int nx = field.nx(), ny = field.ny(), nz = field.nz();
+  if (nx < 3 || ny < 3 || nz < 3) return;  // no interior
   const auto ramp = [](int i, int n) {
     return static_cast<float>(i - 1) / static_cast<float>(n - 2);
   };
@@ -104,9 +105,9 @@ void create_gradient_field(Field<float>& field, int mode, const Vec3f& direction
       for (int i = 1; i < nx - 1; ++i)
         field(i, j, k) = dot(weights, Vec3f(ramp(i, nx), ramp(j, ny), ramp(k, nz)));
 
-  // The ghost planes, x before y before z, so that edges and corners are filled too.
+  // The ghost layer, edges and corners too.
   const auto inner = [](int i, int n) { return std::min(std::max(i, 1), n - 2); };
-  for (int k = 0; k < nz && nx > 2 && ny > 2 && nz > 2; ++k)
+  for (int k = 0; k < nz; ++k)
     for (int j = 0; j < ny; ++j)
       for (int i = 0; i < nx; ++i) field(i, j, k) = field(inner(i, nx), inner(j, ny), inner(k, nz));
 }

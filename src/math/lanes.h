@@ -11,6 +11,14 @@
 #include <cstring>
 #include <type_traits>
 
+// Before a kernel: pulls in all that it calls, so that lanes stay in registers. Not in a build that
+// checks addresses, where the kernels would take minutes to compile.
+#ifdef __SANITIZE_ADDRESS__
+#define NBX_FLATTEN
+#else
+#define NBX_FLATTEN [[gnu::flatten]]
+#endif
+
 namespace nbx::NBX_ISA {
 
 #if defined(__AVX512F__)
@@ -68,15 +76,21 @@ void store(float* p, F a, Count n) {
   std::memcpy(p, &a, static_cast<std::size_t>(n) * sizeof(float));
 }
 
+// Out of line: rare, and kernels would otherwise hold their whole loop twice.
+template <class Body>
+[[gnu::noinline]] void short_run(int n, const Body& body) {
+  body(0, n);
+}
+
 /// Runs body(first, count) over cells 0 .. n-1. The last row of lanes overlaps the one before it
 /// rather than being cut short, so a body must not read what it writes; only a run shorter than W
 /// comes with a count below W.
 template <class Body>
-void sweep(int n, Body&& body) {
+void sweep(int n, const Body& body) {
   if (n >= W)
     for (int i = 0; i < n; i += W) body(i + W <= n ? i : n - W, Full());
   else if (n > 0)
-    body(0, n);
+    short_run(n, body);
 }
 
 }  // namespace nbx::NBX_ISA

@@ -22,6 +22,14 @@ void m_max_a_x(MField& dst, float a, MField& x) {
   try_gpu(no_kernel, [&] { max_a_x(dst.cpu_field(), a, x.cpu_field()); });
 }
 
+void m_min_a_x(MField& dst, float a, MField& x) {
+  try_gpu(no_kernel, [&] { min_a_x(dst.cpu_field(), a, x.cpu_field()); });
+}
+
+void m_max_ax_y(MField& dst, float a, MField& x, MField& y) {
+  try_gpu(no_kernel, [&] { max_ax_y(dst.cpu_field(), a, x.cpu_field(), y.cpu_field()); });
+}
+
 void m_add_max0(MField& dst, MField& x, float a) {
   try_gpu(no_kernel, [&] { add_max0(dst.cpu_field(), x.cpu_field(), a); });
 }

@@ -11,6 +11,8 @@ void m_set(MField& dst, float a);
 void m_scal(MField& dst, float a, MField& x);
 void m_add(MField& dst, MField& x, float a);
 void m_max_a_x(MField& dst, float a, MField& x);
+void m_min_a_x(MField& dst, float a, MField& x);
+void m_max_ax_y(MField& dst, float a, MField& x, MField& y);
 void m_add_max0(MField& dst, MField& x, float a);
 void m_axpy(MField& dst, float a, MField& x, MField& y);
 void m_clamp(MField& dst, float lo, float hi);

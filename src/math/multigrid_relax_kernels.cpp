@@ -79,7 +79,8 @@ void restrict_plane(const LevelGrid& coarse, const LevelGrid& fine, int coarse_k
     });
     float* even = coarse.b + coarse.row(J, coarse_k);
     float* odd = even + coarse.odd();
-    for (int i = 1; i < coarse.nx - 1; ++i) (i & 1 ? odd : even)[i / 2] = 2.0f * samples[i];
+    for (int m = 1; 2 * m < coarse.nx - 1; ++m) even[m] = 2 * samples[2 * m];
+    for (int m = 0; 2 * m + 1 < coarse.nx - 1; ++m) odd[m] = 2 * samples[2 * m + 1];
   }
 }
 

@@ -2,7 +2,8 @@
 // c = max(s, 0), the decay operators take away what their emit twins give.
 //
 // All operands must have the same number of cells, else FieldDimensionMismatchException; `dst` may
-// be one of the sources. A dirty spline is rebuilt first. NaN in any source gives NaN.
+// be one of the sources. A dirty spline is rebuilt first. NaN in a source gives NaN (in a driver,
+// if the curve has two knots or more).
 #pragma once
 
 #include "math/mfield.h"

@@ -14,8 +14,8 @@
 
 namespace nbx {
 
-/// The generator with its tiles. Made by its first advance_tile, and changed by that alone; all
-/// else reads. Noise without a tile is 0.
+/// The generator with its tiles, which the first advance_tile makes. Only advance_tile changes it;
+/// all else reads, from any number of threads. Noise without a tile is 0.
 struct WaveletNoise {
   std::mt19937 rng;     // with the engine's own default seed
   Field<float> tile_a;  // the tile of time tile_time

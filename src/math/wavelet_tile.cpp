@@ -132,7 +132,8 @@ void advance_tile(WaveletNoise& noise, float t, bool three_d, bool normalize) {
     noise.tile_a.swap(noise.tile_b);
     generate(noise.tile_a);
   } else if (i != from) {
-    // A run that begins late draws what it would have drawn on the way; so many tiles take seconds.
+    // A run that begins late first draws what it would have drawn on the way. The limit keeps that
+    // within seconds; times beyond it share their numbers.
     constexpr int kMostSkipped = 1 << 13;
     const auto numbers = static_cast<unsigned long long>(n) * static_cast<unsigned>(n) *
                          static_cast<unsigned>(dims[2]);

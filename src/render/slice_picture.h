@@ -26,11 +26,11 @@ enum class ColourMap {
 };
 
 struct SliceOptions {
-  int axis = 2;                 // 0, 1, 2: looks along x, y, z
-  std::optional<int> position;  // index in the grid; without it the middle
+  int axis = 2;                      // 0, 1, 2: looks along x, y, z
+  std::optional<int> position = {};  // index in the grid; without it the middle
   Projection projection = Projection::kNone;
-  std::optional<std::pair<float, float>> range;  // values at the ends of the colour map
-  std::optional<float> absorption;               // kSmoke: per unit of density and cell
+  std::optional<std::pair<float, float>> range = {};  // values at the ends of the colour map
+  std::optional<float> absorption = {};               // kSmoke: per unit of density and cell
   ColourMap colours = ColourMap::kGrey;
   float gamma = 1;  // above 1 brightens the lower part of the range
   int scale = 1;    // pixels per cell

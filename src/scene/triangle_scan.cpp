@@ -51,18 +51,18 @@ bool TriangleScan::set_functions() {
   }
   const Vec3d area = cross(e[1], -e[0]);
   if (length(area) <= kSmallestShare * longest) return false;
-  normal_ = divided(area, length(area));
+  const Vec3d normal = divided(area, length(area));
 
   const auto set = [&](int f, const Vec3d& g, const Vec3d& origin) {
     const auto i = static_cast<std::size_t>(f);
     low_[i] = dot(g, vector_cast<double>(box_.lo) - origin);
     for (std::size_t a = 0; a < 3; ++a) gradient_[a][i] = g[static_cast<int>(a)];
   };
-  set(kD, normal_, p_[0]);
+  set(kD, normal, p_[0]);
   for (int i = 0; i < 3; ++i) {
     const auto edge = static_cast<std::size_t>(i);
     const Vec3d& origin = p_[(edge + 2) % 3];  // p2, p0, p1
-    const Vec3d inward = cross(normal_, e[edge]);
+    const Vec3d inward = cross(normal, e[edge]);
     set(kA0 + i, divided(e[edge], dot(e[edge], e[edge])), origin);
     set(kB0 + i, divided(inward, length(inward)), origin);
   }

@@ -44,11 +44,9 @@ class TriangleScan {
   /// The cells that can be hit; empty if none can.
   const IntBox& box() const { return box_; }
 
-  /// The unit normal e1 x -e0; zero for a degenerate triangle.
-  const Vec3d& normal() const { return normal_; }
-
   /// Calls hit(x, y, z, q, d) for each cell with q <= reach^2: q the squared distance of its centre
-  /// from the triangle, d the signed one from its plane.
+  /// from the triangle, d the signed one from its plane, positive where the corners run
+  /// counter-clockwise.
   template <class Hit>
   void run(Hit&& hit) const;
 
@@ -68,7 +66,6 @@ class TriangleScan {
   std::array<Vec3d, 3> p_;
   double reach_;
   IntBox box_;
-  Vec3d normal_;
   Values low_{};                      // at the low corner of the box
   std::array<Values, 3> gradient_{};  // per axis
 };

@@ -7,8 +7,8 @@ namespace nbx::NBX_ISA {
 namespace {
 
 template <template <int> class Tracer, int lookup>
-[[gnu::flatten]] void trace(float* x, float* y, float* z, const TraceParams& params, int i, int j,
-                            int k, int n) {
+NBX_FLATTEN void trace(float* x, float* y, float* z, const TraceParams& params, int i, int j, int k,
+                       int n) {
   const Velocity<lookup> velocity(params);
   sweep(n, [&](int first, auto count) {
     const int at = i + first;
@@ -33,17 +33,15 @@ Vector positions(const TracedRun& run, int first, Count n) {
 }
 
 template <bool cubic>
-[[gnu::flatten]] void semi_lagrangian(float* dst, const KernelField& src, const TracedRun& back,
-                                      int n) {
+NBX_FLATTEN void semi_lagrangian(float* dst, const KernelField& src, const TracedRun& back, int n) {
   sweep(n, [&](int first, auto count) {
     store(dst + first, sample<cubic>(src, positions(back, first, count)), count);
   });
 }
 
 template <bool cubic>
-[[gnu::flatten]] void maccormack(float* dst, const KernelField& src, const KernelField& hat,
-                                 const TracedRun& back, const TracedRun& fwd, std::size_t begin,
-                                 int n) {
+NBX_FLATTEN void maccormack(float* dst, const KernelField& src, const KernelField& hat,
+                            const TracedRun& back, const TracedRun& fwd, std::size_t begin, int n) {
   sweep(n, [&](int first, auto count) {
     const std::size_t c = begin + static_cast<std::size_t>(first);
     const Vector p1 = positions(back, first, count), p2 = positions(fwd, first, count);

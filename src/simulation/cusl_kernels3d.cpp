@@ -1,10 +1,11 @@
 #include "simulation/cusl_kernels3d.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include "math/mfield_operations.h"
-#include "simulation/cpu_advection.h"
+#include "simulation/velocity_reach.h"
 #include "util/cuda_use_flags.h"
 #include "util/log.h"
 #include "util/stopwatch.h"
@@ -85,14 +86,61 @@ void CuslKernels3D::advect_velocity() {
 void CuslKernels3D::update(double dt, PressureSystem& pressure, VelocityForce& forces,
                            SolverProgress& progress) {
   Stopwatch watch;
+  if (!zero_velocity_ && settings_.drag > 0) {
+    const double left = std::pow(1 - settings_.drag, dt / settings_.frame_duration);
+    for (MField& component : velocity_) m_scal(component, static_cast<float>(left), component);
+  }
   forces.add_forces(*this, dt);
   if (zero_velocity_)
     zero_velocity_ = std::all_of(velocity_.begin(), velocity_.end(), [](MField& component) {
       return component.empty() || m_infnorm(component) == 0;
     });
+  if (!zero_velocity_ && settings_.clamp_velocity) clamp_to_grid();
   times_.forces += watch.lap();
-  zero_velocity_ = !pressure.project(*this, nullptr, progress);
+
+  MField divergence(thread_location(), centre_dims());
+  divergence.zero();
+  const bool expands = forces.add_divergence(divergence, dt);
+  if (!expands) divergence.release();
+  zero_velocity_ = !pressure.project(*this, expands ? &divergence : nullptr, progress);
   times_.projection += watch.lap();
+
+  if (settings_.noise.amplitude > 0) build_detail(forces);
+  times_.detail += watch.lap();
+}
+
+// No sample can cross the whole grid within a frame.
+void CuslKernels3D::clamp_to_grid() {
+  const double unit = settings_.dx / settings_.sim_time.length.value();
+  for (int axis = 0; axis < 3; ++axis) {
+    const float most = static_cast<float>(centre_dims()[axis] * unit);
+    m_clamp(component(axis), -most, most);
+  }
+}
+
+void CuslKernels3D::build_detail(VelocityForce& forces) {
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    detail_[axis].resize(thread_location(), velocity_[axis].dims());
+    if (zero_velocity_)
+      detail_[axis].zero();
+    else
+      detail_[axis].assign(velocity_[axis]);
+  }
+  forces.add_detail(*this);
+}
+
+void CuslKernels3D::grow_box(double dt, IntBox& box) {
+  const Vec3i origin = settings_.active_box.lo - Vec3i(1, 1, 1);
+  const IntBox here = box_intersection(box, settings_.active_box);
+  const std::array<MField*, 3> tracer = tracer_velocity();
+  if (here.empty() || tracer[0]->empty()) return;
+  IntBox reached;
+  try_gpu(no_kernel, [&] {
+    advection_buffer(reached, static_cast<float>(dt / settings_.dx), tracer[0]->cpu_field(),
+                     tracer[1]->cpu_field(), tracer[2]->cpu_field(),
+                     {here.lo - origin, here.hi - origin});
+  });
+  box = box_union(box, {reached.lo + origin, reached.hi + origin});
 }
 
 double CuslKernels3D::max_step() {

@@ -24,9 +24,12 @@ class CuslKernels3D : public FluidSystem {
   void update(double dt, PressureSystem& pressure, VelocityForce& forces,
               SolverProgress& progress) override;
   double max_step() override;
+  void grow_box(double dt, IntBox& box) override;
 
  private:
   AdvectionParams advection_params(Lookup lookup);
+  void clamp_to_grid();
+  void build_detail(VelocityForce& forces);
 
   // Seconds of this frame, by kind of work.
   struct Times {

@@ -58,6 +58,20 @@ void FluidSystem::begin_step() {
   apply_boundary();
 }
 
+// The faces that move faster than the threshold.
+void FluidSystem::content_box(IntBox& box) {
+  const double threshold = settings_.velocity_box_threshold;
+  if (threshold < 0) return;
+  IntBox local;
+  for (auto* components : {&velocity_, &detail_})
+    for (MField& component : *components)
+      if (!component.empty())
+        local = box_union(local, m_min_bbox(component, static_cast<float>(threshold)));
+  if (local.empty()) return;
+  const Vec3i origin = settings_.active_box.lo - Vec3i(1, 1, 1);
+  box = {local.lo + origin, local.hi + origin};
+}
+
 void FluidSystem::apply_boundary() {
   for (int axis = 0; axis < 3; ++axis)
     if (MField& component = velocity_[static_cast<std::size_t>(axis)]; !component.empty())

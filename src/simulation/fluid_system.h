@@ -22,10 +22,13 @@ class FluidSystem : public SimSystem, public FrameStorable {
                       SolverProgress& progress) = 0;
   /// The longest stable step in seconds.
   virtual double max_step() = 0;
+  /// Extends a box of domain cells by what one step's motion can reach.
+  virtual void grow_box(double dt, IntBox& box) = 0;
 
   void resize(const Vec3i& delta) override;
   /// Lets the velocity follow a change of wind.
   void begin_step() override;
+  void content_box(IntBox& box) override;
   void clear() override;
 
   void store(SimFrame& frame, const SimSettings& settings, const GridMatrix& matrix) override;
@@ -35,6 +38,9 @@ class FluidSystem : public SimSystem, public FrameStorable {
   MField& U() { return velocity_[0]; }
   MField& V() { return velocity_[1]; }
   MField& W() { return velocity_[2]; }
+
+  /// The velocity with its detail; empty while there is no noise.
+  MField& detail(int axis) { return detail_[static_cast<std::size_t>(axis)]; }
 
   /// Nothing moves: the velocity is 0 everywhere, and advection and projection can be skipped.
   bool zero_velocity() const { return zero_velocity_; }

@@ -1,49 +1,39 @@
 #include "simulation/scalar_fluid_channel.h"
 
-#include <cmath>
-
 #include "math/mfield_operations.h"
 #include "math/sparse_field_operators.h"
 #include "simulation/fluid_tools3d.h"
 
 namespace nbx {
 
-ChannelParams default_channel_params(int key) {
-  ChannelParams p;
-  p.key = key;
-  switch (key) {
-    case kDensity:
-      p.grid_type = kGridDensity;
-      p.buoyancy = 10;
-      p.direction = {0, -1, 0};
-      break;
-    case kTemperature:
-      p.grid_type = kGridTemperature;
-      p.buoyancy = 6;
-      p.direction = {0, 1, 0};
-      break;
-    case kFuel:
-      p.grid_type = kGridFuel;
-      p.decay_mode = DecayMode::kLinear;
-      p.decay = 0.8;
-      break;
-    case kBurn:
-      p.grid_type = kGridBurn;
-      break;
-    default:
-      break;
-  }
-  return p;
-}
-
 void ScalarFluidChannel::resize(const Vec3i& delta) {
   if (!field_.empty()) field_.resize_offset(delta, centre_dims(), 0);
+  if (!burned_.empty()) burned_.resize_offset(delta, centre_dims(), 0);
 }
 
 void ScalarFluidChannel::begin_step() {
   if (!simulated() || !field_.empty()) return;
   field_.resize(thread_location(), centre_dims());
   field_.zero();
+}
+
+// Content is what lies above the threshold, with a cell round it, and what sources gave just now.
+void ScalarFluidChannel::content_box(IntBox& box) {
+  if (!simulated()) return;
+  if (!field_.empty()) {
+    IntBox local = m_min_bbox(field_, static_cast<float>(params().box_threshold));
+    if (!local.empty()) {
+      const Vec3i origin = settings_.active_box.lo - Vec3i(1, 1, 1);
+      box = {local.lo + origin - Vec3i(1, 1, 1), local.hi + origin + Vec3i(1, 1, 1)};
+    }
+  }
+  IntBox given;
+  src_bbox(given);
+  box = box_union(box, given);
+}
+
+void ScalarFluidChannel::src_bbox(IntBox& box) {
+  if (simulated()) box = min_bbox(sources_, 0);
 }
 
 void ScalarFluidChannel::set_solids(const Solids& solids) {
@@ -53,22 +43,10 @@ void ScalarFluidChannel::set_solids(const Solids& solids) {
 
 void ScalarFluidChannel::clear() {
   field_.release();
+  burned_.release();
   sources_.clear();
+  filter_.release();
   solid_.reset();
-}
-
-void ScalarFluidChannel::decay_and_advect(FluidSystem& fluid) {
-  if (!simulated() || settings_.dt == 0) return;
-  const ChannelParams& p = params();
-  if (p.decay > 0) {
-    // Rates are per frame: a substep takes its share of them.
-    const double part = settings_.dt / settings_.frame_duration;
-    if (p.decay_mode == DecayMode::kLinear)
-      m_add_max0(field_, field_, static_cast<float>(-p.decay * part));
-    else
-      m_scal(field_, static_cast<float>(std::pow(1 - p.decay, part)), field_);
-  }
-  fluid.advect_field(field_);
 }
 
 void ScalarFluidChannel::add_source(const SimulationObjectParameters& parameters,
@@ -83,20 +61,22 @@ void ScalarFluidChannel::add_source(const SimulationObjectParameters& parameters
                  field_.cpu_field());
 }
 
-void ScalarFluidChannel::finish_step() {
-  if (!simulated()) return;
-  m_asxpy(settings_.active_box.lo - Vec3i(1, 1, 1), field_, 1, sources_);
-  sources_.clear();
-  m_max_a_x(field_, 0, field_);
-  m_set_border(field_, 0);
-}
-
 void ScalarFluidChannel::store(SimFrame& frame, const SimSettings& settings,
                                const GridMatrix& matrix) {
   if (!settings.cached_channels.contains(key_) || field_.empty()) return;
-  field_.move_to(kCpu);
-  frame.add(field_.cpu_handle(), params().grid_type, settings.active_box.lo - Vec3i(1, 1, 1),
-            matrix);
+  const auto add = [&](MField& field) {
+    field.move_to(kCpu);
+    frame.add(field.cpu_handle(), params().grid_type, settings.active_box.lo - Vec3i(1, 1, 1),
+              matrix);
+  };
+  if (!solid_ || !settings.mask_channels_by_solid) {
+    add(field_);
+    return;
+  }
+  MField masked(thread_location(), field_.dims());
+  masked.assign(field_);
+  m_set_channel_inside_solid(*solid_, masked, true, 0);
+  add(masked);
 }
 
 void ScalarFluidChannel::load(SimFrame& frame) {

@@ -25,6 +25,18 @@ class VelocityForce {
   virtual ~VelocityForce() = default;
   /// Adds dt times the force to the velocity.
   virtual void add_forces(FluidSystem& fluid, double dt) = 0;
+  /// Adds the volume that appears per second and volume to a centre field; true if it wrote.
+  virtual bool add_divergence(MField& /*target*/, double /*dt*/) { return false; }
+  /// Adds to the velocity with detail, which is already projected.
+  virtual void add_detail(FluidSystem& /*fluid*/) {}
+};
+
+/// Burns, and feeds other channels.
+class CombustionSource {
+ public:
+  virtual ~CombustionSource() = default;
+  /// Adds to the field of channel `key` what combustion gives it in this substep.
+  virtual void combustion(MField& target, int key) = 0;
 };
 
 /// State that goes into frames and comes back from them.

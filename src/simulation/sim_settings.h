@@ -15,6 +15,7 @@
 #include "cache/bfs.h"
 #include "math/affine_transform.h"
 #include "math/int_box.h"
+#include "math/noise_params.h"
 #include "simulation/channel_params.h"
 
 namespace nbx {
@@ -38,6 +39,7 @@ struct SimSettings {
   Affine3d world_to_grid = Affine3d::identity();  // host world coordinates to domain cells
 
   double pressure_tolerance = 0.01;
+  double velocity_box_threshold = 10;  // speed that counts as content; below 0: never
   double voxel_size = 1;       // scene units
   double unit_scale = 0.01;    // simulation units per scene unit
   double dx = 0.01;            // voxel_size * unit_scale
@@ -47,11 +49,19 @@ struct SimSettings {
   double dt = 0;              // length of the current substep
   double frame_duration = 1;  // seconds of one document frame, unscaled: the unit of decay and drag
 
+  double vorticity = 0;       // strength of the confinement; 0 = none
+  double drag = 0;            // fraction of the velocity lost per frame, 0 .. 1
+
   bool adaptive_tracer = false;
+  bool mask_channels_by_solid = false;  // stored channels are filled inside of solids
+  bool clamp_velocity = false;          // no sample crosses the whole grid within a frame
+  bool fit_to_walls = true;  // the active box honours keep_box and reaches out to closed faces
 
   std::set<int> cached_channels;     // ChannelKeys written to frames
   std::set<int> simulated_channels;  // ChannelKeys that exist in this run
   std::map<int, ChannelParams> channel_params;
+
+  NoiseParams noise;  // detail is added while its amplitude is above 0
 
   Vec3d wind_direction{1, 0, 0};  // unit vector in grid space
   double wind_speed = 0;          // 0 = no wind

@@ -24,6 +24,10 @@ class SimSystem {
   virtual void after_channel_advection() {}
   virtual void after_velocity_advection() {}
   virtual void after_sources() {}
+  /// The box of what this system holds, in domain cells; left empty where it holds nothing.
+  virtual void content_box(IntBox& /*box*/) {}
+  /// The box of what this system received in this substep.
+  virtual void src_bbox(IntBox& /*box*/) {}
   virtual void set_solids(const Solids& /*solids*/) {}
   /// Drops all state.
   virtual void clear() {}

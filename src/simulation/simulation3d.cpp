@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "math/sparse_field_operators.h"
+#include "simulation/noise_force_system.h"
+#include "simulation/vorticity_system.h"
 #include "util/cuda_use_flags.h"
 #include "util/log.h"
 
@@ -50,14 +53,23 @@ void Simulation3D::setup() {
   pressure_ = pressure.get();
   systems_.push_back(std::move(pressure));
 
+  auto noise = std::make_unique<NoiseForceSystem>(settings);
+  forces_.push_back(noise.get());
+  systems_.push_back(std::move(noise));
+
   for (int key : {kFuel, kBurn, kDensity, kTemperature}) {
     auto channel = std::make_unique<ScalarFluidChannel>(settings, key);
     channels_.push_back(channel.get());
     field_sources_.push_back(channel.get());
     storables_.push_back(channel.get());
     if (key != kBurn) forces_.push_back(channel.get());
+    if (key == kFuel) combustion_sources_.push_back(channel.get());
     systems_.push_back(std::move(channel));
   }
+
+  auto vorticity = std::make_unique<VorticitySystem>(settings);
+  forces_.push_back(vorticity.get());
+  systems_.push_back(std::move(vorticity));
 
   reset_counters();
   for (auto& system : systems_) system->clear();
@@ -75,18 +87,20 @@ void Simulation3D::reset_counters() {
 
 void Simulation3D::init_state(SceneEvaluator& scene) {
   setup();
-  for (auto& system : systems_) system->clear();
-  for (auto& system : systems_) system->begin_frame(*this);
   settings.dt = 0;
   settings.active_box = {};
+  for (auto& system : systems_) system->clear();
+  for (auto& system : systems_) system->resize({0, 0, 0});
+  for (auto& system : systems_) system->begin_frame(*this);
   scene.read_settings(*this, 0);
   for (auto& system : systems_) system->begin_step();
   for (auto& system : systems_) system->prepare_advection();
   for (auto& system : systems_) system->after_channel_advection();
   for (auto& system : systems_) system->after_velocity_advection();
+  keep_box = {};
   scene.update_inputs(*this, 0);
-  apply_box(settings.domain_box);
-  for (ScalarFluidChannel* channel : channels_) channel->finish_step();
+  adapt(0, {}, false, false);
+  for (ScalarFluidChannel* channel : channels_) channel->finish_step(*this, *this);
   for (auto& system : systems_) system->after_sources();
   for (auto& system : systems_) system->end_step();
   for (auto& system : systems_) system->end_frame();
@@ -102,15 +116,7 @@ bool Simulation3D::load_state(SceneEvaluator& scene, SimFrame& frame) {
   settings.active_box = {};
   cuda_use_flags().use_gpu = true;
 
-  // Staggered grids are a cell longer along their own axis; the box follows from the others, or
-  // from the second velocity set where a frame holds nothing else.
-  Vec3i centre, any;
-  for (const auto& [type, grid] : frame.grids) {
-    if (type >= kGridVelocityX && type <= kGridVelocityZ) continue;
-    Vec3i& largest = type >= kGridSecondVelocityX && type <= kGridSecondVelocityZ ? any : centre;
-    for (int axis = 0; axis < 3; ++axis) largest[axis] = std::max(largest[axis], grid.dims[axis]);
-  }
-  const Vec3i dims = centre != Vec3i() ? centre : any - Vec3i(1, 1, 1);
+  const Vec3i dims = frame.dims();
   if (dims[0] < 3 || dims[1] < 3 || dims[2] < 3) {
     LogMessage() << "Failed to load state form sim frame: Invalid grid size";
     return false;
@@ -118,8 +124,7 @@ bool Simulation3D::load_state(SceneEvaluator& scene, SimFrame& frame) {
 
   settings.sim_time = frame.simTime;
   init_state(scene);
-  const Vec3i offset = frame.offset();
-  apply_box({offset + Vec3i(1, 1, 1), offset + dims - Vec3i(2, 2, 2)});
+  apply_box(frame.box());
   for (FrameStorable* storable : storables_) storable->load(frame);
   return true;
 }
@@ -172,7 +177,7 @@ bool Simulation3D::substep(SceneEvaluator& scene) {
   times_.beg += watch.lap();
   if (!check(2)) return false;
 
-  for (ScalarFluidChannel* channel : channels_) channel->decay_and_advect(*fluid_);
+  for (ScalarFluidChannel* channel : channels_) channel->decay_and_advect(*fluid_, *this);
   times_.pro += watch.lap();
   for (auto& system : systems_) system->after_channel_advection();
   times_.beg += watch.lap();
@@ -185,18 +190,21 @@ bool Simulation3D::substep(SceneEvaluator& scene) {
   times_.beg += watch.lap();
   if (!check(5)) return false;
 
+  keep_box = {};
   scene.update_inputs(*this, settings.dt);
   times_.src += watch.lap();
   if (!check(6)) return false;
-  apply_box(settings.domain_box);
+  adapt(settings.dt, {}, true, true);
   times_.res += watch.lap();
   if (!check(7)) return false;
 
-  for (ScalarFluidChannel* channel : channels_) channel->finish_step();
+  for (ScalarFluidChannel* channel : channels_) channel->finish_step(*this, *this);
   times_.pro += watch.lap();
   for (auto& system : systems_) system->after_sources();
   times_.beg += watch.lap();
   if (!check(8)) return false;
+  adapt_to_expansion();
+  times_.res += watch.lap();
 
   scene.update_solids(*this, settings.dt);
   if (solids.phi)
@@ -208,6 +216,7 @@ bool Simulation3D::substep(SceneEvaluator& scene) {
   fluid_->update(settings.dt, *pressure_, *this, *this);
   times_.vel += watch.lap();
   for (auto& system : systems_) system->end_step();
+  divergence_sources_.clear();
   mem_stats();
 
   settings.step_index += 1;
@@ -244,27 +253,47 @@ bool Simulation3D::abort_requested(int done, int total) {
   return progress_ && !progress_->progress(done + i * total, total * (steps_remaining_ + i));
 }
 
-void Simulation3D::apply_box(const IntBox& box) {
-  const IntBox old = settings.active_box;
-  if (old == box || (old.empty() && box.empty())) return;
-  const auto text = [](const Vec3i& v) {
-    return "[" + std::to_string(v[0]) + "," + std::to_string(v[1]) + "," + std::to_string(v[2]) +
-           "]";
-  };
-  LogMessage() << "Adapting container: " << text(box.lo) << "->" << text(box.hi) << " = "
-               << text(box.size());
-  settings.active_box = box;
-  for (auto& system : systems_) system->resize(box.lo - old.lo);
-}
-
 void Simulation3D::add_source_object(const SimulationObjectParameters& parameters,
                                      const SparseField<float, 3>& weights) {
   const std::lock_guard lock(mutex_);
   for (ScalarFluidChannel* channel : channels_) channel->add_source(parameters, weights);
+  const auto expansion = parameters.amounts.find(kExpansion);
+  if (expansion != parameters.amounts.end() && expansion->second != 0)
+    add_expansion(expansion->second, weights);
+}
+
+// Where sources overlap, the strongest counts.
+void Simulation3D::add_expansion(double amount, const SparseField<float, 3>& weights) {
+  const float a = static_cast<float>(amount);
+  for (const SparseBlockEntry& block : weights.blocks()) {
+    float* held = divergence_sources_.hash_insert(block.x, block.y, block.z).data;
+    for (int i = 0; i < SparseField<float, 3>::kBlockSize; ++i) {
+      const float given = a * block.data[i];
+      if (std::fabs(given) > std::fabs(held[i])) held[i] = given;
+    }
+  }
 }
 
 void Simulation3D::add_forces(FluidSystem& fluid, double dt) {
   for (VelocityForce* force : forces_) force->add_forces(fluid, dt);
+}
+
+bool Simulation3D::add_divergence(MField& target, double dt) {
+  bool wrote = false;
+  for (VelocityForce* force : forces_) wrote |= force->add_divergence(target, dt);
+  if (!divergence_sources_.empty()) {
+    m_asxpy(settings.active_box.lo - Vec3i(1, 1, 1), target, 1, divergence_sources_);
+    wrote = true;
+  }
+  return wrote;
+}
+
+void Simulation3D::add_detail(FluidSystem& fluid) {
+  for (VelocityForce* force : forces_) force->add_detail(fluid);
+}
+
+void Simulation3D::combustion(MField& target, int key) {
+  for (CombustionSource* source : combustion_sources_) source->combustion(target, key);
 }
 
 MField* Simulation3D::get_field(int key) {

@@ -23,7 +23,10 @@
 
 namespace nbx {
 
-class Simulation3D final : private VelocityForce, private FieldSource, private SolverProgress {
+class Simulation3D final : private VelocityForce,
+                           private FieldSource,
+                           private CombustionSource,
+                           private SolverProgress {
  public:
   Simulation3D();
   ~Simulation3D() override;
@@ -31,7 +34,8 @@ class Simulation3D final : private VelocityForce, private FieldSource, private S
   Simulation3D& operator=(const Simulation3D&) = delete;
 
   SimSettings settings;
-  Solids solids;  // of this substep, set by SceneEvaluator::update_solids
+  Solids solids;    // of this substep, set by SceneEvaluator::update_solids
+  IntBox keep_box;  // must stay in the active box; set by SceneEvaluator::update_inputs
 
   /// Brings a new run to the start frame: the state holds the sources of that instant.
   void init_state(SceneEvaluator& scene);
@@ -77,10 +81,17 @@ class Simulation3D final : private VelocityForce, private FieldSource, private S
   void begin_frame();
   bool substep(SceneEvaluator& scene);
   double choose_step();
+  void adapt(double dt, const IntBox& wanted, bool grow_only, bool skip_reach);
+  void adapt_to_expansion();
+  IntBox expanded_box(MField& divergence) const;
+  void add_expansion(double amount, const SparseField<float, 3>& weights);
   bool check(int k);
   void log_frame_line(double total);
 
   void add_forces(FluidSystem& fluid, double dt) override;
+  bool add_divergence(MField& target, double dt) override;
+  void add_detail(FluidSystem& fluid) override;
+  void combustion(MField& target, int key) override;
   MField* get_field(int key) override;
   bool abort_requested(int done, int total) override;
 
@@ -96,7 +107,10 @@ class Simulation3D final : private VelocityForce, private FieldSource, private S
   std::vector<ScalarFluidChannel*> channels_;
   std::vector<FieldSource*> field_sources_;
   std::vector<VelocityForce*> forces_;
+  std::vector<CombustionSource*> combustion_sources_;
   std::vector<FrameStorable*> storables_;
+
+  SparseField<float, 3> divergence_sources_;  // volume that sources give in this substep
 
   double remaining_time_ = 0;  // seconds left in this frame
   double step_limit_ = 1;

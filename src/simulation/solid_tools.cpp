@@ -16,7 +16,7 @@ constexpr float kDeepest = -12.0f;
 // the one across its face.
 void constrain_row(float* U, const float* Us, const float* phi, std::ptrdiff_t step, int count) {
   const float* before = phi - step;
-  for (int i = 0; i < count; ++i) U[i] = (phi[i] <= 0) | (before[i] <= 0) ? Us[i] : U[i];
+  for (int i = 0; i < count; ++i) U[i] = ((phi[i] <= 0) | (before[i] <= 0)) ? Us[i] : U[i];
 }
 
 // The mean of the channel at `at` over the corners in fluid; `value` if there are none.

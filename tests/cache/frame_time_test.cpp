@@ -80,9 +80,11 @@ TEST(FrameTime, ClockHitsEveryFrame) {
   }
 }
 
-TEST(Fraction, ScalesAClock) {
+TEST(Fraction, Arithmetic) {
   EXPECT_EQ((Fraction{1, 25} * Fraction{500000, 1000000}), (Fraction{1, 50}));
   EXPECT_EQ((Fraction{1, 6} + Fraction{1, 10}), (Fraction{4, 15}));
+  // The common denominator would be a number that a double can't hold.
+  EXPECT_EQ((Fraction{1e12, 999983} + Fraction{1, 999983}), (Fraction{1e12 + 1, 999983}));
 }
 
 }  // namespace

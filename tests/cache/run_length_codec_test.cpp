@@ -12,7 +12,8 @@ namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
-std::string encoded(const std::vector<float>& cells) {
+std::string encoded(std::vector<float> cells) {
+  cells.shrink_to_fit();  // a search that leaves the field would show
   std::vector<char> out(rle_bound(cells.size()));
   return std::string(out.data(), rle_encode(out.data(), cells.data(), cells.size()));
 }

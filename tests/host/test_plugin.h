@@ -24,54 +24,29 @@ enum Parameter : std::int32_t {
 };
 
 inline host::ClassDescription BoxDescription() {
-  using host::ParameterType;
-  return {.name = "box",
-          .help = "A box",
-          .parameters = {{.id = kSize,
-                          .symbol = "OBOX_EDGE_LENGTH",
-                          .type = ParameterType::Real,
-                          .default_value = 2.0,
-                          .minimum = 0.5,
-                          .maximum = 1e6,
-                          .unit = "units",
-                          .help = "Edge of the box"},
-                         {.id = kActive,
-                          .symbol = "OBOX_ACTIVE",
-                          .type = ParameterType::Bool,
-                          .default_value = true},
-                         {.id = kSteps,
-                          .symbol = "OBOX_STEPS",
-                          .type = ParameterType::Long,
-                          .default_value = 1,
-                          .minimum = 1},
-                         {.id = kMode,
-                          .symbol = "OBOX_MODE",
-                          .type = ParameterType::Long,
-                          .default_value = 10,
-                          .cycle = {{10, "plain"}, {20, "fancy"}}},
-                         {.id = kWind,
-                          .symbol = "OBOX_WIND",
-                          .type = ParameterType::Vector,
-                          .default_value = host::Vector{1, 0, 0}},
-                         {.id = kStart,
-                          .symbol = "OBOX_START",
-                          .type = ParameterType::Time,
-                          .default_value = host::BaseTime{}},
-                         {.id = kLabel,
-                          .symbol = "OBOX_LABEL",
-                          .type = ParameterType::String,
-                          .default_value = std::string(),
-                          .animatable = false},
-                         {.id = kFolder,
-                          .symbol = "OBOX_FOLDER",
-                          .type = ParameterType::Filename,
-                          .default_value = host::Filename{},
-                          .animatable = false},
-                         {.id = kTarget,
-                          .symbol = "OBOX_TARGET",
-                          .type = ParameterType::Link,
-                          .default_value = static_cast<host::BaseList2D*>(nullptr),
-                          .animatable = false}}};
+  host::ClassDescription box{.name = "box", .help = "A box"};
+  const auto add = [&box](std::int32_t id, const char* symbol, host::ParameterValue value) {
+    const auto type = static_cast<host::ParameterType>(value.index());
+    box.parameters.push_back({.id = id,
+                              .symbol = symbol,
+                              .type = type,
+                              .default_value = value,
+                              .animatable = id < kLabel});
+  };
+  add(kSize, "OBOX_EDGE_LENGTH", 2.0);
+  add(kActive, "OBOX_ACTIVE", true);
+  add(kSteps, "OBOX_STEPS", 1);
+  add(kMode, "OBOX_MODE", 10);
+  add(kWind, "OBOX_WIND", host::Vector{1, 0, 0});
+  add(kStart, "OBOX_START", host::BaseTime());
+  add(kLabel, "OBOX_LABEL", std::string());
+  add(kFolder, "OBOX_FOLDER", host::Filename());
+  add(kTarget, "OBOX_TARGET", static_cast<host::BaseList2D*>(nullptr));
+  box.parameters[0].minimum = 0.5;
+  box.parameters[0].maximum = 1e6;
+  box.parameters[0].unit = "units";
+  box.parameters[3].cycle = {{10, "plain"}, {20, "fancy"}};
+  return box;
 }
 
 inline host::ClassDescription SourceDescription() {

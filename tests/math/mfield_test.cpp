@@ -177,6 +177,7 @@ TEST(MField, FailureLosesNothing) {
       EXPECT_THROW(field.gpu_field(), CUDAException);
       EXPECT_EQ(field.location(), kCpu);
       EXPECT_TRUE(test::same_bits(contents(field), before));
+      EXPECT_EQ(software_device::bytes_in_use(), 0u) << "no half-filled GPU side stays";
     }
     field.move_to(kGpu);
     software_device::fail_call(1, cuda::kErrorMemoryAllocation);

@@ -94,7 +94,7 @@ TEST(RationalSpline, SpansAreRationalBezierCurves) {
 
 TEST(RationalSpline, KnotsRiseStrictly) {
   for (float x : {0.5f, 100.0f, -3e8f}) {
-    RationalSpline spline = make({{x, 3}, {x, 1}, {kNaN, 4}, {x, 2}});
+    RationalSpline spline = make({{x, 3}, {x, 1}, {-kNaN, 4}, {x, 2}});
     EXPECT_EQ(spline.eval(x), 1);
     const auto& knots = spline.knots();
     ASSERT_EQ(knots.size(), 4u);
@@ -258,9 +258,18 @@ TEST(SplineStream, Damage) {
       EXPECT_FALSE(view.valid);
     }
   };
+  const auto expect_failure = [&](std::vector<std::byte> bytes) {
+    const int before = failed;
+    attempt(bytes);
+    EXPECT_EQ(failed, before + 1);
+  };
   for (std::size_t size = 0; size < good.size(); ++size)
-    attempt({good.begin(), good.begin() + static_cast<std::ptrdiff_t>(size)});
-  EXPECT_EQ(read, 0);
+    expect_failure({good.begin(), good.begin() + static_cast<std::ptrdiff_t>(size)});
+  expect_failure(bytes_of(make({{0, 1}, {kNaN, 2}}), {}));
+  expect_failure(bytes_of(make({{0, 1}, {1, std::numeric_limits<float>::infinity()}}), {}));
+  ByteWriter negative;
+  EXPECT_TRUE(negative.write_long(0x52533031) && negative.write_long(-1));
+  expect_failure(negative.bytes());
   for (std::size_t i = 0; i < good.size(); ++i)
     for (unsigned flip : {1u, 0x80u, 0xffu}) {
       std::vector<std::byte> bytes = good;

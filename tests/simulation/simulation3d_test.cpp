@@ -235,43 +235,5 @@ TEST(Simulation3D, SteadyStateAllocatesNothingAndThreadsDontMatter) {
   EXPECT_EQ(0, std::memcmp(result[1].data(), result[2].data(), result[1].size() * sizeof(float)));
 }
 
-TEST(Channel, RatesAreSharesOfAFrameAndSetSourcesNeverLower) {
-  SmokeRun run;
-  run.sim.init_state(run.scene);
-  // Temperature loses a tenth a frame, is lifted to 1 again where the source is, never above.
-  run.sim.settings.channel_params[kTemperature].buoyancy = 0;
-  for (int frame = 0; frame < 3; ++frame) {
-    run.frames(1);
-    run.sim.settings.channel_params[kTemperature].buoyancy = 0;
-  }
-  EXPECT_LE(max(run.channel(kTemperature)), 1.0f);
-  EXPECT_EQ(max(run.channel(kDensity)), 1.0f);
-
-  // The same decay in one step or in five.
-  for (DecayMode mode : {DecayMode::kLinear, DecayMode::kExponential}) {
-    std::vector<float> left;
-    for (int substeps : {1, 5}) {
-      SimSettings s;
-      s.simulated_channels = {kDensity};
-      s.channel_params[kDensity] = default_channel_params(kDensity);
-      s.channel_params[kDensity].decay = 0.3;
-      s.channel_params[kDensity].decay_mode = mode;
-      s.active_box = {{0, 0, 0}, {3, 3, 3}};
-      s.frame_duration = 0.04;
-      s.dt = 0.04 / substeps;
-      ScalarFluidChannel channel(s, kDensity);
-      CuslKernels3D fluid(s);  // at rest: nothing is carried
-      channel.begin_step();
-      Field<float>& field = channel.get_field(kDensity)->cpu_field();
-      set(field, 0.9f);
-      for (int i = 0; i < substeps; ++i) channel.decay_and_advect(fluid);
-      left.push_back(channel.get_field(kDensity)->cpu_field()(2, 2, 2));
-    }
-    const float expected = mode == DecayMode::kLinear ? 0.6f : 0.63f;
-    EXPECT_NEAR(left[0], expected, 1e-6);
-    EXPECT_NEAR(left[1], expected, 1e-6);
-  }
-}
-
 }  // namespace
 }  // namespace nbx

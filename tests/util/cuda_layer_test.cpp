@@ -144,7 +144,7 @@ TEST_F(CudaLayer, NoDeviceLeavesTheThreadOnTheCpu) {
     set_device(flags, 0);
     EXPECT_EQ(flags.device, -1);
     EXPECT_FALSE(flags.use_gpu);
-    EXPECT_TRUE(log.contains("CUDAException(100) in "));
+    EXPECT_TRUE(log.contains("CUDAException("));
   });
 }
 

@@ -81,7 +81,7 @@ class Plugin : public ::testing::Test {
   std::function<void(test::RecordingContext&)> prepare_context;
 };
 
-/// Height of the centre of a grid's content, and its sum.
+/// Height of the centre of a grid's content in domain cells, and its sum.
 std::pair<double, double> height_and_sum(const std::string& path, int type) {
   SimFrame frame;
   EXPECT_TRUE(frame.load(path));
@@ -91,7 +91,7 @@ std::pair<double, double> height_and_sum(const std::string& path, int type) {
     for (int y = 0; y < grid->ny(); ++y)
       for (int x = 0; x < grid->nx(); ++x) {
         sum += (*grid)(x, y, z);
-        height += y * (*grid)(x, y, z);
+        height += (frame.grids.at(type).offset[1] + y) * (*grid)(x, y, z);
       }
   return {height / sum, sum};
 }
@@ -103,9 +103,9 @@ TEST_F(Plugin, SceneBecomesFramesAndAPicture) {
   const auto files = frame_files();
   ASSERT_EQ(files.size(), 15u);
 
-  // The smoke starts at the ball's height (cell 8, ghost layer counted), and rises.
+  // The smoke starts at the ball's height, and rises.
   const auto [start, sum] = height_and_sum(files.front(), kGridDensity);
-  EXPECT_NEAR(start, 8.5, 0.5);
+  EXPECT_NEAR(start, 7.5, 0.5);
   EXPECT_GT(sum, 100);
   const auto [end, more] = height_and_sum(files.back(), kGridDensity);
   EXPECT_GT(end, start + 2);
@@ -114,9 +114,11 @@ TEST_F(Plugin, SceneBecomesFramesAndAPicture) {
   SimFrame frame;
   ASSERT_TRUE(frame.load(files.back()));
   EXPECT_EQ(frame.frameTime.frame(), 14);
+  ASSERT_EQ(frame.grids.at(kGridVelocityY).offset[1], -1);
   const FieldHandle v = frame.grid(kGridVelocityY);
-  for (int z = 1; z <= 20; ++z)
-    for (int x = 1; x <= 24; ++x) ASSERT_EQ((*v)(x, 1, z), 0);
+  EXPECT_GT(v->nx(), 3);
+  for (int z = 1; z < v->nz() - 1; ++z)
+    for (int x = 1; x < v->nx() - 1; ++x) ASSERT_EQ((*v)(x, 1, z), 0);
 
   host::CommandArguments info;
   info.Add("path", folder_.file("cache"));
@@ -131,7 +133,9 @@ TEST_F(Plugin, SceneBecomesFramesAndAPicture) {
   slice.Add("output", folder_.file("smoke.png"));
   EXPECT_EQ(run("slice", slice), host::kDone);
   const QImage picture(QString::fromStdString(folder_.file("smoke.png")));
-  EXPECT_EQ(picture.size(), QSize(24, 40));
+  const Vec3i dims = frame.grids.at(kGridDensity).dims;
+  EXPECT_EQ(picture.size(), QSize(dims[0] - 2, dims[1] - 2));
+  EXPECT_GT(picture.height(), 20);
 }
 
 TEST_F(Plugin, SameBytesForAnyNumberOfThreads) {
@@ -151,11 +155,12 @@ TEST_F(Plugin, SameBytesForAnyNumberOfThreads) {
 }
 
 TEST_F(Plugin, SteadyStateAllocatesNoFields) {
-  ASSERT_EQ(run("simulate", simulate_arguments(scene(), 14)), host::kDone);
+  // Long enough for the gas to fill the domain.
+  ASSERT_EQ(run("simulate", simulate_arguments(scene(), 60)), host::kDone);
   const auto allocations = context_->all<std::int64_t>("frame", "field_allocations");
-  ASSERT_EQ(allocations.size(), 15u);
+  ASSERT_EQ(allocations.size(), 61u);
   EXPECT_GT(allocations[0], 0);
-  EXPECT_EQ(allocations[14], allocations[10]);
+  EXPECT_EQ(allocations[60], allocations[40]);
 }
 
 TEST_F(Plugin, InterruptsEndTheRunAtTheFrameOrAtOnce) {

@@ -1,10 +1,11 @@
+#include "scene/triangle_scan.h"
+
 #include <limits>
 #include <map>
 #include <random>
 #include <tuple>
 
 #include "scene/brute_force_distance.h"
-#include "scene/triangle_scan.h"
 #include "support/support.h"
 
 namespace nbx {

@@ -1,4 +1,5 @@
 #include "C4D/emitter_sampler.h"
+
 #include "C4D/scene_settings.h"
 #include "glue/test_document.h"
 #include "math/field_reductions.h"
@@ -36,11 +37,13 @@ class Sampling : private SceneEvaluator {
     return density();
   }
   const Field<float>& density() { return sim_.channel_field(kDensity)->cpu_field(); }
-  /// In world coordinates.
+  /// In world coordinates; 0 outside of the simulated box.
   float density_at(const Vec3d& world) {
-    const Vec3d cell = sim_.settings.world_to_grid(world);
-    const auto index = [&](int a) { return static_cast<int>(std::lround(cell[a])) + 1; };
-    return density()(index(0), index(1), index(2));
+    const Vec3d at = sim_.settings.world_to_grid(world);
+    const IntBox& box = sim_.settings.active_box;
+    const Vec3i cell(std::lround(at[0]), std::lround(at[1]), std::lround(at[2]));
+    const Vec3i i = cell - box.lo + Vec3i(1, 1, 1);
+    return box.contains(cell) ? density()(i[0], i[1], i[2]) : 0.0f;
   }
 
  private:

@@ -1,5 +1,6 @@
-#include "scene/brute_force_distance.h"
 #include "scene/cell_center_voxelizer.h"
+
+#include "scene/brute_force_distance.h"
 #include "support/support.h"
 
 namespace nbx {

@@ -1,5 +1,6 @@
-#include "C4D/host_conversion.h"
 #include "C4D/scene_settings.h"
+
+#include "C4D/host_conversion.h"
 #include "C4D/simulation_driver.h"
 #include "C4D/volume_grid.h"
 #include "C4D/workspace.h"

@@ -1,0 +1,25 @@
+// What tells whether a run is sound: sums and extremes of the state at the end of a frame.
+#pragma once
+
+#include <array>
+#include <map>
+
+namespace nbx {
+
+class Simulation3D;
+
+struct Health {
+  std::map<int, double> mass;  // by ChannelKey: the sum of the channel times the volume of a cell
+  double kinetic_energy = 0;   // per unit of density: half the squared speed, summed over the gas
+  double largest_divergence = 0;  // 1/s, of the velocity in the cells; expansion counts
+  double residual = 0;            // of the last projection
+  int cycles = 0;                 // V-cycles of the last projection
+  double cfl = 0;                 // cells that the fastest gas crosses in the last substep
+  // Domain faces, x-, x+, y-, y+, z-, z+, whose outermost cells hold a channel's content.
+  std::array<bool, 6> touches{};
+};
+
+/// To be called between frames, on the simulation thread.
+Health measure_health(Simulation3D& sim);
+
+}  // namespace nbx

@@ -1,0 +1,23 @@
+// Detail below what the solver resolves: the curl of a noise, added to the projected velocity. It
+// is rebuilt every step and never advected.
+#pragma once
+
+#include "math/wavelet_noise.h"
+#include "simulation/sim_system.h"
+
+namespace nbx {
+
+class NoiseForceSystem : public SimSystem, public VelocityForce {
+ public:
+  using SimSystem::SimSystem;
+
+  void begin_frame(FieldSource& fields) override { fields_ = &fields; }
+  void add_forces(FluidSystem& /*fluid*/, double /*dt*/) override {}
+  void add_detail(FluidSystem& fluid) override;
+
+ private:
+  WaveletNoise noise_;  // lives through `clear`, so that a run that goes on draws on
+  FieldSource* fields_ = nullptr;
+};
+
+}  // namespace nbx

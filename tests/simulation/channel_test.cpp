@@ -1,0 +1,200 @@
+// Decay, combustion, diffusion and sources of the channels.
+#include "math/field_operators.h"
+#include "math/field_reductions.h"
+#include "simulation/cusl_kernels3d.h"
+#include "simulation/scalar_fluid_channel.h"
+#include "support/support.h"
+
+namespace nbx {
+namespace {
+
+constexpr float kFrame = 0.04f;
+
+// The four channels over a resting fluid, with the hooks of a substep called in their order.
+class Reactor : public CombustionSource, public FieldSource {
+ public:
+  explicit Reactor(int substeps = 1, int n = 6) {
+    s.simulated_channels = {kDensity, kTemperature, kFuel, kBurn};
+    for (int key : s.simulated_channels) s.channel_params[key] = default_channel_params(key);
+    s.channel_params[kFuel].driver_key = kNoChannel;
+    s.channel_params[kFuel].outputs = {{kBurn, {1, false}},
+                                       {kExpansion, {2, true}},
+                                       {kTemperature, {3, false}},
+                                       {kDensity, {0.5, true}}};
+    s.active_box = {{0, 0, 0}, {n - 1, n - 1, n - 1}};
+    s.frame_duration = kFrame;
+    s.dt = static_cast<double>(kFrame) / substeps;
+    s.dx = 1;
+    for (int key : {kFuel, kBurn, kDensity, kTemperature})
+      channels.push_back(std::make_unique<ScalarFluidChannel>(s, key));
+    for (auto& channel : channels) channel->begin_step();
+  }
+
+  void step() {
+    CuslKernels3D fluid(s);  // at rest: nothing is carried
+    for (auto& channel : channels) channel->begin_step();
+    for (auto& channel : channels) channel->decay_and_advect(fluid, *this);
+    finish();
+  }
+  // The second half of a substep: what there is now burns.
+  void finish() {
+    for (auto& channel : channels) channel->finish_step(*this, *this);
+    for (auto& channel : channels) channel->after_sources();
+    for (auto& channel : channels) channel->end_step();
+  }
+  void combustion(MField& target, int key) override { channels[0]->combustion(target, key); }
+  MField* get_field(int key) override {
+    for (auto& channel : channels)
+      if (MField* field = channel->get_field(key)) return field;
+    return nullptr;
+  }
+  Field<float>& field(int key) { return get_field(key)->cpu_field(); }
+  // Fills the interior of a channel.
+  void fill(int key, float value) {
+    Field<float>& f = field(key);
+    for (int k = 1; k < f.nz() - 1; ++k)
+      for (int j = 1; j < f.ny() - 1; ++j)
+        for (int i = 1; i < f.nx() - 1; ++i) f(i, j, k) = value;
+  }
+
+  SimSettings s;
+  std::vector<std::unique_ptr<ScalarFluidChannel>> channels;  // fuel first
+};
+
+TEST(Channel, DecayIsAShareOfAFrame) {
+  for (DecayMode mode : {DecayMode::kLinear, DecayMode::kExponential})
+    for (int substeps : {1, 5}) {
+      Reactor r(substeps);
+      r.s.channel_params[kDensity].decay = 0.3;
+      r.s.channel_params[kDensity].decay_mode = mode;
+      r.fill(kDensity, 0.9f);
+      for (int i = 0; i < substeps; ++i) r.step();
+      EXPECT_NEAR(r.field(kDensity)(3, 3, 3), mode == DecayMode::kLinear ? 0.6 : 0.63, 1e-6);
+      EXPECT_EQ(r.field(kDensity)(0, 3, 3), 0);
+    }
+}
+
+// What the fuel loses the additive outputs gain, and lifted targets don't see the length of a step.
+TEST(Channel, FuelFeedsWhatItLoses) {
+  for (DecayMode mode : {DecayMode::kLinear, DecayMode::kExponential}) {
+    std::vector<float> burn;
+    for (int substeps : {1, 4}) {
+      Reactor r(substeps);
+      r.s.channel_params[kFuel].decay_mode = mode;
+      r.s.channel_params[kFuel].decay = 0.2;
+      r.fill(kFuel, 1);
+      const double fuel = sum(r.field(kFuel));
+      // What a substep burns is lost in the next one: the run starts with half a step and ends so.
+      r.finish();
+      for (int i = 0; i < 3 * substeps; ++i) r.step();
+      const double density = sum(r.field(kDensity));
+      CuslKernels3D fluid(r.s);
+      r.channels[0]->decay_and_advect(fluid, r);
+      EXPECT_NEAR(fuel - sum(r.field(kFuel)), density / 0.5, 1e-5 * fuel);
+      burn.push_back(r.field(kBurn)(3, 3, 3));
+      EXPECT_FLOAT_EQ(r.field(kTemperature)(3, 3, 3), 3 * burn.back());
+    }
+    // A whole frame's linear rate is 0.2; the exponential one is the fuel at the start of the burn.
+    EXPECT_NEAR(burn[0], mode == DecayMode::kLinear ? 0.2 : 1, 1e-6);
+    EXPECT_NEAR(burn[1], burn[0], 1e-6);
+  }
+}
+
+TEST(Channel, ADriverBoundsWhatBurns) {
+  // Half of the gas is hot; only there the fuel burns, and no more than the curve allows.
+  Reactor r;
+  ChannelParams& fuel = r.s.channel_params[kFuel];
+  fuel.driver_key = kTemperature;
+  fuel.driver_spline.addPoint(0, 0);
+  fuel.driver_spline.addPoint(1, 0.1f, kLinearTangent, kLinearTangent);
+  fuel.outputs = {{kDensity, {1, true}}};
+  r.fill(kFuel, 1);
+  for (int k = 1; k < 7; ++k)
+    for (int j = 1; j < 7; ++j)
+      for (int i = 4; i < 7; ++i) r.field(kTemperature)(i, j, k) = 1;
+  r.finish();
+  r.step();
+  EXPECT_FLOAT_EQ(r.field(kFuel)(5, 3, 3), 0.9f);
+  EXPECT_FLOAT_EQ(r.field(kDensity)(5, 3, 3), 0.2f);
+  EXPECT_EQ(r.field(kFuel)(2, 3, 3), 1);
+  EXPECT_EQ(r.field(kDensity)(2, 3, 3), 0);
+  EXPECT_TRUE(r.channels[0]->burned().empty()) << "nothing expands, so nothing keeps it";
+
+  // A blurred driver lights the cells beside the hot ones, and keeps what burned for the next step.
+  fuel.driver_blur = 1;
+  r.step();
+  r.step();
+  EXPECT_LT(r.field(kFuel)(3, 3, 3), 1);
+  EXPECT_FALSE(r.channels[0]->burned().empty());
+
+  // A channel that is named as a driver but isn't there limits nothing.
+  Reactor alone;
+  alone.s.channel_params[kFuel].driver_key = kVelocity;
+  alone.fill(kFuel, 1);
+  alone.finish();
+  alone.step();
+  EXPECT_NEAR(alone.field(kFuel)(3, 3, 3), 0.2, 1e-6);
+}
+
+TEST(Channel, ExpansionIsTheVolumeOfWhatBurned) {
+  Reactor r;
+  r.fill(kFuel, 1);
+  for (auto& channel : r.channels) channel->finish_step(r, r);
+  for (auto& channel : r.channels) channel->after_sources();
+  MField target(kCpu, {8, 8, 8});
+  target.zero();
+  ASSERT_TRUE(r.channels[0]->add_divergence(target, r.s.dt));
+  EXPECT_FLOAT_EQ(target.cpu_field()(3, 3, 3), 2 * 0.8f / kFrame);
+  EXPECT_FALSE(r.channels[1]->add_divergence(target, r.s.dt));
+  EXPECT_FALSE(r.channels[0]->add_divergence(target, 0));
+}
+
+// The heat kernel: after a time t a point of heat has the variance 2 D t on each axis.
+TEST(Channel, DiffusionFollowsTheHeatEquation) {
+  Reactor r(1, 31);
+  r.s.simulated_channels = {kDensity};
+  ChannelParams& density = r.s.channel_params[kDensity];
+  density.diffusion = 20;
+  r.field(kDensity)(16, 16, 16) = 1;
+  const int steps = 3;
+  for (int i = 0; i < steps; ++i) r.step();
+  const Field<float>& f = r.field(kDensity);
+  double mass = 0, variance = 0;
+  for (int k = 0; k < f.nz(); ++k)
+    for (int j = 0; j < f.ny(); ++j)
+      for (int i = 0; i < f.nx(); ++i) {
+        mass += f(i, j, k);
+        variance += f(i, j, k) * (i - 16) * (i - 16);
+      }
+  EXPECT_NEAR(mass, 1, 1e-4);
+  // Each step integrates over a voxel, whose own variance is 1/12.
+  const double expected = steps * (2 * 20 * r.s.dt + 1.0 / 12);
+  EXPECT_NEAR(variance / mass, expected, 0.02 * expected);
+
+  DiffusionFilter filter;
+  const Field<float>& kernel = filter.kernel(1, r.s.dt, 1e-9, 31);
+  EXPECT_EQ(kernel.nx(), 3) << "the filter goes on to distance 2 at least";
+  EXPECT_EQ(kernel[0], 1);
+}
+
+TEST(Channel, SourcesAreAddedOrLiftTo) {
+  Reactor r;
+  r.s.channel_params[kFuel].outputs.clear();
+  r.fill(kDensity, 0.25f);
+  r.fill(kTemperature, 5);
+  SparseField<float, 3> weights;
+  weights.hash_insert(2, 2, 2).data[SparseField<float, 3>::voxel_index(2, 2, 2)] = 0.5f;
+  SimulationObjectParameters object;
+  object.amounts = {{kDensity, 1}, {kTemperature, 2}, {kFuel, 4}, {kBurn, 0}};
+  object.add_keys = {kDensity};
+  for (auto& channel : r.channels) channel->add_source(object, weights);
+  for (auto& channel : r.channels) channel->add_source(object, weights);
+  for (auto& channel : r.channels) channel->finish_step(r, r);
+  EXPECT_FLOAT_EQ(r.field(kDensity)(3, 3, 3), 1.25f);
+  EXPECT_EQ(r.field(kTemperature)(3, 3, 3), 5) << "a set amount never lowers";
+  EXPECT_EQ(r.field(kFuel)(3, 3, 3), 2) << "two objects that set don't add up";
+  EXPECT_EQ(sum(r.field(kBurn)), 0);
+}
+
+}  // namespace
+}  // namespace nbx
