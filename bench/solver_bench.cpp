@@ -51,7 +51,7 @@ struct Jet {
   }
 };
 
-void run_project(benchmark::State& state, bool solid) {
+void bench_project(benchmark::State& state, bool solid) {
   Jet jet;
   double seconds = 0;
   int cycles = 0;
@@ -81,10 +81,14 @@ void run_project(benchmark::State& state, bool solid) {
   state.counters["cycles"] = cycles;
   state.counters["residual"] = static_cast<double>(residual);
 }
-void project(benchmark::State& state) { run_project(state, false); }
-void project_solid(benchmark::State& state) { run_project(state, true); }
-BENCHMARK(project)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(project_solid)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_CAPTURE(bench_project, open, false)
+    ->Name("project")
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK_CAPTURE(bench_project, solid, true)
+    ->Name("project_solid")
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 }  // namespace
 }  // namespace nbx::bench

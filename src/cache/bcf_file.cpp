@@ -5,8 +5,10 @@
 #include <QString>
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <limits>
 
+#include "cache/predictive_codec.h"
 #include "cache/run_length_codec.h"
 #include "util/log.h"
 
@@ -81,15 +83,6 @@ bool BcfFile::create(const std::string& path) {
   return true;
 }
 
-char* BcfFile::buffer(std::size_t size) {
-  if (size > capacity_) {
-    buffer_.reset();
-    buffer_ = std::make_unique_for_overwrite<char[]>(size);
-    capacity_ = size;
-  }
-  return buffer_.get();
-}
-
 void BcfFile::write(const char* data, std::size_t size) {
   // A full disk takes a part first; only the write behind it tells the reason.
   while (size > 0) {
@@ -108,8 +101,12 @@ BcfFile::Payload BcfFile::encode(Codec codec, const Field<float>& field) {
     case Codec::kRaw:
       return {reinterpret_cast<const char*>(field.data()), field.count() * sizeof(float)};
     case Codec::kRunLength: {
-      char* encoded = buffer(rle_bound(field.count()));
+      char* encoded = buffer_.reserve(rle_bound(field.count()));
       return {encoded, rle_encode(encoded, field.data(), field.count())};
+    }
+    case Codec::kPredictive: {
+      const std::size_t size = predictive_encode(buffer_, field.data(), field.dims());
+      return {buffer_.data(), size};
     }
     default:
       throw Exception("Unknown codec");
@@ -173,6 +170,8 @@ void BcfFile::readGrid(std::uint64_t position, const GridHead& head, Field<float
       return readRaw(position, head, field);
     case Codec::kRunLength:
       return readRunLength(position, head, field);
+    case Codec::kPredictive:
+      return readPredictive(position, head, field);
     default:
       throw Exception("Unknown codec");
   }
@@ -197,13 +196,27 @@ void BcfFile::readRaw(std::uint64_t position, const GridHead& head, Field<float>
 
 void BcfFile::readRunLength(std::uint64_t position, const GridHead& head, Field<float>& field) {
   checkLength(position, head);
-  char* payload = buffer(head.dataSize);
+  char* payload = buffer_.reserve(head.dataSize);
   read(position, payload, head.dataSize);
   const auto cells = cell_count(head.dims);
   if (!cells || !rle_fits(payload, head.dataSize, *cells))
     throw Exception("BCF: run-length payload doesn't fill the grid");
   field.resize(head.dims);
   rle_decode(field.data(), payload, head.dataSize);
+}
+
+void BcfFile::readPredictive(std::uint64_t position, const GridHead& head, Field<float>& field) {
+  checkLength(position, head);
+  const auto cells = cell_count(head.dims);
+  if (!cells || !predictive_fits(head.dataSize, *cells))
+    throw Exception("BCF: predictive payload doesn't fit the grid");
+  char* payload = buffer_.reserve(head.dataSize + kPredictivePadding);
+  std::memset(payload + head.dataSize, 0, kPredictivePadding);
+  read(position, payload, head.dataSize);
+  field.resize(head.dims);
+  if (predictive_decode(field.data(), payload, head.dataSize, field.dims())) return;
+  field.resize(0, 0, 0);
+  throw Exception("BCF: predictive payload is damaged");
 }
 
 void BcfFile::checkLength(std::uint64_t position, const GridHead& head) const {

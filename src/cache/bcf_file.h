@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "cache/bcf_format.h"
+#include "cache/byte_buffer.h"
 #include "cache/grid_type.h"
 #include "math/field.h"
 #include "util/exception.h"
@@ -69,8 +70,9 @@ class BcfFile {
 
   /// Decodes the payload at `position` into `field`, sized from `head.dims`; a negative dimension
   /// counts as 0. Throws Exception for an unknown codec, for a payload that the file's end cuts off
-  /// and for one that doesn't decode to exactly the grid: all before the field is touched. A
-  /// failing disk throws it too and leaves the field empty; std::bad_alloc.
+  /// and for one that can't hold exactly the grid: all before the field is touched. A predictive
+  /// payload that turns out damaged and a failing disk throw it too and leave the field empty;
+  /// std::bad_alloc.
   void readGrid(std::uint64_t position, const GridHead& head, Field<float>& field);
 
   /// True if the payload at `position` is followed by its size, as every record is that was written
@@ -94,17 +96,16 @@ class BcfFile {
   Payload encode(Codec codec, const Field<float>& field);
   void readRaw(std::uint64_t position, const GridHead& head, Field<float>& field);
   void readRunLength(std::uint64_t position, const GridHead& head, Field<float>& field);
+  void readPredictive(std::uint64_t position, const GridHead& head, Field<float>& field);
   void checkLength(std::uint64_t position, const GridHead& head) const;
   void write(const char* data, std::size_t size);
   void read(std::uint64_t position, char* dst, std::size_t size);
-  char* buffer(std::size_t size);
 
   std::unique_ptr<QFile> file_;
   Mode mode_ = Mode::kClosed;
   std::string error_;
   std::uint64_t next_ = 0;  // where the next head stands
-  std::unique_ptr<char[]> buffer_;
-  std::size_t capacity_ = 0;
+  ByteBuffer buffer_;
 };
 
 }  // namespace nbx

@@ -16,7 +16,8 @@
 //
 // The low 7 bits of the version byte are the version, the top bit is reserved. The order of records
 // carries no meaning; if a type stands twice, the later record wins. A raw payload is the floats as
-// they stand; run_length_codec.h shows the run-length one. A grid without cells has no payload.
+// they stand; run_length_codec.h and predictive_codec.h show the others. A grid without cells has
+// no payload.
 #pragma once
 
 #include <array>
@@ -29,7 +30,6 @@
 
 namespace nbx {
 
-/// The predictive codec is refused like one that isn't known.
 enum class Codec : std::uint8_t { kRaw = 0, kRunLength = 1, kPredictive = 2 };
 
 /// 4 x 4 for row vectors, row by row: p times the matrix maps a point in right-handed world

@@ -1,6 +1,6 @@
 // Vectors of doubles that are loaded from and stored to floats, as many as a register of the
-// instruction set holds: for kernels whose sums run in double while the storage is float. For kernel
-// files only (util/isa.h).
+// instruction set holds: for kernels whose sums run in double while the storage is float. For
+// kernel files only (util/isa.h).
 #pragma once
 
 #if defined(__SSE2__)
@@ -61,9 +61,9 @@ inline void store(float* p, F f) {
   std::memcpy(p, &f, sizeof f);
 }
 
-/// Calls body(D(), m) so that every m in [0, n) is covered, with D = Doubles for kLanes cells from m
-/// on, or double for one. The last vector may overlap the one before it, so the body must give the
-/// same when it runs on a cell twice.
+/// Calls body(D(), m) so that every m in [0, n) is covered, with D = Doubles for kLanes cells from
+/// m on, or double for one. The last vector may overlap the one before it, so the body must give
+/// the same when it runs on a cell twice.
 template <class Body>
 inline __attribute__((always_inline)) void over_cells(int n, Body body) {
   if (n < kLanes) {

@@ -17,7 +17,7 @@
 namespace nbx {
 
 struct LevelGrid {
-  float* x = nullptr;  // solution
+  float* x = nullptr;  // solution; its ghosts at open faces are 0
   float* b = nullptr;  // right-hand side
   float* r = nullptr;  // scratch of the steps
   int nx = 0, ny = 0, nz = 0;

@@ -8,17 +8,15 @@ namespace {
 
 // x(c) = (b(c) + sum of the weighted neighbours) / centre
 void smooth_plane(const LevelGrid& g, int k, int colour) {
-  for (int j = 1; j < g.ny - 1; ++j) {
-    const int parity = (colour + j + k) & 1;
-    set_ghosts(g, j, k, parity);
-    for_half_row(g, j, k, parity, [](const HalfRow& c, const auto& w) {
+  set_ghosts(g, k, colour);
+  for (int j = 1; j < g.ny - 1; ++j)
+    for_half_row(g, j, k, (colour + j + k) & 1, [](const HalfRow& c, const auto& w) {
       const double inverse = 1 / w.centre;
       over_cells(c.count, [&](auto lane, int m) {
         using D = decltype(lane);
         store(c.x + m, narrow((widen<D>(c.b + m) + neighbour_sum<D>(c, m, w)) * inverse));
       });
     });
-  }
 }
 
 // r(c) = b(c) - (centre x(c) - sum of the weighted neighbours)
@@ -51,15 +49,14 @@ struct Magnitude {
 
 float residual_norm_plane(const LevelGrid& g, int k) {
   Magnitude norm;
+  for (int colour = 0; colour < 2; ++colour) set_ghosts(g, k, colour);
   for (int j = 1; j < g.ny - 1; ++j)
-    for (int parity = 0; parity < 2; ++parity) {
-      set_ghosts(g, j, k, parity);
+    for (int parity = 0; parity < 2; ++parity)
       for_half_row(g, j, k, parity, [&](const HalfRow& c, const auto& w) {
         Magnitude row = norm;
         over_cells(c.count, [&](auto lane, int m) { row.add(residual<decltype(lane)>(c, m, w)); });
         norm = row;
       });
-    }
   return norm.largest();
 }
 
@@ -67,11 +64,11 @@ void restrict_plane(const LevelGrid& coarse, const LevelGrid& fine, int coarse_k
   const int k = halves(fine.nz) ? 2 * coarse_k : coarse_k;
   // The cells with even i are the samples, or the one cell of an axis that isn't halved.
   const int parity = halves(fine.nx) ? 0 : 1;
+  for (int colour = 0; colour < 2; ++colour) set_ghosts(fine, k, colour);
   for (int J = 1; J < coarse.ny - 1; ++J) {
     const int j = halves(fine.ny) ? 2 * J : J;
     float* samples = coarse.r + coarse.row(J, coarse_k);
     float* next = samples + 1;
-    set_ghosts(fine, j, k, parity);
     for_half_row(fine, j, k, parity, [&](const HalfRow& c, const auto& w) {
       over_cells(c.count,
                  [&](auto lane, int m) { store(next + m, residual<decltype(lane)>(c, m, w)); });

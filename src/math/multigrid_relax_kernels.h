@@ -1,7 +1,8 @@
 // What smoothing and residual do on one plane of a level, compiled once per instruction set
-// (util/isa.h). Planes are given by the index k of an interior one. Each kernel sets the ghosts
-// that it reads, in its own plane and in a ghost plane beside it, and writes nothing else that
-// another plane's kernel of the same kind reads, so planes can run on any threads.
+// (util/isa.h). Planes are given by the index k of an interior one. Each kernel sets the ghosts of
+// closed faces that it reads, in its own plane or in the ghost plane beside it. It writes nothing
+// else that a kernel of the same kind and colour reads on another plane, so planes can run on any
+// threads.
 #pragma once
 
 #include "math/multigrid_level.h"

@@ -109,6 +109,7 @@ SolveResult MultigridSolver3D::solve(Field<float>& x, Field<float>& b, int expec
   progress_ = progress;
   cycle_ = 0;
   expected_cycles_ = expected_cycles;
+  set_boundary_condition(x, bc);
   split_rows(x, finest.r);
   split_rows(b, finest.r);
   const SolveResult result = iterate(max_cycles, tolerance, residual);

@@ -94,34 +94,32 @@ inline void for_half_row(const LevelGrid& g, int j, int k, int parity, Body body
   }
 }
 
-/// Sets the ghosts beside the cells of one half of a row: a closed face takes its inner neighbour,
-/// an open one 0. A sweep must see the ghosts as they are at its start. A cell changes once in a
-/// sweep and only it reads the ghost beside it, so it's the same to set the ghosts right before the
-/// cells change.
-inline void set_ghosts(const LevelGrid& g, int j, int k, int parity) {
-  float* row = g.x + g.row(j, k);
+/// Sets the ghosts beside the cells of one colour in a plane, where the face is closed: they take
+/// their inner neighbour. Those of open faces are 0 from the start of a solve. A sweep must see the
+/// ghosts as they are at its start. A cell changes once in a sweep and only it reads the ghost
+/// beside it, so it's the same to set the ghosts right before the colour changes.
+inline void set_ghosts(const LevelGrid& g, int k, int colour) {
   const int odd = g.odd();
-  if (parity == 1) row[0] = g.closed[0] ? row[odd] : 0;
-  if (g.nx % 2 == parity) {
-    const int inner = (parity ? odd : 0) + (g.nx - 2) / 2;
-    const int ghost = (parity ? 0 : odd) + (g.nx - 1) / 2;
-    row[ghost] = g.closed[1] ? row[inner] : 0;
-  }
-  if (j > 1 && j < g.ny - 2 && k > 1 && k < g.nz - 2) return;
-
-  float* half = row + (parity ? odd : 0);
-  const std::size_t count = static_cast<std::size_t>(parity ? g.nx - odd : odd);
-  const auto face = [&](bool at_face, int closed, std::ptrdiff_t ghost) {
-    if (!at_face) return;
-    if (closed)
-      std::memcpy(half + ghost, half, count * sizeof(float));
-    else
-      std::memset(half + ghost, 0, count * sizeof(float));
+  const auto parity = [&](int j) { return (colour + j + k) & 1; };
+  if (g.closed[0] || g.closed[1])
+    for (int j = 1; j < g.ny - 1; ++j) {
+      float* row = g.x + g.row(j, k);
+      float *half = row + (parity(j) ? odd : 0), *other = row + (parity(j) ? 0 : odd);
+      if (g.closed[0] && parity(j) == 1) other[0] = half[0];
+      if (g.closed[1] && parity(j) == g.nx % 2) other[(g.nx - 1) / 2] = half[(g.nx - 2) / 2];
+    }
+  const auto copy = [&](int j, std::ptrdiff_t to_ghost) {
+    float* half = g.x + g.row(j, k) + (parity(j) ? odd : 0);
+    const auto count = static_cast<std::size_t>(parity(j) ? g.nx - odd : odd);
+    std::memcpy(half + to_ghost, half, count * sizeof(float));
   };
-  face(j == 1, g.closed[2], -g.nx);
-  face(j == g.ny - 2, g.closed[3], g.nx);
-  face(k == 1, g.closed[4], -g.plane());
-  face(k == g.nz - 2, g.closed[5], g.plane());
+  if (g.closed[2]) copy(1, -g.nx);
+  if (g.closed[3]) copy(g.ny - 2, g.nx);
+  const bool low = g.closed[4] && k == 1, high = g.closed[5] && k == g.nz - 2;
+  for (int j = 1; (low || high) && j < g.ny - 1; ++j) {
+    if (low) copy(j, -g.plane());
+    if (high) copy(j, g.plane());
+  }
 }
 
 }  // namespace nbx::NBX_ISA

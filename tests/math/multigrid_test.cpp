@@ -12,7 +12,7 @@ namespace {
 
 using test::fill_random;
 using Faces = std::array<int, 6>;
-constexpr Faces kOpen{}, kClosed{1, 1, 1, 1, 1, 1}, kMixed{1, 0, 0, 1, 1, 1};
+constexpr Faces kOpen{}, kClosed{1, 1, 1, 1, 1, 1}, kMixed{1, 0, 0, 1, 0, 1};
 
 // A solver with its fields: a random right-hand side in the interior, x = 0.
 struct Problem {

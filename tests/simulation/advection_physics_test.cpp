@@ -16,20 +16,20 @@ struct Turn {
   float lo = 0, hi = 0;
 };
 
-// A sphere of density, radius 10 with a soft edge, is carried once round the middle of 64^3 cells
+// A sphere of density, radius 10 with a soft edge, is carried once round the middle of 64 x 64 x 32 cells
 // in 120 steps of a rigid rotation: its centre, 14 cells out, moves by 0.73 cells a step.
 Turn carry_round(bool corrected, bool cubic) {
-  constexpr int n = 64, steps = 120;
-  const double middle = 31.5;
+  constexpr int n = 64, depth = 32, steps = 120;
+  const double middle = 31.5, middle_z = 15.5;
   const test::ThreadCount one(1);  // the loops are short
-  MField velocity[3], traces[6], density(kCpu, {n, n, n}), moved;
+  MField velocity[3], traces[6], density(kCpu, {n, n, depth}), moved;
   SimSettings settings;
   AdvectionParams params;
   params.settings = &settings;
   params.dt = 2 * std::acos(-1.0) / steps;
   params.cubic = cubic;
   for (int a = 0; a < 3; ++a) {
-    Vec3i dims(n, n, n);
+    Vec3i dims(n, n, depth);
     ++dims[a];
     velocity[a].resize(kCpu, dims);
     Field<float>& v = velocity[a].cpu_field();
@@ -41,11 +41,11 @@ Turn carry_round(bool corrected, bool cubic) {
     params.trace_back[a] = &traces[a];
     params.trace_fwd[a] = &traces[3 + a];
   }
-  Field<float> start(n, n, n);
-  for (int k = 0; k < n; ++k)
+  Field<float> start(n, n, depth);
+  for (int k = 0; k < depth; ++k)
     for (int j = 0; j < n; ++j)
       for (int i = 0; i < n; ++i) {
-        const double r = std::hypot(i - middle - 14, j - middle, k - middle);
+        const double r = std::hypot(i - middle - 14, j - middle, k - middle_z);
         start(i, j, k) = static_cast<float>(std::clamp((11 - r) / 2, 0.0, 1.0));
       }
   density.assign(start);
