@@ -8,6 +8,7 @@ namespace nbx {
 namespace {
 
 constexpr int kCells = 128;
+constexpr std::size_t kCount = std::size_t{kCells} * kCells * kCells;
 
 // A box of whirls with a CFL number of 2, and records that advect in it.
 struct Flow {
@@ -41,10 +42,8 @@ void trace(benchmark::State& state, Tracer tracer) {
   Flow flow;
   flow.params.tracer = tracer;
   const Vec3i dims(kCells, kCells, kCells);
-  cpu_cache_tracer(flow.params, true, dims);
-  bench::Timer timer;
-  for (auto _ : state) cpu_cache_tracer(flow.params, true, dims);
-  bench::report(state, flow.back[0].cpu_field().count(), timer.seconds(), 12);
+  bench::measure(
+      state, kCount, [&] { cpu_cache_tracer(flow.params, true, dims); }, 12);
 }
 void trace_rk2(benchmark::State& state) { trace(state, Tracer::kRK2); }
 void trace_adaptive(benchmark::State& state) { trace(state, Tracer::kAdaptive); }
@@ -54,10 +53,8 @@ void maccormack_scalar(benchmark::State& state, bool cubic) {
   flow.params.cubic = cubic;
   MField src(kCpu, {kCells, kCells, kCells}), dst;
   bench::fill_random(src.cpu_field(), 1);
-  advect(dst, src, flow.params);
-  bench::Timer timer;
-  for (auto _ : state) advect(dst, src, flow.params);
-  bench::report(state, src.cpu_field().count(), timer.seconds(), 4);
+  bench::measure(
+      state, kCount, [&] { advect(dst, src, flow.params); }, 4);
 }
 void maccormack_linear(benchmark::State& state) { maccormack_scalar(state, false); }
 void maccormack_cubic(benchmark::State& state) { maccormack_scalar(state, true); }
@@ -67,24 +64,20 @@ void advect_velocity(benchmark::State& state) {
   Flow flow;
   flow.params.trace_fwd = {};
   MField moved[3];
-  const auto step = [&] {
+  bench::measure(state, kCount, [&] {
     for (int a = 0; a < 3; ++a) {
       flow.params.lookup = static_cast<Lookup>(a);
       flow.params.back_stale = true;
       advect(moved[a], flow.velocity[a], flow.params);
     }
-  };
-  step();
-  bench::Timer timer;
-  for (auto _ : state) step();
-  bench::report(state, flow.velocity[0].cpu_field().count(), timer.seconds());
+  });
 }
 
-BENCHMARK(trace_rk2)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(trace_adaptive)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(maccormack_linear)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(maccormack_cubic)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(advect_velocity)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(trace_rk2)->Unit(benchmark::kMillisecond);
+BENCHMARK(trace_adaptive)->Unit(benchmark::kMillisecond);
+BENCHMARK(maccormack_linear)->Unit(benchmark::kMillisecond);
+BENCHMARK(maccormack_cubic)->Unit(benchmark::kMillisecond);
+BENCHMARK(advect_velocity)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace nbx

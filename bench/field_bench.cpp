@@ -18,18 +18,6 @@ Field<float>& random_field(int n, unsigned seed) {
   return f;
 }
 
-// Runs `work` until the time is up.
-template <class Work>
-void measure(benchmark::State& state, std::size_t cells, Work work) {
-  work();
-  const Timer timer;
-  for (auto _ : state) {
-    work();
-    benchmark::ClobberMemory();
-  }
-  report(state, cells, timer.seconds());
-}
-
 void bench_axpy(benchmark::State& state) {
   Field<float>&dst = random_field(256, 0), &x = random_field(256, 1), &y = random_field(256, 2);
   measure(state, dst.count(), [&] { axpy(dst, 0.5f, x, y); });

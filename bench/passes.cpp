@@ -45,12 +45,16 @@ double seconds_per_float() {
   return seconds;
 }
 
-void report(benchmark::State& state, std::size_t cells, double seconds, double bytes_per_cell) {
-  const double per_iteration = seconds / static_cast<double>(state.iterations());
+void report_iteration(benchmark::State& state, std::size_t cells, double seconds,
+                      double bytes_per_cell) {
   const double n = static_cast<double>(cells);
-  state.counters["passes"] = per_iteration / (n * seconds_per_float());
-  state.counters["cells_per_s"] = n / per_iteration;
+  state.counters["passes"] = seconds / (n * seconds_per_float());
+  state.counters["cells_per_s"] = n / seconds;
   if (bytes_per_cell > 0) state.counters["bytes_per_cell"] = bytes_per_cell;
+}
+
+void report(benchmark::State& state, std::size_t cells, double seconds, double bytes_per_cell) {
+  report_iteration(state, cells, seconds / static_cast<double>(state.iterations()), bytes_per_cell);
 }
 
 Timer::Timer() : start_(now()) {}

@@ -3,7 +3,9 @@
 // hold from one machine to another; seconds don't.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <limits>
 #include <random>
 
 #include <benchmark/benchmark.h>
@@ -29,6 +31,25 @@ class Timer {
  private:
   double start_;
 };
+
+/// Adds the counters as `report` does, from the seconds of one iteration.
+void report_iteration(benchmark::State& state, std::size_t cells, double seconds,
+                      double bytes_per_cell = 0);
+
+/// Runs `body` once to warm up, then as often as the benchmark asks, and reports its best
+/// iteration: the triad too is the best of its runs, so what else the machine does spoils neither.
+template <class Body>
+void measure(benchmark::State& state, std::size_t cells, Body&& body, double bytes_per_cell = 0) {
+  body();
+  double best = std::numeric_limits<double>::max();
+  for (auto _ : state) {
+    const Timer timer;
+    body();
+    benchmark::ClobberMemory();
+    best = std::min(best, timer.seconds());
+  }
+  report_iteration(state, cells, best, bytes_per_cell);
+}
 
 inline void fill_random(Field<float>& f, unsigned seed, float lo = -1, float hi = 1) {
   std::mt19937 engine(seed);

@@ -20,23 +20,17 @@ void insert_cube(Sparse& field) {
 
 void bench_sparse_insert(benchmark::State& state) {
   Sparse field;
-  insert_cube(field);
-  const Timer timer;
-  for (auto _ : state) {
+  measure(state, std::size_t{kBlocks} * Sparse::kBlockSize, [&] {
     field.clear();
     insert_cube(field);
-  }
-  report(state, std::size_t{kBlocks} * Sparse::kBlockSize, timer.seconds());
+  });
 }
 BENCHMARK(bench_sparse_insert)->Name("sparse_insert");
 
 void bench_sparse_axpy(benchmark::State& state) {
   Sparse z, x;
   insert_cube(x);
-  sparse_axpy(z, 0.5f, x);
-  const Timer timer;
-  for (auto _ : state) sparse_axpy(z, 0.5f, x);
-  report(state, std::size_t{kBlocks} * Sparse::kBlockSize, timer.seconds());
+  measure(state, std::size_t{kBlocks} * Sparse::kBlockSize, [&] { sparse_axpy(z, 0.5f, x); });
 }
 BENCHMARK(bench_sparse_axpy)->Name("sparse_axpy");
 

@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdint>
 #include <cstring>
 #include <new>
 #include <utility>
+
+#include <sys/mman.h>
 
 #include "util/log.h"
 
@@ -16,7 +19,25 @@ constexpr std::align_val_t kAlignment{64};
 // Lets four-wide loops load past the last element.
 constexpr std::size_t kSpare = 4;
 
-std::atomic<std::uint64_t> allocations{0};
+std::atomic<std::uint64_t> allocations{0}, bytes_owned{0}, bytes_peak{0};
+
+void note_owned(std::uint64_t bytes) {
+  ++allocations;
+  const std::uint64_t owned = bytes_owned += bytes;
+  std::uint64_t peak = bytes_peak;
+  while (peak < owned && !bytes_peak.compare_exchange_weak(peak, owned)) {
+  }
+}
+
+// A stencil walks many rows of a field at once, each on a page of its own: large pages keep their
+// addresses at hand. Only whole ones, so that no memory is taken that the field doesn't fill.
+void prefer_large_pages(void* block, std::size_t bytes) {
+  constexpr std::uintptr_t kLargePage = std::uintptr_t{1} << 21;
+  const auto begin = reinterpret_cast<std::uintptr_t>(block);
+  const std::uintptr_t first = (begin + kLargePage - 1) & ~(kLargePage - 1);
+  const std::uintptr_t last = (begin + bytes) & ~(kLargePage - 1);
+  if (first < last) madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+}
 
 }  // namespace
 
@@ -36,16 +57,18 @@ void Field<T>::resize(int nx, int ny, int nz) {
   nx = std::max(nx, 0);
   ny = std::max(ny, 0);
   nz = std::max(nz, 0);
-  const std::uint64_t count =
-      static_cast<std::uint64_t>(nx) * static_cast<std::uint64_t>(ny) * static_cast<std::uint64_t>(nz);
+  const std::uint64_t count = static_cast<std::uint64_t>(nx) * static_cast<std::uint64_t>(ny) *
+                              static_cast<std::uint64_t>(nz);
   if (count > capacity_) {
     free();
-    raw_ = ::operator new((count + kSpare) * sizeof(T), kAlignment, std::nothrow);
+    const std::size_t bytes = (count + kSpare) * sizeof(T);
+    raw_ = ::operator new(bytes, kAlignment, std::nothrow);
     if (!raw_) {
       LogMessage() << "Failed to allocate field memory";
       throw std::bad_alloc();
     }
-    ++allocations;
+    note_owned(bytes);
+    prefer_large_pages(raw_, bytes);
     data_ = static_cast<T*>(raw_);
     capacity_ = count;
   }
@@ -56,7 +79,10 @@ void Field<T>::resize(int nx, int ny, int nz) {
 
 template <class T>
 void Field<T>::free() {
-  if (raw_) ::operator delete(raw_, kAlignment);
+  if (raw_) {
+    bytes_owned -= (capacity_ + kSpare) * sizeof(T);
+    ::operator delete(raw_, kAlignment);
+  }
   data_ = nullptr;
   raw_ = nullptr;
   capacity_ = 0;
@@ -82,5 +108,7 @@ void Field<T>::swap(Field& other) noexcept {
 template class Field<float>;
 
 std::uint64_t field_allocations() { return allocations; }
+std::uint64_t field_bytes() { return bytes_owned; }
+std::uint64_t field_bytes_peak() { return bytes_peak; }
 
 }  // namespace nbx

@@ -94,4 +94,8 @@ extern template class Field<float>;
 /// leaves the number alone.
 std::uint64_t field_allocations();
 
+/// Bytes of the blocks that fields own now, and the most that they ever owned.
+std::uint64_t field_bytes();
+std::uint64_t field_bytes_peak();
+
 }  // namespace nbx

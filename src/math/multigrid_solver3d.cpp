@@ -105,7 +105,8 @@ SolveResult MultigridSolver3D::solve(Field<float>& x, Field<float>& b, int expec
 
   finest.x = x.data();
   finest.b = b.data();
-  for (LevelGrid& level : levels_) std::copy(bc.begin(), bc.end(), level.closed);
+  for (LevelGrid& level : levels_)
+    for (std::size_t face = 0; face < bc.size(); ++face) level.closed[face] = bc[face] == 1;
   progress_ = progress;
   cycle_ = 0;
   expected_cycles_ = expected_cycles;
