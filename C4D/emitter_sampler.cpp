@@ -42,6 +42,9 @@ SimulationObjectParameters source_parameters(const host::BaseContainer& p, doubl
   };
   channel(kDensity, TVOLUME_DENSITY, TVOLUME_DENSITY_MODE);
   channel(kTemperature, TVOLUME_TEMPERATURE, TVOLUME_TEMPERATURE_MODE);
+  channel(kFuel, TVOLUME_FUEL, TVOLUME_FUEL_MODE);
+  channel(kBurn, TVOLUME_BURN, TVOLUME_BURN_MODE);
+  source.amounts[kExpansion] = p.GetReal(TVOLUME_EXPANSION);  // a rate: the same in every substep
   return source;
 }
 

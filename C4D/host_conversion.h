@@ -2,9 +2,12 @@
 // right-handed: what says `flipped` negates z.
 #pragma once
 
+#include <algorithm>
+
 #include "cache/frame_time.h"
 #include "host/interface/scene.h"
 #include "math/affine_transform.h"
+#include "math/rational_spline.h"
 
 namespace nbx {
 
@@ -17,6 +20,21 @@ inline Affine3d to_affine(const host::Matrix& m) {
             Vec3d(m.v1.z, m.v2.z, m.v3.z)};
   a.translation = to_vector(m.off);
   return a;
+}
+
+/// Ready for evaluation.
+inline RationalSpline to_spline(const host::CurvePoints& points) {
+  constexpr double most = 1e12, least_bias = 1e-6;  // what floats can reckon with
+  RationalSpline spline;
+  for (const host::CurvePoint& p : points) {
+    const int index = spline.addPoint(static_cast<float>(std::clamp(p.x, -most, most)),
+                                      static_cast<float>(std::clamp(p.y, -most, most)),
+                                      static_cast<std::int32_t>(p.in_mode),
+                                      static_cast<std::int32_t>(p.out_mode));
+    spline.setBias(index, static_cast<float>(std::clamp(p.bias, least_bias, 1 - least_bias)));
+  }
+  spline.rebuild();
+  return spline;
 }
 
 /// Seconds as a fraction.

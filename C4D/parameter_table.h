@@ -63,4 +63,10 @@ inline host::ParameterInfo cycle(std::int32_t id, const char* symbol, std::int32
   return info;
 }
 
+/// A curve through the given points.
+inline host::ParameterInfo curve(std::int32_t id, const char* symbol, host::CurvePoints points,
+                                 const char* help) {
+  return still(parameter(id, symbol, host::ParameterType::Curve, std::move(points), "", help));
+}
+
 }  // namespace nbx::table

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "C4D/run_statistics.h"
 #include "C4D/workspace.h"
 #include "math/field.h"
 #include "util/format_size.h"
@@ -53,7 +54,19 @@ void RunReport::step(int frame, const SimSettings& settings, int steps_remaining
                     false);
 }
 
-void RunReport::frame(int number, const SimSettings& settings, const std::string& error) {
+void RunReport::substep(int frame, const Simulation3D& sim) {
+  if (!context_.Json()) return;
+  const SimSettings& s = sim.settings;
+  if (s.step_index == 1) times_before_ = {};
+  host::EventFields fields{
+      {"frame", std::int64_t{frame + 1}}, {"substep", std::int64_t{s.step_index}}, {"dt", s.dt}};
+  add_times(fields, difference(sim.stage_times(), times_before_));
+  add_extent(fields, sim);
+  context_.Event("substep", fields);
+  times_before_ = sim.stage_times();
+}
+
+void RunReport::frame(int number, Simulation3D& sim, const std::string& error) {
   if (!error.empty()) {
     ++frames_lost_;
     context_.Error("frame " + std::to_string(number) + " is not stored: " + error);
@@ -61,12 +74,37 @@ void RunReport::frame(int number, const SimSettings& settings, const std::string
   ++frames_done_;
   const double seconds = since_frame_.lap();
   context_.Progress(line(number, frames_done_ - 1e-9), true);
-  context_.Event("frame", {{"frame", std::int64_t{number}},
+  note_losses(number, sim);
+  if (!context_.Json()) return;
+
+  host::EventFields fields{{"frame", std::int64_t{number}},
                            {"stored", error.empty()},
-                           {"substeps", std::int64_t{settings.step_index}},
-                           {"seconds", seconds},
-                           {"memory_bytes", static_cast<std::int64_t>(resident_memory())},
-                           {"field_allocations", static_cast<std::int64_t>(field_allocations())}});
+                           {"substeps", std::int64_t{sim.settings.step_index}},
+                           {"seconds", seconds}};
+  add_times(fields, sim.stage_times());
+  fields.emplace_back("seconds_store", sim.stage_times().sav);
+  add_extent(fields, sim);
+  fields.emplace_back("field_allocations", static_cast<std::int64_t>(field_allocations()));
+  add_health(fields, measure_health(sim));
+  context_.Event("frame", fields);
+}
+
+void RunReport::note_losses(int number, Simulation3D& sim) {
+  const std::array<bool, 6> touches = touched_faces(sim);
+  for (std::size_t f = 0; f < 6; ++f)
+    if (touches[f] && sim.settings.face_closed[f] == 0 && !leaves_from_[f])
+      leaves_from_[f] = number;
+}
+
+std::string RunReport::losses() const {
+  std::string text;
+  for (std::size_t f = 0; f < 6; ++f) {
+    if (!leaves_from_[f]) continue;
+    text += text.empty() ? "; gas leaves through " : ", ";
+    text += kFaceNames[f];
+    text += " from frame " + std::to_string(*leaves_from_[f]);
+  }
+  return text;
 }
 
 }  // namespace nbx

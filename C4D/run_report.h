@@ -1,6 +1,8 @@
 // What the user sees of a run while it goes on: progress lines, and events for programs.
 #pragma once
 
+#include <array>
+#include <optional>
 #include <string>
 
 #include "host/interface/command_data.h"
@@ -18,8 +20,14 @@ class RunReport {
   /// show nothing.
   void step(int frame, const SimSettings& settings, int steps_remaining, int done, int total);
 
+  /// The end of a substep of the frame after `frame`.
+  void substep(int frame, const Simulation3D& sim);
+
   /// A whole frame. `error` tells why it isn't on disk; empty if it is.
-  void frame(int number, const SimSettings& settings, const std::string& error);
+  void frame(int number, Simulation3D& sim, const std::string& error);
+
+  /// "; gas leaves through x+ from frame 31", or nothing.
+  std::string losses() const;
 
   int frames_done() const { return frames_done_; }
   int frames_lost() const { return frames_lost_; }
@@ -27,11 +35,14 @@ class RunReport {
 
  private:
   std::string line(int number, double frames_done) const;
+  void note_losses(int number, Simulation3D& sim);
 
   host::CommandContext& context_;
   const int frames_total_;
   int frames_done_ = 0;
   int frames_lost_ = 0;
+  std::array<std::optional<int>, 6> leaves_from_;  // frame that first reached the open face
+  StageTimes times_before_;                        // when the last substep of this frame ended
   Stopwatch since_start_, since_frame_, since_line_;
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "C4D/channel_settings.h"
 #include "C4D/host_conversion.h"
 #include "C4D/volume_grid.h"
 #include "C4D/volume_parameters.h"
@@ -12,17 +13,6 @@ namespace nbx {
 namespace {
 
 using Parameters = host::BaseContainer;
-
-ChannelParams channel_params(const Parameters& p, int key, std::int32_t buoyancy,
-                             std::int32_t direction, std::int32_t decay, double unit_scale) {
-  ChannelParams channel = default_channel_params(key);
-  channel.decay_mode = DecayMode::kExponential;
-  channel.decay = std::clamp(p.GetReal(decay), 0.0, 0.999999);
-  channel.buoyancy = std::max(p.GetReal(buoyancy, channel.buoyancy / unit_scale), 0.0) * unit_scale;
-  const Vec3d& d = channel.direction;
-  channel.direction = normalised(to_flipped_vector(p.GetVector(direction, {d[0], d[1], d[2]})));
-  return channel;
-}
 
 /// How far the domain's centre moves in world space until `seconds` from now, z negated.
 Vec3d motion(host::BaseObject& volume, double seconds) {
@@ -50,6 +40,23 @@ void read_wind(SimSettings& s, host::BaseObject& volume, double dt) {
   if (s.wind_speed > 0) s.wind_direction = wind * (1 / s.wind_speed);
 }
 
+void read_noise(SimSettings& s, const Parameters& p) {
+  set_noise_scale(s.noise, std::max(p.GetReal(OVOLUME_NOISE_SIZE_MIN), 0.0),
+                  std::max(p.GetReal(OVOLUME_NOISE_SIZE_MAX), 0.0), s.voxel_size,
+                  p.GetReal(OVOLUME_NOISE_STRENGTH) * s.unit_scale,
+                  p.GetReal(OVOLUME_NOISE_PERIOD));
+  s.noise.persistence = static_cast<float>(p.GetReal(OVOLUME_NOISE_PERSISTENCE, 0.56));
+  s.noise.driver_key = selected_channel(p, OVOLUME_NOISE_DRIVER);
+  s.noise.driver_spline = to_spline(p.GetCurve(OVOLUME_NOISE_CURVE));
+}
+
+void read_motion(SimSettings& s, const Parameters& p) {
+  s.drag = std::clamp(p.GetReal(OVOLUME_DRAG), 0.0, 1.0);
+  s.clamp_velocity = p.GetBool(OVOLUME_CLAMP_VELOCITY, true);
+  s.vorticity = p.GetReal(OVOLUME_VORTICITY);
+  read_noise(s, p);
+}
+
 }  // namespace
 
 Fraction time_scale(const host::BaseObject& volume) {
@@ -59,15 +66,7 @@ Fraction time_scale(const host::BaseObject& volume) {
 
 void read_run_settings(SimSettings& s, const host::BaseObject& volume) {
   const Parameters& p = volume.GetDataInstance();
-  const auto channel = [&](int key, std::int32_t simulate, bool on, std::int32_t cache) {
-    if (!p.GetBool(simulate, on)) return;
-    s.simulated_channels.insert(key);
-    if (p.GetBool(cache, true)) s.cached_channels.insert(key);
-  };
-  channel(kDensity, OVOLUME_SIMULATE_DENSITY, false, OVOLUME_CACHE_DENSITY);
-  channel(kTemperature, OVOLUME_SIMULATE_TEMPERATURE, true, OVOLUME_CACHE_TEMPERATURE);
-  if (p.GetBool(OVOLUME_CACHE_VELOCITY)) s.cached_channels.insert(kVelocity);
-
+  read_channel_sets(s, p);
   s.voxel_size = p.GetReal(OVOLUME_VOXEL_SIZE, 1);
   s.dx = s.voxel_size * s.unit_scale;
   s.interp_points = p.GetBool(OVOLUME_ADVECT_CUBIC) ? 4 : 3;
@@ -85,17 +84,15 @@ void read_step_settings(SimSettings& s, host::BaseObject& volume, double dt) {
   s.adaptive_tracer = p.GetBool(OVOLUME_ADAPTIVE_TRACER);
   s.time_scale = time_scale(volume).value();
   s.max_substeps = p.GetLong(OVOLUME_MAX_SUBSTEPS, 1);
+  s.velocity_box_threshold = p.GetReal(OVOLUME_VELOCITY_THRESHOLD, 1) * s.unit_scale;
+  s.fit_to_walls = p.GetBool(OVOLUME_FIT_TO_WALLS);
   // The grid's z axis runs against the host's, so the two z faces change places.
   const std::int32_t faces[6] = {OVOLUME_CLOSED_X_MIN, OVOLUME_CLOSED_X_MAX, OVOLUME_CLOSED_Y_MIN,
                                  OVOLUME_CLOSED_Y_MAX, OVOLUME_CLOSED_Z_MAX, OVOLUME_CLOSED_Z_MIN};
   for (std::size_t f = 0; f < 6; ++f) s.face_closed[f] = p.GetBool(faces[f]) ? 1 : 0;
 
-  s.channel_params[kTemperature] =
-      channel_params(p, kTemperature, OVOLUME_BUOYANCY_TEMPERATURE, OVOLUME_DIRECTION_TEMPERATURE,
-                     OVOLUME_DECAY_TEMPERATURE, s.unit_scale);
-  s.channel_params[kDensity] =
-      channel_params(p, kDensity, OVOLUME_BUOYANCY_DENSITY, OVOLUME_DIRECTION_DENSITY,
-                     OVOLUME_DECAY_DENSITY, s.unit_scale);
+  read_motion(s, p);
+  read_channel_params(s, p);
   read_wind(s, volume, dt);
 }
 

@@ -160,7 +160,8 @@ host::ExitCode SimulationDriver::finish() {
                          {"frames", std::int64_t{report_.frames_done()}},
                          {"stored", std::int64_t{stored}},
                          {"seconds", report_.seconds()}});
-  context_.Result(std::string(end) + ": " + std::to_string(stored) + " frames in " + directory_);
+  context_.Result(std::string(end) + ": " + std::to_string(stored) + " frames in " + directory_ +
+                  report_.losses());
   return code;
 }
 
@@ -170,7 +171,7 @@ bool SimulationDriver::refuse(const std::string& why) {
 }
 
 void SimulationDriver::report_frame(bool stored) {
-  report_.frame(time_.frame(), sim_->settings,
+  report_.frame(time_.frame(), *sim_,
                 stored ? std::string() : sim_->settings.target_cache->lastError());
 }
 
@@ -180,6 +181,10 @@ void SimulationDriver::read_settings(Simulation3D& sim, double dt) {
 
 void SimulationDriver::update_inputs(Simulation3D& sim, double dt) {
   emitters_->update_inputs(sim, time_.time.value(), dt);
+}
+
+void SimulationDriver::substep_done(const Simulation3D& sim) {
+  report_.substep(time_.frame(), sim);
 }
 
 bool SimulationDriver::progress(int done, int total) {

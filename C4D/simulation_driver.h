@@ -45,6 +45,7 @@ class SimulationDriver final : private SceneEvaluator, private SimProgress {
   void update_inputs(Simulation3D& sim, double dt) override;
   void update_solids(Simulation3D&, double) override {}
   bool progress(int done, int total) override;
+  void substep_done(const Simulation3D& sim) override;
 
   host::BaseObject& volume_;
   host::BaseDocument& document_;

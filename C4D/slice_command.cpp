@@ -1,6 +1,7 @@
 #include "C4D/slice_command.h"
 
 #include <QFileInfo>
+#include <algorithm>
 
 #include "cache/grid_type.h"
 #include "cache/sim_frame.h"
@@ -11,6 +12,7 @@ namespace nbx {
 namespace {
 
 constexpr std::int32_t kSliceCommand = 1023996;
+constexpr int kPictureSize = 600;  // pixels along the longest side, about
 
 const std::vector<std::string> kProjections{"none", "max", "mean", "smoke"};
 const std::vector<std::string> kColours{"grey", "heat", "diverging"};
@@ -20,7 +22,8 @@ int index_of(const std::vector<std::string>& names, const std::string& name) {
 }
 
 /// What the user didn't choose is what shows the grid well.
-SliceOptions read_options(const host::CommandArguments& arguments, int grid_type) {
+SliceOptions read_options(const host::CommandArguments& arguments, int grid_type,
+                          const Vec3i& dims) {
   SliceOptions options = slice_options(grid_type);
   options.axis = arguments.GetString("axis", "z")[0] - 'x';
   if (arguments.Has("position")) {
@@ -38,7 +41,8 @@ SliceOptions read_options(const host::CommandArguments& arguments, int grid_type
   if (arguments.Has("absorption"))
     options.absorption = static_cast<float>(arguments.GetReal("absorption"));
   options.gamma = static_cast<float>(arguments.GetReal("gamma", options.gamma));
-  options.scale = arguments.GetLong("scale", options.scale);
+  const int longest = std::max({dims[0], dims[1], dims[2]});
+  options.scale = arguments.GetLong("scale", std::clamp(kPictureSize / longest, 1, 64));
   return options;
 }
 
@@ -114,7 +118,7 @@ class SliceCommand final : public host::CommandData {
                 {.name = "scale",
                  .type = OptionType::Long,
                  .value_name = "N",
-                 .help = "Pixels per cell (1)",
+                 .help = "Pixels per cell; without it some 600 along the longest side",
                  .minimum = 1,
                  .maximum = 64},
             }};
@@ -132,7 +136,7 @@ class SliceCommand final : public host::CommandData {
                          path + " has no channel \"" + channel + "\", only" + channels_of(frame));
       const FieldHandle grid = frame.grid(*type);
       if (!grid) return bad_input(context, path + " can't be read");
-      const QImage picture = slice_picture(*grid, read_options(arguments, *type));
+      const QImage picture = slice_picture(*grid, read_options(arguments, *type, grid->dims()));
       return write(picture, arguments.GetString("output", default_output(path, channel)), context);
     } catch (const std::exception& e) {
       return bad_input(context, path + ": " + e.what());

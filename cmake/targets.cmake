@@ -8,7 +8,9 @@ function(nbx_folder name)
   add_library(${name} SHARED ${ARG_SOURCES})
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE nbx_flags ${ARG_PRIVATE_LINKS})
-  target_link_options(${name} PRIVATE -Wl,--no-undefined)
+  if(NOT NBX_SANITIZE)  # clang's runtimes of the sanitizers come in with the program
+    target_link_options(${name} PRIVATE -Wl,--no-undefined)
+  endif()
   set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 1)
 endfunction()
 

@@ -31,6 +31,8 @@ std::string TypeText(const ParameterInfo& info) {
       return "text";
     case ParameterType::Filename:
       return "file name";
+    case ParameterType::Curve:
+      return "[[x, y], ...]";
     case ParameterType::Link:
       break;
   }

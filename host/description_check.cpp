@@ -23,7 +23,7 @@ std::string WhatIsWrong(const ParameterInfo& info, double number) {
 
 bool IsConstant(ParameterType type) {
   return type == ParameterType::String || type == ParameterType::Filename ||
-         type == ParameterType::Link;
+         type == ParameterType::Link || type == ParameterType::Curve;
 }
 
 std::string WhatIsWrong(const ParameterInfo& info) {

@@ -54,6 +54,9 @@ class Document final : public BaseDocument {
   std::int32_t start = 0, end = 100;  ///< frames
   std::int32_t preview_start = 0, preview_end = 100;
 
+  /// What the user should know of the reading: values that were brought into their bounds.
+  std::vector<std::string> warnings;
+
  private:
   BaseTime time_;
   std::vector<std::unique_ptr<SceneObject>> objects_;

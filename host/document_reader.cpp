@@ -174,6 +174,7 @@ std::unique_ptr<Document> ReadDocumentFile(const std::string& path, const SceneC
     const std::filesystem::path absolute = std::filesystem::absolute(path).lexically_normal();
     auto document = ReadDocument(ReadFile(path), absolute.parent_path().string(), classes);
     document->name = absolute.filename().string();
+    for (std::string& warning : document->warnings) warning = path + ": " + warning;
     return document;
   } catch (const DocumentError& error) {
     throw DocumentError(path, error.what());

@@ -56,7 +56,7 @@ std::vector<std::string> TrackNames(const ElementState& element) {
   return names;
 }
 
-void ReadParameterTracks(ElementState& element, const JsonPlace& json, const Document& document) {
+void ReadParameterTracks(ElementState& element, const JsonPlace& json, Document& document) {
   for (const auto& [key, value] : json.Value().items()) {
     if (key.rfind(kParameterPrefix, 0) != 0) continue;
     const JsonPlace place = json.At(key);
@@ -86,7 +86,7 @@ Json WriteParameterTracks(const ElementState& element, const Document& document)
 
 }  // namespace
 
-void ReadKeyframes(SceneObject& object, const JsonPlace& json, const Document& document) {
+void ReadKeyframes(SceneObject& object, const JsonPlace& json, Document& document) {
   std::vector<std::string> names = TrackNames(object.State());
   names.insert(names.end(), {"position", "rotation", "scale"});
   json.ExpectKeys(names, "track");
@@ -97,7 +97,7 @@ void ReadKeyframes(SceneObject& object, const JsonPlace& json, const Document& d
   ReadParameterTracks(object.State(), json, document);
 }
 
-void ReadKeyframes(SceneTag& tag, const JsonPlace& json, const Document& document) {
+void ReadKeyframes(SceneTag& tag, const JsonPlace& json, Document& document) {
   json.ExpectKeys(TrackNames(tag.State()), "track");
   ReadParameterTracks(tag.State(), json, document);
 }

@@ -8,8 +8,8 @@ namespace host {
 
 /// Reads the "keyframes" of an object, transform and parameters, or of a tag, parameters alone.
 /// Throws DocumentError.
-void ReadKeyframes(SceneObject& object, const JsonPlace& json, const Document& document);
-void ReadKeyframes(SceneTag& tag, const JsonPlace& json, const Document& document);
+void ReadKeyframes(SceneObject& object, const JsonPlace& json, Document& document);
+void ReadKeyframes(SceneTag& tag, const JsonPlace& json, Document& document);
 
 /// What the readers take; an empty object if nothing has keyframes.
 Json WriteKeyframes(const SceneObject& object, const Document& document);

@@ -40,7 +40,7 @@ Json ToJson(const ParameterInfo& info, const std::string& text) {
 
 /// True if the element has the parameter.
 bool Apply(ElementState& element, const Setting& setting, const std::string& place,
-           const Document& document) {
+           Document& document) {
   const ParameterInfo* info = element.type->description.Find(setting.parameter);
   if (!info) return false;
   ParameterValue value = ReadValue(*info, {ToJson(*info, setting.value), place}, document);
@@ -53,7 +53,7 @@ bool Apply(ElementState& element, const Setting& setting, const std::string& pla
 }
 
 bool Apply(SceneObject& object, const Setting& setting, const std::string& place,
-           const Document& document) {
+           Document& document) {
   if (Apply(object.State(), setting, place, document)) return true;
   bool found = false;
   for (const auto& tag : object.Tags())

@@ -1,9 +1,11 @@
 #include "host/parameter_value.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <sstream>
 
-#include "host/description_check.h"
+#include "host/curve_value.h"
 #include "host/nearest_name.h"
 
 namespace host {
@@ -77,19 +79,37 @@ ParameterValue ReadAny(const ParameterInfo& info, const JsonPlace& json, const D
       return json.Text();
     case ParameterType::Filename:
       return Filename{json.Text()};
+    case ParameterType::Curve:
+      return ReadCurve(json);
     case ParameterType::Link:
       break;
   }
   return ReadLink(json, document);
 }
 
+/// The number within the parameter's bounds.
+double Bounded(const ParameterInfo& info, double number, const JsonPlace& json,
+               Document& document) {
+  const double bounded = std::clamp(number, info.minimum, info.maximum);
+  if (bounded != number) {
+    std::ostringstream text;
+    text.precision(10);
+    text << json.Place() << ": " << number << (number < bounded ? " is below " : " is above ")
+         << bounded << ", which is taken instead";
+    document.warnings.push_back(text.str());
+  }
+  return bounded;
+}
+
 }  // namespace
 
-ParameterValue ReadValue(const ParameterInfo& info, const JsonPlace& json,
-                         const Document& document) {
+ParameterValue ReadValue(const ParameterInfo& info, const JsonPlace& json, Document& document) {
   ParameterValue value = ReadAny(info, json, document);
-  const std::string wrong = WhatIsWrong(info, value);
-  if (!wrong.empty()) json.Fail(json.Value().dump() + " " + wrong);
+  const auto bounded = [&](double number) { return Bounded(info, number, json, document); };
+  if (auto* real = std::get_if<double>(&value)) *real = bounded(*real);
+  if (auto* number = std::get_if<std::int32_t>(&value))
+    *number = static_cast<std::int32_t>(bounded(*number));
+  if (auto* v = std::get_if<Vector>(&value)) *v = {bounded(v->x), bounded(v->y), bounded(v->z)};
   return value;
 }
 
@@ -115,6 +135,8 @@ Json WriteValue(const ParameterInfo& info, const BaseContainer& data, const Docu
       return data.GetString(info.id);
     case ParameterType::Filename:
       return data.GetFilename(info.id).path;
+    case ParameterType::Curve:
+      return WriteCurve(data.GetCurve(info.id));
     case ParameterType::Link:
       break;
   }

@@ -46,6 +46,7 @@ std::unique_ptr<BaseDocument> ProgramContext::LoadDocument(const Filename& path)
     } catch (const DocumentError& error) {
       throw DocumentError(path.path, error.what());
     }
+    for (const std::string& warning : document->warnings) terminal_.Warning(warning);
     return document;
   } catch (const DocumentError& error) {
     terminal_.Error(error.what());

@@ -12,6 +12,7 @@
 #include <type_traits>
 #include <utility>
 #include <variant>
+#include <vector>
 
 #include "host/interface/base_time.h"
 #include "host/interface/vector.h"
@@ -27,9 +28,27 @@ struct Filename {
   friend bool operator==(const Filename&, const Filename&) = default;
 };
 
+/// How a curve comes to a point, or leaves it.
+enum class CurveMode : std::int32_t {
+  Linear = 0,  ///< straight to the neighbour
+  Smooth = 1,  ///< along the chord from neighbour to neighbour; level at the curve's ends
+};
+
+/// A point of a curve that the user draws. `bias`, above 0 and below 1, pulls the span to the right
+/// of the point towards one of its ends; at 0.5 it pulls to neither.
+struct CurvePoint {
+  double x = 0, y = 0;
+  CurveMode in_mode = CurveMode::Smooth, out_mode = CurveMode::Smooth;
+  double bias = 0.5;
+  friend bool operator==(const CurvePoint&, const CurvePoint&) = default;
+};
+
+/// A function of one variable, in any order of its points.
+using CurvePoints = std::vector<CurvePoint>;
+
 /// One value. The order of the alternatives is that of ParameterType.
-using ParameterValue =
-    std::variant<bool, std::int32_t, double, Vector, BaseTime, std::string, Filename, BaseList2D*>;
+using ParameterValue = std::variant<bool, std::int32_t, double, Vector, BaseTime, std::string,
+                                    Filename, BaseList2D*, CurvePoints>;
 
 /// No locks: the thread that evaluates the document, and no other, may use the containers of its
 /// elements.
@@ -57,6 +76,9 @@ class BaseContainer {
   Filename GetFilename(std::int32_t id, const Filename& fallback = {}) const {
     return Get<Filename>(id, fallback);
   }
+  CurvePoints GetCurve(std::int32_t id, const CurvePoints& fallback = {}) const {
+    return Get<CurvePoints>(id, fallback);
+  }
   /// The element linked to, owned by its document; null if there is none.
   BaseList2D* GetLink(std::int32_t id) const { return Get<BaseList2D*>(id, nullptr); }
 
@@ -67,6 +89,7 @@ class BaseContainer {
   void SetTime(std::int32_t id, const BaseTime& value) { Set(id, value); }
   void SetString(std::int32_t id, const std::string& value) { Set(id, value); }
   void SetFilename(std::int32_t id, const Filename& value) { Set(id, value); }
+  void SetCurve(std::int32_t id, const CurvePoints& value) { Set(id, value); }
   void SetLink(std::int32_t id, BaseList2D* value) { Set(id, value); }
 
   void Set(std::int32_t id, ParameterValue value) {

@@ -26,6 +26,7 @@ enum class ParameterType {
   String,    ///< text
   Filename,  ///< text; relative to the document's folder
   Link,      ///< name of an object of the document, empty for none
+  Curve,     ///< [[x, y], ...]
 };
 
 /// One choice of a cycle.
@@ -45,13 +46,14 @@ struct ParameterInfo {
   ParameterType type = ParameterType::Real;
   /// Of the alternative that `type` names: 1.0, not 1, for a Real.
   ParameterValue default_value = 0.0;
-  /// For Long and Real, and each component of a Vector. Both ends are allowed values.
+  /// For Long and Real, and each component of a Vector. Both ends are allowed values; the host
+  /// takes the nearer end for what the user writes beyond them, with a warning.
   double minimum = -std::numeric_limits<double>::infinity();
   double maximum = std::numeric_limits<double>::infinity();
   std::string unit = {};  ///< for people; empty if the number has none
   std::vector<CycleEntry> cycle = {};
   std::string help = {};   ///< one line
-  bool animatable = true;  ///< may have keyframes; never for String, Filename and Link
+  bool animatable = true;  ///< may have keyframes; never for String, Filename, Link and Curve
 
   /// The name in documents.
   std::string Name() const {

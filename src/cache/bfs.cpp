@@ -1,36 +1,73 @@
 #include "cache/bfs.h"
 
 #include <QDir>
+#include <QFileInfo>
 
-#include "util/format_size.h"
 #include "util/log.h"
-#include "util/stopwatch.h"
 
 namespace nbx {
 
-bool BFS::readable() const {
-  const QDir dir(QString::fromStdString(directory_));
-  return !directory_.empty() && dir.exists() && dir.isReadable();
+BFS::~BFS() {
+  Lock lock(mutex_);
+  if (writer_.joinable()) {
+    LogMessage() << "Terminating IOW";
+    exit_ = true;
+    due_.notify_all();
+    lock.unlock();
+    writer_.join();
+    lock.lock();
+  }
+  removeAllSlots(lock);
 }
 
+std::string BFS::Place::file(int frame, int substep) const {
+  const QDir dir(QString::fromStdString(directory));
+  const QString name = QString::fromStdString(frame_file_name(prefix, frame, substep));
+  return dir.absoluteFilePath(name).toStdString();
+}
+
+bool BFS::Place::readable() const {
+  const QDir dir(QString::fromStdString(directory));
+  return !directory.empty() && dir.exists() && dir.isReadable();
+}
+
+BFS::Place BFS::place() const { return {directory_, prefix_, codec}; }
+
 bool BFS::setDirectory(const std::string& directory) {
+  Lock lock(mutex_);
+  removeAllSlots(lock);  // dirty frames belong to the directory so far
   directory_ = directory;
-  if (!readable()) return false;
+  prefix_.clear();
+  bytesWritten_ = 0;
+  framesLost_ = 0;
+  if (!place().readable()) return false;
   prefix_ = cache_prefix(directory_);
   LogMessage() << "Using cache directory " << directory_ << " prefix " << prefix_;
   return true;
 }
 
+std::string BFS::directory() const {
+  const Lock lock(mutex_);
+  return directory_;
+}
+
+std::string BFS::prefix() const {
+  const Lock lock(mutex_);
+  return prefix_;
+}
+
 std::string BFS::fileName(int frame, int substep) const {
-  const QDir dir(QString::fromStdString(directory_));
-  const QString name = QString::fromStdString(frame_file_name(prefix_, frame, substep));
-  return dir.absoluteFilePath(name).toStdString();
+  const Lock lock(mutex_);
+  return place().file(frame, substep);
 }
 
 bool BFS::frameFile(int frame, int substep, std::string* path) const {
-  const std::string file = fileName(frame, substep);
+  Lock lock(mutex_);
+  const Place here = place();
+  lock.unlock();
+  const std::string file = here.file(frame, substep);
   try {
-    if (!readable() || !BcfFile().openRead(file)) return false;
+    if (!here.readable() || !BcfFile().openRead(file)) return false;
   } catch (const BcfFormatError&) {
     return false;
   }
@@ -40,37 +77,34 @@ bool BFS::frameFile(int frame, int substep, std::string* path) const {
 
 std::vector<int> BFS::frames() const {
   std::vector<int> numbers;
-  for (const auto& [number, name] : list_frames(directory_)) numbers.push_back(number);
+  for (const auto& [number, name] : list_frames(directory())) numbers.push_back(number);
   return numbers;
 }
 
-bool BFS::writeThrough(SimFrame& frame) {
-  const int number = frame.frameTime.frame();
-  frame.saved = false;
-  if (!readable()) {
-    lastError_ = "The cache directory " + directory_ + " can't be read.";
-    LogMessage() << "IOW: NOT writing frame " << number;
-    return false;
-  }
-  const std::string path = fileName(number, frame.substep);
-  const Stopwatch watch;
-  try {
-    const std::uint64_t size = frame.write(path, codec);
-    if (size == 0) {
-      lastError_ = frame.error;
-      LogMessage() << "IOW: Failed to write file " << path;
-    }
-    LogMessage() << "wrote frame " << number << "(" << format_size(size, 2) << ") in "
-                 << watch.seconds();
-    frame.saved = size > 0;
-  } catch (const Exception& e) {
-    lastError_ = e.what();
-    LogMessage() << "Exception caught in BFS::storeSlot: " << e.what();
-  } catch (const std::exception& e) {
-    lastError_ = e.what();
-    LogMessage() << "Unknown Exception caught in BFS::storeSlot";
-  }
-  return frame.saved;
+std::string BFS::lastError() const {
+  const Lock lock(mutex_);
+  return lastError_;
+}
+
+int BFS::framesLost() const {
+  const Lock lock(mutex_);
+  return framesLost_;
+}
+
+std::uint64_t BFS::bytesWritten() const {
+  const Lock lock(mutex_);
+  return bytesWritten_;
+}
+
+void BFS::recountBytes(int last) {
+  const std::string folder = directory();
+  const QDir dir(QString::fromStdString(folder));
+  std::uint64_t bytes = 0;
+  for (const auto& [number, name] : list_frames(folder))
+    if (number <= last)
+      bytes += static_cast<std::uint64_t>(QFileInfo(dir, QString::fromStdString(name)).size());
+  const Lock lock(mutex_);
+  bytesWritten_ = bytes;
 }
 
 }  // namespace nbx

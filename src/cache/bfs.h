@@ -1,7 +1,27 @@
-// The cache of one directory: the frames that lie there, and the way for new ones into it.
+// The frame store: the cache of one directory. It stands between the simulation that makes frames,
+// the writer thread that saves them, and everybody who reads them, and decides when a frame may
+// leave memory.
+//
+// A table holds one slot a frame (or substep of one). Frames are reached through slot_handle.h
+// alone: a handle shares the store, reads or writes one slot, and keeps that slot in the table.
+//
+//     empty    nothing in it      a new slot; a load that found no file
+//     dirty    not yet on disk    stored and handed back; a writer that failed and will try again
+//     clean    as on disk         loaded, saved, or given up by the writer
+//
+// The table has room for one slot and grows while all slots are in use; it falls back as they are
+// handed back. A store that finds it full saves the frame in its way itself, so that a simulation
+// which outruns the disk doesn't fill the memory.
 #pragma once
 
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "cache/frame_names.h"
@@ -9,15 +29,24 @@
 
 namespace nbx {
 
-/// One cache directory, for one thread at a time.
+class SlotHandle;
+
+/// All operations may be called from any thread. One mutex guards the table; it isn't held while a
+/// frame is read, nor while the writer thread saves one.
 class BFS {
  public:
-  /// Selects the directory; see cache_prefix for the names of the files there. False if it doesn't
-  /// exist or can't be read.
+  BFS() = default;
+  /// Saves what is dirty.
+  ~BFS();
+  BFS(const BFS&) = delete;
+  BFS& operator=(const BFS&) = delete;
+
+  /// Empties the table (see removeAllSlots), then selects the directory; see cache_prefix for the
+  /// names of the files there. False if it doesn't exist or can't be read.
   bool setDirectory(const std::string& directory);
 
-  const std::string& directory() const { return directory_; }
-  const std::string& prefix() const { return prefix_; }
+  std::string directory() const;
+  std::string prefix() const;
 
   /// The absolute path of a frame's file.
   std::string fileName(int frame, int substep) const;
@@ -27,19 +56,101 @@ class BFS {
   /// Frame numbers on disk, ascending, by the file names; substep files don't count.
   std::vector<int> frames() const;
 
-  /// Writes a frame under its name at once, on this thread, with the log lines of the writer, and
-  /// sets `frame.saved` to the result. False if it isn't on disk; lastError() then tells why.
+  /// Writes a frame that is in no slot under its name at once, on this thread, with the log lines
+  /// of the writer, and sets `frame.saved` to the result. Waits for those who hold the frame of
+  /// that number. False if it isn't on disk; lastError() then tells why.
   bool writeThrough(SimFrame& frame);
-  const std::string& lastError() const { return lastError_; }
 
-  Codec codec = Codec::kRunLength;  // of the files that are written
+  /// Saves every dirty frame but those that are just being stored. False if one stays dirty.
+  bool finishWrites();
+  /// Saves and drops every frame. Waits until all handles are back: the caller must hold none.
+  void removeAllSlots();
+
+  /// Copies the frame files into a folder of this directory's name inside of `target`, which is
+  /// made if missing, under the prefix of the new place; other files keep their names. Saves what
+  /// is dirty first, and keeps everybody else out of the store. `progress`, which may be empty, is
+  /// told the files done and their number. False, after a log line, if anything fails; what was
+  /// copied so far stays.
+  bool copyDir(const std::string& target, const std::function<void(int, int)>& progress);
+
+  /// Why the last frame that didn't reach the disk didn't.
+  std::string lastError() const;
+  /// Frames that were stored in slots and are given up: not on disk, and nobody tries again.
+  int framesLost() const;
+  /// Bytes that the writer wrote since the directory was set, or since `recountBytes`.
+  std::uint64_t bytesWritten() const;
+  /// Lets bytesWritten() go on from the sizes of the files up to frame `last`.
+  void recountBytes(int last);
+
+  std::atomic<Codec> codec{Codec::kRunLength};  // of the files that are written
 
  private:
-  bool readable() const;
+  friend class SlotHandle;
+  using Lock = std::unique_lock<std::mutex>;
+  enum class State { kEmpty, kDirty, kClean };
 
-  std::string directory_;
-  std::string prefix_;
-  std::string lastError_;
+  // All but `data` is guarded by the store's mutex. Reader and writer marks guard `data`: they are
+  // no locks of their own, so a handle may go back on another thread, and taking one can't be in
+  // the wrong order with the mutex.
+  struct Slot {
+    Slot(int f, int s) : frame(f), substep(s) { data.substep = s; }
+    const int frame, substep;
+    SimFrame data;
+    State state = State::kEmpty;
+    int references = 0;    // handles, those who wait for the slot, and the writer thread
+    int readers = 0;       // handles, and the writer thread while it saves
+    bool writing = false;  // somebody loads or stores; the state is then kEmpty
+    bool claimed = false;  // the writer thread will come to it in this pass
+    bool saving = false;   // the writer thread is at it
+  };
+
+  // Where files go.
+  struct Place {
+    std::string directory, prefix;
+    Codec codec;
+    std::string file(int frame, int substep) const;
+    bool readable() const;
+  };
+  struct Saved {
+    bool settled = false;    // nothing is left to try
+    std::uint64_t size = 0;  // 0 if the frame isn't on disk
+    std::string error;
+  };
+
+  // For handles. Null if the frame isn't there.
+  Slot* openForReading(int frame, int substep, bool load, bool force);
+  Slot* openForStoring(int frame, int substep);
+  void giveBack(Slot& slot, bool wrote, bool stored, bool force);
+
+  Slot& acquire(int frame, int substep);
+  void release(Slot& slot, bool force);
+  bool load(Lock& lock, Slot& slot);
+  void remove(Slot& slot);
+  void removeAllSlots(Lock& lock);
+  bool finishWrites(Lock& lock);
+
+  void run();
+  void savePass(Lock& lock);
+  void saveClaimed(Lock& lock, Slot& slot);
+  void storeSlot(Slot& slot);
+  void settle(Slot& slot, const Saved& saved);
+  static Saved save(const SimFrame& frame, const Place& place);
+  void startWriter();
+
+  Place place() const;
+  bool copyFiles(const std::string& folder, const std::function<void(int, int)>& progress) const;
+
+  mutable std::mutex mutex_;         // guards all below
+  std::condition_variable changed_;  // a mark, a reference or the table changed
+  std::map<std::uint64_t, Slot> slots_;
+  std::size_t maxSlots_ = 1;
+  std::string directory_, prefix_, lastError_;
+  std::uint64_t bytesWritten_ = 0;
+  int framesLost_ = 0;
+
+  std::thread writer_;  // started by the first frame that is stored
+  std::condition_variable due_;
+  bool work_ = false, exit_ = false;
 };
 
 }  // namespace nbx

@@ -87,8 +87,11 @@ float decode_cell(RangeDecoder& coder, FrequencyModel& model, SymbolTable& table
     return predicted;
   }
   const std::uint32_t target = coder.target();
-  bad |= target >> 16;
-  const unsigned s = table.find(model, target & 0xffff);
+  if (target >= kTotal) [[unlikely]] {
+    bad = 1;
+    return predicted;
+  }
+  const unsigned s = table.find(model, target);  // not kSame
   coder.take_symbol(model.interval(s));
   if (model.count(s)) table.rebuild(model);
 
@@ -106,7 +109,9 @@ float decode_cell(RangeDecoder& coder, FrequencyModel& model, SymbolTable& table
     bad |= bits >> k;
   }
   const std::uint32_t d = (1u << (k & 31)) + bits, p = to_ordered(predicted);
-  return from_ordered(above ? p + d : p - d);
+  const std::uint32_t r = above ? p + d : p - d;
+  bad |= static_cast<std::uint32_t>((r > p) != above);
+  return from_ordered(r);
 }
 
 bool decode(float* dst, const char* payload, std::size_t size, const Vec3i& dims) {

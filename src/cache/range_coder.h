@@ -23,8 +23,9 @@ struct Interval {
 
 inline std::uint32_t big_endian(std::uint32_t x) { return __builtin_bswap32(x); }
 
-// `low` and `range`, and how they lose their settled bytes. After each step of a coder
-// range >= 2^16, and never is it 0: equal ends would have been different ends of a range of 2^32.
+// `low` and `range`, and how they lose their settled bytes. A step leaves a range of 1 at least,
+// and normalize one of 2^16 at least: what crosses a byte's border with less has a `low` whose
+// lower 16 bits aren't 0, so that 2^32 - (low << 16) lies between 2^16 and 2^32.
 class CoderInterval {
  public:
   std::uint32_t low = 0;

@@ -30,11 +30,8 @@ IntBox covered_box(const FrameGrid& grid, int staggeredAxis) {
 }  // namespace
 
 bool SimFrame::load(const std::string& file) {
-  grids.clear();
-  fileIndex_.clear();
+  clear();
   path = source_ = file;
-  saved = true;
-  valid = false;
 
   BcfFile in;
   if (!in.openRead(file)) return false;
@@ -51,16 +48,32 @@ bool SimFrame::load(const std::string& file) {
   return valid;
 }
 
+void SimFrame::clear() {
+  grids.clear();
+  fileIndex_.clear();
+  path.clear();
+  source_.clear();
+  saved = true;
+  valid = false;
+}
+
 std::uint64_t SimFrame::write(const std::string& file, Codec codec) {
   error.clear();
+  const std::uint64_t size = writeLoaded(file, codec, error);
+  if (size == 0) return 0;
+  path = file;
+  if (file == source_) fileIndex_.clear();  // what wasn't loaded went with the old file
+  return size;
+}
+
+std::uint64_t SimFrame::writeLoaded(const std::string& file, Codec codec,
+                                    std::string& reason) const {
   BcfFile out;
   if (!out.create(file)) {
-    error = out.errorString();
+    reason = out.errorString();
     LogMessage() << "Failed to open file " << file;
     return 0;
   }
-  path = file;
-  if (file == source_) fileIndex_.clear();  // what wasn't loaded went with the old file
   try {
     for (const auto& [type, grid] : grids)
       if (grid.field)
@@ -69,8 +82,8 @@ std::uint64_t SimFrame::write(const std::string& file, Codec codec) {
     if (!out.close()) throw BcfWriteError(out.errorString());
     return size;
   } catch (const BcfWriteError& e) {
-    error = e.what();
-    LogMessage() << "Failed to write file " << file << ": " << error;
+    reason = e.what();
+    LogMessage() << "Failed to write file " << file << ": " << reason;
     out.discard();
     return 0;
   } catch (...) {

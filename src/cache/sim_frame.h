@@ -29,7 +29,7 @@ class SimFrame {
   std::string path;                // file that the frame was read from or written to
   FrameTime simTime;               // simulation clock
   FrameTime frameTime;             // document time at which the frame was stored
-  bool saved = true;               // the frame is on disk
+  bool saved = true;               // the frame is on disk; frames in a store don't keep it
   bool valid = false;              // the frame holds data
   bool ownsData = true;            // grids are deep copies; else they share the simulation's fields
   std::string error;               // why the last `write` returned 0
@@ -43,6 +43,12 @@ class SimFrame {
   /// written, with a log line, the reason in `error` and no partial file left behind. A grid that
   /// can't be encoded throws what BcfFile::addGrid throws, and no file is left either.
   std::uint64_t write(const std::string& file, Codec codec);
+  /// The same for a frame all of whose grids are loaded, and without a trace in it: others may read
+  /// it meanwhile. The reason of a 0 goes to `reason`.
+  std::uint64_t writeLoaded(const std::string& file, Codec codec, std::string& reason) const;
+
+  /// Drops the grids and forgets the file.
+  void clear();
 
   /// The field of a grid, read from the file on first use. Empty if the frame has no such grid or
   /// the file can't be opened. Throws Exception for a damaged payload.

@@ -166,19 +166,23 @@ QImage slice_picture(const Field<float>& grid, const SliceOptions& options) {
 
   if (std::max(plane.width, plane.height) > kMaxPixels / options.scale)
     throw Exception("the picture is larger than " + std::to_string(kMaxPixels) + " pixels");
-  QImage picture(plane.width * options.scale, plane.height * options.scale, QImage::Format_RGB32);
+  QImage picture(plane.width, plane.height, QImage::Format_RGB32);
   if (picture.isNull()) throw std::bad_alloc();
   for (int y = 0; y < picture.height(); ++y) {
     auto* row = reinterpret_cast<QRgb*>(picture.scanLine(y));
-    const float* values =
-        plane.values.data() + static_cast<std::ptrdiff_t>(y / options.scale) * plane.width;
+    const float* values = plane.values.data() + static_cast<std::ptrdiff_t>(y) * plane.width;
     for (int x = 0; x < picture.width(); ++x) {
-      const float v = values[x / options.scale];
+      const float v = values[x];
       const float t = hi != lo ? std::clamp((v - lo) / (hi - lo), 0.0f, 1.0f) : 0.0f;
       row[x] = std::isnan(v) ? kNanColour : colour(options.colours, std::pow(t, 1 / options.gamma));
     }
   }
-  return picture;
+  if (options.scale == 1) return picture;
+  const QImage scaled = picture.scaled(
+      picture.size() * options.scale, Qt::IgnoreAspectRatio,
+      options.projection == Projection::kNone ? Qt::FastTransformation : Qt::SmoothTransformation);
+  if (scaled.isNull()) throw std::bad_alloc();
+  return scaled;
 }
 
 bool write_png(const QImage& picture, const std::string& path, std::string* error) {

@@ -33,7 +33,7 @@ struct SliceOptions {
   std::optional<float> absorption = {};               // kSmoke: per unit of density and cell
   ColourMap colours = ColourMap::kGrey;
   float gamma = 1;  // above 1 brightens the lower part of the range
-  int scale = 1;    // pixels per cell
+  int scale = 1;    // pixels per cell; projections are smoothed, a slice shows its cells
 };
 
 /// What shows a grid of this type well: density as smoke, velocity components and the solid's

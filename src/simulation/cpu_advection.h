@@ -5,7 +5,6 @@
 
 #include "math/field.h"
 #include "simulation/advection.h"
-#include "simulation/velocity_reach.h"
 
 namespace nbx {
 

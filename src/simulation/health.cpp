@@ -24,6 +24,23 @@ double sum_of_squares(const Field<float>& f) {
   return total;
 }
 
+// Of the velocity that carries the gas: with its detail, where there is one.
+double largest_speed(FluidSystem& fluid) {
+  const auto carrier = [&](int axis) -> const Field<float>& {
+    MField& detail = fluid.detail(axis);
+    return (detail.empty() ? fluid.component(axis) : detail).cpu_field();
+  };
+  return static_cast<double>(max_velocity(carrier(0), carrier(1), carrier(2)));
+}
+
+bool box_touches_a_face(const SimSettings& s) {
+  bool touches = false;
+  for (int axis = 0; axis < 3; ++axis)
+    touches |= s.active_box.lo[axis] <= s.domain_box.lo[axis] ||
+               s.active_box.hi[axis] >= s.domain_box.hi[axis];
+  return touches;
+}
+
 void add_touched_faces(std::array<bool, 6>& touches, const Field<float>& channel, double threshold,
                        const SimSettings& s) {
   const IntBox content = min_bbox(channel, static_cast<float>(threshold));
@@ -38,6 +55,16 @@ void add_touched_faces(std::array<bool, 6>& touches, const Field<float>& channel
 
 }  // namespace
 
+std::array<bool, 6> touched_faces(Simulation3D& sim) {
+  const SimSettings& s = sim.settings;
+  std::array<bool, 6> touches{};
+  if (s.active_box.empty() || !box_touches_a_face(s)) return touches;
+  for (int key : s.simulated_channels)
+    if (MField* channel = sim.channel_field(key))
+      add_touched_faces(touches, channel->cpu_field(), s.channel_params.at(key).box_threshold, s);
+  return touches;
+}
+
 Health measure_health(Simulation3D& sim) {
   const SimSettings& s = sim.settings;
   Health health;
@@ -46,19 +73,16 @@ Health measure_health(Simulation3D& sim) {
   if (s.active_box.empty()) return health;
 
   const double cell = s.dx * s.dx * s.dx;
-  for (int key : s.simulated_channels) {
-    MField* channel = sim.channel_field(key);
-    if (!channel) continue;
-    const Field<float>& field = channel->cpu_field();
-    health.mass[key] = sum(field) * cell;
-    add_touched_faces(health.touches, field, s.channel_params.at(key).box_threshold, s);
-  }
+  for (int key : s.simulated_channels)
+    if (MField* channel = sim.channel_field(key))
+      health.mass[key] = sum(channel->cpu_field()) * cell;
+  health.touches = touched_faces(sim);
 
   const Field<float>& U = sim.fluid().U().cpu_field();
   const Field<float>& V = sim.fluid().V().cpu_field();
   const Field<float>& W = sim.fluid().W().cpu_field();
   health.kinetic_energy = 0.5 * cell * (sum_of_squares(U) + sum_of_squares(V) + sum_of_squares(W));
-  health.cfl = static_cast<double>(max_velocity(U, V, W)) * s.dt / s.dx;
+  health.cfl = largest_speed(sim.fluid()) * s.dt / s.dx;
   const FieldHandle divergence = acquire_field(s.active_box.size() + Vec3i(2, 2, 2));
   NegDivergence(*divergence, U, V, W, nullptr, 1 / s.dx);
   health.largest_divergence = static_cast<double>(infnorm(*divergence));

@@ -19,6 +19,9 @@ struct Health {
   std::array<bool, 6> touches{};
 };
 
+/// The faces that Health::touches tells, alone. Cheap while the active box is away from them.
+std::array<bool, 6> touched_faces(Simulation3D& sim);
+
 /// To be called between frames, on the simulation thread.
 Health measure_health(Simulation3D& sim);
 

@@ -55,6 +55,8 @@ class SimProgress {
   virtual ~SimProgress() = default;
   /// done = total reports a whole frame. False asks to stop at this point.
   virtual bool progress(int done, int total) = 0;
+  /// A substep has ended; the counters in the settings stand after it.
+  virtual void substep_done(const Simulation3D& /*sim*/) {}
 };
 
 /// The simulator's view of a scene. `dt` is the substep's length, 0 for the first frame.

@@ -223,6 +223,7 @@ bool Simulation3D::substep(SceneEvaluator& scene) {
   steps_remaining_ -= 1;
   remaining_time_ -= settings.dt;
   settings.frame_elapsed += settings.dt;
+  if (progress_) progress_->substep_done(*this);
   return true;
 }
 
@@ -324,7 +325,7 @@ bool Simulation3D::store_frame(const FrameTime& time, int substep) {
 }
 
 void Simulation3D::log_frame_line(double total) {
-  const Times& t = times_;
+  const StageTimes& t = times_;
   LogMessage() << settings.sim_time.frame() << "F #" << settings.step_index << " src(" << t.src
                << ") sol(" << t.sol << ") res(" << t.res << ") beg(" << t.beg << ") pro(" << t.pro
                << ") vel(" << t.vel << ") tot(" << total << ") sav(" << t.sav << ") out(" << t.out

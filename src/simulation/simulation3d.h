@@ -23,6 +23,18 @@
 
 namespace nbx {
 
+/// Seconds of one `update`, by stage.
+struct StageTimes {
+  double src = 0;  // sources from the scene
+  double sol = 0;  // solids from the scene
+  double res = 0;  // finding and applying the active box
+  double beg = 0;  // hooks of all systems
+  double pro = 0;  // decay, advection, combustion, diffusion of the channels
+  double vel = 0;  // advection, forces, projection and detail of the velocity
+  double sav = 0;  // storing the frame
+  double out = 0;  // between the last `update` and this one
+};
+
 class Simulation3D final : private VelocityForce,
                            private FieldSource,
                            private CombustionSource,
@@ -72,6 +84,8 @@ class Simulation3D final : private VelocityForce,
 
   /// Substeps left in a frame that was interrupted; 0 between frames.
   int steps_remaining() const { return steps_remaining_; }
+  /// Of the current `update`, or of the last one.
+  const StageTimes& stage_times() const { return times_; }
   /// Frames that `update` could not store so far.
   int frames_not_stored() const { return frames_not_stored_; }
 
@@ -95,11 +109,6 @@ class Simulation3D final : private VelocityForce,
   MField* get_field(int key) override;
   bool abort_requested(int done, int total) override;
 
-  // Seconds of one `update`, by stage.
-  struct Times {
-    double src = 0, sol = 0, res = 0, beg = 0, pro = 0, vel = 0, sav = 0, out = 0;
-  };
-
   std::mutex mutex_;                                 // guards setup and the sources
   std::vector<std::unique_ptr<SimSystem>> systems_;  // in creation order, the order of every hook
   CuslKernels3D* fluid_ = nullptr;
@@ -119,7 +128,7 @@ class Simulation3D final : private VelocityForce,
   int frames_not_stored_ = 0;
   SimProgress* progress_ = nullptr;
   Stopwatch since_update_;  // since the last `update` ended
-  Times times_;
+  StageTimes times_;
 };
 
 }  // namespace nbx

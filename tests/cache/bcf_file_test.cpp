@@ -133,6 +133,8 @@ TEST_F(BcfFileTest, PayloadsThatAreRefusedLeaveTheFieldAlone) {
       {test::record(2, 1, {3, 1, 1}, run), "BCF: run-length payload doesn't fill the grid"},
       {test::record(2, 1, {most, most, most}, run),
        "BCF: run-length payload doesn't fill the grid"},
+      {test::record(2, 2, {1 << 10, 1 << 10, 1}, raw),
+       "BCF: predictive payload doesn't fit the grid"},
       {test::record(2, 0, {2, 2, 1}, raw).substr(0, 230),
        "BCF: the file ends inside of a grid, 8 of 16 bytes are there"},
       {test::record(2, 1, {2, 2, 1}, run).substr(0, 225),

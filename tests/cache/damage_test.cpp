@@ -164,6 +164,9 @@ TEST_F(Damage, HugeClaims) {
       test::record(4, 1, {1 << 20, 1 << 20, 1 << 24}, Bytes().i32({0, 0}).text()),
       test::record(4, 1, {1 << 15, 1 << 15, 1}, Bytes().i32({lowest}).f32({1}).text()),
       test::record(4, 0, {1 << 15, 1 << 15, 1}, ""),
+      test::record(4, 2, {1 << 15, 1 << 15, 1}, "12345678"),
+      test::record(4, 2, {20, 20, 20}, "1"),
+      test::record(4, 2, {20, 20, 20}, "12345678"),
       beyond,
   };
   for (const std::string& claim : claims) {

@@ -232,7 +232,7 @@ TEST(PredictiveCodec, Sizes) {
   EXPECT_LT(noisy, 5 * noise.size());
   const std::string best = encoded(zeros, {256, 256, 256});
   EXPECT_TRUE(predictive_fits(best.size(), zeros.size()));
-  EXPECT_FALSE(predictive_fits(best.size() - best.size() / 50, zeros.size()));
+  EXPECT_FALSE(predictive_fits(best.size() / 2, zeros.size()));
   EXPECT_TRUE(predictive_fits(0, 0));
   EXPECT_FALSE(predictive_fits(4, 0));
   EXPECT_FALSE(predictive_fits(0, 1));
@@ -248,6 +248,9 @@ TEST(PredictiveCodec, RefusesOtherLengthsAndSurvivesAnyBytes) {
     ASSERT_FALSE(decodes(back, good.substr(0, length), dims)) << length;
   EXPECT_FALSE(decodes(back, good + '\0', dims));
   EXPECT_TRUE(decodes(back, good, dims));
+  // A cell above its prediction by so much that it comes out below.
+  const std::string wrapped("\x00\x0b\xcf\x9c\xa9\xfa\xc0\0", 8);
+  EXPECT_FALSE(decodes(back, wrapped, {1, 1, 1}));
 
   int refused = 0;
   for (int round = 0; round < 20000; ++round) {

@@ -97,7 +97,7 @@ TEST_F(SimFrameTest, WritesWhatIsLoadedAndReadsItBack) {
   density->data()[0] += 1;  // the copy doesn't see it
   frame.grids[kGridFuel].gridType = kGridFuel;
 
-  for (const Codec codec : {Codec::kRaw, Codec::kRunLength}) {
+  for (const Codec codec : {Codec::kRaw, Codec::kRunLength, Codec::kPredictive}) {
     const std::uint64_t size = frame.write(path, codec);
     EXPECT_EQ(size, std::filesystem::file_size(path));
     SimFrame back;

@@ -131,11 +131,52 @@ TEST_F(Plugin, SceneBecomesFramesAndAPicture) {
   host::CommandArguments slice;
   slice.Add("frame", files.back());
   slice.Add("output", folder_.file("smoke.png"));
+  slice.Add("scale", "2");
   EXPECT_EQ(run("slice", slice), host::kDone);
   const QImage picture(QString::fromStdString(folder_.file("smoke.png")));
   const Vec3i dims = frame.grids.at(kGridDensity).dims;
-  EXPECT_EQ(picture.size(), QSize(dims[0] - 2, dims[1] - 2));
-  EXPECT_GT(picture.height(), 20);
+  EXPECT_EQ(picture.size(), 2 * QSize(dims[0] - 2, dims[1] - 2));
+  EXPECT_GT(picture.height(), 40);
+}
+
+// A rate, whatever the substeps: every cell on the surface grows by five times its volume a second.
+TEST_F(Plugin, ExpandingSourcesPushTheGas) {
+  std::string text = replaced(kScene, R"({"density": 1, "temperature": 1})", R"({"expansion": 5})");
+  text = replaced(text, "\"max_substeps\": 2", R"("max_substeps": 2, "source_substeps": 7)");
+  ASSERT_EQ(run("simulate", simulate_arguments(scene(text), 2)), host::kDone);
+  const double divergence = context_->all<double>("frame", "largest_divergence").back();
+  EXPECT_GT(divergence, 4);
+  EXPECT_LT(divergence, 5.05);
+}
+
+// A burning ball against the open face at the high end of z.
+TEST_F(Plugin, FireIsMeasuredAndItsLossesAreTold) {
+  std::string text = replaced(kScene, "\"simulate_density\": true",
+                              R"("simulate_density": true, "simulate_fuel": true,
+       "simulate_burn": true, "fuel_to_expansion": 0.1, "decay_fuel": 0.2)");
+  text = replaced(text, "[0, 8, 0]", "[0, 8, 8]");
+  text = replaced(text, R"({"density": 1, "temperature": 1})", R"({"fuel": 1})");
+  ASSERT_EQ(run("simulate", simulate_arguments(scene(text), 4)), host::kDone);
+  const auto& seen = *context_;
+  ASSERT_EQ(seen.results.size(), 1u);
+  EXPECT_NE(seen.results[0].find("; gas leaves through z+ from frame 0"), std::string::npos)
+      << seen.results[0];
+  EXPECT_EQ(seen.all<std::vector<std::string>>("frame", "touches").back(),
+            std::vector<std::string>{"z+"});
+  for (const char* channel : {"mass_fuel", "mass_burn", "mass_temperature", "mass_density"}) {
+    const auto mass = seen.all<double>("frame", channel);
+    ASSERT_EQ(mass.size(), 5u) << channel;
+    EXPECT_GT(mass.back(), 0) << channel;
+  }
+  // Where a substep's worth of fuel burns, its tenth of volume appears: 0.2 of it in a frame.
+  EXPECT_NEAR(seen.all<double>("frame", "largest_divergence").back(), 0.1 * 0.2 * 25, 0.05);
+
+  // The substeps' times add up to their frame's.
+  double substeps = 0, frames = 0;
+  for (double t : seen.all<double>("substep", "seconds_velocity")) substeps += t;
+  for (double t : seen.all<double>("frame", "seconds_velocity")) frames += t;
+  EXPECT_GT(frames, 0);
+  EXPECT_NEAR(substeps, frames, 1e-9);
 }
 
 TEST_F(Plugin, SameBytesForAnyNumberOfThreads) {
@@ -164,28 +205,26 @@ TEST_F(Plugin, SteadyStateAllocatesNoFields) {
 }
 
 TEST_F(Plugin, InterruptsEndTheRunAtTheFrameOrAtOnce) {
-  // The first interrupt comes while a frame is under way: it is finished and stored.
-  prepare_context = [](test::RecordingContext& c) {
-    c.on_event = [&c](const std::string& event) {
-      if (event == "frame" && c.all<std::int64_t>("frame", "frame").back() == 3) c.interrupts = 1;
+  // Large enough that progress is shown within a frame: there the interrupt comes.
+  const auto large = scene(replaced(kScene, "\"voxel_size\": 1", "\"voxel_size\": 0.25"));
+  for (int interrupts : {1, 2}) {
+    std::size_t whole_frames = 0;
+    prepare_context = [&](test::RecordingContext& c) {
+      c.on_progress = [&, interrupts](const std::string& line) {
+        if (c.interrupts > 0 || line.find("substep") == std::string::npos) return;
+        c.interrupts = interrupts;
+        whole_frames = c.all<std::int64_t>("frame", "frame").size();
+      };
     };
-  };
-  EXPECT_EQ(run("simulate", simulate_arguments(scene(), 14)), host::kInterrupted);
-  EXPECT_EQ(frame_files().size(), 4u);
-  EXPECT_EQ(context_->all<std::string>("end", "outcome"), std::vector<std::string>{"interrupted"});
-
-  prepare_context = [](test::RecordingContext& c) {
-    c.on_progress = [&c](const std::string& line) {
-      if (line.find("substep") != std::string::npos) c.interrupts = 2;
-    };
-  };
-  // Large enough that progress is shown within a frame.
-  const auto large = replaced(kScene, "\"voxel_size\": 1", "\"voxel_size\": 0.25");
-  EXPECT_EQ(run("simulate", simulate_arguments(scene(large), 14, "at_once")), host::kInterrupted);
-  const auto files = frame_files("at_once");
-  ASSERT_FALSE(files.empty());
-  EXPECT_LT(files.size(), 15u);
-  for (const std::string& file : files) EXPECT_TRUE(read_frame_file_info(file, true).good());
+    const std::string cache = "interrupted" + std::to_string(interrupts);
+    EXPECT_EQ(run("simulate", simulate_arguments(large, 14, cache)), host::kInterrupted);
+    EXPECT_EQ(context_->all<std::string>("end", "outcome"),
+              std::vector<std::string>{"interrupted"});
+    // The first lets the frame end, the second drops it.
+    const auto files = frame_files(cache);
+    EXPECT_EQ(files.size(), whole_frames + (interrupts == 1 ? 1 : 0));
+    for (const std::string& file : files) EXPECT_TRUE(read_frame_file_info(file, true).good());
+  }
 }
 
 TEST_F(Plugin, LostFramesDontEndTheRun) {
@@ -197,7 +236,8 @@ TEST_F(Plugin, LostFramesDontEndTheRun) {
   fs::create_directories(files[3] + "/in/the/way");
   EXPECT_EQ(run("simulate", simulate_arguments(scene(), 6)), host::kFailed);
   ASSERT_EQ(context_->errors.size(), 1u);
-  EXPECT_NE(context_->errors[0].find("frame 3 is not stored: "), std::string::npos);
+  EXPECT_NE(context_->errors[0].find("frame 3 is not stored: "), std::string::npos)
+      << context_->errors[0];
   EXPECT_EQ(context_->all<bool>("frame", "stored"),
             (std::vector<bool>{true, true, true, false, true, true, true}));
   EXPECT_EQ(test::read_file(files[0]), first);
@@ -248,6 +288,7 @@ TEST_F(Plugin, BadInputIsRefusedWithOneLineAndNothingWritten) {
   host::CommandArguments slice;
   slice.Add("frame", folder_.file("cache"));
   slice.Add("output", folder_.file("smoke.png"));
+  slice.Add("scale", "2");
   EXPECT_EQ(run("slice", slice), host::kBadInput);
   EXPECT_FALSE(fs::exists(folder_.file("smoke.png")));
 }

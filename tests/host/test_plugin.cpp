@@ -14,7 +14,7 @@ using namespace host;
 HostServices* services = nullptr;
 std::string journal;
 
-/// What goes wrong, as the environment wants it: "refuse", "set-up", "start", "description".
+/// What goes wrong, as the environment wants it: "refuse", "start".
 bool Fails(const std::string& what) {
   const char* wanted = std::getenv("NBX_TEST_PLUGIN_FAILS");
   return wanted && what == wanted;
@@ -109,10 +109,8 @@ bool Start() {
   using namespace test_plugin;
   services->GePrint("the test plug-in starts");
   if (Fails("start")) return false;
-  ClassDescription box = BoxDescription();
-  if (Fails("description")) box.parameters[0].default_value = 2;
   return services->RegisterCommandPlugin(kProbe, "Probe", MakeProbe) &&
-         services->RegisterObjectPlugin(kBox, "Box", MakeBox, box) &&
+         services->RegisterObjectPlugin(kBox, "Box", MakeBox, BoxDescription()) &&
          services->RegisterTagPlugin(kSource, "Source", MakeSource, SourceDescription()) &&
          // What is taken already can't be registered again.
          !services->RegisterObjectPlugin(kBox, "Box", MakeBox, SourceDescription()) &&
@@ -142,7 +140,7 @@ extern "C" __attribute__((visibility("default"))) std::int32_t c4d_main(std::int
     case kActionMessage: {
       const auto id = reinterpret_cast<std::intptr_t>(p1);
       journal += "message " + std::to_string(id) + "\n";
-      return id == kMessageSetUp && !Fails("set-up") ? 1 : -1;
+      return id == kMessageSetUp ? 1 : -1;
     }
     default:
       return -1;

@@ -20,6 +20,7 @@ enum Parameter : std::int32_t {
   kLabel = 7,
   kFolder = 8,
   kTarget = 9,
+  kShape = 10,
   kAmount = 20,
 };
 
@@ -42,6 +43,7 @@ inline host::ClassDescription BoxDescription() {
   add(kLabel, "OBOX_LABEL", std::string());
   add(kFolder, "OBOX_FOLDER", host::Filename());
   add(kTarget, "OBOX_TARGET", static_cast<host::BaseList2D*>(nullptr));
+  add(kShape, "OBOX_SHAPE", host::CurvePoints{{0, 0}, {1, 1}});
   box.parameters[0].minimum = 0.5;
   box.parameters[0].maximum = 1e6;
   box.parameters[0].unit = "units";

@@ -32,7 +32,6 @@ TEST(PluginLife, RunsFromLoadToEnd) {
   SmallHost small_host;
   {
     const PluginModule plugin(NBX_TEST_PLUGIN, small_host);
-    EXPECT_TRUE(small_host.TakeConsole().empty());
     ASSERT_EQ(small_host.Commands().size(), 2U);
     EXPECT_EQ(small_host.Commands()[1].info.verb, "probe");
 
@@ -46,10 +45,7 @@ TEST(PluginLife, RunsFromLoadToEnd) {
     // The size comes from the plug-in's part, which sees the parameters.
     EXPECT_EQ(box->GetMp(), (Vector{0, 2, 0}));
     EXPECT_EQ(box->GetRad(), (Vector{2, 2, 2}));
-    EXPECT_NE(box->GetNodeData(), nullptr);
-    EXPECT_EQ(box->GetNext()->GetNodeData(), nullptr);
     EXPECT_FALSE(box->Message(7));
-    EXPECT_FALSE(box->GetNext()->Message(kMessageDocumentLoaded));
   }
   EXPECT_TRUE(small_host.Commands().empty());
   EXPECT_EQ(Journal(),
@@ -64,12 +60,7 @@ TEST(PluginLife, FailuresOfTheStartAreTold) {
     const char *fails, *message, *journal_end;
   } cases[] = {
       {"refuse", "doesn't fit this host, version 11530", "given\n"},
-      {"set-up", "didn't start", "message 1\nend\n"},
       {"start", "didn't start\n  the test plug-in starts", "message 1\nend\n"},
-      {"description",
-       "didn't start\n  the test plug-in starts\n  registration of Box: parameter "
-       "OBOX_EDGE_LENGTH has a default of another type",
-       "probe freed\nend\n"},
   };
   for (const auto& [fails, message, journal_end] : cases) {
     setenv("NBX_TEST_PLUGIN_FAILS", fails, 1);
@@ -84,62 +75,33 @@ TEST(PluginLife, FailuresOfTheStartAreTold) {
     }
   }
   unsetenv("NBX_TEST_PLUGIN_FAILS");
-}
-
-TEST(PluginLife, WhatIsNoPluginIsTold) {
   SmallHost small_host;
   EXPECT_THROW(PluginModule("/no/such/plugin.so", small_host), std::runtime_error);
-  EXPECT_THROW(PluginModule("libm.so.6", small_host), std::runtime_error);
 }
 
 TEST(PluginLife, DescriptionsAreChecked) {
-  using Change = void (*)(ClassDescription&);
-  const std::pair<const char*, Change> cases[] = {
-      {"the class has no name", [](ClassDescription& d) { d.name.clear(); }},
-      {"parameter OBOX_ACTIVE has an id twice used",
-       [](ClassDescription& d) { d.parameters[1].id = d.parameters[0].id; }},
-      {"parameter TBOX_EDGE_LENGTH is there twice",
-       [](ClassDescription& d) { d.parameters[1].symbol = "TBOX_EDGE_LENGTH"; }},
-      {"parameter EDGE has no symbol of the form CLASS_NAME",
-       [](ClassDescription& d) { d.parameters[0].symbol = "EDGE"; }},
-      {"parameter OBOX_EDGE_LENGTH has a default that is above 1",
-       [](ClassDescription& d) { d.parameters[0].maximum = 1; }},
-      {"parameter OBOX_MODE has a default that is none of the choices",
-       [](ClassDescription& d) { d.parameters[3].cycle.erase(d.parameters[3].cycle.begin()); }},
-      {"parameter OBOX_LABEL is animatable but can't be interpolated",
-       [](ClassDescription& d) { d.parameters[6].animatable = true; }},
-      {"the name null is taken", [](ClassDescription& d) { d.name = "null"; }},
-  };
-  for (const auto& [message, change] : cases) {
-    SmallHost small_host;
-    ClassDescription description = test_plugin::BoxDescription();
-    change(description);
-    EXPECT_FALSE(small_host.RegisterObjectPlugin(test_plugin::kBox, "Box", nullptr, description));
-    EXPECT_EQ(small_host.TakeConsole(),
-              std::vector<std::string>{"registration of Box: " + std::string(message)});
-  }
+  SmallHost small_host;
+  ClassDescription box = test_plugin::BoxDescription();
+  box.parameters[1].id = box.parameters[0].id;
+  EXPECT_FALSE(small_host.RegisterObjectPlugin(test_plugin::kBox, "Box", nullptr, box));
+  EXPECT_EQ(
+      small_host.TakeConsole(),
+      std::vector<std::string>{"registration of Box: parameter OBOX_ACTIVE has an id twice used"});
 }
 
 TEST(C4DThread, RunsEndsAndStartsAgain) {
-  class Counter final : public C4DThread {
-   public:
-    ~Counter() override { End(true); }
-    std::string GetThreadName() const override { return "counter"; }
-    std::atomic<int> runs{0};
-
-   private:
+  struct Waiter final : C4DThread {
+    ~Waiter() override { End(true); }
+    std::string GetThreadName() const override { return "waiter"; }
     void Main() override {
-      ++runs;
       while (!TestBreak()) std::this_thread::yield();
     }
   } thread;
-  for (int run = 1; run <= 3; ++run) {
+  for (int run = 0; run < 2; ++run) {
     EXPECT_TRUE(thread.Start());
-    EXPECT_FALSE(thread.Start());
-    EXPECT_TRUE(thread.IsRunning());
+    EXPECT_FALSE(thread.Start()) << "it runs";
     thread.End(true);
     EXPECT_FALSE(thread.IsRunning());
-    EXPECT_EQ(thread.runs, run);
   }
 }
 

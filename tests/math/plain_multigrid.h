@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "math/field.h"
+#include "support/support.h"
 
 namespace nbx::test {
 
@@ -37,8 +38,9 @@ class PlainMultigrid {
     boundary(top.x);
     x.copy(top.x);
     float norm = 0;
-    each(top, 1, 1, 1,
-         [&](int i, int j, int k) { norm = std::max(norm, std::abs(residual(top, i, j, k))); });
+    each_cell(top.x.dims(), 1, [&](int i, int j, int k) {
+      norm = std::max(norm, std::abs(residual(top, i, j, k)));
+    });
     return norm;
   }
 
@@ -49,28 +51,16 @@ class PlainMultigrid {
     std::array<double, 3> h;
   };
 
-  template <class Body>
-  static void each(const Level& l, int fx, int fy, int fz, Body body) {
-    for (int k = fz; k < l.x.nz() - 1; k += fz)
-      for (int j = fy; j < l.x.ny() - 1; j += fy)
-        for (int i = fx; i < l.x.nx() - 1; i += fx) body(i, j, k);
-  }
-
   void boundary(Field<float>& x) const {
-    const Vec3i n = x.dims();
     for (int axis = 0; axis < 3; ++axis)
-      for (int high = 0; high < 2; ++high) {
+      each_cell(x.dims(), 0, [&](int i, int j, int k) {
+        Vec3i in(i, j, k);
+        const bool high = in[axis] == x.dims()[axis] - 1;
+        if (in[axis] != 0 && !high) return;
+        in[axis] += high ? -1 : 1;
         const bool closed = bc_[static_cast<std::size_t>(2 * axis + high)] == 1;
-        Vec3i from, to = n;
-        from[axis] = high ? n[axis] - 1 : 0;
-        to[axis] = from[axis] + 1;
-        Vec3i in;
-        in[axis] = high ? -1 : 1;
-        for (int k = from[2]; k < to[2]; ++k)
-          for (int j = from[1]; j < to[1]; ++j)
-            for (int i = from[0]; i < to[0]; ++i)
-              x(i, j, k) = closed ? x(i + in[0], j + in[1], k + in[2]) : 0;
-      }
+        x(i, j, k) = closed ? x(in[0], in[1], in[2]) : 0;
+      });
   }
 
   // The weights of the neighbours of a cell and their sum with the values.
@@ -105,7 +95,7 @@ class PlainMultigrid {
     for (int sweep = 0; sweep < sweeps; ++sweep) {
       boundary(l.x);
       for (int colour = 0; colour < 2; ++colour)
-        each(l, 1, 1, 1, [&](int i, int j, int k) {
+        each_cell(l.x.dims(), 1, [&](int i, int j, int k) {
           if ((i + j + k) % 2 != colour) return;
           const Stencil a = stencil(l, i, j, k);
           l.x(i, j, k) =
@@ -145,18 +135,17 @@ class PlainMultigrid {
 
     smooth(l, 2);
     boundary(l.x);
-    each(below, 1, 1, 1, [&](int i, int j, int k) {
+    each_cell(below.x.dims(), 1, [&](int i, int j, int k) {
       below.b(i, j, k) = 2.0f * residual(l, i * f[0], j * f[1], k * f[2]);
     });
     for (std::size_t c = 0; c < below.x.count(); ++c) below.x[c] = 0;
     v_cycle(at + 1);
     boundary(below.x);
     for (std::size_t c = 0; c < l.r.count(); ++c) l.r[c] = 0;
-    for (int k = 0; k < below.x.nz(); ++k)
-      for (int j = 0; j < below.x.ny(); ++j)
-        for (int i = 0; i < below.x.nx(); ++i)
-          l.r(std::min(i * f[0], l.r.nx() - 1), std::min(j * f[1], l.r.ny() - 1),
-              std::min(k * f[2], l.r.nz() - 1)) = below.x(i, j, k);
+    each_cell(below.x.dims(), 0, [&](int i, int j, int k) {
+      l.r(std::min(i * f[0], l.r.nx() - 1), std::min(j * f[1], l.r.ny() - 1),
+          std::min(k * f[2], l.r.nz() - 1)) = below.x(i, j, k);
+    });
     for (int axis = 0; axis < 3; ++axis) interpolate(l, below, axis);
     for (std::size_t c = 0; c < l.x.count(); ++c) l.x[c] += l.r[c];
     smooth(l, 2);

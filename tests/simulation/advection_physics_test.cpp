@@ -16,8 +16,8 @@ struct Turn {
   float lo = 0, hi = 0;
 };
 
-// A sphere of density, radius 10 with a soft edge, is carried once round the middle of 64 x 64 x 32 cells
-// in 120 steps of a rigid rotation: its centre, 14 cells out, moves by 0.73 cells a step.
+// A sphere of density, radius 10 with a soft edge, is carried once round the middle of 64 x 64 x 32
+// cells in 120 steps of a rigid rotation: its centre, 14 cells out, moves by 0.73 cells a step.
 Turn carry_round(bool corrected, bool cubic) {
   constexpr int n = 64, depth = 32, steps = 120;
   const double middle = 31.5, middle_z = 15.5;

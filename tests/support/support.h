@@ -15,6 +15,7 @@
 #include <omp.h>
 
 #include "math/field.h"
+#include "util/isa.h"
 #include "util/log.h"
 
 namespace nbx::test {
@@ -71,6 +72,27 @@ class ThreadCount {
  private:
   int before_;
 };
+
+/// Runs body() with each instruction set, on one thread and on three.
+template <class Body>
+void everywhere(Body body) {
+  for (const Isa isa : {Isa::kBaseline, Isa::kAvx2, Isa::kAvx512})
+    for (const int threads : {1, 3}) {
+      SCOPED_TRACE(testing::Message() << "isa " << static_cast<int>(isa) << " threads " << threads);
+      limit_isa(isa);
+      const ThreadCount count(threads);
+      body();
+    }
+  limit_isa(Isa::kAvx512);
+}
+
+/// Visits the cells of a grid of n cells, but for `rim` layers at each of its sides.
+template <class Body>
+void each_cell(const Vec3i& n, int rim, Body body) {
+  for (int k = rim; k < n[2] - rim; ++k)
+    for (int j = rim; j < n[1] - rim; ++j)
+      for (int i = rim; i < n[0] - rim; ++i) body(i, j, k);
+}
 
 /// Uniform values in [lo, hi), the same for the same seed.
 inline void fill_random(Field<float>& f, unsigned seed, float lo = -1, float hi = 1) {

@@ -1,0 +1,22 @@
+// The parts of the volume object's table of parameters, by subject.
+#pragma once
+
+#include "C4D/parameter_table.h"
+#include "C4D/volume_parameters.h"
+
+namespace nbx {
+
+using ParameterList = std::vector<host::ParameterInfo>;
+
+ParameterList smoke_parameters();   // density and temperature
+ParameterList fire_parameters();    // fuel and burn
+ParameterList motion_parameters();  // wind, drag, swirls and noise
+
+// Units that several groups use.
+inline constexpr const char* kPartPerFrame = "of 1 per frame";
+inline constexpr const char* kDiffusionUnit = "100 units^2/s";
+
+/// A parameter that selects a channel, none by default.
+host::ParameterInfo channel_choice(std::int32_t id, const char* symbol, const char* help);
+
+}  // namespace nbx

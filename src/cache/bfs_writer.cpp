@@ -1,0 +1,150 @@
+// IOW, the writer of the frame store: takes dirty frames off the simulation's back. The table is
+// its queue; each handle that goes back makes it look for dirty slots.
+#include <algorithm>
+#include <system_error>
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include "cache/bfs.h"
+#include "util/format_size.h"
+#include "util/log.h"
+#include "util/stopwatch.h"
+
+namespace nbx {
+
+// A thread that can't be started is no failure: frames are then saved as they leave the table.
+void BFS::startWriter() {
+  if (writer_.joinable()) return;
+  try {
+    writer_ = std::thread(&BFS::run, this);
+  } catch (const std::system_error& e) {
+    LogMessage() << "Failed to start IOW: " << e.what();
+  }
+}
+
+void BFS::run() {
+  // The lowest priority; on Linux that of a thread is its nice value.
+  setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 19);
+  Lock lock(mutex_);
+  while (!exit_) {
+    if (work_) {
+      work_ = false;
+      savePass(lock);
+    } else {
+      due_.wait(lock);
+    }
+  }
+  LogMessage() << "IOW exiting";
+}
+
+// A reference for each dirty slot first, so that none is saved by others while it waits.
+void BFS::savePass(Lock& lock) {
+  for (auto& [key, slot] : slots_)
+    if (slot.state == State::kDirty) {
+      slot.claimed = true;
+      ++slot.references;
+    }
+  for (;;) {
+    const auto next = std::find_if(slots_.begin(), slots_.end(),
+                                   [](const auto& entry) { return entry.second.claimed; });
+    if (next == slots_.end()) return;
+    Slot& slot = next->second;
+    slot.claimed = false;
+    try {
+      // One that is just being stored anew isn't dirty; its handle makes another pass.
+      if (slot.state == State::kDirty) saveClaimed(lock, slot);
+    } catch (const std::bad_alloc&) {
+      LogMessage() << "Bad allocation in IOW";
+    }
+    release(slot, true);
+  }
+}
+
+void BFS::saveClaimed(Lock& lock, Slot& slot) {
+  const Place here = place();
+  ++slot.readers;
+  slot.saving = true;
+  lock.unlock();
+  const Saved saved = save(slot.data, here);
+  lock.lock();
+  slot.saving = false;
+  --slot.readers;
+  settle(slot, saved);
+}
+
+// Saves a slot that nobody writes to, with the mutex held.
+void BFS::storeSlot(Slot& slot) {
+  if (slot.state == State::kDirty) settle(slot, save(slot.data, place()));
+}
+
+void BFS::settle(Slot& slot, const Saved& saved) {
+  bytesWritten_ += saved.size;
+  if (saved.settled) slot.state = State::kClean;
+  if (saved.size == 0) lastError_ = saved.error;
+  if (saved.size == 0 && saved.settled) ++framesLost_;
+  changed_.notify_all();
+}
+
+BFS::Saved BFS::save(const SimFrame& frame, const Place& place) {
+  Saved saved;
+  try {
+    const int number = frame.frameTime.frame();
+    if (!place.readable()) {
+      saved.settled = true;
+      saved.error = "The cache directory " + place.directory + " can't be read.";
+      LogMessage() << "IOW: NOT writing frame " << number;
+      return saved;
+    }
+    const std::string path = place.file(number, frame.substep);
+    const Stopwatch watch;
+    saved.size = frame.writeLoaded(path, place.codec, saved.error);
+    if (saved.size == 0) LogMessage() << "IOW: Failed to write file " << path;
+    LogMessage() << "wrote frame " << number << "(" << format_size(saved.size, 2) << ") in "
+                 << watch.seconds();
+    saved.settled = true;
+  } catch (const Exception& e) {
+    saved.error = e.what();
+    LogMessage() << "Exception caught in BFS::storeSlot: " << e.what();
+  } catch (const std::exception& e) {
+    saved.error = e.what();
+    LogMessage() << "Unknown Exception caught in BFS::storeSlot";
+  }
+  return saved;
+}
+
+// The frame's slot stands empty meanwhile, as a lock: readers have a file that doesn't change under
+// them, and what was in memory is out of date.
+bool BFS::writeThrough(SimFrame& frame) {
+  Slot& slot = *openForStoring(frame.frameTime.frame(), frame.substep);
+  Lock lock(mutex_);
+  const Place here = place();
+  lock.unlock();
+  const Saved saved = save(frame, here);
+  frame.saved = saved.size > 0;
+  lock.lock();
+  if (!frame.saved) lastError_ = saved.error;
+  lock.unlock();
+  giveBack(slot, true, false, true);
+  return frame.saved;
+}
+
+bool BFS::finishWrites() {
+  Lock lock(mutex_);
+  return finishWrites(lock);
+}
+
+bool BFS::finishWrites(Lock& lock) {
+  changed_.wait(lock, [this] {
+    return std::none_of(slots_.begin(), slots_.end(),
+                        [](const auto& entry) { return entry.second.saving; });
+  });
+  bool clean = true;
+  for (auto& [key, slot] : slots_) {
+    storeSlot(slot);
+    clean = clean && slot.state != State::kDirty;
+  }
+  return clean;
+}
+
+}  // namespace nbx

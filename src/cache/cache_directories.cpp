@@ -1,0 +1,132 @@
+#include "cache/cache_directories.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include "cache/cache_registry.h"
+#include "util/log.h"
+
+namespace nbx {
+
+namespace {
+
+constexpr char kLockFile[] = "CacheLock.lck";
+
+QDir folder(const std::string& path) { return QDir(QString::fromStdString(path)); }
+
+// True for what names a folder in a base: neither the base itself nor a place elsewhere.
+bool names_cache(const CacheDirData& data) {
+  return !data.base.empty() && !data.name.empty() && data.name != "." && data.name != ".." &&
+         data.name.find('/') == std::string::npos;
+}
+
+// Makes and enters the first folder of this name whose number is free.
+bool enter_new(QDir& parent, const char* pattern, const char* what) {
+  QString name;
+  for (int i = 1; name.isEmpty() || parent.exists(name); ++i)
+    name = QString(pattern).arg(i, 3, 10, QChar('0'));
+  if (!parent.mkdir(name)) {
+    LogMessage() << "Failed to create " << what << " " << parent.absolutePath() << " / " << name;
+    return false;
+  }
+  if (!parent.cd(name)) {
+    LogMessage() << "Failed to change to " << what << " " << name;
+    return false;
+  }
+  return true;
+}
+
+bool enter_new_base(QDir& base, const std::string& preferred) {
+  base = preferred.empty() ? QDir::home() : folder(preferred);
+  if (!base.mkpath(".")) {
+    LogMessage() << "FATAL: failed to create global cache base path " << base.absolutePath();
+    return false;
+  }
+  return enter_new(base, "Nimbrix Caches %1", "cache base dir");
+}
+
+}  // namespace
+
+bool resolve_cache_dir(CacheDirData& data, std::string& dir, bool create,
+                       const std::string& preferred) {
+  QDir base = folder(data.base);
+  const bool has_base = !data.base.empty() && base.exists();
+  if (has_base && !data.name.empty()) {
+    QDir here = base;
+    if (here.cd(QString::fromStdString(data.name))) {
+      dir = here.absolutePath().toStdString();
+      return true;
+    }
+  }
+  if (!create) return false;
+  if (!has_base && !enter_new_base(base, preferred)) return false;
+  QDir made = base;
+  if (!enter_new(made, "Cache %1", "cache dir")) return false;
+  data = {base.absolutePath().toStdString(), made.dirName().toStdString()};
+  dir = made.absolutePath().toStdString();
+  return true;
+}
+
+bool cache_locked(const std::string& directory) { return folder(directory).exists(kLockFile); }
+
+bool set_cache_lock(const std::string& directory, bool on) {
+  QFile lock(folder(directory).absoluteFilePath(kLockFile));
+  if (on) {
+    if (lock.open(QFile::WriteOnly)) return true;
+    LogMessage() << "Failed to create cache lock " << lock.fileName();
+    return false;
+  }
+  if (!lock.exists() || lock.remove()) return true;
+  LogMessage() << "Failed to remove cache lock " << lock.fileName();
+  return false;
+}
+
+std::vector<CacheListEntry> list_caches(const std::string& base) {
+  std::vector<CacheListEntry> caches;
+  if (base.empty()) return caches;
+  for (const QFileInfo& entry :
+       folder(base).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
+    const QDir cache(entry.absoluteFilePath());
+    const QFileInfoList files = cache.entryInfoList({"*.bcf"}, QDir::Files);
+    if (!cache.isReadable() || files.isEmpty()) continue;
+    CacheListEntry listed{entry.fileName().toStdString(), 0};
+    for (const QFileInfo& file : files) listed.bytes += static_cast<std::uint64_t>(file.size());
+    caches.push_back(listed);
+  }
+  return caches;
+}
+
+bool rename_cache(CacheDirData& data, const std::string& name) {
+  QDir base = folder(data.base);
+  const auto path = [&base](const std::string& part) {
+    return base.absoluteFilePath(QString::fromStdString(part)).toStdString();
+  };
+  const auto store = CacheRegistry::instance().find(path(data.name));
+  if (store) store->removeAllSlots();
+  const QString from = QString::fromStdString(data.name), to = QString::fromStdString(name);
+  if (!names_cache(data) || !names_cache({data.base, name}) || !base.rename(from, to)) {
+    LogMessage() << "Failed to rename cache dir";
+    return false;
+  }
+  CacheRegistry::instance().move(path(data.name), path(name));
+  data.name = name;
+  return true;
+}
+
+bool remove_cache(const CacheDirData& data) {
+  QDir cache = folder(data.base);
+  const QString path = cache.absoluteFilePath(QString::fromStdString(data.name));
+  bool removed =
+      names_cache(data) && cache.cd(QString::fromStdString(data.name)) && !cache.exists(kLockFile);
+  if (removed) {
+    CacheRegistry::instance().move(path.toStdString(), "");
+    for (const QString& file : cache.entryList({"*.bcf", "*.c4d"}, QDir::Files))
+      removed = cache.remove(file) && removed;
+    removed = removed && QDir().rmdir(cache.absolutePath());
+  }
+  if (!removed) LogMessage() << "Failed to remove cache dir " << path;
+  return removed;
+}
+
+}  // namespace nbx

@@ -1,0 +1,316 @@
+// The frame store with its handles and its writer.
+#include <chrono>
+#include <thread>
+
+#include "cache/cache_registry.h"
+#include "cache/frame_bytes.h"
+#include "cache/slot_handle.h"
+#include "support/support.h"
+
+namespace nbx {
+namespace {
+
+constexpr Vec3i kDims{9, 8, 7};
+
+// Fills a frame with one value.
+void fill(SimFrame& frame, int number, float value, int type = kGridDensity) {
+  frame.frameTime = {normalize({static_cast<double>(number), 25}), {1, 25}};
+  const FieldHandle field = acquire_field(kDims);
+  std::fill_n(field->data(), field->count(), value);
+  frame.add(field, type, {}, {});
+}
+
+// The value of a frame; -1 where the cells differ.
+float value_of(SimFrame& frame, int type = kGridDensity) {
+  const FieldHandle field = frame.grid(type);
+  if (!field || field->count() == 0) return -1;
+  const float first = (*field)[0];
+  for (std::size_t i = 0; i < field->count(); ++i)
+    if ((*field)[i] != first) return -1;
+  return first;
+}
+
+class FrameStore : public testing::Test {
+ protected:
+  FrameStore() {
+    std::filesystem::create_directory(path);
+    store->setDirectory(path);
+  }
+  void put(int number, float value, int substep = 0) {
+    SlotHandle slot = SlotHandle::forStoring(store, number, substep);
+    fill(*slot, number, value);
+    slot.stored();
+  }
+  float read(int number, int substep = 0, bool force = false) {
+    const SlotHandle slot(store, number, substep, true, force);
+    return slot ? value_of(*slot) : 0;
+  }
+  bool in_memory(int number) { return static_cast<bool>(SlotHandle(store, number, 0, false)); }
+  bool on_disk(int number, int substep = 0) {
+    return std::filesystem::exists(store->fileName(number, substep));
+  }
+  // Puts frames on disk and out of memory.
+  void prepare(std::initializer_list<int> numbers) {
+    for (const int n : numbers) put(n, static_cast<float>(n));
+    store->removeAllSlots();
+  }
+
+  test::TemporaryFolder folder;
+  test::LogCapture log;
+  const std::string path = folder.file("cache");
+  std::shared_ptr<BFS> store = std::make_shared<BFS>();
+};
+
+TEST_F(FrameStore, StoredFramesReachTheDiskAndComeBack) {
+  put(3, 30);
+  put(-1, 10);
+  put(70000, 7);  // more than 16 bits, as is the substep
+  put(4464, 44);  // the same low 16 bits
+  put(3, 31, 65536 + 2);
+  store->finishWrites();
+  std::uint64_t bytes = 0;
+  for (const auto& file : std::filesystem::directory_iterator(path)) bytes += file.file_size();
+  EXPECT_EQ(store->bytesWritten(), bytes);
+  EXPECT_EQ(store->frames(), (std::vector<int>{-1, 3, 4464, 70000}));
+  EXPECT_TRUE(on_disk(3, 65536 + 2));
+  EXPECT_EQ(log.count("wrote frame "), 5);
+  EXPECT_EQ(log.count("wrote frame -1("), 1);
+  for (const auto& [number, value] : {std::pair{3, 30.0f}, {-1, 10.0f}, {70000, 7.0f}, {4464, 44}})
+    EXPECT_EQ(read(number), value);
+  EXPECT_EQ(read(3, 65536 + 2), 31);
+  EXPECT_EQ(read(3, 2), 0);
+  EXPECT_EQ(store->framesLost(), 0);
+  store->recountBytes(3);
+  EXPECT_EQ(store->bytesWritten(), std::filesystem::file_size(store->fileName(3, 0)) +
+                                       std::filesystem::file_size(store->fileName(-1, 0)));
+}
+
+TEST_F(FrameStore, KeepsOneFrameAndGrowsWhileAllAreHeld) {
+  prepare({1, 2, 3});
+  EXPECT_EQ(read(1), 1);
+  EXPECT_TRUE(in_memory(1));
+  EXPECT_EQ(read(2), 2);
+  EXPECT_FALSE(in_memory(1));
+  EXPECT_TRUE(in_memory(2));
+  EXPECT_EQ(read(2, 0, true), 2);
+  EXPECT_FALSE(in_memory(2));
+
+  // A frame that isn't there leaves nothing behind, and is looked for anew.
+  EXPECT_EQ(read(9), 0);
+  EXPECT_FALSE(in_memory(9));
+  std::filesystem::copy(store->fileName(3, 0), store->fileName(9, 0));
+  EXPECT_EQ(read(9), 3);
+
+  SlotHandle first(store, 1, 0, true);
+  {
+    const SlotHandle second(store, 2, 0, true);
+    EXPECT_TRUE(in_memory(1) && in_memory(2));
+  }
+  EXPECT_FALSE(in_memory(2));  // over the capacity again
+  put(4, 4);
+  EXPECT_TRUE(in_memory(1));
+  first.release();
+  store->finishWrites();
+  EXPECT_EQ(read(3), 3);
+  EXPECT_TRUE(in_memory(3));
+  EXPECT_FALSE(in_memory(1));
+}
+
+TEST_F(FrameStore, StoringAnewReplacesTheFrame) {
+  {
+    SlotHandle slot = SlotHandle::forStoring(store, 1, 0);
+    fill(*slot, 1, 1);
+    fill(*slot, 1, 1, kGridFuel);
+    slot.stored();
+  }
+  put(1, 2);
+  store->removeAllSlots();
+  SlotHandle slot(store, 1, 0, true);
+  EXPECT_EQ(value_of(*slot), 2);
+  EXPECT_EQ(slot->grids.size(), 1u);
+  SlotHandle moved = std::move(slot);
+  EXPECT_FALSE(slot);
+  moved.release();
+
+  // A store that isn't completed leaves the file as it was, and no frame in memory.
+  {
+    const SlotHandle half = SlotHandle::forStoring(store, 1, 0);
+    fill(*half, 1, 3);
+    EXPECT_FALSE(in_memory(1));
+  }
+  EXPECT_FALSE(in_memory(1));
+  EXPECT_EQ(read(1), 2);
+  EXPECT_FALSE(SlotHandle::forStoring(nullptr, 1, 0));
+  EXPECT_FALSE(SlotHandle(nullptr, 1, 0, true));
+}
+
+// The writer passes over a frame that is being stored, and comes back when it is there.
+TEST_F(FrameStore, OnlyTheFrameItselfIsWaitedFor) {
+  prepare({1, 2});
+  SlotHandle storing = SlotHandle::forStoring(store, 1, 0);
+  put(3, 3);
+  while (!on_disk(3)) std::this_thread::yield();
+  EXPECT_EQ(read(2), 2);
+  std::atomic<float> got = 0;
+  std::thread reader([&] { got = read(1); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  EXPECT_EQ(got, 0);
+  fill(*storing, 1, 11);
+  storing.stored();
+  reader.join();
+  EXPECT_EQ(got, 11);
+  store->finishWrites();
+  SimFrame file;
+  ASSERT_TRUE(file.load(store->fileName(1, 0)));
+  EXPECT_EQ(value_of(file), 11);
+}
+
+// Readers load grids when they ask for them: the file must not change before.
+TEST_F(FrameStore, WriteThroughWaitsForReaders) {
+  prepare({1});
+  SlotHandle reader(store, 1, 0, true);
+  std::atomic<bool> written = false;
+  std::thread writer([&] {
+    SimFrame frame;
+    fill(frame, 1, 11);
+    written = store->writeThrough(frame);
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  EXPECT_FALSE(written);
+  EXPECT_EQ(value_of(*reader), 1);
+  reader.release();
+  writer.join();
+  EXPECT_TRUE(written);
+  EXPECT_EQ(read(1), 11);
+}
+
+TEST_F(FrameStore, ReadersShareOneLoad) {
+  prepare({1});
+  std::vector<std::thread> readers;
+  std::vector<SlotHandle> handles(4);
+  for (SlotHandle& handle : handles)
+    readers.emplace_back([&] { handle = SlotHandle(store, 1, 0, true); });
+  for (std::thread& reader : readers) reader.join();
+  const FieldHandle field = handles[0]->grid(kGridDensity);
+  for (const SlotHandle& handle : handles) EXPECT_EQ(handle->grid(kGridDensity), field);
+}
+
+// An unknown codec fails in the writer and leaves the frames dirty until it is mended.
+TEST_F(FrameStore, DirtyFramesAreSavedBeforeTheStoreEnds) {
+  store->codec = static_cast<Codec>(9);
+  const SlotHandle empty(store, 77, 0, true);  // doesn't keep the store
+  std::vector<SlotHandle> slots;
+  for (int n = 1; n <= 3; ++n) {
+    slots.push_back(SlotHandle::forStoring(store, n, 0));
+    fill(*slots.back(), n, static_cast<float>(n));
+  }
+  for (SlotHandle& slot : slots) slot.stored();
+  EXPECT_FALSE(store->finishWrites());
+  EXPECT_EQ(store->lastError(), "Unknown codec");
+  EXPECT_EQ(store->framesLost(), 0);
+  for (int n = 1; n <= 3; ++n) EXPECT_TRUE(in_memory(n) && !on_disk(n));
+  EXPECT_TRUE(log.contains("Exception caught in BFS::storeSlot: Unknown codec"));
+
+  store->codec = Codec::kPredictive;
+  store.reset();
+  EXPECT_EQ(list_frames(path).size(), 3u);
+  EXPECT_TRUE(log.contains("Terminating IOW"));
+  EXPECT_TRUE(log.contains("IOW exiting"));
+}
+
+TEST_F(FrameStore, FramesThatCanNotBeWrittenAreGivenUp) {
+  std::filesystem::create_directory(store->fileName(1, 0));  // where the file should go
+  put(1, 1);
+  store->finishWrites();
+  EXPECT_TRUE(log.contains("IOW: Failed to write file " + store->fileName(1, 0)));
+  EXPECT_TRUE(log.contains("wrote frame 1(0.00KB) in "));
+  EXPECT_EQ(store->framesLost(), 1);
+
+  std::filesystem::remove_all(path);
+  put(-2, 2);
+  put(3, 3);
+  store->finishWrites();
+  EXPECT_EQ(log.count("IOW: NOT writing frame -2"), 1);
+  EXPECT_EQ(log.count("IOW: NOT writing frame 3"), 1);
+  EXPECT_EQ(store->framesLost(), 3);
+  EXPECT_NE(store->lastError().find(path), std::string::npos);
+  store->codec = static_cast<Codec>(9);
+  std::filesystem::create_directory(path);
+  put(4, 4);
+  put(5, 5);
+  store->removeAllSlots();
+  EXPECT_EQ(store->framesLost(), 5);
+
+  // Another directory gets none of the old one's frames.
+  store->codec = Codec::kRaw;
+  put(6, 6);
+  ASSERT_TRUE(store->setDirectory(folder.path()));
+  EXPECT_EQ(list_frames(path).size(), 1u);
+  EXPECT_TRUE(store->frames().empty());
+  EXPECT_EQ(store->framesLost(), 0);
+}
+
+TEST_F(FrameStore, RegistryHasOneStoreForADirectory) {
+  store = getCache(path);
+  ASSERT_TRUE(store);
+  EXPECT_EQ(getCache(path + "/../cache/"), store);
+  EXPECT_EQ(CacheRegistry::instance().find(path), store);
+  EXPECT_FALSE(getCache(folder.file("missing")));
+  EXPECT_FALSE(getCache(""));
+  for (int n = 1; n <= 10; ++n) put(n, static_cast<float>(n));
+  // A handle owns the store too; who opens it anew meets all frames.
+  SlotHandle last(store, 1, 0, true);
+  store.reset();
+  EXPECT_TRUE(CacheRegistry::instance().find(path));
+  std::thread end([&] { last.release(); });
+  while (CacheRegistry::instance().find(path)) std::this_thread::yield();
+  store = getCache(path);
+  EXPECT_EQ(store->frames().size(), 10u);
+  EXPECT_EQ(log.count("Deleting Cache object for " + path), 1);
+  end.join();
+}
+
+// Three frames stored over and over in rising versions, read, evicted and flushed at once. Each
+// frame seen is whole, and no reader goes back in time.
+TEST_F(FrameStore, ReadersWritersAndEvictionTogether) {
+  constexpr int kVersions = 60, kFrames = 3;
+  prepare({0, 1, 2});
+  std::atomic<int> torn = 0, back = 0, seen = 0;
+  std::vector<std::thread> threads;
+  for (int n = 0; n < kFrames; ++n)
+    threads.emplace_back([&, n] {
+      for (int v = 1; v <= kVersions; ++v) put(n, static_cast<float>(n + kFrames * v));
+    });
+  std::atomic<bool> stop = false;
+  for (int r = 0; r < 2; ++r)
+    threads.emplace_back([&, r] {
+      float latest[kFrames] = {};
+      for (int i = r; !stop; ++i) {
+        const int n = i % kFrames;
+        const SlotHandle slot(store, n, 0, i % 5 != 0, i % 2 == 0);
+        if (!slot) continue;
+        ++seen;
+        const float value = value_of(*slot);
+        torn += value < 0 || static_cast<int>(value) % kFrames != n;
+        back += value < latest[n];
+        latest[n] = value;
+      }
+    });
+  for (int i = 0; i < 10; ++i) {
+    EXPECT_TRUE(i % 2 == 0 || store->finishWrites());
+    if (i % 2 == 0) store->removeAllSlots();
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
+  for (int n = 0; n < kFrames; ++n) threads[static_cast<std::size_t>(n)].join();
+  while (seen < 20) std::this_thread::yield();
+  stop = true;
+  for (std::size_t t = kFrames; t < threads.size(); ++t) threads[t].join();
+  EXPECT_EQ(torn, 0);
+  EXPECT_EQ(back, 0);
+  store->removeAllSlots();
+  for (int n = 0; n < kFrames; ++n) EXPECT_EQ(read(n), static_cast<float>(n + kFrames * kVersions));
+  EXPECT_EQ(store->framesLost(), 0);
+}
+
+}  // namespace
+}  // namespace nbx
