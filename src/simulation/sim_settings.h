@@ -40,17 +40,17 @@ struct SimSettings {
 
   double pressure_tolerance = 0.01;
   double velocity_box_threshold = 10;  // speed that counts as content; below 0: never
-  double voxel_size = 1;       // scene units
-  double unit_scale = 0.01;    // simulation units per scene unit
-  double dx = 0.01;            // voxel_size * unit_scale
-  double cfl = 2;              // largest advection distance per step, in voxels
-  double trace_tolerance = 1;  // largest step of the adaptive tracer, in voxels
+  double voxel_size = 1;               // scene units
+  double unit_scale = 0.01;            // simulation units per scene unit
+  double dx = 0.01;                    // voxel_size * unit_scale
+  double cfl = 2;                      // largest advection distance per step, in voxels
+  double trace_tolerance = 1;          // largest step of the adaptive tracer, in voxels
   double time_scale = 1;
   double dt = 0;              // length of the current substep
   double frame_duration = 1;  // seconds of one document frame, unscaled: the unit of decay and drag
 
-  double vorticity = 0;       // strength of the confinement; 0 = none
-  double drag = 0;            // fraction of the velocity lost per frame, 0 .. 1
+  double vorticity = 0;  // strength of the confinement; 0 = none
+  double drag = 0;       // fraction of the velocity lost per frame, 0 .. 1
 
   bool adaptive_tracer = false;
   bool mask_channels_by_solid = false;  // stored channels are filled inside of solids

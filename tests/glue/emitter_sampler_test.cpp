@@ -12,11 +12,15 @@ namespace {
 const char* const kTetrahedron = R"("points": [[0, 0, 0], [4, 0, 0], [0, 4, 0], [0, 0, 4]],
     "polygons": [[0, 2, 1], [0, 1, 3], [0, 3, 2], [1, 2, 3]])";
 
-std::string scene(const std::string& mesh, const std::string& emitter,
-                  const std::string& volume = "") {
+std::string volume(const std::string& parameters = "") {
   return R"({"type": "volume", "name": "v",
              "parameters": {"size": [60, 20, 20], "simulate_density": true)" +
-         volume + R"(}}, {"type": "mesh", "name": "m", )" + mesh +
+         parameters + "}}";
+}
+
+std::string scene(const std::string& mesh, const std::string& emitter,
+                  const std::string& volume_parameters = "") {
+  return volume(volume_parameters) + R"(, {"type": "mesh", "name": "m", )" + mesh +
          R"(, "tags": [{"type": "emitter", "parameters": {)" + emitter + "}}]}";
 }
 
@@ -53,7 +57,9 @@ class Sampling : private SceneEvaluator {
     sim.settings.channel_params[kTemperature].buoyancy = 0;
   }
   void update_inputs(Simulation3D& sim, double dt) override {
+    if (second_half) sim.settings.frame_elapsed = dt = dt / 2;
     emitters.update_inputs(sim, time_.time.value(), dt);
+    sim.settings.frame_elapsed = 0;
   }
   void update_solids(Simulation3D&, double) override {}
 
@@ -64,6 +70,8 @@ class Sampling : private SceneEvaluator {
 
  public:
   EmitterSampler emitters;
+  bool second_half =
+      false;  // the sources are those of a substep from the frame's middle to its end
 };
 
 const std::string kStill = std::string(kTetrahedron) + R"(, "position": [-2, -2, -2])";
@@ -79,6 +87,13 @@ TEST(EmitterSampler, FastSourcesLeaveNoGap) {
   EXPECT_EQ(cells, 41);
   EXPECT_EQ(fast.density_at({-24.5, 0.5, 0.5}), 0);
   EXPECT_EQ(fast.density_at({27.5, 0.5, 0.5}), 0);
+
+  Sampling late(scene(kFast, R"("density": 1)"));
+  late.second_half = true;
+  late.frame();
+  EXPECT_EQ(late.density_at({-10.5, 0.5, 0.5}), 0);
+  EXPECT_GT(late.density_at({10.5, 0.5, 0.5}), 0);
+  EXPECT_GT(late.density_at({20.5, 0.5, 0.5}), 0);
 
   Sampling once(scene(kFast, R"("density": 1)", R"(, "source_substeps": 1)"));
   once.frame();
@@ -109,19 +124,21 @@ TEST(EmitterSampler, AddedAmountsArePerFrameAndSetOnesAreALevel) {
 TEST(EmitterSampler, WhatIsOffEmitsNothing) {
   Sampling off(scene(kStill, R"("density": 1, "enabled": false)"));
   EXPECT_EQ(off.emitters.tags(), 0u);
-  const std::string source = R"({"type": "mesh", )" + kStill + "}";
-  const char* const emitter = R"("tags": [{"type": "emitter", "parameters": {"density": 1}}])";
-  const auto total = [&](const std::string& parent, const std::string& child) {
-    return sum(Sampling(scene("\"points\": [[0,0,0],[9e9,0,0],[0,9e9,0]], \"polygons\": [[0,1,2]]",
-                              R"("density": 0)") +
-                        R"(, {"type": "null", )" + parent + emitter +
-                        R"(, "children": [{"type": "null", )" + child + R"("children": [)" +
-                        source + "]}]}")
-                   .density());
+  // The tag on the middle one of three objects counts for all below, if they are on and all above.
+  const auto total = [](const std::string& top, const std::string& middle,
+                        const std::string& bottom) {
+    const std::string objects = volume() + R"(, {"type": "null", )" + top +
+                                R"("children": [{"type": "null", )" + middle +
+                                R"("tags": [{"type": "emitter", "parameters": {"density": 1}}],
+           "children": [{"type": "null", )" +
+                                bottom + R"("children": [{"type": "mesh", )" + kStill + "}]}]}]}";
+    return sum(Sampling(objects).density());
   };
-  EXPECT_GT(total("", ""), 1) << "a tag counts for all that lies under its object";
-  EXPECT_EQ(total(R"("enabled": false, )", ""), 0);
-  EXPECT_EQ(total("", R"("enabled": false, )"), 0);
+  const std::string disabled = R"("enabled": false, )";
+  EXPECT_GT(total("", "", ""), 1);
+  EXPECT_EQ(total(disabled, "", ""), 0);
+  EXPECT_EQ(total("", disabled, ""), 0);
+  EXPECT_EQ(total("", "", disabled), 0);
 }
 
 TEST(AddTriangles, OuterSidesStayOuter) {

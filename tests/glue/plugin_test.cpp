@@ -205,13 +205,14 @@ TEST_F(Plugin, SteadyStateAllocatesNoFields) {
 }
 
 TEST_F(Plugin, InterruptsEndTheRunAtTheFrameOrAtOnce) {
-  // Large enough that progress is shown within a frame: there the interrupt comes.
+  // Large enough that progress is shown within a frame. The interrupt comes in a substep that isn't
+  // the frame's last.
   const auto large = scene(replaced(kScene, "\"voxel_size\": 1", "\"voxel_size\": 0.25"));
   for (int interrupts : {1, 2}) {
     std::size_t whole_frames = 0;
     prepare_context = [&](test::RecordingContext& c) {
       c.on_progress = [&, interrupts](const std::string& line) {
-        if (c.interrupts > 0 || line.find("substep") == std::string::npos) return;
+        if (c.interrupts > 0 || line.find("substep 1 of 2") == std::string::npos) return;
         c.interrupts = interrupts;
         whole_frames = c.all<std::int64_t>("frame", "frame").size();
       };
