@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <string>
 #include <vector>
@@ -78,6 +79,9 @@ int Run(const std::vector<std::string>& words, host::Terminal& terminal) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // Workers that wait for each other sleep: on a machine that does other work too, waiting actively
+  // costs many times what it saves. To be set before the plug-in brings in the OpenMP runtime.
+  setenv("OMP_WAIT_POLICY", "passive", 0);
   host::Terminal terminal = host::Terminal::ForThisProcess();
   int code = host::kFailed;
   try {

@@ -17,7 +17,10 @@ bool PressureSystem::at_rest(MField* source) {
 }
 
 bool PressureSystem::project(FluidSystem& fluid, MField* source, SolverProgress& progress) {
-  if (fluid.zero_velocity() && at_rest(source)) return false;
+  if (fluid.zero_velocity() && at_rest(source)) {
+    last_solve_ = {};
+    return false;
+  }
 
   try_gpu(no_kernel, [&] {
     const auto field = [](MField* f) { return f && !f->empty() ? &f->cpu_field() : nullptr; };

@@ -215,6 +215,8 @@ bool Simulation3D::substep(SceneEvaluator& scene) {
 
   fluid_->update(settings.dt, *pressure_, *this, *this);
   times_.vel += watch.lap();
+  // A solve that was stopped leaves a velocity that must not become a frame.
+  if (pressure_->last_solve().end == SolveEnd::kAborted) return false;
   for (auto& system : systems_) system->end_step();
   divergence_sources_.clear();
   mem_stats();

@@ -149,6 +149,29 @@ TEST(Channel, ExpansionIsTheVolumeOfWhatBurned) {
   EXPECT_FALSE(r.channels[0]->add_divergence(target, 0));
 }
 
+// From rest, hot gas of temperature T gets the speed dt * buoyancy * min(T, 1) in the first step,
+// along the given direction; a face at the edge of the heat gets half.
+TEST(Channel, BuoyancyGivesTheFirstStepItsSpeed) {
+  Reactor r;
+  ChannelParams& p = r.s.channel_params[kTemperature];
+  p.buoyancy = 6;
+  p.direction = {0, 2, 0};
+  for (int k = 1; k < 7; ++k)
+    for (int i = 1; i < 7; ++i) {
+      r.field(kTemperature)(i, 2, k) = 0.5f;
+      r.field(kTemperature)(i, 3, k) = 9;
+    }
+  CuslKernels3D fluid(r.s);
+  fluid.resize({0, 0, 0});
+  r.channels[3]->add_forces(fluid, r.s.dt);
+  const Field<float>& V = fluid.V().cpu_field();
+  const float full = 6 * kFrame;
+  EXPECT_FLOAT_EQ(V(3, 3, 3), 0.75f * full);
+  EXPECT_FLOAT_EQ(V(3, 4, 3), 0.5f * full);
+  EXPECT_EQ(V(3, 6, 3), 0);
+  EXPECT_EQ(infnorm(fluid.U().cpu_field()), 0);
+}
+
 // The heat kernel: after a time t a point of heat has the variance 2 D t on each axis.
 TEST(Channel, DiffusionFollowsTheHeatEquation) {
   Reactor r(1, 31);
