@@ -79,9 +79,10 @@ int Run(const std::vector<std::string>& words, host::Terminal& terminal) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  // Workers that wait for each other sleep: on a machine that does other work too, waiting actively
-  // costs many times what it saves. To be set before the plug-in brings in the OpenMP runtime.
-  setenv("OMP_WAIT_POLICY", "passive", 0);
+  // Workers that wait for each other soon sleep: on a machine that does other work too, long
+  // waiting in a loop costs many times what it saves. To be set before the plug-in brings in the
+  // OpenMP runtime.
+  setenv("GOMP_SPINCOUNT", "1000", 0);
   host::Terminal terminal = host::Terminal::ForThisProcess();
   int code = host::kFailed;
   try {

@@ -86,8 +86,9 @@ void noise_field(Field<float>& field, const WaveletNoise& noise, float frequency
   const auto xs = sample_cells(nx, offset[0], frequency, n);
   const auto ys = sample_cells(ny, offset[1], frequency, tile.ny());
   const auto zs = sample_cells(nz, offset[2], frequency, tile.nz());
-  // A row of the tile for each thread, with its first two cells again at the end.
-  const std::size_t length = static_cast<std::size_t>(n) + 2;
+  // A row of the tile for each thread, with its first two cells again at the end, and room behind
+  // it so that no two threads write to one cache line.
+  const std::size_t length = static_cast<std::size_t>(n) + 2 + 32;
   std::vector<float> scratch(static_cast<std::size_t>(omp_get_max_threads()) * length);
 #pragma omp parallel for schedule(static)
   for (int k = 0; k < nz; ++k) {
