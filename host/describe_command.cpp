@@ -97,10 +97,11 @@ int DescribeCommand::Execute(const CommandArguments& arguments, CommandContext& 
   };
   describe(classes_.objects, "object");
   describe(classes_.tags, "tag");
+  describe(classes_.post_effects, "post effect");
   if (found) return kDone;
   std::vector<std::string> names = classes_.objects.Names();
-  const std::vector<std::string> tags = classes_.tags.Names();
-  names.insert(names.end(), tags.begin(), tags.end());
+  for (const ElementClasses* more : {&classes_.tags, &classes_.post_effects})
+    for (const std::string& other : more->Names()) names.push_back(other);
   context.Error("unknown type " + Quoted(name) + DidYouMean(name, names));
   return kBadInput;
 }

@@ -45,6 +45,7 @@ struct SceneClasses {
   SceneClasses();  ///< the null and the mesh; no tag
   ElementClasses objects;
   ElementClasses tags;
+  ElementClasses post_effects;
 };
 
 }  // namespace host

@@ -28,6 +28,12 @@ bool SmallHost::RegisterTagPlugin(std::int32_t id, const std::string& name, TagF
   return Registered(name, classes_.tags.Add({id, name, description, factory}));
 }
 
+bool SmallHost::RegisterVideoPostPlugin(std::int32_t id, const std::string& name,
+                                        VideoPostFactory factory,
+                                        const ClassDescription& description) {
+  return Registered(name, classes_.post_effects.Add({id, name, description, factory}));
+}
+
 bool SmallHost::RegisterCommandPlugin(std::int32_t id, const std::string& name,
                                       CommandFactory factory) {
   std::unique_ptr<CommandData> data = factory();

@@ -14,6 +14,7 @@
 #include "host/interface/command_data.h"
 #include "host/interface/node_data.h"
 #include "host/interface/parameter_info.h"
+#include "host/interface/video_post.h"
 
 namespace host {
 
@@ -54,6 +55,7 @@ enum MachineInfo : std::int32_t {
 
 using ObjectFactory = std::unique_ptr<ObjectData> (*)();
 using TagFactory = std::unique_ptr<TagData> (*)();
+using VideoPostFactory = std::unique_ptr<VideoPostData> (*)();
 using CommandFactory = std::unique_ptr<CommandData> (*)();
 
 /// The operations of the host that belong to no element. Main thread only, but for GePrint and
@@ -68,6 +70,11 @@ class HostServices {
                                     const ClassDescription& description) = 0;
   virtual bool RegisterTagPlugin(std::int32_t id, const std::string& name, TagFactory factory,
                                  const ClassDescription& description) = 0;
+  /// Each document has one post effect of the class, with the defaults of its description where the
+  /// scene says nothing of it. Effects act in the order of their registration.
+  virtual bool RegisterVideoPostPlugin(std::int32_t id, const std::string& name,
+                                       VideoPostFactory factory,
+                                       const ClassDescription& description) = 0;
   /// The host makes one instance, at once, and keeps it until after kActionEnd's return.
   virtual bool RegisterCommandPlugin(std::int32_t id, const std::string& name,
                                      CommandFactory factory) = 0;
