@@ -1,0 +1,40 @@
+// The inner loop of the sweep solver: a row of rays through a row of cells. Compiled once per
+// instruction set (util/isa.h).
+#pragma once
+
+#include <cstdint>
+
+namespace nbx {
+
+/// A row of n cells. Extinctions are per metre; `source` is emission per metre over extinction, 0
+/// where there is none.
+struct SweepCells {
+  const float* extinction;
+  const float* scattering[3];
+  const float* source[3];
+  float* caught[3];
+};
+
+/// The rays that stand in those cells: their light, and how often they have left the domain
+/// sideways so far.
+struct SweepRays {
+  float* light[3];
+  std::int32_t* generation;
+};
+
+struct SweepKernels {
+  /// A ray that has wrapped round more often than its last visit says (`generation`) starts fresh,
+  /// with no light.
+  void (*restart)(const SweepRays& rays, std::int32_t generation, int n);
+
+  /// Carries the light over `length` metres of each cell,
+  ///
+  ///     caught += L (1 - e^(-scattering l)),   L = L e^(-extinction l) + S (1 - e^(-extinction l))
+  ///
+  /// the exact solution for a source that is constant in the cell.
+  void (*cross)(const SweepCells& cells, const SweepRays& rays, float length, int n);
+};
+
+const SweepKernels& sweep_kernels();
+
+}  // namespace nbx
