@@ -34,6 +34,8 @@ void reach_walls(IntBox& box, const SimSettings& settings) {
 void Simulation3D::adapt(double dt, const IntBox& wanted, bool grow_only, bool skip_reach) {
   IntBox box = grow_only ? settings.active_box : IntBox();
   box = box_union(box, min_bbox(divergence_sources_, 0));
+  for (const SparseField<float, 3>* given : velocity_sources())
+    box = box_union(box, min_bbox(*given, 0));
   for (auto& system : systems_) {
     IntBox part;
     if (grow_only)

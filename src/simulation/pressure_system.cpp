@@ -10,6 +10,12 @@ namespace nbx {
 
 void PressureSystem::end_frame() { solids_.phi.reset(); }
 
+void PressureSystem::store(SimFrame& frame, const SimSettings& settings, const GridMatrix& matrix) {
+  if (!solids_.phi || !settings.cached_channels.contains(kSolid)) return;
+  solids_.phi->move_to(kCpu);
+  frame.add(solids_.phi->cpu_handle(), kGridSolid, settings.active_box.lo - Vec3i(1, 1, 1), matrix);
+}
+
 // Nothing pushes: no volume source and no moving solid.
 bool PressureSystem::at_rest(MField* source) {
   const auto zero = [](MField* f) { return !f || f->empty() || m_infnorm(*f) == 0; };

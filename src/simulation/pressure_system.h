@@ -10,7 +10,7 @@ namespace nbx {
 
 class FluidSystem;
 
-class PressureSystem : public SimSystem {
+class PressureSystem : public SimSystem, public FrameStorable {
  public:
   using SimSystem::SimSystem;
 
@@ -18,9 +18,15 @@ class PressureSystem : public SimSystem {
   /// Returns whether the velocity may have changed: false while nothing moves and nothing pushes.
   bool project(FluidSystem& fluid, MField* source, SolverProgress& progress);
 
+  /// Solids are those of one active box.
+  void resize(const Vec3i& /*delta*/) override { solids_ = {}; }
   void end_frame() override;
   void set_solids(const Solids& solids) override { solids_ = solids; }
   void clear() override { solids_ = {}; }
+
+  void store(SimFrame& frame, const SimSettings& settings, const GridMatrix& matrix) override;
+  /// Solids come from the scene, not from frames.
+  void load(SimFrame& /*frame*/) override {}
 
   /// What the last solve achieved.
   const SolveResult& last_solve() const { return last_solve_; }

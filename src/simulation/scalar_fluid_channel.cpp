@@ -7,6 +7,7 @@
 namespace nbx {
 
 void ScalarFluidChannel::resize(const Vec3i& delta) {
+  solid_.reset();
   if (!field_.empty()) field_.resize_offset(delta, centre_dims(), 0);
   if (!burned_.empty()) burned_.resize_offset(delta, centre_dims(), 0);
 }

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "math/sparse_field_operators.h"
 #include "simulation/noise_force_system.h"
 #include "simulation/vorticity_system.h"
 #include "util/cuda_use_flags.h"
@@ -51,6 +50,7 @@ void Simulation3D::setup() {
 
   auto pressure = std::make_unique<PressureSystem>(settings);
   pressure_ = pressure.get();
+  storables_.push_back(pressure_);
   systems_.push_back(std::move(pressure));
 
   auto noise = std::make_unique<NoiseForceSystem>(settings);
@@ -254,41 +254,6 @@ bool Simulation3D::check(int k) {
 bool Simulation3D::abort_requested(int done, int total) {
   const int i = settings.step_index;
   return progress_ && !progress_->progress(done + i * total, total * (steps_remaining_ + i));
-}
-
-void Simulation3D::add_source_object(const SimulationObjectParameters& parameters,
-                                     const SparseField<float, 3>& weights) {
-  const std::lock_guard lock(mutex_);
-  for (ScalarFluidChannel* channel : channels_) channel->add_source(parameters, weights);
-  const auto expansion = parameters.amounts.find(kExpansion);
-  if (expansion != parameters.amounts.end() && expansion->second != 0)
-    add_expansion(expansion->second, weights);
-}
-
-// Where sources overlap, the strongest counts.
-void Simulation3D::add_expansion(double amount, const SparseField<float, 3>& weights) {
-  const float a = static_cast<float>(amount);
-  for (const SparseBlockEntry& block : weights.blocks()) {
-    float* held = divergence_sources_.hash_insert(block.x, block.y, block.z).data;
-    for (int i = 0; i < SparseField<float, 3>::kBlockSize; ++i) {
-      const float given = a * block.data[i];
-      if (std::fabs(given) > std::fabs(held[i])) held[i] = given;
-    }
-  }
-}
-
-void Simulation3D::add_forces(FluidSystem& fluid, double dt) {
-  for (VelocityForce* force : forces_) force->add_forces(fluid, dt);
-}
-
-bool Simulation3D::add_divergence(MField& target, double dt) {
-  bool wrote = false;
-  for (VelocityForce* force : forces_) wrote |= force->add_divergence(target, dt);
-  if (!divergence_sources_.empty()) {
-    m_asxpy(settings.active_box.lo - Vec3i(1, 1, 1), target, 1, divergence_sources_);
-    wrote = true;
-  }
-  return wrote;
 }
 
 void Simulation3D::add_detail(FluidSystem& fluid) {

@@ -74,6 +74,13 @@ class Simulation3D final : private VelocityForce,
   void add_source_object(const SimulationObjectParameters& parameters,
                          const SparseField<float, 3>& weights);
 
+  /// Velocity that the scene gives in this substep, in simulation units per second, by the faces of
+  /// each axis: face (i, j, k) lies before cell (i, j, k) of the domain. Filled by
+  /// SceneEvaluator::update_inputs, and used up by the forces of the substep.
+  std::array<SparseField<float, 3>*, 3> velocity_sources() {
+    return {&u_sources_, &v_sources_, &w_sources_};
+  }
+
   /// Makes `box` the active box; all systems follow.
   void apply_box(const IntBox& box);
 
@@ -120,6 +127,7 @@ class Simulation3D final : private VelocityForce,
   std::vector<FrameStorable*> storables_;
 
   SparseField<float, 3> divergence_sources_;  // volume that sources give in this substep
+  SparseField<float, 3> u_sources_, v_sources_, w_sources_;  // velocity that they give
 
   double remaining_time_ = 0;  // seconds left in this frame
   double step_limit_ = 1;

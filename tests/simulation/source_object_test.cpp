@@ -1,0 +1,154 @@
+// Velocity and solids that a scene gives: from the source object to the gas and the frame.
+#include <random>
+
+#include "cache/grid_type.h"
+#include "math/field_operators.h"
+#include "math/mfield_operations.h"
+#include "simulation/simulation3d.h"
+#include "support/support.h"
+
+namespace nbx {
+namespace {
+
+using Sparse = SparseField<float, 3>;
+
+/// A domain of 20 cells with density in all of it, and whatever the test sets.
+class Scene : public SceneEvaluator {
+ public:
+  Scene() { parameters.amounts[kDensity] = 1; }
+  void read_settings(Simulation3D& sim, double) override {
+    sim.settings.domain_box = {{0, 0, 0}, {19, 19, 19}};
+    sim.settings.face_closed = {1, 1, 1, 1, 1, 1};
+    sim.settings.max_substeps = 1;
+    sim.settings.velocity_box_threshold = -1;
+  }
+  void update_inputs(Simulation3D& sim, double) override {
+    Sparse weights;
+    for (int z = 0; z < 20; z += 8)
+      for (int y = 0; y < 20; y += 8)
+        for (int x = 0; x < (half ? 8 : 20); x += 8)
+          std::fill_n(weights.hash_insert(x, y, z).data, Sparse::kBlockSize, 1.0f);
+    sim.add_source_object(parameters, weights);
+  }
+  void update_solids(Simulation3D& sim, double) override {
+    if (!with_solid) return;
+    const Vec3i n = sim.settings.active_box.size() + Vec3i(2, 2, 2);
+    sim.solids.phi = std::make_shared<MField>(kCpu, n);
+    Field<float>& phi = sim.solids.phi->cpu_field();
+    test::each_cell(n, 0, [&](int i, int j, int k) {
+      const float d = static_cast<float>(i) - 5.5f;
+      phi(i, j, k) = d * std::abs(d);
+    });
+    std::shared_ptr<MField>* faces[] = {&sim.solids.u, &sim.solids.v, &sim.solids.w};
+    for (int axis = 0; axis < 3; ++axis) {
+      Vec3i face = n;
+      ++face[axis];
+      *faces[axis] = std::make_shared<MField>(kCpu, face);
+      (*faces[axis])->zero();
+    }
+  }
+
+  SimulationObjectParameters parameters;
+  bool with_solid = false, half = false;
+};
+
+struct SceneRun {
+  SceneRun() {
+    sim.settings.simulated_channels = {kDensity};
+    sim.settings.cached_channels = {kDensity, kSolid};
+    sim.settings.sim_time = sim.settings.start_time = time;
+    sim.settings.channel_params[kDensity].buoyancy = 0;
+  }
+  Scene scene;
+  Simulation3D sim;
+  FrameTime time{{0, 1}, {1, 25}};
+};
+
+// A speed of 5 across the side x + y = const of an object that is stretched along y: the direction
+// turns with the side, and the length stays.
+TEST(SourceObject, ADirectionBecomesFaceVelocities) {
+  Sparse weights;
+  std::mt19937 engine(3);
+  std::uniform_real_distribution<float> value(0, 1);
+  for (const Vec3i& block : {Vec3i(8, 8, 8), Vec3i(16, 8, 8), Vec3i(8, 24, 0)})
+    for (int i = 0; i < Sparse::kBlockSize; ++i)
+      weights.hash_insert(block[0], block[1], block[2]).data[i] = value(engine);
+  SimulationObjectParameters object;
+  object.transform.rows = {Vec3d(1, 0, 0), Vec3d(0, 2, 0), Vec3d(0, 0, -1)};
+  object.direction = {3, 4, 0};
+  const Vec3d d = Vec3d(3, 2, 0) * (5 / std::sqrt(13.0));
+
+  for (const int threads : {1, 3}) {
+    const test::ThreadCount count(threads);
+    SceneRun run;
+    run.sim.add_source_object(object, weights);
+    run.sim.add_source_object(object, weights);
+    for (int axis = 0; axis < 3; ++axis) {
+      const Sparse& faces = *run.sim.velocity_sources()[static_cast<std::size_t>(axis)];
+      Vec3i back;
+      back[axis] = 1;
+      test::each_cell({34, 34, 18}, 1, [&](int x, int y, int z) {
+        const float da = static_cast<float>(d[axis]), w = weights.value(x, y, z);
+        const Vec3i low = Vec3i(x, y, z) - back;
+        const float wl = weights.value(low[0], low[1], low[2]);
+        const bool covered = weights.find(low[0], low[1], low[2]) != nullptr;
+        ASSERT_FLOAT_EQ(faces.value(x, y, z), covered ? da * wl * wl : 2 * da * w) << x << y << z;
+      });
+    }
+  }
+}
+
+TEST(SourceObject, TheGasTakesTheVelocityOnce) {
+  SceneRun run;
+  run.sim.init_state(run.scene);
+  run.scene.parameters.direction = {0, 0.5, 0};
+  run.scene.half = true;
+  run.sim.update(run.scene, run.time, nullptr);
+  for (const Sparse* given : run.sim.velocity_sources()) EXPECT_TRUE(given->empty());
+  EXPECT_GT(run.sim.fluid().V().cpu_field()(4, 10, 10), 0.1f);
+  EXPECT_LT(run.sim.fluid().V().cpu_field()(16, 10, 10), -0.1f) << "it comes back elsewhere";
+  run.scene.parameters.direction = {};
+  const float before = m_infnorm(run.sim.fluid().V());
+  run.sim.update(run.scene, run.time, nullptr);
+  EXPECT_LE(m_infnorm(run.sim.fluid().V()), before * 1.01f);
+}
+
+/// Looks at the frame that would be stored at the end of a substep.
+class FrameWatch : public SimProgress {
+ public:
+  explicit FrameWatch(SceneRun& run) : run_(run) {}
+  bool progress(int, int) override { return true; }
+  void substep_done(const Simulation3D&) override {
+    SimFrame frame;
+    frame.ownsData = false;
+    run_.sim.fill_frame(frame, run_.sim.settings, run_.time);
+    solid = frame.grids.contains(kGridSolid) ? frame.grid(kGridSolid)->operator()(4, 9, 9) : 0;
+    const Field<float>& density = *frame.grid(kGridDensity);
+    at_wall = density(5, 9, 9);
+    beyond = density(6, 9, 9);
+  }
+  float solid = 0, at_wall = 0, beyond = 0;
+
+ private:
+  SceneRun& run_;
+};
+
+TEST(SourceObject, SolidsGoIntoFramesAndMaskChannels) {
+  SceneRun run;
+  FrameWatch watch(run);
+  run.sim.init_state(run.scene);
+  run.sim.update(run.scene, run.time, &watch);
+  EXPECT_EQ(watch.solid, 0) << "there is none";
+  run.scene.with_solid = true;
+  for (const bool masked : {false, true}) {
+    run.sim.settings.mask_channels_by_solid = masked;
+    run.sim.update(run.scene, run.time, &watch);
+    EXPECT_EQ(watch.solid, -2.25f);
+    EXPECT_EQ(watch.beyond, 1);
+    EXPECT_EQ(watch.at_wall, masked ? 1 : 0) << "the stored field goes on into the wall";
+    EXPECT_EQ(run.sim.channel_field(kDensity)->cpu_field()(5, 9, 9), 0);
+  }
+}
+
+}  // namespace
+}  // namespace nbx
