@@ -66,11 +66,15 @@ void RunReport::substep(int frame, const Simulation3D& sim) {
   times_before_ = sim.stage_times();
 }
 
-void RunReport::frame(int number, Simulation3D& sim, const std::string& error) {
-  if (!error.empty()) {
+void RunReport::lost(const std::vector<LostFrame>& frames) {
+  for (const LostFrame& frame : frames) {
     ++frames_lost_;
-    context_.Error("frame " + std::to_string(number) + " is not stored: " + error);
+    context_.Error("frame " + std::to_string(frame.frame) + " is not stored: " + frame.error);
+    context_.Event("lost", {{"frame", std::int64_t{frame.frame}}, {"error", frame.error}});
   }
+}
+
+void RunReport::frame(int number, Simulation3D& sim) {
   ++frames_done_;
   const double seconds = since_frame_.lap();
   context_.Progress(line(number, frames_done_ - 1e-9), true);
@@ -78,11 +82,11 @@ void RunReport::frame(int number, Simulation3D& sim, const std::string& error) {
   if (!context_.Json()) return;
 
   host::EventFields fields{{"frame", std::int64_t{number}},
-                           {"stored", error.empty()},
                            {"substeps", std::int64_t{sim.settings.step_index}},
                            {"seconds", seconds}};
   add_times(fields, sim.stage_times());
   fields.emplace_back("seconds_store", sim.stage_times().sav);
+  fields.emplace_back("seconds_disk", sim.stage_times().dsk);
   add_extent(fields, sim);
   fields.emplace_back("field_allocations", static_cast<std::int64_t>(field_allocations()));
   add_health(fields, measure_health(sim));

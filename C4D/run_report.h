@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/interface/command_data.h"
 #include "simulation/simulation3d.h"
@@ -23,8 +24,11 @@ class RunReport {
   /// The end of a substep of the frame after `frame`.
   void substep(int frame, const Simulation3D& sim);
 
-  /// A whole frame. `error` tells why it isn't on disk; empty if it is.
-  void frame(int number, Simulation3D& sim, const std::string& error);
+  /// A whole frame, handed over to the cache.
+  void frame(int number, Simulation3D& sim);
+
+  /// Frames that didn't reach the disk.
+  void lost(const std::vector<LostFrame>& frames);
 
   /// "; gas leaves through x+ from frame 31", or nothing.
   std::string losses() const;

@@ -5,8 +5,8 @@
 namespace nbx {
 
 StageTimes difference(const StageTimes& a, const StageTimes& b) {
-  return {a.src - b.src, a.sol - b.sol, a.res - b.res, a.beg - b.beg,
-          a.pro - b.pro, a.vel - b.vel, a.sav - b.sav, a.out - b.out};
+  return {a.src - b.src, a.sol - b.sol, a.res - b.res, a.beg - b.beg, a.pro - b.pro,
+          a.vel - b.vel, a.sav - b.sav, a.dsk - b.dsk, a.out - b.out};
 }
 
 void add_times(host::EventFields& fields, const StageTimes& t) {

@@ -10,6 +10,7 @@
 #include "C4D/volume_parameters.h"
 #include "C4D/workspace.h"
 #include "cache/bcf_format.h"
+#include "cache/cache_registry.h"
 #include "util/format_size.h"
 #include "util/log.h"
 
@@ -125,8 +126,8 @@ bool SimulationDriver::open_cache() {
   const QString folder = QString::fromStdString(directory_);
   if (!QDir().mkpath(folder)) return refuse("the cache folder " + directory_ + " can't be made");
   QTemporaryFile probe(folder + "/XXXXXX.tmp");
-  auto cache = std::make_shared<BFS>();
-  if (!probe.open() || !cache->setDirectory(directory_))
+  auto cache = getCache(directory_);
+  if (!probe.open() || !cache)
     return refuse("the cache folder " + directory_ +
                   " can't be written: " + probe.errorString().toStdString());
   if (const auto old = cache->frames(); !old.empty())
@@ -137,23 +138,27 @@ bool SimulationDriver::open_cache() {
 }
 
 void SimulationDriver::simulate() {
-  report_frame(sim_->start(*this, time_));
+  sim_->start(*this, time_);
+  report_frame();
   while (time_.frame() < range_.last && context_.Interrupts() == 0) {
     document_.SetTime(host::BaseTime::FromFrame(time_.frame(), document_.GetFps()));
     document_.ExecutePasses(nullptr, true, true, true);
     sim_->settings.sim_time.length = time_.length * time_scale(volume_);
-    const int lost = sim_->frames_not_stored();
     sim_->update(*this, time_, this);
     if (sim_->steps_remaining() > 0) return;  // stopped within the frame
-    report_frame(sim_->frames_not_stored() == lost);
+    report_frame();
   }
 }
 
 host::ExitCode SimulationDriver::finish() {
+  BFS& cache = *sim_->settings.target_cache;
+  const bool saved = cache.finishWrites();
+  report_.lost(cache.takeLostFrames());
+  if (!saved) context_.Error("frames wait to be saved: " + cache.lastError());
   const bool interrupted = report_.frames_done() < range_.last - range_.first + 1;
-  const host::ExitCode code = interrupted                 ? host::kInterrupted
-                              : report_.frames_lost() > 0 ? host::kFailed
-                                                          : host::kDone;
+  const host::ExitCode code = interrupted                           ? host::kInterrupted
+                              : report_.frames_lost() > 0 || !saved ? host::kFailed
+                                                                    : host::kDone;
   const int stored = report_.frames_done() - report_.frames_lost();
   const char* const end = interrupted ? "interrupted" : "done";
   context_.Event("end", {{"outcome", std::string(end)},
@@ -170,9 +175,9 @@ bool SimulationDriver::refuse(const std::string& why) {
   return false;
 }
 
-void SimulationDriver::report_frame(bool stored) {
-  report_.frame(time_.frame(), *sim_,
-                stored ? std::string() : sim_->settings.target_cache->lastError());
+void SimulationDriver::report_frame() {
+  report_.frame(time_.frame(), *sim_);
+  report_.lost(sim_->settings.target_cache->takeLostFrames());
 }
 
 void SimulationDriver::read_settings(Simulation3D& sim, double dt) {

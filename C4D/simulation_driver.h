@@ -39,7 +39,7 @@ class SimulationDriver final : private SceneEvaluator, private SimProgress {
   host::ExitCode finish();
 
   bool refuse(const std::string& why);
-  void report_frame(bool stored);
+  void report_frame();
 
   void read_settings(Simulation3D& sim, double dt) override;
   void update_inputs(Simulation3D& sim, double dt) override;

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <utility>
 
 #include "util/log.h"
 
@@ -40,6 +41,7 @@ bool BFS::setDirectory(const std::string& directory) {
   prefix_.clear();
   bytesWritten_ = 0;
   framesLost_ = 0;
+  lostFrames_.clear();
   if (!place().readable()) return false;
   prefix_ = cache_prefix(directory_);
   LogMessage() << "Using cache directory " << directory_ << " prefix " << prefix_;
@@ -89,6 +91,16 @@ std::string BFS::lastError() const {
 int BFS::framesLost() const {
   const Lock lock(mutex_);
   return framesLost_;
+}
+
+std::vector<LostFrame> BFS::takeLostFrames() {
+  const Lock lock(mutex_);
+  return std::exchange(lostFrames_, {});
+}
+
+double BFS::secondsWaited() const {
+  const Lock lock(mutex_);
+  return secondsWaited_;
 }
 
 std::uint64_t BFS::bytesWritten() const {

@@ -31,6 +31,12 @@ namespace nbx {
 
 class SlotHandle;
 
+/// A frame that didn't reach the disk, and that nobody will try to save again.
+struct LostFrame {
+  int frame = 0, substep = 0;
+  std::string error;
+};
+
 /// All operations may be called from any thread. One mutex guards the table; it isn't held while a
 /// frame is read, nor while the writer thread saves one.
 class BFS {
@@ -75,8 +81,12 @@ class BFS {
 
   /// Why the last frame that didn't reach the disk didn't.
   std::string lastError() const;
-  /// Frames that were stored in slots and are given up: not on disk, and nobody tries again.
+  /// The number of lost frames since the directory was set, and those since the last call.
   int framesLost() const;
+  std::vector<LostFrame> takeLostFrames();
+  /// Seconds for which the writer wasn't fast enough: others saved a frame that was in their way,
+  /// or waited for one that was being saved, or wrote through.
+  double secondsWaited() const;
   /// Bytes that the writer wrote since the directory was set, or since `recountBytes`.
   std::uint64_t bytesWritten() const;
   /// Lets bytesWritten() go on from the sizes of the files up to frame `last`.
@@ -126,6 +136,7 @@ class BFS {
   void release(Slot& slot, bool force);
   bool load(Lock& lock, Slot& slot);
   void remove(Slot& slot);
+  void lose(int frame, int substep, const std::string& error);
   void removeAllSlots(Lock& lock);
   bool finishWrites(Lock& lock);
 
@@ -147,6 +158,8 @@ class BFS {
   std::string directory_, prefix_, lastError_;
   std::uint64_t bytesWritten_ = 0;
   int framesLost_ = 0;
+  std::vector<LostFrame> lostFrames_;
+  double secondsWaited_ = 0;
 
   std::thread writer_;  // started by the first frame that is stored
   std::condition_variable due_;

@@ -3,6 +3,7 @@
 
 #include "cache/bfs.h"
 #include "util/log.h"
+#include "util/stopwatch.h"
 
 namespace nbx {
 
@@ -27,10 +28,14 @@ BFS::Slot& BFS::acquire(int frame, int substep) {
       const auto unused = std::find_if(slots_.begin(), slots_.end(), [](const auto& entry) {
         return entry.second.references == 0;
       });
-      if (unused != slots_.end())
-        remove(unused->second);
-      else
+      if (unused == slots_.end()) {
         maxSlots_ = slots_.size() + 1;
+      } else {
+        const bool dirty = unused->second.state == State::kDirty;
+        const Stopwatch watch;
+        remove(unused->second);
+        if (dirty) secondsWaited_ += watch.seconds();
+      }
     }
     found = slots_.try_emplace(key, frame, substep).first;
   }
@@ -56,8 +61,13 @@ void BFS::release(Slot& slot, bool force) {
 // Saves a slot without references if need be, and drops it.
 void BFS::remove(Slot& slot) {
   storeSlot(slot);
-  if (slot.state == State::kDirty) ++framesLost_;
+  if (slot.state == State::kDirty) lose(slot.frame, slot.substep, lastError_);
   slots_.erase(slot_key(slot.frame, slot.substep));
+}
+
+void BFS::lose(int frame, int substep, const std::string& error) {
+  ++framesLost_;
+  lostFrames_.push_back({frame, substep, error});
 }
 
 BFS::Slot* BFS::openForReading(int frame, int substep, bool load_it, bool force) {
@@ -109,7 +119,10 @@ bool BFS::load(Lock& lock, Slot& slot) {
 BFS::Slot* BFS::openForStoring(int frame, int substep) {
   Lock lock(mutex_);
   Slot& slot = acquire(frame, substep);
+  const bool saving = slot.saving;
+  const Stopwatch watch;
   changed_.wait(lock, [&] { return !slot.writing && slot.readers == 0; });
+  if (saving) secondsWaited_ += watch.seconds();
   slot.writing = true;
   slot.state = State::kEmpty;
   slot.data.clear();

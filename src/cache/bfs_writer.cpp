@@ -82,7 +82,7 @@ void BFS::settle(Slot& slot, const Saved& saved) {
   bytesWritten_ += saved.size;
   if (saved.settled) slot.state = State::kClean;
   if (saved.size == 0) lastError_ = saved.error;
-  if (saved.size == 0 && saved.settled) ++framesLost_;
+  if (saved.size == 0 && saved.settled) lose(slot.frame, slot.substep, saved.error);
   changed_.notify_all();
 }
 
@@ -120,10 +120,15 @@ bool BFS::writeThrough(SimFrame& frame) {
   Lock lock(mutex_);
   const Place here = place();
   lock.unlock();
+  const Stopwatch watch;
   const Saved saved = save(frame, here);
   frame.saved = saved.size > 0;
   lock.lock();
-  if (!frame.saved) lastError_ = saved.error;
+  secondsWaited_ += watch.seconds();
+  if (!frame.saved) {
+    lastError_ = saved.error;
+    lose(slot.frame, slot.substep, saved.error);
+  }
   lock.unlock();
   giveBack(slot, true, false, true);
   return frame.saved;

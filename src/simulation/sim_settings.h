@@ -22,7 +22,7 @@ namespace nbx {
 
 struct SimSettings {
   std::shared_ptr<BFS> target_cache;  // receives frames; may be empty
-  bool cache_direct = false;          // keep no trace fields, to save memory
+  bool cache_direct = false;          // write frames at once, keep no trace fields: saves memory
 
   FrameTime sim_time;        // simulation clock and frame length, both times time_scale
   FrameTime start_time;      // simulation start, unscaled document frame length

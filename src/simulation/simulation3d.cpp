@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
+#include "cache/slot_handle.h"
 #include "simulation/noise_force_system.h"
 #include "simulation/vorticity_system.h"
+#include "util/cuda_host_util.h"
 #include "util/cuda_use_flags.h"
 #include "util/log.h"
 
@@ -71,18 +73,19 @@ void Simulation3D::setup() {
   forces_.push_back(vorticity.get());
   systems_.push_back(std::move(vorticity));
 
-  reset_counters();
+  reset_run();
   for (auto& system : systems_) system->clear();
   for (auto& system : systems_) system->resize({0, 0, 0});
 }
 
-void Simulation3D::reset_counters() {
+void Simulation3D::reset_run() {
   remaining_time_ = 0;
   step_limit_ = 1;
   settings.step_index = 0;
   settings.frame_elapsed = 0;
   steps_remaining_ = 0;
   steps_per_frame_ = 1;
+  if (settings.target_cache) settings.target_cache->removeAllSlots();
 }
 
 void Simulation3D::init_state(SceneEvaluator& scene) {
@@ -112,7 +115,7 @@ bool Simulation3D::start(SceneEvaluator& scene, const FrameTime& time) {
 }
 
 bool Simulation3D::load_state(SceneEvaluator& scene, SimFrame& frame) {
-  reset_counters();
+  reset_run();
   settings.active_box = {};
   cuda_use_flags().use_gpu = true;
 
@@ -284,11 +287,31 @@ bool Simulation3D::store_frame(const FrameTime& time, int substep) {
     LogMessage() << "Failed to store simulation frame " << time.frame();
     return false;
   }
+  const double before = settings.target_cache->secondsWaited();
+  try {
+    const bool direct = settings.cache_direct;
+    const bool stored = direct ? write_frame(time, substep) : queue_frame(time, substep);
+    times_.dsk = settings.target_cache->secondsWaited() - before;
+    return stored;
+  } catch (const CUDAException&) {
+    LogMessage() << "CUDA exception during store";
+    throw;
+  }
+}
+
+bool Simulation3D::write_frame(const FrameTime& time, int substep) {
   SimFrame frame;
   frame.ownsData = false;  // the writer is done before the state moves on
   frame.substep = substep;
   fill_frame(frame, settings, time);
   return settings.target_cache->writeThrough(frame);
+}
+
+bool Simulation3D::queue_frame(const FrameTime& time, int substep) {
+  SlotHandle slot = SlotHandle::forStoring(settings.target_cache, time.frame(), substep);
+  fill_frame(*slot, settings, time);
+  slot.stored();
+  return true;
 }
 
 void Simulation3D::log_frame_line(double total) {

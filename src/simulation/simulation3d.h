@@ -32,6 +32,7 @@ struct StageTimes {
   double pro = 0;  // decay, advection, combustion, diffusion of the channels
   double vel = 0;  // advection, forces, projection and detail of the velocity
   double sav = 0;  // storing the frame
+  double dsk = 0;  // of that, waiting for the disk
   double out = 0;  // between the last `update` and this one
 };
 
@@ -55,8 +56,8 @@ class Simulation3D final : private VelocityForce,
   /// init_state, then stores the first frame. False if that frame could not be stored.
   bool start(SceneEvaluator& scene, const FrameTime& time);
 
-  /// Goes on from a stored frame. False, with a log line, for a frame with a grid below 3 cells.
-  /// Throws what reading the frame throws.
+  /// Goes on from a stored frame, which isn't one that is held in the target cache. False, with a
+  /// log line, for a frame with a grid below 3 cells. Throws what reading the frame throws.
   bool load_state(SceneEvaluator& scene, SimFrame& frame);
 
   /// Advances by one frame and stores it; `time` moves on by its frame length. When `progress` (may
@@ -64,7 +65,9 @@ class Simulation3D final : private VelocityForce,
   /// next call goes on with the next substep. Numeric failures throw; the state isn't rolled back.
   void update(SceneEvaluator& scene, FrameTime& time, SimProgress* progress);
 
-  /// Writes the current state as the frame of `time`. False, with a log line, if it isn't on disk.
+  /// Hands the current state to the target cache as the frame of `time`; its writer saves it while
+  /// the run goes on. With `cache_direct` it is on disk before this returns. False, with a log
+  /// line, without a target cache or if writing it directly failed.
   bool store_frame(const FrameTime& time, int substep);
 
   /// Puts the whole state into `frame`: every channel in `stored.cached_channels`.
@@ -93,14 +96,16 @@ class Simulation3D final : private VelocityForce,
   int steps_remaining() const { return steps_remaining_; }
   /// Of the current `update`, or of the last one.
   const StageTimes& stage_times() const { return times_; }
-  /// Frames that `update` could not store so far.
+  /// Frames that `update` could not store so far; those that the cache lost later don't count.
   int frames_not_stored() const { return frames_not_stored_; }
 
  private:
   void setup();
-  void reset_counters();
+  void reset_run();
   void begin_frame();
   bool substep(SceneEvaluator& scene);
+  bool write_frame(const FrameTime& time, int substep);
+  bool queue_frame(const FrameTime& time, int substep);
   double choose_step();
   void adapt(double dt, const IntBox& wanted, bool grow_only, bool skip_reach);
   void adapt_to_expansion();

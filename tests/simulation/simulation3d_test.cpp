@@ -181,7 +181,7 @@ TEST(Simulation3D, FramesAreStoredAndTheStateComesBack) {
   ASSERT_TRUE(run.sim.settings.target_cache->setDirectory(folder.path()));
   ASSERT_TRUE(run.sim.start(run.scene, run.time));
   run.frames(4);
-  EXPECT_EQ(run.sim.frames_not_stored(), 0);
+  EXPECT_TRUE(run.sim.settings.target_cache->finishWrites());
   EXPECT_EQ(run.sim.settings.target_cache->frames(), (std::vector<int>{0, 1, 2, 3, 4}));
 
   SimFrame frame;
@@ -209,10 +209,16 @@ TEST(Simulation3D, FramesAreStoredAndTheStateComesBack) {
   EXPECT_FALSE(refused.sim.load_state(refused.scene, small));
   EXPECT_TRUE(log.contains("Failed to load state form sim frame: Invalid grid size"));
 
-  // Frames that don't reach the disk are counted, and the run goes on.
+  // Frames that don't reach the disk are counted, and the run goes on, in either way of writing.
+  run.sim.settings.target_cache->finishWrites();
   std::filesystem::remove_all(folder.path());
   run.frames(2);
+  run.sim.settings.target_cache->finishWrites();
+  EXPECT_EQ(run.sim.settings.target_cache->framesLost(), 2);
+  run.sim.settings.cache_direct = true;
+  run.frames(2);
   EXPECT_EQ(run.sim.frames_not_stored(), 2);
+  EXPECT_EQ(run.sim.settings.target_cache->takeLostFrames().size(), 4u);
 }
 
 TEST(Simulation3D, SteadyStateAllocatesNothingAndThreadsDontMatter) {
