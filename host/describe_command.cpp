@@ -36,7 +36,9 @@ std::string TypeText(const ParameterInfo& info) {
     case ParameterType::Link:
       break;
   }
-  return "name of an object";
+  return info.target == LinkTarget::Object     ? "name of an object"
+         : info.target == LinkTarget::Material ? "name of a material"
+                                               : "name of a texture";
 }
 
 std::string DefaultText(const ParameterInfo& info) {
@@ -98,10 +100,14 @@ int DescribeCommand::Execute(const CommandArguments& arguments, CommandContext& 
   describe(classes_.objects, "object");
   describe(classes_.tags, "tag");
   describe(classes_.post_effects, "post effect");
+  describe(classes_.materials, "material");
+  describe(classes_.shaders, "texture");
+  describe(classes_.render, "render");
   if (found) return kDone;
-  std::vector<std::string> names = classes_.objects.Names();
-  for (const ElementClasses* more : {&classes_.tags, &classes_.post_effects})
-    for (const std::string& other : more->Names()) names.push_back(other);
+  std::vector<std::string> names;
+  for (const ElementClasses* classes : {&classes_.objects, &classes_.tags, &classes_.post_effects,
+                                        &classes_.materials, &classes_.shaders, &classes_.render})
+    for (const std::string& known : classes->Names()) names.push_back(known);
   context.Error("unknown type " + Quoted(name) + DidYouMean(name, names));
   return kBadInput;
 }

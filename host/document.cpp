@@ -38,12 +38,25 @@ Filename Document::Resolve(const Filename& path) const {
   return {(std::filesystem::path(folder) / path.path).lexically_normal().string()};
 }
 
-bool Document::ExecutePasses(const C4DThread* thread, bool animation, bool, bool) {
+Document::Document() : render_(std::make_unique<SceneRender>()) {
+  static_cast<void>(Init(*render_, *RenderClasses().Find(kRenderData), *this));
+}
+
+bool Document::ExecutePasses(const C4DThread* thread, bool animation, bool, bool caches) {
   const double frame =
       static_cast<double>(time_.GetNumerator() * fps) / static_cast<double>(time_.GetDenominator());
+  if (animation) {
+    for (const auto& material : materials_) material->State().Evaluate(frame);
+    for (const auto& shader : shaders_) shader->State().Evaluate(frame);
+    render_->State().Evaluate(frame);
+  }
+  if (caches)
+    for (std::size_t i = 0; i < shaders_.size(); ++i)
+      shaders_[i]->Update("textures[" + std::to_string(i) + "]");
   for (SceneObject* object : AllObjects()) {
     if (thread && thread->TestBreak()) return false;
     if (animation) object->Evaluate(frame);
+    if (caches) object->UpdateCache();
   }
   return true;
 }
@@ -65,6 +78,22 @@ SceneTag* Document::AddTag(const ElementClass& type, SceneObject& object) {
   if (!object.tags_.empty()) object.tags_.back()->next_ = tag.get();
   object.tags_.push_back(std::move(tag));
   return object.tags_.back().get();
+}
+
+SceneMaterial* Document::AddMaterial(const ElementClass& type) {
+  auto material = std::make_unique<SceneMaterial>();
+  if (!Init(*material, type, *this)) return nullptr;
+  if (!materials_.empty()) materials_.back()->next_ = material.get();
+  materials_.push_back(std::move(material));
+  return materials_.back().get();
+}
+
+SceneShader* Document::AddShader(const ElementClass& type) {
+  auto shader = std::make_unique<SceneShader>();
+  if (!Init(*shader, type, *this)) return nullptr;
+  if (!shaders_.empty()) shaders_.back()->next_ = shader.get();
+  shaders_.push_back(std::move(shader));
+  return shaders_.back().get();
 }
 
 void Document::Open() {

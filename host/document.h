@@ -15,6 +15,8 @@ namespace host {
 
 class Document final : public BaseDocument {
  public:
+  Document();  ///< empty, with default render settings
+
   std::string GetDocumentName() const override { return name; }
   Filename GetDocumentPath() const override { return {folder}; }
   Filename Resolve(const Filename& path) const override;
@@ -31,14 +33,24 @@ class Document final : public BaseDocument {
     return objects_.empty() ? nullptr : objects_.front().get();
   }
 
+  SceneMaterial* GetFirstMaterial() const override {
+    return materials_.empty() ? nullptr : materials_.front().get();
+  }
+  SceneShader* GetFirstShader() const override {
+    return shaders_.empty() ? nullptr : shaders_.front().get();
+  }
+  SceneRender& GetActiveRenderData() const override { return *render_; }
+
   /// A new last object under `parent`, or in the tree's top row if that is null. Its parameters
   /// have their defaults. Null if the class's plug-in refuses.
   SceneObject* AddObject(const ElementClass& type, SceneObject* parent);
   /// A new last tag of the object; null if the class's plug-in refuses.
   SceneTag* AddTag(const ElementClass& type, SceneObject& object);
+  SceneMaterial* AddMaterial(const ElementClass& type);
+  SceneShader* AddShader(const ElementClass& type);
 
-  /// Reads the mesh files, stands the document at its first frame and sends
-  /// kMessageDocumentLoaded. Throws DocumentError for a mesh that can't be had.
+  /// Reads the mesh files and pictures, stands the document at its first frame and sends
+  /// kMessageDocumentLoaded. Throws DocumentError for a mesh or a picture that can't be had.
   void Open();
 
   const std::vector<std::unique_ptr<SceneObject>>& Objects() const { return objects_; }
@@ -47,6 +59,8 @@ class Document final : public BaseDocument {
   std::vector<SceneObject*> FindByName(const std::string& object_name) const;
   /// The object's place in the document: "objects[2].children[0]".
   std::string PlaceOf(const SceneObject& object) const;
+  const std::vector<std::unique_ptr<SceneMaterial>>& Materials() const { return materials_; }
+  const std::vector<std::unique_ptr<SceneShader>>& Shaders() const { return shaders_; }
 
   std::string name;    ///< file name; empty if never on disk
   std::string folder;  ///< absolute
@@ -60,6 +74,9 @@ class Document final : public BaseDocument {
  private:
   BaseTime time_;
   std::vector<std::unique_ptr<SceneObject>> objects_;
+  std::vector<std::unique_ptr<SceneMaterial>> materials_;
+  std::vector<std::unique_ptr<SceneShader>> shaders_;
+  std::unique_ptr<SceneRender> render_;
 };
 
 }  // namespace host

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <system_error>
 #include <utility>
 
@@ -26,17 +27,19 @@ class DocumentReader {
 
   std::unique_ptr<Document> Read(const JsonPlace& json, const std::string& folder) {
     document_->folder = folder;
-    json.ExpectKeys({"fps", "start", "end", "preview_start", "preview_end", "objects"});
+    json.ExpectKeys({"fps", "start", "end", "preview_start", "preview_end", "render", "materials",
+                     "textures", "objects"});
     ReadTimes(json);
+    ReadElements(json);
     if (json.Has("objects")) ReadObjects(json.At("objects"), nullptr);
     for (const auto& [object, place] : objects_) {
       ReadParameters(object->State(), place);
       if (place.Has("keyframes")) ReadKeyframes(*object, place.At("keyframes"), *document_);
       CheckTransformTracks(*object, place);
     }
-    for (const auto& [tag, place] : tags_) {
-      ReadParameters(tag->State(), place);
-      if (place.Has("keyframes")) ReadKeyframes(*tag, place.At("keyframes"), *document_);
+    for (const auto& [element, place] : elements_) {
+      ReadParameters(*element, place);
+      if (place.Has("keyframes")) ReadKeyframes(*element, place.At("keyframes"), *document_);
     }
     return std::move(document_);
   }
@@ -57,6 +60,36 @@ class DocumentReader {
       json.Fail("the preview's end lies before the preview's start");
   }
 
+  /// Render settings, materials and textures.
+  void ReadElements(const JsonPlace& json) {
+    if (json.Has("render")) {
+      json.At("render").ExpectKeys({"parameters", "keyframes"});
+      elements_.emplace_back(&document_->GetActiveRenderData().State(), json.At("render"));
+    }
+    if (json.Has("materials")) {
+      const ElementClass& material = classes_.materials.All().front();
+      ReadRow(json.At("materials"), {"name", "parameters", "keyframes"},
+              [&](const JsonPlace&) { return document_->AddMaterial(material); });
+    }
+    if (json.Has("textures"))
+      ReadRow(json.At("textures"), {"type", "name", "parameters", "keyframes"},
+              [&](const JsonPlace& place) {
+                return document_->AddShader(ReadType(place, classes_.shaders));
+              });
+  }
+
+  template <class Make>
+  void ReadRow(const JsonPlace& json, const std::vector<std::string>& keys, Make make) {
+    json.ExpectArray();
+    for (std::size_t i = 0; i < json.Size(); ++i) {
+      const JsonPlace place = json.At(i);
+      auto* element = make(place);
+      place.ExpectKeys(keys);
+      if (place.Has("name")) element->SetName(place.At("name").Text());
+      elements_.emplace_back(&element->State(), place);
+    }
+  }
+
   void ReadObjects(const JsonPlace& json, SceneObject* parent) {
     json.ExpectArray();
     for (std::size_t i = 0; i < json.Size(); ++i) ReadObject(json.At(i), parent);
@@ -66,7 +99,7 @@ class DocumentReader {
     const ElementClass& type = ReadType(json, classes_.objects);
     std::vector<std::string> keys = {"type",  "name", "enabled",    "position",  "rotation",
                                      "scale", "tags", "parameters", "keyframes", "children"};
-    if (type.id == kPolygonObject) keys.insert(keys.end(), {"points", "polygons"});
+    if (type.id == kPolygonObject) keys.insert(keys.end(), {"points", "polygons", "uvs"});
     json.ExpectKeys(keys);
     SceneObject* object = document_->AddObject(type, parent);
     if (!object) json.Fail("the object can't be made");
@@ -79,6 +112,7 @@ class DocumentReader {
     if (json.Has("rotation")) transform.rotation = json.At("rotation").VectorValue();
     if (json.Has("scale")) transform.scale = ReadScale(json.At("scale"));
     if (json.Has("points") || json.Has("polygons")) ReadPolygons(json, *object);
+    if (json.Has("uvs")) ReadUvs(json.At("uvs"), *object);
     if (json.Has("tags")) ReadTags(json.At("tags"), *object);
     if (json.Has("children")) ReadObjects(json.At("children"), object);
   }
@@ -88,11 +122,14 @@ class DocumentReader {
     for (std::size_t i = 0; i < json.Size(); ++i) {
       const JsonPlace place = json.At(i);
       const ElementClass& type = ReadType(place, classes_.tags);
-      place.ExpectKeys({"type", "name", "parameters", "keyframes"});
+      std::vector<std::string> keys = {"type", "name", "parameters", "keyframes"};
+      if (type.id == kSelectionTag) keys.push_back("polygons");
+      place.ExpectKeys(keys);
       SceneTag* tag = document_->AddTag(type, object);
       if (!tag) place.Fail("the tag can't be made");
-      tags_.emplace_back(tag, place);
+      elements_.emplace_back(&tag->State(), place);
       if (place.Has("name")) tag->SetName(place.At("name").Text());
+      if (place.Has("polygons")) tag->selected = ReadRanges(place.At("polygons"));
     }
   }
 
@@ -124,6 +161,43 @@ class DocumentReader {
     object.inline_mesh = true;
   }
 
+  /// One array of corners [u, v] for each polygon.
+  static void ReadUvs(const JsonPlace& json, SceneObject& object) {
+    const std::size_t count = object.polygons.size();
+    json.ExpectLength(count, count);
+    if (!object.inline_mesh) json.Fail("belong to \"points\" and \"polygons\"");
+    for (std::size_t i = 0; i < count; ++i) {
+      const JsonPlace corners = json.At(i);
+      const std::size_t sides = object.polygons[i].c == object.polygons[i].d ? 3 : 4;
+      corners.ExpectLength(sides, sides);
+      const auto corner = [&](std::size_t k) {
+        corners.At(k).ExpectLength(2, 2);
+        return Vector{corners.At(k).At(std::size_t{0}).Number(), corners.At(k).At(1).Number(), 0};
+      };
+      object.uvws.push_back({corner(0), corner(1), corner(2), corner(sides - 1)});
+    }
+  }
+
+  /// Whole numbers and pairs [first, last], in any order.
+  static IndexRanges ReadRanges(const JsonPlace& json) {
+    constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max() - 1;
+    IndexRanges all, joined;
+    json.ExpectArray();
+    for (std::size_t i = 0; i < json.Size(); ++i) {
+      const JsonPlace one = json.At(i);
+      if (one.Value().is_array()) one.ExpectLength(2, 2);
+      const std::int32_t first =
+          one.Value().is_array() ? one.At(std::size_t{0}).Whole(0, most) : one.Whole(0, most);
+      all.emplace_back(first, one.Value().is_array() ? one.At(1).Whole(first, most) : first);
+    }
+    std::sort(all.begin(), all.end());
+    for (const auto& range : all) {
+      if (joined.empty() || range.first > joined.back().second + 1) joined.push_back(range);
+      joined.back().second = std::max(joined.back().second, range.second);
+    }
+    return joined;
+  }
+
   void ReadParameters(ElementState& element, const JsonPlace& json) {
     if (!json.Has("parameters")) return;
     const JsonPlace parameters = json.At("parameters");
@@ -151,7 +225,7 @@ class DocumentReader {
   const SceneClasses& classes_;
   std::unique_ptr<Document> document_ = std::make_unique<Document>();
   std::vector<std::pair<SceneObject*, JsonPlace>> objects_;
-  std::vector<std::pair<SceneTag*, JsonPlace>> tags_;
+  std::vector<std::pair<ElementState*, JsonPlace>> elements_;  ///< all others
 };
 
 std::string ReadFile(const std::string& path) {

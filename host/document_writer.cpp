@@ -22,6 +22,15 @@ class DocumentWriter {
     Json json = {{"fps", d.fps}, {"start", d.start}, {"end", d.end}};
     if (d.preview_start != d.start) json["preview_start"] = d.preview_start;
     if (d.preview_end != d.end) json["preview_end"] = d.preview_end;
+    const SceneRender& render = d.GetActiveRenderData();
+    AddIfFilled(json, "render", WriteBody(render.State(), Json::object()));
+    Json materials = Json::array(), textures = Json::array();
+    for (const auto& material : d.Materials())
+      materials.push_back(WriteBody(material->State(), WriteName(material->State())));
+    for (const auto& shader : d.Shaders())
+      textures.push_back(WriteBody(shader->State(), WriteHead(shader->State())));
+    AddIfFilled(json, "materials", std::move(materials));
+    AddIfFilled(json, "textures", std::move(textures));
     json["objects"] = WriteRow(d.Objects());
     return json;
   }
@@ -49,9 +58,8 @@ class DocumentWriter {
     AddIfFilled(json, "keyframes", WriteKeyframes(object, document_));
     Json tags = Json::array();
     for (const auto& tag : object.Tags()) {
-      Json tag_json = WriteHead(tag->State());
-      WriteParameters(tag->State(), tag_json);
-      AddIfFilled(tag_json, "keyframes", WriteKeyframes(*tag, document_));
+      Json tag_json = WriteBody(tag->State(), WriteHead(tag->State()));
+      if (tag->GetType() == kSelectionTag) tag_json["polygons"] = WriteRanges(tag->selected);
       tags.push_back(std::move(tag_json));
     }
     AddIfFilled(json, "tags", std::move(tags));
@@ -65,7 +73,27 @@ class DocumentWriter {
 
   static Json WriteHead(const ElementState& element) {
     Json json = {{"type", element.type->description.name}};
+    json.update(WriteName(element));
+    return json;
+  }
+
+  static Json WriteName(const ElementState& element) {
+    Json json = Json::object();
     if (element.name != element.type->display_name) json["name"] = element.name;
+    return json;
+  }
+
+  /// The head with parameters and keyframes.
+  Json WriteBody(const ElementState& element, Json json) const {
+    WriteParameters(element, json);
+    AddIfFilled(json, "keyframes", WriteKeyframes(element, document_));
+    return json;
+  }
+
+  static Json WriteRanges(const IndexRanges& ranges) {
+    Json json = Json::array();
+    for (const auto& [first, last] : ranges)
+      json.push_back(first == last ? Json(first) : Json::array({first, last}));
     return json;
   }
 
@@ -77,6 +105,16 @@ class DocumentWriter {
                                     : Json::array({p.a, p.b, p.c, p.d}));
     json["points"] = std::move(points);
     json["polygons"] = std::move(polygons);
+    Json uvs = Json::array();
+    for (std::size_t i = 0; i < object.uvws.size(); ++i) {
+      const UvwPolygon& uvw = object.uvws[i];
+      const CPolygon& p = object.polygons[i];
+      Json corners = Json::array();
+      for (const Vector* corner : {&uvw.a, &uvw.b, &uvw.c, &uvw.d})
+        if (corner != &uvw.d || p.c != p.d) corners.push_back(Json::array({corner->x, corner->y}));
+      uvs.push_back(std::move(corners));
+    }
+    AddIfFilled(json, "uvs", std::move(uvs));
   }
 
   void WriteParameters(const ElementState& element, Json& json) const {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "host/primitive_mesh.h"
+
 namespace host {
 
 void ElementState::Evaluate(double frame) {
@@ -21,7 +23,31 @@ void SceneObject::Evaluate(double frame) {
   for (const auto& tag : tags_) tag->State().Evaluate(frame);
 }
 
+bool SceneTag::IsSelected(std::int32_t polygon) const {
+  const auto after =
+      std::upper_bound(selected.begin(), selected.end(), polygon,
+                       [](std::int32_t index, const auto& range) { return index < range.first; });
+  return after != selected.begin() && polygon <= std::prev(after)->second;
+}
+
+void SceneObject::UpdateCache() {
+  if (!IsPrimitive(state_.type->id) || (cache_ && made_from_ == state_.data)) return;
+  PrimitiveMesh mesh = MakePrimitive(state_.type->id, state_.data);
+  if (!cache_) {
+    cache_ = std::make_unique<SceneObject>();
+    cache_->state_.document = state_.document;
+    cache_->state_.type = &MeshClass();
+    cache_->up_ = this;
+  }
+  cache_->state_.name = state_.name;
+  cache_->points = std::move(mesh.points);
+  cache_->polygons = std::move(mesh.polygons);
+  cache_->uvws = std::move(mesh.uvws);
+  made_from_ = state_.data;
+}
+
 std::pair<Vector, Vector> SceneObject::Bounds() const {
+  if (cache_) return cache_->Bounds();
   if (const auto* part = static_cast<const ObjectData*>(state_.plugin_part.get())) {
     Vector centre, radius;
     part->GetDimension(*this, centre, radius);

@@ -11,8 +11,10 @@
 #include <vector>
 
 #include "host/element_class.h"
+#include "host/interface/material.h"
 #include "host/interface/node_data.h"
 #include "host/interface/scene.h"
+#include "host/interface/texture.h"
 #include "host/track.h"
 #include "host/transform.h"
 
@@ -62,16 +64,53 @@ class Element : public Interface {
 
 class SceneObject;
 
-class SceneTag final : public Element<BaseTag> {
+/// Whole numbers from the first of a pair to its second. Pairs ascend and leave gaps between them.
+using IndexRanges = std::vector<std::pair<std::int32_t, std::int32_t>>;
+
+/// Any tag. Each one can be asked for polygons, since ToSelection looks at the type; only
+/// selections have some.
+class SceneTag final : public Element<SelectionTag> {
  public:
   SceneTag* GetNext() const override { return next_; }
   BaseObject* GetObject() const override;
+  bool IsSelected(std::int32_t polygon) const override;
+
+  IndexRanges selected;
 
  private:
   friend class Document;
   SceneObject* object_ = nullptr;
   SceneTag* next_ = nullptr;
 };
+
+class SceneMaterial final : public Element<BaseMaterial> {
+ public:
+  SceneMaterial* GetNext() const override { return next_; }
+  bool HasChannel(std::int32_t channel) const override;
+  Vector SampleChannel(std::int32_t channel, const Vector& uvw, double time) const override;
+
+ private:
+  friend class Document;
+  SceneMaterial* next_ = nullptr;
+};
+
+class SceneShader final : public Element<BaseShader> {
+ public:
+  SceneShader* GetNext() const override { return next_; }
+  const Texture& GetTexture() const override { return *texture_; }
+
+  /// Makes the texture anew where a parameter has changed. Throws DocumentError for an image that
+  /// can't be read.
+  void Update(const std::string& place);
+
+ private:
+  friend class Document;
+  SceneShader* next_ = nullptr;
+  std::unique_ptr<Texture> texture_;
+  BaseContainer made_from_;
+};
+
+using SceneRender = Element<BaseList2D>;
 
 /// Any object. Each one can be asked for points, since ToPoly looks at the type; only meshes have
 /// some.
@@ -88,6 +127,8 @@ class SceneObject final : public Element<PolygonObject> {
   Vector GetMp() const override { return Bounds().first; }
   Vector GetRad() const override { return Bounds().second; }
   bool GetDeformMode() const override { return enabled; }
+  SceneObject* GetCache() const override { return cache_.get(); }
+  const Particles& GetParticles() const override { return particles; }
 
   std::int32_t GetPointCount() const override { return static_cast<std::int32_t>(points.size()); }
   std::int32_t GetPolygonCount() const override {
@@ -95,12 +136,15 @@ class SceneObject final : public Element<PolygonObject> {
   }
   const Vector* GetPointR() const override { return points.data(); }
   const CPolygon* GetPolygonR() const override { return polygons.data(); }
+  const UvwPolygon* GetUvwR() const override { return uvws.empty() ? nullptr : uvws.data(); }
 
   const std::vector<std::unique_ptr<SceneObject>>& Children() const { return children_; }
   const std::vector<std::unique_ptr<SceneTag>>& Tags() const { return tags_; }
 
   /// Moves the object, its parameters and those of its tags to `frame`; not its children.
   void Evaluate(double frame);
+  /// Makes a primitive's polygons anew where a parameter has changed.
+  void UpdateCache();
 
   bool enabled = true;
   Transform transform;
@@ -108,6 +152,8 @@ class SceneObject final : public Element<PolygonObject> {
   std::optional<Track> position_track, rotation_track, scale_track;
   std::vector<Vector> points;
   std::vector<CPolygon> polygons;
+  std::vector<UvwPolygon> uvws;  ///< as many as polygons, or none
+  Particles particles;
   bool inline_mesh = false;  ///< the document holds the points itself
 
  private:
@@ -118,6 +164,8 @@ class SceneObject final : public Element<PolygonObject> {
   SceneObject* next_ = nullptr;
   std::vector<std::unique_ptr<SceneObject>> children_;
   std::vector<std::unique_ptr<SceneTag>> tags_;
+  std::unique_ptr<SceneObject> cache_;
+  BaseContainer made_from_;  ///< the cache
 };
 
 }  // namespace host

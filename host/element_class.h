@@ -13,9 +13,6 @@
 
 namespace host {
 
-/// Ids of the mesh object's parameters.
-enum MeshParameter : std::int32_t { kMeshFile = 1000, kMeshFileScale = 1001 };
-
 struct ElementClass {
   std::int32_t id = 0;
   std::string display_name;
@@ -40,12 +37,20 @@ class ElementClasses {
   std::deque<ElementClass> classes_;
 };
 
+/// The mesh, as in all SceneClasses.
+const ElementClass& MeshClass();
+/// The one class of render settings.
+const ElementClasses& RenderClasses();
+
 /// All that a scene document can hold.
 struct SceneClasses {
-  SceneClasses();  ///< the null and the mesh; no tag
+  SceneClasses();  ///< the host's own (own_classes.h)
   ElementClasses objects;
   ElementClasses tags;
   ElementClasses post_effects;
+  ElementClasses materials;  ///< one
+  ElementClasses shaders;
+  const ElementClasses& render = RenderClasses();
 };
 
 }  // namespace host

@@ -97,9 +97,9 @@ void ReadKeyframes(SceneObject& object, const JsonPlace& json, Document& documen
   ReadParameterTracks(object.State(), json, document);
 }
 
-void ReadKeyframes(SceneTag& tag, const JsonPlace& json, Document& document) {
-  json.ExpectKeys(TrackNames(tag.State()), "track");
-  ReadParameterTracks(tag.State(), json, document);
+void ReadKeyframes(ElementState& element, const JsonPlace& json, Document& document) {
+  json.ExpectKeys(TrackNames(element), "track");
+  ReadParameterTracks(element, json, document);
 }
 
 Json WriteKeyframes(const SceneObject& object, const Document& document) {
@@ -112,8 +112,8 @@ Json WriteKeyframes(const SceneObject& object, const Document& document) {
   return json;
 }
 
-Json WriteKeyframes(const SceneTag& tag, const Document& document) {
-  return WriteParameterTracks(tag.State(), document);
+Json WriteKeyframes(const ElementState& element, const Document& document) {
+  return WriteParameterTracks(element, document);
 }
 
 Vector ReadScale(const JsonPlace& json) {

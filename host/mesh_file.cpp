@@ -15,6 +15,7 @@
 
 #include "host/document_error.h"
 #include "host/nearest_name.h"
+#include "host/own_classes.h"
 
 namespace host {
 namespace {

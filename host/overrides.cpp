@@ -52,25 +52,37 @@ bool Apply(ElementState& element, const Setting& setting, const std::string& pla
   return true;
 }
 
-bool Apply(SceneObject& object, const Setting& setting, const std::string& place,
+/// What can be set under one name: an element and, for what it lacks, those that belong to it.
+using Settable = std::vector<ElementState*>;
+
+bool Apply(const Settable& settable, const Setting& setting, const std::string& place,
            Document& document) {
-  if (Apply(object.State(), setting, place, document)) return true;
+  if (Apply(*settable.front(), setting, place, document)) return true;
   bool found = false;
-  for (const auto& tag : object.Tags())
-    found = Apply(tag->State(), setting, place, document) || found;
+  for (std::size_t i = 1; i < settable.size(); ++i)
+    found = Apply(*settable[i], setting, place, document) || found;
   return found;
 }
 
-std::vector<std::string> ParameterNames(const std::vector<SceneObject*>& objects) {
-  std::vector<std::string> names;
-  const auto add = [&names](const ElementState& element) {
-    for (const ParameterInfo& info : element.type->description.parameters)
-      names.push_back(info.Name());
-  };
-  for (const SceneObject* object : objects) {
-    add(object->State());
-    for (const auto& tag : object->Tags()) add(tag->State());
+/// Objects with their tags, materials, textures, and the render settings under their type's name.
+std::vector<Settable> AllSettable(Document& document) {
+  std::vector<Settable> all;
+  for (SceneObject* object : document.AllObjects()) {
+    all.push_back({&object->State()});
+    for (const auto& tag : object->Tags()) all.back().push_back(&tag->State());
   }
+  for (const auto& material : document.Materials()) all.push_back({&material->State()});
+  for (const auto& shader : document.Shaders()) all.push_back({&shader->State()});
+  all.push_back({&document.GetActiveRenderData().State()});
+  return all;
+}
+
+std::vector<std::string> ParameterNames(const std::vector<Settable>& elements) {
+  std::vector<std::string> names;
+  for (const Settable& settable : elements)
+    for (const ElementState* element : settable)
+      for (const ParameterInfo& info : element->type->description.parameters)
+        names.push_back(info.Name());
   return names;
 }
 
@@ -78,19 +90,20 @@ void ApplyOne(Document& document, const std::string& text) {
   const std::string place = "--set " + text;
   const Setting setting = Split(text, place);
   const bool all = setting.object == "*";
-  const std::vector<SceneObject*> objects =
-      all ? document.AllObjects() : document.FindByName(setting.object);
-  if (objects.empty() && !all) {
-    std::vector<std::string> names;
-    for (const SceneObject* object : document.AllObjects()) names.push_back(object->GetName());
+  std::vector<Settable> elements = AllSettable(document);
+  std::vector<std::string> names;
+  for (const Settable& settable : elements) names.push_back(settable.front()->name);
+  if (!all)
+    std::erase_if(elements, [&](const Settable& s) { return s.front()->name != setting.object; });
+  if (elements.empty())
     throw DocumentError(
         place, "no object is named " + Quoted(setting.object) + DidYouMean(setting.object, names));
-  }
   bool found = false;
-  for (SceneObject* object : objects) found = Apply(*object, setting, place, document) || found;
+  for (const Settable& settable : elements)
+    found = Apply(settable, setting, place, document) || found;
   if (!found)
     throw DocumentError(place, "unknown parameter " + Quoted(setting.parameter) +
-                                   DidYouMean(setting.parameter, ParameterNames(objects)));
+                                   DidYouMean(setting.parameter, ParameterNames(elements)));
 }
 
 }  // namespace

@@ -35,29 +35,61 @@ std::int32_t ReadCycle(const ParameterInfo& info, const JsonPlace& json) {
             (nearest.empty() ? ", choose from " + all : nearest));
 }
 
-/// By the object's name, or by its place where several have that name.
-BaseList2D* ReadLink(const JsonPlace& json, const Document& document) {
-  const std::string name = json.Text();
-  if (name.empty()) return nullptr;
-  const std::vector<SceneObject*> found = document.FindByName(name);
-  if (found.size() == 1) return found.front();
-  if (found.size() > 1)
-    json.Fail("several objects are named " + Quoted(name) + "; name it by its place, as in " +
-              Quoted(document.PlaceOf(*found.front())));
-  std::vector<std::string> names;
-  for (SceneObject* object : document.AllObjects()) {
-    if (document.PlaceOf(*object) == name) return object;
-    names.push_back(object->GetName());
-  }
-  json.Fail("no object is named " + Quoted(name) + DidYouMean(name, names));
+/// An element that a link may name.
+struct Linkable {
+  BaseList2D* element;
+  std::string place;
+};
+
+std::vector<Linkable> Linkables(LinkTarget target, const Document& document) {
+  std::vector<Linkable> all;
+  const auto add_row = [&all](const auto& row, const char* key) {
+    for (std::size_t i = 0; i < row.size(); ++i)
+      all.push_back({row[i].get(), key + ("[" + std::to_string(i) + "]")});
+  };
+  if (target == LinkTarget::Material) add_row(document.Materials(), "materials");
+  if (target == LinkTarget::Shader) add_row(document.Shaders(), "textures");
+  if (target == LinkTarget::Object)
+    for (SceneObject* object : document.AllObjects())
+      all.push_back({object, document.PlaceOf(*object)});
+  return all;
 }
 
-Json WriteLink(const BaseList2D* element, const Document& document) {
-  for (const SceneObject* object : document.AllObjects()) {
-    if (object != element) continue;
-    const bool unique = document.FindByName(object->GetName()).size() == 1;
-    return unique ? object->GetName() : document.PlaceOf(*object);
+std::string KindText(LinkTarget target) {
+  return target == LinkTarget::Object     ? "object"
+         : target == LinkTarget::Material ? "material"
+                                          : "texture";
+}
+
+/// By the element's name, or by its place where several have that name.
+BaseList2D* ReadLink(LinkTarget target, const JsonPlace& json, const Document& document) {
+  const std::string name = json.Text(), kind = KindText(target);
+  if (name.empty()) return nullptr;
+  const std::vector<Linkable> all = Linkables(target, document);
+  std::vector<Linkable> found;
+  std::vector<std::string> names;
+  for (const Linkable& one : all) {
+    names.push_back(one.element->GetName());
+    if (names.back() == name) found.push_back(one);
   }
+  if (found.size() == 1) return found.front().element;
+  if (found.size() > 1)
+    json.Fail("several " + kind + "s are named " + Quoted(name) + "; name it by its place, as in " +
+              Quoted(found.front().place));
+  for (const Linkable& one : all)
+    if (one.place == name) return one.element;
+  json.Fail("no " + kind + " is named " + Quoted(name) + DidYouMean(name, names));
+}
+
+Json WriteLink(LinkTarget target, const BaseList2D* element, const Document& document) {
+  if (!element) return "";
+  const std::vector<Linkable> all = Linkables(target, document);
+  const std::string name = element->GetName();
+  const bool unique = std::count_if(all.begin(), all.end(), [&](const Linkable& one) {
+                        return one.element->GetName() == name;
+                      }) == 1;
+  for (const Linkable& one : all)
+    if (one.element == element) return unique ? name : one.place;
   return "";
 }
 
@@ -84,7 +116,7 @@ ParameterValue ReadAny(const ParameterInfo& info, const JsonPlace& json, const D
     case ParameterType::Link:
       break;
   }
-  return ReadLink(json, document);
+  return ReadLink(info.target, json, document);
 }
 
 /// The number within the parameter's bounds.
@@ -140,7 +172,7 @@ Json WriteValue(const ParameterInfo& info, const BaseContainer& data, const Docu
     case ParameterType::Link:
       break;
   }
-  return WriteLink(data.GetLink(info.id), document);
+  return WriteLink(info.target, data.GetLink(info.id), document);
 }
 
 }  // namespace host

@@ -102,6 +102,8 @@ class BaseContainer {
   }
   void Remove(std::int32_t id) { values_.erase(id); }
 
+  friend bool operator==(const BaseContainer&, const BaseContainer&) = default;
+
  private:
   template <class T>
   T Get(std::int32_t id, const T& fallback) const {

@@ -37,6 +37,16 @@ class ObjectData : public NodeData {
     static_cast<void>(object);
     centre = radius = {};
   }
+
+  /// Moves particles: `particles` are those of one emitter at the document's time, from where they
+  /// go on for `step` seconds. For each one that the object has a say on, add the velocity that it
+  /// wants to the entry of `changes` with the same index, and 1 to its count. Called in
+  /// ExecutePasses, for objects that are switched on, in steps of one frame of the document.
+  virtual void ModifyParticles(const BaseObject& object, const Particles& particles,
+                               std::vector<ParticleModification>& changes, double step) {
+    static_cast<void>(object), static_cast<void>(particles), static_cast<void>(changes);
+    static_cast<void>(step);
+  }
 };
 
 class TagData : public NodeData {};

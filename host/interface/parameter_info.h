@@ -29,6 +29,9 @@ enum class ParameterType {
   Curve,     ///< [[x, y], ...]
 };
 
+/// What a Link may name.
+enum class LinkTarget { Object, Material, Shader };
+
 /// One choice of a cycle.
 struct CycleEntry {
   std::int32_t value = 0;
@@ -52,7 +55,8 @@ struct ParameterInfo {
   double maximum = std::numeric_limits<double>::infinity();
   std::string unit = {};  ///< for people; empty if the number has none
   std::vector<CycleEntry> cycle = {};
-  std::string help = {};   ///< one line
+  LinkTarget target = LinkTarget::Object;  ///< of a Link
+  std::string help = {};                   ///< one line
   bool animatable = true;  ///< may have keyframes; never for String, Filename, Link and Curve
 
   /// The name in documents.

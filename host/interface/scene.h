@@ -11,24 +11,45 @@
 #include "host/interface/base_container.h"
 #include "host/interface/base_time.h"
 #include "host/interface/c4d_thread.h"
+#include "host/interface/particles.h"
 #include "host/interface/vector.h"
 
 namespace host {
 
 class BaseDocument;
+class BaseMaterial;
+class BaseShader;
 class BaseTag;
 class NodeData;
+class PolygonObject;
 
-/// Types that are the host's own.
+/// Types of objects that are the host's own; those with particles stand in particles.h. What they
+/// have for parameters: light.h, camera.h; `nimbrix describe` lists all.
 inline constexpr std::int32_t kNullObject = 5140;
 inline constexpr std::int32_t kPolygonObject = 5100;
+inline constexpr std::int32_t kLightObject = 5301;
+inline constexpr std::int32_t kCameraObject = 5302;
+/// Primitives: they make their polygons themselves (BaseObject::GetCache).
+inline constexpr std::int32_t kSphereObject = 5311;
+inline constexpr std::int32_t kBoxObject = 5312;
+inline constexpr std::int32_t kTorusObject = 5313;
+inline constexpr std::int32_t kPlaneObject = 5314;
+inline constexpr std::int32_t kCylinderObject = 5315;
+
+/// Types of tags that are the host's own: material.h, compositing.h, SelectionTag.
+inline constexpr std::int32_t kTextureTag = 5616;
+inline constexpr std::int32_t kCompositingTag = 5637;
+inline constexpr std::int32_t kSelectionTag = 5673;
+
+/// The render settings' type: camera.h.
+inline constexpr std::int32_t kRenderData = 5901;
 
 /// Messages that elements get (BaseList2D::Message, NodeData::Message).
 enum MessageType : std::int32_t {
   kMessageDocumentLoaded = 1001,  ///< the element's document was just read; no data
 };
 
-/// What objects and tags have in common.
+/// What objects, tags, materials, textures and render settings have in common.
 class BaseList2D {
  public:
   virtual ~BaseList2D() = default;
@@ -79,6 +100,15 @@ class BaseObject : public BaseList2D {
   /// False if the user has switched the object off: it and all that lies under it count for
   /// nothing.
   virtual bool GetDeformMode() const = 0;
+
+  /// The polygons that a generator has made, in its own space: a mesh that isn't in the tree, whose
+  /// GetMg and GetUp are those of the generator. Null for any other object. Valid until the next
+  /// ExecutePasses.
+  virtual PolygonObject* GetCache() const = 0;
+
+  /// The particles of an emitter, a system or a group, at the document's time; empty for any other
+  /// object. Valid until the next ExecutePasses.
+  virtual const Particles& GetParticles() const = 0;
 };
 
 /// Corners of a polygon, as indices of points. A triangle has c == d.
@@ -87,8 +117,15 @@ struct CPolygon {
   friend bool operator==(const CPolygon&, const CPolygon&) = default;
 };
 
+/// Texture coordinates at the corners of a polygon, u and v in x and y, v downwards.
+struct UvwPolygon {
+  Vector a, b, c, d;  ///< c and d are the same for a triangle
+  friend bool operator==(const UvwPolygon&, const UvwPolygon&) = default;
+};
+
 /// A mesh: the object of type kPolygonObject. Corners are always valid indices and all points are
-/// finite.
+/// finite. The points are those of the document's time: a mesh that changes its shape has it
+/// applied. Its numbers of points and polygons never change.
 class PolygonObject : public BaseObject {
  public:
   virtual std::int32_t GetPointCount() const = 0;
@@ -96,6 +133,8 @@ class PolygonObject : public BaseObject {
   /// Arrays of those lengths, in the object's own space; valid until the next ExecutePasses.
   virtual const Vector* GetPointR() const = 0;
   virtual const CPolygon* GetPolygonR() const = 0;
+  /// As many as polygons, or null for a mesh without texture coordinates.
+  virtual const UvwPolygon* GetUvwR() const = 0;
 };
 
 /// The object as a mesh, or null if it isn't one.
@@ -104,12 +143,30 @@ inline PolygonObject* ToPoly(BaseObject* object) {
                                                        : nullptr;
 }
 
+/// The object's polygons: of a mesh itself, of a generator those that it made. Null if it has none.
+inline PolygonObject* GetPolygons(BaseObject* object) {
+  PolygonObject* mesh = ToPoly(object);
+  return mesh || !object ? mesh : object->GetCache();
+}
+
 class BaseTag : public BaseList2D {
  public:
   /// The next tag of the same object, or null.
   virtual BaseTag* GetNext() const = 0;
   virtual BaseObject* GetObject() const = 0;
 };
+
+/// A set of polygons: the tag of type kSelectionTag.
+class SelectionTag : public BaseTag {
+ public:
+  /// False for a number that is no polygon's.
+  virtual bool IsSelected(std::int32_t polygon) const = 0;
+};
+
+/// The tag as a selection, or null if it isn't one.
+inline SelectionTag* ToSelection(BaseTag* tag) {
+  return tag && tag->GetType() == kSelectionTag ? static_cast<SelectionTag*>(tag) : nullptr;
+}
 
 class BaseDocument {
  public:
@@ -134,7 +191,9 @@ class BaseDocument {
   /// Only notes the time: ExecutePasses brings the scene there.
   virtual void SetTime(const BaseTime& time) = 0;
   /// Evaluates the scene at the document's time: `animation` moves objects and parameters along
-  /// their keyframes; `expressions` and `caches` have no work in a scene without generators.
+  /// their keyframes and meshes into their shapes; `expressions` has no work; `caches` lets
+  /// generators make their polygons and brings particles to the time. Particles depend on the
+  /// document and the time alone, not on the times that were asked for before.
   /// `thread` is the caller's, null on the main thread. False if its break test fires, with the
   /// scene half evaluated.
   virtual bool ExecutePasses(const C4DThread* thread, bool animation, bool expressions,
@@ -142,6 +201,11 @@ class BaseDocument {
 
   /// The first object of the tree; null in an empty document.
   virtual BaseObject* GetFirstObject() const = 0;
+  /// The first material and texture (material.h, texture.h); null if there is none.
+  virtual BaseMaterial* GetFirstMaterial() const = 0;
+  virtual BaseShader* GetFirstShader() const = 0;
+  /// The render settings (camera.h); every document has them.
+  virtual BaseList2D& GetActiveRenderData() const = 0;
 };
 
 }  // namespace host

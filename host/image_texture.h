@@ -1,0 +1,16 @@
+// Pictures as textures.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "host/interface/texture.h"
+
+namespace host {
+
+/// Reads a picture: PNG, JPEG, BMP, PPM and whatever else Qt's plug-ins read. `linear` says that
+/// its numbers are light; else they are sRGB-coded. Between pixels it is interpolated linearly.
+/// Throws DocumentError, with `place` in front, for a file that is missing or no picture.
+std::unique_ptr<Texture> ReadImage(const std::string& path, bool linear, const std::string& place);
+
+}  // namespace host
