@@ -42,7 +42,7 @@ const host::SmallHost::Command& FindCommand(const host::SmallHost& small_host,
   throw app::UsageError("unknown command " + host::Quoted(verb) + host::DidYouMean(verb, verbs));
 }
 
-int RunCommand(const host::SmallHost& small_host, const std::vector<std::string>& words,
+int RunCommand(host::SmallHost& small_host, const std::vector<std::string>& words,
                host::Terminal& terminal) {
   const host::SmallHost::Command& command = FindCommand(small_host, words.front());
   const app::ParsedLine line = app::ParseLine(command.info, {words.begin() + 1, words.end()});
@@ -53,8 +53,11 @@ int RunCommand(const host::SmallHost& small_host, const std::vector<std::string>
   terminal.SetQuiet(line.quiet);
   terminal.SetJson(line.json);
   host::WatchInterrupts();
+  host::WakeOnInterrupt(&small_host.Queue());
   host::ProgramContext context(small_host, terminal, line.arguments);
-  return command.data->Execute(line.arguments, context);
+  const int code = command.data->Execute(line.arguments, context);
+  host::WakeOnInterrupt(nullptr);
+  return code;
 }
 
 int Run(const std::vector<std::string>& words, host::Terminal& terminal) {
@@ -64,6 +67,7 @@ int Run(const std::vector<std::string>& words, host::Terminal& terminal) {
   }
   host::SmallHost small_host;
   small_host.SetLogFile(app::FindLogFile(words));
+  small_host.GetWorld().Open(app::PreferencesFile());
   const host::PluginModule plugin(app::FindPlugin(), small_host);
   if (words.empty()) {
     std::fputs(HelpText(small_host).c_str(), stderr);

@@ -19,4 +19,14 @@ std::string FindPlugin() {
                            folder.string());
 }
 
+std::string PreferencesFile() {
+  if (const char* named = std::getenv("NIMBRIX_PREFERENCES"); named && *named) return named;
+  const char* const home = std::getenv("HOME");
+  const char* const settings = std::getenv("XDG_CONFIG_HOME");
+  const std::string folder = settings && *settings ? settings
+                             : home && *home       ? std::string(home) + "/.config"
+                                                   : std::string(".config");
+  return folder + "/nimbrix/preferences.json";
+}
+
 }  // namespace app

@@ -5,16 +5,21 @@
 
 #include <unistd.h>
 
+#include "host/event_queue.h"
 #include "host/interface/command_data.h"
 
 namespace host {
 namespace {
 
 std::atomic<int> count{0};
-static_assert(std::atomic<int>::is_always_lock_free, "used in a signal handler");
+std::atomic<const EventQueue*> to_wake{nullptr};
+static_assert(std::atomic<int>::is_always_lock_free &&
+                  std::atomic<const EventQueue*>::is_always_lock_free,
+              "used in a signal handler");
 
 void OnSignal(int) {
   if (count.fetch_add(1) >= 2) _exit(kInterrupted);
+  if (const EventQueue* queue = to_wake) queue->Wake();
 }
 
 }  // namespace
@@ -26,6 +31,8 @@ void WatchInterrupts() {
   sigaction(SIGINT, &action, nullptr);
   sigaction(SIGTERM, &action, nullptr);
 }
+
+void WakeOnInterrupt(const EventQueue* queue) { to_wake = queue; }
 
 int InterruptCount() { return count; }
 

@@ -12,13 +12,14 @@ namespace host {
 class ProgramContext final : public CommandContext {
  public:
   /// All three must outlive the context. The arguments' "set" and "object" are obeyed.
-  ProgramContext(const SmallHost& host, Terminal& terminal, const CommandArguments& arguments)
+  ProgramContext(SmallHost& host, Terminal& terminal, const CommandArguments& arguments)
       : host_(host), terminal_(terminal), arguments_(arguments) {}
 
   std::unique_ptr<BaseDocument> LoadDocument(const Filename& path) override;
   bool SaveDocument(const BaseDocument& document, const Filename& path) override;
   BaseObject* FindObject(BaseDocument& document, std::int32_t type) override;
   int Interrupts() const override;
+  bool WaitEvent(SpecialEvent& event) override { return host_.Queue().Wait(event); }
   void Error(const std::string& text) override { terminal_.Error(text); }
   void Warning(const std::string& text) override { terminal_.Warning(text); }
   void Note(const std::string& text) override { terminal_.Note(text); }
@@ -30,7 +31,7 @@ class ProgramContext final : public CommandContext {
   bool Json() const override { return terminal_.IsJson(); }
 
  private:
-  const SmallHost& host_;
+  SmallHost& host_;
   Terminal& terminal_;
   const CommandArguments& arguments_;
 };

@@ -5,10 +5,13 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/element_class.h"
+#include "host/event_queue.h"
 #include "host/interface/plugin.h"
+#include "host/world.h"
 
 namespace host {
 
@@ -38,11 +41,32 @@ class SmallHost final : public HostServices {
   Filename GetLogFile() const override { return log_file_; }
   void GePrint(const std::string& line) override;
   void EventAdd() override { ++events_; }
+  void SpecialEventAdd(SpecialEvent event) override { queue_.Add(std::move(event)); }
+  const BaseContainer* GetWorldPluginData(std::int32_t id) const override {
+    return world_.Find(id);
+  }
+  bool SetWorldPluginData(std::int32_t id, const BaseContainer& data) override {
+    return world_.Set(id, data);
+  }
+  void MessageDialog(const std::string& text) override { GePrint(text); }
+  DialogAnswer QuestionDialog(const std::string& text) override {
+    GePrint(text);
+    return answer_;
+  }
+  Filename FileDialog(FileDialogKind, const std::string&) override { return chosen_file_; }
 
   const SceneClasses& Classes() const { return classes_; }
   const std::vector<Command>& Commands() const { return commands_; }
   /// Calls of EventAdd so far.
   int Events() const { return events_; }
+
+  EventQueue& Queue() { return queue_; }
+  World& GetWorld() { return world_; }
+  /// What all dialogs get for an answer.
+  void SetAnswers(DialogAnswer answer, const Filename& file) {
+    answer_ = answer;
+    chosen_file_ = file;
+  }
 
   void SetLogFile(const std::string& path) { log_file_ = {path}; }
   /// The lines of the console so far, which become empty. A start that goes well is silent: they
@@ -61,6 +85,10 @@ class SmallHost final : public HostServices {
   std::mutex mutex_;  ///< guards console_
   std::vector<std::string> console_;
   std::atomic<int> events_{0};
+  EventQueue queue_;
+  World world_;
+  DialogAnswer answer_ = DialogAnswer::No;
+  Filename chosen_file_;
 };
 
 }  // namespace host

@@ -100,6 +100,8 @@ class BaseContainer {
     const auto found = values_.find(id);
     return found == values_.end() ? nullptr : &found->second;
   }
+  /// All values, by id.
+  const std::map<std::int32_t, ParameterValue>& Values() const { return values_; }
   void Remove(std::int32_t id) { values_.erase(id); }
 
   friend bool operator==(const BaseContainer&, const BaseContainer&) = default;

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "host/interface/scene.h"
+#include "host/interface/special_event.h"
 
 namespace host {
 
@@ -125,6 +126,10 @@ class CommandContext {
   /// Interrupts by the user so far: at 1 stop at the end of the frame, from 2 on stop at once; in
   /// both cases return kInterrupted.
   virtual int Interrupts() const = 0;
+
+  /// Waits, without using the processor, for a special event or an interrupt. True: `event` is the
+  /// oldest one. False: look at Interrupts, then wait again. On the thread of Execute.
+  virtual bool WaitEvent(SpecialEvent& event) = 0;
 
   /// One line to stderr: "nimbrix: error: " + text, and "nimbrix: warning: " + text. Never
   /// suppressed.

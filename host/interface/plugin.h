@@ -14,6 +14,7 @@
 #include "host/interface/command_data.h"
 #include "host/interface/node_data.h"
 #include "host/interface/parameter_info.h"
+#include "host/interface/special_event.h"
 #include "host/interface/video_post.h"
 
 namespace host {
@@ -58,8 +59,11 @@ using TagFactory = std::unique_ptr<TagData> (*)();
 using VideoPostFactory = std::unique_ptr<VideoPostData> (*)();
 using CommandFactory = std::unique_ptr<CommandData> (*)();
 
-/// The operations of the host that belong to no element. Main thread only, but for GePrint and
-/// EventAdd.
+enum class DialogAnswer { No, Yes, Cancel };
+enum class FileDialogKind { Load, Save, Folder };
+
+/// The operations of the host that belong to no element. Main thread only, but for GePrint,
+/// EventAdd and SpecialEventAdd.
 class HostServices {
  public:
   virtual ~HostServices() = default;
@@ -91,6 +95,22 @@ class HostServices {
   virtual void GePrint(const std::string& line) = 0;
   /// Tells the host that data of the scene changed, so that it draws anew.
   virtual void EventAdd() = 0;
+  /// Puts an event into the host's queue, which wakes the main thread. A command takes it with
+  /// CommandContext::WaitEvent.
+  virtual void SpecialEventAdd(SpecialEvent event) = 0;
+
+  /// A plug-in's container in the host's preferences; null if it never set one. Valid until it is
+  /// set again.
+  virtual const BaseContainer* GetWorldPluginData(std::int32_t id) const = 0;
+  /// Sets it, and keeps its bools, numbers, texts and paths from one start of the host to the next.
+  /// False if they can't be kept: the container then lasts as long as the program.
+  virtual bool SetWorldPluginData(std::int32_t id, const BaseContainer& data) = 0;
+
+  /// Boxes that wait for the user. Without windows a message is a line on the console, a question
+  /// gets No and a file dialog an empty path, unless the program has chosen other answers.
+  virtual void MessageDialog(const std::string& text) = 0;
+  virtual DialogAnswer QuestionDialog(const std::string& text) = 0;
+  virtual Filename FileDialog(FileDialogKind kind, const std::string& title) = 0;
 };
 
 /// What kActionLoad hands over. The first word is the version, in every version.

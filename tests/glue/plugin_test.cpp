@@ -213,7 +213,7 @@ TEST_F(Plugin, InterruptsEndTheRunAtTheFrameOrAtOnce) {
     prepare_context = [&](test::RecordingContext& c) {
       c.on_progress = [&, interrupts](const std::string& line) {
         if (c.interrupts > 0 || line.find("substep 1 of 2") == std::string::npos) return;
-        c.interrupts = interrupts;
+        c.interrupt(interrupts);
         whole_frames = c.all<std::int64_t>("frame", "frame").size();
       };
     };

@@ -1,6 +1,7 @@
 // A program round a command that keeps what the user would see.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <string>
 #include <vector>
@@ -14,7 +15,7 @@ namespace nbx::test {
 
 class RecordingContext final : public host::CommandContext {
  public:
-  explicit RecordingContext(const host::SmallHost& host) : host_(host) {}
+  explicit RecordingContext(host::SmallHost& host) : host_(host) {}
 
   std::unique_ptr<host::BaseDocument> LoadDocument(const host::Filename& path) override try {
     auto document = host::ReadDocumentFile(path.path, host_.Classes());
@@ -31,6 +32,7 @@ class RecordingContext final : public host::CommandContext {
     return nullptr;
   }
   int Interrupts() const override { return interrupts; }
+  bool WaitEvent(host::SpecialEvent& event) override { return host_.Queue().Wait(event); }
   void Error(const std::string& text) override { errors.push_back(text); }
   void Warning(const std::string& text) override { warnings.push_back(text); }
   void Note(const std::string&) override {}
@@ -57,10 +59,14 @@ class RecordingContext final : public host::CommandContext {
   std::vector<std::string> errors, warnings, results;
   std::vector<std::pair<std::string, host::EventFields>> events;
   std::function<void(const std::string&)> on_event, on_progress;
-  int interrupts = 0;
+  std::atomic<int> interrupts{0};
+  void interrupt(int times) {
+    interrupts = times;
+    host_.Queue().Wake();
+  }
 
  private:
-  const host::SmallHost& host_;
+  host::SmallHost& host_;
 };
 
 }  // namespace nbx::test

@@ -108,6 +108,13 @@ std::unique_ptr<CommandData> MakeProbe() { return std::make_unique<Probe>(); }
 bool Start() {
   using namespace test_plugin;
   services->GePrint("the test plug-in starts");
+  const BaseContainer* kept = services->GetWorldPluginData(kBox);
+  BaseContainer data = kept ? *kept : BaseContainer();
+  data.SetLong(1, data.GetLong(1) + 1);
+  data.SetReal(2, 0.1);
+  data.SetFilename(3, {"/caches"});
+  journal += "start " + std::to_string(data.GetLong(1)) + ", kept " +
+             std::to_string(services->SetWorldPluginData(kBox, data)) + "\n";
   if (Fails("start")) return false;
   return services->RegisterCommandPlugin(kProbe, "Probe", MakeProbe) &&
          services->RegisterObjectPlugin(kBox, "Box", MakeBox, BoxDescription()) &&

@@ -1,11 +1,15 @@
 // A plug-in in the small host, from load to unload.
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
+#include <thread>
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include "host/document_error.h"
+#include "host/interrupts.h"
 #include "host/plugin_module.h"
 #include "host/program_context.h"
 #include "support/support.h"
@@ -30,6 +34,7 @@ TEST(PluginLife, RunsFromLoadToEnd) {
       << R"({"objects": [{"type": "box", "name": "A", "parameters": {"edge_length": 4},
              "tags": [{"type": "source"}]}, {"type": "null"}]})";
   SmallHost small_host;
+  small_host.GetWorld().Open(folder.file("settings/world.json"));
   {
     const PluginModule plugin(NBX_TEST_PLUGIN, small_host);
     ASSERT_EQ(small_host.Commands().size(), 2U);
@@ -49,10 +54,42 @@ TEST(PluginLife, RunsFromLoadToEnd) {
   }
   EXPECT_TRUE(small_host.Commands().empty());
   EXPECT_EQ(Journal(),
-            "load, path given\nmessage 1\n"
+            "load, path given\nmessage 1\nstart 1, kept 1\n"
             "probe freed\n"  // the one that couldn't be registered a second time
             "box init, size 2.000000\nsource init\nA message 1001\n"
             "A message 7\nbox freed\nmessage 1001084\nprobe freed\nend\n");
+
+  // Another start finds what this one kept.
+  SmallHost again;
+  again.GetWorld().Open(folder.file("settings/world.json"));
+  const PluginModule plugin(NBX_TEST_PLUGIN, again);
+  const BaseContainer* kept = again.GetWorldPluginData(test_plugin::kBox);
+  ASSERT_NE(kept, nullptr);
+  EXPECT_EQ(kept->GetLong(1), 2);
+  EXPECT_EQ(kept->GetReal(2), 0.1);
+  EXPECT_EQ(kept->GetFilename(3).path, "/caches");
+  std::ofstream(folder.file("settings/world.json")) << "{\"x\": {}}";
+  EXPECT_THROW(again.GetWorld().Open(folder.file("settings/world.json")), DocumentError);
+}
+
+TEST(PluginLife, EventsAndInterruptsWakeTheMainThread) {
+  SmallHost small_host;
+  SpecialEvent event;
+  std::thread thread([&] {
+    for (int code : {1, 2}) small_host.SpecialEventAdd({7, code, {}});
+  });
+  for (int code : {1, 2}) {
+    while (!small_host.Queue().Wait(event)) {
+    }
+    EXPECT_EQ(event.code, code);
+  }
+  thread.join();
+  WatchInterrupts();
+  WakeOnInterrupt(&small_host.Queue());
+  std::thread killer([] { std::raise(SIGINT); });
+  while (InterruptCount() == 0) EXPECT_FALSE(small_host.Queue().Wait(event));
+  killer.join();
+  WakeOnInterrupt(nullptr);
 }
 
 TEST(PluginLife, FailuresOfTheStartAreTold) {
@@ -60,7 +97,7 @@ TEST(PluginLife, FailuresOfTheStartAreTold) {
     const char *fails, *message, *journal_end;
   } cases[] = {
       {"refuse", "doesn't fit this host, version 11530", "given\n"},
-      {"start", "didn't start\n  the test plug-in starts", "message 1\nend\n"},
+      {"start", "didn't start\n  the test plug-in starts", "kept 1\nend\n"},
   };
   for (const auto& [fails, message, journal_end] : cases) {
     setenv("NBX_TEST_PLUGIN_FAILS", fails, 1);
