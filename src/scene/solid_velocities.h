@@ -1,0 +1,21 @@
+// The velocities of solids on the faces of the grid.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "math/field.h"
+
+namespace nbx {
+
+/// Gives each face that touches solid the velocity, along its axis, of the vertex whose surface is
+/// nearest; all other faces get 0, as does a solid face without a vertex. `phi` and `ids` are those
+/// of post_process_voxelized. In the outer planes only what pushes out of the grid stays. Throws
+/// FieldDimensionMismatchException unless u, v, w are faces of phi's cells. An id beyond
+/// `vertex_velocities` counts as none.
+void set_solid_velocities(Field<float>& u, Field<float>& v, Field<float>& w,
+                          const Field<float>& phi, std::span<const std::int32_t> ids,
+                          std::span<const Vec3f> vertex_velocities);
+
+}  // namespace nbx

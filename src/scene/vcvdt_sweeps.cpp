@@ -1,0 +1,73 @@
+#include "scene/vcvdt_post_process.h"
+
+namespace nbx {
+
+namespace {
+
+/// One transform with the distances between its neighbours in memory.
+class Sweep {
+ public:
+  explicit Sweep(VCVDT<float>& vdt)
+      : v_(vdt),
+        n_(vdt.dims()),
+        stride_{1, static_cast<std::size_t>(n_[0]),
+                static_cast<std::size_t>(n_[0]) * static_cast<std::size_t>(n_[1])} {}
+
+  /// The plane z with rows and cells in ascending or descending order; each cell hears what its
+  /// neighbours before it in that order say, and with `from_plane` the one of the plane before.
+  void plane(int z, bool ascending, bool from_plane, bool plane_below) {
+    for (int row = 0; row < n_[1]; ++row)
+      for (int cell = 0; cell < n_[0]; ++cell) {
+        const int y = ascending ? row : n_[1] - 1 - row;
+        const int x = ascending ? cell : n_[0] - 1 - cell;
+        const std::size_t c = v_.index(x, y, z);
+        if ((v_.label[c] & (kFixed | VCVDT<float>::kVotesMask)) != VCVDT<float>::kVote) continue;
+        if (cell > 0) hear(c, 0, ascending);
+        if (row > 0) hear(c, 1, ascending);
+        if (from_plane) hear(c, 2, plane_below);
+      }
+  }
+
+  int planes() const { return n_[2]; }
+
+ private:
+  static constexpr std::uint32_t kFixed = VCVDT<float>::kFixed, kIdMask = VCVDT<float>::kIdMask;
+
+  /// Takes the way of the neighbour on an axis, and one step to it, where that is shorter.
+  void hear(std::size_t c, std::size_t axis, bool from_below) {
+    const std::size_t from = from_below ? c - stride_[axis] : c + stride_[axis];
+    if (v_.dist2[from] >= VCVDT<float>::kFar) return;
+    Vec3f way(v_.dx[from], v_.dy[from], v_.dz[from]);
+    way[static_cast<int>(axis)] += from_below ? -1.0f : 1.0f;
+    const float q = dot(way, way);
+    if (!(q < v_.dist2[c])) return;
+    v_.dx[c] = way[0];
+    v_.dy[c] = way[1];
+    v_.dz[c] = way[2];
+    v_.dist2[c] = q;
+    v_.label[c] = (v_.label[c] & ~kIdMask) | (v_.label[from] & kIdMask);
+  }
+
+  VCVDT<float>& v_;
+  const Vec3i n_;
+  const std::size_t stride_[3];
+};
+
+}  // namespace
+
+// Upwards through the planes: a cell hears x - 1, y - 1 and z - 1, then x + 1 and y + 1. Then
+// downwards, the other way round.
+void sweep_inside(VCVDT<float>& vdt) {
+  Sweep sweep(vdt);
+  const int planes = sweep.planes();
+  for (int z = 0; z < planes; ++z) {
+    sweep.plane(z, true, z > 0, true);
+    sweep.plane(z, false, false, true);
+  }
+  for (int z = planes - 1; z >= 0; --z) {
+    sweep.plane(z, false, z < planes - 1, false);
+    sweep.plane(z, true, false, false);
+  }
+}
+
+}  // namespace nbx
