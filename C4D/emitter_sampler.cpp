@@ -48,12 +48,6 @@ SimulationObjectParameters source_parameters(const host::BaseContainer& p, doubl
   return source;
 }
 
-bool has_emission(const SimulationObjectParameters& source) {
-  for (const auto& [key, amount] : source.amounts)
-    if (amount != 0) return true;
-  return false;
-}
-
 Affine3d mesh_to_cells(const host::PolygonObject& mesh, const Affine3d& world_to_cells) {
   return world_to_cells * to_affine(mesh.GetMg());
 }
