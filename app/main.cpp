@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include "host/nearest_name.h"
 #include "host/plugin_module.h"
 #include "host/program_context.h"
+#include "host/render/render_command.h"
 #include "host/small_host.h"
 #include "host/terminal.h"
 
@@ -66,6 +68,7 @@ int Run(const std::vector<std::string>& words, host::Terminal& terminal) {
     return host::kDone;
   }
   host::SmallHost small_host;
+  small_host.AddCommand(std::make_unique<host::RenderCommand>(app::VersionText()));
   small_host.SetLogFile(app::FindLogFile(words));
   small_host.GetWorld().Open(app::PreferencesFile());
   const host::PluginModule plugin(app::FindPlugin(), small_host);

@@ -49,6 +49,7 @@ bool Document::ExecutePasses(const C4DThread* thread, bool animation, bool, bool
     for (const auto& material : materials_) material->State().Evaluate(frame);
     for (const auto& shader : shaders_) shader->State().Evaluate(frame);
     render_->State().Evaluate(frame);
+    for (const auto& effect : video_posts_) effect->State().Evaluate(frame);
   }
   if (caches)
     for (std::size_t i = 0; i < shaders_.size(); ++i)
@@ -96,6 +97,13 @@ SceneShader* Document::AddShader(const ElementClass& type) {
   return shaders_.back().get();
 }
 
+SceneVideoPost* Document::AddVideoPost(const ElementClass& type) {
+  auto effect = std::make_unique<SceneVideoPost>();
+  if (!Init(*effect, type, *this)) return nullptr;
+  video_posts_.push_back(std::move(effect));
+  return video_posts_.back().get();
+}
+
 void Document::Open() {
   const std::vector<SceneObject*> all = AllObjects();
   for (SceneObject* object : all)
@@ -106,6 +114,7 @@ void Document::Open() {
     object->Message(kMessageDocumentLoaded, nullptr);
     for (const auto& tag : object->Tags()) tag->Message(kMessageDocumentLoaded, nullptr);
   }
+  for (const auto& effect : video_posts_) effect->Message(kMessageDocumentLoaded, nullptr);
 }
 
 std::vector<SceneObject*> Document::AllObjects() const {

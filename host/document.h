@@ -48,6 +48,7 @@ class Document final : public BaseDocument {
   SceneTag* AddTag(const ElementClass& type, SceneObject& object);
   SceneMaterial* AddMaterial(const ElementClass& type);
   SceneShader* AddShader(const ElementClass& type);
+  SceneVideoPost* AddVideoPost(const ElementClass& type);
 
   /// Reads the mesh files and pictures, stands the document at its first frame and sends
   /// kMessageDocumentLoaded. Throws DocumentError for a mesh or a picture that can't be had.
@@ -61,6 +62,8 @@ class Document final : public BaseDocument {
   std::string PlaceOf(const SceneObject& object) const;
   const std::vector<std::unique_ptr<SceneMaterial>>& Materials() const { return materials_; }
   const std::vector<std::unique_ptr<SceneShader>>& Shaders() const { return shaders_; }
+  /// One of each class that was known at the reading.
+  const std::vector<std::unique_ptr<SceneVideoPost>>& VideoPosts() const { return video_posts_; }
 
   std::string name;    ///< file name; empty if never on disk
   std::string folder;  ///< absolute
@@ -76,6 +79,7 @@ class Document final : public BaseDocument {
   std::vector<std::unique_ptr<SceneObject>> objects_;
   std::vector<std::unique_ptr<SceneMaterial>> materials_;
   std::vector<std::unique_ptr<SceneShader>> shaders_;
+  std::vector<std::unique_ptr<SceneVideoPost>> video_posts_;
   std::unique_ptr<SceneRender> render_;
 };
 

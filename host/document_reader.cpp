@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <limits>
+#include <set>
 #include <system_error>
 #include <utility>
 
@@ -28,9 +29,10 @@ class DocumentReader {
   std::unique_ptr<Document> Read(const JsonPlace& json, const std::string& folder) {
     document_->folder = folder;
     json.ExpectKeys({"fps", "start", "end", "preview_start", "preview_end", "render", "materials",
-                     "textures", "objects"});
+                     "textures", "post_effects", "objects"});
     ReadTimes(json);
     ReadElements(json);
+    ReadVideoPosts(json);
     if (json.Has("objects")) ReadObjects(json.At("objects"), nullptr);
     for (const auto& [object, place] : objects_) {
       ReadParameters(object->State(), place);
@@ -76,6 +78,24 @@ class DocumentReader {
               [&](const JsonPlace& place) {
                 return document_->AddShader(ReadType(place, classes_.shaders));
               });
+  }
+
+  /// All classes have one; the scene may say more of it.
+  void ReadVideoPosts(const JsonPlace& json) {
+    for (const ElementClass& type : classes_.post_effects.All())
+      if (!document_->AddVideoPost(type))
+        json.Fail("the post effect " + Quoted(type.description.name) + " can't be made");
+    if (!json.Has("post_effects")) return;
+    std::set<const ElementClass*> named;
+    ReadRow(json.At("post_effects"), {"type", "name", "parameters", "keyframes"},
+            [&](const JsonPlace& place) {
+              const ElementClass& type = ReadType(place, classes_.post_effects);
+              if (!named.insert(&type).second) place.Fail("the post effect stands here twice");
+              const auto& all = document_->VideoPosts();
+              return std::find_if(all.begin(), all.end(),
+                                  [&](const auto& e) { return e->State().type == &type; })
+                  ->get();
+            });
   }
 
   template <class Make>

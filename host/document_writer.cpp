@@ -29,8 +29,14 @@ class DocumentWriter {
       materials.push_back(WriteBody(material->State(), WriteName(material->State())));
     for (const auto& shader : d.Shaders())
       textures.push_back(WriteBody(shader->State(), WriteHead(shader->State())));
+    Json effects = Json::array();
+    for (const auto& effect : d.VideoPosts()) {
+      Json body = WriteBody(effect->State(), WriteHead(effect->State()));
+      if (body.size() > 1) effects.push_back(std::move(body));  // more than the type
+    }
     AddIfFilled(json, "materials", std::move(materials));
     AddIfFilled(json, "textures", std::move(textures));
+    AddIfFilled(json, "post_effects", std::move(effects));
     json["objects"] = WriteRow(d.Objects());
     return json;
   }

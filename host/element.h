@@ -15,6 +15,7 @@
 #include "host/interface/node_data.h"
 #include "host/interface/scene.h"
 #include "host/interface/texture.h"
+#include "host/interface/video_post.h"
 #include "host/track.h"
 #include "host/transform.h"
 
@@ -111,6 +112,7 @@ class SceneShader final : public Element<BaseShader> {
 };
 
 using SceneRender = Element<BaseList2D>;
+using SceneVideoPost = Element<BaseVideoPost>;
 
 /// Any object. Each one can be asked for points, since ToPoly looks at the type; only meshes have
 /// some.

@@ -64,7 +64,8 @@ bool Apply(const Settable& settable, const Setting& setting, const std::string& 
   return found;
 }
 
-/// Objects with their tags, materials, textures, and the render settings under their type's name.
+/// Objects with their tags, materials, textures, post effects, and the render settings under their
+/// type's name.
 std::vector<Settable> AllSettable(Document& document) {
   std::vector<Settable> all;
   for (SceneObject* object : document.AllObjects()) {
@@ -73,6 +74,7 @@ std::vector<Settable> AllSettable(Document& document) {
   }
   for (const auto& material : document.Materials()) all.push_back({&material->State()});
   for (const auto& shader : document.Shaders()) all.push_back({&shader->State()});
+  for (const auto& effect : document.VideoPosts()) all.push_back({&effect->State()});
   all.push_back({&document.GetActiveRenderData().State()});
   return all;
 }

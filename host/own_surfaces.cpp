@@ -114,6 +114,10 @@ const ElementClasses& RenderClasses() {
          Color(RENDER_BACKGROUND, "RENDER_BACKGROUND", {}, "Light of what hits nothing"),
          Link(RENDER_CAMERA, "RENDER_CAMERA", LinkTarget::Object,
               "The camera to look through; none: the first one"),
+         Still(Real(RENDER_SHUTTER, "RENDER_SHUTTER", 0, 0, 1, "frames",
+                    "Surfaces and camera blur by their way in this time, from the frame on")),
+         Still(Whole(RENDER_BOUNCES, "RENDER_BOUNCES", 0, 0, 16,
+                     "Of light between diffuse surfaces; from 1 on flames light what is near")),
          Still(Real(RENDER_FRAME_RATE, "RENDER_FRAME_RATE", 0, 0, 10000, "frames per second",
                     "Of the pictures; 0: the document's"))});
     return one;

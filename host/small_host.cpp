@@ -8,10 +8,7 @@
 
 namespace host {
 
-SmallHost::SmallHost() {
-  auto describe = std::make_unique<DescribeCommand>(classes_);
-  commands_.push_back({0, "describe", describe->GetInfo(), std::move(describe)});
-}
+SmallHost::SmallHost() { AddCommand(std::make_unique<DescribeCommand>(classes_)); }
 
 bool SmallHost::Registered(const std::string& name, const std::string& wrong) {
   if (!wrong.empty()) GePrint("registration of " + name + ": " + wrong);

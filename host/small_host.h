@@ -55,6 +55,12 @@ class SmallHost final : public HostServices {
   }
   Filename FileDialog(FileDialogKind, const std::string&) override { return chosen_file_; }
 
+  /// A command of the host's own. Its verb must be free.
+  void AddCommand(std::unique_ptr<CommandData> command) {
+    CommandInfo info = command->GetInfo();
+    commands_.push_back({0, info.verb, info, std::move(command)});
+  }
+
   const SceneClasses& Classes() const { return classes_; }
   const std::vector<Command>& Commands() const { return commands_; }
   /// Calls of EventAdd so far.

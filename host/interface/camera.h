@@ -18,6 +18,9 @@ enum RenderParameter : std::int32_t {
   RENDER_SAMPLES = 5003,     ///< long: per pixel
   RENDER_BACKGROUND = 5004,  ///< vector: radiance of a ray that hits nothing
   RENDER_CAMERA = 5005,      ///< link to a camera; none: the first one of the document
+  RENDER_SHUTTER = 5006,     ///< real, frames: surfaces and camera blur by their way in this time,
+                             ///< from the frame on; 0 for none
+  RENDER_BOUNCES = 5007,     ///< long: how often light goes on from one diffuse surface to another
   RENDER_FRAME_RATE = 5020,  ///< real, frames per second; 0: the document's
 };
 

@@ -1,0 +1,130 @@
+#include "host/render/path_tracer.h"
+
+#include "host/render/color.h"
+
+namespace host {
+namespace {
+
+constexpr int kMostSegments = 32;
+constexpr int kSureSegments = 5;  ///< after them paths end by chance
+/// Light that comes by way of a diffuse surface counts at most this much in one sample: a rare ray
+/// that meets a small bright flame would else leave a speck.
+constexpr double kIndirectLimit = 8;
+
+/// A place in a pixel: within a tent of twice its width, which smooths edges without a seam.
+double Tent(double u) { return u < 0.5 ? std::sqrt(2 * u) - 0.5 : 1.5 - std::sqrt(2 - 2 * u); }
+
+}  // namespace
+
+struct PathTracer::Path {
+  std::int32_t x = 0, y = 0, sample = 0;
+  double shutter = 0;
+  Vector origin = {}, direction = {};
+  std::uint32_t type = kRayCamera;
+  Vector weight = {1, 1, 1};
+  Vector color = {};
+  int bounces_left = 0;
+  /// Only straight transparent surfaces so far.
+  bool IsStraight() const { return (type & ~(kRayTransparency | kRayRoughTransparency)) == 0; }
+
+  void Add(const Vector& light) {
+    Vector share = Times(weight, light);
+    if ((type & kRayIndirect) != 0 && Largest(share) > kIndirectLimit)
+      share = share * (kIndirectLimit / Largest(share));
+    color = color + share;
+  }
+};
+
+PathSample PathTracer::Trace(std::int32_t x, std::int32_t y, std::uint32_t sample) {
+  const std::uint64_t pixel = static_cast<std::uint64_t>(static_cast<std::uint32_t>(y)) << 32 |
+                              static_cast<std::uint32_t>(x);
+  Sampler sampler(HashOf(scene_.seed, pixel), sample);
+  const auto [u, v] = sampler.Next2D();
+  const double shutter = scene_.has_shutter ? sampler.Next1D() : 0;
+  const RenderCamera::Ray ray = scene_.camera.At(x + Tent(u), y + Tent(v), shutter);
+  Path path{x, y, static_cast<std::int32_t>(sample), shutter, ray.origin, ray.direction};
+  path.bounces_left = scene_.bounces;
+
+  PathSample result;
+  for (int segment = 0; segment < kMostSegments; ++segment) {
+    ++counts_.rays;
+    const std::optional<SurfaceHit> hit = scene_.surfaces.Intersect(
+        {path.origin, path.direction, std::numeric_limits<double>::infinity(), path.type, shutter});
+    const VolumeQuery space = AskSpace(path, sampler, hit ? hit->distance : INFINITY);
+    if (segment == 0) {
+      result.volume = space.color;
+      result.transmittance = space.transparency;
+      if (hit) result.depth = Dot(hit->point - scene_.camera.Place().off, scene_.camera.Place().v3);
+    }
+    path.Add(space.color);
+    path.weight = Times(path.weight, space.transparency);
+    if (!hit) {
+      if (path.IsStraight()) {
+        result.backdrop = Times(path.weight, scene_.background);
+        result.alpha = 1 - Mean(path.weight);
+      } else {
+        path.Add(scene_.background);
+      }
+      break;
+    }
+    if (!GoOn(path, *hit, sampler)) break;
+    if (segment < kSureSegments) continue;
+    const double survival = std::min(0.95, Largest(path.weight));
+    if (sampler.Next1D() >= survival) break;
+    path.weight = path.weight * (1 / survival);
+  }
+  result.color = path.color;
+  return result;
+}
+
+VolumeQuery PathTracer::AskSpace(const Path& path, Sampler& sampler, double distance) {
+  VolumeQuery space(scene_, thread_, counts_);
+  space.ray = {path.origin, path.direction, distance,    path.type,         thread_,
+               path.x,      path.y,         path.sample, sampler.NextSeed()};
+  space.AskVolumetric();
+  return space;
+}
+
+/// Adds the surface's light to the path and turns the path where it goes on; false if it ends.
+bool PathTracer::GoOn(Path& path, const SurfaceHit& hit, Sampler& sampler) {
+  const SurfaceMaterial& material = *hit.material;
+  if (material.mask.texture) {
+    const double covered = Mean(material.mask.At(hit.uvw, scene_.time));
+    if (sampler.Next1D() >= covered) {  // a hole
+      path.origin = hit.point - hit.normal * hit.offset;
+      return true;
+    }
+  }
+  const SurfaceShading shading(hit, path.direction, scene_.time);
+  path.Add(shading.Emission());
+  path.Add(DirectLight(path, shading, hit, sampler));
+  const SurfaceShading::Bounce bounce = shading.Choose(sampler, path.bounces_left > 0);
+  if (bounce.type == 0 || IsBlack(bounce.weight)) return false;
+  if (bounce.type == kRayIndirect) --path.bounces_left;
+  path.type |= bounce.type;
+  path.weight = Times(path.weight, bounce.weight);
+  path.direction = Normalized(bounce.direction);
+  const double side = Dot(path.direction, hit.normal) >= 0 ? 1 : -1;
+  path.origin = hit.point + hit.normal * (side * hit.offset);
+  return true;
+}
+
+Vector PathTracer::DirectLight(const Path& path, const SurfaceShading& shading,
+                               const SurfaceHit& hit, Sampler& sampler) {
+  const Vector start = hit.point + hit.normal * hit.offset;
+  VolumeQuery query(scene_, thread_, counts_);
+  query.ray.x = path.x, query.ray.y = path.y, query.ray.sample = path.sample;
+  Vector sum;
+  for (const LightSource& light : scene_.lights) {
+    const auto [u, v] = sampler.Next2D();
+    const std::uint64_t seed = sampler.NextSeed();
+    const std::optional<LightSample> sample = light.Sample(start, u, v);
+    if (!sample) continue;
+    const Vector share = shading.Share(sample->direction);
+    if (IsBlack(share)) continue;
+    sum = sum + Times(share, query.LightFrom(light, *sample, start, path.shutter, seed));
+  }
+  return sum;
+}
+
+}  // namespace host

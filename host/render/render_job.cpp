@@ -1,0 +1,141 @@
+#include "host/render/render_job.h"
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <stdexcept>
+#include <thread>
+
+#include "host/interface/camera.h"
+#include "host/nearest_name.h"
+
+namespace host {
+namespace {
+
+constexpr int kLargestSize = 16384;
+
+const std::vector<std::string> kMissingNames{"error", "skip", "empty"};
+
+/// The whole numbers of a text, between separators; empty if it isn't `count` of them.
+std::vector<int> ReadNumbers(const std::string& text, char separator, std::size_t count) {
+  std::vector<int> numbers;
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  while (true) {
+    int number = 0;
+    const auto [next, error] = std::from_chars(at, end, number);
+    if (error != std::errc()) return {};
+    numbers.push_back(number);
+    if (next == end) break;
+    if (*next != separator) return {};
+    at = next + 1;
+  }
+  return numbers.size() == count ? numbers : std::vector<int>{};
+}
+
+void ReadSize(const CommandArguments& arguments, const BaseContainer& settings, RenderJob& job) {
+  job.width = settings.GetLong(RENDER_WIDTH, 960);
+  job.height = settings.GetLong(RENDER_HEIGHT, 540);
+  if (!arguments.Has("size")) return;
+  const std::string text = arguments.GetString("size");
+  const std::vector<int> size = ReadNumbers(text, 'x', 2);
+  const auto good = [](int n) { return n >= 1 && n <= kLargestSize; };
+  if (size.empty() || !good(size[0]) || !good(size[1]))
+    throw std::invalid_argument("--size: " + Quoted(text) + " isn't WIDTHxHEIGHT, each from 1 to " +
+                                std::to_string(kLargestSize));
+  job.width = size[0];
+  job.height = size[1];
+}
+
+PictureWindow ReadWindow(const CommandArguments& arguments, int width, int height) {
+  if (!arguments.Has("region")) return {0, 0, width, height};
+  const std::string text = arguments.GetString("region");
+  const std::vector<int> n = ReadNumbers(text, ',', 4);
+  if (n.empty()) throw std::invalid_argument("--region: " + Quoted(text) + " isn't X0,Y0,X1,Y1");
+  if (n[0] < 0 || n[1] < 0 || n[2] > width || n[3] > height || n[0] >= n[2] || n[1] >= n[3])
+    throw std::invalid_argument("--region: " + text + " is empty or not within the picture of " +
+                                std::to_string(width) + "x" + std::to_string(height));
+  return {n[0], n[1], n[2], n[3]};
+}
+
+/// "scenes/fire.json" becomes "fire.####.png" in the current folder.
+std::string DefaultOutput(const BaseDocument& document) {
+  return std::filesystem::path(document.GetDocumentName()).stem().string() + ".####.png";
+}
+
+std::vector<std::int32_t> AllFrames(const BaseDocument& document) {
+  std::vector<std::int32_t> frames;
+  const std::int64_t fps = document.GetFps(), last = document.GetMaxTime().GetFrame(fps);
+  for (std::int64_t frame = document.GetMinTime().GetFrame(fps); frame <= last; ++frame)
+    frames.push_back(static_cast<std::int32_t>(frame));
+  return frames;
+}
+
+}  // namespace
+
+std::vector<OptionInfo> RenderOptions() {
+  return {
+      {.name = "scene",
+       .value_name = "SCENE",
+       .help = "The scene document",
+       .positional = true,
+       .required = true},
+      {.name = "output",
+       .value_name = "PATTERN",
+       .help = "Pictures, .exr or .png, with #### for the frame; without it SCENE.####.png in "
+               "this folder"},
+      {.name = "size",
+       .value_name = "WxH",
+       .help = "Pixels of the picture; without it as the scene says"},
+      {.name = "region",
+       .value_name = "X0,Y0,X1,Y1",
+       .help = "Only the pixels from X0,Y0 to before X1,Y1, counted from the upper left corner"},
+      {.name = "samples",
+       .type = OptionType::Long,
+       .value_name = "N",
+       .help = "Samples per pixel; without it as the scene says",
+       .minimum = 1,
+       .maximum = 65536},
+      {.name = "missing",
+       .type = OptionType::Choice,
+       .value_name = "WHAT",
+       .help = "What a frame without its cached data is: an error (the default), skipped, or "
+               "rendered without (empty)",
+       .choices = kMissingNames},
+      {.name = "precision",
+       .type = OptionType::Choice,
+       .value_name = "TYPE",
+       .help = "Numbers in EXR files: half (the default) or float",
+       .choices = {"half", "float"}},
+      {.name = "exposure",
+       .type = OptionType::Real,
+       .value_name = "STOPS",
+       .help = "Brightens PNG pictures by two to the power of STOPS (0)",
+       .minimum = -64,
+       .maximum = 64}};
+}
+
+RenderJob ReadJob(const CommandArguments& arguments, const BaseDocument& document) {
+  const BaseContainer& settings = document.GetActiveRenderData().GetDataInstance();
+  RenderJob job;
+  ReadSize(arguments, settings, job);
+  job.window = ReadWindow(arguments, job.width, job.height);
+  job.frames = arguments.GetFrames("frames");
+  if (job.frames.empty()) job.frames = AllFrames(document);
+  job.quality = {arguments.GetLong("samples", std::max(1, settings.GetLong(RENDER_SAMPLES, 16))),
+                 settings.GetReal(RENDER_SHUTTER), settings.GetLong(RENDER_BOUNCES)};
+  const auto processors = static_cast<std::int32_t>(std::thread::hardware_concurrency());
+  job.threads = arguments.GetLong("threads", std::max(1, processors));
+  job.output = arguments.GetString("output", DefaultOutput(document));
+  if (const std::string wrong = WhatIsWrongWithPath(job.output); !wrong.empty())
+    throw std::invalid_argument("--output: " + Quoted(job.output) + ": " + wrong);
+  if (arguments.GetString("precision") == "float") job.depth = PictureDepth::Float;
+  job.exposure = arguments.GetReal("exposure");
+  const auto missing =
+      std::find(kMissingNames.begin(), kMissingNames.end(), arguments.GetString("missing"));
+  if (missing != kMissingNames.end())
+    job.missing = static_cast<MissingFrames>(missing - kMissingNames.begin());
+  return job;
+}
+
+}  // namespace host

@@ -1,0 +1,35 @@
+// All that the rays of one frame need: surfaces, lights, camera, background, post effects.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/render/light_source.h"
+#include "host/render/render_camera.h"
+#include "host/render/surface_scene.h"
+
+namespace host {
+
+/// What the render settings say of the way of light.
+struct RenderQuality {
+  int samples = 16;    ///< per pixel
+  double shutter = 0;  ///< frames that it is open
+  int bounces = 0;     ///< of light between diffuse surfaces
+};
+
+struct RenderScene {
+  /// Reads the document as it stands. Throws std::runtime_error.
+  RenderScene(BaseDocument& document, const RenderQuality& quality, int width, int height);
+
+  SurfaceScene surfaces;
+  std::vector<LightSource> lights;
+  RenderCamera camera;
+  Vector background;
+  int bounces = 0;
+  bool has_shutter = false;
+  double time = 0;                      ///< of the frame, in seconds
+  std::uint64_t seed = 0;               ///< of the frame
+  std::vector<VideoPostData*> effects;  ///< those that are open
+};
+
+}  // namespace host

@@ -1,0 +1,22 @@
+#include "host/render/scene_walk.h"
+
+namespace host {
+namespace {
+
+void AddRow(BaseObject* first, std::vector<BaseObject*>& all) {
+  for (BaseObject* object = first; object; object = object->GetNext()) {
+    if (!object->GetDeformMode()) continue;
+    all.push_back(object);
+    AddRow(object->GetDown(), all);
+  }
+}
+
+}  // namespace
+
+std::vector<BaseObject*> EnabledObjects(const BaseDocument& document) {
+  std::vector<BaseObject*> all;
+  AddRow(document.GetFirstObject(), all);
+  return all;
+}
+
+}  // namespace host

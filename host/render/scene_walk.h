@@ -1,0 +1,13 @@
+// The objects of a document, for those who look for some of them.
+#pragma once
+
+#include <vector>
+
+#include "host/interface/scene.h"
+
+namespace host {
+
+/// All objects that are switched on, as is everything above them, parents first.
+std::vector<BaseObject*> EnabledObjects(const BaseDocument& document);
+
+}  // namespace host

@@ -1,0 +1,77 @@
+#include "host/render/surface_material.h"
+
+#include "host/render/color.h"
+
+namespace host {
+namespace {
+
+const Texture* TextureOf(const BaseContainer& data, std::int32_t id) {
+  const auto* shader = static_cast<const BaseShader*>(data.GetLink(id));
+  return shader ? &shader->GetTexture() : nullptr;
+}
+
+/// A coordinate that runs back in every second repetition.
+double Mirrored(double x) {
+  const double period = x - 2 * std::floor(x / 2);
+  return period > 1 ? 2 - period : period;
+}
+
+}  // namespace
+
+Vector SurfaceMaterial::Channel::At(const Vector& uvw, double time) const {
+  return texture ? Times(color, texture->Sample(uvw, time)) : color;
+}
+
+bool SurfaceMaterial::Place(Vector& uvw) const {
+  uvw.x = (uvw.x - offset_u) / length_u;
+  uvw.y = (uvw.y - offset_v) / length_v;
+  if (!tile) return uvw.x >= 0 && uvw.x <= 1 && uvw.y >= 0 && uvw.y <= 1;
+  if (mirror) uvw = {Mirrored(uvw.x), Mirrored(uvw.y), 0};
+  return true;
+}
+
+Vector SurfaceMaterial::Passing(Vector uvw, double time) const {
+  if (!IsTransparent()) return {};
+  if (!Place(uvw)) return {};
+  const double covered = std::clamp(Mean(mask.At(uvw, time)), 0.0, 1.0);
+  return Mix({1, 1, 1}, transparency.At(uvw, time), covered);
+}
+
+SurfaceMaterial ReadMaterial(const BaseTag& texture_tag) {
+  SurfaceMaterial result;
+  const BaseContainer& tag = texture_tag.GetDataInstance();
+  const BaseList2D* material = tag.GetLink(TEXTURETAG_MATERIAL);
+  if (!material) return result;
+  const BaseContainer& data = material->GetDataInstance();
+  result.color = {data.GetVector(MATERIAL_COLOR, {0.8, 0.8, 0.8}),
+                  TextureOf(data, MATERIAL_COLOR_TEXTURE)};
+  result.emission = {data.GetVector(MATERIAL_EMISSION), TextureOf(data, MATERIAL_EMISSION_TEXTURE)};
+  result.transparency = {data.GetVector(MATERIAL_TRANSPARENCY),
+                         TextureOf(data, MATERIAL_TRANSPARENCY_TEXTURE)};
+  result.mask.texture = TextureOf(data, MATERIAL_MASK_TEXTURE);
+  result.reflection = data.GetVector(MATERIAL_REFLECTION);
+  result.roughness = data.GetReal(MATERIAL_ROUGHNESS);
+  result.refraction = std::max(data.GetReal(MATERIAL_REFRACTION, 1), 0.01);
+
+  const auto length = [&tag](std::int32_t id) {
+    const double value = tag.GetReal(id, 1);
+    return value == 0 ? 1 : value;
+  };
+  result.offset_u = tag.GetReal(TEXTURETAG_OFFSET_U);
+  result.offset_v = tag.GetReal(TEXTURETAG_OFFSET_V);
+  result.length_u = length(TEXTURETAG_LENGTH_U);
+  result.length_v = length(TEXTURETAG_LENGTH_V);
+  result.tile = tag.GetBool(TEXTURETAG_TILE, true);
+  result.mirror = tag.GetBool(TEXTURETAG_MIRROR);
+  return result;
+}
+
+std::vector<BaseTag*> TextureTags(const BaseObject& object) {
+  std::vector<BaseTag*> tags;
+  for (const BaseObject* o = &object; o && tags.empty(); o = o->GetUp())
+    for (BaseTag* tag = o->GetFirstTag(); tag; tag = tag->GetNext())
+      if (tag->GetType() == kTextureTag) tags.push_back(tag);
+  return tags;
+}
+
+}  // namespace host

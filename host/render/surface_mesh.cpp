@@ -1,0 +1,141 @@
+#include "host/render/surface_mesh.h"
+
+#include "host/interface/compositing.h"
+#include "host/render/color.h"
+
+namespace host {
+namespace {
+
+constexpr double kRoundCosine = 0.766044443118978;  // of 40 degrees
+
+SurfaceMesh::Point ToPoint(const Vector& v) {
+  return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
+}
+
+const BaseContainer* CompositingData(const BaseObject& object) {
+  for (const BaseObject* o = &object; o; o = o->GetUp())
+    for (const BaseTag* tag = o->GetFirstTag(); tag; tag = tag->GetNext())
+      if (tag->GetType() == kCompositingTag) return &tag->GetDataInstance();
+  return nullptr;
+}
+
+SurfaceVisibility ReadVisibility(const BaseObject& object) {
+  SurfaceVisibility result;
+  const BaseContainer* data = CompositingData(object);
+  if (!data) return result;
+  constexpr std::uint32_t kReflections = kRayReflection | kRayRoughReflection;
+  constexpr std::uint32_t kTransparencies = kRayTransparency | kRayRoughTransparency;
+  constexpr std::uint32_t kRefractions = kRayRefraction | kRayRoughRefraction;
+  const auto hide = [&](std::int32_t parameter, std::uint32_t from) {
+    if (!data->GetBool(parameter, true)) result.hidden_from |= from;
+  };
+  hide(COMPOSITING_SEEN_BY_CAMERA, SurfaceVisibility::kHiddenFromCamera);
+  hide(COMPOSITING_SEEN_BY_RAYS, kReflections | kRefractions | kRayIndirect | kRayOcclusion);
+  hide(COMPOSITING_SEEN_BY_REFLECTION, kReflections);
+  hide(COMPOSITING_SEEN_BY_TRANSPARENCY, kTransparencies);
+  hide(COMPOSITING_SEEN_BY_REFRACTION, kRefractions);
+  hide(COMPOSITING_SEEN_BY_GI, kRayIndirect);
+  hide(COMPOSITING_SEEN_BY_AO, kRayOcclusion);
+  result.casts_shadows = data->GetBool(COMPOSITING_CAST_SHADOWS, true);
+  return result;
+}
+
+SelectionTag* FindSelection(BaseObject& object, const std::string& name) {
+  for (BaseTag* tag = object.GetFirstTag(); tag; tag = tag->GetNext())
+    if (SelectionTag* selection = ToSelection(tag); selection && tag->GetName() == name)
+      return selection;
+  return nullptr;
+}
+
+/// Index of the material of each polygon; the materials go into the mesh.
+std::vector<std::uint32_t> ReadMaterials(SurfaceMesh& mesh, BaseObject& owner,
+                                         std::int32_t polygon_count) {
+  mesh.materials.emplace_back();
+  std::vector<std::uint32_t> index(static_cast<std::size_t>(polygon_count), 0);
+  for (BaseTag* tag : TextureTags(owner)) {
+    if (!tag->GetDataInstance().GetLink(TEXTURETAG_MATERIAL)) continue;
+    const auto material = static_cast<std::uint32_t>(mesh.materials.size());
+    mesh.materials.push_back(ReadMaterial(*tag));
+    const std::string selected = tag->GetDataInstance().GetString(TEXTURETAG_SELECTION);
+    const SelectionTag* selection = selected.empty() ? nullptr : FindSelection(owner, selected);
+    if (!selected.empty() && !selection) continue;
+    for (std::int32_t p = 0; p < polygon_count; ++p)
+      if (!selection || selection->IsSelected(p)) index[static_cast<std::size_t>(p)] = material;
+  }
+  return index;
+}
+
+/// Area vectors of triangles, and sums of them over neighbours that lie nearly in one plane.
+class NormalMaker {
+ public:
+  NormalMaker(const std::vector<Vector>& points, const std::vector<SurfaceMesh::Corners>& triangles)
+      : triangles_(triangles), around_(points.size()) {
+    for (std::size_t t = 0; t < triangles.size(); ++t) {
+      const auto& [a, b, c] = triangles[t];
+      areas_.push_back(Cross(points[b] - points[a], points[c] - points[a]));
+      for (const std::uint32_t corner : triangles[t])
+        around_[corner].push_back(static_cast<std::uint32_t>(t));
+    }
+  }
+
+  std::vector<SurfaceMesh::Point> Make(bool turned) const {
+    std::vector<SurfaceMesh::Point> normals;
+    for (std::size_t t = 0; t < triangles_.size(); ++t)
+      for (const std::uint32_t corner : triangles_[t])
+        normals.push_back(ToPoint(Sum(t, corner) * (turned ? -1 : 1)));
+    return normals;
+  }
+
+ private:
+  Vector Sum(std::size_t triangle, std::uint32_t corner) const {
+    const Vector own = Normalized(areas_[triangle]);
+    Vector sum;
+    for (const std::uint32_t other : around_[corner])
+      if (Dot(own, Normalized(areas_[other])) >= kRoundCosine) sum = sum + areas_[other];
+    return Normalized(sum);
+  }
+
+  const std::vector<SurfaceMesh::Corners>& triangles_;
+  std::vector<std::vector<std::uint32_t>> around_;  ///< triangles at each point
+  std::vector<Vector> areas_;
+};
+
+}  // namespace
+
+SurfaceMesh ReadMesh(PolygonObject& polygons, BaseObject& owner) {
+  SurfaceMesh mesh;
+  mesh.visibility = ReadVisibility(owner);
+  const auto materials = ReadMaterials(mesh, owner, polygons.GetPolygonCount());
+  const UvwPolygon* uvw = polygons.GetUvwR();
+  const auto add = [&](std::int32_t p, std::array<std::int32_t, 3> c, std::array<Vector, 3> uv) {
+    mesh.triangles.push_back({static_cast<std::uint32_t>(c[0]), static_cast<std::uint32_t>(c[1]),
+                              static_cast<std::uint32_t>(c[2])});
+    mesh.material.push_back(materials[static_cast<std::size_t>(p)]);
+    if (uvw) mesh.uvws.push_back(uv);
+  };
+  for (std::int32_t p = 0; p < polygons.GetPolygonCount(); ++p) {
+    const auto [a, b, c, d] = polygons.GetPolygonR()[p];
+    const UvwPolygon uv = uvw ? uvw[p] : UvwPolygon{};
+    add(p, {a, b, c}, {uv.a, uv.b, uv.c});
+    if (c != d) add(p, {a, c, d}, {uv.a, uv.c, uv.d});
+  }
+  AddStep(mesh, polygons, owner);
+  return mesh;
+}
+
+bool AddStep(SurfaceMesh& mesh, PolygonObject& polygons, BaseObject& owner) {
+  const auto count = static_cast<std::size_t>(polygons.GetPointCount());
+  if (!mesh.points.empty() && mesh.points.front().size() != count) return false;
+  const Matrix to_world = owner.GetMg();
+  std::vector<Vector> world;
+  std::vector<SurfaceMesh::Point> points;
+  for (std::size_t i = 0; i < count; ++i) {
+    world.push_back(to_world * polygons.GetPointR()[i]);
+    points.push_back(ToPoint(world.back()));
+  }
+  mesh.points.push_back(std::move(points));
+  mesh.normals.push_back(NormalMaker(world, mesh.triangles).Make(Determinant(to_world) < 0));
+  return true;
+}
+
+}  // namespace host

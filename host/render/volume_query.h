@@ -1,0 +1,49 @@
+// Asking the post effects about rays, and answering what they ask meanwhile.
+#pragma once
+
+#include <atomic>
+
+#include "host/render/render_scene.h"
+
+namespace host {
+
+/// Counts of one thread, or their sum over all.
+struct RayCounts {
+  std::int64_t rays = 0;         ///< camera rays and those that go on from surfaces
+  std::int64_t shadow_rays = 0;  ///< to lights
+  std::int64_t broken = 0;       ///< answers of post effects that weren't finite
+};
+
+/// The small host's VolumeData. Cheap to make, one for each ray.
+class VolumeQuery final : public VolumeData {
+ public:
+  VolumeQuery(const RenderScene& scene, std::int32_t thread, RayCounts& counts)
+      : scene_(scene), counts_(counts) {
+    ray.thread = thread;
+  }
+
+  /// What the space along `ray` does: sets color and transparency, decoded, from all effects.
+  void AskVolumetric();
+
+  /// Light from one place of a light at a point, shadows included; black where there is none.
+  /// `seed` starts the random numbers of the shadow ray.
+  Vector LightFrom(const LightSource& light, const LightSample& sample, const Vector& point,
+                   double shutter, std::uint64_t seed);
+
+  std::int32_t GetLightCount() const override {
+    return static_cast<std::int32_t>(scene_.lights.size());
+  }
+  const RayLight& GetLight(std::int32_t index) const override {
+    return scene_.lights[static_cast<std::size_t>(index)].Info();
+  }
+  bool Illuminate(std::int32_t light, const Vector& point, Vector& light_color,
+                  Vector& direction) override;
+
+ private:
+  void Ask(void (VideoPostData::*calc)(VolumeData&), bool camera_ray);
+
+  const RenderScene& scene_;
+  RayCounts& counts_;
+};
+
+}  // namespace host
