@@ -1,78 +1,41 @@
 #include "scene/cell_center_voxelizer.h"
 
-#include <atomic>
-#include <exception>
+#include "scene/block_bound.h"
+#include "scene/triangle_scan.h"
 
 namespace nbx {
 
-namespace {
-
-/// Blocks that a box of cells reaches into.
-std::size_t block_count(const IntBox& box) {
-  if (box.empty()) return 0;
-  std::size_t n = 1;
-  for (int a = 0; a < 3; ++a)
-    n *= static_cast<std::size_t>((box.hi[a] >> 3) - (box.lo[a] >> 3) + 1);
-  return n;
-}
-
-/// The block of the last hit: cells come in rows, so most hits fall into it.
-struct BlockCursor {
-  SparseField<float, 3>& field;
-  Vec3i block{-1, -1, -1};
-  float* data = nullptr;
-
-  float& cell(int x, int y, int z) {
-    const Vec3i wanted(x >> 3, y >> 3, z >> 3);
-    if (wanted != block) {
-      data = field.hash_insert(x, y, z).data;
-      block = wanted;
-    }
-    return data[SparseField<float, 3>::voxel_index(x & 7, y & 7, z & 7)];
-  }
-};
-
-}  // namespace
-
-void merge_largest(float& cell, float value) {
-  std::atomic_ref<float> stored(cell);
-  float old = stored.load(std::memory_order_relaxed);
-  while (std::abs(old) <= std::abs(value) &&
-         !stored.compare_exchange_weak(old, value, std::memory_order_relaxed)) {
-  }
+void CellCenterVoxelizer::hit(Cursor& cursor, const Vec3i& cell, double q,
+                              const VoxelizationTriangle& triangle, float strength) const {
+  float w = strength * profile_.weight(q);
+  if (!(w > 0)) return;
+  if (!profile_.plain()) w *= profile_.surface_scale(triangle, vector_cast<double>(cell));
+  if (w > 0) merge_largest(cursor.cell(cell[0], cell[1], cell[2]), w);
 }
 
 void CellCenterVoxelizer::voxelize(const VoxelizationTriangle& triangle) const {
-  BlockCursor cursor{field_};
+  Cursor at = cursor();
   TriangleScan(triangle, profile_.thickness, box_).run([&](int x, int y, int z, double q, double) {
-    const float w = profile_.weight(q);
-    if (w > 0) merge_largest(cursor.cell(x, y, z), w);
+    hit(at, Vec3i(x, y, z), q, triangle);
   });
 }
 
-std::size_t CellCenterVoxelizer::blocks(const VoxelizationTriangle& triangle) const {
-  return block_count(TriangleScan(triangle, profile_.thickness, box_).box());
+void voxelize(SparseField<float, 3>& field, const PolygonWalk& walk, const IntBox& box,
+              const ThicknessProfile& profile) {
+  field.hash_resize(field.blocks().size() + block_bound(walk, profile.thickness, box));
+  const CellCenterVoxelizer voxelizer(field, box, profile);
+  walk.run([&](const VoxelizationTriangle& triangle) { voxelizer.voxelize(triangle); });
 }
 
 void voxelize(SparseField<float, 3>& field, std::span<const VoxelizationTriangle> triangles,
               const IntBox& box, const ThicknessProfile& profile) {
-  const CellCenterVoxelizer voxelizer(field, box, profile);
-  std::size_t blocks = 0;
-  for (const VoxelizationTriangle& triangle : triangles) blocks += voxelizer.blocks(triangle);
-  field.hash_resize(field.blocks().size() + std::min(blocks, block_count(box)));
-
-  std::exception_ptr failure;
-  const auto n = static_cast<std::ptrdiff_t>(triangles.size());
-#pragma omp parallel for schedule(dynamic, 1)
-  for (std::ptrdiff_t i = 0; i < n; ++i) {
-    try {
-      voxelizer.voxelize(triangles[static_cast<std::size_t>(i)]);
-    } catch (...) {
-#pragma omp critical(voxelize_failure)
-      failure = std::current_exception();
-    }
+  DetachedPolygonObject mesh;
+  for (const VoxelizationTriangle& t : triangles) {
+    const int a = static_cast<int>(mesh.points.size());
+    for (const Vec3f& p : {t.p0, t.p1, t.p2}) mesh.points.push_back(vector_cast<double>(p));
+    mesh.polygons.push_back({a, a + 2, a + 1, a + 1});  // the walk turns it back
   }
-  if (failure) std::rethrow_exception(failure);
+  voxelize(field, PolygonWalk({&mesh, 1}, Affine3d::identity()), box, profile);
 }
 
 }  // namespace nbx

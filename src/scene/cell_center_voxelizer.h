@@ -4,33 +4,33 @@
 #include <span>
 
 #include "math/int_box.h"
-#include "math/sparse_field.h"
-#include "scene/triangle_scan.h"
+#include "scene/block_cursor.h"
+#include "scene/polygon_walk.h"
+#include "scene/thickness_profile.h"
 
 namespace nbx {
 
-/// How the weight of a cell falls off with its distance from the surface.
-struct ThicknessProfile {
-  double thickness = 1;  // reach in cells, above 0
-  /// 1 on the surface, falling linearly to 0 at the reach.
-  float weight(double square_distance) const {
-    return static_cast<float>(std::max(1 - std::sqrt(square_distance) / thickness, 0.0));
-  }
-};
-
-/// Writes the weights of the cells of `box` round one triangle. Any number of threads may voxelize
-/// into one field at once, once its map has room (SparseField::hash_resize): a cell near several
+/// Writes the weights of the cells of `box` round triangles. Any number of threads may write into
+/// one field at once, once its map has room (SparseField::hash_resize): a cell near several
 /// triangles keeps the largest weight, whatever the order. A weight of 0 makes no block.
 class CellCenterVoxelizer {
  public:
+  using Cursor = BlockCursor;  // of one thread
+
   /// `box` must lie within the coordinates that a sparse field can hold.
   CellCenterVoxelizer(SparseField<float, 3>& field, const IntBox& box, ThicknessProfile profile)
       : field_(field), box_(box), profile_(profile) {}
 
-  void voxelize(const VoxelizationTriangle& triangle) const;
+  const IntBox& box() const { return box_; }
+  const ThicknessProfile& profile() const { return profile_; }
+  Cursor cursor() const { return Cursor(field_); }
 
-  /// Blocks that the triangle can touch, at most.
-  std::size_t blocks(const VoxelizationTriangle& triangle) const;
+  /// Merges one cell of the box at the squared distance q; its weight is scaled by `strength`.
+  void hit(Cursor& cursor, const Vec3i& cell, double q, const VoxelizationTriangle& triangle,
+           float strength = 1) const;
+
+  /// All cells within reach of the triangle.
+  void voxelize(const VoxelizationTriangle& triangle) const;
 
  private:
   SparseField<float, 3>& field_;
@@ -40,10 +40,11 @@ class CellCenterVoxelizer {
 
 /// Voxelizes all triangles in parallel; what `field` held before is merged in. The values are the
 /// same bits for any number of threads, the order of the blocks isn't.
+void voxelize(SparseField<float, 3>& field, const PolygonWalk& walk, const IntBox& box,
+              const ThicknessProfile& profile);
+
+/// The same for the corners of a list of triangles.
 void voxelize(SparseField<float, 3>& field, std::span<const VoxelizationTriangle> triangles,
               const IntBox& box, const ThicknessProfile& profile);
-
-/// Stores `value` unless the cell's magnitude is larger: an atomic maximum by magnitude.
-void merge_largest(float& cell, float value);
 
 }  // namespace nbx

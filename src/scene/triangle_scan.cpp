@@ -9,7 +9,7 @@ constexpr double kSmallestSquareEdge = 1e-6;
 // direction of the normal be.
 constexpr double kSmallestShare = 1e-12;
 
-bool finite(const Vec3d& p) {
+bool finite(const Vec3f& p) {
   return std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]);
 }
 
@@ -19,27 +19,28 @@ Vec3d divided(const Vec3d& v, double by) { return {v[0] / by, v[1] / by, v[2] / 
 
 }  // namespace
 
+IntBox scan_box(const VoxelizationTriangle& triangle, double reach, const IntBox& target) {
+  const Vec3f &p0 = triangle.p0, &p1 = triangle.p1, &p2 = triangle.p2;
+  if (target.empty() || !finite(p0) || !finite(p1) || !finite(p2)) return {};
+  IntBox box;
+  for (int a = 0; a < 3; ++a) {
+    const auto [low, high] = std::minmax({p0[a], p1[a], p2[a]});
+    // Cut before they become integers.
+    const double lo = std::max<double>(std::floor(low - reach), target.lo[a]);
+    const double hi = std::min<double>(std::ceil(high + reach), target.hi[a]);
+    if (lo > hi) return {};
+    box.lo[a] = static_cast<int>(lo);
+    box.hi[a] = static_cast<int>(hi);
+  }
+  return box;
+}
+
 TriangleScan::TriangleScan(const VoxelizationTriangle& triangle, double reach, const IntBox& target)
     : p_{vector_cast<double>(triangle.p0), vector_cast<double>(triangle.p1),
          vector_cast<double>(triangle.p2)},
-      reach_(reach) {
-  if (!find_box(target) || !set_functions()) box_ = IntBox();
-}
-
-/// The triangle's bounds grown by the reach, cut by `target` before they become integers.
-bool TriangleScan::find_box(const IntBox& target) {
-  if (target.empty()) return false;
-  for (const Vec3d& p : p_)
-    if (!finite(p)) return false;
-  for (int a = 0; a < 3; ++a) {
-    const auto [low, high] = std::minmax({p_[0][a], p_[1][a], p_[2][a]});
-    const double lo = std::max<double>(std::floor(low - reach_), target.lo[a]);
-    const double hi = std::min<double>(std::ceil(high + reach_), target.hi[a]);
-    if (lo > hi) return false;
-    box_.lo[a] = static_cast<int>(lo);
-    box_.hi[a] = static_cast<int>(hi);
-  }
-  return true;
+      reach_(reach),
+      box_(scan_box(triangle, reach, target)) {
+  if (!box_.empty() && !set_functions()) box_ = IntBox();
 }
 
 bool TriangleScan::set_functions() {
@@ -51,18 +52,18 @@ bool TriangleScan::set_functions() {
   }
   const Vec3d area = cross(e[1], -e[0]);
   if (length(area) <= kSmallestShare * longest) return false;
-  const Vec3d normal = divided(area, length(area));
+  normal_ = divided(area, length(area));
 
   const auto set = [&](int f, const Vec3d& g, const Vec3d& origin) {
     const auto i = static_cast<std::size_t>(f);
     low_[i] = dot(g, vector_cast<double>(box_.lo) - origin);
     for (std::size_t a = 0; a < 3; ++a) gradient_[a][i] = g[static_cast<int>(a)];
   };
-  set(kD, normal, p_[0]);
+  set(kD, normal_, p_[0]);
   for (int i = 0; i < 3; ++i) {
     const auto edge = static_cast<std::size_t>(i);
     const Vec3d& origin = p_[(edge + 2) % 3];  // p2, p0, p1
-    const Vec3d inward = cross(normal, e[edge]);
+    const Vec3d inward = cross(normal_, e[edge]);
     set(kA0 + i, divided(e[edge], dot(e[edge], e[edge])), origin);
     set(kB0 + i, divided(inward, length(inward)), origin);
   }

@@ -33,6 +33,10 @@
 
 namespace nbx {
 
+/// The cells of `target` in the triangle's bounds grown by the reach; empty if there are none or a
+/// corner isn't finite.
+IntBox scan_box(const VoxelizationTriangle& triangle, double reach, const IntBox& target);
+
 /// A prepared triangle.
 class TriangleScan {
  public:
@@ -43,6 +47,9 @@ class TriangleScan {
 
   /// The cells that can be hit; empty if none can.
   const IntBox& box() const { return box_; }
+
+  /// Unit length; undefined where the box is empty.
+  const Vec3d& normal() const { return normal_; }
 
   /// Calls hit(x, y, z, q, d) for each cell with q <= reach^2: q the squared distance of its centre
   /// from the triangle, d the signed one from its plane, positive where the corners run
@@ -58,7 +65,6 @@ class TriangleScan {
     for (std::size_t f = 0; f < kFunctions; ++f) v[f] += steps * gradient[f];
   }
 
-  bool find_box(const IntBox& target);
   bool set_functions();
   bool clip_row(double d, int& first, int& last) const;
   double square_distance(const Values& v, const Vec3d& cell) const;
@@ -66,6 +72,7 @@ class TriangleScan {
   std::array<Vec3d, 3> p_;
   double reach_;
   IntBox box_;
+  Vec3d normal_;
   Values low_{};                      // at the low corner of the box
   std::array<Values, 3> gradient_{};  // per axis
 };

@@ -1,0 +1,111 @@
+// A kd-tree over boxes, for finding those that a line along an axis meets.
+//
+// Inner nodes are split where the surface area heuristic expects the least work (MacDonald and
+// Booth, Heuristics for ray tracing using space subdivision, 1990), evaluated at equidistant planes
+// of the longest axis (Hunt, Mark and Stoll, Fast kd-tree construction with an adaptive
+// error-bounded heuristic, 2006), so a level of the tree costs time in proportion to its boxes.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <span>
+#include <vector>
+
+#include "math/vector.h"
+
+namespace nbx {
+
+/// A box in space.
+struct Bounds3f {
+  Vec3f lo, hi;
+};
+
+/// 8 bytes. Inner: the split position with its low two bits replaced by the axis, and the index of
+/// the second child; the first child is the next node. Leaf: the count of primitives and 3 in the
+/// low bits, and the primitive itself where there is one, else the index of the first in the list.
+struct KdNode {
+  std::uint32_t head, link;
+
+  static KdNode inner(float split, int axis);
+  static KdNode leaf(std::uint32_t count, std::uint32_t link) { return {(count << 2) | 3, link}; }
+
+  bool is_leaf() const { return (head & 3) == 3; }
+  int axis() const { return static_cast<int>(head & 3); }
+  std::uint32_t count() const { return head >> 2; }
+  /// The position that the tree is split at: the one that the node keeps.
+  float split() const {
+    const std::uint32_t bits = head & ~3u;
+    float position;
+    std::memcpy(&position, &bits, sizeof position);
+    return position;
+  }
+};
+
+/// Read-only once it is built: any number of threads may ask, each with a KdVisitor of its own.
+class KdTree {
+ public:
+  /// Builds over primitives 0 .. n - 1 with these bounds, which must be finite. Where there are
+  /// 2^30 or more, logs that and builds no tree.
+  explicit KdTree(std::span<const Bounds3f> bounds);
+
+  std::size_t primitives() const { return primitives_; }
+  const std::vector<KdNode>& nodes() const { return nodes_; }
+  const std::vector<std::uint32_t>& leaf_lists() const { return leaf_lists_; }
+
+ private:
+  std::size_t primitives_ = 0;
+  std::vector<KdNode> nodes_;
+  std::vector<std::uint32_t> leaf_lists_;
+};
+
+/// One thread's walks through a tree, which must outlive it.
+class KdVisitor {
+ public:
+  explicit KdVisitor(const KdTree& tree) : tree_(tree), last_line_(tree.primitives(), 0) {}
+
+  /// Calls body(primitive), once for each whose bounds may meet the line along `axis` through the
+  /// point, whose coordinate on that axis doesn't matter. The order is the tree's.
+  template <class Body>
+  void line(int axis, const Vec3f& point, Body&& body);
+
+ private:
+  const KdTree& tree_;
+  std::vector<std::uint32_t> stack_;
+  // Which line met each primitive last: one that lies in several leaves is handed out once.
+  std::vector<std::uint32_t> last_line_;
+  std::uint32_t line_ = 0;
+};
+
+template <class Body>
+void KdVisitor::line(int axis, const Vec3f& point, Body&& body) {
+  if (tree_.nodes().empty()) return;
+  if (++line_ == 0) {  // the count of lines came round
+    std::fill(last_line_.begin(), last_line_.end(), 0);
+    line_ = 1;
+  }
+  const auto meet = [&](std::uint32_t primitive) {
+    if (last_line_[primitive] == line_) return;
+    last_line_[primitive] = line_;
+    body(primitive);
+  };
+  const KdNode* nodes = tree_.nodes().data();
+  stack_.assign(1, 0);
+  while (!stack_.empty()) {
+    std::uint32_t at = stack_.back();
+    stack_.pop_back();
+    while (!nodes[at].is_leaf()) {
+      const KdNode node = nodes[at];
+      const float c = point[node.axis()], split = node.split();
+      // A line within the splitting plane may meet what lies on either side.
+      const bool both = node.axis() == axis || c == split;
+      if (both) stack_.push_back(node.link);
+      at = both || c < split ? at + 1 : node.link;
+    }
+    const KdNode leaf = nodes[at];
+    if (leaf.count() == 1) meet(leaf.link);
+    if (leaf.count() > 1)
+      for (std::uint32_t i = 0; i < leaf.count(); ++i) meet(tree_.leaf_lists()[leaf.link + i]);
+  }
+}
+
+}  // namespace nbx

@@ -1,0 +1,46 @@
+// How a voxelizer writes into a sparse field: cell by cell, with the block of the last cell at
+// hand, and in any order with the same result.
+#pragma once
+
+#include <atomic>
+#include <cmath>
+
+#include "math/sparse_field.h"
+
+namespace nbx {
+
+/// One thread's place in a field: cells come in rows, so most fall into the block of the last one.
+class BlockCursor {
+ public:
+  explicit BlockCursor(SparseField<float, 3>& field) : field_(&field) {}
+
+  /// The cell; its block is made if it doesn't exist.
+  float& cell(int x, int y, int z) {
+    const Vec3i wanted(x >> 3, y >> 3, z >> 3);
+    if (wanted != block_) {
+      data_ = field_->hash_insert(x, y, z).data;
+      block_ = wanted;
+    }
+    return data_[SparseField<float, 3>::voxel_index(x & 7, y & 7, z & 7)];
+  }
+
+ private:
+  SparseField<float, 3>* field_;
+  Vec3i block_{-1, -1, -1};
+  float* data_ = nullptr;
+};
+
+/// An atomic maximum by magnitude; of two values of one magnitude the positive one stays. So any
+/// number of threads may merge into a cell, and the order leaves no trace.
+inline void merge_largest(float& cell, float value) {
+  const auto goes_before = [](float a, float b) {
+    return std::abs(a) != std::abs(b) ? std::abs(a) > std::abs(b) : a > b;
+  };
+  std::atomic_ref<float> stored(cell);
+  float old = stored.load(std::memory_order_relaxed);
+  while (goes_before(value, old) &&
+         !stored.compare_exchange_weak(old, value, std::memory_order_relaxed)) {
+  }
+}
+
+}  // namespace nbx

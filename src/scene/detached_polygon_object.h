@@ -1,0 +1,30 @@
+// A mesh as the scene hands it over: copied out of its host, so that it can be walked by any number
+// of threads and outlives the host's evaluation of the scene.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <vector>
+
+#include "math/affine_transform.h"
+#include "scene/surface_texture.h"
+
+namespace nbx {
+
+struct DetachedPolygonObject {
+  using Polygon = std::array<int, 4>;  // indices of points; a triangle repeats its third corner
+
+  std::vector<Vec3d> points;  // in the object's space
+  std::vector<Polygon> polygons;
+  Affine3d to_world = Affine3d::identity();
+
+  // Optional: empty, or one entry for each polygon's corner, point or polygon.
+  std::vector<std::array<Vec3f, 4>> uvw;  // per polygon
+  std::vector<float> corner_weights;      // per point
+  std::vector<bool> selection;            // per polygon: only those that are set are walked
+  std::shared_ptr<const SurfaceTexture> texture;
+
+  int first_id = -1;  // running index of the first point; -1: the points have no ids
+};
+
+}  // namespace nbx

@@ -1,0 +1,41 @@
+#include "scene/polygon_object_container.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <omp.h>
+
+namespace nbx {
+
+namespace {
+
+/// Whether a line of the box's cells along some axis can meet the triangle: then their bounds
+/// overlap on the two other axes. No comparison holds for NaN.
+bool can_matter(const VoxelizationTriangle& t, const IntBox& box) {
+  int overlaps = 0;
+  for (int a = 0; a < 3; ++a) {
+    const float x = t.p0[a], y = t.p1[a], z = t.p2[a];
+    if (!(std::isfinite(x) && std::isfinite(y) && std::isfinite(z))) return false;
+    const auto [low, high] = std::minmax({x, y, z});
+    overlaps += high >= static_cast<float>(box.lo[a]) && low <= static_cast<float>(box.hi[a]);
+  }
+  return overlaps >= 2;
+}
+
+}  // namespace
+
+PolygonObjectContainer::PolygonObjectContainer(const PolygonWalk& walk, const IntBox& box)
+    : box_(box) {
+  if (box.empty()) return;
+  std::vector<std::vector<Triangle>> parts(static_cast<std::size_t>(omp_get_max_threads()));
+  walk.run([&](const VoxelizationTriangle& t) {
+    if (can_matter(t, box))
+      parts[static_cast<std::size_t>(omp_get_thread_num())].push_back({{t.p0, t.p1, t.p2}});
+  });
+  std::size_t n = 0;
+  for (const auto& part : parts) n += part.size();
+  triangles_.reserve(n);
+  for (const auto& part : parts) triangles_.insert(triangles_.end(), part.begin(), part.end());
+}
+
+}  // namespace nbx
