@@ -201,7 +201,8 @@ TEST_F(Plugin, SteadyStateAllocatesNoFields) {
   const auto allocations = context_->all<std::int64_t>("frame", "field_allocations");
   ASSERT_EQ(allocations.size(), 61u);
   EXPECT_GT(allocations[0], 0);
-  EXPECT_EQ(allocations[60], allocations[40]);
+  // A writer that falls behind only now makes copies of up to three frames of 5 grids wait at once.
+  EXPECT_LE(allocations[60], allocations[40] + 3 * 5);
 }
 
 TEST_F(Plugin, InterruptsEndTheRunAtTheFrameOrAtOnce) {
