@@ -96,44 +96,23 @@ void BcfFile::write(const char* data, std::size_t size) {
   }
 }
 
-BcfFile::Payload BcfFile::encode(Codec codec, const Field<float>& field) {
-  switch (codec) {
-    case Codec::kRaw:
-      return {reinterpret_cast<const char*>(field.data()), field.count() * sizeof(float)};
-    case Codec::kRunLength: {
-      char* encoded = buffer_.reserve(rle_bound(field.count()));
-      return {encoded, rle_encode(encoded, field.data(), field.count())};
-    }
-    case Codec::kPredictive: {
-      const std::size_t size = predictive_encode(buffer_, field.data(), field.dims());
-      return {buffer_.data(), size};
-    }
-    default:
-      throw Exception("Unknown codec");
-  }
-}
-
 void BcfFile::addGrid(int gridType, Codec codec, const FrameTime& simTime,
                       const FrameTime& frameTime, const Vec3i& offset, const GridMatrix& gridMatrix,
                       const Field<float>& field) {
+  // Any type beyond a byte is an invalid one.
+  const auto type = static_cast<std::uint8_t>(std::clamp(gridType, 0, 255));
+  addPayload({0, type, static_cast<std::uint8_t>(codec), simTime, frameTime, offset, field.dims(),
+              gridMatrix},
+             encode_grid(buffer_, codec, field));
+}
+
+void BcfFile::addPayload(GridHead head, const Payload& payload) {
   if (mode_ != Mode::kWriting)
     throw Exception("Failed to add float grid. No file opened for writing.");
-  if (gridType < 1 || gridType > 35) throw Exception("Invalid grid type.");
-  if (!cell_count(field.dims())) throw Exception("Grid too large for a frame file.");
-
-  const Payload payload = encode(codec, field);
+  if (head.gridType < 1 || head.gridType > 35) throw Exception("Invalid grid type.");
   if (payload.size > std::numeric_limits<std::uint32_t>::max())
     throw Exception("Grid too large for a frame file.");
-
-  GridHead head;
   head.dataSize = static_cast<std::uint32_t>(payload.size);
-  head.gridType = static_cast<std::uint8_t>(gridType);
-  head.codec = static_cast<std::uint8_t>(codec);
-  head.simTime = simTime;
-  head.frameTime = frameTime;
-  head.offset = offset;
-  head.dims = field.dims();
-  head.gridMatrix = gridMatrix;
   char bytes[kBcfHeadSize];
   encode_head(bytes, head);
   write(bytes, sizeof bytes);

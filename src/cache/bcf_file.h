@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "cache/bcf_format.h"
-#include "cache/byte_buffer.h"
+#include "cache/grid_encoder.h"
 #include "cache/grid_type.h"
 #include "math/field.h"
 #include "util/exception.h"
@@ -62,6 +62,8 @@ class BcfFile {
   /// leaves part of the record behind; std::bad_alloc.
   void addGrid(int gridType, Codec codec, const FrameTime& simTime, const FrameTime& frameTime,
                const Vec3i& offset, const GridMatrix& gridMatrix, const Field<float>& field);
+  /// The same for a grid that is encoded already. `head.dataSize` needn't be set.
+  void addPayload(GridHead head, const Payload& payload);
 
   /// Reads the next head, skipping the payload of the one before. False at the end of the file or
   /// on a short read. `position()` is then that of the payload. Throws Exception if no file is open
@@ -86,14 +88,8 @@ class BcfFile {
  private:
   enum class Mode { kClosed, kReading, kWriting };
 
-  struct Payload {
-    const char* data;
-    std::size_t size;
-  };
-
   bool open(const std::string& path, Mode mode);
   bool fail();
-  Payload encode(Codec codec, const Field<float>& field);
   void readRaw(std::uint64_t position, const GridHead& head, Field<float>& field);
   void readRunLength(std::uint64_t position, const GridHead& head, Field<float>& field);
   void readPredictive(std::uint64_t position, const GridHead& head, Field<float>& field);

@@ -75,9 +75,7 @@ std::uint64_t SimFrame::writeLoaded(const std::string& file, Codec codec,
     return 0;
   }
   try {
-    for (const auto& [type, grid] : grids)
-      if (grid.field)
-        out.addGrid(type, codec, simTime, frameTime, grid.offset, grid.gridMatrix, *grid.field);
+    addLoaded(out, codec);
     const std::uint64_t size = out.position();
     if (!out.close()) throw BcfWriteError(out.errorString());
     return size;
@@ -90,6 +88,21 @@ std::uint64_t SimFrame::writeLoaded(const std::string& file, Codec codec,
     out.discard();
     throw;
   }
+}
+
+void SimFrame::addLoaded(BcfFile& out, Codec codec) const {
+  std::vector<const Field<float>*> fields;
+  std::vector<GridHead> heads;
+  for (const auto& [type, grid] : grids) {
+    if (!grid.field) continue;
+    fields.push_back(grid.field.get());
+    heads.push_back({0, static_cast<std::uint8_t>(std::clamp(type, 0, 255)),
+                     static_cast<std::uint8_t>(codec), simTime, frameTime, grid.offset,
+                     grid.field->dims(), grid.gridMatrix});
+  }
+  std::vector<ByteBuffer> buffers;
+  const std::vector<Payload> payloads = encode_grids(buffers, codec, fields);
+  for (std::size_t i = 0; i < heads.size(); ++i) out.addPayload(heads[i], payloads[i]);
 }
 
 FieldHandle SimFrame::grid(int gridType) {

@@ -68,6 +68,8 @@ class SimFrame {
   IntBox box() const;
 
  private:
+  void addLoaded(BcfFile& out, Codec codec) const;
+
   struct FileGrid {
     GridHead head;
     std::uint64_t position = 0;  // of the payload

@@ -191,5 +191,20 @@ TEST_F(SimFrameTest, SeveralReadersLoadAtOnce) {
   }
 }
 
+// Grids large enough to be encoded on several threads give the bytes of one after the other.
+TEST_F(SimFrameTest, GridsEncodedSideBySideGiveTheSameFile) {
+  SimFrame frame;
+  for (const int type : {2, 3, 5, 24}) frame.add(filled({64, 48, 50 + type}, 7), type, {}, {});
+  for (const Codec codec : {Codec::kRaw, Codec::kRunLength, Codec::kPredictive}) {
+    BcfFile serial;
+    ASSERT_TRUE(serial.create(folder.file("serial")));
+    for (const auto& [type, grid] : frame.grids)
+      serial.addGrid(type, codec, frame.simTime, frame.frameTime, {}, {}, *grid.field);
+    serial.close();
+    EXPECT_EQ(frame.write(path, codec), std::filesystem::file_size(path));
+    EXPECT_EQ(test::read_file(path), test::read_file(folder.file("serial")));
+  }
+}
+
 }  // namespace
 }  // namespace nbx
