@@ -45,21 +45,21 @@ Document::Document() : render_(std::make_unique<SceneRender>()) {
 bool Document::ExecutePasses(const C4DThread* thread, bool animation, bool, bool caches) {
   const double frame =
       static_cast<double>(time_.GetNumerator() * fps) / static_cast<double>(time_.GetDenominator());
-  if (animation) {
-    for (const auto& material : materials_) material->State().Evaluate(frame);
-    for (const auto& shader : shaders_) shader->State().Evaluate(frame);
-    render_->State().Evaluate(frame);
-    for (const auto& effect : video_posts_) effect->State().Evaluate(frame);
-  }
-  if (caches)
-    for (std::size_t i = 0; i < shaders_.size(); ++i)
-      shaders_[i]->Update("textures[" + std::to_string(i) + "]");
-  for (SceneObject* object : AllObjects()) {
-    if (thread && thread->TestBreak()) return false;
-    if (animation) object->Evaluate(frame);
-    if (caches) object->UpdateCache();
-  }
-  return true;
+  if (thread && thread->TestBreak()) return false;
+  if (animation) Animate(frame);
+  if (!caches) return true;
+  for (std::size_t i = 0; i < shaders_.size(); ++i)
+    shaders_[i]->Update("textures[" + std::to_string(i) + "]");
+  for (SceneObject* object : AllObjects()) object->UpdateCache();
+  return particle_run_.Update(*this, thread);
+}
+
+void Document::Animate(double frame) {
+  for (const auto& material : materials_) material->State().Evaluate(frame);
+  for (const auto& shader : shaders_) shader->State().Evaluate(frame);
+  render_->State().Evaluate(frame);
+  for (const auto& effect : video_posts_) effect->State().Evaluate(frame);
+  for (SceneObject* object : AllObjects()) object->Evaluate(frame);
 }
 
 SceneObject* Document::AddObject(const ElementClass& type, SceneObject* parent) {

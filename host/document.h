@@ -10,6 +10,7 @@
 
 #include "host/element.h"
 #include "host/interface/scene.h"
+#include "host/particle_run.h"
 
 namespace host {
 
@@ -50,6 +51,9 @@ class Document final : public BaseDocument {
   SceneShader* AddShader(const ElementClass& type);
   SceneVideoPost* AddVideoPost(const ElementClass& type);
 
+  /// Moves all elements along their keyframes to that frame.
+  void Animate(double frame);
+
   /// Reads the mesh files and pictures, stands the document at its first frame and sends
   /// kMessageDocumentLoaded. Throws DocumentError for a mesh or a picture that can't be had.
   void Open();
@@ -81,6 +85,7 @@ class Document final : public BaseDocument {
   std::vector<std::unique_ptr<SceneShader>> shaders_;
   std::vector<std::unique_ptr<SceneVideoPost>> video_posts_;
   std::unique_ptr<SceneRender> render_;
+  ParticleRun particle_run_;
 };
 
 }  // namespace host

@@ -12,13 +12,31 @@ void ElementState::Evaluate(double frame) {
 
 BaseObject* SceneTag::GetObject() const { return object_; }
 
-void SceneObject::Evaluate(double frame) {
+Transform SceneObject::TransformAt(double frame) const {
+  Transform at = transform;
   const auto follow = [frame](const std::optional<Track>& track, Vector& value) {
     if (track) value = std::get<Vector>(track->Evaluate(frame));
   };
-  follow(position_track, transform.position);
-  follow(rotation_track, transform.rotation);
-  follow(scale_track, transform.scale);
+  follow(position_track, at.position);
+  follow(rotation_track, at.rotation);
+  follow(scale_track, at.scale);
+  return at;
+}
+
+Matrix SceneObject::MatrixAt(double frame) const {
+  const Matrix own = ToMatrix(TransformAt(frame));
+  return up_ ? up_->MatrixAt(frame) * own : own;
+}
+
+const Particles& SceneObject::GetParticles() const {
+  if (state_.type->id != kParticleGroup || !children_.empty()) return particles;
+  const BaseList2D* system = state_.data.GetLink(kGroupSystem);
+  const bool is_system = system && system->GetType() == kParticleSystem;
+  return is_system ? static_cast<const SceneObject*>(system)->particles : particles;
+}
+
+void SceneObject::Evaluate(double frame) {
+  transform = TransformAt(frame);
   state_.Evaluate(frame);
   for (const auto& tag : tags_) tag->State().Evaluate(frame);
 }

@@ -130,7 +130,7 @@ class SceneObject final : public Element<PolygonObject> {
   Vector GetRad() const override { return Bounds().second; }
   bool GetDeformMode() const override { return enabled; }
   SceneObject* GetCache() const override { return cache_.get(); }
-  const Particles& GetParticles() const override { return particles; }
+  const Particles& GetParticles() const override;
 
   std::int32_t GetPointCount() const override { return static_cast<std::int32_t>(points.size()); }
   std::int32_t GetPolygonCount() const override {
@@ -139,6 +139,14 @@ class SceneObject final : public Element<PolygonObject> {
   const Vector* GetPointR() const override { return points.data(); }
   const CPolygon* GetPolygonR() const override { return polygons.data(); }
   const UvwPolygon* GetUvwR() const override { return uvws.empty() ? nullptr : uvws.data(); }
+
+  /// False if the object or one above it is switched off.
+  bool IsOn() const { return enabled && (!up_ || up_->IsOn()); }
+  bool IsUnder(const SceneObject& other) const {
+    return up_ && (up_ == &other || up_->IsUnder(other));
+  }
+  /// The matrix to the world at that frame, whatever the document's time is.
+  Matrix MatrixAt(double frame) const;
 
   const std::vector<std::unique_ptr<SceneObject>>& Children() const { return children_; }
   const std::vector<std::unique_ptr<SceneTag>>& Tags() const { return tags_; }
@@ -160,6 +168,7 @@ class SceneObject final : public Element<PolygonObject> {
 
  private:
   friend class Document;
+  Transform TransformAt(double frame) const;
   std::pair<Vector, Vector> Bounds() const;  ///< centre, half edges
 
   SceneObject* up_ = nullptr;

@@ -11,7 +11,8 @@ void AddParticleObjects(ElementClasses& objects) {
   };
   Add(objects, kParticleEmitter, "Emitter", "particle_emitter",
       "A rectangle in its own x and y that sends particles along z",
-      {Real(kEmitterRate, "EMITTER_RATE", 25, 0, 1e9, "particles per second", "How many are born"),
+      {Real(kEmitterRate, "EMITTER_RATE", 25, 0, 1e9, "particles per second",
+            "How many are born; an emitter holds at most 10000000 at once"),
        Real(kEmitterLife, "EMITTER_LIFE", 2, 0, 1e6, "s", "From birth to death"),
        share(kEmitterLifeVariation, "EMITTER_LIFE_VARIATION",
              "Lives differ by up to this share of the life, either way"),
