@@ -74,6 +74,12 @@ class RationalSpline {
   const std::vector<BezierKnot>& bezier() const { return bezier_; }
   const std::vector<float>& bias() const { return bias_; }
   const std::vector<SplineSpan>& spans() const { return spans_; }
+  /// For the kernels; valid until the next change.
+  SplineTable table() const {
+    if (knots_.empty()) return {};
+    return {spans_.data(), static_cast<int>(spans_.size()), knots_.front().y, knots_.back().x,
+            knots_.back().y};
+  }
 
   /// Pair by pair in the order of the points: coordinates, slopes and biases; ids and modes stay.
   /// += appends the surplus points of `other`, -= ignores them.

@@ -5,13 +5,6 @@
 
 namespace nbx {
 
-/// What RationalSpline::evaluate reads, as plain numbers. With no knots all of them are 0.
-struct SplineTable {
-  const SplineSpan* spans;
-  int count;  // of spans
-  float first_y, last_x, last_y;
-};
-
 struct SplineKernels {
   /// dst[i] = the curve at v[i], with the bits of RationalSpline::evaluate. `dst` isn't `v`.
   void (*evaluate)(float* dst, const float* v, int n, const SplineTable& table);

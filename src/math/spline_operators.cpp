@@ -27,9 +27,7 @@ float positive(float a) { return std::max(a, 0.0f); }
 
 SplineTable table_of(RationalSpline& spline) {
   if (spline.dirty()) spline.rebuild();
-  if (spline.knots().empty()) return {};
-  return {spline.spans().data(), static_cast<int>(spline.spans().size()), spline.knots().front().y,
-          spline.knots().back().x, spline.knots().back().y};
+  return spline.table();
 }
 
 // dst[i] = op(src[i], spline(driver[i]))

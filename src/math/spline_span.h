@@ -13,6 +13,13 @@ struct SplineSpan {
   bool rational;  // false for a bias of 0.5: then the numerator alone is the curve
 };
 
+/// What RationalSpline::evaluate reads, as plain numbers. With no knots all of them are 0.
+struct SplineTable {
+  const SplineSpan* spans;
+  int count;  // of spans
+  float first_y, last_x, last_y;
+};
+
 /// The span's curve at v. Always inlined, for kernel files (util/isa.h).
 template <bool kRational>
 [[gnu::always_inline]] inline float span_value(const SplineSpan& s, float v) {

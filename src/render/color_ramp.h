@@ -2,6 +2,7 @@
 // value glows.
 #pragma once
 
+#include <array>
 #include <vector>
 
 #include "render/sample_block.h"
@@ -13,7 +14,8 @@ class ColorRamp {
  public:
   virtual ~ColorRamp() = default;
 
-  /// The colours of n <= kBlock values. NaN counts as the lowest value.
+  /// The colours of n <= kBlock values, which are aligned and readable up to kBlock (see
+  /// march_kernels.h). NaN counts as the lowest value.
   virtual void lookup(Colors& out, const float* values, int n) const = 0;
   /// The largest value of each channel over the ramp.
   virtual Color maxColor() const = 0;
@@ -61,10 +63,8 @@ class BlackbodyRamp final : public ColorRamp {
   Color maxColor() const override;
   using ColorRamp::lookup;
 
-  const std::vector<Color>& table() const { return table_; }
-
  private:
-  std::vector<Color> table_;
+  std::array<std::array<float, kCount + 1>, 3> channels_{};  // with the float that kernels read
 };
 
 }  // namespace nbx

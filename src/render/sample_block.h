@@ -8,11 +8,12 @@ namespace nbx {
 /// The most samples in a block. A whole number of rows of lanes (math/lanes.h).
 inline constexpr int kBlock = 16;
 
-/// Points in voxel coordinates of one volume.
+/// Points in voxel coordinates of one volume. The first n count; kernels look at the others of a
+/// row of lanes too.
 struct Points {
   int n = 0;
-  alignas(64) float x[kBlock], y[kBlock], z[kBlock];
-  alignas(64) float t[kBlock];  // distance along the ray, in world units
+  alignas(64) float x[kBlock]{}, y[kBlock]{}, z[kBlock]{};
+  alignas(64) float t[kBlock]{};  // distance along the ray, in world units
 };
 
 /// A colour for each point.

@@ -3,7 +3,7 @@
 // Transactions on Visualization and Computer Graphics 1(2), 1995). Where volumes overlap, all of
 // them are summed at every sample, and steps are those of the finest.
 //
-// All threads of a render call at once. A ray allocates for three or more volumes only, locks
+// All threads of a render call at once. With up to four volumes a ray allocates nothing; it locks
 // nothing, and its result depends on its record alone.
 #pragma once
 

@@ -1,0 +1,65 @@
+#include "render/channel_sampler.h"
+
+#include <algorithm>
+
+#include "math/field_filters.h"
+#include "math/field_resampling.h"
+#include "render/grid_lookup.h"
+#include "util/isa.h"
+
+NBX_DECLARE_ISA(MarchKernels, kMarchKernels)
+
+namespace nbx {
+
+const MarchKernels& march_kernels() { return NBX_SELECT_ISA(kMarchKernels); }
+
+namespace {
+
+int smallest(const Vec3i& dims) { return std::min({dims[0], dims[1], dims[2]}); }
+
+FieldHandle ramp_field(const Vec3i& dims, int axis) {
+  FieldHandle field = acquire_field(dims);
+  create_gradient_field(*field, axis, {});
+  return field;
+}
+
+}  // namespace
+
+bool ChannelSampler::bind(SimFrame& frame, int channel, Filter newFilter) {
+  filter = newFilter;
+  if (channel > kNoGrid)
+    field = frame.grid(channel);
+  else if (channel < kNoGrid && channel >= kRampZ && smallest(frame.dims()) >= 3)
+    field = ramp_field(frame.dims(), kRampX - channel);
+  else
+    field = nullptr;
+  if (field && smallest(field->dims()) < 2) field = nullptr;
+  return field != nullptr;
+}
+
+void ChannelSampler::blur(double radius) {
+  if (!field || !(radius > 0)) return;
+  FieldHandle blurred = acquire_field();
+  blurred->copy(*field);
+  const FieldHandle tmp = acquire_field(field->dims());
+  box_blur3D(*blurred, *tmp, radius);
+  field = blurred;
+}
+
+void ChannelSampler::sample(float* out, const Points& points) const {
+  if (!field || filter == Filter::kLinear) return sampleLinear(out, points);
+  const MarchKernels& kernels = march_kernels();
+  const bool catmullRom = filter == Filter::kCatmullRom;
+  const bool fits = smallest(field->dims()) >= 4;
+  const auto look = !fits ? kernels.clamped : catmullRom ? kernels.catmullRom : kernels.bspline;
+  look(out, kernel_field(*field), points.x, points.y, points.z, points.n);
+  if (catmullRom && !fits)
+    for (int i = 0; i < points.n; ++i) out[i] = std::max(out[i], 0.0f);
+}
+
+void ChannelSampler::sampleLinear(float* out, const Points& points) const {
+  if (!field) return std::fill_n(out, kBlock, 0.0f), void();
+  march_kernels().linear(out, kernel_field(*field), points.x, points.y, points.z, points.n);
+}
+
+}  // namespace nbx

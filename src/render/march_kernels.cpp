@@ -1,0 +1,112 @@
+#include "render/march_kernels.h"
+
+#include "math/lane_exp.h"
+#include "math/lane_sampling.h"
+
+namespace nbx::NBX_ISA {
+
+namespace {
+
+F row(const float* p, int at) { return load(p + at, Full()); }
+
+template <class Look>
+void for_rows(float* out, const float* x, const float* y, const float* z, int n, Look look) {
+  for (int at = 0; at < n; at += W)
+    store(out + at, look(row(x, at), row(y, at), row(z, at)), Full());
+}
+
+NBX_FLATTEN void linear_rows(float* out, const KernelField& field, const float* x, const float* y,
+                             const float* z, int n) {
+  const KernelField f = field;
+  const auto within = [](F a, int cells) {
+    return (a >= 0.0f) & (a <= static_cast<float>(cells - 1));
+  };
+  for_rows(out, x, y, z, n, [&](F px, F py, F pz) {
+    const I inside = within(px, f.nx) & within(py, f.ny) & within(pz, f.nz);
+    return select(inside, sample_linear(f, px, py, pz), F{});
+  });
+}
+
+NBX_FLATTEN void clamped_rows(float* out, const KernelField& field, const float* x, const float* y,
+                              const float* z, int n) {
+  const KernelField f = field;
+  for_rows(out, x, y, z, n, [&](F px, F py, F pz) { return sample_linear(f, px, py, pz); });
+}
+
+// Weights of the points -1, 0, 1, 2 of a cubic B-spline.
+Quad bspline_weights(F t) {
+  const F t2 = t * t, t3 = t2 * t;
+  constexpr float sixth = 1.0f / 6;
+  return {sixth - t3 * sixth + (t2 - t) * 0.5f, t3 * 0.5f - t2 + 2.0f / 3,
+          sixth - (t3 - t2 - t) * 0.5f, t3 * sixth};
+}
+
+// Separable over the 4 x 4 x 4 points round the cell where they fit, else trilinear.
+template <class Weights>
+F cubic(const KernelField& f, F x, F y, F z, Weights weights) {
+  const auto fits = [](F a, int n) { return (a >= 1.0f) & (a < static_cast<float>(n - 2)); };
+  const I inner = fits(x, f.nx) & fits(y, f.ny) & fits(z, f.nz);
+  const F one = splat(1.0f);
+  const Cell cell =
+      inner_cell(f, select(inner, x, one), select(inner, y, one), select(inner, z, one));
+  const Quad wx = weights(cell.tx), wy = weights(cell.ty), wz = weights(cell.tz);
+  F plane[4];
+  for (int k = 0; k < 4; ++k) {
+    F line[4];
+    for (int j = 0; j < 4; ++j)
+      line[j] =
+          combine(wx, gather_quads(f.data + (k - 1) * plane_of(f) + (j - 1) * f.nx - 1, cell.at));
+    plane[k] = combine(wy, {line[0], line[1], line[2], line[3]});
+  }
+  const F value = combine(wz, {plane[0], plane[1], plane[2], plane[3]});
+  return any(~inner) ? select(inner, value, sample_linear(f, x, y, z)) : value;
+}
+
+NBX_FLATTEN void catmull_rom_rows(float* out, const KernelField& field, const float* x,
+                                  const float* y, const float* z, int n) {
+  const KernelField f = field;
+  for_rows(out, x, y, z, n,
+           [&](F px, F py, F pz) { return max(cubic(f, px, py, pz, catmull_rom), F{}); });
+}
+
+NBX_FLATTEN void bspline_rows(float* out, const KernelField& field, const float* x, const float* y,
+                              const float* z, int n) {
+  const KernelField f = field;
+  for_rows(out, x, y, z, n,
+           [&](F px, F py, F pz) { return cubic(f, px, py, pz, bspline_weights); });
+}
+
+// Where the difference from 1 would cancel, the series of 1 - e^-q to q^5.
+NBX_FLATTEN void absorb_rows(float* loss, const float* depth, int n) {
+  for (int at = 0; at < n; at += W) {
+    const F q = row(depth, at);
+    F series = splat(1.0f / 120);
+    series = series * q - 1.0f / 24;
+    series = series * q + 1.0f / 6;
+    series = series * q - 0.5f;
+    series = series * q + 1.0f;
+    store(loss + at, select(q < 0.1f, series * q, 1.0f - exp(-q)), Full());
+  }
+}
+
+NBX_FLATTEN void table_rows(float* const* out, const float* const* channels, int count,
+                            const float* v, int n) {
+  for (int at = 0; at < n; at += W) {
+    const F place = min(max(row(v, at), F{}), splat(1.0f)) * static_cast<float>(count - 1);
+    const I entry = truncate(place);
+    const F t = place - to_float(entry);
+    const Indices index(entry);
+    for (int c = 0; c < 3; ++c) {
+      const Pair pair = gather_pairs(channels[c], index);
+      store(out[c] + at, pair.a + (pair.b - pair.a) * t, Full());
+    }
+  }
+}
+
+}  // namespace
+
+extern const MarchKernels kMarchKernels;
+const MarchKernels kMarchKernels{linear_rows,  clamped_rows, catmull_rom_rows,
+                                 bspline_rows, absorb_rows,  table_rows};
+
+}  // namespace nbx::NBX_ISA

@@ -1,0 +1,189 @@
+#include "render/shading.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "math/spline_kernels.h"
+#include "render/grid_lookup.h"
+
+namespace nbx {
+
+namespace {
+
+// Moves points along the curl of the shader's noise. Noise stays with the gas where coordinates
+// travelled with it, else in the domain while the container moves, and fades where the flow
+// doesn't turn.
+void displace_by_noise(Points& q, const RenderVolume& volume, const DetailNoise& noise) {
+  const AdvectedCoords& coords = volume.advectedCoords;
+  alignas(64) float c[3][kBlock], age[kBlock]{}, mask[kBlock];
+  std::fill_n(mask, kBlock, 1.0f);
+  if (coords.all()) {
+    sample_clamped(c[0], *coords.x, q);
+    sample_clamped(c[1], *coords.y, q);
+    sample_clamped(c[2], *coords.z, q);
+    if (coords.age) sample_clamped(age, *coords.age, q);
+  } else {
+    const Vec3f offset = vector_cast<float>(volume.gridOffset);
+    for (int i = 0; i < q.n; ++i) {
+      c[0][i] = q.x[i] + offset[0];
+      c[1][i] = q.y[i] + offset[1];
+      c[2][i] = q.z[i] + offset[2];
+    }
+  }
+  if (volume.vorticityMask) sample_clamped(mask, *volume.vorticityMask, q);
+  for (int i = 0; i < q.n; ++i) {
+    if (age[i] >= 2 || mask[i] == 0) continue;
+    const Vec3f d = noise.curl({c[0][i], c[1][i], c[2][i]}) * mask[i];
+    q.x[i] += d[0];
+    q.y[i] += d[1];
+    q.z[i] += d[2];
+  }
+}
+
+bool displaces(const RenderVolume& volume, const VolumeShader& shader) {
+  return (shader.displace != 0 && volume.hasVelocity()) || shader.noise.on();
+}
+
+// Calls body(q) with the shader's own points.
+template <class Body>
+void at_shader_points(const RenderVolume& volume, const VolumeShader& shader, const Points& points,
+                      Body body) {
+  if (!displaces(volume, shader)) return body(points);
+  Points q;
+  displace(q, volume, shader, points);
+  body(q);
+}
+
+// b for shadows.
+void plain_density(float* b, const RenderVolume& volume, const VolumeShader& shader,
+                   const Points& points) {
+  at_shader_points(volume, shader, points, [&](const Points& q) {
+    alignas(64) float v[kBlock];
+    shader.extinctionSampler().sampleLinear(v, q);
+    evaluate_curve(b, shader.extinctionCurve(), v, q.n);
+  });
+}
+
+// Multiplies the colour of points that have any by their light. The others aren't asked: light may
+// be costly there, and nobody sees it.
+void light_up(Colors& color, LightField& field, const RayRecord& ray, const Points& points) {
+  Points lit;
+  int from[kBlock];
+  for (int i = 0; i < points.n; ++i) {
+    if (!(std::max({color.c[0][i], color.c[1][i], color.c[2][i]}) > 0)) continue;
+    from[lit.n] = i;
+    lit.x[lit.n] = points.x[i];
+    lit.y[lit.n] = points.y[i];
+    lit.z[lit.n] = points.z[i];
+    lit.t[lit.n++] = points.t[i];
+  }
+  if (lit.n == 0) return;
+  Colors light;
+  field.query(light, *ray.lighting, ray, lit);
+  for (auto c = 0; c < 3; ++c)
+    for (int i = 0; i < lit.n; ++i) color.c[c][from[i]] *= light.c[c][i];
+}
+
+// The share of the smoke that fire of density b leaves.
+float mask_of(float b, float scale) { return std::min(std::max(1 - b * scale, 0.0f), 1.0f); }
+
+}  // namespace
+
+void evaluate_curve(float* out, const RationalSpline& curve, const float* v, int n) {
+  spline_kernels().evaluate(out, v, n, curve.table());
+}
+
+void displace(Points& out, const RenderVolume& volume, const VolumeShader& shader,
+              const Points& points) {
+  out = points;
+  if (shader.displace != 0 && volume.hasVelocity()) {
+    Colors u;
+    sample_velocity(u, march_kernels().linear, *volume.velU, *volume.velV, *volume.velW, points);
+    const float k = static_cast<float>(shader.displace);
+    for (int i = 0; i < points.n; ++i) {
+      out.x[i] -= u.c[0][i] * k;
+      out.y[i] -= u.c[1][i] * k;
+      out.z[i] -= u.c[2][i] * k;
+    }
+  }
+  if (shader.noise.on()) displace_by_noise(out, volume, shader.noise);
+}
+
+void evaluate_shader(ShaderValues& out, const VolumeShader& shader, const Points& points) {
+  alignas(64) float v[kBlock];
+  shader.colorSampler.sample(v, points);
+  evaluate_curve(out.color, shader.colorCurve, v, points.n);
+  if (!shader.densitySampler) return std::copy_n(out.color, points.n, out.density), void();
+  shader.densitySampler.sample(v, points);
+  evaluate_curve(out.density, shader.densityCurve, v, points.n);
+}
+
+void shade(Shaded& out, const RenderVolume& volume, const RayRecord& ray, const Points& points) {
+  const int n = points.n;
+  ShaderValues values;
+  alignas(64) float mask[kBlock];
+  std::fill_n(mask, kBlock, 1.0f);
+  if (volume.fire.on) {
+    at_shader_points(volume, volume.fire, points,
+                     [&](const Points& q) { evaluate_shader(values, volume.fire, q); });
+    volume.fire.ramp->lookup(out.emission, values.color, n);
+    const float scale = static_cast<float>(volume.fire.densityScale);
+    const float maskScale = static_cast<float>(volume.fireMaskScale);
+    for (int i = 0; i < n; ++i) {
+      out.extinction[i] = scale * values.density[i];
+      mask[i] = mask_of(values.density[i], maskScale);
+    }
+  } else {
+    for (auto& channel : out.emission.c) std::fill_n(channel, kBlock, 0.0f);
+    std::fill_n(out.extinction, kBlock, 0.0f);
+  }
+
+  if (volume.smoke.on) {
+    at_shader_points(volume, volume.smoke, points,
+                     [&](const Points& q) { evaluate_shader(values, volume.smoke, q); });
+    const float scale = static_cast<float>(volume.smoke.densityScale);
+    const float colorScale = static_cast<float>(volume.smokeColorScale);
+    Colors albedo;
+    volume.smoke.ramp->lookup(albedo, values.color, n);
+    for (int i = 0; i < n; ++i) {
+      const float d = mask[i] * values.density[i];
+      for (auto c = 0; c < 3; ++c) albedo.c[c][i] *= colorScale * d;
+      out.extinction[i] += scale * d;
+    }
+    if (volume.lightField && ray.lighting) light_up(albedo, *volume.lightField, ray, points);
+    for (auto c = 0; c < 3; ++c)
+      for (int i = 0; i < n; ++i) out.emission.c[c][i] += albedo.c[c][i];
+  }
+
+  if (volume.depthFade) {
+    alignas(64) float depth[kBlock], fade[kBlock];
+    for (int i = 0; i < n; ++i) depth[i] = points.t[i] * 0.01f;
+    evaluate_curve(fade, *volume.depthFade, depth, n);
+    for (int i = 0; i < n; ++i) {
+      for (auto c = 0; c < 3; ++c) out.emission.c[c][i] *= fade[i];
+      out.extinction[i] *= fade[i];
+    }
+  }
+}
+
+void density(float* extinction, const RenderVolume& volume, const Points& points) {
+  alignas(64) float b[kBlock], mask[kBlock];
+  std::fill_n(mask, kBlock, 1.0f);
+  std::fill_n(extinction, kBlock, 0.0f);
+  if (volume.fire.on) {
+    plain_density(b, volume, volume.fire, points);
+    const float scale = static_cast<float>(volume.fire.densityScale);
+    const float maskScale = static_cast<float>(volume.fireMaskScale);
+    for (int i = 0; i < points.n; ++i) {
+      extinction[i] = scale * b[i];
+      mask[i] = mask_of(b[i], maskScale);
+    }
+  }
+  if (volume.smoke.on) {
+    plain_density(b, volume, volume.smoke, points);
+    const float scale = static_cast<float>(volume.smoke.densityScale);
+    for (int i = 0; i < points.n; ++i) extinction[i] += scale * mask[i] * b[i];
+  }
+}
+
+}  // namespace nbx

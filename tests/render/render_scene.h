@@ -1,0 +1,68 @@
+// Frames and volumes for tests of the renderer.
+#pragma once
+
+#include <functional>
+
+#include "cache/grid_type.h"
+#include "render/prepare_volume.h"
+#include "render/volume_renderer.h"
+#include "support/support.h"
+
+namespace nbx::test {
+
+inline RationalSpline line_curve(float slope = 1) {
+  RationalSpline curve;
+  curve.addPoint(0, 0, kLinearTangent, kLinearTangent);
+  curve.addPoint(10, 10 * slope, kLinearTangent, kLinearTangent);
+  return curve;
+}
+
+inline std::shared_ptr<const ColorRamp> plain_ramp(Color color) {
+  return std::make_shared<GradientRamp>(std::vector<GradientKnot>{{0, color}});
+}
+
+using Value = std::function<float(int i, int j, int k)>;
+
+inline void add_grid(SimFrame& frame, int type, Vec3i dims, const Value& value) {
+  const FieldHandle field = acquire_field(dims);
+  for (int k = 0; k < dims[2]; ++k)
+    for (int j = 0; j < dims[1]; ++j)
+      for (int i = 0; i < dims[0]; ++i) (*field)(i, j, k) = value(i, j, k);
+  frame.add(field, type, {0, 0, 0}, {});
+}
+
+/// Smoke that is red and bright, by the density grid. A voxel is 2 units long.
+inline VolumeParams smoke_params(double scale = 1) {
+  VolumeParams params;
+  params.smoke.channel = kGridDensity;
+  params.smoke.curve = params.fire.curve = line_curve();
+  params.smoke.ramp = params.fire.ramp = plain_ramp({1, 0.5f, 0.25f});
+  params.smoke.density = 3;
+  params.filter = Filter::kLinear;
+  for (int a = 0; a < 3; ++a) {
+    const auto row = static_cast<std::size_t>(a);
+    params.objectToCell.rows[row] = {};
+    params.objectToCell.rows[row][a] = 0.5;
+    params.worldToObject.rows[row] = {};
+    params.worldToObject.rows[row][a] = 1 / scale;
+  }
+  return params;
+}
+
+inline std::shared_ptr<RenderVolume> make_volume(SimFrame& frame, const VolumeParams& params) {
+  auto volume = std::make_shared<RenderVolume>();
+  prepare_volume(*volume, frame, params);
+  return volume;
+}
+
+/// A ray through voxel coordinates of a volume; t is in world units.
+inline RayRecord make_ray(const RenderVolume& volume, Vec3d from, Vec3d to, std::uint64_t seed) {
+  RayRecord ray;
+  ray.origin = volume.voxelToWorld(from);
+  ray.direction = normalised(volume.voxelToWorld(to) - ray.origin);
+  ray.mask = kCameraRay;
+  ray.seed = seed;
+  return ray;
+}
+
+}  // namespace nbx::test
