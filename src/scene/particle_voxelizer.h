@@ -1,0 +1,80 @@
+// Particles as sources: each is a small sphere whose strength falls from its centre to its rim.
+#pragma once
+
+#include <cmath>
+#include <exception>
+
+#include "math/int_box.h"
+#include "scene/particle_table.h"
+#include "scene/voxelization_triangle.h"
+#include "simulation/simulation_object_parameters.h"
+
+namespace nbx {
+
+/// The particles of a table that can be seen from a box of cells, with all that a voxelizer needs.
+/// The table and the parameters must outlive it.
+class ParticleSpheres {
+ public:
+  /// Without the columns "active" and "position" there are none.
+  ParticleSpheres(const ParticleTable& table, const SimulationObjectParameters& parameters,
+                  const IntBox& box);
+
+  std::ptrdiff_t rows() const { return rows_; }
+  double radius() const { return radius_; }
+
+  /// The cells of one particle's sphere, `centre` in cells; empty for a particle that doesn't count
+  /// or whose centre lies outside of the box.
+  IntBox cells(std::ptrdiff_t row, Vec3d& centre) const;
+  Vec3f velocity(std::ptrdiff_t row) const;  // 0 without the columns
+  /// 1, or what the curve makes of the mapped column.
+  float strength(std::ptrdiff_t row) const;
+
+  /// At least as many blocks of a sparse field as all spheres, and their upper faces, fall into.
+  std::size_t block_bound() const;
+
+ private:
+  const SimulationObjectParameters& parameters_;
+  const IntBox box_;
+  const double radius_;
+  std::ptrdiff_t rows_ = 0;
+  const float* active_ = nullptr;
+  std::array<const float*, 3> position_{}, velocity_{};
+  const float* mapped_ = nullptr;  // null: every particle has strength 1
+  bool by_speed_ = false;
+};
+
+/// Merges all spheres into the voxelizer's fields, in parallel; their maps must have room
+/// (ParticleSpheres::block_bound). `spheres` must have been made for the voxelizer's box. Where
+/// spheres overlap, the strongest counts, so the values are the same bits for any number of
+/// threads. A velocity voxelizer gets each particle's velocity for its normal.
+template <class Voxelizer>
+void voxelize_particles(const Voxelizer& voxelizer, const ParticleSpheres& spheres) {
+  const double square_radius = spheres.radius() * spheres.radius();
+  std::exception_ptr failure;
+#pragma omp parallel for schedule(dynamic, 1)
+  for (std::ptrdiff_t row = 0; row < spheres.rows(); ++row) {
+    try {
+      Vec3d centre;
+      const IntBox box = spheres.cells(row, centre);
+      if (box.empty()) continue;
+      VoxelizationTriangle particle;
+      particle.p0 = particle.p1 = particle.p2 = vector_cast<float>(centre);
+      particle.normal = spheres.velocity(row);
+      const float strength = spheres.strength(row);
+      auto cursor = voxelizer.cursor();
+      for (int z = box.lo[2]; z <= box.hi[2]; ++z)
+        for (int y = box.lo[1]; y <= box.hi[1]; ++y)
+          for (int x = box.lo[0]; x <= box.hi[0]; ++x) {
+            const Vec3d r = Vec3d(x, y, z) - centre;
+            if (const double q = dot(r, r); q < square_radius)
+              voxelizer.hit(cursor, {x, y, z}, q, particle, strength);
+          }
+    } catch (...) {
+#pragma omp critical(voxelize_particles_failure)
+      failure = std::current_exception();
+    }
+  }
+  if (failure) std::rethrow_exception(failure);
+}
+
+}  // namespace nbx
