@@ -14,7 +14,9 @@ namespace nbx {
 
 struct RenderVolume;
 
-/// The lights of a render. One object belongs to one thread at a time.
+/// The lights of a render. One object belongs to one thread at a time, but for illuminate and
+/// finish during LightField::prepare: a team of OpenMP threads calls them at once, known by
+/// omp_get_thread_num().
 class Lighting {
  public:
   virtual ~Lighting() = default;

@@ -1,0 +1,39 @@
+// Light that was scattered in the gas, any number of times: solved before the first ray, as a
+// source iteration over sweeps of ray bundles (sweep_grid.h). Each sweep catches a share of the
+// light that the one before sent out, until little is left. The result is the same from all sides.
+#pragma once
+
+#include "render/field3.h"
+#include "render/lighting.h"
+#include "render/sweep_grid.h"
+
+namespace nbx {
+
+struct ScatteredLightParams {
+  bool cubic = false;    // look up by cubic B-splines, else trilinearly
+  double gridScale = 1;  // cells per voxel, above 0
+  int maxSweeps = 1;     // at least 1
+  int directions = 3;    // per side of a face, at least 1
+  float directWeight = 1, emissionWeight = 1, extinctionScale = 1;
+};
+
+class ScatteredLightField final : public LightField {
+ public:
+  explicit ScatteredLightField(const ScatteredLightParams& params) : params_(params) {}
+
+  /// Asks the lights from `threadCount` threads at once; the lighting must tell them apart by
+  /// omp_get_thread_num().
+  [[nodiscard]] bool prepare(Lighting& lighting, const RenderVolume& volume, int threadCount,
+                             const ProgressCallback& progress) override;
+  void query(Colors& light, Lighting& lighting, const RayRecord& ray,
+             const Points& points) override;
+
+ private:
+  bool iterate(Field3& source, const SweepMedium& medium, double cell_length, int threadCount,
+               const ProgressCallback& progress);
+
+  ScatteredLightParams params_;
+  Field3 total_;
+};
+
+}  // namespace nbx
