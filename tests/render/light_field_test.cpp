@@ -1,0 +1,167 @@
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+
+#include <gtest/gtest.h>
+#include <omp.h>
+
+#include "render/direct_light_field.h"
+#include "render/render_volume.h"
+#include "render/scattered_light_field.h"
+
+namespace nbx {
+namespace {
+
+bool go_on(int, int, int, int) { return false; }
+
+// Two lights: one from above with the colour of the place, one from the side; counts its calls.
+struct TestLighting final : Lighting {
+  std::atomic<int> calls{0};
+  int lights = 2;
+  int lightCount() override { return lights; }
+  int lightFlag(int) override { return 0; }
+  Vec3d lightPosition(int n) override { return n == 0 ? Vec3d{0, 1e9, 0} : Vec3d{1e9, 0, 0}; }
+  Color lightColor(int) override { return {1, 1, 1}; }
+  bool illuminate(int n, const RenderVolume&, const Vec3d& p, Color& color,
+                  Vec3d& direction) override {
+    ++calls;
+    direction = n == 0 ? Vec3d{0, 1, 0} : Vec3d{1, 0, 0};
+    color = n == 0 ? Color{static_cast<float>(p[0]), 1, 2} : Color{0, 0, 0.5f};
+    return true;
+  }
+};
+
+RationalSpline straight() {
+  RationalSpline curve;
+  curve.addPoint(0, 0, kLinearTangent, kLinearTangent);
+  curve.addPoint(1, 1, kLinearTangent, kLinearTangent);
+  curve.rebuild();
+  return curve;
+}
+
+VolumeShader shader(const Vec3i& dims, float value, const Color& color) {
+  VolumeShader s;
+  s.on = true;
+  auto field = std::make_shared<Field<float>>(dims[0], dims[1], dims[2]);
+  std::fill_n(field->data(), field->count(), value);
+  s.colorSampler.field = field;
+  s.colorCurve = s.densityCurve = straight();
+  s.ramp = std::make_shared<GradientRamp>(std::vector<GradientKnot>{{0, color}, {1, color}});
+  return s;
+}
+
+// Voxels of a metre in a world of metres.
+RenderVolume volume_of(const Vec3i& dims) {
+  RenderVolume volume;
+  volume.dims = dims;
+  volume.worldToVoxel = volume.voxelToWorld = Affine3d::identity();
+  volume.metresPerUnit = 1;
+  volume.smoke.on = volume.fire.on = false;
+  return volume;
+}
+
+Points at(std::initializer_list<Vec3f> list) {
+  Points points;
+  for (const Vec3f& p : list) {
+    points.x[points.n] = p[0];
+    points.y[points.n] = p[1];
+    points.z[points.n] = p[2];
+    points.t[points.n++] = 0;
+  }
+  return points;
+}
+
+TEST(DirectLightField, KeepsWhatLightsGive) {
+  const RenderVolume volume = volume_of({12, 10, 9});
+  for (const double scale : {1.0, 0.5, 2.0})
+    for (const LightCache mode :
+         {LightCache::kLinear, LightCache::kCubic, LightCache::kPerLight, LightCache::kNone}) {
+      TestLighting lighting;
+      DirectLightField field({.mode = mode, .gridScale = scale});
+      ASSERT_TRUE(field.prepare(lighting, volume, 2, go_on));
+      EXPECT_EQ(lighting.calls, 0);
+      RayRecord ray;
+      Colors light;
+      const Points points = at({{4.25f, 4.5f, 4.125f}, {4, 4, 4}, {0.5f, 0.5f, 0.5f}});
+      field.query(light, lighting, ray, points);
+      // The light is linear along x: all look-ups are exact, but for the spline's far from the rim.
+      for (int i = 0; i < points.n; ++i) {
+        const Color color = light.at(i);
+        EXPECT_NEAR(color[0], points.x[i], 1e-5) << "mode " << static_cast<int>(mode);
+        EXPECT_NEAR(color[1], 1, 1e-5);
+        EXPECT_NEAR(color[2], 2.5, 1e-5);
+      }
+      const int calls = lighting.calls;
+      field.query(light, lighting, ray, points);
+      EXPECT_EQ(lighting.calls - calls, mode == LightCache::kNone ? 2 * points.n : 0);
+      if (mode == LightCache::kNone) continue;
+      field.query(light, lighting, ray, at({{-0.1f, 4, 4}, {4, 4, 8.6f}, {NAN, 4, 4}}));
+      const bool within = scale == 2;  // a grid of 18 cells ends at voxel 8.5
+      for (int i = 0; i < 3; ++i) EXPECT_EQ(light.at(i), (Color{0, 0, 0})) << within;
+    }
+}
+
+TEST(DirectLightField, WeighsLightsByTheirDirection) {
+  const RenderVolume volume = volume_of({6, 6, 6});
+  const double g = 0.6;
+  RayRecord ray;
+  ray.direction = {0.6, 0.8, 0};
+  for (const LightCache mode : {LightCache::kPerLight, LightCache::kNone, LightCache::kLinear}) {
+    TestLighting lighting;
+    // The eye looks along the ray.
+    DirectLightField field(
+        {.mode = mode, .anisotropy = g, .eye = Vec3d{2, 2, 2} - ray.direction * 50.0});
+    ASSERT_TRUE(field.prepare(lighting, volume, 1, go_on));
+    Colors light;
+    field.query(light, lighting, ray, at({{2, 2, 2}}));
+    const double up = (1 - g * g) / std::pow(1 - 0.8 * g, 2);
+    const double side = (1 - g * g) / std::pow(1 - 0.6 * g, 2);
+    EXPECT_NEAR(light.at(0)[0], 2 * up, 1e-5);
+    EXPECT_NEAR(light.at(0)[2], 2 * up + 0.5 * side, 1e-5);
+  }
+}
+
+TEST(ScatteredLightField, SpreadsLightOfFireAndLamps) {
+  const Vec3i dims{9, 8, 7};
+  RenderVolume volume = volume_of(dims);
+  volume.smoke = shader(dims, 0.5f, {1, 0.5f, 0});
+  RayRecord ray;
+  Colors light;
+  const Points middle = at({{4, 4, 3}, {1.5f, 4, 3}});
+  TestLighting lighting;
+
+  // No light at all.
+  ScatteredLightField dark({.directWeight = 0});
+  ASSERT_TRUE(dark.prepare(lighting, volume, 2, go_on));
+  dark.query(light, lighting, ray, middle);
+  EXPECT_EQ(light.at(0), (Color{0, 0, 0}));
+  EXPECT_EQ(lighting.calls, 0);
+
+  // Lamps: their own light and what the smoke sends on, in the smoke's colour.
+  ScatteredLightField lit({.maxSweeps = 3});
+  ASSERT_TRUE(lit.prepare(lighting, volume, 2, go_on));
+  lit.query(light, lighting, ray, middle);
+  EXPECT_GT(light.at(0)[0], 4 * 1.2);
+  EXPECT_LT(light.at(0)[0], 4 * 4.0);
+  EXPECT_GT(light.at(0)[1], 1.05f);
+  EXPECT_LT(light.at(0)[1] / 1, light.at(0)[0] / 4) << "less of green is scattered";
+  EXPECT_FLOAT_EQ(light.at(0)[2], 2.5f) << "blue isn't scattered";
+  const Color once = light.at(0);
+  ASSERT_TRUE(lit.prepare(lighting, volume, 1, go_on));
+  lit.query(light, lighting, ray, middle);
+  EXPECT_EQ(light.at(0), once) << "another number of threads";
+
+  // Fire alone.
+  lighting.lights = 0;
+  volume.fire = shader(dims, 0.25f, {3, 3, 3});
+  ScatteredLightField glowing({.emissionWeight = 2});
+  ASSERT_TRUE(glowing.prepare(lighting, volume, 2, go_on));
+  glowing.query(light, lighting, ray, middle);
+  EXPECT_GT(light.at(0)[0], 0.1f);
+
+  ScatteredLightField broken({});
+  EXPECT_FALSE(broken.prepare(lighting, volume, 2, [](int, int, int, int) { return true; }));
+}
+
+}  // namespace
+}  // namespace nbx
