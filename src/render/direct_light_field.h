@@ -31,7 +31,7 @@ struct DirectLightParams {
   /// The camera, in world space. A cell of the modes with one grid holds the phase term of the
   /// line of sight from here: with that of whichever ray came first, pictures would depend on the
   /// order of rays.
-  Vec3d eye;
+  Vec3d eye = {};
 };
 
 class DirectLightField final : public LightField {
