@@ -63,12 +63,28 @@ void show_grid(const GridInfo& grid, host::CommandContext& context) {
   context.Event("grid", fields);
 }
 
+/// Bytes of all grids as plain floats over those of the file; "" where that says nothing.
+std::string ratio_text(double plain, std::uint64_t bytes) {
+  if (bytes == 0 || plain == 0) return "";
+  std::ostringstream out;
+  out.precision(3);
+  out << " (1:" << plain / static_cast<double>(bytes) << ")";
+  return out.str();
+}
+
+double plain_bytes(const FrameFileInfo& info) {
+  double bytes = 0;
+  for (const GridInfo& grid : info.grids)
+    bytes += sizeof(float) * static_cast<double>(cell_count(grid.head.dims).value_or(0));
+  return bytes;
+}
+
 /// The file's own line; its grids follow if `grids`.
-void show_file(const FrameFileInfo& info, bool grids, host::CommandContext& context) {
-  const int frame = info.frameTime.frame();
+void show_file(int frame, const FrameFileInfo& info, bool grids, host::CommandContext& context) {
   std::ostringstream line;
   line << "frame " << frame << ": " << info.frameTime.time.value() << " s, "
-       << format_size(info.bytes, 2) << ", " << box_text(info.box);
+       << format_size(info.bytes, 2) << ratio_text(plain_bytes(info), info.bytes) << ", "
+       << box_text(info.box);
   std::vector<std::string> channels;
   for (const GridInfo& grid : info.grids) channels.push_back(grid_type_name(grid.head.gridType));
   if (!grids)
@@ -101,8 +117,14 @@ int show_cache(const std::string& path, bool values, host::CommandContext& conte
     return host::kBadInput;
   }
   bool good = true;
+  double plain = 0;
+  std::uint64_t bytes = 0;  // of the frames
+  IntBox box;
   for (const auto& [number, info] : cache->frames) {
-    show_file(info, values, context);
+    show_file(number, info, values, context);
+    plain += plain_bytes(info);
+    bytes += info.bytes;
+    box = box_union(box, info.box);
     good = good && info.good();
   }
   for (const FrameFileInfo& info : cache->others) good = good && info.good();
@@ -116,12 +138,16 @@ int show_cache(const std::string& path, bool values, host::CommandContext& conte
     gaps.push_back(std::to_string(first) +
                    (first == last ? std::string() : "-" + std::to_string(last)));
   for (const std::string& gap : gaps) line << ", " << gap << " missing";
-  line << ", " << format_size(cache->bytes, 2);
+  line << ", " << format_size(cache->bytes, 2) << ratio_text(plain, bytes) << ", in all "
+       << box_text(box);
   context.Result(line.str());
   context.Event("cache", {{"directory", cache->directory},
                           {"frames", static_cast<std::int64_t>(cache->frames.size())},
                           {"missing", gaps},
-                          {"bytes", static_cast<std::int64_t>(cache->bytes)}});
+                          {"bytes", static_cast<std::int64_t>(cache->bytes)},
+                          {"plain_bytes", plain},
+                          {"box_lo", numbers(box.lo)},
+                          {"box_hi", numbers(box.hi)}});
   return good ? host::kDone : host::kFailed;
 }
 
@@ -149,7 +175,7 @@ class InfoCommand final : public host::CommandData {
       context.Error(path + ": " + info.damage);
       return host::kBadInput;
     }
-    show_file(info, true, context);
+    show_file(info.frameTime.frame(), info, true, context);
     return info.good() ? host::kDone : host::kFailed;
   }
 };

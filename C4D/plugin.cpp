@@ -7,6 +7,7 @@
 #include "C4D/machine_report.h"
 #include "C4D/simulate_command.h"
 #include "C4D/slice_command.h"
+#include "C4D/verify_command.h"
 #include "C4D/volume_object.h"
 #include "C4D/volume_tag.h"
 #include "util/log.h"
@@ -47,6 +48,7 @@ bool register_classes(host::HostServices& services) {
       {register_simulate_command, "Failed to register sim tools"},
       {register_info_command, "Failed to register info command"},
       {register_slice_command, "Failed to register slice command"},
+      {register_verify_command, "Failed to register verify command"},
       {register_volume_object, "Failed to register volume object"},
       {register_volume_tag, "Failed to register volume tag"},
   };

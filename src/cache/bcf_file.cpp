@@ -14,22 +14,13 @@
 
 namespace nbx {
 
-namespace {
-
-[[noreturn]] void fail_format(const std::string& text) {
-  LogMessage() << text;
-  throw BcfFormatError(text);
-}
-
-}  // namespace
-
 BcfFile::BcfFile() : file_(std::make_unique<QFile>()) {}
 BcfFile::~BcfFile() = default;
 
 // Without QFile's buffer: heads are read without a byte of payload, payloads without a copy, and a
 // write that fails says so at once.
 bool BcfFile::open(const std::string& path, Mode mode) {
-  close();
+  drop();
   file_->setFileName(QString::fromStdString(path));
   const auto how = mode == Mode::kReading ? QFile::ReadOnly : QFile::WriteOnly | QFile::Truncate;
   error_.clear();
@@ -39,15 +30,25 @@ bool BcfFile::open(const std::string& path, Mode mode) {
   return true;
 }
 
-bool BcfFile::close() {
+void BcfFile::drop() {
   mode_ = Mode::kClosed;
+  if (file_->isOpen()) file_->close();
+}
+
+bool BcfFile::finish() {
+  return error_.empty() && file_->seek(kBcfVersionAt) && file_->putChar(kBcfHeader.back());
+}
+
+bool BcfFile::close() {
   if (!file_->isOpen()) return true;
-  file_->close();
-  return file_->error() == QFile::NoError || fail();
+  bool whole = true;
+  if (mode_ == Mode::kWriting) whole = finish();
+  drop();
+  return (whole && file_->error() == QFile::NoError) || fail();
 }
 
 void BcfFile::discard() {
-  close();
+  drop();
   // Whatever else stands under that name, a device for one, isn't ours to remove.
   if (QFileInfo(*file_).isFile()) file_->remove();
 }
@@ -63,11 +64,15 @@ bool BcfFile::openRead(const std::string& path) {
   file_->read(header.data(), header.size());
   if (!std::equal(header.begin(), header.end() - 1, kBcfHeader.begin())) {
     close();
-    fail_format("Unrecognized file format for '" + path + "'");
+    const std::string text = "Unrecognized file format for '" + path + "'";
+    LogMessage() << text;
+    throw BcfFormatError(text);
   }
-  if ((header.back() & 0x7f) != kBcfHeader.back()) {
+  if (const int version = header.back() & 0x7f; version != kBcfHeader.back()) {
     close();
-    fail_format("Unsupported BCF file format version for '" + path + "'");
+    const std::string text = "Unsupported BCF file format version for '" + path + "'";
+    LogMessage() << text;
+    throw BcfFormatError(text + (version == 0 ? ": unfinished, its writer ended half-way" : ""));
   }
   return true;
 }
@@ -75,7 +80,9 @@ bool BcfFile::openRead(const std::string& path) {
 bool BcfFile::create(const std::string& path) {
   if (!open(path, Mode::kWriting)) return false;
   try {
-    write(kBcfHeader.data(), kBcfHeader.size());
+    auto header = kBcfHeader;
+    header[kBcfVersionAt] = 0;
+    write(header.data(), header.size());
   } catch (const BcfWriteError&) {
     discard();
     return false;

@@ -48,9 +48,11 @@ class BcfFile {
   /// False if the file can't be opened. A wrong magic or version is logged and throws
   /// BcfFormatError.
   bool openRead(const std::string& path);
-  /// Creates or truncates the file and writes its header. False if it can't.
+  /// Creates or truncates the file and writes its header, without the version. False if it can't.
   bool create(const std::string& path);
-  /// Closes the file. False if closing reports that something written didn't reach it.
+  /// Closes the file; one that was written becomes a frame file by this. False if something written
+  /// didn't reach it. Without this call, or after a failed write, it stays an unfinished file that
+  /// no reader takes.
   bool close();
   /// Closes the file and removes it, for one that could not be written whole.
   void discard();
@@ -90,6 +92,8 @@ class BcfFile {
 
   bool open(const std::string& path, Mode mode);
   bool fail();
+  void drop();
+  bool finish();
   void readRaw(std::uint64_t position, const GridHead& head, Field<float>& field);
   void readRunLength(std::uint64_t position, const GridHead& head, Field<float>& field);
   void readPredictive(std::uint64_t position, const GridHead& head, Field<float>& field);

@@ -14,7 +14,8 @@
 //                 82    12  3 x i32  dims        cells
 //                 94   128  16 x f64 gridMatrix  world to domain cells, row vectors, row by row
 //
-// The low 7 bits of the version byte are the version, the top bit is reserved. The order of records
+// The low 7 bits of the version byte are the version, the top bit is reserved. A writer sets the
+// version last: a file of version 0 was never finished, its writer has ended half-way. The order of records
 // carries no meaning; if a type stands twice, the later record wins. A raw payload is the floats as
 // they stand; run_length_codec.h and predictive_codec.h show the others. A grid without cells has
 // no payload.
@@ -52,6 +53,8 @@ inline constexpr std::size_t kBcfTrailerSize = 4;
 /// The first bytes of a file of the only version, 6.
 inline constexpr std::array<char, kBcfHeaderSize> kBcfHeader{'k', 'e', 'l', 'v', 'r', 'a',
                                                              ' ', 'b', 'c', 'f', 0,   6};
+/// Where the version byte stands.
+inline constexpr std::size_t kBcfVersionAt = kBcfHeaderSize - 1;
 /// Cells of the largest grid that a file takes or gives.
 inline constexpr std::uint64_t kBcfMaxCells = 0x7fffffff;
 

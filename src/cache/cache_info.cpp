@@ -38,7 +38,10 @@ void read_heads(FrameFileInfo& info, BcfFile& in) {
     info.simTime = head.simTime;
     info.frameTime = head.frameTime;
   }
-  if (end != in.size()) info.damage = "the file ends inside of a record";
+  if (end != in.size())
+    info.damage = "the file ends inside of a record";
+  else if (info.grids.empty())
+    info.damage = "the file holds no grid";
 }
 
 }  // namespace
