@@ -1,0 +1,159 @@
+// Ray marching through smoke. A sample is a point at which one channel is shaded.
+#include <cmath>
+
+#include "bench/passes.h"
+#include "cache/grid_type.h"
+#include "render/clip_ray.h"
+#include "render/grid_lookup.h"
+#include "render/prepare_volume.h"
+#include "render/proximity.h"
+#include "render/volume_renderer.h"
+
+namespace nbx::bench {
+
+namespace {
+
+constexpr int kPixels = 192;
+
+// Light that stands in a grid: three trilinear look-ups a sample, as for a cache that is filled.
+class StoredLight final : public LightField {
+ public:
+  explicit StoredLight(const Vec3i& dims) {
+    for (Field<float>& f : channels_) {
+      f.resize(dims);
+      fill_random(f, 7, 0, 1);
+    }
+  }
+  bool prepare(Lighting&, const RenderVolume&, int, const ProgressCallback&) override {
+    return true;
+  }
+  void query(Colors& light, Lighting&, const RayRecord&, const Points& points) override {
+    for (std::size_t c = 0; c < 3; ++c) sample_clamped(light.c[c], channels_[c], points);
+  }
+
+ private:
+  Field<float> channels_[3];
+};
+
+// Smoke in a cube of n cells: a cloud of the given radius in its middle, with some structure. It is
+// thin enough for every ray to come through. One voxel is one unit long.
+class Smoke {
+ public:
+  Smoke(int n, double radius, Filter filter) {
+    const FieldHandle field = acquire_field({n, n, n});
+    for (int k = 0; k < n; ++k)
+      for (int j = 0; j < n; ++j)
+        for (int i = 0; i < n; ++i) {
+          const double r = length(Vec3d(i, j, k) - 0.5 * Vec3d(n, n, n));
+          (*field)(i, j, k) =
+              r < radius ? static_cast<float>(1 + 0.5 * std::sin(0.3 * i) * std::cos(0.2 * j)) : 0;
+        }
+    frame_.add(field, kGridDensity, {0, 0, 0}, {});
+
+    params_.smoke.channel = kGridDensity;
+    params_.smoke.curve.addPoint(0, 0);
+    params_.smoke.curve.addPoint(1, 1);
+    params_.smoke.ramp = std::make_shared<GradientRamp>(
+        std::vector<GradientKnot>{{0, {1, 0.9f, 0.8f}}, {1, {0.5f, 0.6f, 0.7f}}});
+    params_.smoke.density = 2;
+    params_.filter = filter;
+    prepare_volume(*volume_, frame_, params_);
+    volume_->lightField = std::make_shared<StoredLight>(Vec3i(n, n, n));
+    renderer_.volumes = {volume_};
+    renderer_.adaptive = false;
+  }
+
+  /// A picture of the cloud from the front, from so far that all rays are nearly parallel.
+  template <class Trace>
+  void picture(double width, Trace trace) {
+#pragma omp parallel for schedule(dynamic, 4)
+    for (int y = 0; y < kPixels; ++y)
+      for (int x = 0; x < kPixels; ++x) {
+        RayRecord ray = this->ray(width, x, y);
+        trace(ray);
+      }
+  }
+
+  RayRecord ray(double width, int x, int y) {
+    const double middle = volume_->dims[0] * 0.5, eye = 1000;
+    const auto place = [&](int p) { return (p + 0.5) / kPixels * width - width / 2; };
+    RayRecord ray;
+    ray.lighting = &light_;
+    ray.origin = {middle, middle, middle - eye};
+    ray.direction = normalised(Vec3d(place(x), place(y), eye));
+    ray.mask = kCameraRay;
+    ray.seed = static_cast<std::uint64_t>(y) * kPixels + static_cast<std::uint64_t>(x);
+    return ray;
+  }
+
+  std::size_t samples(double width, double step) {
+    std::size_t count = 0;
+    for (int y = 0; y < kPixels; ++y)
+      for (int x = 0; x < kPixels; ++x) {
+        VolumeEntry entry;
+        if (clipRay(entry, *volume_, ray(width, x, y)))
+          count += static_cast<std::size_t>(std::ceil((entry.tExit - entry.tEnter) / step));
+      }
+    return count;
+  }
+
+  const VolumeRenderer& renderer() const { return renderer_; }
+  RenderVolume& volume() { return *volume_; }
+
+ private:
+  SimFrame frame_;
+  VolumeParams params_;
+  std::shared_ptr<RenderVolume> volume_ = std::make_shared<RenderVolume>();
+  VolumeRenderer renderer_;
+  HeadLighting light_;
+};
+
+void march(benchmark::State& state, Filter filter) {
+  Smoke smoke(128, 200, filter);  // the cube is full
+  constexpr double width = 100;
+  measure(state, smoke.samples(width, smoke.volume().viewStep), [&] {
+    smoke.picture(width, [&](RayRecord& ray) { traceVolumes(smoke.renderer(), ray); });
+  });
+}
+BENCHMARK_CAPTURE(march, linear, Filter::kLinear)->Name("march_linear")->UseRealTime();
+BENCHMARK_CAPTURE(march, cubic, Filter::kBSpline)->Name("march_cubic")->UseRealTime();
+
+void march_shadow(benchmark::State& state) {
+  Smoke smoke(128, 200, Filter::kBSpline);
+  constexpr double width = 100;
+  measure(state, smoke.samples(width, smoke.volume().shadowStep), [&] {
+    smoke.picture(width, [&](RayRecord& ray) { traceShadow(smoke.renderer(), ray); });
+  });
+}
+BENCHMARK(march_shadow)->UseRealTime();
+
+// `ratio`: the same picture of the same cloud in a cube of twice the width, over that in the small
+// one. Cells are samples of the small one.
+void march_empty(benchmark::State& state) {
+  constexpr double radius = 40, width = 90;
+  Smoke small(96, radius, Filter::kLinear), large(192, radius, Filter::kLinear);
+  const auto seconds = [&](Smoke& smoke) {
+    const Timer timer;
+    smoke.picture(width, [&](RayRecord& ray) { traceVolumes(smoke.renderer(), ray); });
+    return timer.seconds();
+  };
+  double best_small = 1e9, best_large = 1e9;
+  for (auto _ : state) {
+    best_small = std::min(best_small, seconds(small));
+    best_large = std::min(best_large, seconds(large));
+  }
+  report_iteration(state, small.samples(width, small.volume().viewStep), best_small);
+  state.counters["ratio"] = best_large / best_small;
+}
+BENCHMARK(march_empty)->UseRealTime();
+
+void proximity(benchmark::State& state) {
+  Smoke smoke(static_cast<int>(state.range(0)), 40, Filter::kLinear);
+  measure(state, static_cast<std::size_t>(std::pow(state.range(0), 3)),
+          [&] { build_proximity(smoke.volume()); });
+}
+BENCHMARK(proximity)->Arg(128)->Arg(256)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+}  // namespace
+
+}  // namespace nbx::bench
