@@ -69,4 +69,42 @@ inline host::ParameterInfo curve(std::int32_t id, const char* symbol, host::Curv
   return still(parameter(id, symbol, host::ParameterType::Curve, std::move(points), "", help));
 }
 
+/// A curve that runs straight from point to point.
+inline host::ParameterInfo straight_curve(std::int32_t id, const char* symbol,
+                                          host::CurvePoints points, const char* help) {
+  for (host::CurvePoint& p : points) p.in_mode = p.out_mode = host::CurveMode::Linear;
+  return curve(id, symbol, std::move(points), help);
+}
+
+inline host::ParameterInfo gradient(std::int32_t id, const char* symbol, host::Gradient value,
+                                    const char* help) {
+  return still(parameter(id, symbol, host::ParameterType::Gradient, std::move(value), "", help));
+}
+
+inline host::ParameterInfo file(std::int32_t id, const char* symbol, const char* help) {
+  return still(parameter(id, symbol, host::ParameterType::Filename, host::Filename(), "", help));
+}
+
+inline host::ParameterInfo link(std::int32_t id, const char* symbol, host::LinkTarget target,
+                                const char* help) {
+  auto info = still(parameter(id, symbol, host::ParameterType::Link,
+                              static_cast<host::BaseList2D*>(nullptr), "", help));
+  info.target = target;
+  return info;
+}
+
+/// What a panel shows and no document holds.
+inline host::ParameterInfo shown(host::ParameterInfo info) {
+  info.stored = false;
+  return still(std::move(info));
+}
+
+inline host::ParameterInfo shown_text(std::int32_t id, const char* symbol, const char* help) {
+  return shown(parameter(id, symbol, host::ParameterType::String, std::string(), "", help));
+}
+
+inline host::ParameterInfo button(std::int32_t id, const char* symbol, const char* help) {
+  return shown(parameter(id, symbol, host::ParameterType::Button, std::monostate(), "", help));
+}
+
 }  // namespace nbx::table

@@ -96,7 +96,9 @@ host::ClassDescription volume_description() {
       domain_parameters()};
   for (const ParameterList& group :
        {time_parameters(), smoke_parameters(), fire_parameters(), motion_parameters(),
-        container_parameters(), numeric_parameters()})
+        container_parameters(), numeric_parameters(), cache_parameters(), upres_parameters(),
+        shading_parameters(), lighting_parameters(), marching_parameters(), display_parameters(),
+        info_parameters()})
     description.parameters.insert(description.parameters.end(), group.begin(), group.end());
   return description;
 }

@@ -1,5 +1,6 @@
-// The parameters of the volume object: their ids, and the table from which the host makes scene
-// documents, help texts and panels.
+// The parameters of the volume object that the simulation reads, and the table of all of them, from
+// which the host makes scene documents, help texts and panels. Ids of the others:
+// volume_shading_parameters.h, volume_display_parameters.h.
 #pragma once
 
 #include "host/interface/parameter_info.h"
@@ -19,6 +20,7 @@ enum VolumeParameter : std::int32_t {
   OVOLUME_DECAY_TEMPERATURE = 1013,
   OVOLUME_FUEL_TO_DENSITY = 1014,
   OVOLUME_DECAY_DENSITY = 1015,
+  OVOLUME_COMPRESS_CACHE = 1032,
   OVOLUME_SIZE = 1033,
   OVOLUME_DECAY_BURN = 1040,
   OVOLUME_CFL = 1055,
@@ -30,10 +32,15 @@ enum VolumeParameter : std::int32_t {
   OVOLUME_SIMULATE_FUEL = 1109,
   OVOLUME_SIMULATE_BURN = 1110,
   OVOLUME_TIME_START = 1117,
+  OVOLUME_LOAD_STATE = 1118,
+  OVOLUME_STATE_FILE = 1119,
+  OVOLUME_STATE_CONTINUE_TIME = 1120,
   OVOLUME_DIRECTION_DENSITY = 1121,
   OVOLUME_DIRECTION_TEMPERATURE = 1122,
   OVOLUME_DIFFUSION_DENSITY = 1132,
   OVOLUME_NOISE_STRENGTH = 1146,
+  OVOLUME_VERSION = 1151,
+  OVOLUME_CACHE_NAME = 1161,
   OVOLUME_DIFFUSION_FUEL = 1206,
   OVOLUME_TIME_END = 1217,
   OVOLUME_VOXEL_SIZE = 1219,
@@ -43,8 +50,10 @@ enum VolumeParameter : std::int32_t {
   OVOLUME_CLAMP_VELOCITY = 1249,
   OVOLUME_TIME_MODE = 1250,
   OVOLUME_MAX_SUBSTEPS = 1258,
+  OVOLUME_PARTICLE_ADVECTION = 1260,
   OVOLUME_NOISE_PERIOD = 1261,
   OVOLUME_DRAG = 1262,
+  OVOLUME_CACHE_SOLID = 1266,
   OVOLUME_BOX_THRESHOLD_DENSITY = 1267,
   OVOLUME_BOX_THRESHOLD_TEMPERATURE = 1268,
   OVOLUME_BOX_THRESHOLD_FUEL = 1269,
@@ -63,16 +72,22 @@ enum VolumeParameter : std::int32_t {
   OVOLUME_VELOCITY_THRESHOLD = 1315,
   OVOLUME_NOISE_DRIVER = 1321,
   OVOLUME_NOISE_CURVE = 1322,
+  OVOLUME_MASK_SOLID = 1350,
   OVOLUME_SOURCE_SUBSTEPS = 1354,
   OVOLUME_NOISE_SIZE_MIN = 1356,
   OVOLUME_NOISE_SIZE_MAX = 1357,
   OVOLUME_NOISE_PERSISTENCE = 1358,
+  OVOLUME_UPRES_FACTOR = 1363,
   OVOLUME_CACHE_DIRECT = 1364,
+  OVOLUME_UPRES_NOISE = 1365,
+  OVOLUME_UPRES_PERSISTENCE = 1366,
   OVOLUME_FUEL_DRIVER = 1369,
   OVOLUME_FUEL_CURVE = 1370,
   OVOLUME_FUEL_DRIVER_BLUR = 1371,
   OVOLUME_DECAY_MODE_BURN = 1372,
   OVOLUME_DECAY_LINEAR_BURN = 1375,
+  OVOLUME_CACHE_LOCK = 1376,
+  OVOLUME_UPRES_EXTRA_BANDS = 1402,
   OVOLUME_ADAPTIVE_TRACER = 1407,
   OVOLUME_FIT_TO_WALLS = 1412,
 };
@@ -98,6 +113,9 @@ enum VolumeDecayMode : std::int32_t {
   OVOLUME_DECAY_MODE_LINEAR = 1373,
   OVOLUME_DECAY_MODE_EXPONENTIAL = 1374,
 };
+
+/// Version of the set of parameters, kept in OVOLUME_VERSION.
+inline constexpr std::int32_t kVolumeParametersVersion = 1;
 
 host::ClassDescription volume_description();
 

@@ -41,6 +41,8 @@ ParameterList motion_parameters() {
            "No gas crosses the whole simulated region within a frame"),
       real(OVOLUME_VORTICITY, "OVOLUME_VORTICITY", 0, 0, kUnbounded, "",
            "Strength with which small swirls are kept alive"),
+      real(OVOLUME_PARTICLE_ADVECTION, "OVOLUME_PARTICLE_ADVECTION", 0, 0, kUnbounded, "",
+           "Share of the cached velocity that particles in the domain follow; 0: none"),
   };
   for (auto& info : noise_parameters()) all.push_back(std::move(info));
   return all;

@@ -33,6 +33,12 @@ std::string TypeText(const ParameterInfo& info) {
       return "file name";
     case ParameterType::Curve:
       return "[[x, y], ...]";
+    case ParameterType::Gradient:
+      return "[[position, [r, g, b]], ...]";
+    case ParameterType::Links:
+      return "[name, ...]";
+    case ParameterType::Button:
+      return "button";
     case ParameterType::Link:
       break;
   }
@@ -103,10 +109,12 @@ int DescribeCommand::Execute(const CommandArguments& arguments, CommandContext& 
   describe(classes_.materials, "material");
   describe(classes_.shaders, "texture");
   describe(classes_.render, "render");
+  describe(classes_.preferences, "preferences");
   if (found) return kDone;
   std::vector<std::string> names;
-  for (const ElementClasses* classes : {&classes_.objects, &classes_.tags, &classes_.post_effects,
-                                        &classes_.materials, &classes_.shaders, &classes_.render})
+  for (const ElementClasses* classes :
+       {&classes_.objects, &classes_.tags, &classes_.post_effects, &classes_.materials,
+        &classes_.shaders, &classes_.render, &classes_.preferences})
     for (const std::string& known : classes->Names()) names.push_back(known);
   context.Error("unknown type " + Quoted(name) + DidYouMean(name, names));
   return kBadInput;

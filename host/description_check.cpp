@@ -21,10 +21,7 @@ std::string WhatIsWrong(const ParameterInfo& info, double number) {
   return {};
 }
 
-bool IsConstant(ParameterType type) {
-  return type == ParameterType::String || type == ParameterType::Filename ||
-         type == ParameterType::Link || type == ParameterType::Curve;
-}
+bool IsConstant(ParameterType type) { return type >= ParameterType::String; }
 
 std::string WhatIsWrong(const ParameterInfo& info) {
   if (info.Name().empty() || info.symbol.find('_') == std::string::npos)

@@ -25,7 +25,7 @@ bool Init(Element<Interface>& element, const ElementClass& type, BaseDocument& d
   state.type = &type;
   state.name = type.display_name;
   for (const ParameterInfo& info : type.description.parameters)
-    state.data.Set(info.id, info.default_value);
+    if (info.stored) state.data.Set(info.id, info.default_value);
   if (type.make) state.plugin_part = type.make();
   return !state.plugin_part || state.plugin_part->Init(element);
 }
@@ -102,6 +102,12 @@ SceneVideoPost* Document::AddVideoPost(const ElementClass& type) {
   if (!Init(*effect, type, *this)) return nullptr;
   video_posts_.push_back(std::move(effect));
   return video_posts_.back().get();
+}
+
+SceneVideoPost* Document::GetActiveVideoPost(std::int32_t type) const {
+  for (const auto& effect : video_posts_)
+    if (effect->GetType() == type) return effect.get();
+  return nullptr;
 }
 
 void Document::Open() {

@@ -33,6 +33,7 @@ class Document final : public BaseDocument {
   SceneObject* GetFirstObject() const override {
     return objects_.empty() ? nullptr : objects_.front().get();
   }
+  SceneVideoPost* GetActiveVideoPost(std::int32_t type) const override;
 
   SceneMaterial* GetFirstMaterial() const override {
     return materials_.empty() ? nullptr : materials_.front().get();

@@ -222,9 +222,7 @@ class DocumentReader {
     if (!json.Has("parameters")) return;
     const JsonPlace parameters = json.At("parameters");
     const ClassDescription& description = element.type->description;
-    std::vector<std::string> names;
-    for (const ParameterInfo& info : description.parameters) names.push_back(info.Name());
-    parameters.ExpectKeys(names, "parameter");
+    parameters.ExpectKeys(description.Names(), "parameter");
     for (const auto& [key, value] : parameters.Value().items()) {
       const ParameterInfo& info = *description.Find(key);
       element.data.Set(info.id, ReadValue(info, parameters.At(key), *document_));

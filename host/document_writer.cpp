@@ -128,7 +128,7 @@ class DocumentWriter {
     BaseContainer data = element.data;
     for (const ParameterInfo& info : element.type->description.parameters) {
       const ParameterValue* value = data.Find(info.id);
-      if (!value || element.tracks.count(info.id) != 0) continue;
+      if (!value || !info.stored || element.tracks.count(info.id) != 0) continue;
       if (*value == info.default_value && element.written.count(info.id) == 0) continue;
       if (moved_ && info.type == ParameterType::Filename)
         data.SetFilename(info.id, document_.Resolve(data.GetFilename(info.id)));

@@ -51,6 +51,7 @@ struct SceneClasses {
   ElementClasses materials;  ///< one
   ElementClasses shaders;
   const ElementClasses& render = RenderClasses();
+  ElementClasses preferences;  ///< not in documents
 };
 
 }  // namespace host

@@ -52,7 +52,7 @@ Json WriteTrack(const Track& track, WriteKeyValue write) {
 std::vector<std::string> TrackNames(const ElementState& element) {
   std::vector<std::string> names;
   for (const ParameterInfo& info : element.type->description.parameters)
-    if (info.animatable) names.push_back(kParameterPrefix + info.Name());
+    if (info.animatable && info.stored) names.push_back(kParameterPrefix + info.Name());
   return names;
 }
 

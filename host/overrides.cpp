@@ -83,8 +83,7 @@ std::vector<std::string> ParameterNames(const std::vector<Settable>& elements) {
   std::vector<std::string> names;
   for (const Settable& settable : elements)
     for (const ElementState* element : settable)
-      for (const ParameterInfo& info : element->type->description.parameters)
-        names.push_back(info.Name());
+      for (const std::string& name : element->type->description.Names()) names.push_back(name);
   return names;
 }
 

@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "host/curve_value.h"
+#include "host/gradient_value.h"
 #include "host/nearest_name.h"
 
 namespace host {
@@ -35,37 +36,39 @@ std::int32_t ReadCycle(const ParameterInfo& info, const JsonPlace& json) {
             (nearest.empty() ? ", choose from " + all : nearest));
 }
 
-/// An element that a link may name.
+/// An element that a parameter may link to.
 struct Linkable {
   BaseList2D* element;
   std::string place;
 };
 
-std::vector<Linkable> Linkables(LinkTarget target, const Document& document) {
+std::vector<Linkable> Linkables(const ParameterInfo& info, const Document& document) {
   std::vector<Linkable> all;
-  const auto add_row = [&all](const auto& row, const char* key) {
+  const auto add_row = [&all](const auto& row, const std::string& key) {
     for (std::size_t i = 0; i < row.size(); ++i)
-      all.push_back({row[i].get(), key + ("[" + std::to_string(i) + "]")});
+      all.push_back({row[i].get(), key + "[" + std::to_string(i) + "]"});
   };
-  if (target == LinkTarget::Material) add_row(document.Materials(), "materials");
-  if (target == LinkTarget::Shader) add_row(document.Shaders(), "textures");
-  if (target == LinkTarget::Object)
-    for (SceneObject* object : document.AllObjects())
-      all.push_back({object, document.PlaceOf(*object)});
+  if (info.target == LinkTarget::Material) add_row(document.Materials(), "materials");
+  if (info.target == LinkTarget::Shader) add_row(document.Shaders(), "textures");
+  if (info.target != LinkTarget::Object) return all;
+  for (SceneObject* object : document.AllObjects()) {
+    const std::string place = document.PlaceOf(*object);
+    all.push_back({object, place});
+    if (info.type == ParameterType::Links) add_row(object->Tags(), place + ".tags");
+  }
   return all;
 }
 
-std::string KindText(LinkTarget target) {
-  return target == LinkTarget::Object     ? "object"
-         : target == LinkTarget::Material ? "material"
-                                          : "texture";
+std::string KindText(const ParameterInfo& info) {
+  if (info.type == ParameterType::Links) return "object or tag";
+  constexpr const char* kinds[] = {"object", "material", "texture"};  // in the order of LinkTarget
+  return kinds[static_cast<std::size_t>(info.target)];
 }
 
 /// By the element's name, or by its place where several have that name.
-BaseList2D* ReadLink(LinkTarget target, const JsonPlace& json, const Document& document) {
-  const std::string name = json.Text(), kind = KindText(target);
-  if (name.empty()) return nullptr;
-  const std::vector<Linkable> all = Linkables(target, document);
+BaseList2D* ReadLink(const ParameterInfo& info, const JsonPlace& json, const Document& document) {
+  const std::string name = json.Text(), kind = KindText(info);
+  const std::vector<Linkable> all = Linkables(info, document);
   std::vector<Linkable> found;
   std::vector<std::string> names;
   for (const Linkable& one : all) {
@@ -81,9 +84,9 @@ BaseList2D* ReadLink(LinkTarget target, const JsonPlace& json, const Document& d
   json.Fail("no " + kind + " is named " + Quoted(name) + DidYouMean(name, names));
 }
 
-Json WriteLink(LinkTarget target, const BaseList2D* element, const Document& document) {
+Json WriteLink(const ParameterInfo& info, const BaseList2D* element, const Document& document) {
   if (!element) return "";
-  const std::vector<Linkable> all = Linkables(target, document);
+  const std::vector<Linkable> all = Linkables(info, document);
   const std::string name = element->GetName();
   const bool unique = std::count_if(all.begin(), all.end(), [&](const Linkable& one) {
                         return one.element->GetName() == name;
@@ -91,6 +94,20 @@ Json WriteLink(LinkTarget target, const BaseList2D* element, const Document& doc
   for (const Linkable& one : all)
     if (one.element == element) return unique ? name : one.place;
   return "";
+}
+
+LinkList ReadLinks(const ParameterInfo& info, const JsonPlace& json, const Document& document) {
+  json.ExpectArray();
+  LinkList list;
+  for (std::size_t i = 0; i < json.Size(); ++i)
+    list.push_back(ReadLink(info, json.At(i), document));
+  return list;
+}
+
+Json WriteLinks(const ParameterInfo& info, const LinkList& list, const Document& document) {
+  Json json = Json::array();
+  for (const BaseList2D* element : list) json.push_back(WriteLink(info, element, document));
+  return json;
 }
 
 ParameterValue ReadAny(const ParameterInfo& info, const JsonPlace& json, const Document& document) {
@@ -113,10 +130,17 @@ ParameterValue ReadAny(const ParameterInfo& info, const JsonPlace& json, const D
       return Filename{json.Text()};
     case ParameterType::Curve:
       return ReadCurve(json);
+    case ParameterType::Gradient:
+      return ReadGradient(json);
+    case ParameterType::Links:
+      return ReadLinks(info, json, document);
     case ParameterType::Link:
+      if (json.Text().empty()) return static_cast<BaseList2D*>(nullptr);
+      return ReadLink(info, json, document);
+    case ParameterType::Button:
       break;
   }
-  return ReadLink(info.target, json, document);
+  json.Fail("a button has no value");
 }
 
 /// The number within the parameter's bounds.
@@ -169,10 +193,16 @@ Json WriteValue(const ParameterInfo& info, const BaseContainer& data, const Docu
       return data.GetFilename(info.id).path;
     case ParameterType::Curve:
       return WriteCurve(data.GetCurve(info.id));
+    case ParameterType::Gradient:
+      return WriteGradient(data.GetGradient(info.id));
+    case ParameterType::Links:
+      return WriteLinks(info, data.GetLinks(info.id), document);
     case ParameterType::Link:
+      return WriteLink(info, data.GetLink(info.id), document);
+    case ParameterType::Button:
       break;
   }
-  return WriteLink(info.target, data.GetLink(info.id), document);
+  return nullptr;
 }
 
 }  // namespace host

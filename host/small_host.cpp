@@ -31,6 +31,11 @@ bool SmallHost::RegisterVideoPostPlugin(std::int32_t id, const std::string& name
   return Registered(name, classes_.post_effects.Add({id, name, description, factory}));
 }
 
+bool SmallHost::RegisterPreferencePlugin(std::int32_t id, const std::string& name,
+                                         const ClassDescription& description) {
+  return Registered(name, classes_.preferences.Add({id, name, description, {}}));
+}
+
 bool SmallHost::RegisterCommandPlugin(std::int32_t id, const std::string& name,
                                       CommandFactory factory) {
   std::unique_ptr<CommandData> data = factory();

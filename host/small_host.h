@@ -33,6 +33,8 @@ class SmallHost final : public HostServices {
                          const ClassDescription& description) override;
   bool RegisterVideoPostPlugin(std::int32_t id, const std::string& name, VideoPostFactory factory,
                                const ClassDescription& description) override;
+  bool RegisterPreferencePlugin(std::int32_t id, const std::string& name,
+                                const ClassDescription& description) override;
   bool RegisterCommandPlugin(std::int32_t id, const std::string& name,
                              CommandFactory factory) override;
   std::string GetHostVersion() const override;

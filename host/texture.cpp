@@ -42,9 +42,9 @@ class Checker final : public Texture {
   TwoColors colors_;
 };
 
-class Gradient final : public Texture {
+class GradientTexture final : public Texture {
  public:
-  explicit Gradient(const BaseContainer& data)
+  explicit GradientTexture(const BaseContainer& data)
       : colors_(data), direction_(data.GetVector(kShaderDirection, {1, 0, 0})) {
     const double length = Length(direction_);
     if (length > 0) direction_ = direction_ * (1 / length);
@@ -137,7 +137,7 @@ std::unique_ptr<Texture> MakeTexture(std::int32_t type, const BaseContainer& dat
   if (type == kImageShader) return ReadImage(file, data.GetBool(kShaderLinear), place);
   if (type == kNoiseShader) return std::make_unique<Noise>(data);
   if (type == kCheckerShader) return std::make_unique<Checker>(data);
-  return std::make_unique<Gradient>(data);
+  return std::make_unique<GradientTexture>(data);
 }
 
 }  // namespace host

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "host/interface/base_time.h"
+#include "host/interface/gradient.h"
 #include "host/interface/vector.h"
 
 namespace host {
@@ -46,9 +47,13 @@ struct CurvePoint {
 /// A function of one variable, in any order of its points.
 using CurvePoints = std::vector<CurvePoint>;
 
-/// One value. The order of the alternatives is that of ParameterType.
-using ParameterValue = std::variant<bool, std::int32_t, double, Vector, BaseTime, std::string,
-                                    Filename, BaseList2D*, CurvePoints>;
+/// Elements of the document, in any order.
+using LinkList = std::vector<BaseList2D*>;
+
+/// One value. The order of the alternatives is that of ParameterType; a button has none.
+using ParameterValue =
+    std::variant<bool, std::int32_t, double, Vector, BaseTime, std::string, Filename, BaseList2D*,
+                 CurvePoints, Gradient, LinkList, std::monostate>;
 
 /// No locks: the thread that evaluates the document, and no other, may use the containers of its
 /// elements.
@@ -79,6 +84,11 @@ class BaseContainer {
   CurvePoints GetCurve(std::int32_t id, const CurvePoints& fallback = {}) const {
     return Get<CurvePoints>(id, fallback);
   }
+  Gradient GetGradient(std::int32_t id, const Gradient& fallback = {}) const {
+    return Get<Gradient>(id, fallback);
+  }
+  /// Elements owned by their document, none of them null.
+  LinkList GetLinks(std::int32_t id) const { return Get<LinkList>(id, {}); }
   /// The element linked to, owned by its document; null if there is none.
   BaseList2D* GetLink(std::int32_t id) const { return Get<BaseList2D*>(id, nullptr); }
 
@@ -90,6 +100,8 @@ class BaseContainer {
   void SetString(std::int32_t id, const std::string& value) { Set(id, value); }
   void SetFilename(std::int32_t id, const Filename& value) { Set(id, value); }
   void SetCurve(std::int32_t id, const CurvePoints& value) { Set(id, value); }
+  void SetGradient(std::int32_t id, const Gradient& value) { Set(id, value); }
+  void SetLinks(std::int32_t id, const LinkList& value) { Set(id, value); }
   void SetLink(std::int32_t id, BaseList2D* value) { Set(id, value); }
 
   void Set(std::int32_t id, ParameterValue value) {

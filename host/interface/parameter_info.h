@@ -27,6 +27,9 @@ enum class ParameterType {
   Filename,  ///< text; relative to the document's folder
   Link,      ///< name of an object of the document, empty for none
   Curve,     ///< [[x, y], ...]
+  Gradient,  ///< [[position, [r, g, b]], ...]
+  Links,     ///< [name, ...] of objects, or of tags by their places
+  Button,    ///< something to press; has no value
 };
 
 /// What a Link may name.
@@ -57,7 +60,8 @@ struct ParameterInfo {
   std::vector<CycleEntry> cycle = {};
   LinkTarget target = LinkTarget::Object;  ///< of a Link
   std::string help = {};                   ///< one line
-  bool animatable = true;  ///< may have keyframes; never for String, Filename, Link and Curve
+  bool animatable = true;  ///< may have keyframes; only numbers, vectors, times and bools have some
+  bool stored = true;      ///< stands in documents; false for what a panel only shows, and buttons
 
   /// The name in documents.
   std::string Name() const {
@@ -73,10 +77,17 @@ struct ClassDescription {
   std::string help = {};  ///< one line
   std::vector<ParameterInfo> parameters = {};
 
-  /// Null if no parameter has that name.
+  /// Names of the parameters that stand in documents.
+  std::vector<std::string> Names() const {
+    std::vector<std::string> names;
+    for (const ParameterInfo& info : parameters)
+      if (info.stored) names.push_back(info.Name());
+    return names;
+  }
+  /// Null if no parameter of that name stands in documents.
   const ParameterInfo* Find(const std::string& parameter) const {
     for (const ParameterInfo& info : parameters)
-      if (info.Name() == parameter) return &info;
+      if (info.stored && info.Name() == parameter) return &info;
     return nullptr;
   }
   const ParameterInfo* Find(std::int32_t id) const {

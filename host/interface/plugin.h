@@ -75,10 +75,14 @@ class HostServices {
   virtual bool RegisterTagPlugin(std::int32_t id, const std::string& name, TagFactory factory,
                                  const ClassDescription& description) = 0;
   /// Each document has one post effect of the class, with the defaults of its description where the
-  /// scene says nothing of it. Effects act in the order of their registration.
+  /// scene says nothing of it. Effects act in the order of their registration. A null factory makes
+  /// effects that have parameters and draw nothing.
   virtual bool RegisterVideoPostPlugin(std::int32_t id, const std::string& name,
                                        VideoPostFactory factory,
                                        const ClassDescription& description) = 0;
+  /// A page of preferences: values that hold for all documents.
+  virtual bool RegisterPreferencePlugin(std::int32_t id, const std::string& name,
+                                        const ClassDescription& description) = 0;
   /// The host makes one instance, at once, and keeps it until after kActionEnd's return.
   virtual bool RegisterCommandPlugin(std::int32_t id, const std::string& name,
                                      CommandFactory factory) = 0;

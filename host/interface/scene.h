@@ -20,6 +20,7 @@ class BaseDocument;
 class BaseMaterial;
 class BaseShader;
 class BaseTag;
+class BaseVideoPost;
 class NodeData;
 class PolygonObject;
 
@@ -206,6 +207,8 @@ class BaseDocument {
   virtual BaseShader* GetFirstShader() const = 0;
   /// The render settings (camera.h); every document has them.
   virtual BaseList2D& GetActiveRenderData() const = 0;
+  /// The document's post effect (video_post.h) of that class; null if no such class is registered.
+  virtual BaseVideoPost* GetActiveVideoPost(std::int32_t type) const = 0;
 };
 
 }  // namespace host
