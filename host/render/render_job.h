@@ -19,7 +19,7 @@ struct RenderJob {
   PictureWindow window;
   RenderQuality quality;
   int threads = 1;
-  std::string output;  ///< a path, perhaps with #### for the frame
+  std::string output = {};  ///< a path, perhaps with #### for the frame
   PictureDepth depth = PictureDepth::Half;
   double exposure = 0;  ///< stops, of PNG
   MissingFrames missing = MissingFrames::Error;

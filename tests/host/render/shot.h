@@ -1,0 +1,141 @@
+// Pictures of scenes given as text, with a post effect whose result is known.
+#pragma once
+
+#include <atomic>
+#include <cmath>
+#include <memory>
+#include <set>
+#include <string>
+
+#include "host/render/color.h"
+#include "host/render/frame_renderer.h"
+#include "host/render/render_session.h"
+#include "tests/glue/recording_context.h"
+
+namespace host::test {
+
+/// A ball of fog round the origin: evenly dense, dark or glowing.
+class Fog final : public VideoPostData {
+ public:
+  static constexpr double kRadius = 50;
+  enum Id : std::int32_t { kFog = 2000100, kDensity = 1, kEncoded = 2, kOddMissing = 3 };
+  inline static const Vector kGlow{0.5, 0.25, 1};
+
+  static void Register(SmallHost& small_host) {
+    const auto make = []() -> std::unique_ptr<VideoPostData> { return std::make_unique<Fog>(); };
+    ClassDescription fog{.name = "fog"};
+    fog.parameters = {{.id = kDensity, .symbol = "FOG_DENSITY", .default_value = 0.0},
+                      {.id = kEncoded,
+                       .symbol = "FOG_ENCODED",
+                       .type = ParameterType::Bool,
+                       .default_value = false},
+                      {.id = kOddMissing,
+                       .symbol = "FOG_ODD_MISSING",
+                       .type = ParameterType::Bool,
+                       .default_value = false}};
+    if (!small_host.RegisterVideoPostPlugin(kFog, "Fog", make, fog))
+      throw std::runtime_error(small_host.TakeConsole().front());
+  }
+
+  RenderResult Execute(BaseVideoPost& node, RenderPhase phase, bool open,
+                       BaseRender& render) override {
+    open_phases += open ? 1 : -1;
+    density_ = node.GetDataInstance().GetReal(kDensity);
+    encoded_ = node.GetDataInstance().GetBool(kEncoded);
+    if (phase == RenderPhase::Frame && open && render.GetFrame() % 2 != 0)
+      if (node.GetDataInstance().GetBool(kOddMissing)) render.ReportMissing("no fog today");
+    return RenderResult::Ok;
+  }
+  void CalcVolumetric(VolumeData& data) override {
+    if (data.ray.type < 32) seen_types |= 1U << data.ray.type;
+    const double passing = Passing(data.ray);
+    data.color = kGlow * (1 - passing);
+    data.transparency = Vector{1, 1, 1} * passing;
+    if ((data.encoded = encoded_)) {
+      const Vector& c = data.color;
+      data.color = {ToSrgb(c.x), ToSrgb(c.y), ToSrgb(c.z)};
+      if (data.ray.type != kRayCamera)
+        data.transparency = Vector{1, 1, 1} * (1 - ToSrgb(1 - passing));
+    }
+  }
+  void CalcShadow(VolumeData& data) override {
+    data.transparency = Vector{1, 1, 1} * Passing(data.ray);
+  }
+  /// Beer and Lambert's law along the chord.
+  double Passing(const VolumeRay& ray) const {
+    const double b = Dot(ray.origin, ray.direction);
+    const double d = b * b - Dot(ray.origin, ray.origin) + kRadius * kRadius;
+    if (d <= 0) return 1;
+    const double from = std::max(0.0, -b - std::sqrt(d));
+    const double to = std::min(ray.surface_distance, -b + std::sqrt(d));
+    return std::exp(-density_ * std::max(0.0, to - from));
+  }
+
+  inline static std::atomic<std::uint32_t> seen_types{0};  ///< bit n: rays of type n
+  inline static std::atomic<int> open_phases{0};
+
+ private:
+  double density_ = 0;
+  bool encoded_ = false;
+};
+
+inline SmallHost& FogHost() {
+  static SmallHost* const small_host = [] {
+    auto* made = new SmallHost;  // lives as long as the documents of the tests
+    Fog::Register(*made);
+    return made;
+  }();
+  return *small_host;
+}
+
+struct Shot {
+  int width = 1, height = 1, samples = 1, threads = 1, bounces = 0;
+  double shutter = 0;
+
+  Picture Take(const std::string& objects, const std::string& more = "") const {
+    const auto document =
+        ReadDocument("{" + more + "\"objects\": [" + objects + "]}", "/", FogHost().Classes());
+    document->Open();
+    return TakeOf(*document);
+  }
+  Picture TakeOf(Document& document) const {
+    RenderJob job{{0}, width, height, {0, 0, width, height}, {samples, shutter, bounces}, threads};
+    nbx::test::RecordingContext context(FogHost());
+    RenderSession session(document, job, context);
+    RenderScene scene(document, job.quality, width, height);
+    session.SetFrame(0, scene);
+    for (const auto& node : document.VideoPosts()) {
+      auto* effect = static_cast<VideoPostData*>(node->GetNodeData());
+      effect->Execute(*node, RenderPhase::Frame, true, session);
+      scene.effects.push_back(effect);
+    }
+    RayCounts counts;
+    Picture picture = RenderFrame(scene, {width, height, job.window, samples, threads}, counts);
+    for (const auto& node : document.VideoPosts())
+      static_cast<VideoPostData*>(node->GetNodeData())
+          ->Execute(*node, RenderPhase::Frame, false, session);
+    return picture;
+  }
+  /// The colour of a picture of one pixel, with the background.
+  Vector Color(const std::string& objects, const std::string& more = "") const {
+    const Pixel p = Take(objects, more).pixels.front();
+    return Vector{p.color[0], p.color[1], p.color[2]} +
+           Vector{p.backdrop[0], p.backdrop[1], p.backdrop[2]};
+  }
+};
+
+/// A camera that looks from a place along a direction given by heading and pitch, as narrowly as
+/// cameras may: its pixel spans 0.1 degrees, over which light may differ by kPixelSpan.
+inline constexpr double kPixelSpan = 2e-4;
+inline std::string Camera(const std::string& position, const std::string& rotation) {
+  return R"({"type": "camera", "position": )" + position + R"(, "rotation": )" + rotation +
+         R"(, "parameters": {"field_of_view": 0.1, "near": 0}},)";
+}
+
+inline void ExpectColor(const Vector& actual, const Vector& expected, double tolerance) {
+  EXPECT_NEAR(actual.x, expected.x, tolerance);
+  EXPECT_NEAR(actual.y, expected.y, tolerance);
+  EXPECT_NEAR(actual.z, expected.z, tolerance);
+}
+
+}  // namespace host::test

@@ -1,0 +1,98 @@
+#include <cmath>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "host/render/render_session.h"
+#include "tests/host/render/shot.h"
+
+namespace host::test {
+namespace {
+
+std::string FogOf(double density, const std::string& more = "") {
+  return R"("post_effects": [{"type": "fog", "parameters": {"density": )" +
+         std::to_string(density) + more + "}}],";
+}
+
+const std::string kSun =
+    R"({"type": "light", "rotation": [0, 90, 0], "parameters": {"type": "directional", "angle": 0}},)";
+const std::string kMirror =
+    R"("materials": [{"name": "mirror", "parameters": {"color": [0, 0, 0], "reflection": [1, 1, 1]}}],)";
+
+TEST(RenderPostEffects, FogFillsTheLayersByItsDepth) {
+  const double passing = std::exp(-0.01 * 100);
+  const std::string scene = kSun + Camera("[0, 0, -300]", "[0, 0, 0]");
+  const Pixel free =
+      Shot{.samples = 4}.Take(scene + R"({"type": "null"})", FogOf(0.01)).pixels.front();
+  EXPECT_NEAR(free.transmittance[1], passing, kPixelSpan);
+  EXPECT_NEAR(free.alpha, 1 - passing, kPixelSpan);
+  EXPECT_NEAR(free.color[2], 1 - passing, kPixelSpan);
+  EXPECT_NEAR(free.volume[0], 0.5 * (1 - passing), kPixelSpan);
+  EXPECT_TRUE(std::isinf(free.depth));
+  // A wall through the ball's middle ends the ray there.
+  const std::string wall = R"({"type": "plane", "rotation": [0, -90, 0]})";
+  const Pixel half = Shot{.samples = 4}.Take(scene + wall, FogOf(0.01)).pixels.front();
+  EXPECT_NEAR(half.transmittance[1], std::exp(-0.01 * 50), kPixelSpan);
+  EXPECT_EQ(half.alpha, 1);
+  EXPECT_NEAR(half.depth, 300, 1e-3);
+}
+
+TEST(RenderPostEffects, FogCastsItsShadowAndStandsInMirrors) {
+  const std::string floor = R"({"type": "plane", "position": [0, -60, 0]})";
+  for (const double x : {0.0, 30.0, 45.0, 60.0}) {
+    const double chord = x < 50 ? 2 * std::sqrt(2500 - x * x) : 0;
+    const std::string camera = Camera("[" + std::to_string(x) + ", -55, 0]", "[0, 90, 0]");
+    const Vector color = Shot{}.Color(kSun + camera + floor, FogOf(0.02));
+    EXPECT_NEAR(color.x, 0.8 * std::exp(-0.02 * chord), kPixelSpan) << x;
+  }
+  // The camera stands between fog and mirror with its back to the fog.
+  const std::string mirror =
+      R"({"type": "plane", "position": [0, 0, 200], "rotation": [0, -90, 0], "tags": [{"type": "texture", "parameters": {"material": "mirror"}}]})";
+  const std::string scene = kSun + Camera("[0, 0, 100]", "[0, 0, 0]") + mirror;
+  for (const char* encoded : {"", R"(, "encoded": true)"}) {
+    SCOPED_TRACE(encoded);
+    Fog::seen_types = 0;
+    const Vector color = Shot{}.Color(scene, kMirror + FogOf(0.01, encoded));
+    ExpectColor(color, Fog::kGlow * (1 - std::exp(-1.0)), kPixelSpan);
+    EXPECT_EQ(Fog::seen_types, 1U << kRayCamera | 1U << kRayReflection);
+  }
+}
+
+TEST(RenderPostEffects, LightIsToldForPointsInSpace) {
+  const auto document = ReadDocument(
+      "{" + FogOf(0.01) + "\"objects\": [" + kSun +
+          R"({"type": "light", "position": [0, 0, 90], "parameters": {"radius": 20, "color": [4, 2, 1]}},)"
+          R"({"type": "plane", "position": [0, -200, 0]}]})",
+      "/", FogHost().Classes());
+  document->Open();
+  RenderJob job{{0}, 1, 1, {0, 0, 1, 1}, {}, 2};
+  nbx::test::RecordingContext context(FogHost());
+  RenderSession session(*document, job, context);
+  RenderScene scene(*document, job.quality, 1, 1);
+  session.SetFrame(0, scene);
+  BaseVideoPost& node = *document->VideoPosts().front();
+  auto* effect = static_cast<VideoPostData*>(node.GetNodeData());
+  scene.effects = {effect};
+  effect->Execute(node, RenderPhase::Frame, true, session);
+
+  VolumeData& query = session.GetVolumeData(1);
+  ASSERT_EQ(query.GetLightCount(), 2);
+  Vector color, direction, again;
+  EXPECT_TRUE(query.Illuminate(0, {0, -20, 0}, color, direction));
+  ExpectColor(direction, {0, 1, 0}, 1e-9);
+  ExpectColor(color, Vector{1, 1, 1} * std::exp(-0.7), 1e-9);
+  query.Illuminate(0, {0, -201, 0}, color, direction);
+  ExpectColor(color, {}, 0);
+  // A light with a size: the same answer wherever it is asked for.
+  EXPECT_TRUE(query.Illuminate(1, {0, 0, 0}, color, direction));
+  EXPECT_GT(direction.z, 0.99);
+  EXPECT_NEAR(color.x, 4 * std::exp(-0.5), 0.01);
+  session.GetVolumeData(0).Illuminate(1, {0, 0, 0}, again, direction);
+  EXPECT_EQ(color, again);
+  effect->Execute(node, RenderPhase::Frame, false, session);
+}
+
+}  // namespace
+}  // namespace host::test

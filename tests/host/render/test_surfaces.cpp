@@ -1,0 +1,183 @@
+#include <cmath>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "host/render/render_session.h"
+#include "tests/host/render/shot.h"
+
+namespace host::test {
+namespace {
+
+const std::string kMaterials =
+    R"("materials": [{"name": "clay", "parameters": {"color": [0.5, 0.4, 0.25]}},)"
+    R"({"name": "mirror", "parameters": {"color": [0, 0, 0], "reflection": [0.5, 0.6, 1]}},)"
+    R"({"name": "dull", "parameters": {"color": [0, 0, 0], "reflection": [1, 1, 1], "roughness": 0.5}},)"
+    R"({"name": "glass", "parameters": {"color": [0, 0, 0], "transparency": [1, 1, 1], "refraction": 1.5}},)"
+    R"({"name": "foil", "parameters": {"color": [1, 1, 1], "transparency": [0.5, 0.25, 1]}},)"
+    R"({"name": "lamp", "parameters": {"color": [0.5, 0.5, 0.5], "emission": [1, 2, 3]}}],)"
+    R"("render": {"parameters": {"background": [0.25, 0.5, 0.75]}},)";
+
+std::string Solid(const std::string& type, const std::string& material,
+                  const std::string& more = "") {
+  return "{\"type\": \"" + type + "\", " + more +
+         "\"tags\": [{\"type\": \"texture\", \"parameters\": {\"material\": \"" + material +
+         "\"}}]}";
+}
+
+std::string Sun(double pitch, const std::string& more = "\"angle\": 0") {
+  return R"({"type": "light", "rotation": [0, )" + std::to_string(pitch) +
+         R"(, 0], "parameters": {"type": "directional", "color": [1, 0.5, 2], "intensity": 3, )" +
+         more + "}},";
+}
+
+const std::string kFromAbove = Camera("[0, 40, 0]", "[0, 90, 0]");
+
+TEST(RenderSurfaces, LightFallsByTheCosineAndTheSquareOfTheDistance) {
+  const Vector clay{1.5, 0.6, 1.5};  // colour of the light times that of the clay
+  for (const double pitch : {90.0, 30.0, 5.0, -30.0}) {
+    SCOPED_TRACE(pitch);
+    const double cosine = std::max(0.0, std::sin(pitch * kPi / 180));
+    ExpectColor(Shot{}.Color(Sun(pitch) + kFromAbove + Solid("plane", "clay"), kMaterials),
+                clay * cosine, 1e-6);
+  }
+  // A lamp above the point (100, 0, 0), whose measure holds at 50: at 125 by the square, with a
+  // cosine of 0.6. A spot's axis is 53.13 degrees away from where the point lies.
+  struct Case {
+    const char* parameters;
+    double share;
+  };
+  for (const Case& c : {Case{R"("falloff": "none")", 1},
+                        {R"("falloff": "inverse_square")", 0.16},
+                        {R"("type": "spot", "inner_angle": 107, "outer_angle": 120)", 1},
+                        {R"("type": "spot", "inner_angle": 20, "outer_angle": 106)", 0}}) {
+    SCOPED_TRACE(c.parameters);
+    const std::string lamp =
+        R"({"type": "light", "position": [100, 75, 0], "rotation": [0, 90, 0],)"
+        R"("parameters": {"falloff_distance": 50, )" +
+        std::string(c.parameters) + "}},";
+    ExpectColor(Shot{}.Color(lamp + kFromAbove + Solid("plane", "clay"), kMaterials),
+                Vector{0.5, 0.4, 0.25} * (0.6 * c.share), kPixelSpan);
+  }
+}
+
+TEST(RenderSurfaces, AnAreaLightAgreesWithItsFormFactor) {
+  // A rectangle of 120 x 80 at height 100, parallel to the floor: four times the factor of a
+  // quarter seen from under its corner (J. R. Howell, A catalog of radiation heat transfer
+  // configuration factors, B-3).
+  const double x = 0.6, y = 0.4, rx = std::sqrt(1 + x * x), ry = std::sqrt(1 + y * y);
+  const double factor = 4 / (2 * kPi) * (x / rx * std::atan(y / rx) + y / ry * std::atan(x / ry));
+  const double expected = 100.0 * 100 * kPi * factor / (120 * 80);
+  const std::string lamp =
+      R"({"type": "light", "position": [0, 100, 0], "rotation": [0, 90, 0], "parameters": {)"
+      R"("type": "area", "size_x": 120, "size_y": 80, "falloff": "inverse_square"}},)";
+  const Vector color =
+      Shot{.samples = 4096}.Color(lamp + kFromAbove + Solid("plane", "clay"), kMaterials);
+  // The places of the light differ by a fifth; three standard errors of independent samples.
+  EXPECT_NEAR(color.x, 0.5 * expected, 0.5 * expected * 3 * 0.2 / 64);
+}
+
+TEST(RenderSurfaces, ShadowsAreSoftByTheSizeOfTheLight) {
+  const auto at = [](double x, const std::string& light) {
+    const std::string camera = Camera("[" + std::to_string(x) + ", 20, 0]", "[0, 90, 0]");
+    const std::string roof = Solid("plane", "clay", R"("position": [-200, 50, 0], )");
+    return Shot{.samples = 1024}
+               .Color(light + camera + roof + "," + Solid("plane", "clay"), kMaterials)
+               .x /
+           1.5;
+  };
+  const std::string soft = Sun(90, "\"angle\": 20"),
+                    hard = Sun(90, R"("angle": 20, "shadow": "hard")");
+  const std::string none = Sun(90, R"("shadow": "none")");
+  // Light reaches under the roof's edge at x = 0 by 50 tan 10 = 8.8 units.
+  double before = -0.01;
+  for (const double x : {-12.0, -7.0, -4.0, -2.0, 0.0, 2.0, 4.0, 7.0, 12.0}) {
+    const double share = at(x, soft);
+    EXPECT_GE(share, before) << x;
+    before = share - 0.01;
+    const double expected = x < -10 ? 0 : x > 10 ? 1 : 0.5;
+    if (x == 0 || std::abs(x) > 10) {
+      EXPECT_NEAR(share, expected, 0.02);  // the mean cosine of the cone is 0.99
+    }
+  }
+  EXPECT_EQ(at(-1, hard), 0);
+  EXPECT_NEAR(at(1, hard), 1, 1e-6);
+  EXPECT_NEAR(at(-12, none), 1, 1e-6);
+}
+
+TEST(RenderSurfaces, MirrorsGlassAndFoilTreatTheBackgroundAsTheyShould) {
+  const Vector background{0.25, 0.5, 0.75};
+  const auto seen = [](const std::string& solid, int samples) {
+    return Shot{.samples = samples}.Color(Sun(-90) + kFromAbove + solid, kMaterials);
+  };
+  ExpectColor(seen(Solid("plane", "mirror"), 1), Times(background, {0.5, 0.6, 1}), 1e-6);
+  ExpectColor(seen(Solid("plane", "foil"), 64), Times(background, {0.5, 0.25, 1}), 1e-6);
+  ExpectColor(seen(Solid("sphere", "glass", R"("position": [0, -120, 0], )"), 16), background,
+              1e-6);
+  // A rough mirror of width 0.25 seen head-on: facets tilted by t, tan2 t = 0.0625 u / (1 - u) for
+  // u evenly from 0 to 1, send light out at 2 t, less what their neighbours hide.
+  double whole = 0;
+  for (int i = 0; i < 10000; ++i) {
+    const double u = (i + 0.5) * 1e-4, out = 2 * std::atan(0.25 * std::sqrt(u / (1 - u)));
+    if (out < kPi / 2) whole += 2e-4 / (1 + std::sqrt(1 + std::pow(0.25 * std::tan(out), 2)));
+  }
+  EXPECT_NEAR(seen(Solid("plane", "dull"), 4096).y, 0.5 * whole, 1e-3);
+  // Under the foil, light comes in its colour.
+  const std::string foil = Solid("plane", "foil", R"("position": [0, 80, 0], )");
+  ExpectColor(Shot{}.Color(Sun(90) + kFromAbove + foil + "," + Solid("plane", "clay"), kMaterials),
+              Times({1.5, 0.6, 1.5}, {0.5, 0.25, 1}), 1e-6);
+}
+
+TEST(RenderSurfaces, LightBouncesAsOftenAsAskedFor) {
+  // In a closed ball that glows and scatters half, each bounce adds half of the one before.
+  const std::string inside = Camera("[0, 0, 0]", "[0, 0, 0]") + Solid("sphere", "lamp");
+  for (const int bounces : {0, 1, 3}) {
+    SCOPED_TRACE(bounces);
+    const double sum = 2 - std::pow(0.5, bounces);
+    ExpectColor(Shot{.samples = 8, .bounces = bounces}.Color(inside, kMaterials),
+                Vector{1, 2, 3} * sum, 1e-5);
+  }
+}
+
+TEST(RenderSurfaces, TheShutterBlursMovingObjects) {
+  // The plane passes below the camera in the second half of the frame.
+  const std::string moving = Solid(
+      "plane", "lamp",
+      R"("parameters": {"width": 100}, "keyframes": {"position": [[0, [-150, 0, 0]], [1, [50, 0, 0]]]}, )");
+  const auto alpha = [&](double shutter) {
+    const Shot shot{.samples = 256, .shutter = shutter};
+    return shot.Take(kFromAbove + moving, kMaterials).pixels.front().alpha;
+  };
+  EXPECT_EQ(alpha(0), 0);
+  EXPECT_NEAR(alpha(1), 0.5, 0.02);
+}
+
+TEST(RenderSurfaces, WithoutACameraThePictureShowsTheWholeScene) {
+  const Picture picture =
+      Shot{.width = 40, .height = 20, .samples = 4}.Take(Solid("sphere", "clay"), kMaterials);
+  int lowest = 0, highest = 20;
+  for (int y = 0; y < 20; ++y)
+    if (picture.At(20, y).alpha > 0.5) lowest = y, highest = std::min(highest, y);
+  EXPECT_GE(highest, 1);
+  EXPECT_LE(lowest, 18);
+  EXPECT_GE(lowest - highest, 10);
+  EXPECT_GT(picture.At(17, 7).color[0], 0.1) << "and there is light";
+}
+
+TEST(RenderSurfaces, ThreadsMakeNoDifference) {
+  const std::string scene = Sun(60, "\"angle\": 5") + Solid("sphere", "dull") + "," +
+                            Solid("plane", "clay", R"("position": [0, -100, 0], )");
+  Shot shot{.width = 37, .height = 21, .samples = 3, .bounces = 2};
+  const Picture one = shot.Take(scene, kMaterials);
+  shot.threads = 3;
+  const Picture three = shot.Take(scene, kMaterials);
+  ASSERT_EQ(one.pixels.size(), 37U * 21U);
+  ASSERT_TRUE(one.complete && three.complete);
+  EXPECT_EQ(0,
+            std::memcmp(one.pixels.data(), three.pixels.data(), one.pixels.size() * sizeof(Pixel)));
+}
+
+}  // namespace
+}  // namespace host::test
