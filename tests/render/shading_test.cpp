@@ -1,0 +1,203 @@
+#include "render/shading.h"
+
+#include "render/proximity.h"
+#include "render_scene.h"
+
+namespace nbx {
+
+namespace {
+
+using namespace test;
+
+}  // namespace
+
+// The Planckian locus of the CIE 1931 observer (G. Wyszecki and W. S. Stiles, Color Science, 2nd
+// edition, 1982, 1(3.3.4)). The ramp uses that observer with Judd's and Vos's correction below 460
+// nm, which moves these chromaticities by up to 0.0055; a step of 100 K at 3000 K is 0.006.
+TEST(Blackbody, HasPublishedChromaticities) {
+  struct {
+    double T, x, y;
+  } const rows[] = {{2000, 0.5267, 0.4133}, {2500, 0.4770, 0.4137}, {3000, 0.4369, 0.4041},
+                    {4000, 0.3805, 0.3768}, {5000, 0.3451, 0.3516}, {6500, 0.3135, 0.3237},
+                    {10000, 0.2807, 0.2884}};
+  for (const auto& row : rows) {
+    const Color rgb = BlackbodyRamp({.maxKelvin = row.T, .compression = 0}).lookup(1);
+    // Linear RGB of ITU-R BT.709 to XYZ.
+    const double X = 0.412453 * rgb[0] + 0.357580 * rgb[1] + 0.180423 * rgb[2];
+    const double Y = 0.212671 * rgb[0] + 0.715160 * rgb[1] + 0.072169 * rgb[2];
+    const double Z = 0.019334 * rgb[0] + 0.119193 * rgb[1] + 0.950227 * rgb[2];
+    EXPECT_NEAR(X / (X + Y + Z), row.x, 0.006) << row.T;
+    EXPECT_NEAR(Y / (X + Y + Z), row.y, 0.006) << row.T;
+  }
+  // Brightness: physical between two temperatures without compression, by the 4th root with it.
+  const auto sum = [](double T, double compression) {
+    const Color c = BlackbodyRamp({.maxKelvin = T, .compression = compression}).lookup(1);
+    return c[0] + c[1] + c[2];
+  };
+  EXPECT_GT(sum(4000, 0) / sum(2000, 0), 100);
+  EXPECT_LT(sum(4000, 50) / sum(2000, 50), 5);
+  const BlackbodyRamp ramp;
+  EXPECT_EQ(ramp.lookup(0), (Color{0, 0, 0}));
+  EXPECT_EQ(ramp.lookup(NAN), ramp.lookup(-1));
+  EXPECT_EQ(ramp.lookup(2), ramp.maxColor());
+}
+
+TEST(GradientRamp, GoesFromKnotToKnot) {
+  using Way = GradientKnot::Interpolation;
+  const GradientRamp ramp({{0.75f, {4, 0, 0}, Way::kStep},
+                           {0, {0, 0, 2}, Way::kLinear},
+                           {0.5f, {2, 0, 0}, Way::kSmooth},
+                           {1, {1, 0, 0}}},
+                          0.5);
+  const std::pair<float, float> red[] = {
+      {-1, 0},    {0.25f, 0.5f}, {0.5f, 1}, {0.5625f, 1.15625f}, {0.7f, 1.896f}, {0.76f, 2},
+      {0.99f, 2}, {1, 0.5f},     {9, 0.5f}};
+  for (const auto& [v, r] : red) EXPECT_NEAR(ramp.lookup(v)[0], r, 1e-6) << v;
+  EXPECT_EQ(ramp.maxColor(), (Color{2, 0, 1}));
+}
+
+// Catmull-Rom keeps parabolas, B-splines add a third of a second derivative's half to them, and
+// beyond the rim the rules of the table in channel_sampler.h hold.
+TEST(ChannelSampler, FiltersFollowTheirFormulas) {
+  SimFrame frame;
+  const auto parabola = [](auto x, auto y, auto z) {
+    return 1 + 0.5f * x + 0.25f * x * x + 0.5f * y * y + z;
+  };
+  add_grid(frame, kGridDensity, {9, 10, 11}, [&](int i, int j, int k) {
+    return parabola(static_cast<float>(i), static_cast<float>(j), static_cast<float>(k));
+  });
+  Points points;
+  points.n = 7;
+  const float at[7][3] = {{1, 1, 1},    {3.3f, 4.7f, 5.1f},  {6.99f, 7.9f, 8.9f},
+                          {2, 3.5f, 8}, {-0.5f, 3.5f, 4.5f}, {8, 9, 10},
+                          {NAN, 2, 2}};
+  for (int i = 0; i < points.n; ++i) {
+    points.x[i] = at[i][0];
+    points.y[i] = at[i][1];
+    points.z[i] = at[i][2];
+  }
+  for (const Isa isa : {Isa::kBaseline, Isa::kAvx2, Isa::kAvx512}) {
+    limit_isa(isa);
+    alignas(64) float linear[kBlock], cubic[kBlock], spline[kBlock];
+    ChannelSampler sampler;
+    ASSERT_TRUE(sampler.bind(frame, kGridDensity, Filter::kLinear));
+    sampler.sample(linear, points);
+    sampler.filter = Filter::kCatmullRom;
+    sampler.sample(cubic, points);
+    sampler.filter = Filter::kBSpline;
+    sampler.sample(spline, points);
+    for (int i = 0; i < 4; ++i) {
+      const float exact = parabola(at[i][0], at[i][1], at[i][2]);
+      EXPECT_NEAR(cubic[i], exact, 2e-5 * exact) << i;
+      EXPECT_NEAR(spline[i], exact + (0.25 + 0.5) / 3, 2e-5 * exact) << i;
+    }
+    EXPECT_EQ(linear[4], 0);
+    EXPECT_EQ(cubic[4], parabola(0.0f, 3.0f, 4.5f) / 2 + parabola(0.0f, 4.0f, 4.5f) / 2);
+    EXPECT_EQ(spline[4], cubic[4]);
+    EXPECT_EQ(linear[5], parabola(8.0f, 9.0f, 10.0f));
+    EXPECT_EQ(linear[6], 0);
+    EXPECT_EQ(spline[6], parabola(0.0f, 2.0f, 2.0f));
+  }
+  limit_isa(Isa::kAvx512);
+}
+
+// Against the distance to every surface cell; a curve that shows values between cells alone.
+TEST(Proximity, IsTheDistanceToWhatShows) {
+  const Vec3i dims{23, 19, 21};
+  const auto solid = [](int i, int j, int k) {
+    return (i > 4 && i < 10 && j > 6 && j < 12 && k > 8 && k < 14) || (i == 18 && j == 4 && k == 3);
+  };
+  for (const bool hull : {false, true}) {
+    SimFrame frame;
+    add_grid(frame, kGridDensity, dims,
+             [&](int i, int j, int k) { return solid(i, j, k) ? 1.0f : 0.0f; });
+    VolumeParams params = smoke_params();
+    if (hull) {
+      params.smoke.curve = {};
+      for (const float x : {0.3f, 0.5f, 0.7f}) params.smoke.curve.addPoint(x, x == 0.5f);
+    }
+    const auto volume = make_volume(frame, params);
+    // Within the hull's curve the cells on both sides of a step show.
+    const auto shows = [&](int i, int j, int k) {
+      if (!hull) return solid(i, j, k);
+      const bool here = solid(i, j, k);
+      return solid(i - 1, j, k) != here || solid(i + 1, j, k) != here ||
+             solid(i, j - 1, k) != here || solid(i, j + 1, k) != here ||
+             solid(i, j, k - 1) != here || solid(i, j, k + 1) != here;
+    };
+    std::vector<Vec3i> surface;
+    const auto each = [&](auto body) {
+      for (int k = 1; k < dims[2] - 1; ++k)
+        for (int j = 1; j < dims[1] - 1; ++j)
+          for (int i = 1; i < dims[0] - 1; ++i) body(i, j, k);
+    };
+    each([&](int i, int j, int k) {
+      bool all = true;
+      for (int n = 0; n < 27; ++n)
+        all = all && shows(i + n % 3 - 1, j + n / 3 % 3 - 1, k + n / 9 - 1);
+      if (shows(i, j, k) && !all) surface.push_back({i, j, k});
+    });
+    float worst = 0;
+    each([&](int i, int j, int k) {
+      int least = 1 << 20;
+      for (const Vec3i& s : surface)
+        least = std::min(least, dot(s - Vec3i(i, j, k), s - Vec3i(i, j, k)));
+      const float d = std::sqrt(static_cast<float>(least)) * (shows(i, j, k) ? -1.0f : 1.0f);
+      worst = std::max(worst, std::abs((*volume->proximity)(i, j, k) - (d - 3.5f)));
+    });
+    EXPECT_GT(surface.size(), 50u);
+    EXPECT_LT(worst, 1e-5f) << hull;
+  }
+  SimFrame empty;
+  add_grid(empty, kGridDensity, dims, [](int, int, int) { return 0.0f; });
+  EXPECT_EQ((*make_volume(empty, smoke_params())->proximity)(5, 5, 5), 1.75f * 23 - 3.5f);
+}
+
+// Noise moves points without squeezing the gas, stays in the domain while the grid moves, and
+// leaves old gas alone.
+TEST(DetailNoise, MovesPointsAlongACurl) {
+  SimFrame frame;
+  add_grid(frame, kGridDensity, {30, 30, 30}, [](int, int, int) { return 1.0f; });
+  VolumeParams params = smoke_params();
+  params.smoke.noise = {.percent = 40, .scaleA = 8, .scaleB = 20, .gain = 0.6, .period = 2};
+  params.secondsSinceStart = 0.7;
+  const auto volume = make_volume(frame, params);
+  EXPECT_NEAR(volume->smoke.noise.octaves, 1 + std::log2(20.0 / 8), 1e-6);
+  const auto moved = [&](const Vec3f& p) {
+    Points points, q;
+    points.n = 1;
+    points.x[0] = p[0];
+    points.y[0] = p[1];
+    points.z[0] = p[2];
+    displace(q, *volume, volume->smoke, points);
+    return Vec3f(q.x[0], q.y[0], q.z[0]) - p;
+  };
+  double divergence = 0, slopes = 0;
+  const float h = 0.05f;
+  for (int n = 0; n < 50; ++n) {
+    const Vec3f p(5 + 0.37f * static_cast<float>(n), 9.1f, 20 - 0.21f * static_cast<float>(n));
+    double sum = 0;
+    for (int a = 0; a < 3; ++a) {
+      Vec3f step;
+      step[a] = h;
+      const float slope = (moved(p + step)[a] - moved(p - step)[a]) / (2 * h);
+      sum += slope;
+      slopes += std::abs(slope);
+    }
+    divergence += std::abs(sum);
+  }
+  EXPECT_GT(slopes, 1);
+  EXPECT_LT(divergence, 0.01 * slopes);
+
+  const Vec3f before = moved({12, 13, 14});
+  volume->gridOffset = {2, -3, 1};
+  EXPECT_LT(length(moved({10, 16, 13}) - before), 1e-5f);
+  for (FieldHandle* f : {&volume->advectedCoords.x, &volume->advectedCoords.y,
+                         &volume->advectedCoords.z, &volume->advectedCoords.age}) {
+    *f = acquire_field({30, 30, 30});
+    std::fill_n((*f)->data(), (*f)->count(), 12.0f);
+  }
+  EXPECT_EQ(length(moved({12, 13, 14})), 0);
+}
+
+}  // namespace nbx
