@@ -5,12 +5,12 @@
 
 #include "C4D/info_command.h"
 #include "C4D/machine_report.h"
-#include "C4D/post_effect_parameters.h"
 #include "C4D/preferences.h"
 #include "C4D/simulate_command.h"
 #include "C4D/slice_command.h"
 #include "C4D/verify_command.h"
 #include "C4D/volume_object.h"
+#include "C4D/volume_renderer.h"
 #include "C4D/volume_tag.h"
 #include "util/log.h"
 
@@ -53,7 +53,7 @@ bool register_classes(host::HostServices& services) {
       {register_verify_command, "Failed to register verify command"},
       {register_preferences, "Failed to register pref dialog"},
       {register_volume_object, "Failed to register volume object"},
-      {register_post_effect, "Failed to register volume renderer"},
+      {register_volume_renderer, "Failed to register volume renderer"},
       {register_volume_tag, "Failed to register volume tag"},
   };
   for (const auto& [add, failure] : classes)

@@ -19,9 +19,4 @@ host::ClassDescription post_effect_description() {
           }};
 }
 
-bool register_post_effect(host::HostServices& services) {
-  return services.RegisterVideoPostPlugin(kPostEffect, "VPvolume", nullptr,
-                                          post_effect_description());
-}
-
 }  // namespace nbx

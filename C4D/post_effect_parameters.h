@@ -1,7 +1,7 @@
 // The parameters of the post effect that draws smoke and fire in the host's renders.
 #pragma once
 
-#include "host/interface/plugin.h"
+#include "host/interface/parameter_info.h"
 
 namespace nbx {
 
@@ -14,6 +14,5 @@ enum PostEffectParameter : std::int32_t {
 };
 
 host::ClassDescription post_effect_description();
-bool register_post_effect(host::HostServices& services);
 
 }  // namespace nbx

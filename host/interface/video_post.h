@@ -111,6 +111,8 @@ class BaseRender {
   virtual std::int32_t GetFrame() const = 0;
   virtual std::int32_t GetFirstFrame() const = 0;
   virtual std::int32_t GetLastFrame() const = 0;
+  /// Where the frame's camera stands, whether the scene has one or not.
+  virtual Vector GetCameraPosition() const = 0;
   /// True on a machine that renders frames for another one.
   virtual bool IsNetworkClient() const = 0;
 

@@ -7,6 +7,7 @@ namespace host {
 
 void RenderSession::SetFrame(std::int32_t frame, const RenderScene& scene) {
   frame_ = frame;
+  camera_position_ = scene.camera.Place().off;
   missing_.clear();
   queries_.clear();
   counts_.assign(static_cast<std::size_t>(job_.threads), {});

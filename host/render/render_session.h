@@ -24,6 +24,7 @@ class RenderSession final : public BaseRender {
   std::int32_t GetFrame() const override { return frame_; }
   std::int32_t GetFirstFrame() const override { return job_.frames.front(); }
   std::int32_t GetLastFrame() const override { return job_.frames.back(); }
+  Vector GetCameraPosition() const override { return camera_position_; }
   bool IsNetworkClient() const override { return false; }
   VolumeData& GetVolumeData(std::int32_t thread) override {
     return queries_[static_cast<std::size_t>(thread)];
@@ -43,6 +44,7 @@ class RenderSession final : public BaseRender {
   const RenderJob& job_;
   CommandContext& context_;
   std::int32_t frame_;
+  Vector camera_position_;
   std::vector<RayCounts> counts_;  ///< a thread
   std::vector<VolumeQuery> queries_;
   std::vector<std::string> missing_;

@@ -1,0 +1,47 @@
+#include "C4D/c4d_lighting.h"
+
+#include <omp.h>
+
+#include "C4D/host_conversion.h"
+
+namespace nbx {
+
+namespace {
+
+thread_local bool query_open = false;
+
+Color to_color(const host::Vector& v) {
+  return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
+}
+
+}  // namespace
+
+bool C4DLighting::in_query() { return query_open; }
+
+host::VolumeData& C4DLighting::context() {
+  return data_ ? *data_ : render_->GetVolumeData(omp_get_thread_num());
+}
+
+int C4DLighting::lightCount() { return context().GetLightCount(); }
+
+int C4DLighting::lightFlag(int index) { return context().GetLight(index).type; }
+
+Vec3d C4DLighting::lightPosition(int index) {
+  return to_vector(context().GetLight(index).position);
+}
+
+Color C4DLighting::lightColor(int index) { return to_color(context().GetLight(index).color); }
+
+bool C4DLighting::illuminate(int index, const RenderVolume&, const Vec3d& point, Color& color,
+                             Vec3d& direction) {
+  host::Vector light, towards;
+  query_open = true;
+  const bool reached = context().Illuminate(index, {point[0], point[1], point[2]}, light, towards);
+  query_open = false;
+  color = to_color(light);
+  direction = to_vector(towards);
+  if (direction == Vec3d()) direction = lightPosition(index) - point;
+  return reached;
+}
+
+}  // namespace nbx

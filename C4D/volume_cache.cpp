@@ -1,0 +1,63 @@
+#include "C4D/volume_cache.h"
+
+#include <algorithm>
+
+#include "C4D/volume_parameters.h"
+#include "C4D/volume_shading_parameters.h"
+#include "cache/cache_registry.h"
+
+namespace nbx {
+
+CacheDirData cache_dir_data(const host::BaseObject& volume) {
+  const host::Filename named = volume.GetDataInstance().GetFilename(OVOLUME_CACHE_NAME);
+  const std::string path = volume.GetDocument().Resolve(named).path;
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return {};
+  return {path.substr(0, std::max<std::size_t>(slash, 1)), path.substr(slash + 1)};
+}
+
+void set_cache_dir_data(host::BaseObject& volume, const CacheDirData& data) {
+  volume.GetDataInstance().SetFilename(
+      OVOLUME_CACHE_NAME, {data.base.empty() ? std::string() : data.base + "/" + data.name});
+}
+
+std::string cache_directory(host::BaseObject& volume, bool create) {
+  CacheDirData data = cache_dir_data(volume);
+  const CacheDirData before = data;
+  std::string directory;
+  if (!resolve_cache_dir(data, directory, create, "")) return {};
+  if (!(data == before)) set_cache_dir_data(volume, data);
+  return directory;
+}
+
+std::shared_ptr<BFS> volume_cache(host::BaseObject& volume, bool create) {
+  const std::string directory = cache_directory(volume, create);
+  return directory.empty() ? nullptr : getCache(directory);
+}
+
+TimeRange time_range(const host::BaseObject& volume) {
+  const host::BaseDocument& document = volume.GetDocument();
+  const host::BaseContainer& p = volume.GetDataInstance();
+  switch (p.GetLong(OVOLUME_TIME_MODE, OVOLUME_TIME_PREVIEW_RANGE)) {
+    case OVOLUME_TIME_DOCUMENT_RANGE:
+      return {document.GetMinTime(), document.GetMaxTime()};
+    case OVOLUME_TIME_OWN_RANGE:
+      return {p.GetTime(OVOLUME_TIME_START, {0, 1}), p.GetTime(OVOLUME_TIME_END, {3, 1})};
+    default:
+      return {document.GetLoopMinTime(), document.GetLoopMaxTime()};
+  }
+}
+
+int frame_at_time(const host::BaseObject& volume, const host::BaseTime& time) {
+  const host::BaseContainer& p = volume.GetDataInstance();
+  const std::int32_t fps = volume.GetDocument().GetFps();
+  const host::BaseTime start = time_range(volume).start;
+  const host::BaseTime since{
+      time.GetNumerator() * start.GetDenominator() - start.GetNumerator() * time.GetDenominator(),
+      time.GetDenominator() * start.GetDenominator()};
+  const std::int64_t frame = p.GetLong(OVOLUME_FRAME_STRIDE, 1) * since.GetFrame(fps) +
+                             start.GetFrame(fps) - p.GetLong(OVOLUME_FRAME_OFFSET);
+  return static_cast<int>(std::clamp<std::int64_t>(frame, -2147483647, 2147483647));
+}
+
+}  // namespace nbx

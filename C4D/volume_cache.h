@@ -1,0 +1,37 @@
+// Where the frames of a volume object are: its cache's directory, which document time shows which
+// cached frame, and the scene that is saved beside the frames.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "cache/bfs.h"
+#include "cache/cache_directories.h"
+#include "host/interface/scene.h"
+
+namespace nbx {
+
+/// OVOLUME_CACHE_NAME, a path, in two parts: its last folder is the cache's name; a path that ends
+/// with '/' is a folder of caches alone. And back into the parameter.
+CacheDirData cache_dir_data(const host::BaseObject& volume);
+void set_cache_dir_data(host::BaseObject& volume, const CacheDirData& data);
+
+/// The directory of the volume's cache; with `create` it is made if it is missing, and the
+/// parameter then names it. Empty if there is none, with a log line where one should have been
+/// made.
+std::string cache_directory(host::BaseObject& volume, bool create);
+
+/// The open store of that directory; empty if there is none.
+std::shared_ptr<BFS> volume_cache(host::BaseObject& volume, bool create);
+
+/// First and last time of the range that OVOLUME_TIME_MODE selects.
+struct TimeRange {
+  host::BaseTime start, end;
+};
+TimeRange time_range(const host::BaseObject& volume);
+
+/// The cached frame that the volume shows at a document time:
+///     stride * (frames since the range's start) + start frame - offset
+int frame_at_time(const host::BaseObject& volume, const host::BaseTime& time);
+
+}  // namespace nbx

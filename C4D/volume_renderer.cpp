@@ -1,0 +1,113 @@
+#include "C4D/volume_renderer.h"
+
+#include <cmath>
+#include <memory>
+
+#include "C4D/c4d_lighting.h"
+#include "C4D/host_conversion.h"
+#include "C4D/post_effect_parameters.h"
+#include "C4D/render_volumes.h"
+#include "math/field_pool.h"
+#include "render/volume_renderer.h"
+
+namespace nbx {
+
+namespace {
+
+float srgb(float x) {
+  return x <= 0.0031308f ? 12.92f * x : 1.055f * std::pow(x, 1 / 2.4f) - 0.055f;
+}
+
+// The classes of a ray; `plain` for one that is none of the others.
+std::uint32_t ray_classes(std::uint32_t type, std::uint32_t plain) {
+  std::uint32_t classes = 0;
+  const struct {
+    std::uint32_t types, bit;
+  } kinds[] = {
+      {host::kRayTransparency | host::kRayRoughTransparency, kTransparencyRay},
+      {host::kRayReflection | host::kRayRoughReflection, kReflectionRay},
+      {host::kRayRefraction | host::kRayRoughRefraction, kRefractionRay},
+      {host::kRayIndirect, kIndirectRay},
+      {host::kRayOcclusion, kOcclusionRay},
+  };
+  for (const auto& [types, bit] : kinds)
+    if (type & types) classes |= bit;
+  if (!classes && !(type & host::kRayNotCamera)) classes = plain;
+  return C4DLighting::in_query() ? classes | kLightQueryRay : classes;
+}
+
+class VPvolume final : public host::VideoPostData {
+ public:
+  host::RenderResult Execute(host::BaseVideoPost& node, host::RenderPhase phase, bool open,
+                             host::BaseRender& render) override {
+    if (phase == host::RenderPhase::Sequence) {
+      open ? collect_volumes(renderer_, render.GetDocument().GetFirstObject()) : close_sequence();
+      return host::RenderResult::Ok;
+    }
+    if (!open) {
+      release_frames(renderer_);
+      return host::RenderResult::Ok;
+    }
+    gamma_ = node.GetDataInstance().GetBool(VPVOLUME_GAMMA, true);
+    return prepare_all(renderer_, &render, render.GetDocument(), node)
+               ? host::RenderResult::Ok
+               : host::RenderResult::UserBreak;
+  }
+
+  void CalcVolumetric(host::VolumeData& data) override {
+    if (!renderer_.active) return;
+    C4DLighting lighting(data);
+    RayRecord ray = record(data.ray, kCameraRay, lighting);
+    if (!traceVolumes(renderer_, ray)) return;
+    if (gamma_) encode(ray);
+    data.encoded = gamma_;
+    data.color = {ray.radiance[0], ray.radiance[1], ray.radiance[2]};
+    data.transparency = {ray.transmittance[0], ray.transmittance[1], ray.transmittance[2]};
+  }
+
+  void CalcShadow(host::VolumeData& data) override {
+    if (!renderer_.active) return;
+    C4DLighting lighting(data);
+    RayRecord ray = record(data.ray, kShadowRay, lighting);
+    if (!traceShadow(renderer_, ray)) return;
+    data.transparency = {ray.transmittance[0], ray.transmittance[1], ray.transmittance[2]};
+  }
+
+ private:
+  static RayRecord record(const host::VolumeRay& from, std::uint32_t plain, Lighting& lighting) {
+    RayRecord ray;
+    ray.thread = from.thread;
+    ray.lighting = &lighting;
+    ray.origin = to_vector(from.origin);
+    ray.direction = to_vector(from.direction);
+    ray.tMax = from.surface_distance;
+    ray.mask = ray_classes(from.type, plain);
+    ray.seed = from.seed;
+    return ray;
+  }
+
+  static void encode(RayRecord& ray) {
+    for (float& c : ray.radiance) c = srgb(c);
+    if (ray.mask & kCameraRay) return;
+    for (float& t : ray.transmittance) t = 1 - srgb(1 - t);
+  }
+
+  void close_sequence() {
+    renderer_.volumes.clear();
+    field_pool().release_unused();
+  }
+
+  VolumeRenderer renderer_;
+  bool gamma_ = true;
+};
+
+}  // namespace
+
+bool register_volume_renderer(host::HostServices& services) {
+  return services.RegisterVideoPostPlugin(
+      kPostEffect, "VPvolume",
+      []() -> std::unique_ptr<host::VideoPostData> { return std::make_unique<VPvolume>(); },
+      post_effect_description());
+}
+
+}  // namespace nbx
