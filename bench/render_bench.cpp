@@ -23,7 +23,7 @@ constexpr int kPixels = 192;
 // thin enough for every ray to come through. One voxel is one unit long.
 class Smoke {
  public:
-  Smoke(int n, double radius, Filter filter) {
+  Smoke(int n, double radius, Filter filter, double noise = 0) {
     const FieldHandle field = acquire_field({n, n, n});
     for (int k = 0; k < n; ++k)
       for (int j = 0; j < n; ++j)
@@ -40,6 +40,7 @@ class Smoke {
     params_.smoke.ramp = std::make_shared<GradientRamp>(
         std::vector<GradientKnot>{{0, {1, 0.9f, 0.8f}}, {1, {0.5f, 0.6f, 0.7f}}});
     params_.smoke.density = 2;
+    params_.smoke.noise = {.percent = noise, .scaleA = 2, .scaleB = 8};
     params_.filter = filter;
     prepare_volume(*volume_, frame_, params_);
     volume_->lightField = std::make_shared<DirectLightField>(DirectLightParams{});
@@ -95,15 +96,17 @@ class Smoke {
   HeadLighting light_;
 };
 
-void march(benchmark::State& state, Filter filter) {
-  Smoke smoke(128, 200, filter);  // the cube is full
+void march(benchmark::State& state, Filter filter, double noise) {
+  Smoke smoke(128, 200, filter, noise);  // the cube is full
   constexpr double width = 100;
   measure(state, smoke.samples(width, smoke.volume().viewStep), [&] {
     smoke.picture(width, [&](RayRecord& ray) { traceVolumes(smoke.renderer(), ray); });
   });
 }
-BENCHMARK_CAPTURE(march, linear, Filter::kLinear)->Name("march_linear")->UseRealTime();
-BENCHMARK_CAPTURE(march, cubic, Filter::kBSpline)->Name("march_cubic")->UseRealTime();
+BENCHMARK_CAPTURE(march, linear, Filter::kLinear, 0)->Name("march_linear")->UseRealTime();
+BENCHMARK_CAPTURE(march, cubic, Filter::kBSpline, 0)->Name("march_cubic")->UseRealTime();
+// Three octaves of detail noise.
+BENCHMARK_CAPTURE(march, noise, Filter::kLinear, 20)->Name("march_noise")->UseRealTime();
 
 void march_shadow(benchmark::State& state) {
   Smoke smoke(128, 200, Filter::kBSpline);

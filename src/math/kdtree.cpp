@@ -14,9 +14,11 @@ namespace {
 constexpr std::size_t kMostPrimitives = std::size_t{1} << 30;
 constexpr std::size_t kSmallestSplit = 4;        // fewer are a leaf
 constexpr std::size_t kSmallestTask = 1u << 14;  // below, a subtree isn't worth a task
-constexpr int kPlanes = 32;
-constexpr int kMostBadRefines = 2;
-constexpr float kTestCost = 80, kEmptyBonus = 0.5f;
+constexpr int kPlanes = 16;
+// The cost of a test, in steps from node to node. A step reads from anywhere in memory and a leaf's
+// primitives lie near one another, so a deep tree takes longer to build and is no faster to walk.
+constexpr float kTestCost = 0.25f;
+constexpr float kEmptyBonus = 0.5f;
 
 using List = std::vector<std::uint32_t>;
 
@@ -47,8 +49,7 @@ class Builder {
   explicit Builder(std::span<const Bounds3f> bounds) : bounds_(bounds) {}
 
   /// Appends the tree of the last n entries of `work`, which it leaves as it found it.
-  void node(Subtree& out, List& work, std::size_t n, const Bounds3f& box, int depth,
-            int bad_refines) const;
+  void node(Subtree& out, List& work, std::size_t n, const Bounds3f& box, int depth) const;
 
  private:
   Split best_split(std::span<const std::uint32_t> list, const Bounds3f& box) const;
@@ -125,15 +126,12 @@ void append(Subtree& out, const Subtree& other) {
   out.lists.insert(out.lists.end(), other.lists.begin(), other.lists.end());
 }
 
-void Builder::node(Subtree& out, List& work, std::size_t n, const Bounds3f& box, int depth,
-                   int bad_refines) const {
+void Builder::node(Subtree& out, List& work, std::size_t n, const Bounds3f& box, int depth) const {
   const std::size_t first = work.size() - n;
   const std::span<const std::uint32_t> list(work.data() + first, n);
   Split split;
   if (depth > 0 && n >= kSmallestSplit) split = best_split(list, box);
-  const float old_cost = kTestCost * static_cast<float>(n);
-  bad_refines = split.cost > old_cost ? bad_refines + 1 : 0;
-  if (!split.found || bad_refines > kMostBadRefines || (split.cost > 4 * old_cost && n < 16)) {
+  if (!split.found || split.cost > kTestCost * static_cast<float>(n)) {
     leaf(out, list);
     return;
   }
@@ -155,17 +153,17 @@ void Builder::node(Subtree& out, List& work, std::size_t n, const Bounds3f& box,
   out.nodes.push_back(KdNode::inner(s, split.axis));
   const auto next = [&] { return static_cast<std::uint32_t>(out.nodes.size()); };
   if (n < kSmallestTask) {
-    node(out, work, n_low, low_box, depth - 1, bad_refines);
+    node(out, work, n_low, low_box, depth - 1);
     work.resize(high);
     out.nodes[at].link = next();
-    node(out, work, n_high, high_box, depth - 1, bad_refines);
+    node(out, work, n_high, high_box, depth - 1);
   } else {
     Subtree low_tree, high_tree;
     List low_work(work.begin() + static_cast<std::ptrdiff_t>(high), work.end());
     work.resize(high);
 #pragma omp task default(shared)
-    node(low_tree, low_work, n_low, low_box, depth - 1, bad_refines);
-    node(high_tree, work, n_high, high_box, depth - 1, bad_refines);
+    node(low_tree, low_work, n_low, low_box, depth - 1);
+    node(high_tree, work, n_high, high_box, depth - 1);
 #pragma omp taskwait
     append(out, low_tree);
     out.nodes[at].link = next();
@@ -203,7 +201,7 @@ KdTree::KdTree(std::span<const Bounds3f> bounds) {
   const Builder builder(bounds);
 #pragma omp parallel
 #pragma omp single
-  builder.node(tree, work, n, all, depth, 0);
+  builder.node(tree, work, n, all, depth);
   nodes_ = std::move(tree.nodes);
   leaf_lists_ = std::move(tree.lists);
 }

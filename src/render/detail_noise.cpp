@@ -4,11 +4,31 @@
 #include <cmath>
 #include <limits>
 
+#include "render/detail_noise_kernels.h"
+#include "util/isa.h"
+
+NBX_DECLARE_ISA(DetailNoiseKernels, kDetailNoiseKernels)
+
 namespace nbx {
+
+const DetailNoiseKernels& detail_noise_kernels() { return NBX_SELECT_ISA(kDetailNoiseKernels); }
 
 namespace {
 
 constexpr double kLeast = std::numeric_limits<double>::epsilon();
+
+// Each row with its first three floats once more at its end.
+FieldHandle with_rows_closed(const Field<float>& tile) {
+  const int n = tile.nx();
+  const FieldHandle closed = acquire_field({n + 3, n, n});
+  for (int k = 0; k < n; ++k)
+    for (int j = 0; j < n; ++j) {
+      float* row = &(*closed)(0, j, k);
+      std::copy_n(&tile(0, j, k), n, row);
+      std::copy_n(row, 3, row + n);
+    }
+  return closed;
+}
 
 }  // namespace
 
@@ -19,26 +39,20 @@ void set_detail_noise(DetailNoise& noise, const DetailNoiseParams& params, doubl
   const double large = std::max({a, b, small});
   noise.frequency = static_cast<float>(std::max(voxel, kLeast) / large);
   noise.amplitude = static_cast<float>(params.percent * 0.01) / noise.frequency;
-  noise.octaves = static_cast<float>(std::log2(large / small) + 1);
+  // Beyond 64 octaves float coordinates tell no cells apart.
+  noise.octaves = static_cast<float>(std::min(std::log2(large / small) + 1, 64.0));
   noise.gain = static_cast<float>(std::clamp(params.gain, 0.001, 1.0));
   if (noise.amplitude == 0) return;
   if (!noise.noise) noise.noise = std::make_shared<WaveletNoise>();
   const double phase = params.period != 0 ? time / params.period : 0;
   advance_tile(*noise.noise, static_cast<float>(phase), true, false);
+  noise.tile = with_rows_closed(noise.noise->tile);
 }
 
-// d = curl (N1, N2, N3), three potentials from far apart in one noise. Its slopes are minus the
-// partial derivatives, which turns d round and is as good a displacement.
-Vec3f DetailNoise::curl(const Vec3f& c) const {
-  NoiseParams params;
-  params.frequency = frequency;
-  params.amplitude = amplitude;
-  params.bands = octaves;
-  params.persistence = gain;
-  const Vec3f c2 = c + Vec3f(123.456f, 234.567f, 345.678f);
-  const Vec3f c3 = c + Vec3f(246.912f, 469.134f, 691.356f);
-  const auto slope = [&](const Vec3f& p, int axis) { return fractal3D(*noise, params, p, axis); };
-  return {slope(c3, 2) - slope(c2, 3), slope(c, 3) - slope(c3, 1), slope(c2, 1) - slope(c, 2)};
+void DetailNoise::curl(Colors& d, const Points& c) const {
+  float* const to[3] = {d.c[0], d.c[1], d.c[2]};
+  detail_noise_kernels().curl(to, {tile->data(), tile->ny()}, {frequency, amplitude, octaves, gain},
+                              c.x, c.y, c.z, c.n);
 }
 
 }  // namespace nbx

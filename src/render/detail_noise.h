@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "math/wavelet_noise.h"
+#include "render/sample_block.h"
 
 namespace nbx {
 
@@ -16,18 +17,21 @@ struct DetailNoiseParams {
   double period = 1;              // seconds in which the noise becomes another one; 0: never
 };
 
+/// Copies share the noise.
 struct DetailNoise {
   std::shared_ptr<WaveletNoise> noise;  // its tile is made where the amplitude isn't 0
+  FieldHandle tile;                     // the same for the kernels, see NoiseTile
   float frequency = 1;                  // noise cells per voxel in the first octave
   float amplitude = 0;                  // of the first octave, in voxels
-  float octaves = 1;                    // may be fractional
+  float octaves = 1;                    // 1 to 64; may be fractional
   float gain = 0.56123102f;             // 2^(-5/6)
 
-  bool on() const { return amplitude != 0 && noise; }
+  bool on() const { return amplitude != 0 && tile; }
 
-  /// The three derivatives' curl at point c in voxels of the domain: how far a point moves, in
-  /// voxels.
-  Vec3f curl(const Vec3f& c) const;
+  /// d = curl (N1, N2, N3) at points c in voxels of the domain: how far they move, in voxels. The
+  /// three potentials are taken from far apart in one noise, whose slopes are minus the partial
+  /// derivatives: that turns d round, and is as good.
+  void curl(Colors& d, const Points& c) const;
 };
 
 /// `voxel` is the edge of a voxel in object units, `time` the seconds since the render's start.

@@ -15,28 +15,30 @@ namespace {
 // doesn't turn.
 void displace_by_noise(Points& q, const RenderVolume& volume, const DetailNoise& noise) {
   const AdvectedCoords& coords = volume.advectedCoords;
-  alignas(64) float c[3][kBlock], age[kBlock]{}, mask[kBlock];
+  Points c = q;
+  alignas(64) float age[kBlock]{}, mask[kBlock];
   std::fill_n(mask, kBlock, 1.0f);
   if (coords.all()) {
-    sample_clamped(c[0], *coords.x, q);
-    sample_clamped(c[1], *coords.y, q);
-    sample_clamped(c[2], *coords.z, q);
+    sample_clamped(c.x, *coords.x, q);
+    sample_clamped(c.y, *coords.y, q);
+    sample_clamped(c.z, *coords.z, q);
     if (coords.age) sample_clamped(age, *coords.age, q);
   } else {
     const Vec3f offset = vector_cast<float>(volume.gridOffset);
-    for (int i = 0; i < q.n; ++i) {
-      c[0][i] = q.x[i] + offset[0];
-      c[1][i] = q.y[i] + offset[1];
-      c[2][i] = q.z[i] + offset[2];
+    for (int i = 0; i < kBlock; ++i) {
+      c.x[i] += offset[0];
+      c.y[i] += offset[1];
+      c.z[i] += offset[2];
     }
   }
   if (volume.vorticityMask) sample_clamped(mask, *volume.vorticityMask, q);
+  Colors d;
+  noise.curl(d, c);
   for (int i = 0; i < q.n; ++i) {
-    if (age[i] >= 2 || mask[i] == 0) continue;
-    const Vec3f d = noise.curl({c[0][i], c[1][i], c[2][i]}) * mask[i];
-    q.x[i] += d[0];
-    q.y[i] += d[1];
-    q.z[i] += d[2];
+    if (age[i] >= 2) continue;
+    q.x[i] += d.c[0][i] * mask[i];
+    q.y[i] += d.c[1][i] * mask[i];
+    q.z[i] += d.c[2][i] * mask[i];
   }
 }
 

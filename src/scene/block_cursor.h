@@ -30,6 +30,11 @@ class BlockCursor {
   float* data_ = nullptr;
 };
 
+/// What a cell holds while others may merge into it.
+inline float load(float& cell) {
+  return std::atomic_ref<float>(cell).load(std::memory_order_relaxed);
+}
+
 /// An atomic maximum by magnitude; of two values of one magnitude the positive one stays. So any
 /// number of threads may merge into a cell, and the order leaves no trace.
 inline void merge_largest(float& cell, float value) {

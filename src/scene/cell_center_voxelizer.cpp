@@ -5,6 +5,12 @@
 
 namespace nbx {
 
+namespace {
+
+constexpr double kRounding = 1e-7;  // of a weight to a float, and more
+
+}  // namespace
+
 void CellCenterVoxelizer::hit(Cursor& cursor, const Vec3i& cell, double q,
                               const VoxelizationTriangle& triangle, float strength) const {
   float w = strength * profile_.weight(q);
@@ -15,8 +21,20 @@ void CellCenterVoxelizer::hit(Cursor& cursor, const Vec3i& cell, double q,
 
 void CellCenterVoxelizer::voxelize(const VoxelizationTriangle& triangle) const {
   Cursor at = cursor();
-  TriangleScan(triangle, profile_.thickness, box_).run([&](int x, int y, int z, double q, double) {
-    hit(at, Vec3i(x, y, z), q, triangle);
+  const TriangleScan scan(triangle, profile_.thickness, box_);
+  if (!profile_.plain()) {
+    scan.run([&](int x, int y, int z, double q, double) { hit(at, Vec3i(x, y, z), q, triangle); });
+    return;
+  }
+  const double thickness = profile_.thickness, reach = thickness * thickness;
+  scan.run([&](int x, int y, int z, double q, double) {
+    if (q >= reach) return;
+    float& cell = at.cell(x, y, z);
+    // Most cells have met a nearer triangle: no root for them.
+    const double within = (1 + kRounding - load(cell)) * thickness;
+    if (q > within * within) return;
+    const float w = profile_.weight(q);
+    if (w > 0) merge_largest(cell, w);
   });
 }
 

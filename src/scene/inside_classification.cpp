@@ -4,9 +4,7 @@
 #include <bit>
 #include <cmath>
 #include <exception>
-#include <tuple>
 
-#include "math/kdtree.h"
 #include "scene/line_crossing.h"
 
 namespace nbx {
@@ -33,17 +31,6 @@ struct Votes {
   std::uint8_t* row(int j, int k) { return bits.data() + index(0, j, k); }
   const std::uint8_t* row(int j, int k) const { return bits.data() + index(0, j, k); }
 };
-
-std::vector<Bounds3f> bounds_of(const std::vector<PolygonObjectContainer::Triangle>& triangles) {
-  std::vector<Bounds3f> bounds(triangles.size());
-#pragma omp parallel for schedule(static)
-  for (std::size_t i = 0; i < triangles.size(); ++i) {
-    const auto& [a, b, c] = triangles[i].p;
-    for (int axis = 0; axis < 3; ++axis)
-      std::tie(bounds[i].lo[axis], bounds[i].hi[axis]) = std::minmax({a[axis], b[axis], c[axis]});
-  }
-  return bounds;
-}
 
 /// The cells of `box` within the triangles' bounds: no other can be inside.
 IntBox cells_within(const std::vector<Bounds3f>& bounds, const IntBox& box) {
@@ -123,7 +110,7 @@ void sum_crossings(Votes& votes) {
 }
 
 Votes vote(const PolygonObjectContainer& container) {
-  const std::vector<Bounds3f> bounds = bounds_of(container.triangles());
+  const std::vector<Bounds3f> bounds = triangle_bounds(container);
   Votes votes(cells_within(bounds, container.box()));
   if (votes.bits.empty()) return votes;
   const KdTree tree(bounds);

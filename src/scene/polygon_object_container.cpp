@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 #include <omp.h>
 
@@ -36,6 +37,18 @@ PolygonObjectContainer::PolygonObjectContainer(const PolygonWalk& walk, const In
   for (const auto& part : parts) n += part.size();
   triangles_.reserve(n);
   for (const auto& part : parts) triangles_.insert(triangles_.end(), part.begin(), part.end());
+}
+
+std::vector<Bounds3f> triangle_bounds(const PolygonObjectContainer& container) {
+  const auto& triangles = container.triangles();
+  std::vector<Bounds3f> bounds(triangles.size());
+#pragma omp parallel for schedule(static)
+  for (std::size_t i = 0; i < triangles.size(); ++i) {
+    const auto& [a, b, c] = triangles[i].p;
+    for (int axis = 0; axis < 3; ++axis)
+      std::tie(bounds[i].lo[axis], bounds[i].hi[axis]) = std::minmax({a[axis], b[axis], c[axis]});
+  }
+  return bounds;
 }
 
 }  // namespace nbx

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "math/int_box.h"
+#include "math/kdtree.h"
 #include "scene/polygon_walk.h"
 
 namespace nbx {
@@ -27,5 +28,8 @@ class PolygonObjectContainer {
   std::vector<Triangle> triangles_;
   IntBox box_;
 };
+
+/// The bounds of each triangle, for a tree over them.
+std::vector<Bounds3f> triangle_bounds(const PolygonObjectContainer& container);
 
 }  // namespace nbx

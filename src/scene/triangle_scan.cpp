@@ -5,6 +5,7 @@ namespace nbx {
 namespace {
 
 constexpr double kSmallestSquareEdge = 1e-6;
+constexpr double kSlack = TriangleScan::kSlack;
 // An area below this share of the longest edge's square is rounding error, and so would the
 // direction of the normal be.
 constexpr double kSmallestShare = 1e-12;
@@ -26,8 +27,8 @@ IntBox scan_box(const VoxelizationTriangle& triangle, double reach, const IntBox
   for (int a = 0; a < 3; ++a) {
     const auto [low, high] = std::minmax({p0[a], p1[a], p2[a]});
     // Cut before they become integers.
-    const double lo = std::max<double>(std::floor(low - reach), target.lo[a]);
-    const double hi = std::min<double>(std::ceil(high + reach), target.hi[a]);
+    const double lo = std::max<double>(std::ceil(low - reach - kSlack), target.lo[a]);
+    const double hi = std::min<double>(std::floor(high + reach + kSlack), target.hi[a]);
     if (lo > hi) return {};
     box.lo[a] = static_cast<int>(lo);
     box.hi[a] = static_cast<int>(hi);

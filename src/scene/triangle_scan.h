@@ -40,6 +40,9 @@ IntBox scan_box(const VoxelizationTriangle& triangle, double reach, const IntBox
 /// A prepared triangle.
 class TriangleScan {
  public:
+  /// Bounds are widened by so many cells, that rounding may not lose a cell at the reach.
+  static constexpr double kSlack = 1e-6;
+
   /// Prepares for the cells of `target` within `reach` cells of the triangle. Nothing will be
   /// visited if no cell qualifies, if a corner isn't finite, or if the triangle is degenerate: a
   /// squared edge of at most 1e-6, or no area worth the name.
@@ -84,8 +87,8 @@ inline bool TriangleScan::clip_row(double d, int& first, int& last) const {
   last = box_.hi[0] - box_.lo[0];
   if (g == 0) return std::abs(d) <= reach_;
   const double s = (-reach_ - d) / g, t = (reach_ - d) / g;
-  const double lo = std::floor(std::min(s, t)), hi = std::ceil(std::max(s, t));
-  if (!(lo <= cells && hi >= 0)) return false;
+  const double lo = std::ceil(std::min(s, t) - kSlack), hi = std::floor(std::max(s, t) + kSlack);
+  if (!(lo <= hi && lo <= cells && hi >= 0)) return false;
   first = static_cast<int>(std::max(lo, 0.0));
   last = static_cast<int>(std::min(hi, cells));
   return true;

@@ -1,0 +1,138 @@
+// Meshes with all that they carry: push on faces, the surfaces of solids, what scales a source.
+#include <numeric>
+
+#include "scene/brute_force_distance.h"
+#include "scene/cell_center_voxelizer.h"
+#include "scene/meshes.h"
+#include "scene/solid_voxelizer.h"
+#include "scene/velocity_voxelizer.h"
+
+namespace nbx {
+namespace {
+
+using test::Mesh;
+using Sparse = SparseField<float, 3>;
+
+const IntBox kBox{{0, 0, 0}, {63, 60, 47}};
+
+/// A torus that lies over itself, so that cells have several nearest triangles.
+std::vector<Mesh> crossing_tori() {
+  return {test::bent_torus({31.3, 29.6, 23.1}, 18, 7, 90, 45),
+          test::bent_torus({31.3, 29.6, 23.1}, 18, 7, 90, 45),
+          test::bent_torus({26.8, 31.1, 20.4}, 16, 6, 80, 50)};
+}
+
+TEST(VelocityVoxelizer, PushesAlongTheNormalOnBothFaces) {
+  Sparse u, v, w;
+  const std::vector<Mesh> box{test::box({10, 10, 10}, {30, 30, 30})};
+  voxelize_velocity({&u, &v, &w}, test::walk(box), kBox, {2}, 3);
+  // The box's polygons look outward, and so do they in cells.
+  EXPECT_EQ(u.value(30, 20, 20), 3) << "on the surface";
+  EXPECT_EQ(u.value(31, 20, 20), 3) << "the far face of the surface's cells wins";
+  EXPECT_EQ(u.value(32, 20, 20), 1.5f);
+  EXPECT_EQ(u.value(33, 20, 20), 0);
+  EXPECT_EQ(u.value(10, 20, 20), -3);
+  EXPECT_EQ(w.value(20, 20, 31), 3);
+  EXPECT_EQ(w.value(20, 20, 10), -3);
+  EXPECT_EQ(v.value(20, 20, 30), 0) << "faces that the other sides push don't move";
+  EXPECT_EQ(u.find(20, 20, 8), nullptr) << "no push along x, no block";
+}
+
+TEST(MeshVoxelizers, SameBitsForAnyNumberOfThreads) {
+  const auto meshes = crossing_tori();
+  std::vector<float> cells[2];
+  VCVDT<float> grids[2];
+  for (int run = 0; run < 2; ++run) {
+    const test::ThreadCount threads(run == 0 ? 1 : 4);
+    std::array<Sparse, 3> push;
+    voxelize_velocity({&push[0], &push[1], &push[2]}, test::walk(meshes), kBox, {2.5}, 3);
+    for (const Sparse& axis : push)
+      test::each_cell(kBox.size(), 0,
+                      [&](int x, int y, int z) { cells[run].push_back(axis.value(x, y, z)); });
+    grids[run].reset(kBox.size());
+    auto solids = meshes;
+    solids[0].first_id = 7000;  // its twin has none: ties between all and nothing
+    solids[2].first_id = 0;
+    voxelize(grids[run], test::walk(solids));
+  }
+  EXPECT_EQ(cells[0], cells[1]);
+  EXPECT_GT(std::count_if(cells[0].begin(), cells[0].end(), [](float v) { return v < 0; }), 5000);
+  EXPECT_EQ(grids[0].label, grids[1].label);
+  EXPECT_TRUE(test::same_bits(grids[0].dist2, grids[1].dist2));
+  EXPECT_TRUE(test::same_bits(grids[0].dx, grids[1].dx));
+  EXPECT_TRUE(test::same_bits(grids[0].dz, grids[1].dz));
+}
+
+TEST(SolidVoxelizer, NearestSurfaceSideAndVertex) {
+  std::vector<Mesh> meshes{test::bent_torus({31.3, 29.6, 23.1}, 18, 7, 40, 20)};
+  meshes[0].first_id = 100;
+  const PolygonWalk walk = test::walk(meshes);
+  std::vector<VoxelizationTriangle> triangles;
+  {
+    const test::ThreadCount one(1);
+    walk.run([&](const VoxelizationTriangle& t) { triangles.push_back(t); });
+  }
+  ASSERT_EQ(triangles.size(), 1600u);
+  VCVDT<float> grid;
+  grid.reset(kBox.size());
+  voxelize(grid, walk);
+  int near = 0;
+  for (int i = 0; i < 4000; ++i) {
+    const Vec3i c(7 + i % 41, 8 + i * 7 % 43, 5 + i * 13 % 37);
+    double nearest = 1e300;
+    for (const auto& t : triangles)
+      nearest = std::min(nearest, test::square_distance_to_triangle(vector_cast<double>(c), t));
+    const std::size_t cell = grid.index(c[0], c[1], c[2]);
+    if (nearest > 3) {
+      EXPECT_EQ(grid.dist2[cell], VCVDT<float>::kFar);
+      EXPECT_EQ(grid.label[cell], VCVDT<float>::kNoId);
+      continue;
+    }
+    ++near;
+    EXPECT_NEAR(grid.dist2[cell], nearest, 1e-5);
+    const Vec3d offset(grid.dx[cell], grid.dy[cell], grid.dz[cell]);
+    EXPECT_NEAR(length(offset), 1, 1e-6);
+    // Edges are up to 3.2 cells long: no nearer corner may lie far from the one that was chosen.
+    const auto id = static_cast<std::size_t>(grid.label[cell]) - 100;
+    ASSERT_LT(id, meshes[0].points.size());
+    EXPECT_LT(length(meshes[0].points[id] - vector_cast<double>(c)), std::sqrt(nearest) + 3.2);
+  }
+  EXPECT_GT(near, 300);
+}
+
+TEST(PolygonWalk, SelectionsWeightsAndTextures) {
+  Mesh mesh = test::box({10, 10, 10}, {30, 30, 30});
+  const auto emitted = [&](const Vec3i& at, const ThicknessProfile& profile) {
+    Sparse field;
+    voxelize(field, test::walk({mesh}), kBox, profile);
+    return field.value(at[0], at[1], at[2]);
+  };
+  const Vec3i low(20, 20, 10), high(15, 20, 30);  // on the polygons 0 and 1
+  mesh.selection = {false, true};
+  EXPECT_EQ(emitted(low, {2}), 0);
+  EXPECT_EQ(emitted(high, {2}), 1);
+  mesh.selection.clear();
+
+  ThicknessProfile weighted{2}, textured{2};
+  weighted.use_corner_weights = textured.use_surface_texture = true;
+  for (const Vec3d& p : mesh.points) mesh.corner_weights.push_back(p[0] > 20 ? 1.0f : 0.0f);
+  EXPECT_NEAR(emitted(high, weighted), 0.25f, 1e-6) << "a quarter of the way along x";
+  EXPECT_EQ(emitted(high, {2}), 1);
+
+  // Four texels along u; u runs along x from 0 to 1.
+  auto texture = std::make_shared<SurfaceTexture>();
+  *texture = {4, 1, {0.1f, 0.2f, 0.4f, 0.8f}};
+  mesh.texture = texture;
+  for (const Mesh::Polygon& polygon : mesh.polygons) {
+    auto& uvw = mesh.uvw.emplace_back();
+    for (std::size_t i = 0; i < 4; ++i) uvw[i][0] = polygon[i] & 1 ? 1 : 0;
+  }
+  EXPECT_NEAR(emitted(high, textured), 0.15f, 1e-6) << "half way between two texels";
+  texture->offset[0] = 0.5;
+  EXPECT_NEAR(emitted(high, textured), 0.6f, 1e-6) << "u = -0.25 repeats as 0.75";
+  texture->mirrored = true;
+  EXPECT_NEAR(emitted(high, textured), 0.15f, 1e-6) << "and mirrors as 0.25";
+}
+
+}  // namespace
+}  // namespace nbx
