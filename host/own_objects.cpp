@@ -71,7 +71,11 @@ void AddLight(ElementClasses& objects) {
        Cycle(
            LIGHT_SHADOW, "LIGHT_SHADOW", LIGHT_SHADOW_SOFT,
            {{LIGHT_SHADOW_NONE, "none"}, {LIGHT_SHADOW_HARD, "hard"}, {LIGHT_SHADOW_SOFT, "soft"}},
-           "Shadows that the light casts")});
+           "Shadows that the light casts"),
+       Any(LIGHT_EXCLUDE, "LIGHT_EXCLUDE", std::string(), "",
+           "Names of objects, with commas between them, that the light doesn't reach; nor what "
+           "lies "
+           "under them")});
 }
 
 void AddCamera(ElementClasses& objects) {

@@ -12,9 +12,11 @@
 // isn't exchanged and no object comes or goes.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <vector>
 
 #include "host/interface/node_data.h"
 #include "host/interface/scene.h"
@@ -57,6 +59,12 @@ struct RayLight {
   Vector position;               ///< far away for a light without a place
   Vector color;                  ///< with its brightness
   std::int32_t type = 0;         ///< as the light object's parameter has it
+  /// Objects that the light passes by as if it weren't there, ascending by address.
+  std::vector<const BaseObject*> excluded = {};
+
+  bool Reaches(const BaseObject* lit) const {
+    return !std::binary_search(excluded.begin(), excluded.end(), lit);
+  }
 };
 
 /// One ray, its results, and what can be asked along it. Belongs to one thread.
@@ -80,9 +88,10 @@ class VolumeData {
 
   /// Light that arrives at a point of the world from one light, as a surface facing it would get it
   /// (irradiance over pi), with the shadows of surfaces and post effects: CalcShadow is called on
-  /// this thread, with another VolumeData of the same ray.thread. `direction` goes from the point
-  /// towards the light, with unit length, or is zero. The answer depends on the point alone, for
-  /// any number of threads. False, with color black: the light doesn't reach the point.
+  /// this thread, with another VolumeData of the same ray.thread. Whether the light reaches who
+  /// asks (RayLight::Reaches) is the asker's business. `direction` goes from the point towards the
+  /// light, with unit length, or is zero. The answer depends on the point alone, for any number of
+  /// threads. False, with color black: the light doesn't reach the point.
   virtual bool Illuminate(std::int32_t light, const Vector& point, Vector& color,
                           Vector& direction) = 0;
 };
@@ -143,7 +152,8 @@ class VideoPostData : public NodeData {
   virtual RenderResult Execute(BaseVideoPost& node, RenderPhase phase, bool open,
                                BaseRender& render) = 0;
 
-  /// Only while a frame is open, from all render threads at once; they must not throw. `data` comes
+  /// Only while a frame is open, from all render threads at once, and during its opening from the
+  /// effect's own queries of light; they must not throw. `data` comes
   /// with black and full transparency, which stand for empty space.
   virtual void CalcVolumetric(VolumeData& data) = 0;
   virtual void CalcShadow(VolumeData& data) = 0;

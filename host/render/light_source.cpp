@@ -1,5 +1,8 @@
 #include "host/render/light_source.h"
 
+#include <set>
+#include <sstream>
+
 #include "host/render/color.h"
 #include "host/render/scene_walk.h"
 
@@ -17,6 +20,24 @@ double SmoothStep(double low, double high, double x) {
   return t * t * (3 - 2 * t);
 }
 
+/// The objects of those names, and all that lies under them.
+std::vector<const BaseObject*> FindExcluded(const BaseDocument& document,
+                                            const std::string& names) {
+  std::set<std::string> wanted;
+  std::istringstream list(names);
+  for (std::string name; std::getline(list >> std::ws, name, ',');) wanted.insert(name);
+  std::vector<const BaseObject*> excluded;
+  if (wanted.empty()) return excluded;
+  for (const BaseObject* object : EnabledObjects(document))
+    for (const BaseObject* o = object; o; o = o->GetUp())
+      if (wanted.count(o->GetName()) != 0) {
+        excluded.push_back(object);
+        break;
+      }
+  std::sort(excluded.begin(), excluded.end());
+  return excluded;
+}
+
 }  // namespace
 
 LightSource::LightSource(BaseObject& object) {
@@ -25,7 +46,8 @@ LightSource::LightSource(BaseObject& object) {
   axis_ = Normalized(to_world.v3);
   info_ = {&object, to_world.off,
            data.GetVector(LIGHT_COLOR, {1, 1, 1}) * data.GetReal(LIGHT_INTENSITY, 1),
-           data.GetLong(LIGHT_TYPE, LIGHT_TYPE_POINT)};
+           data.GetLong(LIGHT_TYPE, LIGHT_TYPE_POINT),
+           FindExcluded(object.GetDocument(), data.GetString(LIGHT_EXCLUDE))};
   if (info_.type == LIGHT_TYPE_DIRECTIONAL) info_.position = axis_ * -kFar;
   shadow_ = data.GetLong(LIGHT_SHADOW, LIGHT_SHADOW_SOFT);
   if (data.GetLong(LIGHT_FALLOFF) == LIGHT_FALLOFF_INVERSE_SQUARE)
@@ -41,7 +63,7 @@ LightSource::LightSource(BaseObject& object) {
 LightSource LightSource::Default(const Vector& direction) {
   LightSource sun;
   sun.axis_ = Normalized(direction);
-  sun.info_ = {nullptr, sun.axis_ * -kFar, {1, 1, 1}, LIGHT_TYPE_DIRECTIONAL};
+  sun.info_ = {nullptr, sun.axis_ * -kFar, {1, 1, 1}, LIGHT_TYPE_DIRECTIONAL, {}};
   sun.cone_cosine_ = CosineOfHalf(2);
   return sun;
 }

@@ -119,7 +119,7 @@ Vector PathTracer::DirectLight(const Path& path, const SurfaceShading& shading,
     const auto [u, v] = sampler.Next2D();
     const std::uint64_t seed = sampler.NextSeed();
     const std::optional<LightSample> sample = light.Sample(start, u, v);
-    if (!sample) continue;
+    if (!sample || !light.Info().Reaches(hit.object)) continue;
     const Vector share = shading.Share(sample->direction);
     if (IsBlack(share)) continue;
     sum = sum + Times(share, query.LightFrom(light, *sample, start, path.shutter, seed));

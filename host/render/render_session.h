@@ -27,7 +27,7 @@ class RenderSession final : public BaseRender {
   Vector GetCameraPosition() const override { return camera_position_; }
   bool IsNetworkClient() const override { return false; }
   VolumeData& GetVolumeData(std::int32_t thread) override {
-    return queries_[static_cast<std::size_t>(thread)];
+    return queries_.at(static_cast<std::size_t>(thread));
   }
   void SetStatusText(const std::string& text) override;
   void SetProgress(double share) override;

@@ -65,6 +65,15 @@ std::vector<std::uint32_t> ReadMaterials(SurfaceMesh& mesh, BaseObject& owner,
   return index;
 }
 
+/// A matte object is all of one colour, and neither lit nor mirrored.
+void MakeMatte(SurfaceMesh& mesh, const Vector& color) {
+  for (SurfaceMaterial& material : mesh.materials) {
+    material.color = {};
+    material.reflection = {};
+    material.emission = {color, nullptr};
+  }
+}
+
 /// Area vectors of triangles, and sums of them over neighbours that lie nearly in one plane.
 class NormalMaker {
  public:
@@ -104,8 +113,11 @@ class NormalMaker {
 
 SurfaceMesh ReadMesh(PolygonObject& polygons, BaseObject& owner) {
   SurfaceMesh mesh;
+  mesh.owner = &owner;
   mesh.visibility = ReadVisibility(owner);
   const auto materials = ReadMaterials(mesh, owner, polygons.GetPolygonCount());
+  if (const BaseContainer* data = CompositingData(owner); data && data->GetBool(COMPOSITING_MATTE))
+    MakeMatte(mesh, data->GetVector(COMPOSITING_MATTE_COLOR));
   const UvwPolygon* uvw = polygons.GetUvwR();
   const auto add = [&](std::int32_t p, std::array<std::int32_t, 3> c, std::array<Vector, 3> uv) {
     mesh.triangles.push_back({static_cast<std::uint32_t>(c[0]), static_cast<std::uint32_t>(c[1]),

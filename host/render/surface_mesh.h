@@ -35,6 +35,7 @@ struct SurfaceMesh {
   std::vector<std::uint32_t> material;      ///< a triangle: index into `materials`
   std::vector<SurfaceMaterial> materials;   ///< the first is that of bare surfaces
   SurfaceVisibility visibility;
+  const BaseObject* owner = nullptr;
 
   std::size_t Steps() const { return points.size(); }
 };

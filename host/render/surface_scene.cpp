@@ -115,6 +115,7 @@ void Describe(const SurfaceRay& ray, const SurfaceMesh& mesh, std::size_t triang
   hit.offset =
       1e-5 + 1e-6 * (std::max({std::abs(p.x), std::abs(p.y), std::abs(p.z)}) + hit.distance);
   hit.uvw = CornerUvw(mesh, triangle, u, v);
+  hit.object = mesh.owner;
   hit.material = &mesh.materials[mesh.material[triangle]];
   if (!hit.material->Place(hit.uvw)) hit.material = &mesh.materials.front();
 

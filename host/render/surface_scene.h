@@ -21,6 +21,7 @@ struct SurfaceHit {
   Vector uvw;         ///< as Place of the material gave it
   double offset = 0;  ///< how far a new ray has to start from the surface
   const SurfaceMaterial* material = nullptr;
+  const BaseObject* object = nullptr;
 };
 
 struct SurfaceRay {

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "host/document_writer.h"
+#include "host/overrides.h"
 #include "host/render/render_session.h"
 #include "tests/host/render/shot.h"
 
@@ -58,6 +60,21 @@ TEST(RenderPostEffects, FogCastsItsShadowAndStandsInMirrors) {
     ExpectColor(color, Fog::kGlow * (1 - std::exp(-1.0)), kPixelSpan);
     EXPECT_EQ(Fog::seen_types, 1U << kRayCamera | 1U << kRayReflection);
   }
+}
+
+TEST(RenderPostEffects, ScenesKeepTheirParameters) {
+  const std::string text = "{" + FogOf(0.5) + "\"objects\": []}";
+  const auto& classes = FogHost().Classes();
+  const auto document = ReadDocument(text, "/", classes);
+  ApplyOverrides(*document, {"Fog.encoded=true"});
+  const auto again = ReadDocument(WriteDocument(*document, "/"), "/", classes);
+  const BaseContainer& data = again->VideoPosts().front()->GetDataInstance();
+  EXPECT_EQ(data.GetReal(Fog::kDensity), 0.5);
+  EXPECT_TRUE(data.GetBool(Fog::kEncoded));
+  EXPECT_EQ(ReadDocument("{}", "/", classes)->VideoPosts().size(), 1U);
+  EXPECT_THROW(
+      ReadDocument(R"({"post_effects": [{"type": "fog"}, {"type": "fog"}]})", "/", classes),
+      DocumentError);
 }
 
 TEST(RenderPostEffects, LightIsToldForPointsInSpace) {

@@ -130,6 +130,32 @@ TEST(RenderSurfaces, MirrorsGlassAndFoilTreatTheBackgroundAsTheyShould) {
               Times({1.5, 0.6, 1.5}, {0.5, 0.25, 1}), 1e-6);
 }
 
+TEST(RenderSurfaces, LightsAndRaysPassByWhatIsExcluded) {
+  const auto seen = [](const std::string& sun, const std::string& parameters) {
+    const std::string floor =
+        R"({"type": "plane", "tags": [{"type": "compositing", "parameters": {)" + parameters +
+        "}}]}";
+    const std::string group = R"({"type": "null", "name": "set", "children": [)" + floor + "]}";
+    return Shot{}.Color(Sun(90, sun) + kFromAbove + group, kMaterials);
+  };
+  const Vector lit{2.4, 1.2, 4.8}, background{0.25, 0.5, 0.75};
+  ExpectColor(seen(R"("angle": 0, "exclude": "other, things")", ""), lit, 1e-6);
+  ExpectColor(seen(R"("angle": 0, "exclude": "other, set")", ""), {}, 0);
+  ExpectColor(seen("\"angle\": 0", "\"seen_by_camera\": false"), background, 1e-6);
+  ExpectColor(seen("\"angle\": 0", "\"seen_by_reflection\": false"), lit, 1e-6);
+  ExpectColor(seen("\"angle\": 0", R"("matte": true, "matte_color": [0.1, 0.2, 0.3])"),
+              {0.1, 0.2, 0.3}, 1e-6);
+  // Between the sun and the floor: a plane that the camera doesn't see.
+  for (const bool casts : {true, false}) {
+    const std::string roof =
+        R"({"type": "plane", "position": [0, 20, 0], "tags": [{"type": "compositing",)"
+        R"("parameters": {"seen_by_camera": false, "cast_shadows": )" +
+        std::string(casts ? "true" : "false") + "}}]},";
+    ExpectColor(Shot{}.Color(Sun(90) + kFromAbove + roof + R"({"type": "plane"})"),
+                casts ? Vector{} : lit, 1e-6);
+  }
+}
+
 TEST(RenderSurfaces, LightBouncesAsOftenAsAskedFor) {
   // In a closed ball that glows and scatters half, each bounce adds half of the one before.
   const std::string inside = Camera("[0, 0, 0]", "[0, 0, 0]") + Solid("sphere", "lamp");
