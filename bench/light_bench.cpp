@@ -1,5 +1,7 @@
 // Light in smoke.
 #include "bench/passes.h"
+#include "render/direct_light_field.h"
+#include "render/render_volume.h"
 #include "render/sweep_grid.h"
 
 namespace nbx::bench {
@@ -24,6 +26,50 @@ void light_sweep(benchmark::State& state) {
   report_iteration(state, source.count(), best);
   state.counters["cell_directions_per_s"] = 54.0 * static_cast<double>(source.count()) / best;
 }
+// A lamp that costs nothing: what is measured is the cache.
+class Lamp final : public Lighting {
+ public:
+  int lightCount() override { return 1; }
+  int lightFlag(int) override { return 0; }
+  Vec3d lightPosition(int) override { return {0, 0, 0}; }
+  Color lightColor(int) override { return {1, 1, 1}; }
+  bool illuminate(int, const RenderVolume&, const Vec3d&, Color& color, Vec3d&) override {
+    color = {1, 1, 1};
+    return true;
+  }
+};
+
+// Look-ups of cached light along rays, on one thread.
+void light_direct(benchmark::State& state) {
+  RenderVolume volume;
+  volume.dims = {128, 128, 128};
+  volume.voxelToWorld = Affine3d::identity();
+  Lamp lamp;
+  DirectLightField field({});
+  if (!field.prepare(lamp, volume, 1, [](int, int, int, int) { return false; })) return;
+  constexpr int rays = 4096;
+  std::mt19937 engine(1);
+  std::uniform_real_distribution<float> place(1, 100);
+  std::vector<Points> blocks(rays);
+  for (Points& points : blocks) {
+    points.n = kBlock;
+    const float x = place(engine), y = place(engine), z = place(engine);
+    for (int i = 0; i < kBlock; ++i) {
+      points.x[i] = x + 0.25f * static_cast<float>(i);
+      points.y[i] = y;
+      points.z[i] = z;
+    }
+  }
+  RayRecord ray;
+  Colors light;
+  measure(state, std::size_t{rays} * kBlock, [&] {
+    for (const Points& points : blocks) {
+      field.query(light, lamp, ray, points);
+      benchmark::DoNotOptimize(light);
+    }
+  });
+}
+BENCHMARK(light_direct)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(light_sweep)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace
