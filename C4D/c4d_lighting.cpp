@@ -3,6 +3,7 @@
 #include <omp.h>
 
 #include "C4D/host_conversion.h"
+#include "C4D/host_volume.h"
 
 namespace nbx {
 
@@ -32,8 +33,10 @@ Vec3d C4DLighting::lightPosition(int index) {
 
 Color C4DLighting::lightColor(int index) { return to_color(context().GetLight(index).color); }
 
-bool C4DLighting::illuminate(int index, const RenderVolume&, const Vec3d& point, Color& color,
-                             Vec3d& direction) {
+bool C4DLighting::illuminate(int index, const RenderVolume& volume, const Vec3d& point,
+                             Color& color, Vec3d& direction) {
+  if (static_cast<const HostVolume&>(volume).excludedBy[static_cast<std::size_t>(index)])
+    return false;
   host::Vector light, towards;
   query_open = true;
   const bool reached = context().Illuminate(index, {point[0], point[1], point[2]}, light, towards);

@@ -6,6 +6,7 @@
 
 namespace nbx {
 
+/// Serves HostVolumes.
 class C4DLighting final : public Lighting {
  public:
   /// As the thread of a ray sees the lights.

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "C4D/c4d_lighting.h"
 #include "C4D/host_conversion.h"
+#include "C4D/host_volume.h"
 #include "C4D/post_effect_parameters.h"
 #include "C4D/shading_settings.h"
 #include "C4D/volume_cache.h"
@@ -64,10 +66,11 @@ void report_missing(const HostVolume& volume, int frame, const std::shared_ptr<B
                     host::BaseRender& render) {
   if (cache)
     render.ReportMissing(place(volume, frame) + " is not in the cache " + cache->directory() +
-                         ": simulate it, or choose another cache_name");
+                         ": simulate it, or choose the cache with --cache or cache_name");
   else
-    render.ReportMissing(place(volume, frame) +
-                         " has no cache: simulate it, and give the cache by cache_name");
+    render.ReportMissing(
+        place(volume, frame) +
+        " has no cache: simulate it, and choose the cache with --cache or cache_name");
 }
 
 // Says which channels the frame lacks, so that an empty picture explains itself.
@@ -80,6 +83,14 @@ void warn_of_channels(const HostVolume& volume, const VolumeParams& params, int 
   };
   missing(params.smoke, volume.smoke.on, "smoke");
   missing(params.fire, volume.fire.on, "fire");
+}
+
+// Asked once a frame, since a light's list may be long.
+void read_light_exclusions(HostVolume& volume, host::BaseRender& render) {
+  const host::VolumeData& lights = render.GetVolumeData(0);
+  volume.excludedBy.clear();
+  for (std::int32_t n = 0; n < lights.GetLightCount(); ++n)
+    volume.excludedBy.push_back(!lights.GetLight(n).Reaches(volume.object));
 }
 
 void prepare_volume(HostVolume& volume, host::BaseRender* render,
@@ -108,8 +119,9 @@ void prepare_volume(HostVolume& volume, host::BaseRender* render,
   if (render) warn_of_channels(volume, params, number, *render);
 
   volume.lightField.reset();
-  if (volume.smoke.on && render)
-    volume.lightField = make_light_field(*volume.object, to_vector(render->GetCameraPosition()));
+  if (!volume.smoke.on || !render) return;
+  read_light_exclusions(volume, *render);
+  volume.lightField = make_light_field(*volume.object, to_vector(render->GetCameraPosition()));
 }
 
 bool prepare_light(HostVolume& volume, host::BaseRender& render) {

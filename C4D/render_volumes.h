@@ -2,20 +2,10 @@
 // cached frame of the document's time.
 #pragma once
 
-#include <memory>
-
-#include "C4D/c4d_lighting.h"
-#include "cache/slot_handle.h"
 #include "host/interface/video_post.h"
 #include "render/volume_renderer.h"
 
 namespace nbx {
-
-/// A traced volume with the object that it came from. Holds its frame while the frame is open.
-struct HostVolume final : RenderVolume {
-  host::BaseObject* object = nullptr;
-  SlotHandle frame;
-};
 
 /// All volume objects that take part in renders, in the order of the tree.
 void collect_volumes(VolumeRenderer& renderer, host::BaseObject* first);

@@ -72,10 +72,8 @@ void AddLight(ElementClasses& objects) {
            LIGHT_SHADOW, "LIGHT_SHADOW", LIGHT_SHADOW_SOFT,
            {{LIGHT_SHADOW_NONE, "none"}, {LIGHT_SHADOW_HARD, "hard"}, {LIGHT_SHADOW_SOFT, "soft"}},
            "Shadows that the light casts"),
-       Any(LIGHT_EXCLUDE, "LIGHT_EXCLUDE", std::string(), "",
-           "Names of objects, with commas between them, that the light doesn't reach; nor what "
-           "lies "
-           "under them")});
+       Any(LIGHT_EXCLUDE, "LIGHT_EXCLUDE", LinkList(), "",
+           "Objects that the light doesn't reach; nor what lies under them")});
 }
 
 void AddCamera(ElementClasses& objects) {

@@ -22,8 +22,8 @@ enum LightParameter : std::int32_t {
                                   ///< soft shadows
   LIGHT_ANGLE = 1110,             ///< real, degrees: apparent diameter of a directional light
   LIGHT_SHADOW = 1111,            ///< cycle of LightShadow
-  LIGHT_EXCLUDE = 100000,         ///< text: names of objects, with commas between them, that the
-                                  ///< light doesn't reach; nor what lies under them
+  LIGHT_EXCLUDE = 100000,         ///< links: objects that the light doesn't reach; nor what lies
+                                  ///< under them
 };
 
 enum LightType : std::int32_t {

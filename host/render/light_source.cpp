@@ -1,7 +1,6 @@
 #include "host/render/light_source.h"
 
-#include <set>
-#include <sstream>
+#include <algorithm>
 
 #include "host/render/color.h"
 #include "host/render/scene_walk.h"
@@ -20,17 +19,13 @@ double SmoothStep(double low, double high, double x) {
   return t * t * (3 - 2 * t);
 }
 
-/// The objects of those names, and all that lies under them.
-std::vector<const BaseObject*> FindExcluded(const BaseDocument& document,
-                                            const std::string& names) {
-  std::set<std::string> wanted;
-  std::istringstream list(names);
-  for (std::string name; std::getline(list >> std::ws, name, ',');) wanted.insert(name);
+/// Those objects, and all that lies under them.
+std::vector<const BaseObject*> FindExcluded(const BaseDocument& document, const LinkList& links) {
   std::vector<const BaseObject*> excluded;
-  if (wanted.empty()) return excluded;
+  if (links.empty()) return excluded;
   for (const BaseObject* object : EnabledObjects(document))
     for (const BaseObject* o = object; o; o = o->GetUp())
-      if (wanted.count(o->GetName()) != 0) {
+      if (std::find(links.begin(), links.end(), o) != links.end()) {
         excluded.push_back(object);
         break;
       }
@@ -47,7 +42,7 @@ LightSource::LightSource(BaseObject& object) {
   info_ = {&object, to_world.off,
            data.GetVector(LIGHT_COLOR, {1, 1, 1}) * data.GetReal(LIGHT_INTENSITY, 1),
            data.GetLong(LIGHT_TYPE, LIGHT_TYPE_POINT),
-           FindExcluded(object.GetDocument(), data.GetString(LIGHT_EXCLUDE))};
+           FindExcluded(object.GetDocument(), data.GetLinks(LIGHT_EXCLUDE))};
   if (info_.type == LIGHT_TYPE_DIRECTIONAL) info_.position = axis_ * -kFar;
   shadow_ = data.GetLong(LIGHT_SHADOW, LIGHT_SHADOW_SOFT);
   if (data.GetLong(LIGHT_FALLOFF) == LIGHT_FALLOFF_INVERSE_SQUARE)

@@ -1,16 +1,40 @@
 #include "host/render/render_command.h"
 
+#include <filesystem>
 #include <stdexcept>
 
 #include "host/render/render_run.h"
 
 namespace host {
+namespace {
+
+/// Gives the scene's only object with a cache another one. Throws std::runtime_error where that
+/// isn't clear.
+void ChooseCache(const Document& document, const std::string& directory) {
+  SceneObject* chosen = nullptr;
+  const ParameterInfo* parameter = nullptr;
+  for (SceneObject* object : document.AllObjects()) {
+    const ParameterInfo* found = object->State().type->description.Find("cache_name");
+    if (!found) continue;
+    if (chosen)
+      throw std::runtime_error("--cache: \"" + chosen->GetName() + "\" and \"" + object->GetName() +
+                               "\" have caches: give each its own with --set NAME.cache_name=DIR");
+    chosen = object;
+    parameter = found;
+  }
+  if (!chosen) throw std::runtime_error("--cache: no object of the scene has a cache");
+  chosen->GetDataInstance().SetFilename(parameter->id,
+                                        {std::filesystem::absolute(directory).string()});
+}
+
+}  // namespace
 
 CommandInfo RenderCommand::GetInfo() const {
   return {.verb = "render",
           .help = "Renders frames of a scene to EXR or PNG pictures",
           .options = RenderOptions(),
-          .common = {CommonOption::Frames, CommonOption::Threads, CommonOption::Set}};
+          .common = {CommonOption::Frames, CommonOption::Cache, CommonOption::Threads,
+                     CommonOption::Set}};
 }
 
 int RenderCommand::Execute(const CommandArguments& arguments, CommandContext& context) {
@@ -18,6 +42,8 @@ int RenderCommand::Execute(const CommandArguments& arguments, CommandContext& co
   if (!document) return kBadInput;
   RenderJob job;
   try {
+    if (arguments.Has("cache"))
+      ChooseCache(static_cast<Document&>(*document), arguments.GetString("cache"));
     job = ReadJob(arguments, *document);
     for (const std::int32_t frame : {job.frames.front(), job.frames.back()})
       CheckWritable(job.PathOf(frame));
