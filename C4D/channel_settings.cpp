@@ -76,6 +76,7 @@ void read_channel_sets(SimSettings& s, const Parameters& p) {
   channel(kFuel, OVOLUME_SIMULATE_FUEL, false, OVOLUME_CACHE_FUEL, false);
   channel(kBurn, OVOLUME_SIMULATE_BURN, false, OVOLUME_CACHE_BURN, true);
   if (p.GetBool(OVOLUME_CACHE_VELOCITY)) s.cached_channels.insert(kVelocity);
+  if (p.GetBool(OVOLUME_CACHE_SOLID)) s.cached_channels.insert(kSolid);
 }
 
 void read_channel_params(SimSettings& s, const Parameters& p) {

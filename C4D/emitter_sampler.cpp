@@ -1,121 +1,54 @@
 #include "C4D/emitter_sampler.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "C4D/host_conversion.h"
+#include "C4D/particle_sources.h"
+#include "C4D/source_parameters.h"
+#include "C4D/source_substeps.h"
 #include "C4D/volume_grid.h"
-#include "C4D/volume_parameters.h"
 #include "C4D/volume_tag.h"
+#include "C4D/volume_texture.h"
+#include "scene/cell_center_voxelizer.h"
+#include "scene/inside_classification.h"
+#include "scene/velocity_voxelizer.h"
 
 namespace nbx {
 
 namespace {
 
-// A source that jumps across the scene, as at a cut, must not hold up the run.
-constexpr double kMostSourceSubsteps = 1024;
-
-constexpr double kSmallestThickness = 1.7320508075688772;  // the diagonal of a cell
-
-bool switched_on(const host::BaseObject* object) {
-  for (; object; object = object->GetUp())
-    if (!object->GetDeformMode()) return false;
-  return true;
-}
-
-void find_tags(host::BaseObject* object, std::vector<host::BaseTag*>& tags) {
-  for (; object; object = object->GetNext()) {
-    for (host::BaseTag* tag = object->GetFirstTag(); tag; tag = tag->GetNext())
-      if (tag->GetType() == kVolumeTag && tag->GetDataInstance().GetBool(TVOLUME_ENABLED, true))
-        tags.push_back(tag);
-    find_tags(object->GetDown(), tags);
+/// The cells that the solid meshes of a tag reach into, of the whole domain at most.
+IntBox solid_box(const host::BaseTag& tag, const SimSettings& settings) {
+  IntBox box;
+  for (const SourceMesh& source : source_meshes(tag)) {
+    const Affine3d to_cells = settings.world_to_grid * to_affine(source.mesh->GetMg());
+    const Vec3d centre = to_vector(source.mesh->GetMp()), radius = to_vector(source.mesh->GetRad());
+    for (int corner = 0; corner < 8; ++corner) {
+      Vec3d at = centre;
+      for (int a = 0; a < 3; ++a) at[a] += (corner >> a & 1 ? 1 : -1) * radius[a];
+      at = to_cells(at);
+      IntBox cells;
+      for (int a = 0; a < 3; ++a) {
+        // What lies far outside must not leave the range of int.
+        const double x = std::clamp(at[a], -1.0, settings.domain_box.hi[a] + 1.0);
+        cells.lo[a] = static_cast<int>(std::floor(x));
+        cells.hi[a] = static_cast<int>(std::ceil(x));
+      }
+      box = box_union(box, cells);
+    }
   }
-}
-
-/// The tag's amounts; what is added comes as the share of `frames`.
-SimulationObjectParameters source_parameters(const host::BaseContainer& p, double frames) {
-  SimulationObjectParameters source;
-  const auto channel = [&](int key, std::int32_t amount, std::int32_t mode) {
-    source.amounts[key] = p.GetReal(amount);
-    if (p.GetLong(mode, TVOLUME_MODE_SET) != TVOLUME_MODE_ADD) return;
-    source.add_keys.insert(key);
-    source.amounts[key] *= frames;
-  };
-  channel(kDensity, TVOLUME_DENSITY, TVOLUME_DENSITY_MODE);
-  channel(kTemperature, TVOLUME_TEMPERATURE, TVOLUME_TEMPERATURE_MODE);
-  channel(kFuel, TVOLUME_FUEL, TVOLUME_FUEL_MODE);
-  channel(kBurn, TVOLUME_BURN, TVOLUME_BURN_MODE);
-  source.amounts[kExpansion] = p.GetReal(TVOLUME_EXPANSION);  // a rate: the same in every substep
-  return source;
-}
-
-Affine3d mesh_to_cells(const host::PolygonObject& mesh, const Affine3d& world_to_cells) {
-  return world_to_cells * to_affine(mesh.GetMg());
+  return box_intersection(box, settings.domain_box);
 }
 
 }  // namespace
 
-std::vector<host::PolygonObject*> gather_polygon_objects(host::BaseObject& object) {
-  std::vector<host::PolygonObject*> meshes;
-  std::vector<host::BaseObject*> stack{&object};
-  while (!stack.empty()) {
-    host::BaseObject* top = stack.back();
-    stack.pop_back();
-    if (!top->GetDeformMode()) continue;
-    if (host::PolygonObject* mesh = host::ToPoly(top)) meshes.push_back(mesh);
-    for (host::BaseObject* child = top->GetDown(); child; child = child->GetNext())
-      stack.push_back(child);
-  }
-  return meshes;
-}
+EmitterSampler::EmitterSampler(host::BaseObject& volume)
+    : volume_(volume), tags_(find_source_tags(volume.GetDocument())) {}
 
-void add_triangles(std::vector<VoxelizationTriangle>& triangles, const host::PolygonObject& mesh,
-                   const Affine3d& world_to_cells) {
-  const Affine3d to_cells = mesh_to_cells(mesh, world_to_cells);
-  const auto corner = [&, points = mesh.GetPointR()](std::int32_t i) {
-    return vector_cast<float>(to_cells(to_vector(points[i])));
-  };
-  for (std::int32_t i = 0; i < mesh.GetPolygonCount(); ++i) {
-    const host::CPolygon& polygon = mesh.GetPolygonR()[i];
-    const Vec3f a = corner(polygon.a), c = corner(polygon.c);
-    triangles.push_back({a, c, corner(polygon.b)});
-    if (polygon.c != polygon.d) triangles.push_back({a, corner(polygon.d), c});
-  }
-}
-
-EmitterSampler::EmitterSampler(host::BaseObject& volume) : volume_(volume) {
-  find_tags(volume.GetDocument().GetFirstObject(), tags_);
-}
-
-/// All points of all sources, in cells.
-void EmitterSampler::collect_points(std::vector<Vec3d>& points, double voxel_size) {
-  points.clear();
-  const Affine3d world_to_cells = volume_grid(volume_, voxel_size).world_to_grid;
-  for (host::BaseTag* tag : tags_)
-    for (const host::PolygonObject* mesh : gather_polygon_objects(*tag->GetObject())) {
-      const Affine3d to_cells = mesh_to_cells(*mesh, world_to_cells);
-      const host::Vector* p = mesh->GetPointR();
-      for (std::int32_t i = 0; i < mesh->GetPointCount(); ++i)
-        points.push_back(to_cells(to_vector(p[i])));
-    }
-}
-
-/// One for each cell that the fastest point moves, one at least.
-int EmitterSampler::source_substeps(const SimSettings& settings, double start, double duration) {
-  const std::int32_t wanted = volume_.GetDataInstance().GetLong(OVOLUME_SOURCE_SUBSTEPS);
-  if (wanted > 0) return wanted;
-  if (duration <= 0) return 1;
-  evaluate(volume_.GetDocument(), start);
-  collect_points(start_points_, settings.voxel_size);
-  evaluate(volume_.GetDocument(), start + duration);
-  collect_points(end_points_, settings.voxel_size);
-
-  double farthest = 0;  // squared
-  const std::size_t n = std::min(start_points_.size(), end_points_.size());
-  for (std::size_t i = 0; i < n; ++i) {
-    const Vec3d moved = end_points_[i] - start_points_[i];
-    farthest = std::max(farthest, dot(moved, moved));
-  }
-  return static_cast<int>(std::clamp(std::ceil(std::sqrt(farthest)), 1.0, kMostSourceSubsteps));
+bool EmitterSampler::has_solids() const {
+  return std::any_of(tags_.begin(), tags_.end(),
+                     [](const host::BaseTag* tag) { return is_solid(*tag); });
 }
 
 void EmitterSampler::update_inputs(Simulation3D& sim, double frame_start, double dt) {
@@ -124,31 +57,57 @@ void EmitterSampler::update_inputs(Simulation3D& sim, double frame_start, double
   const double to_document = length > 0 ? settings.frame_duration / length : 0;
   const double start = frame_start + settings.frame_elapsed * to_document;
   const double duration = dt * to_document;
+  textures_.clear();
 
-  const int n = source_substeps(settings, start, duration);
+  const int n = source_substeps(volume_, tags_, settings.voxel_size, start, start + duration);
   for (int i = 1; i <= n; ++i) {
     evaluate(volume_.GetDocument(), start + i * duration / n);
     settings.world_to_grid = volume_grid(volume_, settings.voxel_size).world_to_grid;
     for (auto tag = tags_.rbegin(); tag != tags_.rend(); ++tag)
       sample(sim, **tag, duration / n / settings.frame_duration);
   }
+  for (const host::BaseTag* tag : tags_)
+    if (is_solid(*tag)) sim.keep_box = box_union(sim.keep_box, solid_box(*tag, settings));
 }
 
 /// One source at the document's time, which lasts for a share of a frame.
 void EmitterSampler::sample(Simulation3D& sim, host::BaseTag& tag, double frames) {
-  if (!switched_on(tag.GetObject())) return;
-  const host::BaseContainer& p = tag.GetDataInstance();
-  const SimulationObjectParameters source = source_parameters(p, frames);
-  if (!has_emission(source)) return;
-
-  triangles_.clear();
-  for (const host::PolygonObject* mesh : gather_polygon_objects(*tag.GetObject()))
-    add_triangles(triangles_, *mesh, sim.settings.world_to_grid);
-  const double thickness = p.GetReal(TVOLUME_THICKNESS, 1) / sim.settings.voxel_size;
+  host::BaseObject* object = source_object(tag);
+  if (!object) return;
+  const SimulationObjectParameters source = source_parameters(tag, sim.settings, frames);
   weights_.clear();
-  voxelize(weights_, triangles_, sim.settings.domain_box,
-           {std::max(thickness, kSmallestThickness)});
+  if (has_emission(source) || source.normal_force != 0) add_meshes(sim, tag, source);
+  add_particle_sources(sim, weights_, *object, source);
+  if (source.fill) weights_.clear_blocks_le(0);
   sim.add_source_object(source, weights_);
+}
+
+/// The pictures on the tag's surfaces, made once for all of the samples of a substep; null if
+/// nothing is to scale the source there.
+SurfaceTextures* EmitterSampler::textures(const host::BaseTag& tag, double time) {
+  const int channel = surface_channel(tag);
+  if (channel < 0) return nullptr;
+  return &textures_.try_emplace(&tag, channel, time).first->second;
+}
+
+void EmitterSampler::add_meshes(Simulation3D& sim, const host::BaseTag& tag,
+                                const SimulationObjectParameters& source) {
+  const IntBox& box = sim.settings.domain_box;
+  SurfaceTextures* pictures = textures(tag, source.time);
+  const std::vector<DetachedPolygonObject> meshes = detach(source_meshes(tag), pictures);
+  if (meshes.empty()) return;
+  const PolygonWalk walk(meshes, source.world_to_grid);
+  const ThicknessProfile profile{source.thickness, pictures != nullptr,
+                                 tag.GetDataInstance().GetBool(TVOLUME_CORNER_WEIGHTS)};
+  if (has_emission(source)) {
+    const bool whole = tag.GetDataInstance().GetLinks(TVOLUME_SELECTIONS).empty();
+    if (source.fill && whole && !is_solid(tag))
+      classify_inside(weights_, PolygonObjectContainer(walk, box));
+    voxelize(weights_, walk, box, profile);
+    scale_by_texture(weights_, tag, source.time, sim.settings.voxel_size);
+  }
+  if (source.normal_force != 0)
+    voxelize_velocity(sim.velocity_sources(), walk, box, profile, source.normal_force);
 }
 
 }  // namespace nbx

@@ -86,6 +86,7 @@ void read_step_settings(SimSettings& s, host::BaseObject& volume, double dt) {
   s.max_substeps = p.GetLong(OVOLUME_MAX_SUBSTEPS, 1);
   s.velocity_box_threshold = p.GetReal(OVOLUME_VELOCITY_THRESHOLD, 1) * s.unit_scale;
   s.fit_to_walls = p.GetBool(OVOLUME_FIT_TO_WALLS);
+  s.mask_channels_by_solid = p.GetBool(OVOLUME_MASK_SOLID, true);
   // The grid's z axis runs against the host's, so the two z faces change places.
   const std::int32_t faces[6] = {OVOLUME_CLOSED_X_MIN, OVOLUME_CLOSED_X_MAX, OVOLUME_CLOSED_Y_MIN,
                                  OVOLUME_CLOSED_Y_MAX, OVOLUME_CLOSED_Z_MAX, OVOLUME_CLOSED_Z_MIN};

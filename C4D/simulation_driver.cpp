@@ -63,6 +63,7 @@ host::ExitCode SimulationDriver::run() {
     code = host::kFailed;
   }
   emitters_.reset();
+  solids_.reset();
   sim_.reset();
   field_pool().release_unused();
   block_pool().release_unused();
@@ -92,6 +93,7 @@ bool SimulationDriver::prepare() {
   if (!domain_fits()) return false;
 
   emitters_ = std::make_unique<EmitterSampler>(volume_);
+  solids_ = std::make_unique<SolidSampler>(volume_);
   if (emitters_->tags() == 0) context_.Warning("the scene has no enabled emitter tag");
   if (!open_cache()) return false;
 
@@ -186,6 +188,10 @@ void SimulationDriver::read_settings(Simulation3D& sim, double dt) {
 
 void SimulationDriver::update_inputs(Simulation3D& sim, double dt) {
   emitters_->update_inputs(sim, time_.time.value(), dt);
+}
+
+void SimulationDriver::update_solids(Simulation3D& sim, double dt) {
+  solids_->update_solids(sim, dt);
 }
 
 void SimulationDriver::substep_done(const Simulation3D& sim) {

@@ -8,6 +8,7 @@
 
 #include "C4D/emitter_sampler.h"
 #include "C4D/run_report.h"
+#include "C4D/solid_sampler.h"
 #include "host/interface/command_data.h"
 #include "simulation/simulation3d.h"
 
@@ -43,7 +44,7 @@ class SimulationDriver final : private SceneEvaluator, private SimProgress {
 
   void read_settings(Simulation3D& sim, double dt) override;
   void update_inputs(Simulation3D& sim, double dt) override;
-  void update_solids(Simulation3D&, double) override {}
+  void update_solids(Simulation3D& sim, double dt) override;
   bool progress(int done, int total) override;
   void substep_done(const Simulation3D& sim) override;
 
@@ -56,6 +57,7 @@ class SimulationDriver final : private SceneEvaluator, private SimProgress {
   FrameTime time_;  // document time of the last finished frame
   std::unique_ptr<Simulation3D> sim_;
   std::unique_ptr<EmitterSampler> emitters_;
+  std::unique_ptr<SolidSampler> solids_;
   RunReport report_;
 };
 

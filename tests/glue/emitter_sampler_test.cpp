@@ -1,12 +1,15 @@
 #include "C4D/emitter_sampler.h"
 
-#include "C4D/scene_settings.h"
-#include "glue/test_document.h"
-#include "math/field_reductions.h"
-#include "support/support.h"
+#include <functional>
+
+#include "glue/scene_run.h"
+#include "math/mfield_operations.h"
+#include "math/sparse_field_operators.h"
 
 namespace nbx {
 namespace {
+
+using test::SceneRun;
 
 // A tetrahedron of edge 4 whose outer sides run clockwise, seen from outside, as the host has them.
 const char* const kTetrahedron = R"("points": [[0, 0, 0], [4, 0, 0], [0, 4, 0], [0, 0, 4]],
@@ -18,69 +21,22 @@ std::string volume(const std::string& parameters = "") {
          parameters + "}}";
 }
 
-std::string scene(const std::string& mesh, const std::string& emitter,
+/// A volume and one object with an emitter tag.
+std::string scene(const std::string& object, const std::string& emitter,
                   const std::string& volume_parameters = "") {
-  return volume(volume_parameters) + R"(, {"type": "mesh", "name": "m", )" + mesh +
+  return volume(volume_parameters) + R"(, {"name": "m", )" + object +
          R"(, "tags": [{"type": "emitter", "parameters": {)" + emitter + "}}]}";
 }
 
-/// A simulation in the domain of a document's volume, as a run makes it, without forces.
-class Sampling : private SceneEvaluator {
- public:
-  explicit Sampling(const std::string& objects)
-      : document_(objects), volume_(document_.object("v")), emitters(volume_) {
-    read_run_settings(sim_.settings, volume_);
-    sim_.settings.sim_time.length = {1, 25};
-    sim_.settings.frame_duration = 0.04;
-    sim_.init_state(*this);
-  }
-
-  /// The density after one more frame.
-  const Field<float>& frame() {
-    sim_.update(*this, time_, nullptr);
-    return density();
-  }
-  const Field<float>& density() { return sim_.channel_field(kDensity)->cpu_field(); }
-  /// In world coordinates; 0 outside of the simulated box.
-  float density_at(const Vec3d& world) {
-    const Vec3d at = sim_.settings.world_to_grid(world);
-    const IntBox& box = sim_.settings.active_box;
-    const Vec3i cell(std::lround(at[0]), std::lround(at[1]), std::lround(at[2]));
-    const Vec3i i = cell - box.lo + Vec3i(1, 1, 1);
-    return box.contains(cell) ? density()(i[0], i[1], i[2]) : 0.0f;
-  }
-
- private:
-  void read_settings(Simulation3D& sim, double dt) override {
-    read_step_settings(sim.settings, volume_, dt);
-    sim.settings.channel_params[kDensity].buoyancy = 0;
-    sim.settings.channel_params[kTemperature].buoyancy = 0;
-  }
-  void update_inputs(Simulation3D& sim, double dt) override {
-    if (second_half) sim.settings.frame_elapsed = dt = dt / 2;
-    emitters.update_inputs(sim, time_.time.value(), dt);
-    sim.settings.frame_elapsed = 0;
-  }
-  void update_solids(Simulation3D&, double) override {}
-
-  test::TestDocument document_;
-  host::BaseObject& volume_;
-  Simulation3D sim_;
-  FrameTime time_{{0, 1}, {1, 25}};
-
- public:
-  EmitterSampler emitters;
-  bool second_half =
-      false;  // the sources are those of a substep from the frame's middle to its end
-};
-
-const std::string kStill = std::string(kTetrahedron) + R"(, "position": [-2, -2, -2])";
+const std::string kStill =
+    R"("type": "mesh", )" + std::string(kTetrahedron) + R"(, "position": [-2, -2, -2])";
 // 40 units along x in the first frame.
-const std::string kFast = std::string(kTetrahedron) +
+const std::string kFast = R"("type": "mesh", )" + std::string(kTetrahedron) +
                           R"(, "keyframes": {"position": [[0, [-20, 0, 0]], [1, [20, 0, 0]]]})";
+const std::string kCube = R"("type": "cube", "parameters": {"size": [12, 12, 12]})";
 
 TEST(EmitterSampler, FastSourcesLeaveNoGap) {
-  Sampling fast(scene(kFast, R"("density": 1)"));
+  SceneRun fast(scene(kFast, R"("density": 1)"));
   fast.frame();
   int cells = 0;
   for (double x = -19.5; x < 21; ++x, ++cells) EXPECT_GT(fast.density_at({x, 0.5, 0.5}), 0) << x;
@@ -88,14 +44,14 @@ TEST(EmitterSampler, FastSourcesLeaveNoGap) {
   EXPECT_EQ(fast.density_at({-24.5, 0.5, 0.5}), 0);
   EXPECT_EQ(fast.density_at({27.5, 0.5, 0.5}), 0);
 
-  Sampling late(scene(kFast, R"("density": 1)"));
+  SceneRun late(scene(kFast, R"("density": 1)"));
   late.second_half = true;
   late.frame();
   EXPECT_EQ(late.density_at({-10.5, 0.5, 0.5}), 0);
   EXPECT_GT(late.density_at({10.5, 0.5, 0.5}), 0);
   EXPECT_GT(late.density_at({20.5, 0.5, 0.5}), 0);
 
-  Sampling once(scene(kFast, R"("density": 1)", R"(, "source_substeps": 1)"));
+  SceneRun once(scene(kFast, R"("density": 1)", R"(, "source_substeps": 1)"));
   once.frame();
   EXPECT_GT(once.density_at({20.5, 0.5, 0.5}), 0);
   EXPECT_EQ(once.density_at({0.5, 0.5, 0.5}), 0);
@@ -104,26 +60,28 @@ TEST(EmitterSampler, FastSourcesLeaveNoGap) {
 TEST(EmitterSampler, AddedAmountsArePerFrameAndSetOnesAreALevel) {
   double sums[2];
   for (int i = 0; i < 2; ++i) {
-    Sampling added(scene(kStill, R"("density": 0.5, "density_mode": "add")",
+    SceneRun added(scene(kStill, R"("density": 0.5, "density_mode": "add")",
                          i == 0 ? R"(, "source_substeps": 1)" : R"(, "source_substeps": 7)"));
     EXPECT_EQ(max(added.density()), 0) << "an instant adds nothing";
-    const float once = max(added.frame());
+    added.frame();
+    const float once = max(added.density());
     EXPECT_GT(once, 0.3f);
     EXPECT_LE(once, 0.5f * 1.00001f);
     sums[i] = sum(added.density());
-    EXPECT_NEAR(max(added.frame()), 2 * once, 1e-6);
+    added.frame();
+    EXPECT_NEAR(max(added.density()), 2 * once, 1e-6);
   }
   EXPECT_NEAR(sums[0], sums[1], 1e-5 * sums[0]);
 
-  Sampling set(scene(kStill, R"("density": 3)", R"(, "source_substeps": 7)"));
+  SceneRun set(scene(kStill, R"("density": 3)", R"(, "source_substeps": 7)"));
   const double level = sum(set.density());
   EXPECT_GT(max(set.density()), 2);
-  EXPECT_NEAR(sum(set.frame()), level, 1e-5 * level);
+  set.frame();
+  EXPECT_NEAR(sum(set.density()), level, 1e-5 * level);
 }
 
 TEST(EmitterSampler, WhatIsOffEmitsNothing) {
-  Sampling off(scene(kStill, R"("density": 1, "enabled": false)"));
-  EXPECT_EQ(off.emitters.tags(), 0u);
+  EXPECT_EQ(SceneRun(scene(kStill, R"("density": 1, "enabled": false)")).tags(), 0u);
   // The tag on the middle one of three objects counts for all below, if they are on and all above.
   const auto total = [](const std::string& top, const std::string& middle,
                         const std::string& bottom) {
@@ -131,8 +89,8 @@ TEST(EmitterSampler, WhatIsOffEmitsNothing) {
                                 R"("children": [{"type": "null", )" + middle +
                                 R"("tags": [{"type": "emitter", "parameters": {"density": 1}}],
            "children": [{"type": "null", )" +
-                                bottom + R"("children": [{"type": "mesh", )" + kStill + "}]}]}]}";
-    return sum(Sampling(objects).density());
+                                bottom + R"("children": [{)" + kStill + "}]}]}]}";
+    return sum(SceneRun(objects).density());
   };
   const std::string disabled = R"("enabled": false, )";
   EXPECT_GT(total("", "", ""), 1);
@@ -141,26 +99,125 @@ TEST(EmitterSampler, WhatIsOffEmitsNothing) {
   EXPECT_EQ(total("", "", disabled), 0);
 }
 
-TEST(AddTriangles, OuterSidesStayOuter) {
-  test::TestDocument document(R"({"type": "mesh", "name": "t", )" + std::string(kTetrahedron) +
-                              R"(}, {"type": "mesh", "name": "q",
-      "points": [[0, 0, 0], [1, 0, 0], [1, 1, 0], [0, 1, 0]], "polygons": [[0, 1, 2, 3]]})");
-  Affine3d flip = Affine3d::identity();
-  flip.rows[2][2] = -1;
-  std::vector<VoxelizationTriangle> triangles;
-  add_triangles(triangles, *host::ToPoly(&document.object("t")), flip);
-  ASSERT_EQ(triangles.size(), 4u);
-  for (const VoxelizationTriangle& t : triangles) {
-    const Vec3f out = (t.p0 + t.p1 + t.p2) * (1.0f / 3) - Vec3f(1, 1, -1);
-    EXPECT_GT(dot(cross(t.p1 - t.p0, t.p2 - t.p0), out), 0);
+TEST(EmitterSampler, FillsTheInsideUnlessItIsSolid) {
+  const Vec3d centre(0.5, 0.5, 0.5), surface(5.5, 0.5, 0.5);
+  SceneRun filled(scene(kCube, R"("density": 1)"));
+  EXPECT_EQ(filled.density_at(centre), 1);
+  EXPECT_EQ(filled.density_at(surface), 1);
+  EXPECT_FLOAT_EQ(filled.density_at({6.5, 0.5, 0.5}), 1 - 0.5f / std::sqrt(3.0f));
+  EXPECT_TRUE(filled.keep_box.empty());
+  for (const char* shell : {R"("density": 1, "fill": false)", R"("density": 1, "solid": true)"}) {
+    SceneRun hollow(scene(kCube, shell));
+    EXPECT_EQ(hollow.density_at(centre), 0);
+    EXPECT_FLOAT_EQ(hollow.density_at(surface), 1 - 0.5f / std::sqrt(3.0f));
   }
+  SceneRun solid(scene(kCube, R"("solid": true)"));
+  EXPECT_EQ(solid.keep_box, (IntBox{{23, 3, 3}, {36, 16, 16}})) << "with a cell round it";
+}
 
-  triangles.clear();
-  add_triangles(triangles, *host::ToPoly(&document.object("q")), flip);
-  ASSERT_EQ(triangles.size(), 2u);
-  float area = 0;
-  for (const VoxelizationTriangle& t : triangles) area += cross(t.p1 - t.p0, t.p2 - t.p0)[2] / 2;
-  EXPECT_EQ(std::abs(area), 1);
+TEST(EmitterSampler, PushesOffTheSurfaceOrAlongTheDirection) {
+  SceneRun push(scene(kCube, R"("normal_force": 50)", R"(, "source_substeps": 2)"));
+  float top = 0, bottom = 0;
+  push.after_inputs = [&] {
+    const SparseField<float, 3>& v = *push.sim.velocity_sources()[1];
+    for (int y = 13; y < 19; ++y) top = std::max(top, v.value(30, y, 10));
+    for (int y = 1; y < 7; ++y) bottom = std::min(bottom, v.value(30, y, 10));
+  };
+  push.frame();
+  // Half of a frame in each sample: 50 units a frame make 0.25 m/s, less half a cell's fall-off.
+  EXPECT_NEAR(top, 0.25f * (1 - 0.5f / std::sqrt(3.0f)), 1e-5f);
+  EXPECT_NEAR(bottom, -top, 1e-5f);
+
+  SceneRun blow(scene(kCube + R"(, "rotation": [90, 0, 0])", R"("direction": [0, 0, 30])"));
+  Vec3f inside;
+  blow.after_inputs = [&] {
+    for (int a = 0; a < 3; ++a)
+      inside[a] = blow.sim.velocity_sources()[static_cast<std::size_t>(a)]->value(30, 10, 10);
+  };
+  blow.frame();
+  EXPECT_NEAR(inside[0], 0.3f, 1e-5f) << "heading turns z towards x";
+  EXPECT_NEAR(inside[1], 0, 1e-5f);
+  EXPECT_NEAR(inside[2], 0, 1e-5f);
+}
+
+// The texture is 0 where x < 20 cells, 1 beyond; the domain's first cell is its origin.
+TEST(EmitterSampler, TexturesScaleTheSource) {
+  const std::string step = R"("textures": [{"type": "gradient", "name": "step",
+      "parameters": {"scale": 0.002, "offset": [0.295, 0, 0], "color_a": [0, 0, 0],
+                     "color_b": [1, 1, 1]}}], )";
+  SceneRun run(scene(kCube, R"("density": 1, "shader": "step")"), step);
+  EXPECT_EQ(run.density_at({-2.5, 0.5, 0.5}), 0);
+  EXPECT_EQ(run.density_at({2.5, 0.5, 0.5}), 1);
+
+  const std::string material = step + R"("materials": [{"name": "paint",
+      "parameters": {"emission": [1, 1, 1], "emission_texture": "step"}}], )";
+  const auto painted = [&](const std::string& channel) {
+    return SceneRun(volume() + R"(, {"type": "plane", "parameters": {"width": 20, "depth": 20},
+        "tags": [{"type": "texture", "parameters": {"material": "paint"}},
+                 {"type": "emitter", "parameters": {"density": 1, "fill": false,
+                  "surface_channel": ")" +
+                        channel + R"("}}]})",
+                    material);
+  };
+  const auto ends = [](SceneRun&& painted_run) {
+    return std::pair{painted_run.density_at({-8.5, 0.5, 0.5}),
+                     painted_run.density_at({8.5, 0.5, 0.5})};
+  };
+  const auto [low, high] = ends(painted("emission"));
+  EXPECT_EQ(low, 0) << "u runs from 0 to 1 along x";
+  EXPECT_GT(high, 0.5f);
+  const auto [other_low, other_high] = ends(painted("transparency"));
+  EXPECT_EQ(other_low, other_high) << "the material has no such channel";
+}
+
+TEST(EmitterSampler, SelectionsEmitAlone) {
+  const std::string two = R"("type": "mesh", "points": [[-9, 0, -5], [-9, 0, 5], [-3, 0, 5],
+      [-3, 0, -5], [3, 0, -5], [3, 0, 5], [9, 0, 5], [9, 0, -5]],
+      "polygons": [[0, 1, 2, 3], [4, 5, 6, 7]])";
+  const std::string objects = volume() + R"(, {"name": "m", )" + two + R"(, "tags": [
+      {"type": "selection", "name": "right", "polygons": [1]},
+      {"type": "emitter", "parameters": {"density": 1, "selections": ["right"]}}]})";
+  SceneRun run(objects);
+  EXPECT_EQ(run.density_at({-5.5, 0.5, 0.5}), 0);
+  EXPECT_GT(run.density_at({5.5, 0.5, 0.5}), 0.5f);
+}
+
+TEST(EmitterSampler, ParticlesEmitAndHandOverTheirVelocity) {
+  const std::string shower = R"("type": "particle_emitter", "position": [-25, 0.5, 0.5],
+      "rotation": [90, 0, 0], "parameters": {"rate": 100, "speed": 100, "life": 1})";
+  SceneRun run(scene(shower, R"("density": 1, "velocity_transfer": 0.5)"));
+  float speed = 0;
+  run.after_inputs = [&] {
+    const SparseField<float, 3>& u = *run.sim.velocity_sources()[0];
+    for (int x = 0; x < 30; ++x) speed = std::max(speed, u.value(x, 10, 9));
+  };
+  for (int i = 0; i < 5; ++i) run.frame();
+  int covered = 0;
+  for (double x = -24.5; x < -8; ++x) covered += run.density_at({x, 0.5, 0.5}) > 0.1f;
+  EXPECT_GT(covered, 10) << "a trail of 20 units";
+  EXPECT_GT(speed, 0.3f);
+  EXPECT_LE(speed, 0.5f);
+}
+
+TEST(EmitterSampler, SameBitsForAnyNumberOfThreads) {
+  const std::string objects =
+      scene(kCube + R"(, "keyframes": {"rotation": [[0, [0, 0, 0]], [2, [50, 20, 90]]]})",
+            R"("density": 1, "temperature": 0.3, "temperature_mode": "add", "normal_force": 80,
+               "direction": [3, 9, -40], "expansion": 2)");
+  Field<float> velocity, content;
+  for (const int threads : {1, 2, 3}) {
+    const test::ThreadCount count(threads);
+    SceneRun run(objects);
+    run.frame();
+    const Field<float>& w = run.sim.fluid().W().cpu_field();
+    if (threads == 1) {
+      velocity.copy(w);
+      content.copy(run.density());
+      EXPECT_GT(infnorm(velocity), 0.1f);
+    }
+    EXPECT_TRUE(test::same_bits(w, velocity)) << threads;
+    EXPECT_TRUE(test::same_bits(run.density(), content)) << threads;
+  }
 }
 
 }  // namespace

@@ -79,7 +79,7 @@ TEST(SceneSettings, ChannelsAndRates) {
   SimSettings s;
   read_run_settings(s, document.object("v"));
   EXPECT_EQ(s.simulated_channels, (std::set<int>{kDensity, kTemperature}));
-  EXPECT_EQ(s.cached_channels, (std::set<int>{kDensity, kVelocity}));
+  EXPECT_EQ(s.cached_channels, (std::set<int>{kDensity, kVelocity, kSolid}));
   EXPECT_EQ(s.interp_points, 4);
   read_step_settings(s, document.object("v"), 0);
   EXPECT_EQ(s.channel_params[kDensity].decay, 0.999999);
@@ -99,7 +99,7 @@ TEST(SceneSettings, FuelBurnsAndFeeds) {
   SimSettings s;
   read_run_settings(s, document.object("v"));
   EXPECT_EQ(s.simulated_channels, (std::set<int>{kFuel, kBurn}));
-  EXPECT_EQ(s.cached_channels, std::set<int>{kFuel});
+  EXPECT_EQ(s.cached_channels, (std::set<int>{kFuel, kSolid}));
   read_step_settings(s, document.object("v"), 0);
   const ChannelParams& fuel = s.channel_params[kFuel];
   EXPECT_EQ(fuel.driver_key, kDensity);

@@ -13,11 +13,12 @@ namespace nbx::test {
 
 class TestDocument {
  public:
-  explicit TestDocument(const std::string& objects) {
+  /// `more` are members of the document beside its objects.
+  explicit TestDocument(const std::string& objects, const std::string& more = "") {
     register_volume_object(host_);
     register_volume_tag(host_);
-    document_ =
-        host::ReadDocument(R"({"fps": 25, "objects": [)" + objects + "]}", "/", host_.Classes());
+    document_ = host::ReadDocument(R"({"fps": 25, )" + more + R"("objects": [)" + objects + "]}",
+                                   "/", host_.Classes());
     document_->Open();
   }
   host::BaseDocument& operator*() { return *document_; }

@@ -1,0 +1,84 @@
+#include "C4D/source_parameters.h"
+
+#include "C4D/host_conversion.h"
+#include "C4D/volume_tag.h"
+#include "simulation/channel_key.h"
+
+namespace nbx {
+
+namespace {
+
+constexpr double kSmallestThickness = 1.7320508075688772;  // the diagonal of a cell
+
+ParticleMap particle_map(std::int32_t value) {
+  switch (value) {
+    case TVOLUME_PARTICLE_AGE:
+      return ParticleMap::kAge;
+    case TVOLUME_PARTICLE_SIZE:
+      return ParticleMap::kSize;
+    case TVOLUME_PARTICLE_MASS:
+      return ParticleMap::kMass;
+    case TVOLUME_PARTICLE_SPEED:
+      return ParticleMap::kSpeed;
+    default:
+      return ParticleMap::kNone;
+  }
+}
+
+void read_amounts(SimulationObjectParameters& source, const host::BaseContainer& p, double frames) {
+  const auto channel = [&](int key, std::int32_t amount, std::int32_t mode) {
+    source.amounts[key] = p.GetReal(amount);
+    if (p.GetLong(mode, TVOLUME_MODE_SET) != TVOLUME_MODE_ADD) return;
+    source.add_keys.insert(key);
+    source.amounts[key] *= frames;
+  };
+  channel(kDensity, TVOLUME_DENSITY, TVOLUME_DENSITY_MODE);
+  channel(kTemperature, TVOLUME_TEMPERATURE, TVOLUME_TEMPERATURE_MODE);
+  channel(kFuel, TVOLUME_FUEL, TVOLUME_FUEL_MODE);
+  channel(kBurn, TVOLUME_BURN, TVOLUME_BURN_MODE);
+  source.amounts[kExpansion] = p.GetReal(TVOLUME_EXPANSION);  // a rate: the same in every substep
+}
+
+}  // namespace
+
+SimulationObjectParameters source_parameters(const host::BaseTag& tag, const SimSettings& settings,
+                                             double frames) {
+  const host::BaseContainer& p = tag.GetDataInstance();
+  SimulationObjectParameters source;
+  read_amounts(source, p, frames);
+
+  source.transform = to_affine(tag.GetObject()->GetMg());
+  source.transform.rows[2] = -source.transform.rows[2];
+  source.transform.translation[2] *= -1;
+  source.direction = to_vector(p.GetVector(TVOLUME_DIRECTION)) * settings.unit_scale;
+  source.normal_force = p.GetReal(TVOLUME_NORMAL_FORCE) * settings.unit_scale * frames;
+  source.velocity_transfer = p.GetReal(TVOLUME_VELOCITY_TRANSFER) * settings.unit_scale;
+
+  source.thickness =
+      std::max(p.GetReal(TVOLUME_THICKNESS, 1) / settings.voxel_size, kSmallestThickness);
+  source.fill = p.GetBool(TVOLUME_FILL, true);
+  source.particle_map = particle_map(p.GetLong(TVOLUME_PARTICLE_MAP));
+  source.particle_curve = to_spline(p.GetCurve(TVOLUME_PARTICLE_CURVE));
+
+  source.world_to_grid = settings.world_to_grid;
+  source.time = settings.sim_time.time.value() + settings.frame_elapsed;
+  source.time_scale = settings.time_scale;
+  return source;
+}
+
+int surface_channel(const host::BaseTag& tag) {
+  switch (tag.GetDataInstance().GetLong(TVOLUME_SURFACE_CHANNEL)) {
+    case TVOLUME_SURFACE_CHANNEL_0:
+      return 0;
+    case TVOLUME_SURFACE_CHANNEL_1:
+      return 1;
+    case TVOLUME_SURFACE_CHANNEL_2:
+      return 2;
+    case TVOLUME_SURFACE_CHANNEL_7:
+      return 7;
+    default:
+      return -1;
+  }
+}
+
+}  // namespace nbx

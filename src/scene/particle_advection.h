@@ -1,0 +1,34 @@
+// Particles that follow the gas of a cached frame.
+#pragma once
+
+#include <array>
+
+#include "cache/sim_frame.h"
+#include "math/affine_transform.h"
+
+namespace nbx {
+
+/// The velocity of a frame, ready for tracing. It shares the frame's grids. Any number of threads
+/// may trace at once.
+class ParticleAdvection {
+ public:
+  /// Takes the velocity grids of `frame`; empty if one is missing. Throws what reading them throws.
+  ParticleAdvection(SimFrame& frame, double unit_scale);
+
+  bool empty() const { return !fields_[0]; }
+
+  /// How far a particle at `position` goes in `seconds` of the document: both in the host's world
+  /// coordinates, z not negated. False, with `moved` left alone, if it isn't inside of the gas that
+  /// was simulated.
+  bool trace(Vec3d& moved, const Vec3d& position, double seconds) const;
+
+ private:
+  Vec3d velocity(const Vec3d& x) const;
+
+  std::array<FieldHandle, 3> fields_;
+  Affine3d to_cells_, to_world_;  // between the host's world and cells of the grids
+  Vec3i cells_;                   // of a centre grid
+  double cells_per_second_ = 0;   // of the document, at a velocity of 1
+};
+
+}  // namespace nbx
