@@ -3,6 +3,8 @@
 
 #include <omp.h>
 
+#include "C4D/export_command.h"
+#include "C4D/import_command.h"
 #include "C4D/info_command.h"
 #include "C4D/machine_report.h"
 #include "C4D/preferences.h"
@@ -52,6 +54,8 @@ bool register_classes(host::HostServices& services) {
       {register_slice_command, "Failed to register slice command"},
       {register_verify_command, "Failed to register verify command"},
       {register_preferences, "Failed to register pref dialog"},
+      {register_export_command, "Failed to register export command"},
+      {register_import_command, "Failed to register import command"},
       {register_volume_object, "Failed to register volume object"},
       {register_volume_renderer, "Failed to register volume renderer"},
       {register_volume_tag, "Failed to register volume tag"},

@@ -1,5 +1,6 @@
 // The whole road through the plug-in: a scene goes in, frames and pictures come out.
 #include <QImage>
+#include <set>
 
 #include <dlfcn.h>
 
@@ -227,6 +228,62 @@ TEST_F(Plugin, InterruptsEndTheRunAtTheFrameOrAtOnce) {
     EXPECT_EQ(files.size(), whole_frames + (interrupts == 1 ? 1 : 0));
     for (const std::string& file : files) EXPECT_TRUE(read_frame_file_info(file, true).good());
   }
+}
+
+TEST_F(Plugin, CachesAreCheckedExportedAndImported) {
+  const auto with = [&](std::initializer_list<std::pair<const char*, std::string>> values) {
+    host::CommandArguments arguments;
+    for (const auto& [name, value] : values) arguments.Add(name, value);
+    return arguments;
+  };
+  const std::string cache = folder_.file("cache"), out = folder_.file("out");
+  ASSERT_EQ(run("simulate", simulate_arguments(scene(), 4)), host::kDone);
+  EXPECT_EQ(run("verify", with({{"path", cache}})), host::kDone);
+  EXPECT_EQ(run("export", with({{"path", cache}, {"output", out}, {"format", "raw"}})),
+            host::kDone);
+  SimFrame frame;
+  ASSERT_TRUE(frame.load(frame_files()[4]));
+  const FieldHandle density = frame.grid(kGridDensity);
+  EXPECT_EQ(test::read_file(out + "/cache.0004.density.raw"),
+            std::string(reinterpret_cast<const char*>(density->data()), 4 * density->count()));
+  EXPECT_TRUE(fs::exists(out + "/cache.0000.json"));
+
+  if (run("export", with({{"path", cache}, {"output", out}})) == host::kDone) {
+    EXPECT_EQ(run("import", with({{"path", out}, {"cache", folder_.file("back")}})), host::kDone);
+    const auto back = frame_files("back");
+    ASSERT_EQ(back.size(), 5u);
+    SimFrame same;
+    ASSERT_TRUE(same.load(back[4]));
+    EXPECT_EQ(same.frameTime, frame.frameTime);
+    EXPECT_EQ(same.box(), frame.box());
+    EXPECT_EQ(height_and_sum(back[4], kGridDensity),
+              height_and_sum(frame_files()[4], kGridDensity));
+  } else {
+    EXPECT_NE(context_->errors.at(0).find("no OpenVDB"), std::string::npos);
+  }
+
+  // A record damaged, a file cut, one whose writer never came to its end; a gap.
+  const auto files = frame_files();
+  std::string bytes = test::read_file(files[0]);
+  bytes[12 + 4 + 1] = 9;  // the codec of the first record
+  std::ofstream(files[0]) << bytes;
+  fs::resize_file(files[1], fs::file_size(files[1]) - 1);
+  std::fstream(files[2]).seekp(11).put(0);
+  fs::remove(files[3]);
+  EXPECT_EQ(run("verify", with({{"path", cache}})), host::kFailed);
+  const auto damaged = context_->all<std::string>("damaged", "path");
+  EXPECT_EQ(std::set<std::string>(damaged.begin(), damaged.end()),
+            std::set<std::string>(files.begin(), files.begin() + 3));
+  EXPECT_NE(context_->results[0].find("record 1 (density): Unknown codec"), std::string::npos);
+  EXPECT_EQ(context_->all<std::int64_t>("verified", "damaged"), std::vector<std::int64_t>{3});
+  EXPECT_EQ(run("info", with({{"path", cache}})), host::kFailed);
+  EXPECT_EQ(context_->all<std::vector<std::string>>("cache", "missing").at(0),
+            std::vector<std::string>{"3"});
+  EXPECT_EQ(run("export", with({{"path", cache}, {"output", out}, {"format", "raw"}})),
+            host::kFailed);
+  // The cut file lacks nothing but its last trailer's end.
+  EXPECT_EQ(context_->all<std::int64_t>("exported", "frames"), std::vector<std::int64_t>{2});
+  EXPECT_EQ(run("verify", with({{"path", out + "/none"}})), host::kBadInput);
 }
 
 TEST_F(Plugin, LostFramesDontEndTheRun) {

@@ -1,0 +1,54 @@
+#include "C4D/raw_export.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include "cache/grid_type.h"
+
+namespace nbx {
+
+namespace {
+
+void write_file(const QString& path, const char* data, std::size_t size) {
+  QFile file(path);
+  const auto bytes = static_cast<qint64>(size);
+  if (!file.open(QFile::WriteOnly) || file.write(data, bytes) != bytes || !file.flush())
+    throw Exception(path.toStdString() + " can't be written: " + file.errorString().toStdString());
+}
+
+template <class Numbers>
+QJsonArray array(const Numbers& numbers) {
+  QJsonArray result;
+  for (const auto number : numbers) result.append(static_cast<double>(number));
+  return result;
+}
+
+}  // namespace
+
+void write_raw(const std::string& stem, SimFrame& frame) {
+  const QString base = QString::fromStdString(stem);
+  QJsonArray grids;
+  for (const auto& [type, grid] : frame.grids) {
+    const FieldHandle field = frame.grid(type);
+    if (!field) throw Exception(frame.path + " can't be read");
+    const QString channel = QString::fromStdString(grid_type_name(type));
+    const QString file = base + "." + channel + ".raw";
+    write_file(file, reinterpret_cast<const char*>(field->data()), field->count() * sizeof(float));
+    grids.append(QJsonObject{{"channel", channel},
+                             {"file", QFileInfo(file).fileName()},
+                             {"dims", array(field->dims().v)},
+                             {"offset", array(grid.offset.v)},
+                             {"staggered_axis", staggered_axis(type)},
+                             {"matrix", array(grid.gridMatrix)}});
+  }
+  const QJsonObject description{{"frame", frame.frameTime.frame()},
+                                {"frames_per_second", 1 / frame.frameTime.length.value()},
+                                {"grids", grids}};
+  const QByteArray text = QJsonDocument(description).toJson();
+  write_file(base + ".json", text.constData(), static_cast<std::size_t>(text.size()));
+}
+
+}  // namespace nbx

@@ -1,0 +1,17 @@
+// Stands in for the conversion in a build without OpenVDB.
+#include "C4D/vdb/vdb_file.h"
+
+namespace nbx {
+
+namespace {
+[[noreturn]] void refuse() { throw Exception("this build has no OpenVDB"); }
+}  // namespace
+
+bool has_vdb() { return false; }
+void write_vdb(const std::string&, SimFrame&, const VdbOptions&) { refuse(); }
+VdbContent read_vdb(SimFrame&, const std::string&, const std::map<std::string, int>&,
+                    const VdbOptions&) {
+  refuse();
+}
+
+}  // namespace nbx

@@ -1,0 +1,149 @@
+// Frames as OpenVDB files, looked at with OpenVDB itself, and back.
+#include <openvdb/openvdb.h>
+
+#include "C4D/vdb/vdb_file.h"
+#include "cache/grid_type.h"
+#include "support/support.h"
+
+namespace nbx {
+namespace {
+
+// World (x, y, z) of cell (i, j, k) is (10 - 2 j, 20 + 2 i, 30 + 2 k), host units: voxels of 2, the
+// grid's x axis along y, its y axis against x.
+const GridMatrix kMatrix{0, -0.5, 0, 0, 0.5, 0, 0, 0, 0, 0, 0.5, 0, -10, 5, -15, 1};
+const Vec3i kOffset{-1, 2, 3}, kDims{9, 8, 7};
+const std::map<int, std::string> kNames{{kGridDensity, "smoke"}, {kGridVelocityX, "vel"}};
+const std::map<std::string, int> kTypes{{"smoke", kGridDensity}, {"vel", kGridVelocityX}};
+
+class Vdb : public testing::Test {
+ protected:
+  Vdb() {
+    frame.frameTime = {{-3, 30}, {1, 30}};
+    frame.simTime = {{1, 7}, {1, 50}};
+    for (int type : {2, 5, 6, 7}) {
+      Vec3i dims = kDims;
+      if (type >= kGridVelocityX) ++dims[type - kGridVelocityX];
+      const FieldHandle field = acquire_field(dims);
+      test::fill_random(*field, static_cast<unsigned>(type), 0.5f, 3);
+      frame.add(field, type, kOffset, kMatrix);
+    }
+  }
+  openvdb::GridPtrVec written(const VdbOptions& options) {
+    write_vdb(path, frame, options);
+    openvdb::io::File file(path);
+    file.open();
+    EXPECT_EQ(file.getMetadata()->metaValue<std::int32_t>("frame"), -3);
+    return *file.getGrids();
+  }
+
+  test::TemporaryFolder folder;
+  const std::string path = folder.file("frame.vdb");
+  SimFrame frame;
+};
+
+TEST_F(Vdb, VoxelsAndVelocitiesLieWhereTheFrameHasThem) {
+  // Density 7 in cell (3, 4, 5) alone and in the ghost layer; gas that moves by (1, 2, 3) along the
+  // grid's axes.
+  Field<float>& density = *frame.grid(kGridDensity);
+  std::fill_n(density.data(), density.count(), 0.0f);
+  density(4, 2, 2) = density(0, 2, 2) = 7;
+  for (int a = 0; a < 3; ++a) {
+    Field<float>& component = *frame.grid(kGridVelocityX + a);
+    std::fill_n(component.data(), component.count(), static_cast<float>(1 + a));
+  }
+  const struct {
+    bool metres, z_up;
+    openvdb::Vec3d place, speed;
+  } cases[] = {{true, false, {0.02, 0.26, 0.40}, {-2, 1, 3}},
+               {false, false, {2, 26, 40}, {-200, 100, 300}},
+               {false, true, {2, -40, 26}, {-200, -300, 100}}};
+  for (const auto& c : cases) {
+    const auto grids = written({c.metres, c.z_up, false, false, kNames});
+    ASSERT_EQ(grids.size(), 2u);
+    const auto smoke = openvdb::gridPtrCast<openvdb::FloatGrid>(grids[0]);
+    EXPECT_EQ(smoke->getName(), "smoke");
+    EXPECT_EQ(smoke->getGridClass(), openvdb::GRID_FOG_VOLUME);
+    EXPECT_EQ(smoke->activeVoxelCount(), 1u);
+    const openvdb::Coord cell(3, 4, 5);
+    EXPECT_EQ(smoke->tree().getValue(cell), 7);
+    EXPECT_LT((smoke->indexToWorld(cell) - c.place).length(), 1e-9) << smoke->indexToWorld(cell);
+    const auto vel = openvdb::gridPtrCast<openvdb::Vec3SGrid>(grids[1]);
+    EXPECT_LT((openvdb::Vec3d(vel->tree().getValue(cell)) - c.speed).length(), 1e-4);
+    EXPECT_EQ(vel->activeVoxelCount(), 7u * 6 * 5);
+    EXPECT_EQ(vel->metaValue<std::string>("units"), c.metres ? "m" : "cm");
+  }
+}
+
+TEST_F(Vdb, FramesComeBack) {
+  for (const bool half : {false, true})
+    for (const bool z_up : {false, true})
+      for (const bool staggered : {false, true}) {
+        const VdbOptions options{!z_up, z_up, staggered, half, kNames};
+        write_vdb(path, frame, options);
+        SimFrame back;
+        const VdbContent content = read_vdb(back, path, kTypes, options);
+        EXPECT_EQ(content.numbers.at("frame"), -3);
+        EXPECT_NEAR(content.numbers.at("frames_per_second"), 30, 1e-9);
+        EXPECT_EQ(back.simTime, frame.simTime);
+        ASSERT_EQ(back.grids.size(), 4u);
+        for (auto& [type, grid] : back.grids) {
+          EXPECT_EQ(grid.offset, kOffset);
+          for (std::size_t i = 0; i < 16; ++i) EXPECT_NEAR(grid.gridMatrix[i], kMatrix[i], 1e-12);
+          const Field<float>&f = *frame.grid(type), &g = *grid.field;
+          ASSERT_EQ(g.dims(), f.dims());
+          const int a = staggered_axis(type);
+          const bool mean = a >= 0 && !staggered;
+          // Halves keep 11 bits; scaling by 100 and turning rounds a few times.
+          const double tolerance = half ? 1e-3 : a >= 0 ? 1e-6 : 0;
+          test::each_cell(f.dims(), mean ? 2 : 1, [&](int i, int j, int k) {
+            // A face between the means of the two cells at it.
+            const int x = a == 0, y = a == 1, z = a == 2;
+            const double expected = mean ? 0.25 * f(i - x, j - y, k - z) + 0.5 * f(i, j, k) +
+                                               0.25 * f(i + x, j + y, k + z)
+                                         : f(i, j, k);
+            ASSERT_NEAR(g(i, j, k), expected, tolerance * (mean ? 4 : 1) * expected)
+                << type << " " << i << " " << j << " " << k;
+          });
+          if (a < 0) {
+            EXPECT_EQ(g(0, 3, 3), 0);
+          }
+        }
+      }
+}
+
+TEST_F(Vdb, WhatIsNoFrameIsRefused) {
+  const auto refusal = [&]() -> std::string {
+    try {
+      SimFrame back;
+      read_vdb(back, path, kTypes, {});
+    } catch (const Exception& e) {
+      return e.what();
+    }
+    return "";
+  };
+  EXPECT_NE(refusal(), "");  // no such file
+  std::ofstream(path) << "no volume at all";
+  EXPECT_NE(refusal(), "");
+  auto grids = written({.names = kNames});
+  const auto rewrite = [&] { openvdb::io::File(path).write(grids); };
+  grids[1]->setTransform(openvdb::math::Transform::createLinearTransform(0.5));
+  rewrite();
+  EXPECT_EQ(refusal(), "grid \"vel\" lies on other voxels than \"smoke\"");
+  for (const auto& grid : grids) grid->transform().postScale(openvdb::Vec3d(1, 1, 2));
+  rewrite();
+  EXPECT_EQ(refusal(), "its voxels aren't right-handed cubes");
+  grids.pop_back();
+  grids[0]->setTransform(openvdb::math::Transform::createLinearTransform(0.5));
+  openvdb::gridPtrCast<openvdb::FloatGrid>(grids[0])->tree().setValue({1 << 20, 0, 1 << 20}, 1);
+  rewrite();
+  EXPECT_EQ(refusal(), "its box is too large");
+  grids[0]->setName("other");
+  rewrite();
+  EXPECT_EQ(refusal(), "it holds no grid under a known name");
+
+  write_vdb(path, frame, {.names = kNames});
+  EXPECT_THROW(write_vdb(folder.file("no/such/folder.vdb"), frame, {.names = kNames}), Exception);
+}
+
+}  // namespace
+}  // namespace nbx
