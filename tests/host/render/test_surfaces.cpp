@@ -139,8 +139,8 @@ TEST(RenderSurfaces, LightsAndRaysPassByWhatIsExcluded) {
     return Shot{}.Color(Sun(90, sun) + kFromAbove + group, kMaterials);
   };
   const Vector lit{2.4, 1.2, 4.8}, background{0.25, 0.5, 0.75};
-  ExpectColor(seen(R"("angle": 0, "exclude": "other, things")", ""), lit, 1e-6);
-  ExpectColor(seen(R"("angle": 0, "exclude": "other, set")", ""), {}, 0);
+  ExpectColor(seen(R"("angle": 0, "exclude": [])", ""), lit, 1e-6);
+  ExpectColor(seen(R"("angle": 0, "exclude": ["set"])", ""), {}, 0);
   ExpectColor(seen("\"angle\": 0", "\"seen_by_camera\": false"), background, 1e-6);
   ExpectColor(seen("\"angle\": 0", "\"seen_by_reflection\": false"), lit, 1e-6);
   ExpectColor(seen("\"angle\": 0", R"("matte": true, "matte_color": [0.1, 0.2, 0.3])"),
