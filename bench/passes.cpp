@@ -53,10 +53,6 @@ void report_iteration(benchmark::State& state, std::size_t cells, double seconds
   if (bytes_per_cell > 0) state.counters["bytes_per_cell"] = bytes_per_cell;
 }
 
-void report(benchmark::State& state, std::size_t cells, double seconds, double bytes_per_cell) {
-  report_iteration(state, cells, seconds / static_cast<double>(state.iterations()), bytes_per_cell);
-}
-
 Timer::Timer() : start_(now()) {}
 double Timer::seconds() const { return now() - start_; }
 

@@ -17,10 +17,10 @@ namespace nbx::bench {
 /// Seconds of the triad per float. Measured on first use.
 double seconds_per_float();
 
-/// Adds the counters of a benchmark that handled `cells` floats an iteration: `passes` and
-/// `cells_per_s`, and `bytes_per_cell` if above 0. Call it after the loop with the seconds of the
-/// loop (see Timer).
-void report(benchmark::State& state, std::size_t cells, double seconds, double bytes_per_cell = 0);
+/// Adds the counters of a benchmark that handles `cells` floats in an iteration of `seconds`:
+/// `passes` and `cells_per_s`, and `bytes_per_cell` if above 0.
+void report_iteration(benchmark::State& state, std::size_t cells, double seconds,
+                      double bytes_per_cell = 0);
 
 /// Wall time from construction on.
 class Timer {
@@ -31,10 +31,6 @@ class Timer {
  private:
   double start_;
 };
-
-/// Adds the counters as `report` does, from the seconds of one iteration.
-void report_iteration(benchmark::State& state, std::size_t cells, double seconds,
-                      double bytes_per_cell = 0);
 
 /// Runs `body` once to warm up, then as often as the benchmark asks, and reports its best
 /// iteration: the triad too is the best of its runs, so what else the machine does spoils neither.
