@@ -38,7 +38,8 @@ class SimulateCommand final : public host::CommandData {
                          .positional = true,
                          .required = true}},
             .common = {CommonOption::Frames, CommonOption::Object, CommonOption::Cache,
-                       CommonOption::Threads, CommonOption::Device, CommonOption::Set}};
+                       CommonOption::Threads, CommonOption::Device, CommonOption::Set,
+                       CommonOption::Fps}};
   }
 
   int Execute(const host::CommandArguments& arguments, host::CommandContext& context) override {

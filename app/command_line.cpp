@@ -41,6 +41,13 @@ OptionInfo Describe(CommonOption option) {
               .type = OptionType::Device,
               .value_name = "DEVICE",
               .help = "cpu, or the number of a GPU, default: cpu"};
+    case CommonOption::Fps:
+      return {.name = "fps",
+              .type = OptionType::Long,
+              .value_name = "N",
+              .help = "frames per second, where the scene is a model file with animation",
+              .minimum = 1,
+              .maximum = 10000};
     case CommonOption::Set:
       break;
   }

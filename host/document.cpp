@@ -112,8 +112,9 @@ SceneVideoPost* Document::GetActiveVideoPost(std::int32_t type) const {
 
 void Document::Open() {
   const std::vector<SceneObject*> all = AllObjects();
+  ModelFiles files;
   for (SceneObject* object : all)
-    if (object->GetType() == kPolygonObject) LoadMesh(*object, *this);
+    if (object->GetType() == kPolygonObject) LoadMesh(*object, *this, files);
   SetTime(GetMinTime());
   ExecutePasses(nullptr, true, true, true);
   for (SceneObject* object : all) {

@@ -119,7 +119,7 @@ class DocumentReader {
     const ElementClass& type = ReadType(json, classes_.objects);
     std::vector<std::string> keys = {"type",  "name", "enabled",    "position",  "rotation",
                                      "scale", "tags", "parameters", "keyframes", "children"};
-    if (type.id == kPolygonObject) keys.insert(keys.end(), {"points", "polygons", "uvs"});
+    if (type.id == kPolygonObject) keys.insert(keys.end(), {"points", "polygons", "uvs", "shapes"});
     json.ExpectKeys(keys);
     SceneObject* object = document_->AddObject(type, parent);
     if (!object) json.Fail("the object can't be made");
@@ -133,6 +133,7 @@ class DocumentReader {
     if (json.Has("scale")) transform.scale = ReadScale(json.At("scale"));
     if (json.Has("points") || json.Has("polygons")) ReadPolygons(json, *object);
     if (json.Has("uvs")) ReadUvs(json.At("uvs"), *object);
+    if (json.Has("shapes")) ReadShapes(json.At("shapes"), *object);
     if (json.Has("tags")) ReadTags(json.At("tags"), *object);
     if (json.Has("children")) ReadObjects(json.At("children"), object);
   }
@@ -196,6 +197,27 @@ class DocumentReader {
       };
       object.uvws.push_back({corner(0), corner(1), corner(2), corner(sides - 1)});
     }
+  }
+
+  /// Two or more of {"frame": number, "points": [...]}, which the mesh goes through in time.
+  static void ReadShapes(const JsonPlace& json, SceneObject& object) {
+    json.ExpectArray();
+    if (!object.inline_mesh) json.Fail("belong to \"points\" and \"polygons\"");
+    if (json.Size() < 2) json.Fail("expected at least two shapes");
+    for (std::size_t i = 0; i < json.Size(); ++i) {
+      const JsonPlace place = json.At(i);
+      place.ExpectKeys({"frame", "points"});
+      if (!place.Has("frame") || !place.Has("points")) place.Fail("frame or points is missing");
+      MeshShape shape{place.At("frame").Number(), {}};
+      if (i > 0 && shape.frame <= object.shapes.back().frame)
+        place.At("frame").Fail("the frames of shapes must ascend");
+      const JsonPlace points = place.At("points");
+      points.ExpectLength(object.points.size(), object.points.size());
+      for (std::size_t k = 0; k < points.Size(); ++k)
+        shape.points.push_back(points.At(k).VectorValue());
+      object.shapes.push_back(std::move(shape));
+    }
+    object.points = object.shapes.front().points;
   }
 
   /// Whole numbers and pairs [first, last], in any order.

@@ -103,13 +103,20 @@ class DocumentWriter {
     return json;
   }
 
+  static Json WritePoints(const std::vector<Vector>& points) {
+    Json json = Json::array();
+    for (const Vector& p : points) json.push_back(WriteVector(p));
+    return json;
+  }
+
   static void WritePolygons(const SceneObject& object, Json& json) {
-    Json points = Json::array(), polygons = Json::array();
-    for (const Vector& p : object.points) points.push_back(WriteVector(p));
+    Json polygons = Json::array();
+    const std::vector<Vector>& first =
+        object.shapes.empty() ? object.points : object.shapes.front().points;
     for (const CPolygon& p : object.polygons)
       polygons.push_back(p.c == p.d ? Json::array({p.a, p.b, p.c})
                                     : Json::array({p.a, p.b, p.c, p.d}));
-    json["points"] = std::move(points);
+    json["points"] = WritePoints(first);
     json["polygons"] = std::move(polygons);
     Json uvs = Json::array();
     for (std::size_t i = 0; i < object.uvws.size(); ++i) {
@@ -121,6 +128,10 @@ class DocumentWriter {
       uvs.push_back(std::move(corners));
     }
     AddIfFilled(json, "uvs", std::move(uvs));
+    Json shapes = Json::array();
+    for (const MeshShape& shape : object.shapes)
+      shapes.push_back({{"frame", shape.frame}, {"points", WritePoints(shape.points)}});
+    AddIfFilled(json, "shapes", std::move(shapes));
   }
 
   void WriteParameters(const ElementState& element, Json& json) const {

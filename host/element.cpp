@@ -23,6 +23,20 @@ Transform SceneObject::TransformAt(double frame) const {
   return at;
 }
 
+void SceneObject::TakeShape(double frame) {
+  const auto after =
+      std::upper_bound(shapes.begin(), shapes.end(), frame,
+                       [](double f, const MeshShape& shape) { return f < shape.frame; });
+  if (after == shapes.begin() || after == shapes.end()) {
+    points = after == shapes.begin() ? shapes.front().points : shapes.back().points;
+    return;
+  }
+  const MeshShape &a = *std::prev(after), &b = *after;
+  const double share = (frame - a.frame) / (b.frame - a.frame);
+  for (std::size_t i = 0; i < points.size(); ++i)
+    points[i] = a.points[i] + (b.points[i] - a.points[i]) * share;
+}
+
 Matrix SceneObject::MatrixAt(double frame) const {
   const Matrix own = ToMatrix(TransformAt(frame));
   return up_ ? up_->MatrixAt(frame) * own : own;
@@ -38,6 +52,7 @@ const Particles& SceneObject::GetParticles() const {
 void SceneObject::Evaluate(double frame) {
   transform = TransformAt(frame);
   state_.Evaluate(frame);
+  if (!shapes.empty()) TakeShape(frame);
   for (const auto& tag : tags_) tag->State().Evaluate(frame);
 }
 

@@ -114,6 +114,12 @@ class SceneShader final : public Element<BaseShader> {
 using SceneRender = Element<BaseList2D>;
 using SceneVideoPost = Element<BaseVideoPost>;
 
+/// The points of a mesh at a frame.
+struct MeshShape {
+  double frame = 0;
+  std::vector<Vector> points;
+};
+
 /// Any object. Each one can be asked for points, since ToPoly looks at the type; only meshes have
 /// some.
 class SceneObject final : public Element<PolygonObject> {
@@ -163,12 +169,15 @@ class SceneObject final : public Element<PolygonObject> {
   std::vector<Vector> points;
   std::vector<CPolygon> polygons;
   std::vector<UvwPolygon> uvws;  ///< as many as polygons, or none
+  /// Of a mesh that changes its shape: at least two, frames ascending, as many points in each.
+  std::vector<MeshShape> shapes;
   Particles particles;
   bool inline_mesh = false;  ///< the document holds the points itself
 
  private:
   friend class Document;
   Transform TransformAt(double frame) const;
+  void TakeShape(double frame);
   std::pair<Vector, Vector> Bounds() const;  ///< centre, half edges
 
   SceneObject* up_ = nullptr;

@@ -7,7 +7,11 @@
 
 namespace host {
 
-enum MeshParameter : std::int32_t { kMeshFile = 1000, kMeshFileScale = 1001 };
+enum MeshParameter : std::int32_t {
+  kMeshFile = 1000,
+  kMeshFileScale = 1001,
+  kMeshFileNode = 1002,
+};
 
 /// Of all primitives; each has some of them.
 enum PrimitiveParameter : std::int32_t {

@@ -25,7 +25,10 @@ void AddMesh(ElementClasses& objects) {
            "the corners of each polygon are put in reverse order"),
        Still(Real(kMeshFileScale, "MESH_FILE_SCALE", 0, 0, kUnbounded, "units",
                   "Length of 1 of the file. 0: 100 for glTF, whose 1 is a metre, and 1 for all "
-                  "others"))});
+                  "others")),
+       Any(kMeshFileNode, "MESH_FILE_NODE", std::string(), "",
+           "A node of the file, for its meshes in its own space, with their bones and morphs; "
+           "empty: all of the file as one")});
 }
 
 }  // namespace

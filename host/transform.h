@@ -20,4 +20,10 @@ struct Transform {
 /// exactly.
 Matrix ToMatrix(const Transform& transform);
 
+/// The other way around. A mirror is a negative scale along x. What a matrix has of shear is lost;
+/// `shear`, the largest cosine between two axes, tells how much there was. A column without length
+/// counts as one of 1e-6. Of the angles that give the rotation, those nearest to `former` are
+/// taken.
+Transform ToTransform(const Matrix& matrix, const Vector& former, double& shear);
+
 }  // namespace host

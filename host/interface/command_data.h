@@ -51,7 +51,8 @@ struct OptionInfo {
 ///     Threads  --threads N, at least 1          GetLong("threads"); the command obeys it
 ///     Device   --device cpu or a number         GetString("device", "cpu"); the command obeys it
 ///     Set      --set OBJECT.parameter=VALUE     CommandContext::LoadDocument applies it
-enum class CommonOption { Frames, Object, Cache, Threads, Device, Set };
+///     Fps      --fps N, at least 1              CommandContext::LoadDocument applies it
+enum class CommonOption { Frames, Object, Cache, Threads, Device, Set, Fps };
 
 struct CommandInfo {
   std::string verb = {};  ///< "simulate"
@@ -111,7 +112,8 @@ class CommandContext {
  public:
   virtual ~CommandContext() = default;
 
-  /// Reads a scene and applies what the user gave with --set: the parameter takes the value for
+  /// Reads a scene, or makes one of a modelling program's file (.glb, .gltf, .obj, .ply, .fbx ...),
+  /// whose frame rate --fps gives or the user is asked for, and applies what the user gave with --set: the parameter takes the value for
   /// all time, and loses its keyframes. The document then stands evaluated at its first frame, and
   /// each element has got kMessageDocumentLoaded. On failure the error has been told, and the
   /// result is null: return kBadInput.

@@ -34,7 +34,7 @@ CommandInfo RenderCommand::GetInfo() const {
           .help = "Renders frames of a scene to EXR or PNG pictures",
           .options = RenderOptions(),
           .common = {CommonOption::Frames, CommonOption::Cache, CommonOption::Threads,
-                     CommonOption::Set}};
+                     CommonOption::Set, CommonOption::Fps}};
 }
 
 int RenderCommand::Execute(const CommandArguments& arguments, CommandContext& context) {
