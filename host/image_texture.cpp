@@ -6,7 +6,10 @@
 #include <filesystem>
 #include <vector>
 
+#include <assimp/scene.h>
+
 #include "host/document_error.h"
+#include "host/model_file.h"
 #include "host/nearest_name.h"
 
 namespace host {
@@ -66,18 +69,38 @@ class Image final : public Texture {
   std::vector<Rgb> pixels_;
 };
 
+/// Picture `number`, "*0", of those that a model file holds.
+QImage FromModel(const std::string& file, const std::string& number, const std::string& place) {
+  try {
+    const ModelFile model(file);
+    const aiTexture* texture = model.Scene().GetEmbeddedTexture(number.c_str());
+    if (!texture) throw DocumentError(Quoted(file) + " has no picture " + Quoted(number));
+    // Without a height it is a picture file of so many bytes, else so many pixels.
+    const auto* bytes = reinterpret_cast<const uchar*>(texture->pcData);
+    const auto width = static_cast<int>(texture->mWidth),
+               height = static_cast<int>(texture->mHeight);
+    if (height == 0) return QImage::fromData(bytes, width);
+    return QImage(bytes, width, height, QImage::Format_ARGB32).copy();
+  } catch (const DocumentError& error) {
+    throw DocumentError(place, error.what());
+  }
+}
+
 }  // namespace
 
 std::unique_ptr<Texture> ReadImage(const std::string& path, bool linear, const std::string& place) {
   const std::string file_place = place + ".parameters.file";
   if (path.empty()) throw DocumentError(file_place, "the image names no file");
   std::error_code ignored;
-  if (!std::filesystem::is_regular_file(path, ignored))
+  const std::size_t star = path.rfind('*');
+  const bool inside = star != std::string::npos && IsModelName(path.substr(0, star));
+  const std::string file = path.substr(0, inside ? star : path.size());
+  if (!std::filesystem::is_regular_file(file, ignored))
     throw DocumentError(
-        file_place, "there is no file " + Quoted(path) + "; paths count from the scene's folder");
+        file_place, "there is no file " + Quoted(file) + "; paths count from the scene's folder");
   QImageReader reader(QString::fromStdString(path));
   reader.setDecideFormatFromContent(true);
-  QImage image = reader.read();
+  QImage image = inside ? FromModel(file, path.substr(star), file_place) : reader.read();
   if (!image.isNull()) image = image.convertToFormat(QImage::Format_RGBA64);
   if (image.isNull())
     throw DocumentError(file_place, Quoted(path) + " can't be read as a picture (" +

@@ -49,7 +49,7 @@ double ModelAnimation::ToFrame(double ticks, double ticks_per_second) const {
 ModelAnimation::ModelAnimation(const aiScene& scene, double fps) : scene_(scene), fps_(fps) {
   double first = std::numeric_limits<double>::infinity(), last = -first;
   const auto note = [&](const auto* keys, unsigned count, double rate) {
-    if (count == 0) return;
+    if (count < 2) return;  // a value for all time
     first = std::min(first, ToFrame(keys[0].mTime, rate));
     last = std::max(last, ToFrame(keys[count - 1].mTime, rate));
   };
@@ -78,7 +78,7 @@ std::vector<double> ModelAnimation::KeyFrames(const aiNode& node) const {
   const auto& [keys, rate] = found->second;
   std::set<double> frames;
   const auto note = [&, rate = rate](const auto* row, unsigned count) {
-    for (unsigned i = 0; i < count; ++i) frames.insert(ToFrame(row[i].mTime, rate));
+    for (unsigned i = 0; count > 1 && i < count; ++i) frames.insert(ToFrame(row[i].mTime, rate));
   };
   note(keys->mPositionKeys, keys->mNumPositionKeys);
   note(keys->mRotationKeys, keys->mNumRotationKeys);

@@ -1,9 +1,18 @@
 #include "host/program_context.h"
 
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <optional>
+
+#include <unistd.h>
+
 #include "host/document_error.h"
 #include "host/document_reader.h"
 #include "host/document_writer.h"
 #include "host/interrupts.h"
+#include "host/model_file.h"
+#include "host/model_import.h"
 #include "host/nearest_name.h"
 #include "host/overrides.h"
 
@@ -37,9 +46,27 @@ SceneObject* Choose(const Document& document, const ElementClass& type, const st
 
 }  // namespace
 
+std::unique_ptr<Document> ProgramContext::Read(const std::string& path) const {
+  const bool is_model = IsModelName(path);
+  std::optional<std::int32_t> fps;
+  if (arguments_.Has("fps")) fps = arguments_.GetLong("fps");
+  if (!is_model && fps)
+    throw DocumentError(path, "the document has a frame rate; --fps is for model files");
+  if (!is_model) return ReadDocumentFile(path, host_.Classes());
+  if (!fps && isatty(STDIN_FILENO) && isatty(STDERR_FILENO) && NeedsRate(path)) {
+    std::fprintf(stderr, "Frames per second of %s: ", path.c_str());
+    std::string answer;
+    std::getline(std::cin, answer);
+    const double rate = std::atof(answer.c_str());
+    if (rate < 1 || rate > 10000) throw DocumentError(path, "a rate is from 1 to 10000");
+    fps = static_cast<std::int32_t>(rate);
+  }
+  return ImportModel(path, fps, host_.Classes());
+}
+
 std::unique_ptr<BaseDocument> ProgramContext::LoadDocument(const Filename& path) {
   try {
-    std::unique_ptr<Document> document = ReadDocumentFile(path.path, host_.Classes());
+    std::unique_ptr<Document> document = Read(path.path);
     ApplyOverrides(*document, arguments_.GetStrings("set"));
     try {
       document->Open();

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "host/document.h"
 #include "host/interface/command_data.h"
 #include "host/small_host.h"
 #include "host/terminal.h"
@@ -31,6 +32,8 @@ class ProgramContext final : public CommandContext {
   bool Json() const override { return terminal_.IsJson(); }
 
  private:
+  std::unique_ptr<Document> Read(const std::string& path) const;
+
   SmallHost& host_;
   Terminal& terminal_;
   const CommandArguments& arguments_;

@@ -55,7 +55,7 @@ Vector Nearest(const Vector& angles, const Vector& former) {
 Transform ToTransform(const Matrix& matrix, const Vector& former, double& shear) {
   const auto length = [](const Vector& axis) { return std::max(Length(axis), 1e-6); };
   Transform t;
-  t.position = matrix.off;
+  t.position = matrix.off + Vector{};  // no zero below 0
   t.scale = {length(matrix.v1), length(matrix.v2), length(matrix.v3)};
   if (Determinant(matrix) < 0) t.scale.x = -t.scale.x;
   const Vector x = matrix.v1 * (1 / t.scale.x), y = matrix.v2 * (1 / t.scale.y),
@@ -72,7 +72,7 @@ Transform ToTransform(const Matrix& matrix, const Vector& former, double& shear)
   const Vector angles = Vector{heading, pitch, bank} * degree;
   const Vector one = Nearest(angles, former);
   const Vector other = Nearest({angles.x + 180, 180 - angles.y, angles.z + 180}, former);
-  t.rotation = Length(one - former) <= Length(other - former) ? one : other;
+  t.rotation = (Length(one - former) <= Length(other - former) ? one : other) + Vector{};
   return t;
 }
 
