@@ -106,14 +106,15 @@ struct Shot {
     session.SetFrame(0, scene);
     for (const auto& node : document.VideoPosts()) {
       auto* effect = static_cast<VideoPostData*>(node->GetNodeData());
+      effect->Execute(*node, RenderPhase::Sequence, true, session);
       effect->Execute(*node, RenderPhase::Frame, true, session);
       scene.effects.push_back(effect);
     }
     RayCounts counts;
     Picture picture = RenderFrame(scene, {width, height, job.window, samples, threads}, counts);
     for (const auto& node : document.VideoPosts())
-      static_cast<VideoPostData*>(node->GetNodeData())
-          ->Execute(*node, RenderPhase::Frame, false, session);
+      for (const RenderPhase phase : {RenderPhase::Frame, RenderPhase::Sequence})
+        static_cast<VideoPostData*>(node->GetNodeData())->Execute(*node, phase, false, session);
     return picture;
   }
   /// The colour of a picture of one pixel, with the background.
