@@ -54,6 +54,7 @@ endif()
 if(NBX_SANITIZE)
   target_compile_options(nbx_flags INTERFACE -fsanitize=${NBX_SANITIZE} -fno-omit-frame-pointer -g)
   target_link_options(nbx_flags INTERFACE -fsanitize=${NBX_SANITIZE})
+  target_compile_definitions(nbx_flags INTERFACE NBX_SANITIZED)
 endif()
 
 set(NBX_HAVE_CUDA OFF)
