@@ -119,7 +119,8 @@ std::vector<host::OptionInfo> import_vdb_options() {
       {.name = "fps",
        .type = OptionType::Real,
        .value_name = "RATE",
-       .help = "Frames per second of a VDB sequence, default: what its files tell, or 25",
+       .help = "Frames per second of a VDB sequence, default: what its files tell, or 25; or of a "
+               "model's animation",
        .minimum = 1e-3,
        .maximum = 10000},
       {.name = "codec",

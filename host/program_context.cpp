@@ -1,5 +1,6 @@
 #include "host/program_context.h"
 
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
@@ -48,20 +49,21 @@ SceneObject* Choose(const Document& document, const ElementClass& type, const st
 
 std::unique_ptr<Document> ProgramContext::Read(const std::string& path) const {
   const bool is_model = IsModelName(path);
-  std::optional<std::int32_t> fps;
-  if (arguments_.Has("fps")) fps = arguments_.GetLong("fps");
-  if (!is_model && fps)
+  if (!is_model && arguments_.Has("fps"))
     throw DocumentError(path, "the document has a frame rate; --fps is for model files");
   if (!is_model) return ReadDocumentFile(path, host_.Classes());
-  if (!fps && isatty(STDIN_FILENO) && isatty(STDERR_FILENO) && NeedsRate(path)) {
+  std::optional<double> rate;
+  if (arguments_.Has("fps")) rate = arguments_.GetReal("fps");
+  if (!rate && isatty(STDIN_FILENO) && isatty(STDERR_FILENO) && NeedsRate(path)) {
     std::fprintf(stderr, "Frames per second of %s: ", path.c_str());
     std::string answer;
     std::getline(std::cin, answer);
-    const double rate = std::atof(answer.c_str());
-    if (rate < 1 || rate > 10000) throw DocumentError(path, "a rate is from 1 to 10000");
-    fps = static_cast<std::int32_t>(rate);
+    rate = std::atof(answer.c_str());
   }
-  return ImportModel(path, fps, host_.Classes());
+  if (!rate) return ImportModel(path, {}, host_.Classes());
+  if (!(*rate >= 1 && *rate <= 10000) || *rate != std::floor(*rate))
+    throw DocumentError(path, "the rate of a scene is a whole number from 1 to 10000");
+  return ImportModel(path, static_cast<std::int32_t>(*rate), host_.Classes());
 }
 
 std::unique_ptr<BaseDocument> ProgramContext::LoadDocument(const Filename& path) {

@@ -5,6 +5,7 @@
 
 #include "host/document.h"
 #include "host/interface/command_data.h"
+#include "host/model_file.h"
 #include "host/small_host.h"
 #include "host/terminal.h"
 
@@ -17,6 +18,7 @@ class ProgramContext final : public CommandContext {
       : host_(host), terminal_(terminal), arguments_(arguments) {}
 
   std::unique_ptr<BaseDocument> LoadDocument(const Filename& path) override;
+  bool IsModel(const Filename& path) const override { return IsModelName(path.path); }
   bool SaveDocument(const BaseDocument& document, const Filename& path) override;
   BaseObject* FindObject(BaseDocument& document, std::int32_t type) override;
   int Interrupts() const override;

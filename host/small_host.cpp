@@ -4,15 +4,11 @@
 #include <utility>
 
 #include "host/describe_command.h"
-#include "host/import_command.h"
 #include "host/machine_info.h"
 
 namespace host {
 
-SmallHost::SmallHost() {
-  AddCommand(std::make_unique<DescribeCommand>(classes_));
-  AddCommand(std::make_unique<ImportCommand>());
-}
+SmallHost::SmallHost() { AddCommand(std::make_unique<DescribeCommand>(classes_)); }
 
 bool SmallHost::Registered(const std::string& name, const std::string& wrong) {
   if (!wrong.empty()) GePrint("registration of " + name + ": " + wrong);

@@ -118,6 +118,11 @@ class CommandContext {
   /// each element has got kMessageDocumentLoaded. On failure the error has been told, and the
   /// result is null: return kBadInput.
   virtual std::unique_ptr<BaseDocument> LoadDocument(const Filename& path) = 0;
+  /// True for a name of a modelling program's file, which LoadDocument makes a scene of.
+  virtual bool IsModel(const Filename& path) const {
+    static_cast<void>(path);
+    return false;
+  }
   /// Writes the document as a scene. False if that failed; the error has been told.
   virtual bool SaveDocument(const BaseDocument& document, const Filename& path) = 0;
 
