@@ -103,10 +103,10 @@ void march(benchmark::State& state, Filter filter, double noise) {
     smoke.picture(width, [&](RayRecord& ray) { traceVolumes(smoke.renderer(), ray); });
   });
 }
-BENCHMARK_CAPTURE(march, linear, Filter::kLinear, 0)->Name("march_linear")->UseRealTime();
-BENCHMARK_CAPTURE(march, cubic, Filter::kBSpline, 0)->Name("march_cubic")->UseRealTime();
+BENCHMARK_CAPTURE(march, linear, Filter::kLinear, 0)->Name("march_linear");
+BENCHMARK_CAPTURE(march, cubic, Filter::kBSpline, 0)->Name("march_cubic");
 // Three octaves of detail noise.
-BENCHMARK_CAPTURE(march, noise, Filter::kLinear, 20)->Name("march_noise")->UseRealTime();
+BENCHMARK_CAPTURE(march, noise, Filter::kLinear, 20)->Name("march_noise");
 
 void march_shadow(benchmark::State& state) {
   Smoke smoke(128, 200, Filter::kBSpline);
@@ -115,7 +115,7 @@ void march_shadow(benchmark::State& state) {
     smoke.picture(width, [&](RayRecord& ray) { traceShadow(smoke.renderer(), ray); });
   });
 }
-BENCHMARK(march_shadow)->UseRealTime();
+BENCHMARK(march_shadow);
 
 // `ratio`: the same picture of the same cloud in a cube of twice the width, over that in the small
 // one, in seconds of the processor: other work on the machine would drown the difference in wall
@@ -136,14 +136,14 @@ void march_empty(benchmark::State& state) {
   report_iteration(state, small.samples(width, small.volume().viewStep), best_small);
   state.counters["ratio"] = best_large / best_small;
 }
-BENCHMARK(march_empty)->UseRealTime();
+BENCHMARK(march_empty);
 
 void proximity(benchmark::State& state) {
   Smoke smoke(static_cast<int>(state.range(0)), 40, Filter::kLinear);
   measure(state, static_cast<std::size_t>(std::pow(state.range(0), 3)),
           [&] { build_proximity(smoke.volume()); });
 }
-BENCHMARK(proximity)->Arg(128)->Arg(256)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(proximity)->Arg(128)->Arg(256)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 
