@@ -134,7 +134,8 @@ SweepMedium scatter_medium(const RenderVolume& volume, const Vec3i& dims,
   return medium;
 }
 
-bool initial_light(Field3& direct, Field3& source, const RenderVolume& volume, Lighting& lighting,
+bool initial_light(Field3& direct, Field3& source, const RenderVolume& still,
+                   const RenderVolume& volume, Lighting& lighting,
                    const ScatteredLightParams& params, int threads,
                    const ProgressCallback& progress) {
   const double voxels = 1 / params.gridScale;
@@ -147,20 +148,20 @@ bool initial_light(Field3& direct, Field3& source, const RenderVolume& volume, L
   for_blocks(direct.dims, voxels, threads, [&](const Points& points, std::size_t at) {
     if (cancelled) return;
     FireValues fire;
-    fire_at(fire, volume, points);
+    fire_at(fire, still, points);
     Colors glow;
-    if (volume.fire.on) volume.fire.ramp->lookup(glow, fire.values.color, points.n);
+    if (still.fire.on) still.fire.ramp->lookup(glow, fire.values.color, points.n);
     ShaderValues smoke;
-    if (volume.smoke.on) values_at(smoke, volume.smoke, points, true);
+    if (still.smoke.on) values_at(smoke, still.smoke, points, true);
     for (int n = 0; n < points.n; ++n) {
       float* sent = source.cell(at + static_cast<std::size_t>(n));
-      if (volume.fire.on)
+      if (still.fire.on)
         for (std::size_t c = 0; c < 3; ++c) sent[c] = glow.c[c][n] * params.emissionWeight;
-      if (!volume.smoke.on || params.directWeight <= 0 || fire.mask[n] <= 0) continue;
+      if (!still.smoke.on || params.directWeight <= 0 || fire.mask[n] <= 0) continue;
       const float dense =
-          fire.mask[n] * static_cast<float>(volume.smoke.densityScale) * smoke.density[n];
+          fire.mask[n] * static_cast<float>(still.smoke.densityScale) * smoke.density[n];
       if (!(fire.extinction[n] > 0 || dense > 0)) continue;
-      const Vec3d world = volume.voxelToWorld({points.x[n], points.y[n], points.z[n]});
+      const Vec3d world = still.voxelToWorld({points.x[n], points.y[n], points.z[n]});
       Color sum{0, 0, 0};
       for (int light = 0; light < lighting.lightCount(); ++light) {
         Color color{0, 0, 0};

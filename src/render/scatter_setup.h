@@ -17,8 +17,11 @@ SweepMedium scatter_medium(const RenderVolume& volume, const Vec3i& dims,
                            const ScatteredLightParams& params, int threads);
 
 /// Writes the light of all lamps at each cell to `direct`, and that and the fire's, by their
-/// weights, to `source`. False if `progress` broke it off.
-bool initial_light(Field3& direct, Field3& source, const RenderVolume& volume, Lighting& lighting,
+/// weights, to `source`. `still` is the volume without displacement; the lights are asked for the
+/// volume itself, which may be of a type derived from RenderVolume that they know. False if
+/// `progress` broke it off.
+bool initial_light(Field3& direct, Field3& source, const RenderVolume& still,
+                   const RenderVolume& volume, Lighting& lighting,
                    const ScatteredLightParams& params, int threads,
                    const ProgressCallback& progress);
 

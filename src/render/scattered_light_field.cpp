@@ -46,7 +46,8 @@ bool ScatteredLightField::prepare(Lighting& lighting, const RenderVolume& volume
   total_ = Field3(dims, 0);
   Field3 source(dims, 0);
   const RenderVolume still = bake_displacement(volume);
-  if (!initial_light(total_, source, still, lighting, params_, threads, progress)) return false;
+  if (!initial_light(total_, source, still, volume, lighting, params_, threads, progress))
+    return false;
   const SweepMedium medium = scatter_medium(still, dims, params_, threads);
 
   const auto& axes = volume.worldToVoxel.rows;
