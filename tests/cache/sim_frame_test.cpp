@@ -1,11 +1,9 @@
 #include "cache/sim_frame.h"
 
-#include <csignal>
 #include <thread>
 
-#include <sys/resource.h>
-
 #include "cache/frame_bytes.h"
+#include "support/full_disk.h"
 #include "support/support.h"
 
 namespace nbx {
@@ -20,24 +18,6 @@ FieldHandle filled(const Vec3i& dims, unsigned seed) {
 }
 
 std::string raw(std::initializer_list<float> cells) { return Bytes().f32(cells).text(); }
-
-// Files may not grow beyond `bytes` while it lives, as on a full disk.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-    getrlimit(RLIMIT_FSIZE, &before_);
-    const rlimit limit{bytes, before_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FileSizeLimit() {
-    setrlimit(RLIMIT_FSIZE, &before_);
-    std::signal(SIGXFSZ, handler_);
-  }
-
- private:
-  rlimit before_{};
-  void (*handler_)(int);
-};
 
 class SimFrameTest : public testing::Test {
  protected:
@@ -128,7 +108,7 @@ TEST_F(SimFrameTest, FailedWritesLeaveNoFile) {
   EXPECT_EQ(frame.error, "No such file or directory");
 
   {
-    const FileSizeLimit limit(100000);
+    const test::FileSizeLimit limit(100000);
     EXPECT_EQ(frame.write(path, Codec::kRaw), 0u);
     EXPECT_EQ(frame.write(path, Codec::kRunLength), 0u);
   }

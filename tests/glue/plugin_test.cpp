@@ -1,8 +1,11 @@
 // The whole road through the plug-in: a scene goes in, frames and pictures come out.
 #include <QImage>
+#include <optional>
 #include <set>
+#include <thread>
 
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include "cache/cache_info.h"
 #include "cache/frame_names.h"
@@ -10,6 +13,7 @@
 #include "cache/sim_frame.h"
 #include "glue/recording_context.h"
 #include "host/plugin_module.h"
+#include "support/full_disk.h"
 #include "support/support.h"
 
 namespace nbx {
@@ -304,6 +308,58 @@ TEST_F(Plugin, LostFramesDontEndTheRun) {
   for ([[maybe_unused]] const auto& entry : fs::directory_iterator(folder_.file("cache")))
     ++entries;
   EXPECT_EQ(entries, 7) << "something was left behind";
+}
+
+// From frame 6 on the folder is gone, or can't be written, or files can't grow as on a full disk:
+// the log's neither, so that comes last.
+TEST_F(Plugin, RunsSurviveTheDisk) {
+  const std::string cache = folder_.file("cache"), moved = folder_.file("moved");
+  fs::permissions(folder_.path(), fs::perms::all);
+  std::optional<test::FileSizeLimit> limit;
+  const uid_t user = geteuid();
+  const struct {
+    const char* name;
+    std::function<void()> fault, mend;
+  } cases[] = {
+      {"gone", [&] { fs::rename(cache, moved); }, [&] { fs::rename(moved, cache); }},
+      {"read-only",
+       [&] {
+         fs::permissions(cache, fs::perms::owner_read | fs::perms::owner_exec |
+                                    fs::perms::others_read | fs::perms::others_exec);
+         // Nobody stops root: it becomes somebody else.
+         if (user == 0 && seteuid(65534) != 0) ADD_FAILURE();
+       },
+       [&] {
+         if (user == 0 && seteuid(0) != 0) ADD_FAILURE();
+         fs::permissions(cache, fs::perms::owner_all);
+       }},
+      {"full", [&] { limit.emplace(fs::file_size(frame_files()[0])); }, [&] { limit.reset(); }},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    fs::remove_all(cache);
+    prepare_context = [&](test::RecordingContext& context) {
+      context.on_event = [&, frames = 0](const std::string& event) mutable {
+        if (event != "frame" || ++frames != 6) return;
+        while (frame_files().size() < 6) std::this_thread::yield();
+        while (read_frame_file_info(frame_files()[5], false).grids.empty())
+          std::this_thread::yield();
+        c.fault();
+      };
+    };
+    const int code = run("simulate", simulate_arguments(scene(), 14));
+    c.mend();
+    EXPECT_EQ(code, host::kFailed);
+    EXPECT_EQ(context_->all<std::int64_t>("frame", "frame").size(), 15u);
+    EXPECT_EQ(context_->all<std::int64_t>("lost", "frame"),
+              (std::vector<std::int64_t>{6, 7, 8, 9, 10, 11, 12, 13, 14}));
+    EXPECT_EQ(context_->errors.size(), 9u);
+    const auto files = frame_files();
+    EXPECT_EQ(files.size(), 6u);
+    for (const std::string& file : files) EXPECT_TRUE(read_frame_file_info(file, true).good());
+  }
+  EXPECT_TRUE(log_.contains("IOW: Failed to write file "));
+  EXPECT_TRUE(log_.contains("IOW: NOT writing frame 14"));
 }
 
 TEST_F(Plugin, BadInputIsRefusedWithOneLineAndNothingWritten) {
