@@ -1,31 +1,24 @@
 #include "C4D/machine_report.h"
 
-#include <omp.h>
-
+#include "C4D/device_report.h"
+#include "C4D/thread_pool.h"
 #include "C4D/workspace.h"
-#include "util/cuda_runtime.h"
 #include "util/log.h"
 
 namespace nbx {
 
-namespace {
-
-void report_devices() {
-  int count = 0;
-  if (cuda::get_device_count(&count) != cuda::kSuccess) count = 0;
-  if (count == 0)
-    LogMessage() << "No CUDA Devices available";
-  else
-    LogMessage() << count << " CUDA devices";
+void print_banner(host::HostServices& services) {
+  const std::string dashes(80, '-');
+  const std::string banner = "Nimbrix v" NBX_VERSION " Rev " NBX_REVISION " " +
+                             std::to_string(8 * sizeof(void*)) + "Bit " NBX_BUILD_DATE;
+  const char* const notice = "Simulates smoke and fire, and renders them as volumes";
+  for (const std::string& line : {dashes, banner, std::string(notice), dashes}) {
+    services.GePrint(line);
+    LogMessage() << line;
+  }
 }
 
-}  // namespace
-
 void report_machine(host::HostServices& services, std::int32_t api_version) {
-  const std::string dashes(80, '-');
-  LogMessage() << dashes;
-  LogMessage() << "Nimbrix v" << NBX_VERSION << " " << 8 * sizeof(void*) << "Bit";
-  LogMessage() << dashes;
   LogMessage() << (services.IsRenderMode() ? "Running in render mode" : "Running in GUI mode");
   LogMessage() << "CINEMA 4D Version " << services.GetHostVersion() << " API " << api_version;
 
@@ -35,9 +28,14 @@ void report_machine(host::HostServices& services, std::int32_t api_version) {
   LogMessage() << machine.GetString(host::kMachineCpu, "unknown CPU") << " "
                << machine.GetString(host::kMachineCpuType, "unknown CPU type");
   LogMessage() << machine.GetString(host::kMachineCpuFeatures, "unknown CPU features");
-  LogMessage() << omp_get_num_procs() << " omp procs";
+  set_up_thread_pool();
   if (const std::uint64_t bytes = physical_memory(); bytes > 0)
     LogMessage() << "Phys. mem: " << (bytes >> 20) << "MB";
+  LogMessage() << machine.GetString(host::kMachineGraphics, "unknown") << " OpenGL "
+               << machine.GetString(host::kMachineGraphicsVersion, "unknown") << " "
+               << machine.GetString(host::kMachineGraphicsCard, "unknown") << " "
+               << machine.GetString(host::kMachineGraphicsMemory, "unknown");
+  LogMessage() << "C4D: " << machine.GetString(host::kMachinePlugins, "unknown plug-ins");
   report_devices();
   LogMessage() << "---";
 }

@@ -5,7 +5,11 @@
 
 namespace nbx {
 
-/// Logs banner, host, machine, threads and memory. Nothing in it can fail.
+/// The program's name and build, to the host's console and to the log.
+void print_banner(host::HostServices& services);
+
+/// Logs host, machine, memory and devices, and sets up the pool of threads in passing. Nothing in
+/// it can fail.
 void report_machine(host::HostServices& services, std::int32_t api_version);
 
 }  // namespace nbx

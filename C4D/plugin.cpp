@@ -1,19 +1,10 @@
 // The entry of the plug-in: what the host calls from load to unload.
 #include "host/interface/plugin.h"
 
-#include <omp.h>
-
-#include "C4D/export_command.h"
-#include "C4D/import_command.h"
-#include "C4D/info_command.h"
 #include "C4D/machine_report.h"
-#include "C4D/preferences.h"
-#include "C4D/simulate_command.h"
-#include "C4D/slice_command.h"
-#include "C4D/verify_command.h"
-#include "C4D/volume_object.h"
-#include "C4D/volume_renderer.h"
-#include "C4D/volume_tag.h"
+#include "C4D/qt_setup.h"
+#include "C4D/registrations.h"
+#include "C4D/running_simulation.h"
 #include "util/log.h"
 
 namespace nbx {
@@ -40,45 +31,38 @@ std::int32_t load(const host::HostFunctions* functions) {
 }
 
 std::int32_t end() {
-  if (load_count > 0 && --load_count == 0) host_functions = nullptr;
+  if (load_count == 0 || --load_count > 0) return 1;
+  if (api_version_fits()) tear_down_qt();
+  host_functions = nullptr;
   return 1;
-}
-
-bool register_classes(host::HostServices& services) {
-  const struct {
-    bool (*add)(host::HostServices&);
-    const char* failure;
-  } classes[] = {
-      {register_simulate_command, "Failed to register sim tools"},
-      {register_info_command, "Failed to register info command"},
-      {register_slice_command, "Failed to register slice command"},
-      {register_verify_command, "Failed to register verify command"},
-      {register_preferences, "Failed to register pref dialog"},
-      {register_export_command, "Failed to register export command"},
-      {register_import_command, "Failed to register import command"},
-      {register_volume_object, "Failed to register volume object"},
-      {register_volume_renderer, "Failed to register volume renderer"},
-      {register_volume_tag, "Failed to register volume tag"},
-  };
-  for (const auto& [add, failure] : classes)
-    if (!add(services)) {
-      LogMessage() << failure;
-      return false;
-    }
-  return true;
 }
 
 bool start() {
   if (!api_version_fits()) return false;
   host::HostServices& services = *host_functions->services;
   if (const host::Filename log = services.GetLogFile(); !log.path.empty()) set_log_file(log.path);
+  print_banner(services);
   report_machine(services, host_functions->api_version);
-  omp_set_num_threads(omp_get_num_procs());
   return register_classes(services);
 }
 
-/// Of the messages of the host, set-up is the one that this plug-in takes.
-bool message(std::intptr_t id) { return api_version_fits() && id == host::kMessageSetUp; }
+/// True if the message is taken.
+bool message(std::intptr_t id) {
+  if (!api_version_fits()) return false;
+  switch (id) {
+    case host::kMessageSetUp:
+      set_up_qt();
+      return true;
+    case host::kMessageLibraries:
+    case host::kMessageStarted:
+      return true;
+    case host::kMessageShutdown:  // other plug-ins are to see it too
+      stop_running_simulation();
+      return false;
+    default:
+      return false;
+  }
+}
 
 }  // namespace
 

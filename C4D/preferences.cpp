@@ -1,5 +1,6 @@
 #include "C4D/preferences.h"
 
+#include "C4D/load_string.h"
 #include "C4D/parameter_table.h"
 
 namespace nbx {
@@ -25,7 +26,8 @@ host::ClassDescription preferences_description() {
 }
 
 bool register_preferences(host::HostServices& services) {
-  return services.RegisterPreferencePlugin(kPreferences, "Nimbrix", preferences_description());
+  return services.RegisterPreferencePlugin(kPreferences, load_string(10047),
+                                           preferences_description());
 }
 
 }  // namespace nbx

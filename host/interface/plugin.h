@@ -35,7 +35,9 @@ enum PluginAction : std::int32_t {
 
 /// Ids of kActionMessage, all without data.
 enum PluginMessageId : std::int32_t {
-  kMessageSetUp = 1,  ///< before kActionStart: resources and libraries; not taken: no start
+  kMessageSetUp = 1,         ///< before kActionStart: resources and libraries; not taken: no start
+  kMessageLibraries = 1000,  ///< after the start of all plug-ins: libraries can be looked up
+  kMessageStarted = 1001,    ///< the host is ready
   kMessageShutdown = 1001084,  ///< stop what runs in the background; anything is a good answer
 };
 
@@ -52,6 +54,11 @@ enum MachineInfo : std::int32_t {
   kMachineCpu = 2003,
   kMachineCpuType = 2002,
   kMachineCpuFeatures = 2004,
+  kMachineGraphics = 1006,         ///< the maker of the graphics driver
+  kMachineGraphicsVersion = 1007,  ///< its version of OpenGL
+  kMachineGraphicsCard = 1009,
+  kMachineGraphicsMemory = 1030,
+  kMachinePlugins = 3000,  ///< the other plug-ins that are loaded
 };
 
 using ObjectFactory = std::unique_ptr<ObjectData> (*)();

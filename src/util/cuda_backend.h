@@ -14,6 +14,7 @@ class Backend {
     *count = 0;
     return kSuccess;
   }
+  virtual Error get_device_properties(DeviceProperties*, int) { return kErrorNoDevice; }
   virtual Error set_device(int) { return kErrorNoDevice; }
   virtual Error set_device_flags(unsigned) { return kErrorNoDevice; }
   virtual Error device_reset() { return kErrorNoDevice; }

@@ -37,6 +37,9 @@ std::string Backend::get_error_string(Error error) {
 }
 
 Error get_device_count(int* count) { return backend().get_device_count(count); }
+Error get_device_properties(DeviceProperties* properties, int device) {
+  return backend().get_device_properties(properties, device);
+}
 Error set_device(int device) { return backend().set_device(device); }
 Error set_device_flags(unsigned flags) { return backend().set_device_flags(flags); }
 Error device_reset() { return backend().device_reset(); }

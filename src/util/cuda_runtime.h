@@ -45,9 +45,20 @@ struct Copy3DParams {
   CopyKind kind = CopyKind::kHostToDevice;
 };
 
+struct DeviceProperties {
+  std::string name;
+  int major = 0, minor = 0;              // compute capability
+  std::size_t total_global_mem = 0;      // bytes
+  std::size_t shared_mem_per_block = 0;  // bytes
+  int multi_processor_count = 0;
+  bool ecc = false;  // memory with error correction
+  bool tcc = false;  // a driver for computing alone
+};
+
 // Devices.
 /// A machine without a device, or without a driver, has 0 of them; that is no error.
 Error get_device_count(int* count);
+Error get_device_properties(DeviceProperties* properties, int device);
 Error set_device(int device);
 Error set_device_flags(unsigned flags);
 Error device_reset();

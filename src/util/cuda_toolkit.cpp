@@ -35,6 +35,20 @@ class Toolkit final : public Backend {
     }
     return error;
   }
+  Error get_device_properties(DeviceProperties* properties, int device) override {
+    cudaDeviceProp p{};
+    const cudaError_t error = cudaGetDeviceProperties(&p, device);
+    if (error == cudaSuccess)
+      *properties = {.name = p.name,
+                     .major = p.major,
+                     .minor = p.minor,
+                     .total_global_mem = p.totalGlobalMem,
+                     .shared_mem_per_block = p.sharedMemPerBlock,
+                     .multi_processor_count = p.multiProcessorCount,
+                     .ecc = p.ECCEnabled != 0,
+                     .tcc = p.tccDriver != 0};
+    return error;
+  }
   Error set_device(int device) override { return cudaSetDevice(device); }
   Error set_device_flags(unsigned flags) override { return cudaSetDeviceFlags(flags); }
   Error device_reset() override { return cudaDeviceReset(); }

@@ -34,6 +34,15 @@ class SoftwareDevice final : public Backend {
     *count = 1;
     return kSuccess;
   }
+  Error get_device_properties(DeviceProperties* properties, int device) override {
+    if (device != 0) return result(kErrorInvalidDevice);
+    const std::lock_guard lock(mutex_);
+    *properties = {.name = "software device",
+                   .total_global_mem = memory_,
+                   .shared_mem_per_block = 0,
+                   .multi_processor_count = 1};
+    return kSuccess;
+  }
   Error set_device(int device) override {
     return result(device == 0 ? kSuccess : kErrorInvalidDevice);
   }
