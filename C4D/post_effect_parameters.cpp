@@ -1,6 +1,5 @@
 #include "C4D/post_effect_parameters.h"
 
-#include "C4D/load_string.h"
 #include "C4D/parameter_table.h"
 
 namespace nbx {

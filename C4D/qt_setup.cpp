@@ -1,6 +1,7 @@
 #include "C4D/qt_setup.h"
 
 #include <QCoreApplication>
+#include <QStringList>
 #include <clocale>
 #include <memory>
 #include <string>
@@ -33,8 +34,7 @@ void set_up_qt() {
   set_application_names();
   pin_module();
   if (QCoreApplication::instance()) return;
-  for (const QString& path : QCoreApplication::libraryPaths())
-    QCoreApplication::removeLibraryPath(path);
+  QCoreApplication::setLibraryPaths({});
   qInstallMessageHandler(log_qt);
   // The application takes over the user's locale, but numbers of scenes are read and written in the
   // host's.
@@ -43,6 +43,7 @@ void set_up_qt() {
   static char* arguments[] = {name, nullptr};
   static int count = 1;
   application = std::make_unique<QCoreApplication>(count, arguments);
+  QCoreApplication::setLibraryPaths({});  // it has added the program's folder
   std::setlocale(LC_ALL, locale.c_str());
 }
 

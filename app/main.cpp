@@ -76,7 +76,8 @@ int Run(const std::vector<std::string>& words, host::Terminal& terminal) {
     std::fputs(HelpText(small_host).c_str(), stderr);
     return host::kBadInput;
   }
-  if (words.front() == "--help" || words.front() == "-h") {
+  if (words.front() == "--help" || words.front() == "-h" ||
+      (words.size() == 1 && words[0] == "help")) {
     std::fputs(HelpText(small_host).c_str(), stdout);
     return host::kDone;
   }

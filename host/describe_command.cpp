@@ -6,6 +6,7 @@
 #include "host/json_place.h"
 #include "host/nearest_name.h"
 #include "host/parameter_value.h"
+#include "host/scene_schema.h"
 
 namespace host {
 namespace {
@@ -68,7 +69,8 @@ void Describe(const ElementClass& type, const char* kind, CommandContext& contex
     const std::string bounds = BoundsText(info), default_text = DefaultText(info);
     context.Result("  " + info.Name() + ": " + TypeText(info) +
                    (info.unit.empty() ? "" : ", " + info.unit) + bounds + ", default " +
-                   default_text + (info.animatable ? "" : ", no keyframes"));
+                   default_text + (info.animatable ? "" : ", no keyframes") +
+                   (info.stored ? "" : ", shown only"));
     if (!info.help.empty()) context.Result("      " + info.help);
     context.Event("parameter", {{"type", description.name},
                                 {"name", info.Name()},
@@ -84,16 +86,27 @@ void Describe(const ElementClass& type, const char* kind, CommandContext& contex
 
 }  // namespace
 
+void DescribeAll(const ElementClasses& classes, const char* kind, CommandContext& context) {
+  for (const ElementClass& type : classes.All()) Describe(type, kind, context);
+}
+
 CommandInfo DescribeCommand::GetInfo() const {
   return {.verb = "describe",
           .help = "Tells what a scene can hold: types of objects and tags, and their parameters",
           .options = {{.name = "TYPE",
                        .value_name = "TYPE",
                        .help = "an object's or a tag's type, default: all",
-                       .positional = true}}};
+                       .positional = true},
+                      {.name = "schema",
+                       .type = OptionType::Flag,
+                       .help = "the form of scenes as a JSON schema instead"}}};
 }
 
 int DescribeCommand::Execute(const CommandArguments& arguments, CommandContext& context) {
+  if (arguments.Has("schema")) {
+    context.Result(SceneSchema(classes_));
+    return kDone;
+  }
   const std::string name = arguments.GetString("TYPE");
   bool found = false;
   const auto describe = [&](const ElementClasses& classes, const char* kind) {

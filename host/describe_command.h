@@ -6,6 +6,9 @@
 
 namespace host {
 
+/// Tells of all classes of a row; `kind` is what they are, in a word.
+void DescribeAll(const ElementClasses& classes, const char* kind, CommandContext& context);
+
 class DescribeCommand final : public CommandData {
  public:
   /// The classes are looked up when the command runs.

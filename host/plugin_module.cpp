@@ -22,7 +22,11 @@ PluginModule::PluginModule(const std::string& path, SmallHost& host) : host_(hos
   const bool started = Send(kMessageSetUp) && entry_(kActionStart, nullptr, nullptr, nullptr) == 1;
   std::string printed;
   for (const std::string& line : host_.TakeConsole()) printed += "\n  " + line;
-  if (started) return;
+  if (started) {
+    Send(kMessageLibraries);
+    Send(kMessageStarted);
+    return;
+  }
   host_.DropCommands();
   entry_(kActionEnd, nullptr, nullptr, nullptr);
   throw std::runtime_error("the plug-in " + Quoted(path) + " didn't start" + printed);

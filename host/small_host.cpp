@@ -4,11 +4,16 @@
 #include <utility>
 
 #include "host/describe_command.h"
+#include "host/help_command.h"
 #include "host/machine_info.h"
 
 namespace host {
 
-SmallHost::SmallHost() { AddCommand(std::make_unique<DescribeCommand>(classes_)); }
+SmallHost::SmallHost() {
+  AddCommand(std::make_unique<DescribeCommand>(classes_));
+  AddCommand(std::make_unique<HelpCommand>(classes_));
+}
+
 
 bool SmallHost::Registered(const std::string& name, const std::string& wrong) {
   if (!wrong.empty()) GePrint("registration of " + name + ": " + wrong);

@@ -24,7 +24,7 @@ class SmallHost final : public HostServices {
     std::unique_ptr<CommandData> data;
   };
 
-  /// Knows the host's own types of objects, and the command `describe`.
+  /// Knows the host's own types of objects, and the commands `describe` and `help`.
   SmallHost();
 
   bool RegisterObjectPlugin(std::int32_t id, const std::string& name, ObjectFactory factory,

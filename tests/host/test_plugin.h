@@ -21,6 +21,9 @@ enum Parameter : std::int32_t {
   kFolder = 8,
   kTarget = 9,
   kShape = 10,
+  kColors = 11,
+  kParts = 12,
+  kPress = 13,
   kAmount = 20,
 };
 
@@ -44,6 +47,10 @@ inline host::ClassDescription BoxDescription() {
   add(kFolder, "OBOX_FOLDER", host::Filename());
   add(kTarget, "OBOX_TARGET", static_cast<host::BaseList2D*>(nullptr));
   add(kShape, "OBOX_SHAPE", host::CurvePoints{{0, 0}, {1, 1}});
+  add(kColors, "OBOX_COLORS", host::Gradient{{{0, {1, 0, 0}}, {1, {0, 0, 1}}}});
+  add(kParts, "OBOX_PARTS", host::LinkList());
+  add(kPress, "OBOX_PRESS", std::monostate());
+  box.parameters.back().stored = false;
   box.parameters[0].minimum = 0.5;
   box.parameters[0].maximum = 1e6;
   box.parameters[0].unit = "units";

@@ -50,7 +50,17 @@ const char* const kFullScene = R"({
                 "in": "linear",
                 "bias": 0.75
               }
-            ]
+            ],
+            "colors": [
+              [0.0, [0.1, 2.0, 0.0]],
+              {
+                "at": 0.5,
+                "color": [1.0, 1.0, 1.0],
+                "alpha": 0.25,
+                "mode": "smooth"
+              }
+            ],
+            "parts": ["Floor", "objects[0].children[0]", "Hot"]
           },
           "keyframes": {
             "parameters.edge_length": [[0, 1.5], [10, 2.5]]
@@ -217,6 +227,12 @@ TEST(SceneDocument, MistakesOfParametersAreToldWithTheirPlace) {
       {R"({"shape": [{"x": 0, "y": 0, "in": "bent"}]})",
        ".shape[0].in: expected linear or smooth, found \"bent\""},
       {R"({"shape": [{"x": 0, "y": 0, "bias": 1}]})", ".shape[0].bias: isn't between 0 and 1"},
+      {R"({"colors": [[0.5, [0, 0, 0]], [0.4, [0, 0, 0]]]})",
+       ".colors[1]: the positions of knots must not descend"},
+      {R"({"colors": [[0, [0, -1, 0]]]})", ".colors[0][1]: a color has no part below 0"},
+      {R"({"parts": ["Box", "Bax"]})",
+       ".parts[1]: no object or tag is named \"Bax\", did you mean \"Box\"?"},
+      {R"({"press": 1})", "unknown parameter \"press\""},
       {R"({"target": "Bux"})", ".target: no object is named \"Bux\", did you mean \"Box\"?"},
       {R"({"target": "A"})",
        ".target: several objects are named \"A\"; name it by its place, as in \"objects[1]\""},
