@@ -14,7 +14,6 @@ SmallHost::SmallHost() {
   AddCommand(std::make_unique<HelpCommand>(classes_));
 }
 
-
 bool SmallHost::Registered(const std::string& name, const std::string& wrong) {
   if (!wrong.empty()) GePrint("registration of " + name + ": " + wrong);
   return wrong.empty();
