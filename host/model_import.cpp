@@ -53,6 +53,7 @@ class ModelImport {
     }
     document_->preview_start = document_->start;
     document_->preview_end = document_->end;
+    for (const ElementClass& type : classes_.post_effects.All()) document_->AddVideoPost(type);
     materials_ = ImportMaterials(file_, *document_, classes_);
     // The importer's own node above those of the file says nothing.
     const aiNode& root = *file_.Scene().mRootNode;
