@@ -9,7 +9,7 @@ constexpr int kMostSegments = 32;
 constexpr int kSureSegments = 5;  ///< after them paths end by chance
 /// Light that comes by way of a diffuse surface counts at most this much in one sample: a rare ray
 /// that meets a small bright flame would else leave a speck.
-constexpr double kIndirectLimit = 8;
+constexpr double kIndirectLimit = 4;
 
 /// A place in a pixel: within a tent of twice its width, which smooths edges without a seam.
 double Tent(double u) { return u < 0.5 ? std::sqrt(2 * u) - 0.5 : 1.5 - std::sqrt(2 - 2 * u); }
