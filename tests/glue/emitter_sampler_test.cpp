@@ -220,5 +220,50 @@ TEST(EmitterSampler, SameBitsForAnyNumberOfThreads) {
   }
 }
 
+// What scenes have by mistake: it costs a log line or nothing, and the rest of the scene goes on.
+TEST(EmitterSampler, BadInputIsSkipped) {
+  const std::string box = R"("type": "mesh", "points": [[-6, -6, -6], [6, -6, -6], [6, -6, 6],
+      [-6, -6, 6], [-6, 6, -6], [6, 6, -6], [6, 6, 6], [-6, 6, 6], [0, -6, 0]], "polygons": )";
+  // The lid is missing; a side stands there twice; two triangles have no area.
+  const std::string open_box = box + R"([[0, 1, 2, 3], [0, 4, 5, 1], [1, 5, 6, 2], [2, 6, 7, 3],
+      [3, 7, 4, 0], [3, 7, 4, 0], [0, 8, 2], [4, 4, 4]])";
+  const std::string crossing = box + "[[0, 2, 1, 3], [0, 6, 5], [3, 5, 7], [4, 1, 6, 2]]";
+  const std::string density = R"("density": 1, "normal_force": 20)";
+  const struct {
+    std::string objects, message;
+    bool emits;
+  } cases[] = {
+      {scene(open_box, density), "", true},
+      {scene(crossing, density), "", true},
+      {scene(R"("type": "null")", density), "", false},
+      {scene(R"("type": "light")", density), "", false},
+      {scene(R"("type": "sphere", "position": [9000, 0, 0],
+                "parameters": {"segments": 1000, "rings": 500})",
+             density),
+       "", false},
+      {scene(open_box, density + R"(, "selections": ["m"])"),
+       "Unsupported tag in selection list. Type 5100", false},
+      {scene(R"("type": "particle_emitter", "parameters": {"rate": 0})", density), "", false},
+      {scene(R"("type": "particle_emitter", "parameters": {"rate": 2.5e7, "size": [30, 10, 10],
+                "speed": 20})",
+             density + R"(, "velocity_transfer": 1)"),
+       "", true},
+  };
+  for (const auto& [objects, message, emits] : cases) {
+    SCOPED_TRACE(objects);
+    const test::LogCapture log;
+    SceneRun run(objects);
+    run.frame();
+    EXPECT_TRUE(log.contains(message));
+    const double total = run.sim.settings.active_box.empty() ? 0 : sum(run.density());
+    EXPECT_TRUE(std::isfinite(total) && std::isfinite(m_infnorm(run.sim.fluid().U())));
+    EXPECT_EQ(total > 1, emits) << total;
+  }
+  const std::string lidless =
+      box + "[[0, 1, 2, 3], [0, 4, 5, 1], [1, 5, 6, 2], [2, 6, 7, 3], [3, 7, 4, 0]]";
+  EXPECT_EQ(SceneRun(scene(lidless, R"("density": 1)")).density_at({0.5, 2.5, 0.5}), 1)
+      << "two of three directions see it closed";
+}
+
 }  // namespace
 }  // namespace nbx

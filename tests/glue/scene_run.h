@@ -39,6 +39,7 @@ class SceneRun : private SceneEvaluator {
     return box.contains(cell) ? density()(i[0], i[1], i[2]) : 0.0f;
   }
   std::size_t tags() const { return emitters_.tags(); }
+  host::BaseObject& object(const std::string& name) { return document_.object(name); }
 
   Simulation3D sim;
   // As the sources of the last substep left them.
