@@ -129,6 +129,8 @@ Json ObjectSchema(const ElementClass& type) {
     properties["points"] = ArrayOf(Reference("vector"));
     properties["polygons"] = ArrayOf(ArrayOf({{"type", "integer"}, {"minimum", 0}}));
     properties["uvs"] = ArrayOf(ArrayOf(ArrayOf({{"type", "number"}})));
+    Json shape = {{"frame", {{"type", "number"}}}, {"points", ArrayOf(Reference("vector"))}};
+    properties["shapes"] = ArrayOf(Closed(std::move(shape), {"frame", "points"}));
   }
   Json json = Closed(std::move(properties), {"type"});
   json["description"] = type.description.help;
