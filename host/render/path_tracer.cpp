@@ -98,7 +98,7 @@ bool PathTracer::GoOn(Path& path, const SurfaceHit& hit, Sampler& sampler) {
   const SurfaceShading shading(hit, path.direction, scene_.time);
   path.Add(shading.Emission());
   path.Add(DirectLight(path, shading, hit, sampler));
-  const SurfaceShading::Bounce bounce = shading.Choose(sampler, path.bounces_left > 0);
+  const SurfaceShading::Bounce bounce = shading.Choose(sampler, path.bounces_left > 0, scene_.glow);
   if (bounce.type == 0 || IsBlack(bounce.weight)) return false;
   if (bounce.type == kRayIndirect) --path.bounces_left;
   path.type |= bounce.type;

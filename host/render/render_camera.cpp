@@ -19,22 +19,10 @@ Matrix WithoutScale(const Matrix& m) {
   return {m.off, x, Cross(z, x), z};
 }
 
-struct Bounds {
-  Vector low, high;
-  bool empty = true;
-
-  void Add(const Vector& p) {
-    if (empty) low = high = p;
-    low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
-    high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
-    empty = false;
-  }
-};
-
 /// The corners of the boxes of all objects that are wanted and have an extent.
 template <class Wanted>
-Bounds BoundsOf(const BaseDocument& document, const Wanted& wanted) {
-  Bounds bounds;
+SceneBounds BoundsOf(const BaseDocument& document, const Wanted& wanted) {
+  SceneBounds bounds;
   for (const BaseObject* object : EnabledObjects(document)) {
     const Vector centre = object->GetMp(), half = object->GetRad();
     if (!wanted(*object) || Length(half) <= 0) continue;
@@ -46,9 +34,23 @@ Bounds BoundsOf(const BaseDocument& document, const Wanted& wanted) {
   return bounds;
 }
 
+}  // namespace
+
+void SceneBounds::Add(const Vector& p) {
+  if (empty) low = high = p;
+  low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
+  high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
+  empty = false;
+}
+
+SceneBounds PluginBounds(const BaseDocument& document) {
+  return BoundsOf(document, [](const BaseObject& o) { return o.GetNodeData() != nullptr; });
+}
+
+namespace {
+
 RenderCamera DefaultCamera(const BaseDocument& document, int width, int height) {
-  Bounds bounds =
-      BoundsOf(document, [](const BaseObject& o) { return o.GetNodeData() != nullptr; });
+  SceneBounds bounds = PluginBounds(document);
   if (bounds.empty) bounds = BoundsOf(document, [](const BaseObject&) { return true; });
   if (bounds.empty) bounds.low = {-100, -100, -100}, bounds.high = {100, 100, 100};
   const Vector centre = (bounds.low + bounds.high) * 0.5;

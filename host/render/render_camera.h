@@ -44,6 +44,14 @@ class RenderCamera {
 /// camera that can't work.
 RenderCamera ReadCamera(BaseDocument& document, double shutter, int width, int height);
 
+struct SceneBounds {
+  Vector low, high;
+  bool empty = true;
+  void Add(const Vector& point);
+};
+/// The box round all objects that plug-ins give an extent.
+SceneBounds PluginBounds(const BaseDocument& document);
+
 /// Where the document has a camera, that one; null if there is none.
 BaseObject* FindCamera(const BaseDocument& document);
 

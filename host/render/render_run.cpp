@@ -4,7 +4,9 @@
 #include <cstdio>
 #include <stdexcept>
 
+#include "host/render/color.h"
 #include "host/render/frame_renderer.h"
+#include "host/render/sampler.h"
 
 namespace host {
 namespace {
@@ -102,6 +104,7 @@ int RenderRun::RunFrame(std::int32_t frame) {
   if (const int code = OpenFrame(scene, phase); code != kDone) return code;
   bool skip = false;
   if (const int code = HandleMissing(skip); code != kDone || skip) return code;
+  if (scene.bounces > 0) FindGlow(scene);
   times.effects = clock.Lap();
 
   session_.SetStatusText("rendering");
@@ -125,6 +128,22 @@ int RenderRun::OpenFrame(RenderScene& scene, OpenPhase& phase) {
     if (const int code = Opened(phase.Open(effect), *effect.node); code != kDone) return code;
   }
   return kDone;
+}
+
+void RenderRun::FindGlow(RenderScene& scene) {
+  const SceneBounds bounds = PluginBounds(document_);
+  RayCounts counts;
+  std::uint64_t seed = 0;
+  scene.glow = GlowGrid(bounds.low, bounds.high, [&](const Vector& from, int axis, double length) {
+    VolumeQuery query(scene, 0, counts);
+    query.ray.origin = from;
+    query.ray.direction = {axis == 0 ? 1.0 : 0.0, axis == 1 ? 1.0 : 0.0, axis == 2 ? 1.0 : 0.0};
+    query.ray.surface_distance = length;
+    query.ray.type = kRayIndirect;
+    query.ray.seed = HashOf(scene.seed, ++seed);
+    query.AskVolumetric();
+    return Mean(query.color);
+  });
 }
 
 int RenderRun::Opened(RenderResult result, const BaseVideoPost& node) {

@@ -38,6 +38,8 @@ class RenderRun {
   int RunFrames();
   int RunFrame(std::int32_t frame);
   int OpenFrame(RenderScene& scene, OpenPhase& phase);
+  /// Probes where the effects glow, for bounced light.
+  void FindGlow(RenderScene& scene);
   /// kDone; else the frame isn't to be rendered.
   int HandleMissing(bool& skip);
   int Opened(RenderResult result, const BaseVideoPost& node);

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "host/render/glow_grid.h"
 #include "host/render/light_source.h"
 #include "host/render/render_camera.h"
 #include "host/render/surface_scene.h"
@@ -25,6 +26,7 @@ struct RenderScene {
   std::vector<LightSource> lights;
   RenderCamera camera;
   Vector background;
+  GlowGrid glow;  ///< of the effects; empty without bounces
   int bounces = 0;
   bool has_shutter = false;
   double time = 0;                      ///< of the frame, in seconds

@@ -57,7 +57,8 @@ Vector SurfaceShading::Share(const Vector& to_light) const {
   return share + Mirrored(Dot(half, light)) * lobe;
 }
 
-SurfaceShading::Bounce SurfaceShading::Choose(Sampler& sampler, bool indirect) const {
+SurfaceShading::Bounce SurfaceShading::Choose(Sampler& sampler, bool indirect,
+                                              const GlowGrid& glow) const {
   const double reflect = Mean(Mirrored(viewer_.z)), transmit = Mean(passing_);
   const double scatter = indirect ? Mean(diffuse_) : 0;
   const double all = reflect + transmit + scatter;
@@ -65,8 +66,21 @@ SurfaceShading::Bounce SurfaceShading::Choose(Sampler& sampler, bool indirect) c
   const double chosen = sampler.Next1D() * all;
   if (chosen < reflect) return Reflect(sampler, reflect / all);
   if (chosen < reflect + transmit || !indirect) return Transmit(sampler, transmit / all);
+  return Scatter(sampler, scatter / all, glow);
+}
+
+SurfaceShading::Bounce SurfaceShading::Scatter(Sampler& sampler, double probability,
+                                               const GlowGrid& glow) const {
   const auto [u, v] = sampler.Next2D();
-  return {basis_.ToWorld(CosineDirection(u, v)), diffuse_ * (all / scatter), kRayIndirect};
+  if (glow.IsEmpty())
+    return {basis_.ToWorld(CosineDirection(u, v)), diffuse_ * (1 / probability), kRayIndirect};
+  const auto [which, cell] = sampler.Next2D();
+  Vector direction = basis_.ToWorld(CosineDirection(u, v));
+  if (which < 0.5) direction = Normalized(glow.Sample(cell, u, v, sampler.Next1D()) - hit_.point);
+  const double cosine = Dot(direction, basis_.n) / kPi;
+  if (cosine <= 0 || Dot(direction, hit_.normal) <= 0) return {};
+  const double density = 0.5 * (cosine + glow.Density(hit_.point, direction));
+  return {direction, diffuse_ * (cosine / (density * probability)), kRayIndirect};
 }
 
 SurfaceShading::Bounce SurfaceShading::Reflect(Sampler& sampler, double probability) const {

@@ -8,6 +8,7 @@
 #pragma once
 
 #include "host/render/color.h"
+#include "host/render/glow_grid.h"
 #include "host/render/sampler.h"
 #include "host/render/surface_scene.h"
 
@@ -30,10 +31,11 @@ class SurfaceShading {
     Vector weight;
     std::uint32_t type = 0;  ///< what befell the path: a RayType; 0: it ends here
   };
-  /// Chooses one of the ways; diffuse ones only with `indirect`.
-  Bounce Choose(Sampler& sampler, bool indirect) const;
+  /// Chooses one of the ways; diffuse ones only with `indirect`, and then often towards the glow.
+  Bounce Choose(Sampler& sampler, bool indirect, const GlowGrid& glow) const;
 
  private:
+  Bounce Scatter(Sampler& sampler, double probability, const GlowGrid& glow) const;
   Bounce Reflect(Sampler& sampler, double probability) const;
   Bounce Transmit(Sampler& sampler, double probability) const;
   Vector MicroNormal(Sampler& sampler) const;
