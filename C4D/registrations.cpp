@@ -4,6 +4,7 @@
 #include "C4D/import_command.h"
 #include "C4D/info_command.h"
 #include "C4D/preferences.h"
+#include "C4D/save_assets.h"
 #include "C4D/simulate_command.h"
 #include "C4D/slice_command.h"
 #include "C4D/verify_command.h"
@@ -30,6 +31,7 @@ const Registration registrations[] = {
     {register_verify_command, "Failed to register verify command"},
     {register_export_command, "Failed to register export command"},
     {register_import_command, "Failed to register import command"},
+    {register_collect_command, "Failed to register collect command"},
     {register_preferences, "Failed to register pref dialog"},
     {register_volume_object, "Failed to register volume object"},
     {register_volume_renderer, "Failed to register volume renderer"},

@@ -10,6 +10,7 @@ class VolumeObject final : public host::ObjectData {
  public:
   void GetDimension(const host::BaseObject& object, host::Vector& centre,
                     host::Vector& radius) const override;
+  bool Message(host::BaseList2D& node, std::int32_t type, void* data) override;
   void ModifyParticles(const host::BaseObject& object, const host::Particles& particles,
                        std::vector<host::ParticleModification>& changes, double step) override {
     modify_particles(object, particles, changes, step);

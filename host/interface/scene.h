@@ -6,7 +6,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "host/interface/base_container.h"
 #include "host/interface/base_time.h"
@@ -48,6 +50,15 @@ inline constexpr std::int32_t kRenderData = 5901;
 /// Messages that elements get (BaseList2D::Message, NodeData::Message).
 enum MessageType : std::int32_t {
   kMessageDocumentLoaded = 1001,  ///< the element's document was just read; no data
+  kMessageSaveAssets = 1006,      ///< copy what belongs to the element; data: SaveAssets
+};
+
+/// The document is about to be saved into a folder, with all that it needs. Each element copies its
+/// own files there and names the copies in its parameters.
+struct SaveAssets {
+  Filename folder;
+  std::function<void(int done, int total)> progress = {};  ///< files of one element; may be empty
+  std::vector<std::string> failures = {};  ///< a line of each element that couldn't copy its files
 };
 
 /// What objects, tags, materials, textures and render settings have in common.

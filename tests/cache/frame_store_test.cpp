@@ -281,7 +281,7 @@ TEST_F(FrameStore, ManyFramesTakeNoMoreMemoryThanFew) {
     return in_memory * 4096;
   };
   std::uint64_t most = 0;
-  std::size_t early = 0;
+  [[maybe_unused]] std::size_t early = 0;
   for (int n = 0; n < 500; ++n) {
     SlotHandle slot = SlotHandle::forStoring(store, n, 0);
     slot->frameTime = {normalize({static_cast<double>(n), 25}), {1, 25}};

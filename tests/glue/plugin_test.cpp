@@ -7,6 +7,7 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
+#include "C4D/volume_parameters.h"
 #include "cache/cache_info.h"
 #include "cache/frame_names.h"
 #include "cache/grid_type.h"
@@ -308,6 +309,29 @@ TEST_F(Plugin, LostFramesDontEndTheRun) {
   for ([[maybe_unused]] const auto& entry : fs::directory_iterator(folder_.file("cache")))
     ++entries;
   EXPECT_EQ(entries, 7) << "something was left behind";
+}
+
+TEST_F(Plugin, CollectedScenesHaveTheirCachesWithThem) {
+  const std::string text =
+      replaced(kScene, "\"voxel_size\": 1",
+               "\"voxel_size\": 1, \"cache_name\": \"" + folder_.file("cache") + "\"");
+  ASSERT_EQ(run("simulate", simulate_arguments(scene(text), 2)), host::kDone);
+  host::CommandArguments collect;
+  collect.Add("scene", folder_.file("scene.json"));
+  collect.Add("output", folder_.file("project"));
+  ASSERT_EQ(run("collect", collect), host::kDone);
+  const auto from = frame_files(), to = frame_files("project/nbx4d_caches/cache");
+  ASSERT_EQ(to.size(), 3u);
+  for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(test::read_file(from[i]), test::read_file(to[i]));
+  const auto saved = context_->LoadDocument({folder_.file("project/scene.json")});
+  ASSERT_TRUE(saved);
+  const auto* volume = context_->FindObject(*saved, kVolumeObject);
+  ASSERT_TRUE(volume);
+  EXPECT_EQ(volume->GetDataInstance().GetFilename(OVOLUME_CACHE_NAME).path,
+            folder_.file("project/nbx4d_caches/cache"));
+  // A copy doesn't replace files, and the failure is told.
+  EXPECT_EQ(run("collect", collect), host::kFailed);
+  EXPECT_EQ(context_->errors.size(), 1u);
 }
 
 // From frame 6 on the folder is gone, or can't be written, or files can't grow as on a full disk:

@@ -8,6 +8,7 @@
 
 #include "host/document_error.h"
 #include "host/document_reader.h"
+#include "host/document_writer.h"
 #include "host/interface/command_data.h"
 #include "host/small_host.h"
 
@@ -25,7 +26,10 @@ class RecordingContext final : public host::CommandContext {
     Error(error.what());
     return nullptr;
   }
-  bool SaveDocument(const host::BaseDocument&, const host::Filename&) override { return false; }
+  bool SaveDocument(const host::BaseDocument& document, const host::Filename& path) override {
+    host::WriteDocumentFile(static_cast<const host::Document&>(document), path.path);
+    return true;
+  }
   host::BaseObject* FindObject(host::BaseDocument& document, std::int32_t type) override {
     for (host::BaseObject* o = document.GetFirstObject(); o; o = o->GetNext())
       if (o->GetType() == type) return o;
