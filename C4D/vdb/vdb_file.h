@@ -22,7 +22,7 @@ struct VdbOptions {
   bool z_up = false;       // the file's z axis points up; else y
   bool staggered = false;  // velocity on the faces below each voxel, along the grid's own axes;
                            // else at its centre, along the axes of the world
-  bool half = false;                 // 16 bits a number
+  bool half = false;       // 16 bits a number
   std::map<int, std::string> names;  // by grid type; velocity has that of kGridVelocityX
 };
 
