@@ -44,17 +44,11 @@ TEST(Field, ResizeKeepsTheLargestBlock) {
   EXPECT_EQ(f.count(), 0u);
 }
 
-TEST(FieldChecks, NameThePlaceOfTheMismatch) {
+TEST(FieldChecks, RefuseFieldsThatDontFit) {
   const Field<float> U(5, 4, 3), V(4, 5, 3), W(4, 4, 4), flat(16, 3, 1);
   EXPECT_EQ(check_mac(U, V, W), Vec3i(4, 4, 3));
   EXPECT_THROW(check_mac(V, V, W), FieldDimensionMismatchException);
-  try {
-    check_mac(U, V, W, flat);
-    FAIL();
-  } catch (const FieldDimensionMismatchException& e) {
-    EXPECT_STREQ(e.file(), __FILE__);
-    EXPECT_EQ(e.line(), __LINE__ - 4);
-  }
+  EXPECT_THROW(check_mac(U, V, W, flat), FieldDimensionMismatchException);
 }
 
 TEST(FieldPool, HandsOutTheLastReleasedFirst) {
@@ -73,17 +67,6 @@ TEST(FieldPool, HandsOutTheLastReleasedFirst) {
     EXPECT_EQ(field_pool().counts().in_use, before.in_use + 1);
   }
   EXPECT_EQ(field_pool().counts().in_use, before.in_use);
-}
-
-TEST(FieldPool, ReportsItsCounts) {
-  const test::LogCapture log;
-  FieldPool pool(4);
-  Field<float>*a = pool.acquire(), *b = pool.acquire();
-  pool.release(a);
-  pool.release_unused();
-  EXPECT_TRUE(log.contains("FieldPool(4)::release_unused fields 1, free 0\n"));
-  pool.release(b);
-  pool.release_unused();
 }
 
 TEST(FieldPoolDeathTest, UnknownAddressEndsTheProcess) {

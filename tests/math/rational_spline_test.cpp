@@ -46,7 +46,6 @@ double bezier_value(const RationalSpline& s, std::size_t i, double v) {
 }
 
 TEST(RationalSpline, ValuesWorkedByHand) {
-  const std::vector<Point> unit = {{0, 0}, {1, 1}};
   const std::vector<Point> unordered = {{3, 5}, {0, 0}, {1, 1}};          // tangents 5/3 and 10/3
   const std::vector<Point> biased = {{0, 0, 1, 0, 0.75f}, {1, 1, 0, 1}};  // tangents 1/2 and 3/2
   const struct {
@@ -54,10 +53,8 @@ TEST(RationalSpline, ValuesWorkedByHand) {
     float v, expected;
   } cases[] = {{{}, 3, 0},
                {{{2, 7}}, 5, 7},
-               {unit, 0.25f, 0.15625f},  // 3 t^2 - 2 t^3
-               {unit, 2, 1},
                {{{0, 0, 0, 0}, {1, 1, 0, 0}}, 0.3f, 0.3f},
-               {{{0, 0, 9, 9}, {1, 1, 9, 9}}, 0.25f, 0.15625f},
+               {{{0, 0, 9, 9}, {1, 1, 9, 9}}, 0.25f, 0.15625f},  // 3 t^2 - 2 t^3
                {unordered, 0.5f, 0.5f - 5.0f / 24},
                {unordered, 2, 3 + 5.0f / 12},
                // Bezier ordinates 0, 1/6, 1/2, 1 with weights 3/4, 3/4, 1/4, 1/4
@@ -77,9 +74,6 @@ TEST(RationalSpline, SpansAreRationalBezierCurves) {
       const float v = std::min(knots[i].x + t * (knots[i + 1].x - knots[i].x), knots[i + 1].x);
       EXPECT_NEAR(spline.evaluate(v), bezier_value(spline, i, v), 2e-5) << i << ' ' << t;
     }
-  RationalSpline plain = make({{0, 0}, {1, 1}, {3, 5}});
-  RationalSpline nearly = make({{0, 0, 1, 1, 0.5000001f}, {1, 1, 1, 1, 0.5000001f}, {3, 5}});
-  for (float v = -0.5f; v < 3.5f; v += 0.125f) EXPECT_NEAR(plain.eval(v), nearly.eval(v), 5e-6f);
 }
 
 TEST(RationalSpline, KnotsRiseStrictly) {

@@ -1,8 +1,6 @@
 #include "math/wavelet_noise.h"
 
 #include <cmath>
-#include <complex>
-#include <numbers>
 
 #include "math/field_reductions.h"
 #include "math/wavelet_tile.h"
@@ -13,34 +11,10 @@ namespace {
 
 using test::each_cell;
 
-constexpr double kPi = std::numbers::pi;
-
 double mean_square(const Field<float>& f) {
   double sum = 0;
   for (std::size_t i = 0; i < f.count(); ++i) sum += double{f[i]} * f[i];
   return sum / static_cast<double>(f.count());
-}
-
-// The power of the wave vectors with all |k| <= most, averaged and set against white noise of the
-// same variance.
-double low_power(const Field<float>& f, int most) {
-  const int n = f.nx();
-  const auto wave = [&](int k, int x) { return std::polar(1.0, -2 * kPi * k * x / n); };
-  double power = 0;
-  int waves = 0;
-  for (int kx = -most; kx <= most; ++kx)
-    for (int ky = -most; ky <= most; ++ky)
-      for (int kz = -most; kz <= most; ++kz, ++waves) {
-        std::complex<double> sum = 0;
-        for (int z = 0; z < n; ++z)
-          for (int y = 0; y < n; ++y) {
-            std::complex<double> row = 0, step = wave(kx, 1), at = 1;
-            for (int x = 0; x < n; ++x, at *= step) row += double{f(x, y, z)} * at;
-            sum += row * wave(ky, y) * wave(kz, z);
-          }
-        power += std::norm(sum);
-      }
-  return power / waves / (mean_square(f) * static_cast<double>(f.count()));
 }
 
 TEST(WaveletTile, SizesAndDeterminism) {
@@ -105,42 +79,6 @@ TEST(WaveletTile, Variance) {
     });
     EXPECT_NEAR(sum / (32 * 32 * 32), 2 * response, 0.04 * 2 * response) << parity;
   }
-}
-
-// Low waves are gone but for what their images at k + n/2 leak, tan^3(pi k / n) on each axis: at
-// k = n/16 at most 3 tan^6(pi/16) = 1.9e-4 of white noise's power.
-TEST(WaveletTile, HasNoLowBand) {
-  WaveletNoise noise;
-  Field<float> tile;
-  generate_tile(tile, noise, 32, true, false);
-  EXPECT_LT(low_power(tile, 2), 3 * std::pow(std::tan(kPi / 16), 6));
-  Field<float> white(32, 32, 32);
-  test::fill_random(white, 1);
-  EXPECT_NEAR(low_power(white, 2), 1, 0.5);  // the measure itself
-}
-
-// Quadratic B-splines cut off waves beyond one a cell: white coefficients would leave the integral
-// of sinc^6 from 1 on over that from 0 on, 2.4e-4 of the power. Without their low band both shrink,
-// the whole by less than half. (Linear interpolation would leave 4e-3.)
-TEST(WaveletNoise, HasNoHighBand) {
-  WaveletNoise noise;
-  noise.tile_size = 32;
-  advance_tile(noise, 0, true, false);
-  const int samples = 256, per_cell = 8;
-  double high = 0, all = 0;
-  for (int line = 0; line < 8; ++line)
-    for (int k = 1; k < samples / 2; ++k) {
-      std::complex<double> sum = 0;
-      for (int i = 0; i < samples; ++i) {
-        const float x = static_cast<float>(i) / per_cell, y = 0.3f + 4 * static_cast<float>(line);
-        sum +=
-            double{evaluate(noise, {x, y, 7.7f}, 0)} * std::polar(1.0, -2 * kPi * k * i / samples);
-      }
-      all += std::norm(sum);
-      if (k > samples / per_cell) high += std::norm(sum);
-    }
-  EXPECT_LT(high, 5e-4 * all);
-  EXPECT_GT(all, 0);
 }
 
 TEST(WaveletNoise, Samples) {
@@ -227,13 +165,6 @@ TEST(WaveletNoise, TilesOfSuccessiveTimes) {
   late.tile_size = 8;
   advance_tile(late, 3.25f, true, false);
   EXPECT_TRUE(is(late, 2, 3, 0.25f));
-}
-
-TEST(NoiseParams, ScaleFromEddySizes) {
-  NoiseParams p;
-  set_noise_scale(p, 16, 2, 2, 3, 4);
-  EXPECT_EQ((std::array{p.frequency, p.amplitude, p.bands, p.time_frequency}),
-            (std::array{0.125f, 24.0f, 4.0f, 0.25f}));
 }
 
 }  // namespace
