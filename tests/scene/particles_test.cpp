@@ -1,9 +1,8 @@
-// Particles as sources: spheres of weights, velocities on faces, and the curve between.
+// Particles as sources: spheres of weights, and the curve of their strength.
 #include <random>
 
 #include "scene/cell_center_voxelizer.h"
 #include "scene/particle_voxelizer.h"
-#include "scene/velocity_voxelizer.h"
 #include "support/support.h"
 
 namespace nbx {
@@ -83,28 +82,6 @@ TEST(Particles, StrengthFollowsTheMap) {
   emit(none, ParticleTable(), spheres_of(2));
   emit(none, table({}), spheres_of(2));
   EXPECT_TRUE(none.empty());
-}
-
-TEST(Particles, HandTheirVelocityToBothFacesOfACell) {
-  Sparse u, v, w;
-  const SimulationObjectParameters parameters = spheres_of(1.8);
-  const ParticleTable two = table({{1, 0, 0, 0, 4, 0, -2, 0}, {1, 0.5f, 0, 0, -1, 0, 0, 0}});
-  const ParticleSpheres spheres(two, parameters, kBox);
-  for (Sparse* field : {&u, &v, &w}) field->hash_resize(spheres.block_bound());
-  voxelize_particles(VelocityVoxelizer({&u, &v, &w}, kBox, {.thickness = 1.8}, 0.5), spheres);
-  EXPECT_FLOAT_EQ(u.value(8, 8, 8), 2);
-  EXPECT_FLOAT_EQ(u.value(9, 8, 8), 2);
-  EXPECT_FLOAT_EQ(w.value(8, 8, 8), -1);
-  EXPECT_FLOAT_EQ(w.value(8, 8, 9), -1);
-  EXPECT_FLOAT_EQ(u.value(10, 8, 8), 2 * (1 - 1 / 1.8f)) << "the stronger of the two";
-  EXPECT_TRUE(v.empty()) << "a component of 0 touches nothing";
-}
-
-TEST(ParticleTable, RefusesColumnsOfAnotherLength) {
-  ParticleTable columns;
-  EXPECT_TRUE(columns.add("active", {1, 1}));
-  EXPECT_FALSE(columns.add("age", {1, 2, 3}));
-  EXPECT_EQ(columns.column("age"), nullptr);
 }
 
 }  // namespace
