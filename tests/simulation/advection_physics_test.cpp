@@ -34,25 +34,19 @@ Turn carry_round(bool corrected, bool cubic, bool slotted = false) {
     ++dims[a];
     velocity[a].resize(kCpu, dims);
     Field<float>& v = velocity[a].cpu_field();
-    for (int k = 0; k < v.nz(); ++k)
-      for (int j = 0; j < v.ny(); ++j)
-        for (int i = 0; i < v.nx(); ++i)
-          v(i, j, k) = static_cast<float>(a == 0 ? middle - j : a == 1 ? i - middle : 0);
+    test::each_cell(dims, 0, [&](int i, int j, int k) {
+      v(i, j, k) = static_cast<float>(a == 0 ? middle - j : a == 1 ? i - middle : 0);
+    });
     params.velocity[a] = &velocity[a];
     params.trace_back[a] = &traces[a];
     params.trace_fwd[a] = &traces[3 + a];
   }
   Field<float> start(n, n, depth);
-  for (int k = 0; k < depth; ++k)
-    for (int j = 0; j < n; ++j)
-      for (int i = 0; i < n; ++i) {
-        if (slotted && std::abs(i - middle - 14) < 2.5 && j < middle + 5) {
-          start(i, j, k) = 0;
-          continue;
-        }
-        const double r = std::hypot(i - middle - 14, j - middle, k - middle_z);
-        start(i, j, k) = static_cast<float>(std::clamp((11 - r) / 2, 0.0, 1.0));
-      }
+  test::each_cell(start.dims(), 0, [&](int i, int j, int k) {
+    const double r = std::hypot(i - middle - 14, j - middle, k - middle_z);
+    const bool slot = slotted && std::abs(i - middle - 14) < 2.5 && j < middle + 5;
+    start(i, j, k) = slot ? 0 : static_cast<float>(std::clamp((11 - r) / 2, 0.0, 1.0));
+  });
   density.assign(start);
   for (int step = 0; step < steps; ++step) {
     corrected ? advect(moved, density, params) : advect_sl(moved, density, params);
@@ -133,13 +127,12 @@ TEST(VelocityReach, BoxOfOneStep) {
     double lo = 1e9, hi = -1e9;
     Vec3i end = box.hi;
     ++end[a];
-    for (int k = box.lo[2]; k <= end[2]; ++k)
-      for (int j = box.lo[1]; j <= end[1]; ++j)
-        for (int i = box.lo[0]; i <= end[0]; ++i) {
-          const double d = s * (*faces[a])(i, j, k), place = Vec3i(i, j, k)[a] - 0.5;
-          lo = std::min(lo, std::floor(d) + place);
-          hi = std::max(hi, std::ceil(d) + place);
-        }
+    test::each_cell(end + Vec3i(1, 1, 1), 0, [&](int i, int j, int k) {
+      if (i < box.lo[0] || j < box.lo[1] || k < box.lo[2]) return;
+      const double d = s * (*faces[a])(i, j, k), place = Vec3i(i, j, k)[a] - 0.5;
+      lo = std::min(lo, std::floor(d) + place);
+      hi = std::max(hi, std::ceil(d) + place);
+    });
     // Cell c spans c - 0.5 to c + 0.5.
     EXPECT_EQ(out.lo[a], lo + 0.5);
     EXPECT_EQ(out.hi[a], hi - 0.5);

@@ -34,13 +34,11 @@ struct Flow {
       velocity[a].resize(kCpu, face_dims(centre, static_cast<Lookup>(a)));
       params.velocity[a] = &velocity[a];
       Field<float>& v = velocity[a].cpu_field();
-      for (int k = 0; k < v.nz(); ++k)
-        for (int j = 0; j < v.ny(); ++j)
-          for (int i = 0; i < v.nx(); ++i) {
-            Vec3d p(i, j, k);
-            p[a] -= 0.5;
-            v(i, j, k) = static_cast<float>(f(p)[a]);
-          }
+      test::each_cell(v.dims(), 0, [&](int i, int j, int k) {
+        Vec3d p(i, j, k);
+        p[a] -= 0.5;
+        v(i, j, k) = static_cast<float>(f(p)[a]);
+      });
     }
     keep_traces(true);
   }
@@ -174,49 +172,6 @@ TEST(Advection, AdaptiveTracerFollowsACircle) {
     EXPECT_NEAR(flow.traced(i, 20, 2)[0], 20, bound);
     EXPECT_NEAR(flow.traced(i, 20, 2)[1], 40 - i, bound);
   }
-}
-
-// At rest nothing changes, bit for bit. A constant stays what it is, clamped samples included.
-TEST(Advection, RestAndConstants) {
-  const Vec3i dims(19, 6, 5);
-  MField random(kCpu, dims), constant(kCpu, dims), dst;
-  test::fill_random(random.cpu_field(), 5);
-  std::fill_n(constant.cpu_field().data(), constant.cpu_field().count(), 0.3f);
-  for (int choice = 0; choice < 4; ++choice) {
-    Flow rest(dims, Vec3d()), wind(dims, Vec3d(2.6, -0.3, 0.8));
-    rest.params.cubic = wind.params.cubic = choice / 2;
-    rest.params.tracer = wind.params.tracer = static_cast<Tracer>(choice % 2);
-    advect(dst, random, rest.params);
-    test::for_interior(dims, [&](int i, int j, int k) {
-      EXPECT_EQ(rest.traced(i, j, k), Vec3f(i, j, k));
-      EXPECT_EQ(dst.cpu_field()(i, j, k), random.cpu_field()(i, j, k));
-    });
-    Field<float> hat(dims[0], dims[1], dims[2]);
-    wind.keep_traces(false);
-    cpu_advect_sl(hat, constant.cpu_field(), wind.params);
-    test::for_interior(dims, [&](int i, int j, int k) { EXPECT_EQ(hat(i, j, k), 0.3f); });
-  }
-}
-
-// Half a voxel along x. By hand, with values l, m, r at i-1, i, i+1: hat = (l + m) / 2, and hat
-// corrected = 3/8 l + 3/4 m - 1/8 r, which is dropped where it leaves [l, m], and not cut. The
-// cells beside the border, whose trace leaves the interior on either side, keep hat.
-TEST(Advection, WhereTheCorrectionIsDropped) {
-  const Vec3i dims(10, 3, 3);
-  Flow flow(dims, Vec3d(0.5, 0, 0));
-  MField src(kCpu, dims), dst;
-  Field<float>& f = src.cpu_field();
-  for (const auto& [r, expected] :
-       {std::pair{1.0f, 0.625f}, {-1.0f, 0.875f}, {-2.0f, 1.0f}, {-4.0f, 0.5f}}) {
-    for (std::size_t i = 0; i < f.count(); ++i) f[i] = i % 10 < 5 ? 0.0f : i % 10 == 5 ? 1 : r;
-    advect(dst, src, flow.params);
-    EXPECT_EQ(dst.cpu_field()(5, 1, 1), expected);
-  }
-  for (std::size_t i = 0; i < f.count(); ++i) f[i] = static_cast<float>(i % 10 * (i % 10));
-  Field<float>& g = dst.cpu_field();
-  advect(dst, src, flow.params);
-  EXPECT_EQ((std::array{g(0, 1, 1), g(1, 1, 1), g(8, 1, 1)}), (std::array{0.0f, 0.5f, 56.5f}));
-  EXPECT_EQ(g(4, 1, 1), 12.25f);  // hat is 12.5
 }
 
 // Each lookup ends with its own boundary: closed walls hold their own component only.

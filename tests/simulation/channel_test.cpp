@@ -1,5 +1,4 @@
 // Decay, combustion, diffusion and sources of the channels.
-#include "math/field_operators.h"
 #include "math/field_reductions.h"
 #include "simulation/cusl_kernels3d.h"
 #include "simulation/scalar_fluid_channel.h"
@@ -52,9 +51,7 @@ class Reactor : public CombustionSource, public FieldSource {
   // Fills the interior of a channel.
   void fill(int key, float value) {
     Field<float>& f = field(key);
-    for (int k = 1; k < f.nz() - 1; ++k)
-      for (int j = 1; j < f.ny() - 1; ++j)
-        for (int i = 1; i < f.nx() - 1; ++i) f(i, j, k) = value;
+    test::each_cell(f.dims(), 1, [&](int i, int j, int k) { f(i, j, k) = value; });
   }
 
   SimSettings s;
@@ -109,9 +106,9 @@ TEST(Channel, ADriverBoundsWhatBurns) {
   fuel.driver_spline.addPoint(1, 0.1f, kLinearTangent, kLinearTangent);
   fuel.outputs = {{kDensity, {1, true}}};
   r.fill(kFuel, 1);
-  for (int k = 1; k < 7; ++k)
-    for (int j = 1; j < 7; ++j)
-      for (int i = 4; i < 7; ++i) r.field(kTemperature)(i, j, k) = 1;
+  test::each_cell({8, 8, 8}, 1, [&](int i, int j, int k) {
+    if (i >= 4) r.field(kTemperature)(i, j, k) = 1;
+  });
   r.finish();
   r.step();
   EXPECT_FLOAT_EQ(r.field(kFuel)(5, 3, 3), 0.9f);
@@ -183,21 +180,14 @@ TEST(Channel, DiffusionFollowsTheHeatEquation) {
   for (int i = 0; i < steps; ++i) r.step();
   const Field<float>& f = r.field(kDensity);
   double mass = 0, variance = 0;
-  for (int k = 0; k < f.nz(); ++k)
-    for (int j = 0; j < f.ny(); ++j)
-      for (int i = 0; i < f.nx(); ++i) {
-        mass += f(i, j, k);
-        variance += f(i, j, k) * (i - 16) * (i - 16);
-      }
+  test::each_cell(f.dims(), 0, [&](int i, int j, int k) {
+    mass += f(i, j, k);
+    variance += f(i, j, k) * (i - 16) * (i - 16);
+  });
   EXPECT_NEAR(mass, 1, 1e-4);
   // Each step integrates over a voxel, whose own variance is 1/12.
   const double expected = steps * (2 * 20 * r.s.dt + 1.0 / 12);
   EXPECT_NEAR(variance / mass, expected, 0.02 * expected);
-
-  DiffusionFilter filter;
-  const Field<float>& kernel = filter.kernel(1, r.s.dt, 1e-9, 31);
-  EXPECT_EQ(kernel.nx(), 3) << "the filter goes on to distance 2 at least";
-  EXPECT_EQ(kernel[0], 1);
 }
 
 TEST(Channel, SourcesAreAddedOrLiftTo) {

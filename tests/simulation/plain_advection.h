@@ -9,15 +9,9 @@
 
 #include "math/interpolation.h"
 #include "simulation/advection.h"
+#include "support/support.h"
 
 namespace nbx::test {
-
-template <class Visit>
-void for_interior(const Vec3i& n, const Visit& visit) {
-  for (int k = 1; k < n[2] - 1; ++k)
-    for (int j = 1; j < n[1] - 1; ++j)
-      for (int i = 1; i < n[0] - 1; ++i) visit(i, j, k);
-}
 
 /// U, V, W round a sample of the advected grid.
 class PlainVelocity {
@@ -132,10 +126,10 @@ inline void plain_advect(Field<float>& hat, Field<float>& dst, const Field<float
   dst.resize(src.dims());
   std::fill_n(hat.data(), hat.count(), -7.0f);
   std::fill_n(dst.data(), dst.count(), 0.0f);
-  for_interior(src.dims(), [&](int i, int j, int k) {
+  each_cell(src.dims(), 1, [&](int i, int j, int k) {
     hat(i, j, k) = sample(src, trace({i, j, k}, true));
   });
-  for_interior(src.dims(), [&](int i, int j, int k) {
+  each_cell(src.dims(), 1, [&](int i, int j, int k) {
     const Vec3f p1 = trace({i, j, k}, true), p2 = trace({i, j, k}, false);
     const float a = dst(i, j, k) = hat(i, j, k);
     if (!plain_inside(p1, src.dims()) || !plain_inside(p2, src.dims())) return;

@@ -3,54 +3,11 @@
 
 #include <map>
 
-#include "math/field_operators.h"
 #include "math/field_reductions.h"
-#include "support/support.h"
+#include "simulation/scene_run.h"
 
 namespace nbx {
 namespace {
-
-// A closed box that takes density and heat from a small cube, like a scene with one emitter.
-class BoxScene : public SceneEvaluator {
- public:
-  explicit BoxScene(int n, double amount = 1) : n_(n), amount_(amount) {}
-
-  void read_settings(Simulation3D& sim, double dt) override {
-    SimSettings& s = sim.settings;
-    s.domain_box = {{0, 0, 0}, {n_ - 1, n_ - 1, n_ - 1}};
-    s.face_closed = {1, 1, 1, 1, 1, 1};
-    s.max_substeps = max_substeps;
-    s.cfl = cfl;
-    s.dx = 0.05;
-    s.interp_points = interp_points;
-    s.frame_duration = s.start_time.length.value();
-    s.channel_params[kDensity].buoyancy = 0;
-    s.channel_params[kTemperature].decay = 0.1;
-    steps.push_back(dt);
-  }
-  void update_inputs(Simulation3D& sim, double) override {
-    SparseField<float, 3> weights;
-    const int a = n_ / 2 - 2;
-    for (int z = a; z < a + 4; ++z)
-      for (int y = 2; y < 6; ++y)
-        for (int x = a; x < a + 4; ++x)
-          weights.hash_insert(x, y, z)
-              .data[SparseField<float, 3>::voxel_index(x & 7, y & 7, z & 7)] = 1;
-    SimulationObjectParameters object;
-    object.amounts = {{kDensity, amount_}, {kTemperature, amount_}};
-    sim.add_source_object(object, weights);
-    ++inputs;
-  }
-  void update_solids(Simulation3D&, double) override {}
-
-  int max_substeps = 1, interp_points = 3, inputs = 0;
-  double cfl = 2;
-  std::vector<double> steps;  // dt of each call of read_settings
-
- private:
-  int n_;
-  double amount_;
-};
 
 // Says stop at the nth call.
 class StopAt : public SimProgress {
@@ -69,21 +26,21 @@ class StopAt : public SimProgress {
   int left_;
 };
 
-struct SmokeRun {
-  explicit SmokeRun(int n = 16) : scene(n) {
-    sim.settings.simulated_channels = {kDensity, kTemperature};
-    sim.settings.cached_channels = {kDensity, kTemperature, kVelocity, kSecondVelocity};
-    sim.settings.start_time = time;
-    sim.settings.sim_time = time;
+// A closed box that takes density and heat from a small cube, like a scene with one emitter.
+struct SmokeRun : test::SceneRun {
+  explicit SmokeRun(int n = 16) {
+    scene.domain = {n, n, n};
+    scene.source = {{n / 2 - 2, 2, n / 2 - 2}, {n / 2 + 1, 5, n / 2 + 1}};
+    scene.settings = [this](SimSettings& s) {
+      s.face_closed = {1, 1, 1, 1, 1, 1};
+      s.max_substeps = max_substeps;
+      s.cfl = cfl;
+      s.interp_points = interp_points;
+      s.channel_params[kTemperature].decay = 0.1;
+    };
   }
-  const Field<float>& channel(int key) { return sim.channel_field(key)->cpu_field(); }
-  void frames(int count) {
-    for (int i = 0; i < count; ++i) sim.update(scene, time, nullptr);
-  }
-
-  BoxScene scene;
-  Simulation3D sim;
-  FrameTime time{{0, 1}, {1, 25}};
+  int max_substeps = 1, interp_points = 3;
+  double cfl = 2;
 };
 
 TEST(Simulation3D, FirstFrameHoldsTheSourcesAndHotGasRises) {
@@ -101,13 +58,11 @@ TEST(Simulation3D, FirstFrameHoldsTheSourcesAndHotGasRises) {
   EXPECT_FALSE(run.sim.fluid().zero_velocity());
   double moment = 0, mass = 0;
   const Field<float>& d = run.channel(kDensity);
-  for (int k = 0; k < d.nz(); ++k)
-    for (int j = 0; j < d.ny(); ++j)
-      for (int i = 0; i < d.nx(); ++i) {
-        ASSERT_TRUE(std::isfinite(d(i, j, k)));
-        moment += j * d(i, j, k);
-        mass += d(i, j, k);
-      }
+  test::each_cell(d.dims(), 0, [&](int i, int j, int k) {
+    ASSERT_TRUE(std::isfinite(d(i, j, k)));
+    moment += j * d(i, j, k);
+    mass += d(i, j, k);
+  });
   EXPECT_GT(moment / mass, 4.5 + 0.5) << "the source's centre is at row 4.5";
   EXPECT_TRUE(log.contains("10F #1 src("));
 }
@@ -115,7 +70,7 @@ TEST(Simulation3D, FirstFrameHoldsTheSourcesAndHotGasRises) {
 TEST(Simulation3D, SubstepsArePlannedEqualAndBounded) {
   // A frame of no length runs no substep, but it is a frame.
   SmokeRun still;
-  still.sim.init_state(still.scene);
+  still.start();
   still.sim.settings.sim_time.length = {0, 1};
   const std::size_t calls = still.scene.steps.size();
   still.frames(1);
@@ -124,18 +79,18 @@ TEST(Simulation3D, SubstepsArePlannedEqualAndBounded) {
 
   // Gas at rest needs one step however many are allowed.
   SmokeRun rest;
-  rest.scene.max_substeps = 5;
-  rest.sim.init_state(rest.scene);
+  rest.max_substeps = 5;
+  rest.start();
   rest.frames(1);
   EXPECT_EQ(rest.sim.settings.step_index, 1);
 
   // Fast gas takes all that are allowed; the limit gives way, not the frame.
   for (int allowed : {1, 3}) {
     SmokeRun fast;
-    fast.scene.max_substeps = allowed;
-    fast.sim.init_state(fast.scene);
+    fast.max_substeps = allowed;
+    fast.start();
     fast.frames(2);
-    fast.scene.cfl = 1e-4;
+    fast.cfl = 1e-4;
     fast.scene.read_settings(fast.sim, 0);
     fast.scene.steps.clear();
     fast.frames(1);
@@ -149,7 +104,7 @@ TEST(Simulation3D, AnAbortAtAnyPointKeepsTheFrameAndGoesOn) {
   StopAt counter(-1);
   {
     SmokeRun run;
-    run.sim.init_state(run.scene);
+    run.start();
     run.frames(3);
     run.sim.update(run.scene, run.time, &counter);
     EXPECT_TRUE(counter.whole);
@@ -158,7 +113,7 @@ TEST(Simulation3D, AnAbortAtAnyPointKeepsTheFrameAndGoesOn) {
   for (int n = 1; n < counter.calls; ++n) {
     test::LogCapture log;
     SmokeRun run;
-    run.sim.init_state(run.scene);
+    run.start();
     run.frames(3);
     const FrameTime before = run.time;
     StopAt stop(n);
@@ -226,9 +181,9 @@ TEST(Simulation3D, SteadyStateAllocatesNothingAndThreadsDontMatter) {
   for (int threads : {1, 2}) {
     const test::ThreadCount count(threads);
     SmokeRun run(20);
-    run.scene.interp_points = 4;
-    run.scene.max_substeps = 2;
-    run.sim.init_state(run.scene);
+    run.interp_points = 4;
+    run.max_substeps = 2;
+    run.start();
     // Pooled fields grow to the largest use that they meet: ten frames make all of them large
     // enough.
     run.frames(10);

@@ -2,67 +2,46 @@
 #include <random>
 
 #include "cache/grid_type.h"
-#include "math/field_operators.h"
 #include "math/mfield_operations.h"
-#include "simulation/simulation3d.h"
-#include "support/support.h"
+#include "simulation/scene_run.h"
 
 namespace nbx {
 namespace {
 
-using Sparse = SparseField<float, 3>;
+using test::Sparse;
 
-/// A domain of 20 cells with density in all of it, and whatever the test sets.
-class Scene : public SceneEvaluator {
- public:
-  Scene() { parameters.amounts[kDensity] = 1; }
-  void read_settings(Simulation3D& sim, double) override {
-    sim.settings.domain_box = {{0, 0, 0}, {19, 19, 19}};
-    sim.settings.face_closed = {1, 1, 1, 1, 1, 1};
-    sim.settings.max_substeps = 1;
-    sim.settings.velocity_box_threshold = -1;
-  }
-  void update_inputs(Simulation3D& sim, double) override {
-    Sparse weights;
-    for (int z = 0; z < 20; z += 8)
-      for (int y = 0; y < 20; y += 8)
-        for (int x = 0; x < (half ? 8 : 20); x += 8)
-          std::fill_n(weights.hash_insert(x, y, z).data, Sparse::kBlockSize, 1.0f);
-    sim.add_source_object(parameters, weights);
-  }
-  void update_solids(Simulation3D& sim, double) override {
-    if (!with_solid) return;
-    const Vec3i n = sim.settings.active_box.size() + Vec3i(2, 2, 2);
-    sim.solids.phi = std::make_shared<MField>(kCpu, n);
-    Field<float>& phi = sim.solids.phi->cpu_field();
-    test::each_cell(n, 0, [&](int i, int j, int k) {
-      const float d = static_cast<float>(i) - 5.5f;
-      phi(i, j, k) = d * std::abs(d);
-    });
-    std::shared_ptr<MField>* faces[] = {&sim.solids.u, &sim.solids.v, &sim.solids.w};
-    for (int axis = 0; axis < 3; ++axis) {
-      Vec3i face = n;
-      ++face[axis];
-      *faces[axis] = std::make_shared<MField>(kCpu, face);
-      (*faces[axis])->zero();
-    }
-  }
-
-  SimulationObjectParameters parameters;
-  bool with_solid = false, half = false;
-};
-
-struct SceneRun {
-  SceneRun() {
+/// A closed domain of 20 cells with density in all of it.
+struct GasRun : test::SceneRun {
+  GasRun() {
     sim.settings.simulated_channels = {kDensity};
     sim.settings.cached_channels = {kDensity, kSolid};
-    sim.settings.sim_time = sim.settings.start_time = time;
-    sim.settings.channel_params[kDensity].buoyancy = 0;
+    scene.domain = {20, 20, 20};
+    scene.source = {{0, 0, 0}, {19, 19, 19}};
+    scene.object.amounts = {{kDensity, 1}};
+    scene.settings = [](SimSettings& s) {
+      s.face_closed = {1, 1, 1, 1, 1, 1};
+      s.velocity_box_threshold = -1;
+    };
   }
-  Scene scene;
-  Simulation3D sim;
-  FrameTime time{{0, 1}, {1, 25}};
 };
+
+// A solid at rest that fills x < 5.5 of the grid.
+void add_wall(Simulation3D& sim) {
+  const Vec3i n = sim.settings.active_box.size() + Vec3i(2, 2, 2);
+  sim.solids.phi = std::make_shared<MField>(kCpu, n);
+  Field<float>& phi = sim.solids.phi->cpu_field();
+  test::each_cell(n, 0, [&](int i, int j, int k) {
+    const float d = static_cast<float>(i) - 5.5f;
+    phi(i, j, k) = d * std::abs(d);
+  });
+  std::shared_ptr<MField>* faces[] = {&sim.solids.u, &sim.solids.v, &sim.solids.w};
+  for (int axis = 0; axis < 3; ++axis) {
+    Vec3i face = n;
+    ++face[axis];
+    *faces[axis] = std::make_shared<MField>(kCpu, face);
+    (*faces[axis])->zero();
+  }
+}
 
 // A speed of 5 across the side x + y = const of an object that is stretched along y: the direction
 // turns with the side, and the length stays.
@@ -80,7 +59,7 @@ TEST(SourceObject, ADirectionBecomesFaceVelocities) {
 
   for (const int threads : {1, 3}) {
     const test::ThreadCount count(threads);
-    SceneRun run;
+    GasRun run;
     run.sim.add_source_object(object, weights);
     run.sim.add_source_object(object, weights);
     for (int axis = 0; axis < 3; ++axis) {
@@ -99,24 +78,24 @@ TEST(SourceObject, ADirectionBecomesFaceVelocities) {
 }
 
 TEST(SourceObject, TheGasTakesTheVelocityOnce) {
-  SceneRun run;
-  run.sim.init_state(run.scene);
-  run.scene.parameters.direction = {0, 0.5, 0};
-  run.scene.half = true;
-  run.sim.update(run.scene, run.time, nullptr);
+  GasRun run;
+  run.start();
+  run.scene.object.direction = {0, 0.5, 0};
+  run.scene.source.hi[0] = 7;
+  run.frames(1);
   for (const Sparse* given : run.sim.velocity_sources()) EXPECT_TRUE(given->empty());
   EXPECT_GT(run.sim.fluid().V().cpu_field()(4, 10, 10), 0.1f);
   EXPECT_LT(run.sim.fluid().V().cpu_field()(16, 10, 10), -0.1f) << "it comes back elsewhere";
-  run.scene.parameters.direction = {};
+  run.scene.object.direction = {};
   const float before = m_infnorm(run.sim.fluid().V());
-  run.sim.update(run.scene, run.time, nullptr);
+  run.frames(1);
   EXPECT_LE(m_infnorm(run.sim.fluid().V()), before * 1.01f);
 }
 
 /// Looks at the frame that would be stored at the end of a substep.
 class FrameWatch : public SimProgress {
  public:
-  explicit FrameWatch(SceneRun& run) : run_(run) {}
+  explicit FrameWatch(GasRun& run) : run_(run) {}
   bool progress(int, int) override { return true; }
   void substep_done(const Simulation3D&) override {
     SimFrame frame;
@@ -130,23 +109,23 @@ class FrameWatch : public SimProgress {
   float solid = 0, at_wall = 0, beyond = 0;
 
  private:
-  SceneRun& run_;
+  GasRun& run_;
 };
 
 TEST(SourceObject, SolidsGoIntoFramesAndMaskChannels) {
-  SceneRun run;
+  GasRun run;
   FrameWatch watch(run);
-  run.sim.init_state(run.scene);
+  run.start();
   run.sim.update(run.scene, run.time, &watch);
   EXPECT_EQ(watch.solid, 0) << "there is none";
-  run.scene.with_solid = true;
+  run.scene.solids = add_wall;
   for (const bool masked : {false, true}) {
     run.sim.settings.mask_channels_by_solid = masked;
     run.sim.update(run.scene, run.time, &watch);
     EXPECT_EQ(watch.solid, -2.25f);
     EXPECT_EQ(watch.beyond, 1);
     EXPECT_EQ(watch.at_wall, masked ? 1 : 0) << "the stored field goes on into the wall";
-    EXPECT_EQ(run.sim.channel_field(kDensity)->cpu_field()(5, 9, 9), 0);
+    EXPECT_EQ(run.channel(kDensity)(5, 9, 9), 0);
   }
 }
 

@@ -43,11 +43,10 @@ Outcome run(int n, bool cubic) {
   const auto x = [&](int i) { return (i - 0.5) * s.dx; };
   for (int axis = 0; axis < 2; ++axis) {
     Field<float>& f = fluid.component(axis).cpu_field();
-    for (int k = 0; k < f.nz(); ++k)
-      for (int j = 0; j < f.ny(); ++j)
-        for (int i = 0; i < f.nx(); ++i)
-          f(i, j, k) = static_cast<float>(axis == 0 ? std::sin((i - 1) * s.dx) * std::cos(x(j))
-                                                    : -std::cos(x(i)) * std::sin((j - 1) * s.dx));
+    test::each_cell(f.dims(), 0, [&](int i, int j, int k) {
+      f(i, j, k) = static_cast<float>(axis == 0 ? std::sin((i - 1) * s.dx) * std::cos(x(j))
+                                                : -std::cos(x(i)) * std::sin((j - 1) * s.dx));
+    });
     start[static_cast<std::size_t>(axis)].copy(f);
   }
   fluid.set_zero_velocity(false);
