@@ -15,10 +15,10 @@
 //                 94   128  16 x f64 gridMatrix  world to domain cells, row vectors, row by row
 //
 // The low 7 bits of the version byte are the version, the top bit is reserved. A writer sets the
-// version last: a file of version 0 was never finished, its writer has ended half-way. The order of records
-// carries no meaning; if a type stands twice, the later record wins. A raw payload is the floats as
-// they stand; run_length_codec.h and predictive_codec.h show the others. A grid without cells has
-// no payload.
+// version last: a file of version 0 was never finished, its writer has ended half-way. The order of
+// records carries no meaning; if a type stands twice, the later record wins. A raw payload is the
+// floats as they stand; run_length_codec.h and predictive_codec.h show the others. A grid without
+// cells has no payload.
 #pragma once
 
 #include <array>

@@ -33,7 +33,8 @@ class Program : public ::testing::Test {
   Outcome Shell(const std::string& line) {
     std::filesystem::remove(folder_.file("err"));
     const int status = std::system(("cd '" + folder_.path() + "'; P='" NBX_PROGRAM "'; export " +
-                                    "NIMBRIX_PREFERENCES='" + folder_.file("preferences.json") + "' NIMBRIX_PLUGIN='" + plugin_ + "'; " + line)
+                                    "NIMBRIX_PREFERENCES='" + folder_.file("preferences.json") +
+                                    "' NIMBRIX_PLUGIN='" + plugin_ + "'; " + line)
                                        .c_str());
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read_file(folder_.file("out")),
             read_file(folder_.file("err"))};
