@@ -57,6 +57,7 @@ LogMessage::~LogMessage() {
     Log& log = nbx::log();
     const std::lock_guard lock(log.mutex);
     open_default_unless_open(log);
+    log.stream.clear();  // a disk that was full may have room again
     log.stream << line.str() << std::flush;
   } catch (...) {
   }
