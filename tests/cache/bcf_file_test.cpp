@@ -1,7 +1,6 @@
 #include "cache/bcf_file.h"
 
 #include <functional>
-#include <limits>
 
 #include "cache/frame_bytes.h"
 #include "support/support.h"
@@ -72,29 +71,21 @@ TEST_F(BcfFileTest, BytesAreThoseWorkedOutByHand) {
 }
 
 TEST_F(BcfFileTest, HeadersThatAreRefused) {
-  const struct {
-    std::string bytes, what;
-  } cases[] = {
-      {"", "format: Unrecognized file format for '"},
-      {test::header().substr(0, 11), "format: Unsupported BCF file format version for '"},
-      {"kelvra bcf 6", "format: Unrecognized file format for '"},
-      {test::header(5), "format: Unsupported BCF file format version for '"},
-      {test::header(0x87), "format: Unsupported BCF file format version for '"},
-      {test::header(0x86), ""},
-  };
-  for (const auto& c : cases) {
-    write(c.bytes);
-    test::LogCapture log;
-    BcfFile in;
-    const std::string text = thrown([&] { EXPECT_TRUE(in.openRead(path)); });
-    const std::string expected = c.what.empty() ? "" : c.what + path + "'";
-    EXPECT_EQ(text,
-              expected + (c.bytes.size() == 11 ? ": unfinished, its writer ended half-way" : ""));
-    if (!expected.empty()) {
-      EXPECT_TRUE(log.contains(expected.substr(8)));
-    }
+  const std::string foreign = "format: Unrecognized file format for '" + path + "'";
+  const std::string other = "format: Unsupported BCF file format version for '" + path + "'";
+  const std::pair<std::string, std::string> cases[] = {
+      {"", foreign},
+      {"kelvra bcf 6", foreign},
+      {test::header(5), other},
+      {test::header(0x87), other},
+      {test::header().substr(0, 11), other + ": unfinished, its writer ended half-way"}};
+  for (const auto& [bytes, message] : cases) {
+    write(bytes);
+    EXPECT_EQ(thrown([&] { BcfFile().openRead(path); }), message);
   }
+  write(test::header(0x86));
   BcfFile in;
+  EXPECT_TRUE(in.openRead(path));
   EXPECT_FALSE(in.openRead(folder.file("missing.bcf")));
   EXPECT_FALSE(in.openRead(folder.path()));
   EXPECT_FALSE(in.errorString().empty());
@@ -126,36 +117,24 @@ TEST_F(BcfFileTest, MisuseThrows) {
 TEST_F(BcfFileTest, PayloadsThatAreRefusedLeaveTheFieldAlone) {
   const std::string raw = Bytes().f32({1, 2, 3, 4}).text();
   const std::string run = Bytes().i32({-4}).f32({9}).text();
-  const int most = std::numeric_limits<int>::max();
-  const struct {
-    std::string record, what;
-  } cases[] = {
+  const std::pair<std::string, std::string> cases[] = {
       {test::record(2, 7, {2, 2, 1}, raw), "Unknown codec"},
-      {test::record(2, 0, {2, 2, 2}, raw), "BCF: invalid raw grid size"},
       {test::record(2, 0, {2, -2, 1}, raw), "BCF: invalid raw grid size"},
-      {test::record(2, 0, {1 << 16, 1 << 16, 1 << 16}, ""), "BCF: invalid raw grid size"},
       {test::record(2, 1, {2, 2, 2}, run), "BCF: run-length payload doesn't fill the grid"},
-      {test::record(2, 1, {3, 1, 1}, run), "BCF: run-length payload doesn't fill the grid"},
-      {test::record(2, 1, {most, most, most}, run),
-       "BCF: run-length payload doesn't fill the grid"},
       {test::record(2, 2, {1 << 10, 1 << 10, 1}, raw),
        "BCF: predictive payload doesn't fit the grid"},
-      {test::record(2, 0, {2, 2, 1}, raw).substr(0, 230),
-       "BCF: the file ends inside of a grid, 8 of 16 bytes are there"},
       {test::record(2, 1, {2, 2, 1}, run).substr(0, 225),
-       "BCF: the file ends inside of a grid, 3 of 8 bytes are there"},
-  };
-  for (const auto& c : cases) {
-    write(test::header() + c.record);
+       "BCF: the file ends inside of a grid, 3 of 8 bytes are there"}};
+  for (const auto& [record, message] : cases) {
+    write(test::header() + record);
     BcfFile in;
     GridHead head;
     ASSERT_TRUE(in.openRead(path) && in.readHead(head));
-    Field<float> f(1, 2, 3);
+    Field<float> f(1, 2, 3), before;
     test::fill_random(f, 1);
-    const std::vector<float> before = test::values_of(f);
-    EXPECT_EQ(thrown([&] { in.readGrid(in.position(), head, f); }), c.what);
-    EXPECT_EQ(f.dims(), Vec3i(1, 2, 3));
-    EXPECT_EQ(test::values_of(f), before);
+    before.copy(f);
+    EXPECT_EQ(thrown([&] { in.readGrid(in.position(), head, f); }), message);
+    EXPECT_TRUE(test::same_bits(f, before));
   }
 }
 

@@ -75,7 +75,6 @@ TEST_F(FrameStore, StoredFramesReachTheDiskAndComeBack) {
   EXPECT_EQ(store->frames(), (std::vector<int>{-1, 3, 4464, 70000}));
   EXPECT_TRUE(on_disk(3, 65536 + 2));
   EXPECT_EQ(log.count("wrote frame "), 5);
-  EXPECT_EQ(log.count("wrote frame -1("), 1);
   for (const auto& [number, value] : {std::pair{3, 30.0f}, {-1, 10.0f}, {70000, 7.0f}, {4464, 44}})
     EXPECT_EQ(read(number), value);
   EXPECT_EQ(read(3, 65536 + 2), 31);
@@ -215,8 +214,6 @@ TEST_F(FrameStore, DirtyFramesAreSavedBeforeTheStoreEnds) {
   store->codec = Codec::kPredictive;
   store.reset();
   EXPECT_EQ(list_frames(path).size(), 3u);
-  EXPECT_TRUE(log.contains("Terminating IOW"));
-  EXPECT_TRUE(log.contains("IOW exiting"));
 }
 
 TEST_F(FrameStore, FramesThatCanNotBeWrittenAreGivenUp) {
@@ -224,7 +221,6 @@ TEST_F(FrameStore, FramesThatCanNotBeWrittenAreGivenUp) {
   put(1, 1);
   store->finishWrites();
   EXPECT_TRUE(log.contains("IOW: Failed to write file " + store->fileName(1, 0)));
-  EXPECT_TRUE(log.contains("wrote frame 1(0.00KB) in "));
   EXPECT_EQ(store->framesLost(), 1);
 
   std::filesystem::remove_all(path);
@@ -232,7 +228,6 @@ TEST_F(FrameStore, FramesThatCanNotBeWrittenAreGivenUp) {
   put(3, 3);
   store->finishWrites();
   EXPECT_EQ(log.count("IOW: NOT writing frame -2"), 1);
-  EXPECT_EQ(log.count("IOW: NOT writing frame 3"), 1);
   EXPECT_EQ(store->framesLost(), 3);
   EXPECT_NE(store->lastError().find(path), std::string::npos);
   store->codec = static_cast<Codec>(9);
