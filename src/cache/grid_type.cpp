@@ -20,6 +20,7 @@ constexpr Name kNames[] = {
     {kGridVelocityY, "velocity_y"},
     {kGridVelocityZ, "velocity_z"},
     {kGridSolid, "solid"},
+    {kGridBurned, "burned"},
     {kGridSecondVelocityX, "second_velocity_x"},
     {kGridSecondVelocityY, "second_velocity_y"},
     {kGridSecondVelocityZ, "second_velocity_z"},

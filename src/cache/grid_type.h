@@ -16,6 +16,7 @@ enum GridType : int {
   kGridVelocityZ = 7,
   kGridBurn = 24,
   kGridSolid = 25,
+  kGridBurned = 26,  // only in states
   kGridSecondVelocityX = 33,
   kGridSecondVelocityY = 34,
   kGridSecondVelocityZ = 35,

@@ -12,6 +12,7 @@ enum ChannelKey : int {
   kBurn = 5,
   kSolid = 6,
   kExpansion = 8,        // an output of the fuel, no field of its own
+  kBurned = 9,           // what burns in the next substep, a part of the state
   kSecondVelocity = 18,  // the velocity without its noise detail
 };
 

@@ -1,6 +1,7 @@
 #include "simulation/fluid_system.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "math/mfield_operations.h"
 #include "simulation/fluid_tools3d.h"
@@ -42,13 +43,10 @@ void FluidSystem::redim(const Vec3i& delta, std::array<MField, 3>& components) {
 }
 
 void FluidSystem::begin_step() {
-  const bool same =
-      settings_.wind_speed == wind_speed_seen_ && settings_.wind_direction == wind_direction_seen_;
-  if (same) return;
-  const Vec3d d =
-      settings_.wind_direction * settings_.wind_speed - wind_direction_seen_ * wind_speed_seen_;
-  wind_direction_seen_ = settings_.wind_direction;
-  wind_speed_seen_ = settings_.wind_speed;
+  const Wind wind{settings_.wind_direction, settings_.wind_speed};
+  if (wind == wind_seen_) return;
+  const Vec3d d = wind.velocity() - wind_seen_.velocity();
+  wind_seen_ = wind;
   for (int axis = 0; axis < 3; ++axis) {
     MField& component = velocity_[static_cast<std::size_t>(axis)];
     if (d[axis] != 0 && !component.empty())
@@ -82,8 +80,7 @@ void FluidSystem::clear() {
   for (MField& component : velocity_) component.release();
   release_detail();
   zero_velocity_ = true;
-  wind_direction_seen_ = {1, 0, 0};
-  wind_speed_seen_ = 0;
+  wind_seen_ = {};
 }
 
 void FluidSystem::release_detail() {
@@ -130,6 +127,18 @@ void FluidSystem::load(SimFrame& frame) {
   if (!take(kSecondSetTypes, velocity_)) return;
   zero_velocity_ = std::all_of(velocity_.begin(), velocity_.end(),
                                [](MField& component) { return m_infnorm(component) == 0; });
+  // Frames show the plain velocity where there is no detail.
+  if (detail_is_velocity()) release_detail();
+}
+
+bool FluidSystem::detail_is_velocity() {
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    const Field<float>& d = detail_[axis].cpu_field();
+    const Field<float>& v = velocity_[axis].cpu_field();
+    if (d.dims() != v.dims() || std::memcmp(d.data(), v.data(), d.count() * sizeof(float)) != 0)
+      return false;
+  }
+  return true;
 }
 
 }  // namespace nbx

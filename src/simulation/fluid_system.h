@@ -9,6 +9,14 @@
 
 namespace nbx {
 
+/// A wind in grid space: a unit vector, and simulation units per second.
+struct Wind {
+  Vec3d direction{1, 0, 0};
+  double speed = 0;
+  bool operator==(const Wind&) const = default;
+  Vec3d velocity() const { return direction * speed; }
+};
+
 class FluidSystem : public SimSystem, public FrameStorable {
  public:
   using SimSystem::SimSystem;
@@ -46,6 +54,11 @@ class FluidSystem : public SimSystem, public FrameStorable {
   bool zero_velocity() const { return zero_velocity_; }
   void set_zero_velocity(bool zero) { zero_velocity_ = zero; }
 
+  /// The wind that the velocity carries now. It isn't part of frames: who goes on from one says
+  /// which it was.
+  const Wind& wind_seen() const { return wind_seen_; }
+  void set_wind_seen(const Wind& wind) { wind_seen_ = wind; }
+
  protected:
   /// The velocity that carries everything: each component with its detail where there is one.
   std::array<MField*, 3> tracer_velocity();
@@ -61,8 +74,9 @@ class FluidSystem : public SimSystem, public FrameStorable {
   Vec3i face_dims(int axis) const;
   void redim(const Vec3i& delta, std::array<MField, 3>& components);
 
-  Vec3d wind_direction_seen_{1, 0, 0};  // the wind that the velocity carries now
-  double wind_speed_seen_ = 0;
+  bool detail_is_velocity();
+
+  Wind wind_seen_;
 };
 
 }  // namespace nbx

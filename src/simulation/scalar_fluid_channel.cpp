@@ -64,6 +64,10 @@ void ScalarFluidChannel::add_source(const SimulationObjectParameters& parameters
 
 void ScalarFluidChannel::store(SimFrame& frame, const SimSettings& settings,
                                const GridMatrix& matrix) {
+  if (settings.cached_channels.contains(kBurned) && !burned_.empty()) {
+    burned_.move_to(kCpu);
+    frame.add(burned_.cpu_handle(), kGridBurned, settings.active_box.lo - Vec3i(1, 1, 1), matrix);
+  }
   if (!settings.cached_channels.contains(key_) || field_.empty()) return;
   const auto add = [&](MField& field) {
     field.move_to(kCpu);
@@ -81,10 +85,15 @@ void ScalarFluidChannel::store(SimFrame& frame, const SimSettings& settings,
 }
 
 void ScalarFluidChannel::load(SimFrame& frame) {
-  const int type = params().grid_type;
-  if (!simulated() || !frame.grids.contains(type)) return;
-  field_.assign(*frame.grid(type));
-  if (field_.dims() != centre_dims()) field_.resize_offset({}, centre_dims(), 0);
+  burned_.release();
+  if (!simulated()) return;
+  const auto take = [&](MField& field, int type) {
+    if (!frame.grids.contains(type)) return;
+    field.assign(*frame.grid(type));
+    if (field.dims() != centre_dims()) field.resize_offset({}, centre_dims(), 0);
+  };
+  take(field_, params().grid_type);
+  if (blurs_driver() && !params().outputs.empty()) take(burned_, kGridBurned);
 }
 
 MField* ScalarFluidChannel::get_field(int key) {

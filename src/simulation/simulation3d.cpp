@@ -127,6 +127,7 @@ bool Simulation3D::load_state(SceneEvaluator& scene, SimFrame& frame) {
 
   settings.sim_time = frame.simTime;
   init_state(scene);
+  clear_sources();  // those of the time before the state's
   apply_box(frame.box());
   for (FrameStorable* storable : storables_) storable->load(frame);
   return true;

@@ -110,6 +110,7 @@ class Simulation3D final : private VelocityForce,
   void adapt(double dt, const IntBox& wanted, bool grow_only, bool skip_reach);
   void adapt_to_expansion();
   IntBox expanded_box(MField& divergence) const;
+  void clear_sources();
   void add_expansion(double amount, const SparseField<float, 3>& weights);
   bool check(int k);
   void log_frame_line(double total);

@@ -75,6 +75,11 @@ void Simulation3D::add_source_object(const SimulationObjectParameters& parameter
                   static_cast<float>(d[axis]));
 }
 
+void Simulation3D::clear_sources() {
+  divergence_sources_.clear();
+  for (SparseField<float, 3>* given : velocity_sources()) given->clear();
+}
+
 // Where sources overlap, the strongest counts.
 void Simulation3D::add_expansion(double amount, const SparseField<float, 3>& weights) {
   const float a = static_cast<float>(amount);
