@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 
 #include "cache/frame_time.h"
 #include "host/interface/scene.h"
@@ -41,6 +42,10 @@ inline RationalSpline to_spline(const host::CurvePoints& points) {
 inline Fraction to_fraction(const host::BaseTime& t) {
   return normalize(
       {static_cast<double>(t.GetNumerator()), static_cast<double>(t.GetDenominator())});
+}
+
+inline host::BaseTime to_base_time(const Fraction& f) {
+  return {std::llround(f.num), std::max<std::int64_t>(std::llround(f.den), 1)};
 }
 
 /// The document time of a frame.

@@ -1,6 +1,7 @@
 // The entry of the plug-in: what the host calls from load to unload.
 #include "host/interface/plugin.h"
 
+#include "C4D/host_access.h"
 #include "C4D/machine_report.h"
 #include "C4D/qt_setup.h"
 #include "C4D/registrations.h"
@@ -26,6 +27,7 @@ bool api_version_fits() {
 std::int32_t load(const host::HostFunctions* functions) {
   if (load_count == 0) host_functions = functions;
   if (!host_functions || host_functions->api_version < kFirstApiVersion) return -3;
+  set_host_services(host_functions->services);
   ++load_count;
   return 1;
 }
@@ -34,6 +36,7 @@ std::int32_t end() {
   if (load_count == 0 || --load_count > 0) return 1;
   if (api_version_fits()) tear_down_qt();
   host_functions = nullptr;
+  set_host_services(nullptr);
   return 1;
 }
 

@@ -61,13 +61,18 @@ std::vector<Vec3f> SolidSampler::vertex_velocities(const std::vector<SourceMesh>
   return velocities;
 }
 
-void SolidSampler::update_solids(Simulation3D& sim, double dt) {
-  if (tags_.empty()) return;
-  std::vector<SourceMesh> meshes;
+std::vector<SourceMesh> SolidSampler::meshes() const {
+  std::vector<SourceMesh> all;
   for (const host::BaseTag* tag : tags_)
     if (host::BaseObject* object = source_object(*tag))
       for (host::PolygonObject* mesh : gather_polygon_objects(*object))
-        meshes.push_back({mesh, nullptr});
+        all.push_back({mesh, nullptr});
+  return all;
+}
+
+void SolidSampler::update_solids(Simulation3D& sim, double dt) {
+  if (tags_.empty()) return;
+  const std::vector<SourceMesh> meshes = this->meshes();
   const SimSettings& s = sim.settings;
   const std::vector<Vec3f> velocities = vertex_velocities(meshes, dt > 0 ? s.unit_scale / dt : 0);
   if (s.active_box.empty() || meshes.empty()) return;

@@ -20,7 +20,11 @@ class SolidSampler {
   /// and where the number of points has changed, with a log line, the solids count as resting.
   void update_solids(Simulation3D& sim, double dt);
 
+  /// Lets the next motion count from the document's time, for a run that goes on from there.
+  void remember_points() { vertex_velocities(meshes(), 0); }
+
  private:
+  std::vector<SourceMesh> meshes() const;
   std::vector<Vec3f> vertex_velocities(const std::vector<SourceMesh>& meshes, double scale);
 
   std::vector<host::BaseTag*> tags_;  // solids, in the order of the tree

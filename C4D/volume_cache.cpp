@@ -1,10 +1,14 @@
 #include "C4D/volume_cache.h"
 
-#include <algorithm>
+#include <QDir>
+#include <QFileInfo>
 
+#include "C4D/host_access.h"
+#include "C4D/preferences.h"
 #include "C4D/volume_parameters.h"
 #include "C4D/volume_shading_parameters.h"
 #include "cache/cache_registry.h"
+#include "util/log.h"
 
 namespace nbx {
 
@@ -25,7 +29,8 @@ std::string cache_directory(host::BaseObject& volume, bool create) {
   CacheDirData data = cache_dir_data(volume);
   const CacheDirData before = data;
   std::string directory;
-  if (!resolve_cache_dir(data, directory, create, "")) return {};
+  const bool unset = data.base.empty() && create;
+  if (!resolve_cache_dir(data, directory, create, unset ? preferred_cache_folder() : "")) return {};
   if (!(data == before)) set_cache_dir_data(volume, data);
   return directory;
 }
@@ -58,6 +63,24 @@ int frame_at_time(const host::BaseObject& volume, const host::BaseTime& time) {
   const std::int64_t frame = p.GetLong(OVOLUME_FRAME_STRIDE, 1) * since.GetFrame(fps) +
                              start.GetFrame(fps) - p.GetLong(OVOLUME_FRAME_OFFSET);
   return static_cast<int>(std::clamp<std::int64_t>(frame, -2147483647, 2147483647));
+}
+
+std::string autosave_file(host::BaseObject& volume) {
+  const std::string directory = cache_directory(volume, false);
+  return directory.empty() ? directory : directory + "/Autosave.c4d";
+}
+
+void autosave(host::BaseObject& volume) {
+  if (!preference(PREF_AUTOSAVE, true) || !host_services()) return;
+  const std::string directory = cache_directory(volume, true);
+  if (directory.empty()) {
+    LogMessage() << "Failed to get cache dir to autosave project file";
+    return;
+  }
+  const std::string path = directory + "/Autosave.c4d";
+  LogMessage() << "saving project to " << path;
+  if (!host_services()->SaveDocument(volume.GetDocument(), {path}, host::kSceneFormat))
+    LogMessage() << "Failed to save project to " << path;
 }
 
 }  // namespace nbx

@@ -34,4 +34,10 @@ TimeRange time_range(const host::BaseObject& volume);
 ///     stride * (frames since the range's start) + start frame - offset
 int frame_at_time(const host::BaseObject& volume, const host::BaseTime& time);
 
+/// Saves the scene as "Autosave.c4d" into the volume's cache, which is made if it is missing, if
+/// the user prefers that. Failures are logged.
+void autosave(host::BaseObject& volume);
+/// The path of that file, whether it exists or not; empty without a cache.
+std::string autosave_file(host::BaseObject& volume);
+
 }  // namespace nbx

@@ -45,6 +45,7 @@ class Element : public Interface {
   BaseDocument& GetDocument() const override { return *state_.document; }
   BaseContainer& GetDataInstance() override { return state_.data; }
   const BaseContainer& GetDataInstance() const override { return state_.data; }
+  const ClassDescription& GetDescription() const override { return state_.type->description; }
   bool IsAnimated(std::int32_t parameter) const override {
     return state_.tracks.count(parameter) != 0;
   }

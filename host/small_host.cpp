@@ -4,6 +4,8 @@
 #include <utility>
 
 #include "host/describe_command.h"
+#include "host/document_error.h"
+#include "host/document_writer.h"
 #include "host/help_command.h"
 #include "host/machine_info.h"
 
@@ -54,6 +56,18 @@ bool SmallHost::RegisterCommandPlugin(std::int32_t id, const std::string& name,
 }
 
 std::string SmallHost::GetHostVersion() const { return NBX_HOST_VERSION; }
+
+bool SmallHost::SaveDocument(const BaseDocument& document, const Filename& path,
+                             std::int32_t format) {
+  if (format != kSceneFormat) return false;
+  try {
+    WriteDocumentFile(static_cast<const Document&>(document), path.path);
+    return true;
+  } catch (const DocumentError& error) {
+    GePrint(error.what());
+    return false;
+  }
+}
 
 BaseContainer SmallHost::GetMachineInfo() const { return ReadMachineInfo(); }
 

@@ -50,6 +50,8 @@ class SmallHost final : public HostServices {
   bool SetWorldPluginData(std::int32_t id, const BaseContainer& data) override {
     return world_.Set(id, data);
   }
+  bool SaveDocument(const BaseDocument& document, const Filename& path,
+                    std::int32_t format) override;
   void MessageDialog(const std::string& text) override { GePrint(text); }
   DialogAnswer QuestionDialog(const std::string& text) override {
     GePrint(text);

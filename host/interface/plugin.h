@@ -66,6 +66,9 @@ using TagFactory = std::unique_ptr<TagData> (*)();
 using VideoPostFactory = std::unique_ptr<VideoPostData> (*)();
 using CommandFactory = std::unique_ptr<CommandData> (*)();
 
+/// Formats of SaveDocument.
+inline constexpr std::int32_t kSceneFormat = 1001026;
+
 enum class DialogAnswer { No, Yes, Cancel };
 enum class FileDialogKind { Load, Save, Folder };
 
@@ -116,6 +119,11 @@ class HostServices {
   /// Sets it, and keeps its bools, numbers, texts and paths from one start of the host to the next.
   /// False if they can't be kept: the container then lasts as long as the program.
   virtual bool SetWorldPluginData(std::int32_t id, const BaseContainer& data) = 0;
+
+  /// Writes a document, whole or not at all. False if that fails or the format isn't known; the
+  /// reason has gone to the console.
+  virtual bool SaveDocument(const BaseDocument& document, const Filename& path,
+                            std::int32_t format) = 0;
 
   /// Boxes that wait for the user. Without windows a message is a line on the console, a question
   /// gets No and a file dialog an empty path, unless the program has chosen other answers.

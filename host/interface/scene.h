@@ -24,6 +24,7 @@ class BaseShader;
 class BaseTag;
 class BaseVideoPost;
 class NodeData;
+struct ClassDescription;
 class PolygonObject;
 
 /// Types of objects that are the host's own; those with particles stand in particles.h. What they
@@ -77,6 +78,9 @@ class BaseList2D {
   /// ExecutePasses.
   virtual BaseContainer& GetDataInstance() = 0;
   virtual const BaseContainer& GetDataInstance() const = 0;
+
+  /// The description with which the class was registered, or the host's own.
+  virtual const ClassDescription& GetDescription() const = 0;
 
   /// True if the parameter has keyframes.
   virtual bool IsAnimated(std::int32_t parameter) const = 0;

@@ -24,7 +24,7 @@ pid_t start(const std::string& cache) {
   dup2(nowhere, STDERR_FILENO);
   execl(NBX_PROGRAM, "nimbrix", "simulate", NBX_SCENES "/first_smoke.json", "--frames", "0-40",
         "--set", "*.voxel_size=0.5", "--set", "*.cache_velocity=true", "--log-file", "/dev/null",
-        "--cache", cache.c_str(), nullptr);
+        "--overwrite", "--cache", cache.c_str(), nullptr);
   _exit(127);
 }
 

@@ -1,7 +1,7 @@
 #include "C4D/scene_settings.h"
 
 #include "C4D/host_conversion.h"
-#include "C4D/simulation_driver.h"
+#include "C4D/volume_cache.h"
 #include "C4D/volume_grid.h"
 #include "C4D/volume_parameters.h"
 #include "C4D/workspace.h"
@@ -160,15 +160,16 @@ TEST(SceneSettings, DomainThatGrowsBeyondAllBoundsThrows) {
   EXPECT_THROW(read_step_settings(s, document.object("v"), 0), Exception);
 }
 
-TEST(RunRange, ModesOfTime) {
-  const auto range = [](const std::string& parameters) {
+TEST(VolumeCache, ShowsCachedFramesAtDocumentTimes) {
+  const auto at = [](const std::string& parameters, int frame) {
     test::TestDocument document(volume(parameters));
-    const RunRange r = run_range(document.object("v"));
-    return std::pair(r.first, r.last);
+    return frame_at_time(document.object("v"), host::BaseTime::FromFrame(frame, 25));
   };
-  EXPECT_EQ(range(R"("time_mode": "own_range", "time_start": 0.4, "time_end": 2)"),
-            std::pair(10, 50));
-  EXPECT_EQ(range(R"("time_mode": "document_range")"), std::pair(0, 100));
+  const std::string own = R"("time_mode": "own_range", "time_start": 0.4, "time_end": 2)";
+  EXPECT_EQ(at(R"("time_mode": "document_range", "frame_stride": 2)", 7), 14);
+  EXPECT_EQ(at(own + R"(, "frame_stride": 2)", 13), 10 + 2 * 3);
+  EXPECT_EQ(at(own + R"(, "frame_offset": 4)", 13), 9);
+  EXPECT_EQ(at(own + R"(, "frame_stride": 2)", 9), 8);
 }
 
 TEST(Workspace, CountsFieldsOfTheLargestSize) {
@@ -176,9 +177,10 @@ TEST(Workspace, CountsFieldsOfTheLargestSize) {
   s.simulated_channels = {kDensity, kTemperature};
   s.cached_channels = {kVelocity, kDensity};
   // 2 channels, 11 of advection, 3 of velocity, 4 cached; the y axis is the shortest.
-  EXPECT_EQ(workspace_bytes(s, {10, 8, 9}), 20 * 4.0 * 12 * 11 * 11);
+  EXPECT_EQ(workspace_bytes(s, {10, 8, 9}, true), (20 + 4) * 4.0 * 12 * 11 * 11);
+  EXPECT_EQ(workspace_bytes(s, {10, 8, 9}, false), 20 * 4.0 * 12 * 11 * 11);
   s.cache_direct = true;
-  EXPECT_EQ(workspace_bytes(s, {10, 8, 9}), 13 * 4.0 * 12 * 11 * 11);
+  EXPECT_EQ(workspace_bytes(s, {10, 8, 9}, false), 13 * 4.0 * 12 * 11 * 11);
   EXPECT_GT(physical_memory(), resident_memory());
 }
 

@@ -1,0 +1,37 @@
+#include "C4D/host_access.h"
+
+#include "C4D/preferences.h"
+#include "util/log.h"
+
+namespace nbx {
+
+namespace {
+
+host::HostServices* the_host = nullptr;
+
+const host::BaseContainer* preferences() {
+  return the_host ? the_host->GetWorldPluginData(kPreferences) : nullptr;
+}
+
+}  // namespace
+
+host::HostServices* host_services() { return the_host; }
+
+void set_host_services(host::HostServices* services) { the_host = services; }
+
+bool preference(std::int32_t id, bool fallback) {
+  const host::BaseContainer* all = preferences();
+  return all ? all->GetBool(id, fallback) : fallback;
+}
+
+std::string preferred_cache_folder() {
+  const host::BaseContainer* all = preferences();
+  if (!all) LogMessage() << "Failed to get NBX prefs container";
+  return all ? all->GetFilename(PREF_CACHE_PATH).path : std::string();
+}
+
+void post_event(std::int32_t id, std::int32_t code, host::BaseContainer record) {
+  if (the_host) the_host->SpecialEventAdd({id, code, std::move(record)});
+}
+
+}  // namespace nbx
