@@ -2,7 +2,6 @@
 
 #include <numeric>
 
-#include "scene/cell_center_voxelizer.h"
 #include "scene/meshes.h"
 #include "support/support.h"
 
@@ -108,34 +107,6 @@ TEST(InsideClassification, BadMeshesFillWhatTheyCan) {
   fill(none, {Mesh()}, kBox);
   fill(none, {test::box({3, 3, 3}, {9, 9, 9})}, IntBox());
   EXPECT_TRUE(none.empty());
-}
-
-TEST(InsideClassification, AMovedMeshEmitsTheSame) {
-  double first = 0;
-  for (int step = 0; step <= 10; ++step) {
-    Sparse field;
-    const std::vector<Mesh> meshes{
-        test::bent_torus({31.3 + 0.1 * step, 29.6, 23.1 + 0.1 * step}, 18, 7, 60, 30)};
-    fill(field, meshes, kBox);
-    voxelize(field, test::walk(meshes), kBox, {std::sqrt(3.0)});
-    if (step == 0) first = sum(field);
-    EXPECT_NEAR(sum(field), first, 0.02 * first);
-  }
-  EXPECT_GT(first, 10000);
-}
-
-TEST(InsideClassification, SameBitsForAnyNumberOfThreads) {
-  const std::vector<Mesh> meshes{test::bent_torus({31.3, 29.6, 23.1}, 18, 7, 300, 150)};
-  std::vector<float> cells[2];
-  for (auto& values : cells) {
-    const test::ThreadCount threads(&values == cells ? 1 : 4);
-    Sparse field;
-    fill(field, meshes, kBox);
-    test::each_cell(kBox.size(), 0,
-                    [&](int x, int y, int z) { values.push_back(field.value(x, y, z)); });
-  }
-  EXPECT_EQ(cells[0], cells[1]);
-  EXPECT_GT(std::accumulate(cells[0].begin(), cells[0].end(), 0.0), 10000);
 }
 
 }  // namespace

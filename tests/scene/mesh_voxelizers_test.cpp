@@ -3,6 +3,7 @@
 
 #include "scene/brute_force_distance.h"
 #include "scene/cell_center_voxelizer.h"
+#include "scene/inside_classification.h"
 #include "scene/meshes.h"
 #include "scene/solid_voxelizer.h"
 #include "scene/velocity_voxelizer.h"
@@ -44,9 +45,11 @@ TEST(MeshVoxelizers, SameBitsForAnyNumberOfThreads) {
   VCVDT<float> grids[2];
   for (int run = 0; run < 2; ++run) {
     const test::ThreadCount threads(run == 0 ? 1 : 4);
-    std::array<Sparse, 3> push;
-    voxelize_velocity({&push[0], &push[1], &push[2]}, test::walk(meshes), kBox, {2.5}, 3);
-    for (const Sparse& axis : push)
+    std::array<Sparse, 4> fields;  // the push, and the inside of a torus of many triangles
+    voxelize_velocity({&fields[0], &fields[1], &fields[2]}, test::walk(meshes), kBox, {2.5}, 3);
+    const std::vector<Mesh> fine{test::bent_torus({31.3, 29.6, 23.1}, 18, 7, 300, 150)};
+    classify_inside(fields[3], PolygonObjectContainer(test::walk(fine), kBox));
+    for (const Sparse& axis : fields)
       test::each_cell(kBox.size(), 0,
                       [&](int x, int y, int z) { cells[run].push_back(axis.value(x, y, z)); });
     grids[run].reset(kBox.size());
@@ -57,6 +60,9 @@ TEST(MeshVoxelizers, SameBitsForAnyNumberOfThreads) {
   }
   EXPECT_EQ(cells[0], cells[1]);
   EXPECT_GT(std::count_if(cells[0].begin(), cells[0].end(), [](float v) { return v < 0; }), 5000);
+  EXPECT_GT(std::count(cells[0].end() - kBox.size()[0] * kBox.size()[1] * kBox.size()[2],
+                       cells[0].end(), 1.0f),
+            10000);
   EXPECT_EQ(grids[0].label, grids[1].label);
   EXPECT_TRUE(test::same_bits(grids[0].dist2, grids[1].dist2));
   EXPECT_TRUE(test::same_bits(grids[0].dx, grids[1].dx));

@@ -18,7 +18,7 @@ using test::fill_random;
 // A box with a random velocity of about `speed` on its inner faces.
 struct Box {
   Vec3i n;
-  Field<float> U, V, W, phi, Us, Vs, Ws;
+  Field<float> U, V, W, phi, Us, Vs, Ws, source;
   SimSettings settings;
   MultigridSolver3D solver;
 
@@ -38,7 +38,7 @@ struct Box {
     settings.dx = 0.5;
     settings.max_cycles = 60;
   }
-  SolveResult run(const Field<float>* source = nullptr) {
+  SolveResult run() {
     ProjectionFields f;
     f.U = &U;
     f.V = &V;
@@ -49,14 +49,14 @@ struct Box {
       f.Vs = &Vs;
       f.Ws = &Ws;
     }
-    f.source = source;
+    f.source = source.count() > 0 ? &source : nullptr;
     return project(solver, f, settings, closed_faces(settings), 5, nullptr);
   }
   // The largest of |-div + source| in fluid.
-  float divergence(const Field<float>* source = nullptr) {
+  float divergence() {
     Field<float> rhs(n[0], n[1], n[2]);
     NegDivergence(rhs, U, V, W, phi.count() > 0 ? &phi : nullptr, 1 / settings.dx);
-    if (source) axpy(rhs, 1, *source, rhs);
+    if (source.count() > 0) axpy(rhs, 1, source, rhs);
     return infnorm(rhs);
   }
   // A ball of radius 5 in the middle, that moves with 0.25 along y.
@@ -93,22 +93,17 @@ TEST(Project, LeavesNoDivergence) {
                    << size[0] << " " << size[1] << " faces " << faces[0] << faces[1]);
       Box box(size, faces);
       ASSERT_GT(box.divergence(), 1);
+      if (faces[0] == 0) {
+        box.source.resize(box.n);
+        set(box.source, 0);
+        box.source(1, 1, 1) = 3;
+      }
       const SolveResult result = box.run();
       EXPECT_EQ(result.end, SolveEnd::kConverged);
       // The faces are stored as floats: their rounding over dx comes on top.
       EXPECT_LT(box.divergence(), 0.01f + 1e-5f);
       EXPECT_NEAR(box.divergence(), result.residual, 1e-5f);
     }
-}
-
-TEST(Project, ASourceIsTheDivergenceThatIsLeft) {
-  Box box({20, 21, 22}, {});
-  Field<float> source(box.n[0], box.n[1], box.n[2]);
-  set(source, 0);
-  source(10, 10, 10) = 3;
-  EXPECT_EQ(box.run(&source).end, SolveEnd::kConverged);
-  EXPECT_LT(box.divergence(&source), 0.01f + 1e-5f);
-  EXPECT_NEAR(box.divergence(), 3, 0.02f);
 }
 
 TEST(Project, FacesOfSolidsHoldTheirVelocity) {

@@ -49,11 +49,10 @@ TEST(FormatSize, UnitsChangeAt1025) {
 TEST(Log, LineIsPrefixAndText) {
   const test::LogCapture log;
   LogMessage();
-  LogMessage() << "a" << 1.5 << 'c';
-  LogMessage() << QString::fromUtf8("gr\xc3\xbc\xc3\x9f") << " and more";
-  EXPECT_EQ(texts_of(log.text()),
-            (std::vector<std::string>{"", "a1.5c", "gr\xc3\xbc\xc3\x9f and more"}));
-  EXPECT_EQ(log.text().back(), '\n');
+  LogMessage() << QString::fromUtf8("gr\xc3\xbc\xc3\x9f") << 1.5 << 'c';
+  EXPECT_EQ(texts_of(log.text()), (std::vector<std::string>{"",
+                                                            "gr\xc3\xbc\xc3\x9f"
+                                                            "1.5c"}));
 }
 
 TEST(Log, ThreadsWriteWholeLines) {
