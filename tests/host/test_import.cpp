@@ -17,63 +17,43 @@
 namespace host::test {
 namespace {
 
-/// The numbers that a glTF text refers to.
-class Numbers {
- public:
-  /// The index of a new accessor of floats.
-  int Add(const std::vector<float>& numbers, const char* type, std::size_t size) {
-    return Append(numbers, 5126, type, size);
-  }
-  int AddBytes(const std::vector<std::uint8_t>& numbers, const char* type, std::size_t size) {
-    return Append(numbers, 5121, type, size);
-  }
-  std::string Text() const {
-    return R"("buffers": [{"uri": "numbers.bin", "byteLength": )" + std::to_string(bytes.size()) +
-           "}], \"bufferViews\": [" + views_ + "], \"accessors\": [" + accessors_ + "]";
-  }
-  std::string bytes;
-
- private:
-  template <class T>
-  int Append(const std::vector<T>& numbers, int component, const char* type, std::size_t size) {
-    const std::string comma = count_ == 0 ? "" : ", ";
-    views_ += comma + R"({"buffer": 0, "byteOffset": )" + std::to_string(bytes.size()) +
-              ", \"byteLength\": " + std::to_string(numbers.size() * sizeof(T)) + "}";
-    accessors_ += comma + "{\"bufferView\": " + std::to_string(count_) +
-                  ", \"componentType\": " + std::to_string(component) +
-                  ", \"count\": " + std::to_string(numbers.size() / size) + ", \"type\": \"" +
-                  type + "\"}";
-    bytes.append(reinterpret_cast<const char*>(numbers.data()), numbers.size() * sizeof(T));
-    bytes.resize((bytes.size() + 3) / 4 * 4);
-    return count_++;
-  }
-  std::string views_, accessors_;
-  int count_ = 0;
+/// Numbers that a glTF text refers to; of another component than floats only zeros.
+struct Accessor {
+  const char* type;
+  int count;
+  std::vector<float> numbers;
+  int component = 5126;
 };
 
 /// An arm that turns half around y in one second and carries a triangle that grows a corner; a
 /// ring that turns 170 degrees about x; a skinned triangle whose bone rises; lamp, eye and roles.
 std::string WriteScene(const nbx::test::TemporaryFolder& folder, const std::string& name,
                        const std::string& generator, const std::string& extras) {
-  Numbers numbers;
   const float angle = static_cast<float>(85 * std::numbers::pi / 180);
-  const int points = numbers.Add({0, 0, 0, 1, 0, 0, 0, 1, 0}, "VEC3", 3);
-  const int deltas = numbers.Add({0, 0, 0, 0, 0, 0, 0, 0, 2}, "VEC3", 3);
-  const int times = numbers.Add({0, 1}, "SCALAR", 1);
-  const int weights = numbers.Add({0, 1}, "SCALAR", 1);
-  const int half_turn = numbers.Add({0, 0, 0, 1, 0, 1, 0, 0}, "VEC4", 4);
-  const int pitch = numbers.Add({0, 0, 0, 1, std::sin(angle), 0, 0, std::cos(angle)}, "VEC4", 4);
-  const int rise = numbers.Add({0, 0, 0, 0, 4, 0}, "VEC3", 3);
-  const int joints = numbers.AddBytes(std::vector<std::uint8_t>(12, 0), "VEC4", 4);
-  const int bound = numbers.Add({1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0}, "VEC4", 4);
-  const int unit = numbers.Add({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, "MAT4", 16);
-  const auto n = [](int index) { return std::to_string(index); };
-  const auto sampler = [&](int output) {
-    return "{\"input\": " + n(times) + ", \"output\": " + n(output) + "}";
-  };
+  const Accessor all[] = {
+      {"VEC3", 3, {0, 0, 0, 1, 0, 0, 0, 1, 0}},  // points
+      {"VEC3", 3, {0, 0, 0, 0, 0, 0, 0, 0, 2}},  // what they grow by
+      {"SCALAR", 2, {0, 1}},                     // times and weights
+      {"VEC4", 2, {0, 0, 0, 1, 0, 1, 0, 0}},     // a half turn
+      {"VEC4", 2, {0, 0, 0, 1, std::sin(angle), 0, 0, std::cos(angle)}},
+      {"VEC3", 2, {0, 0, 0, 0, 4, 0}},                    // a rise
+      {"VEC4", 3, {0, 0, 0}, 5121},                       // joints of the points
+      {"VEC4", 3, {1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0}},  // how far they are bound
+      {"MAT4", 1, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}}};
+  std::string bytes, views, accessors;
+  for (const Accessor& a : all) {
+    const std::string comma = &a == all ? "" : ", ", size = std::to_string(a.numbers.size() * 4);
+    views += comma + R"({"buffer": 0, "byteOffset": )" + std::to_string(bytes.size()) +
+             ", \"byteLength\": " + size + "}";
+    accessors += comma + "{\"bufferView\": " + std::to_string(&a - all) +
+                 ", \"componentType\": " + std::to_string(a.component) +
+                 ", \"count\": " + std::to_string(a.count) + ", \"type\": \"" + a.type + "\"}";
+    bytes.append(reinterpret_cast<const char*>(a.numbers.data()), a.numbers.size() * 4);
+  }
+  std::ofstream(folder.file("numbers.bin"), std::ios::binary) << bytes;
   std::ofstream(folder.file(name))
-      << R"({"asset": {"version": "2.0", "generator": ")" + generator +
-             R"("}, "scene": 0, "scenes": [{"nodes": [0, 2, 3, 4, 5, 7]}], "nodes": [
+      << R"({"asset": {"version": "2.0", "generator": ")" << generator
+      << R"("}, "scene": 0, "scenes": [{"nodes": [0, 2, 3, 4, 5, 7]}], "nodes": [
       {"name": "Arm", "translation": [1, 2, 3], "children": [1]},
       {"name": "Grow", "mesh": 0},
       {"name": "Ring", "mesh": 1},
@@ -81,30 +61,26 @@ std::string WriteScene(const nbx::test::TemporaryFolder& folder, const std::stri
       {"name": "Eye", "camera": 0, "translation": [0, 0, 5]},
       {"name": "Skinned", "mesh": 2, "skin": 0, "translation": [7, 7, 7]},
       {"name": "Bone", "translation": [0, 0, 0]},
-      {"name": "Domain", "children": [6], "extras": )" +
-             extras + R"(}],
-    "meshes": [{"primitives": [{"attributes": {"POSITION": )" +
-             n(points) + R"(}, "material": 0, "targets": [{"POSITION": )" + n(deltas) + R"(}]}]},
-      {"primitives": [{"attributes": {"POSITION": )" +
-             n(points) + R"(}}]},
-      {"primitives": [{"attributes": {"POSITION": )" +
-             n(points) + R"(, "JOINTS_0": )" + n(joints) + R"(, "WEIGHTS_0": )" + n(bound) +
-             R"(}}]}],
-    "skins": [{"joints": [6], "inverseBindMatrices": )" +
-             n(unit) + R"(}],
+      {"name": "Domain", "children": [6], "extras": )"
+      << extras << R"(}],
+    "meshes": [{"primitives": [{"attributes": {"POSITION": 0}, "material": 0, "targets": [{"POSITION": 1}]}]},
+      {"primitives": [{"attributes": {"POSITION": 0}}]},
+      {"primitives": [{"attributes": {"POSITION": 0, "JOINTS_0": 6, "WEIGHTS_0": 7}}]}],
+    "skins": [{"joints": [6], "inverseBindMatrices": 8}],
     "materials": [{"name": "Copper", "pbrMetallicRoughness":
       {"baseColorFactor": [0.5, 0.25, 1, 1], "metallicFactor": 0.5, "roughnessFactor": 0.3}}],
     "cameras": [{"type": "perspective", "perspective": {"aspectRatio": 2, "yfov": 1, "znear": 0.1}}],
     "extensionsUsed": ["KHR_lights_punctual"], "extensions": {"KHR_lights_punctual": {"lights": [
       {"type": "spot", "color": [1, 0.5, 0], "intensity": 6830, "spot": {"outerConeAngle": 0.5}}]}},
-    "animations": [{"channels": [
-      {"sampler": 0, "target": {"node": 0, "path": "rotation"}},
+    "animations": [{"channels": [{"sampler": 0, "target": {"node": 0, "path": "rotation"}},
       {"sampler": 1, "target": {"node": 2, "path": "rotation"}},
       {"sampler": 2, "target": {"node": 1, "path": "weights"}},
-      {"sampler": 3, "target": {"node": 6, "path": "translation"}}], "samplers": [)" +
-             sampler(half_turn) + ", " + sampler(pitch) + ", " + sampler(weights) + ", " +
-             sampler(rise) + "]}], " + numbers.Text() + "}";
-  std::ofstream(folder.file("numbers.bin"), std::ios::binary) << numbers.bytes;
+      {"sampler": 3, "target": {"node": 6, "path": "translation"}}],
+      "samplers": [{"input": 2, "output": 3}, {"input": 2, "output": 4},
+                   {"input": 2, "output": 2}, {"input": 2, "output": 5}]}],
+    "buffers": [{"uri": "numbers.bin", "byteLength": )"
+      << bytes.size() << "}], \"bufferViews\": [" << views << "], \"accessors\": [" << accessors
+      << "]}";
   return folder.file(name);
 }
 

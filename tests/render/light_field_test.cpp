@@ -8,9 +8,12 @@
 #include "render/direct_light_field.h"
 #include "render/render_volume.h"
 #include "render/scattered_light_field.h"
+#include "render_scene.h"
 
 namespace nbx {
 namespace {
+
+using namespace test;
 
 bool go_on(int, int, int, int) { return false; }
 
@@ -31,22 +34,16 @@ struct TestLighting final : Lighting {
   }
 };
 
-RationalSpline straight() {
-  RationalSpline curve;
-  curve.addPoint(0, 0, kLinearTangent, kLinearTangent);
-  curve.addPoint(1, 1, kLinearTangent, kLinearTangent);
-  curve.rebuild();
-  return curve;
-}
-
 VolumeShader shader(const Vec3i& dims, float value, const Color& color) {
   VolumeShader s;
   s.on = true;
   auto field = std::make_shared<Field<float>>(dims[0], dims[1], dims[2]);
   std::fill_n(field->data(), field->count(), value);
   s.colorSampler.field = field;
-  s.colorCurve = s.densityCurve = straight();
-  s.ramp = std::make_shared<GradientRamp>(std::vector<GradientKnot>{{0, color}, {1, color}});
+  s.colorCurve = s.densityCurve = line_curve();
+  s.colorCurve.rebuild();
+  s.densityCurve.rebuild();
+  s.ramp = plain_ramp(color);
   return s;
 }
 
@@ -60,17 +57,6 @@ RenderVolume volume_of(const Vec3i& dims) {
   return volume;
 }
 
-Points at(std::initializer_list<Vec3f> list) {
-  Points points;
-  for (const Vec3f& p : list) {
-    points.x[points.n] = p[0];
-    points.y[points.n] = p[1];
-    points.z[points.n] = p[2];
-    points.t[points.n++] = 0;
-  }
-  return points;
-}
-
 TEST(DirectLightField, KeepsWhatLightsGive) {
   const RenderVolume volume = volume_of({12, 10, 9});
   for (const double scale : {1.0, 0.5, 2.0})
@@ -82,7 +68,7 @@ TEST(DirectLightField, KeepsWhatLightsGive) {
       EXPECT_EQ(lighting.calls, 0);
       RayRecord ray;
       Colors light;
-      const Points points = at({{4.25f, 4.5f, 4.125f}, {4, 4, 4}, {0.5f, 0.5f, 0.5f}});
+      const Points points = points_at({{4.25f, 4.5f, 4.125f}, {4, 4, 4}, {0.5f, 0.5f, 0.5f}});
       field.query(light, lighting, ray, points);
       // The light is linear along x: all look-ups are exact, but for the spline's far from the rim.
       for (int i = 0; i < points.n; ++i) {
@@ -95,7 +81,7 @@ TEST(DirectLightField, KeepsWhatLightsGive) {
       field.query(light, lighting, ray, points);
       EXPECT_EQ(lighting.calls - calls, mode == LightCache::kNone ? 2 * points.n : 0);
       if (mode == LightCache::kNone) continue;
-      field.query(light, lighting, ray, at({{-0.1f, 4, 4}, {4, 4, 8.6f}, {NAN, 4, 4}}));
+      field.query(light, lighting, ray, points_at({{-0.1f, 4, 4}, {4, 4, 8.6f}, {NAN, 4, 4}}));
       const bool within = scale == 2;  // a grid of 18 cells ends at voxel 8.5
       for (int i = 0; i < 3; ++i) EXPECT_EQ(light.at(i), (Color{0, 0, 0})) << within;
     }
@@ -113,7 +99,7 @@ TEST(DirectLightField, WeighsLightsByTheirDirection) {
         {.mode = mode, .anisotropy = g, .eye = Vec3d{2, 2, 2} - ray.direction * 50.0});
     ASSERT_TRUE(field.prepare(lighting, volume, 1, go_on));
     Colors light;
-    field.query(light, lighting, ray, at({{2, 2, 2}}));
+    field.query(light, lighting, ray, points_at({{2, 2, 2}}));
     const double up = (1 - g * g) / std::pow(1 - 0.8 * g, 2);
     const double side = (1 - g * g) / std::pow(1 - 0.6 * g, 2);
     EXPECT_NEAR(light.at(0)[0], 2 * up, 1e-5);
@@ -127,7 +113,7 @@ TEST(ScatteredLightField, SpreadsLightOfFireAndLamps) {
   volume.smoke = shader(dims, 0.5f, {1, 0.5f, 0});
   RayRecord ray;
   Colors light;
-  const Points middle = at({{4, 4, 3}, {1.5f, 4, 3}});
+  const Points middle = points_at({{4, 4, 3}, {1.5f, 4, 3}});
   TestLighting lighting;
 
   // No light at all.

@@ -118,13 +118,9 @@ TEST(March, ClippedRaysSeeTheSame) {
   add_grid(frame, kGridDensity, dims, ball);
   add_grid(frame, kGridTemperature, dims,
            [](int i, int j, int k) { return ball(i, j, k) > 0 ? 1.0f : 0.0f; });
-  for (const int axis : {0, 1, 2}) {
-    Vec3i faces = dims;
-    ++faces[axis];
-    add_grid(frame, kGridVelocityX + axis, faces, [axis](int, int j, int) {
-      return axis == 0 ? 0.5f + 0.02f * static_cast<float>(j) : -0.2f;
-    });
-  }
+  add_velocity(frame, dims, [](int axis, int j) {
+    return axis == 0 ? 0.5f + 0.02f * static_cast<float>(j) : -0.2f;
+  });
   VolumeParams params = smoke_params();
   params.fire.channel = kGridTemperature;
   params.fire.curve = {};
@@ -205,12 +201,7 @@ TEST(March, BlurFollowsTheFlow) {
   SimFrame frame;
   frame.simTime.length = {1, 25};
   add_grid(frame, kGridDensity, kDims, [](int i, int, int) { return i == 10 ? 1.0f : 0.0f; });
-  for (const int axis : {0, 1, 2}) {
-    Vec3i dims = kDims;
-    ++dims[axis];
-    add_grid(frame, kGridVelocityX + axis, dims,
-             [axis](int, int, int) { return axis == 0 ? 1.0f : 0.0f; });
-  }
+  add_velocity(frame, kDims, [](int axis, int) { return axis == 0 ? 1.0f : 0.0f; });
   VolumeParams params = smoke_params();
   params.motionBlur = 1;
   params.motionBlurStep = 0.01;
@@ -251,26 +242,22 @@ TEST(March, BadInputGivesNoNaN) {
   };
   const VolumeParams good = smoke_params();
   EXPECT_LT(trace(good), 0.99f);  // from within the ball
-  VolumeParams params = good;
-  params.smoke.channel = kGridFuel;
-  EXPECT_EQ(trace(params), 1) << "absent channel";
-  params = good;
-  params.smoke.curve = {};
-  EXPECT_EQ(trace(params), 1) << "curve without knots";
-  params = good;
-  params.smoke.ramp = std::make_shared<GradientRamp>(std::vector<GradientKnot>{});
-  EXPECT_EQ(trace(params), trace(good)) << "gradient without knots";
-  params = good;
-  params.fire.channel = kGridTemperature;
-  params.occlusion = 0;
-  EXPECT_FALSE(std::isnan(trace(params))) << "grid with NaN";
-  params = good;
-  params.smoke.channel = kRampY;
-  params.depthFade = RationalSpline();
-  EXPECT_FALSE(std::isnan(trace(params))) << "fade without knots";
-  params = good;
-  params.objectToCell.rows = {};
-  EXPECT_FALSE(std::isnan(trace(params))) << "no extent";
+  VolumeParams absent = good, curveless = good, knotless = good, wild = good, fade = good,
+               flat = good;
+  absent.smoke.channel = kGridFuel;
+  EXPECT_EQ(trace(absent), 1);
+  curveless.smoke.curve = {};
+  EXPECT_EQ(trace(curveless), 1);
+  knotless.smoke.ramp = std::make_shared<GradientRamp>(std::vector<GradientKnot>{});
+  EXPECT_EQ(trace(knotless), trace(good));
+  wild.fire.channel = kGridTemperature;
+  wild.occlusion = 0;
+  EXPECT_FALSE(std::isnan(trace(wild)));
+  fade.smoke.channel = kRampY;
+  fade.depthFade = RationalSpline();
+  EXPECT_FALSE(std::isnan(trace(fade)));
+  flat.objectToCell.rows = {};
+  EXPECT_FALSE(std::isnan(trace(flat)));
   SimFrame thin;
   add_grid(thin, kGridDensity, {2, 9, 9}, uniform);
   EXPECT_FALSE(make_volume(thin, good)->ready);

@@ -25,9 +25,7 @@ using Value = std::function<float(int i, int j, int k)>;
 
 inline void add_grid(SimFrame& frame, int type, Vec3i dims, const Value& value) {
   const FieldHandle field = acquire_field(dims);
-  for (int k = 0; k < dims[2]; ++k)
-    for (int j = 0; j < dims[1]; ++j)
-      for (int i = 0; i < dims[0]; ++i) (*field)(i, j, k) = value(i, j, k);
+  each_cell(dims, 0, [&](int i, int j, int k) { (*field)(i, j, k) = value(i, j, k); });
   frame.add(field, type, {0, 0, 0}, {});
 }
 
@@ -39,12 +37,10 @@ inline VolumeParams smoke_params(double scale = 1) {
   params.smoke.ramp = params.fire.ramp = plain_ramp({1, 0.5f, 0.25f});
   params.smoke.density = 3;
   params.filter = Filter::kLinear;
+  params.objectToCell = params.worldToObject = Affine3d::identity();
   for (int a = 0; a < 3; ++a) {
-    const auto row = static_cast<std::size_t>(a);
-    params.objectToCell.rows[row] = {};
-    params.objectToCell.rows[row][a] = 0.5;
-    params.worldToObject.rows[row] = {};
-    params.worldToObject.rows[row][a] = 1 / scale;
+    params.objectToCell.rows[static_cast<std::size_t>(a)][a] = 0.5;
+    params.worldToObject.rows[static_cast<std::size_t>(a)][a] = 1 / scale;
   }
   return params;
 }
@@ -53,6 +49,27 @@ inline std::shared_ptr<RenderVolume> make_volume(SimFrame& frame, const VolumePa
   auto volume = std::make_shared<RenderVolume>();
   prepare_volume(*volume, frame, params);
   return volume;
+}
+
+inline Points points_at(std::initializer_list<Vec3f> list) {
+  Points points;
+  for (const Vec3f& p : list) {
+    points.x[points.n] = p[0];
+    points.y[points.n] = p[1];
+    points.z[points.n] = p[2];
+    points.t[points.n++] = 0;
+  }
+  return points;
+}
+
+/// Velocity on the faces of a grid; v gives the components for a face of an axis.
+inline void add_velocity(SimFrame& frame, const Vec3i& dims,
+                         const std::function<float(int axis, int j)>& v) {
+  for (const int axis : {0, 1, 2}) {
+    Vec3i faces = dims;
+    ++faces[axis];
+    add_grid(frame, kGridVelocityX + axis, faces, [&](int, int j, int) { return v(axis, j); });
+  }
 }
 
 /// A ray through voxel coordinates of a volume; t is in world units.

@@ -5,11 +5,7 @@
 
 namespace nbx {
 
-namespace {
-
 using namespace test;
-
-}  // namespace
 
 // The Planckian locus of the CIE 1931 observer (G. Wyszecki and W. S. Stiles, Color Science, 2nd
 // edition, 1982, 1(3.3.4)). The ramp uses that observer with Judd's and Vos's correction below 460
@@ -66,16 +62,13 @@ TEST(ChannelSampler, FiltersFollowTheirFormulas) {
   add_grid(frame, kGridDensity, {9, 10, 11}, [&](int i, int j, int k) {
     return parabola(static_cast<float>(i), static_cast<float>(j), static_cast<float>(k));
   });
-  Points points;
-  points.n = 7;
-  const float at[7][3] = {{1, 1, 1},    {3.3f, 4.7f, 5.1f},  {6.99f, 7.9f, 8.9f},
-                          {2, 3.5f, 8}, {-0.5f, 3.5f, 4.5f}, {8, 9, 10},
-                          {NAN, 2, 2}};
-  for (int i = 0; i < points.n; ++i) {
-    points.x[i] = at[i][0];
-    points.y[i] = at[i][1];
-    points.z[i] = at[i][2];
-  }
+  const Points points = points_at({{1, 1, 1},
+                                   {3.3f, 4.7f, 5.1f},
+                                   {6.99f, 7.9f, 8.9f},
+                                   {2, 3.5f, 8},
+                                   {-0.5f, 3.5f, 4.5f},
+                                   {8, 9, 10},
+                                   {NAN, 2, 2}});
   for (const Isa isa : {Isa::kBaseline, Isa::kAvx2, Isa::kAvx512}) {
     limit_isa(isa);
     alignas(64) float linear[kBlock], cubic[kBlock], spline[kBlock];
@@ -87,7 +80,7 @@ TEST(ChannelSampler, FiltersFollowTheirFormulas) {
     sampler.filter = Filter::kBSpline;
     sampler.sample(spline, points);
     for (int i = 0; i < 4; ++i) {
-      const float exact = parabola(at[i][0], at[i][1], at[i][2]);
+      const float exact = parabola(points.x[i], points.y[i], points.z[i]);
       EXPECT_NEAR(cubic[i], exact, 2e-5 * exact) << i;
       EXPECT_NEAR(spline[i], exact + (0.25 + 0.5) / 3, 2e-5 * exact) << i;
     }
@@ -126,19 +119,14 @@ TEST(Proximity, IsTheDistanceToWhatShows) {
              solid(i, j, k - 1) != here || solid(i, j, k + 1) != here;
     };
     std::vector<Vec3i> surface;
-    const auto each = [&](auto body) {
-      for (int k = 1; k < dims[2] - 1; ++k)
-        for (int j = 1; j < dims[1] - 1; ++j)
-          for (int i = 1; i < dims[0] - 1; ++i) body(i, j, k);
-    };
-    each([&](int i, int j, int k) {
+    each_cell(dims, 1, [&](int i, int j, int k) {
       bool all = true;
       for (int n = 0; n < 27; ++n)
         all = all && shows(i + n % 3 - 1, j + n / 3 % 3 - 1, k + n / 9 - 1);
       if (shows(i, j, k) && !all) surface.push_back({i, j, k});
     });
     float worst = 0;
-    each([&](int i, int j, int k) {
+    each_cell(dims, 1, [&](int i, int j, int k) {
       int least = 1 << 20;
       for (const Vec3i& s : surface)
         least = std::min(least, dot(s - Vec3i(i, j, k), s - Vec3i(i, j, k)));
@@ -164,12 +152,8 @@ TEST(DetailNoise, MovesPointsAlongACurl) {
   const auto volume = make_volume(frame, params);
   EXPECT_NEAR(volume->smoke.noise.octaves, 1 + std::log2(20.0 / 8), 1e-6);
   const auto moved = [&](const Vec3f& p) {
-    Points points, q;
-    points.n = 1;
-    points.x[0] = p[0];
-    points.y[0] = p[1];
-    points.z[0] = p[2];
-    displace(q, *volume, volume->smoke, points);
+    Points q;
+    displace(q, *volume, volume->smoke, points_at({p}));
     return Vec3f(q.x[0], q.y[0], q.z[0]) - p;
   };
   // The kernels against the noise one slope at a time.

@@ -56,19 +56,19 @@ TEST(SlicePicture, LiesTheRightWay) {
   }
 }
 
-TEST(SlicePicture, MiddleAndScale) {
+TEST(SlicePicture, ShowsTheMiddleAtItsScale) {
   Field<float> f = ghosted();
   f(1, 2, 3) = 1;  // the middle of 5 along z, and the lower middle of 4 along y
   EXPECT_EQ(lit(slice_picture(f, {})).size(), 1u);
-  const auto pixels = lit(slice_picture(f, {.axis = 1, .scale = 3}));
-  EXPECT_EQ(pixels.size(), 9u);
-  EXPECT_EQ(pixels.back(), std::pair(2, 8));
+  EXPECT_EQ(lit(slice_picture(f, {.axis = 1, .scale = 3})).size(), 9u);
 }
 
 TEST(SlicePicture, ProjectionsFollowTheirFormulas) {
   Field<float> f = ghosted();
-  for (int k = 1; k < 6; ++k) f(1, 4, k) = 0.2f * static_cast<float>(k);  // top left, sum 3
-  for (int k = 1; k < 6; ++k) f(2, 4, k) = -0.5f;
+  for (int k = 1; k < 6; ++k) {
+    f(1, 4, k) = 0.2f * static_cast<float>(k);  // top left, sum 3
+    f(2, 4, k) = -0.5f;
+  }
   const auto top_left = [&](Projection p, SliceOptions options) {
     options.projection = p;
     return grey(slice_picture(f, options), 0, 0);

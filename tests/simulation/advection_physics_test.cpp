@@ -4,8 +4,8 @@
 #include <limits>
 
 #include "simulation/advection.h"
+#include "simulation/mac.h"
 #include "simulation/velocity_reach.h"
-#include "support/support.h"
 
 namespace nbx {
 namespace {
@@ -89,18 +89,9 @@ TEST(AdvectionPhysics, SphereOnceRound) {
   EXPECT_GE(slot.lo, 0);
 }
 
-struct Faces {
-  explicit Faces(const Vec3i& n)
-      : U(n[0] + 1, n[1], n[2]), V(n[0], n[1] + 1, n[2]), W(n[0], n[1], n[2] + 1) {}
-  void zero() {
-    for (Field<float>* f : {&U, &V, &W}) std::fill_n(f->data(), f->count(), 0.0f);
-  }
-  Field<float> U, V, W;
-};
-
 // The ends of the interior count, the ghost layer doesn't, and NaN is passed over.
 TEST(VelocityReach, LargestSpeed) {
-  Faces v(Vec3i(270, 5, 6));
+  test::Mac v(Vec3i(270, 5, 6));
   for (const auto& [i, expected] : {std::pair{0, 0.0f}, {1, 5.0f}, {269, 5.0f}, {270, 0.0f}}) {
     v.zero();
     v.U(i, 1, 4) = -5;
@@ -117,11 +108,8 @@ TEST(VelocityReach, BoxOfOneStep) {
   const IntBox box{Vec3i(3, 2, 4), Vec3i(275, 9, 8)};
   const float s = 0.75f;
   IntBox out;
-  Faces v(Vec3i(280, 12, 11));
-  const Field<float>* const faces[] = {&v.U, &v.V, &v.W};
-  test::fill_random(v.U, 1, -3, 3);
-  test::fill_random(v.V, 2, -3, 3);
-  test::fill_random(v.W, 3, -3, 3);
+  test::Mac v(Vec3i(280, 12, 11));
+  v.randomize(1, 3);
   advection_buffer(out, s, v.U, v.V, v.W, box);
   for (int a = 0; a < 3; ++a) {
     double lo = 1e9, hi = -1e9;
@@ -129,7 +117,7 @@ TEST(VelocityReach, BoxOfOneStep) {
     ++end[a];
     test::each_cell(end + Vec3i(1, 1, 1), 0, [&](int i, int j, int k) {
       if (i < box.lo[0] || j < box.lo[1] || k < box.lo[2]) return;
-      const double d = s * (*faces[a])(i, j, k), place = Vec3i(i, j, k)[a] - 0.5;
+      const double d = s * v.face(a)(i, j, k), place = Vec3i(i, j, k)[a] - 0.5;
       lo = std::min(lo, std::floor(d) + place);
       hi = std::max(hi, std::ceil(d) + place);
     });

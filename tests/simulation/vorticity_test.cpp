@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "math/field_operators.h"
 #include "simulation/curl_noise.h"
-#include "support/support.h"
+#include "simulation/mac.h"
 #include "util/exception.h"
 
 namespace nbx {
@@ -13,29 +12,11 @@ namespace {
 
 using test::each_cell;
 using test::fill_random;
+using test::Mac;
 using test::same_bits;
 
 const Vec3i kSizes[] = {{1, 1, 1}, {2, 5, 5}, {3, 3, 3},   {4, 6, 5},
                         {5, 5, 5}, {9, 7, 8}, {34, 19, 6}, {67, 5, 11}};
-
-// A velocity on the faces of n cells.
-struct Mac {
-  explicit Mac(const Vec3i& n)
-      : U(n[0] + 1, n[1], n[2]), V(n[0], n[1] + 1, n[2]), W(n[0], n[1], n[2] + 1) {
-    for (Field<float>* f : {&U, &V, &W}) set(*f, 0);
-  }
-  void randomize(unsigned seed) {
-    for (Field<float>* f : {&U, &V, &W}) fill_random(*f, seed++);
-  }
-  void copy(Mac& other) {
-    for (int axis = 0; axis < 3; ++axis) face(axis).copy(other.face(axis));
-  }
-  bool same(const Mac& b) const {
-    return same_bits(U, b.U) && same_bits(V, b.V) && same_bits(W, b.W);
-  }
-  Field<float>& face(int axis) { return axis == 0 ? U : axis == 1 ? V : W; }
-  Field<float> U, V, W;
-};
 
 struct Centre3 {
   explicit Centre3(const Vec3i& n)
