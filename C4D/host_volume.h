@@ -1,19 +1,36 @@
 // A volume of a render with what belongs to it on the host's side.
 #pragma once
 
+#include <memory>
 #include <vector>
 
+#include "C4D/simulation_thread.h"
 #include "cache/slot_handle.h"
 #include "host/interface/scene.h"
 #include "render/render_volume.h"
 
 namespace nbx {
 
+/// A run that a render carries along.
+struct RenderSimulation {
+  /// The renderer, as evaluations of the document know it. It never starts.
+  class Thread final : public host::C4DThread {
+   public:
+    std::string GetThreadName() const override { return "Nimbrix Render"; }
+
+   protected:
+    void Main() override {}
+  };
+  Thread thread;
+  SimulationThread run;
+};
+
 /// What the post effect puts into VolumeRenderer::volumes.
 struct HostVolume final : RenderVolume {
   host::BaseObject* object = nullptr;
-  SlotHandle frame;              // held while the render's frame is open
-  std::vector<bool> excludedBy;  // by light: it doesn't shine on this volume
+  SlotHandle frame;                              // held while the render's frame is open
+  std::vector<bool> excludedBy;                  // by light: it doesn't shine on this volume
+  std::unique_ptr<RenderSimulation> simulation;  // from its first frame to the sequence's end
 };
 
 }  // namespace nbx

@@ -6,8 +6,10 @@
 #include "C4D/c4d_lighting.h"
 #include "C4D/host_conversion.h"
 #include "C4D/host_volume.h"
+#include "C4D/load_string.h"
 #include "C4D/post_effect_parameters.h"
 #include "C4D/shading_settings.h"
+#include "C4D/simulate_on_render.h"
 #include "C4D/volume_cache.h"
 #include "C4D/volume_grid.h"
 #include "C4D/volume_parameters.h"
@@ -98,6 +100,7 @@ void prepare_volume(HostVolume& volume, host::BaseRender* render,
   const host::BaseTime now = document.GetTime();
   VolumeParams params = shading_params(*volume.object);
   if (!wants_frame(params)) return;
+  if (render) simulate_up_to_frame(volume, *render);
   const int number = frame_at_time(*volume.object, now);
   const std::shared_ptr<BFS> cache = volume_cache(*volume.object, false);
   volume.frame = SlotHandle(cache, number, 0, true);
@@ -127,8 +130,8 @@ void prepare_volume(HostVolume& volume, host::BaseRender* render,
 bool prepare_light(HostVolume& volume, host::BaseRender& render) {
   const auto progress = [&](int done, int total, int stage, int stages) {
     if (done == 0)
-      render.SetStatusText("light in \"" + volume.object->GetName() + "\", stage " +
-                           std::to_string(stage) + " of " + std::to_string(stages));
+      render.SetStatusText(volume.object->GetName() + ": " + load_string(10097) + " " +
+                           std::to_string(stage) + "/" + std::to_string(stages));
     render.SetProgress(total > 0 ? static_cast<double>(done) / total : 1);
     return render.TestBreak();
   };
@@ -154,7 +157,7 @@ void collect_volumes(VolumeRenderer& renderer, host::BaseObject* first) {
 
 bool prepare_all(VolumeRenderer& renderer, host::BaseRender* render,
                  const host::BaseDocument& document, const host::BaseVideoPost& node) {
-  if (render) render->SetStatusText("preparing smoke and fire");
+  if (render) render->SetStatusText(load_string(10077));
   renderer.active = false;
   for (const auto& volume : renderer.volumes) {
     prepare_volume(host_volume(*volume), render, document);
@@ -170,6 +173,10 @@ bool prepare_all(VolumeRenderer& renderer, host::BaseRender* render,
   for (const auto& volume : renderer.volumes)
     if (volume->lightField && !prepare_light(host_volume(*volume), *render)) return false;
   return true;
+}
+
+void end_simulations(VolumeRenderer& renderer) {
+  for (const auto& volume : renderer.volumes) end_simulation(host_volume(*volume));
 }
 
 void release_frames(VolumeRenderer& renderer) {

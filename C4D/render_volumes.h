@@ -17,6 +17,9 @@ void collect_volumes(VolumeRenderer& renderer, host::BaseObject* first);
 [[nodiscard]] bool prepare_all(VolumeRenderer& renderer, host::BaseRender* render,
                                const host::BaseDocument& document, const host::BaseVideoPost& node);
 
+/// Ends the runs that go along with the render.
+void end_simulations(VolumeRenderer& renderer);
+
 /// Lets frames and fields go.
 void release_frames(VolumeRenderer& renderer);
 

@@ -93,6 +93,7 @@ class VPvolume final : public host::VideoPostData {
   }
 
   void close_sequence() {
+    end_simulations(renderer_);
     renderer_.volumes.clear();
     field_pool().release_unused();
   }
