@@ -42,6 +42,7 @@ void SimulationThread::finish_state(Origin origin) {
   if (!(state_loaded_ && origin == Origin::kContinued)) s.sim_time.time = time_.time * scale;
   s.sim_time.length = time_.length * scale;
   if (!state_loaded_) return;
+  if (origin == Origin::kContinued) sim_->catch_up_noise((start_time_.time * scale).value());
   if (state_notes_) {
     sim_->fluid().set_wind_seen(state_notes_->wind);
     const std::string changed = differences(state_notes_->scene, scene_values(*object_));

@@ -1,11 +1,26 @@
 #include "simulation/noise_force_system.h"
 
+#include <cmath>
+
 #include "math/spline_operators.h"
 #include "simulation/curl_noise.h"
 #include "simulation/fluid_system.h"
 #include "simulation/fluid_tools3d.h"
 
 namespace nbx {
+
+// A run goes through the tiles one by one, which is not the same as to begin late.
+void NoiseForceSystem::catch_up(double from, double to) {
+  if (!(settings_.noise.amplitude > 0)) return;
+  constexpr double most_tiles = 1 << 13;
+  const double frequency = settings_.noise.time_frequency;
+  const double first = std::floor(std::abs(from * frequency));
+  const double last = std::floor(std::abs(to * frequency));
+  if (!(std::abs(last - first) <= most_tiles)) return;
+  const double step = last < first ? -1 : 1;
+  for (double i = first; i != last + step; i += step)
+    advance_tile(noise_, static_cast<float>(i), true, false);
+}
 
 void NoiseForceSystem::add_detail(FluidSystem& fluid) {
   if (!(settings_.noise.amplitude > 0)) return;

@@ -13,6 +13,9 @@ class NoiseForceSystem : public SimSystem, public VelocityForce {
 
   void begin_frame(FieldSource& fields) override { fields_ = &fields; }
   void add_forces(FluidSystem& /*fluid*/, double /*dt*/) override {}
+  /// Draws what a run from one time of the simulation to another has drawn on its way, so that it
+  /// goes on with the same eddies.
+  void catch_up(double from, double to);
   void add_detail(FluidSystem& fluid) override;
 
  private:

@@ -56,7 +56,8 @@ void Simulation3D::setup() {
   systems_.push_back(std::move(pressure));
 
   auto noise = std::make_unique<NoiseForceSystem>(settings);
-  forces_.push_back(noise.get());
+  noise_ = noise.get();
+  forces_.push_back(noise_);
   systems_.push_back(std::move(noise));
 
   for (int key : {kFuel, kBurn, kDensity, kTemperature}) {
@@ -131,6 +132,10 @@ bool Simulation3D::load_state(SceneEvaluator& scene, SimFrame& frame) {
   apply_box(frame.box());
   for (FrameStorable* storable : storables_) storable->load(frame);
   return true;
+}
+
+void Simulation3D::catch_up_noise(double start) {
+  noise_->catch_up(start, settings.sim_time.time.value());
 }
 
 void Simulation3D::update(SceneEvaluator& scene, FrameTime& time, SimProgress* progress) {

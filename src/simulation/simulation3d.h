@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "simulation/cusl_kernels3d.h"
+#include "simulation/noise_force_system.h"
 #include "simulation/pressure_system.h"
 #include "simulation/scalar_fluid_channel.h"
 #include "util/stopwatch.h"
@@ -59,6 +60,10 @@ class Simulation3D final : private VelocityForce,
   /// Goes on from a stored frame, which isn't one that is held in the target cache. False, with a
   /// log line, for a frame with a grid below 3 cells. Throws what reading the frame throws.
   bool load_state(SceneEvaluator& scene, SimFrame& frame);
+
+  /// After load_state: lets the noise go on as in a run that began at `start`, a time of the
+  /// simulation, and has come to the state's.
+  void catch_up_noise(double start);
 
   /// Advances by one frame and stores it; `time` moves on by its frame length. When `progress` (may
   /// be null) says stop, the call returns in mid-frame with all state kept: `time` stays, and the
@@ -126,6 +131,7 @@ class Simulation3D final : private VelocityForce,
   std::vector<std::unique_ptr<SimSystem>> systems_;  // in creation order, the order of every hook
   CuslKernels3D* fluid_ = nullptr;
   PressureSystem* pressure_ = nullptr;
+  NoiseForceSystem* noise_ = nullptr;
   std::vector<ScalarFluidChannel*> channels_;
   std::vector<FieldSource*> field_sources_;
   std::vector<VelocityForce*> forces_;

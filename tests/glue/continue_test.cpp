@@ -22,7 +22,7 @@ const char* const kScene = R"({
      "parameters": {"size": [24, 40, 20], "voxel_size": 1, "closed_y_min": true,
        "simulate_density": true, "simulate_fuel": true, "simulate_burn": true,
        "fuel_driver": "temperature", "fuel_driver_blur": 2, "fuel_curve": [[0, 0], [0.2, 1]],
-       "fuel_to_expansion": 0.3, "decay_fuel": 0.3, "max_substeps": 3, "NOISE": 0}},
+       "fuel_to_expansion": 0.3, "decay_fuel": 0.3, "max_substeps": 3, "noise_period": 0.05, "NOISE": 0}},
     {"type": "mesh", "name": "log", "scale": [3, 3, 3], "parameters": {"file": "SPHERE"},
      "keyframes": {"position": [[0, [-4, 8, 0]], [9, [5, 12, 3]]]},
      "tags": [{"type": "emitter", "parameters": {"fuel": 1, "temperature": 1, "expansion": 1}}]},
