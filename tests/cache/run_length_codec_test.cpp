@@ -90,7 +90,6 @@ TEST(RunLengthCodec, RefusesWhatDoesNotFillTheGrid) {
 
   const std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
   const std::string huge = Bytes().i32({lowest}).f32({3}).i32({lowest}).f32({3}).text();
-  EXPECT_FALSE(rle_fits(huge.data(), huge.size(), 0));
   EXPECT_TRUE(rle_fits(huge.data(), huge.size(), std::uint64_t{1} << 32));
   const std::string literal = Bytes().i32({std::numeric_limits<std::int32_t>::max(), 1}).text();
   EXPECT_FALSE(rle_fits(literal.data(), literal.size(), 0x7fffffff));

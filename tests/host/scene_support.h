@@ -3,6 +3,9 @@
 
 #include <memory>
 #include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
 
 #include "host/document_error.h"
 #include "host/document_reader.h"
@@ -41,6 +44,24 @@ std::string ErrorOf(Action action) {
     return {};
   } catch (const DocumentError& error) {
     return error.what();
+  }
+}
+
+struct Mistake {
+  std::string text;
+  const char* message;
+};
+
+/// Reads each text between the two parts; the error must be `place` and the message,
+/// or begin so where the message ends with *.
+inline void ExpectMistakes(const std::vector<Mistake>& mistakes, const std::string& before = "",
+                           const std::string& after = "", const std::string& place = "") {
+  for (const auto& [text, message] : mistakes) {
+    const std::string error = ErrorOf([&, t = text] { Read(before + t + after)->Open(); });
+    std::string expected = place + message;
+    const bool whole = expected.back() != '*';
+    if (!whole) expected.pop_back();
+    EXPECT_EQ(whole ? error : error.substr(0, expected.size()), expected) << text;
   }
 }
 

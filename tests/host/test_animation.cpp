@@ -97,13 +97,11 @@ TEST(Animation, WorldMatricesFollowTheParentsKeyframes) {
 }
 
 TEST(Animation, MistakesOfKeyframesAreToldWithTheirPlace) {
-  const struct {
-    const char *text, *message;
-  } mistakes[] = {
+  const std::vector<Mistake> mistakes = {
       {R"("keyframes": {"postion": []})",
        ".keyframes: unknown track \"postion\", did you mean \"position\"?"},
       {R"("keyframes": {"parameters.label": [[0, "a"]]})",
-       ".keyframes: unknown track \"parameters.label\""},
+       ".keyframes: unknown track \"parameters.label\"*"},
       {R"("keyframes": {"position": [[0, [0, 0, 0]], [0, [1, 0, 0]]]})",
        ".keyframes.position[1]: the frames of keys must ascend"},
       {R"("keyframes": {"rotation": {"interpolation": "wild", "keys": [[0, [0, 0, 0]]]}})",
@@ -112,11 +110,7 @@ TEST(Animation, MistakesOfKeyframesAreToldWithTheirPlace) {
        ".keyframes.parameters.steps: the parameter has a value and keyframes; leave one of them "
        "out"},
   };
-  for (const auto& [text, message] : mistakes)
-    EXPECT_EQ(ErrorOf([&, t = text] {
-                ReadObjects(std::string(R"({"type": "box", )") + t + "}");
-              }).substr(0, std::string("objects[0]").size() + std::string(message).size()),
-              std::string("objects[0]") + message);
+  ExpectMistakes(mistakes, R"({"objects": [{"type": "box", )", "}]}", "objects[0]");
 }
 
 }  // namespace

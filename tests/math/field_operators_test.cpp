@@ -20,14 +20,10 @@ struct Case {
 using F = Field<float>;
 const Case cases[] = {
     {"set", [](F& d, const F&, const F&) { set(d, kA); }, [](float, float) { return kA; }},
-    {"max_a_x", [](F& d, const F& x, const F&) { max_a_x(d, kA, x); },
-     [](float x, float) { return x > kA ? x : kA; }},
     {"add_max0", [](F& d, const F& x, const F&) { add_max0(d, x, kA); },
      [](float x, float) { return x + kA > 0 ? x + kA : 0; }},
     {"max_ax_y", [](F& d, const F& x, const F& y) { max_ax_y(d, kA, x, y); },
      [](float x, float y) { return kA * x > y ? kA * x : y; }},
-    {"axpy", [](F& d, const F& x, const F& y) { axpy(d, kA, x, y); },
-     [](float x, float y) { return kA * x + y; }},
     {"axpby", [](F& d, const F& x, const F& y) { axpby(d, kA, x, kB, y); },
      [](float x, float y) { return kA * x + kB * y; }},
     {"clamp",

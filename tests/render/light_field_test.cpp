@@ -82,8 +82,7 @@ TEST(DirectLightField, KeepsWhatLightsGive) {
       EXPECT_EQ(lighting.calls - calls, mode == LightCache::kNone ? 2 * points.n : 0);
       if (mode == LightCache::kNone) continue;
       field.query(light, lighting, ray, points_at({{-0.1f, 4, 4}, {4, 4, 8.6f}, {NAN, 4, 4}}));
-      const bool within = scale == 2;  // a grid of 18 cells ends at voxel 8.5
-      for (int i = 0; i < 3; ++i) EXPECT_EQ(light.at(i), (Color{0, 0, 0})) << within;
+      for (int i = 0; i < 3; ++i) EXPECT_EQ(light.at(i), (Color{0, 0, 0})) << i;
     }
 }
 
@@ -116,13 +115,6 @@ TEST(ScatteredLightField, SpreadsLightOfFireAndLamps) {
   const Points middle = points_at({{4, 4, 3}, {1.5f, 4, 3}});
   TestLighting lighting;
 
-  // No light at all.
-  ScatteredLightField dark({.directWeight = 0});
-  ASSERT_TRUE(dark.prepare(lighting, volume, 2, go_on));
-  dark.query(light, lighting, ray, middle);
-  EXPECT_EQ(light.at(0), (Color{0, 0, 0}));
-  EXPECT_EQ(lighting.calls, 0);
-
   // Lamps: their own light and what the smoke sends on, in the smoke's colour.
   ScatteredLightField lit({.maxSweeps = 3});
   ASSERT_TRUE(lit.prepare(lighting, volume, 2, go_on));
@@ -130,7 +122,7 @@ TEST(ScatteredLightField, SpreadsLightOfFireAndLamps) {
   EXPECT_GT(light.at(0)[0], 4 * 1.2);
   EXPECT_LT(light.at(0)[0], 4 * 4.0);
   EXPECT_GT(light.at(0)[1], 1.05f);
-  EXPECT_LT(light.at(0)[1] / 1, light.at(0)[0] / 4) << "less of green is scattered";
+  EXPECT_LT(light.at(0)[1], light.at(0)[0] / 4) << "less of green is scattered";
   EXPECT_FLOAT_EQ(light.at(0)[2], 2.5f) << "blue isn't scattered";
   const Color once = light.at(0);
   ASSERT_TRUE(lit.prepare(lighting, volume, 1, go_on));

@@ -48,14 +48,12 @@ TEST(Simulation3D, FirstFrameHoldsTheSourcesAndHotGasRises) {
   SmokeRun run;
   EXPECT_FALSE(run.sim.start(run.scene, run.time)) << "there is no cache to store into";
   EXPECT_TRUE(log.contains("Failed to store simulation frame 0"));
-  EXPECT_TRUE(log.contains("Adapting container: [0,0,0]->[15,15,15] = [16,16,16]"));
   EXPECT_EQ(sum(run.channel(kDensity)), 64);
   EXPECT_TRUE(run.sim.fluid().zero_velocity());
 
   run.frames(10);
   EXPECT_EQ(run.time.frame(), 10);
   EXPECT_EQ(run.sim.settings.sim_time.time, (Fraction{2, 5}));
-  EXPECT_FALSE(run.sim.fluid().zero_velocity());
   double moment = 0, mass = 0;
   const Field<float>& d = run.channel(kDensity);
   test::each_cell(d.dims(), 0, [&](int i, int j, int k) {
