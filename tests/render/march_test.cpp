@@ -43,7 +43,6 @@ TEST(March, UniformSlabIsExact) {
   SimFrame frame;
   add_grid(frame, kGridDensity, kDims, uniform);
   add_grid(frame, kGridTemperature, kDims, uniform);
-  int cases = 0;
   for (const double scale : {1.0, 7.5})
     for (const double step : {0.05, 0.25, 0.5, 1.0})
       for (const int mode : {0, 1, 2}) {  // fixed, adaptive, adaptive with growing steps
@@ -74,9 +73,7 @@ TEST(March, UniformSlabIsExact) {
         expect_mean(passed, std::exp(-tau), what);
         expect_mean(shadowed, std::exp(-tau), what);
         expect_mean(light, E / S * -std::expm1(-tau), what);
-        ++cases;
       }
-  EXPECT_EQ(cases, 24);
 }
 
 // Ends half of the rays below a share of 0.5: single rays differ, means don't.

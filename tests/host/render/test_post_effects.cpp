@@ -68,9 +68,8 @@ TEST(RenderPostEffects, ScenesKeepTheirParameters) {
   const auto document = ReadDocument(text, "/", classes);
   ApplyOverrides(*document, {"Fog.encoded=true"});
   const auto again = ReadDocument(WriteDocument(*document, "/"), "/", classes);
-  const BaseContainer& data = again->VideoPosts().front()->GetDataInstance();
-  EXPECT_EQ(data.GetReal(Fog::kDensity), 0.5);
-  EXPECT_TRUE(data.GetBool(Fog::kEncoded));
+  EXPECT_TRUE(again->VideoPosts().front()->GetDataInstance().GetBool(Fog::kEncoded));
+  EXPECT_EQ(WriteDocument(*again, "/"), WriteDocument(*document, "/"));
   EXPECT_EQ(ReadDocument("{}", "/", classes)->VideoPosts().size(), 1U);
   EXPECT_THROW(
       ReadDocument(R"({"post_effects": [{"type": "fog"}, {"type": "fog"}]})", "/", classes),
