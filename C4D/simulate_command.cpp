@@ -18,17 +18,6 @@ namespace {
 
 constexpr std::int32_t kStartSimulation = 1023994;
 
-/// Frames without a cache of their own go beside the scene: "first_smoke.json" with the volume
-/// "smoke" into "first_smoke.smoke.cache".
-std::string default_cache(const host::BaseObject& volume) {
-  const host::BaseDocument& document = volume.GetDocument();
-  const QFileInfo file(QString::fromStdString(document.GetDocumentName()));
-  QString object = QString::fromStdString(volume.GetName());
-  object.replace('/', '_');
-  const QDir folder(QString::fromStdString(document.GetDocumentPath().path));
-  return folder.filePath(file.completeBaseName() + "." + object + ".cache").toStdString();
-}
-
 std::string absolute(const std::string& path) {
   return QDir::cleanPath(QFileInfo(QString::fromStdString(path)).absoluteFilePath()).toStdString();
 }
@@ -103,10 +92,9 @@ class Run {
 
   /// A cache that is named or that is the scene's default is made here, so that its path is told.
   bool take_cache() {
-    const bool named = arguments_.Has("cache");
-    if (!named && !parameters_.GetFilename(OVOLUME_CACHE_NAME).path.empty()) return true;
     const std::string directory =
-        named ? absolute(arguments_.GetString("cache")) : default_cache(volume_);
+        arguments_.Has("cache") ? absolute(arguments_.GetString("cache")) : named_cache(volume_);
+    if (directory.empty()) return true;  // the run makes a new one
     const QString folder = QString::fromStdString(directory);
     if (!QDir().mkpath(folder)) return wrong("the cache folder " + directory + " can't be made");
     QTemporaryFile probe(folder + "/XXXXXX.tmp");

@@ -6,6 +6,7 @@
 
 #include "C4D/load_string.h"
 #include "C4D/volume_cache.h"
+#include "C4D/volume_parameters.h"
 #include "C4D/volume_shading_parameters.h"
 #include "util/log.h"
 
@@ -22,15 +23,11 @@ bool wants_simulation(const HostVolume& volume, const host::BaseRender& render) 
          volume.object->GetDataInstance().GetBool(OVOLUME_SIMULATE_ON_RENDER);
 }
 
-// The cache that the user named is made under that name; only an unnamed one gets a new name.
-void make_named_cache(const host::BaseObject& volume) {
-  const CacheDirData data = cache_dir_data(volume);
-  if (!data.base.empty() && !data.name.empty())
-    QDir().mkpath(QString::fromStdString(data.base + "/" + data.name));
-}
-
 void begin(HostVolume& volume) {
-  make_named_cache(*volume.object);
+  if (const std::string directory = named_cache(*volume.object); !directory.empty()) {
+    QDir().mkpath(QString::fromStdString(directory));
+    volume.object->GetDataInstance().SetFilename(OVOLUME_CACHE_NAME, {directory});
+  }
   autosave(*volume.object);
   volume.simulation = std::make_unique<RenderSimulation>();
   if (volume.simulation->run.prepare_sim(volume.object, &volume.simulation->thread)) return;

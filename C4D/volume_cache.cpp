@@ -25,7 +25,23 @@ void set_cache_dir_data(host::BaseObject& volume, const CacheDirData& data) {
       OVOLUME_CACHE_NAME, {data.base.empty() ? std::string() : data.base + "/" + data.name});
 }
 
+std::string named_cache(const host::BaseObject& volume) {
+  const CacheDirData data = cache_dir_data(volume);
+  if (!data.base.empty()) return data.name.empty() ? std::string() : data.base + "/" + data.name;
+  const host::BaseDocument& document = volume.GetDocument();
+  if (document.GetDocumentPath().path.empty()) return {};
+  const QFileInfo file(QString::fromStdString(document.GetDocumentName()));
+  QString object = QString::fromStdString(volume.GetName());
+  object.replace('/', '_');
+  const QDir folder(QString::fromStdString(document.GetDocumentPath().path));
+  return folder.filePath(file.completeBaseName() + "." + object + ".cache").toStdString();
+}
+
 std::string cache_directory(host::BaseObject& volume, bool create) {
+  if (!create && cache_dir_data(volume).base.empty()) {
+    const std::string beside = named_cache(volume);
+    return QFileInfo(QString::fromStdString(beside)).isDir() ? beside : std::string();
+  }
   CacheDirData data = cache_dir_data(volume);
   const CacheDirData before = data;
   std::string directory;

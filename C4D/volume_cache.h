@@ -16,6 +16,11 @@ namespace nbx {
 CacheDirData cache_dir_data(const host::BaseObject& volume);
 void set_cache_dir_data(host::BaseObject& volume, const CacheDirData& data);
 
+/// Where the frames go unless a new folder is to be made for them: the directory that
+/// OVOLUME_CACHE_NAME names, or without a name one beside the scene ("fire.json" with the volume
+/// "log": "fire.log.cache"). It may be missing. Empty if the name is a folder of caches.
+std::string named_cache(const host::BaseObject& volume);
+
 /// The directory of the volume's cache; with `create` it is made if it is missing, and the
 /// parameter then names it. Empty if there is none, with a log line where one should have been
 /// made.
