@@ -328,8 +328,9 @@ TEST_F(Plugin, RunsSurviveTheDisk) {
     c.mend();
     EXPECT_EQ(code, host::kFailed);
     EXPECT_EQ(context_->all<std::int64_t>("frame", "frame").size(), 15u);
-    EXPECT_EQ(context_->all<std::int64_t>("lost", "frame"),
-              (std::vector<std::int64_t>{6, 7, 8, 9, 10, 11, 12, 13, 14}));
+    auto lost = context_->all<std::int64_t>("lost", "frame");
+    std::sort(lost.begin(), lost.end());  // a frame is given up when its slot is wanted
+    EXPECT_EQ(lost, (std::vector<std::int64_t>{6, 7, 8, 9, 10, 11, 12, 13, 14}));
     EXPECT_EQ(context_->errors.size(), 9u);
     const auto files = frame_files();
     EXPECT_EQ(files.size(), 6u);
