@@ -24,6 +24,14 @@ bool preference(std::int32_t id, bool fallback) {
   return all ? all->GetBool(id, fallback) : fallback;
 }
 
+void set_preference(std::int32_t id, bool value) {
+  if (!the_host) return;
+  const host::BaseContainer* before = preferences();
+  host::BaseContainer all = before ? *before : host::BaseContainer();
+  all.SetBool(id, value);
+  the_host->SetWorldPluginData(kPreferences, all);
+}
+
 std::string preferred_cache_folder() {
   const host::BaseContainer* all = preferences();
   if (!all) LogMessage() << "Failed to get NBX prefs container";

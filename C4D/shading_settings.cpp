@@ -95,14 +95,7 @@ std::shared_ptr<const ColorRamp> fire_ramp(const host::BaseContainer& data) {
       OVOLUME_FIRE_COLOR_GRADIENT)
     return gradient_ramp(data.GetGradient(OVOLUME_FIRE_GRADIENT),
                          data.GetReal(OVOLUME_FIRE_GRADIENT_SCALE, 1));
-  BlackbodyParams body;
-  body.minKelvin = data.GetReal(OVOLUME_FIRE_TEMP_MIN, 600);
-  body.maxKelvin = data.GetReal(OVOLUME_FIRE_TEMP_MAX, 2200);
-  body.exposure = data.GetReal(OVOLUME_FIRE_EXPOSURE, 1);
-  body.compression = data.GetReal(OVOLUME_FIRE_COMPRESSION, 5);
-  body.tint = to_color({data.GetReal(OVOLUME_FIRE_TINT_R, 1), data.GetReal(OVOLUME_FIRE_TINT_G, 1),
-                        data.GetReal(OVOLUME_FIRE_TINT_B, 1)});
-  return std::make_shared<BlackbodyRamp>(body);
+  return std::make_shared<BlackbodyRamp>(blackbody_params(data));
 }
 
 Filter filter_of(std::int32_t choice) {
@@ -118,6 +111,17 @@ const host::BaseTag* compositing_tag(const host::BaseObject& volume) {
 }
 
 }  // namespace
+
+BlackbodyParams blackbody_params(const host::BaseContainer& data) {
+  BlackbodyParams body;
+  body.minKelvin = data.GetReal(OVOLUME_FIRE_TEMP_MIN, 600);
+  body.maxKelvin = data.GetReal(OVOLUME_FIRE_TEMP_MAX, 2200);
+  body.exposure = data.GetReal(OVOLUME_FIRE_EXPOSURE, 1);
+  body.compression = data.GetReal(OVOLUME_FIRE_COMPRESSION, 5);
+  body.tint = to_color({data.GetReal(OVOLUME_FIRE_TINT_R, 1), data.GetReal(OVOLUME_FIRE_TINT_G, 1),
+                        data.GetReal(OVOLUME_FIRE_TINT_B, 1)});
+  return body;
+}
 
 VolumeParams shading_params(const host::BaseObject& volume) {
   const host::BaseContainer& data = volume.GetDataInstance();

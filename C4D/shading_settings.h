@@ -10,6 +10,9 @@ namespace nbx {
 /// All but the transforms and times.
 VolumeParams shading_params(const host::BaseObject& volume);
 
+/// The glowing body of the volume's fire, from its parameters.
+BlackbodyParams blackbody_params(const host::BaseContainer& volume);
+
 /// The solver of light that the user chose; empty for unlit smoke. `eye`: the camera, in the world.
 std::shared_ptr<LightField> make_light_field(const host::BaseObject& volume, const Vec3d& eye);
 

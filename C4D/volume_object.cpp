@@ -1,20 +1,114 @@
 #include "C4D/volume_object.h"
 
+#include <QDir>
+
+#include "C4D/host_access.h"
+#include "C4D/preferences.h"
 #include "C4D/save_assets.h"
+#include "C4D/volume_buttons.h"
+#include "C4D/volume_cache.h"
+#include "C4D/volume_display_parameters.h"
+#include "C4D/volume_enabling.h"
+#include "C4D/volume_info.h"
 #include "C4D/volume_parameters.h"
+#include "C4D/volume_shading_parameters.h"
+#include "cache/cache_registry.h"
+#include "util/log.h"
 
 namespace nbx {
+
+namespace {
+
+/// Brings the parameters of an older document to this version, step by step.
+void convert_version(host::BaseObject& volume) {
+  host::BaseContainer& p = volume.GetDataInstance();
+  switch (p.GetLong(OVOLUME_VERSION)) {
+    case 0:  // a document without a version: what it lacks has its default
+      for (const host::ParameterInfo& info : volume.GetDescription().parameters)
+        if (info.stored && !p.Find(info.id)) p.Set(info.id, info.default_value);
+      [[fallthrough]];
+    default:
+      p.SetLong(OVOLUME_VERSION, kVolumeParametersVersion);
+  }
+}
+
+/// "caches//a/../b" becomes "caches/b", and a relative path stays one. A / at the end has a
+/// meaning.
+void normalise_cache_location(host::BaseContainer& volume) {
+  const QString before = QString::fromStdString(volume.GetFilename(OVOLUME_CACHE_NAME).path);
+  QString path = QDir::cleanPath(before);
+  if (before.endsWith('/') && !path.endsWith('/')) path += '/';
+  volume.SetFilename(OVOLUME_CACHE_NAME, {path.toStdString()});
+}
+
+void lock_cache(host::BaseObject& volume) {
+  const bool on = volume.GetDataInstance().GetBool(OVOLUME_CACHE_LOCK);
+  const std::string directory = cache_directory(volume, false);
+  if (directory.empty())
+    LogMessage() << "volume \"" << volume.GetName() << "\" has no cache to "
+                 << (on ? "lock" : "unlock");
+  else
+    set_cache_lock(directory, on);
+}
+
+void parameter_changed(host::BaseObject& volume, std::int32_t id) {
+  if (id == OVOLUME_DISPLAY_ON) set_preference(PREF_VIEWPORT_GL, true);
+  if (id == OVOLUME_CACHE_LOCK) lock_cache(volume);
+}
+
+}  // namespace
+
+std::shared_ptr<BFS> VolumeObject::get_cache(host::BaseObject& object, bool create) {
+  const std::string directory = cache_directory(object, create);
+  if (directory.empty() || (cache_ && cache_->directory() == directory)) return cache_;
+  return cache_ = getCache(directory);
+}
+
+void VolumeObject::handleButton(host::BaseObject& object, std::int32_t id) {
+  if (id == OVOLUME_BAKE_FIRE)
+    bake_fire(object.GetDataInstance());
+  else if (id == OVOLUME_MEASURE_RANGE)
+    measure_range(object, get_cache(object, false));
+  else
+    LogMessage() << "handleButton: unknown button id " << id;
+}
+
+bool VolumeObject::Message(host::BaseList2D& node, std::int32_t type, void* data) {
+  auto& object = static_cast<host::BaseObject&>(node);
+  switch (type) {
+    case host::kMessageButton:
+      handleButton(object, static_cast<host::DescriptionMessage*>(data)->id);
+      return true;
+    case host::kMessageParameterChanged:
+      parameter_changed(object, static_cast<host::DescriptionMessage*>(data)->id);
+      return true;
+    case host::kMessageDocumentLoaded:
+      convert_version(object);
+      normalise_cache_location(object.GetDataInstance());
+      return true;
+    case host::kMessageSaveAssets:
+      save_cache(object, *static_cast<host::SaveAssets*>(data));
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool VolumeObject::GetDParameter(host::BaseList2D& node, std::int32_t id,
+                                 host::ParameterValue& value) {
+  auto& object = static_cast<host::BaseObject&>(node);
+  const bool of_frame = id >= OVOLUME_INFO_GRID && id <= OVOLUME_INFO_BURN;
+  return info_field(value, id, object, of_frame ? get_cache(object, false) : nullptr);
+}
+
+bool VolumeObject::GetDEnabling(const host::BaseList2D& node, std::int32_t id) const {
+  return volume_parameter_enabled(node.GetDataInstance(), id);
+}
 
 void VolumeObject::GetDimension(const host::BaseObject& object, host::Vector& centre,
                                 host::Vector& radius) const {
   centre = {};
   radius = object.GetDataInstance().GetVector(OVOLUME_SIZE, {200, 200, 200}) * 0.5;
-}
-
-bool VolumeObject::Message(host::BaseList2D& node, std::int32_t type, void* data) {
-  if (type != host::kMessageSaveAssets) return false;
-  save_cache(static_cast<host::BaseObject&>(node), *static_cast<host::SaveAssets*>(data));
-  return true;
 }
 
 bool register_volume_object(host::HostServices& services) {

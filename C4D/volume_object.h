@@ -2,19 +2,34 @@
 #pragma once
 
 #include "C4D/modify_particles.h"
+#include "cache/bfs.h"
 #include "host/interface/plugin.h"
 
 namespace nbx {
 
+/// Keeps the store of its cache open from the first time that it is asked for until the object goes
+/// or names another cache. The store finds its frames through OVOLUME_CACHE_NAME alone: no document
+/// holds anything of this.
 class VolumeObject final : public host::ObjectData {
  public:
+  bool Message(host::BaseList2D& node, std::int32_t type, void* data) override;
+  bool GetDParameter(host::BaseList2D& node, std::int32_t id, host::ParameterValue& value) override;
+  bool GetDEnabling(const host::BaseList2D& node, std::int32_t id) const override;
   void GetDimension(const host::BaseObject& object, host::Vector& centre,
                     host::Vector& radius) const override;
-  bool Message(host::BaseList2D& node, std::int32_t type, void* data) override;
   void ModifyParticles(const host::BaseObject& object, const host::Particles& particles,
                        std::vector<host::ParticleModification>& changes, double step) override {
     modify_particles(object, particles, changes, step);
   }
+
+ private:
+  /// The store of the object's cache. With `create` the cache is made if it is missing. Where there
+  /// is none, the store that the object held, which may be none either.
+  std::shared_ptr<BFS> get_cache(host::BaseObject& object, bool create);
+  /// An id that is no button's costs a log line.
+  void handleButton(host::BaseObject& object, std::int32_t id);
+
+  std::shared_ptr<BFS> cache_;
 };
 
 bool register_volume_object(host::HostServices& services);

@@ -10,6 +10,12 @@ void ElementState::Evaluate(double frame) {
   for (const auto& [id, track] : tracks) data.Set(id, track.Evaluate(frame));
 }
 
+ParameterValue ElementState::Shown(std::int32_t parameter) const {
+  if (const ParameterValue* value = data.Find(parameter)) return *value;
+  const ParameterInfo* info = type->description.Find(parameter);
+  return info ? info->default_value : std::monostate();
+}
+
 BaseObject* SceneTag::GetObject() const { return object_; }
 
 Transform SceneObject::TransformAt(double frame) const {

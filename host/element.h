@@ -33,6 +33,8 @@ struct ElementState {
 
   /// Puts the values of all tracks at `frame` into the container.
   void Evaluate(double frame);
+  /// The container's value, else the description's.
+  ParameterValue Shown(std::int32_t parameter) const;
 };
 
 /// BaseList2D by an ElementState.
@@ -54,6 +56,14 @@ class Element : public Interface {
   }
   bool Message(std::int32_t type, void* data) override {
     return state_.plugin_part && state_.plugin_part->Message(*this, type, data);
+  }
+  ParameterValue GetParameter(std::int32_t parameter) override {
+    ParameterValue value = state_.Shown(parameter);
+    if (state_.plugin_part) state_.plugin_part->GetDParameter(*this, parameter, value);
+    return value;
+  }
+  bool IsEnabled(std::int32_t parameter) const override {
+    return !state_.plugin_part || state_.plugin_part->GetDEnabling(*this, parameter);
   }
   NodeData* GetNodeData() const override { return state_.plugin_part.get(); }
 

@@ -28,6 +28,21 @@ class NodeData {
     static_cast<void>(node), static_cast<void>(type), static_cast<void>(data);
     return false;
   }
+
+  /// What a panel shows of a parameter where that isn't the container's value: texts and marks that
+  /// no document holds, and values that follow others. True if `value` was set; it is left alone
+  /// otherwise.
+  virtual bool GetDParameter(BaseList2D& node, std::int32_t id, ParameterValue& value) {
+    static_cast<void>(node), static_cast<void>(id), static_cast<void>(value);
+    return false;
+  }
+
+  /// False for a parameter or a button that has no effect while the other parameters are as they
+  /// are.
+  virtual bool GetDEnabling(const BaseList2D& node, std::int32_t id) const {
+    static_cast<void>(node), static_cast<void>(id);
+    return true;
+  }
 };
 
 class ObjectData : public NodeData {

@@ -50,8 +50,15 @@ inline constexpr std::int32_t kRenderData = 5901;
 
 /// Messages that elements get (BaseList2D::Message, NodeData::Message).
 enum MessageType : std::int32_t {
-  kMessageDocumentLoaded = 1001,  ///< the element's document was just read; no data
-  kMessageSaveAssets = 1006,      ///< copy what belongs to the element; data: SaveAssets
+  kMessageDocumentLoaded = 1001,    ///< the element's document was just read; no data
+  kMessageButton = 1002,            ///< the user has pressed a button; data: DescriptionMessage
+  kMessageParameterChanged = 1003,  ///< the user has set a parameter; data: DescriptionMessage
+  kMessageSaveAssets = 1006,        ///< copy what belongs to the element; data: SaveAssets
+};
+
+/// Which line of the description a message is about.
+struct DescriptionMessage {
+  std::int32_t id = 0;
 };
 
 /// The document is about to be saved into a folder, with all that it needs. Each element copies its
@@ -90,6 +97,24 @@ class BaseList2D {
   /// Hands a message to the element's plug-in class; false if there is none or it doesn't know the
   /// message.
   virtual bool Message(std::int32_t type, void* data = nullptr) = 0;
+
+  /// What a panel shows of a parameter: the plug-in's answer (NodeData::GetDParameter), else the
+  /// container's value, else the default of the description; nothing for an id that is no
+  /// parameter's.
+  virtual ParameterValue GetParameter(std::int32_t parameter) = 0;
+  /// False where a panel shows the parameter grey (NodeData::GetDEnabling).
+  virtual bool IsEnabled(std::int32_t parameter) const = 0;
+  /// What a panel does when the user sets a parameter, and when a button is pressed. Press is false
+  /// if nobody knows the message.
+  void SetParameter(std::int32_t parameter, const ParameterValue& value) {
+    GetDataInstance().Set(parameter, value);
+    DescriptionMessage change{parameter};
+    Message(kMessageParameterChanged, &change);
+  }
+  bool Press(std::int32_t button) {
+    DescriptionMessage pressed{button};
+    return Message(kMessageButton, &pressed);
+  }
 
   /// The plug-in's own part of the element; null for the host's own types.
   virtual NodeData* GetNodeData() const = 0;

@@ -1,0 +1,81 @@
+#include "C4D/shading_settings.h"
+#include "C4D/volume_display_parameters.h"
+#include "C4D/volume_parameters.h"
+#include "C4D/volume_shading_parameters.h"
+#include "cache/cache_directories.h"
+#include "cache/cache_registry.h"
+#include "cache/grid_type.h"
+#include "glue/test_document.h"
+#include "support/support.h"
+
+namespace nbx {
+namespace {
+
+const std::string kVolume = R"({"type": "volume", "name": "v", "parameters": {)";
+
+TEST(VolumeObject, PanelTellsOfTheShownFrame) {
+  const test::TemporaryFolder folder;
+  SimFrame frame;
+  const FieldHandle density = acquire_field({64, 64, 130}), u = acquire_field({65, 64, 130});
+  for (const auto& f : {density, u}) std::fill_n(f->data(), f->count(), 0.5f);
+  (*density)(3, 4, 5) = -0.25f, (*density)(60, 61, 62) = 8;
+  frame.add(density, kGridDensity, {4, -5, 6}, {});
+  frame.add(u, kGridVelocityX, {4, -5, 6}, {});
+  frame.frameTime = {{6, 25}, {1, 25}};
+  ASSERT_TRUE(getCache(folder.path())->writeThrough(frame));
+  test::TestDocument document(kVolume + R"("version": 0, "display_channel": "density",
+      "frame_stride": 2, "cache_name": ")" +
+                              folder.path() + R"(//a/.."}})");
+  host::BaseObject& object = document.object("v");
+  EXPECT_EQ(object.GetParameter(OVOLUME_VERSION), host::ParameterValue(kVolumeParametersVersion));
+  EXPECT_EQ(object.GetDataInstance().GetFilename(OVOLUME_CACHE_NAME).path, folder.path());
+  const auto panel = [&] {
+    std::string all;
+    for (std::int32_t id = OVOLUME_INFO_GRID; id <= OVOLUME_INFO_BURN; ++id) {
+      const host::ParameterValue field = object.GetParameter(id);
+      const bool* mark = std::get_if<bool>(&field);
+      all += mark ? *mark ? "1" : "0" : std::get<std::string>(field) + "|";
+    }
+    return all;
+  };
+  EXPECT_EQ(panel(), "|||1F|00000");  // no frame 0
+  document->SetTime({3, 25});
+  EXPECT_EQ(panel(), "64x64x130 (0.508MV) at (5,-4,7)|4.09MB|6F|1F|11000");
+  EXPECT_TRUE(object.Press(OVOLUME_MEASURE_RANGE));
+  EXPECT_EQ(object.GetDataInstance().GetReal(OVOLUME_DISPLAY_RANGE_MIN), -0.25);
+  EXPECT_EQ(object.GetDataInstance().GetReal(OVOLUME_DISPLAY_RANGE_MAX), 8);
+  object.SetParameter(OVOLUME_CACHE_LOCK, true);
+  EXPECT_TRUE(cache_locked(folder.path()));
+}
+
+// The bound is that of the contract, and a part of the largest colour for the floats.
+TEST(VolumeObject, BakedGradientHasTheColoursOfTheGlowingBody) {
+  const auto brightest = [](const auto& c) { return std::max({c[0], c[1], c[2]}); };
+  for (const char* exposure : {"0.02", R"(900, "fire_compression": 0)"}) {
+    test::TestDocument document(kVolume + R"("fire_exposure": )" + exposure + "}}");
+    const auto before = shading_params(document.object("v")).fire.ramp;
+    document.object("v").Press(OVOLUME_BAKE_FIRE);
+    const auto after = shading_params(document.object("v")).fire.ramp;
+    ASSERT_TRUE(std::dynamic_pointer_cast<const GradientRamp>(after));
+    const float largest = brightest(before->maxColor());
+    for (int i = 0; i < 256; ++i) {
+      const Color a = before->lookup(i / 255.0f), b = after->lookup(i / 255.0f);
+      const float bound = std::max(0.01f * brightest(a), largest / 4096) + 1e-5f * largest;
+      for (std::size_t c = 0; c < 3; ++c) ASSERT_NEAR(a[c], b[c], bound) << exposure << " at " << i;
+    }
+  }
+}
+
+TEST(VolumeObject, ParametersWithoutEffectAreGrey) {
+  test::TestDocument document(kVolume + R"("simulate_fuel": true, "multi_scatter": true}})");
+  const auto on = [&](std::int32_t id) { return document.object("v").IsEnabled(id); };
+  EXPECT_TRUE(on(OVOLUME_DECAY_FUEL) && on(OVOLUME_FIRE_TEMP_MAX) && on(OVOLUME_SCATTER_SWEEPS));
+  EXPECT_FALSE(on(OVOLUME_DECAY_BURN) || on(OVOLUME_FUEL_CURVE) || on(OVOLUME_PHASE_G));
+  EXPECT_FALSE(on(OVOLUME_SMOKE_DENSITY) || on(OVOLUME_FIRE_GRADIENT) || on(OVOLUME_TIME_END));
+  const test::LogCapture log;
+  document.object("v").Press(OVOLUME_SIZE);
+  EXPECT_TRUE(log.contains("handleButton: unknown button id 1033"));
+}
+
+}  // namespace
+}  // namespace nbx
