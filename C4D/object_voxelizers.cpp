@@ -63,6 +63,8 @@ DetachedPolygonObject detach(const SourceMesh& source, SurfaceTextures* textures
   detached.points.reserve(points);
   for (std::size_t i = 0; i < points; ++i)
     detached.points.push_back(to_vector(mesh.GetPointR()[i]));
+  if (const float* weights = mesh.GetWeightR())
+    detached.corner_weights.assign(weights, weights + points);
 
   const auto polygons = static_cast<std::size_t>(mesh.GetPolygonCount());
   detached.polygons.reserve(polygons);

@@ -119,7 +119,8 @@ class DocumentReader {
     const ElementClass& type = ReadType(json, classes_.objects);
     std::vector<std::string> keys = {"type",  "name", "enabled",    "position",  "rotation",
                                      "scale", "tags", "parameters", "keyframes", "children"};
-    if (type.id == kPolygonObject) keys.insert(keys.end(), {"points", "polygons", "uvs", "shapes"});
+    if (type.id == kPolygonObject)
+      keys.insert(keys.end(), {"points", "polygons", "uvs", "weights", "shapes"});
     json.ExpectKeys(keys);
     SceneObject* object = document_->AddObject(type, parent);
     if (!object) json.Fail("the object can't be made");
@@ -133,6 +134,7 @@ class DocumentReader {
     if (json.Has("scale")) transform.scale = ReadScale(json.At("scale"));
     if (json.Has("points") || json.Has("polygons")) ReadPolygons(json, *object);
     if (json.Has("uvs")) ReadUvs(json.At("uvs"), *object);
+    if (json.Has("weights")) ReadWeights(json.At("weights"), *object);
     if (json.Has("shapes")) ReadShapes(json.At("shapes"), *object);
     if (json.Has("tags")) ReadTags(json.At("tags"), *object);
     if (json.Has("children")) ReadObjects(json.At("children"), object);
@@ -196,6 +198,16 @@ class DocumentReader {
         return Vector{corners.At(k).At(std::size_t{0}).Number(), corners.At(k).At(1).Number(), 0};
       };
       object.uvws.push_back({corner(0), corner(1), corner(2), corner(sides - 1)});
+    }
+  }
+
+  static void ReadWeights(const JsonPlace& json, SceneObject& object) {
+    if (!object.inline_mesh) json.Fail("belong to \"points\" and \"polygons\"");
+    json.ExpectLength(object.points.size(), object.points.size());
+    for (std::size_t i = 0; i < json.Size(); ++i) {
+      const double weight = json.At(i).Number();
+      if (weight < 0 || weight > 1) json.At(i).Fail("expected a weight from 0 to 1");
+      object.weights.push_back(static_cast<float>(weight));
     }
   }
 

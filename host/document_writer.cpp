@@ -128,6 +128,7 @@ class DocumentWriter {
       uvs.push_back(std::move(corners));
     }
     AddIfFilled(json, "uvs", std::move(uvs));
+    AddIfFilled(json, "weights", Json(object.weights));
     Json shapes = Json::array();
     for (const MeshShape& shape : object.shapes)
       shapes.push_back({{"frame", shape.frame}, {"points", WritePoints(shape.points)}});

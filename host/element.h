@@ -155,6 +155,7 @@ class SceneObject final : public Element<PolygonObject> {
   }
   const Vector* GetPointR() const override { return points.data(); }
   const CPolygon* GetPolygonR() const override { return polygons.data(); }
+  const float* GetWeightR() const override { return weights.empty() ? nullptr : weights.data(); }
   const UvwPolygon* GetUvwR() const override { return uvws.empty() ? nullptr : uvws.data(); }
 
   /// False if the object or one above it is switched off.
@@ -180,6 +181,7 @@ class SceneObject final : public Element<PolygonObject> {
   std::vector<Vector> points;
   std::vector<CPolygon> polygons;
   std::vector<UvwPolygon> uvws;  ///< as many as polygons, or none
+  std::vector<float> weights;    ///< of the points; empty if there are none
   /// Of a mesh that changes its shape: at least two, frames ascending, as many points in each.
   std::vector<MeshShape> shapes;
   Particles particles;

@@ -129,6 +129,7 @@ Json ObjectSchema(const ElementClass& type) {
     properties["points"] = ArrayOf(Reference("vector"));
     properties["polygons"] = ArrayOf(ArrayOf({{"type", "integer"}, {"minimum", 0}}));
     properties["uvs"] = ArrayOf(ArrayOf(ArrayOf({{"type", "number"}})));
+    properties["weights"] = ArrayOf({{"type", "number"}, {"minimum", 0}, {"maximum", 1}});
     Json shape = {{"frame", {{"type", "number"}}}, {"points", ArrayOf(Reference("vector"))}};
     properties["shapes"] = ArrayOf(Closed(std::move(shape), {"frame", "points"}));
   }

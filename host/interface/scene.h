@@ -176,6 +176,8 @@ class PolygonObject : public BaseObject {
   virtual const CPolygon* GetPolygonR() const = 0;
   /// As many as polygons, or null for a mesh without texture coordinates.
   virtual const UvwPolygon* GetUvwR() const = 0;
+  /// One weight a point, 0 to 1, that the user has painted; null if there are none.
+  virtual const float* GetWeightR() const = 0;
 };
 
 /// The object as a mesh, or null if it isn't one.

@@ -57,6 +57,26 @@ TEST(EmitterSampler, FastSourcesLeaveNoGap) {
   EXPECT_EQ(once.density_at({0.5, 0.5, 0.5}), 0);
 }
 
+TEST(EmitterSampler, PaintedWeightsScaleTheSurface) {
+  const auto given = [](const char* weights, const char* flag) {
+    SceneRun run(scene(kStill + weights,
+                       std::string(R"("density": 1, "density_mode": "add", "fill": false)") + flag,
+                       R"(, "source_substeps": 1)"));
+    run.frame();
+    return sum(run.density());
+  };
+  const char* const on = R"(, "corner_weights": true)";
+  const char* const quarter = R"(, "weights": [0.25, 0.25, 0.25, 0.25])";
+  const double whole = given("", "");
+  EXPECT_GT(whole, 1);
+  EXPECT_NEAR(given(quarter, on), 0.25 * whole, 1e-4 * whole);
+  EXPECT_EQ(given(quarter, ""), whole);
+  EXPECT_EQ(given("", on), whole) << "a mesh without weights";
+  const double corner = given(R"(, "weights": [1, 0, 0, 0])", on);
+  EXPECT_GT(corner, 0.1 * whole);
+  EXPECT_LT(corner, 0.6 * whole);
+}
+
 TEST(EmitterSampler, AddedAmountsArePerFrameAndSetOnesAreALevel) {
   double sums[2];
   for (int i = 0; i < 2; ++i) {
