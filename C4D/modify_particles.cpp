@@ -5,7 +5,6 @@
 #include "C4D/host_conversion.h"
 #include "C4D/volume_cache.h"
 #include "C4D/volume_parameters.h"
-#include "cache/cache_registry.h"
 #include "cache/slot_handle.h"
 #include "scene/particle_advection.h"
 #include "util/log.h"
@@ -16,20 +15,13 @@ namespace {
 
 constexpr double kUnitScale = 0.01;  // metres in a unit of the scene
 
-std::shared_ptr<BFS> existing_cache(const host::BaseObject& volume) {
-  CacheDirData data = cache_dir_data(volume);
-  std::string directory;
-  return resolve_cache_dir(data, directory, false, "") ? getCache(directory) : nullptr;
-}
-
 }  // namespace
 
-void modify_particles(const host::BaseObject& volume, const host::Particles& particles,
+void modify_particles(const host::BaseObject& volume, const std::shared_ptr<BFS>& store,
+                      const host::Particles& particles,
                       std::vector<host::ParticleModification>& changes, double step) try {
   const double strength = volume.GetDataInstance().GetReal(OVOLUME_PARTICLE_ADVECTION);
-  if (!(strength > 0) || !(step > 0)) return;
-  const std::shared_ptr<BFS> store = existing_cache(volume);
-  if (!store) return;
+  if (!(strength > 0) || !(step > 0) || !store) return;
   const int shown = frame_at_time(volume, volume.GetDocument().GetTime());
   const SlotHandle frame(store, shown, 0, true);
   if (!frame) return;

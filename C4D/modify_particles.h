@@ -1,16 +1,19 @@
 // The volume object as a force on particles, which then follow the cached flow.
 #pragma once
 
+#include <memory>
 #include <vector>
 
+#include "cache/bfs.h"
 #include "host/interface/scene.h"
 
 namespace nbx {
 
-/// As host::ObjectData::ModifyParticles. Does nothing while OVOLUME_PARTICLE_ADVECTION isn't above
-/// 0, and where the cache has no frame with velocity for the document's time. A frame that can't be
-/// read costs a log line.
-void modify_particles(const host::BaseObject& volume, const host::Particles& particles,
+/// As host::ObjectData::ModifyParticles, with the frames of `store`. Does nothing while
+/// OVOLUME_PARTICLE_ADVECTION isn't above 0, without a store, and where that has no frame with
+/// velocity for the document's time. A frame that can't be read costs a log line.
+void modify_particles(const host::BaseObject& volume, const std::shared_ptr<BFS>& store,
+                      const host::Particles& particles,
                       std::vector<host::ParticleModification>& changes, double step);
 
 }  // namespace nbx

@@ -51,6 +51,12 @@ std::string cache_directory(host::BaseObject& volume, bool create) {
   return directory;
 }
 
+std::string existing_cache_directory(const host::BaseObject& volume) {
+  CacheDirData data = cache_dir_data(volume);
+  std::string directory;
+  return resolve_cache_dir(data, directory, false, "") ? directory : std::string();
+}
+
 std::shared_ptr<BFS> volume_cache(host::BaseObject& volume, bool create) {
   const std::string directory = cache_directory(volume, create);
   return directory.empty() ? nullptr : getCache(directory);

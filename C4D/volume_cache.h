@@ -25,6 +25,8 @@ std::string named_cache(const host::BaseObject& volume);
 /// parameter then names it. Empty if there is none, with a log line where one should have been
 /// made.
 std::string cache_directory(host::BaseObject& volume, bool create);
+/// The same without `create`.
+std::string existing_cache_directory(const host::BaseObject& volume);
 
 /// The open store of that directory; empty if there is none.
 std::shared_ptr<BFS> volume_cache(host::BaseObject& volume, bool create);

@@ -3,6 +3,7 @@
 #include <QDir>
 
 #include "C4D/host_access.h"
+#include "C4D/modify_particles.h"
 #include "C4D/preferences.h"
 #include "C4D/save_assets.h"
 #include "C4D/volume_buttons.h"
@@ -43,7 +44,7 @@ void normalise_cache_location(host::BaseContainer& volume) {
 
 void lock_cache(host::BaseObject& volume) {
   const bool on = volume.GetDataInstance().GetBool(OVOLUME_CACHE_LOCK);
-  const std::string directory = cache_directory(volume, false);
+  const std::string directory = existing_cache_directory(volume);
   if (directory.empty())
     LogMessage() << "volume \"" << volume.GetName() << "\" has no cache to "
                  << (on ? "lock" : "unlock");
@@ -58,8 +59,8 @@ void parameter_changed(host::BaseObject& volume, std::int32_t id) {
 
 }  // namespace
 
-std::shared_ptr<BFS> VolumeObject::get_cache(host::BaseObject& object, bool create) {
-  const std::string directory = cache_directory(object, create);
+std::shared_ptr<BFS> VolumeObject::get_cache(const host::BaseObject& object) {
+  const std::string directory = existing_cache_directory(object);
   if (directory.empty() || (cache_ && cache_->directory() == directory)) return cache_;
   return cache_ = getCache(directory);
 }
@@ -68,7 +69,7 @@ void VolumeObject::handleButton(host::BaseObject& object, std::int32_t id) {
   if (id == OVOLUME_BAKE_FIRE)
     bake_fire(object.GetDataInstance());
   else if (id == OVOLUME_MEASURE_RANGE)
-    measure_range(object, get_cache(object, false));
+    measure_range(object, get_cache(object));
   else
     LogMessage() << "handleButton: unknown button id " << id;
 }
@@ -98,7 +99,7 @@ bool VolumeObject::GetDParameter(host::BaseList2D& node, std::int32_t id,
                                  host::ParameterValue& value) {
   auto& object = static_cast<host::BaseObject&>(node);
   const bool of_frame = id >= OVOLUME_INFO_GRID && id <= OVOLUME_INFO_BURN;
-  return info_field(value, id, object, of_frame ? get_cache(object, false) : nullptr);
+  return info_field(value, id, object, of_frame ? get_cache(object) : nullptr);
 }
 
 bool VolumeObject::GetDEnabling(const host::BaseList2D& node, std::int32_t id) const {
@@ -109,6 +110,12 @@ void VolumeObject::GetDimension(const host::BaseObject& object, host::Vector& ce
                                 host::Vector& radius) const {
   centre = {};
   radius = object.GetDataInstance().GetVector(OVOLUME_SIZE, {200, 200, 200}) * 0.5;
+}
+
+void VolumeObject::ModifyParticles(const host::BaseObject& object, const host::Particles& particles,
+                                   std::vector<host::ParticleModification>& changes, double step) {
+  if (object.GetDataInstance().GetReal(OVOLUME_PARTICLE_ADVECTION) > 0)
+    modify_particles(object, get_cache(object), particles, changes, step);
 }
 
 bool register_volume_object(host::HostServices& services) {

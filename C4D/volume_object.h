@@ -1,7 +1,6 @@
 // The volume object: the container of one simulation, whose place and size are the domain's.
 #pragma once
 
-#include "C4D/modify_particles.h"
 #include "cache/bfs.h"
 #include "host/interface/plugin.h"
 
@@ -18,14 +17,12 @@ class VolumeObject final : public host::ObjectData {
   void GetDimension(const host::BaseObject& object, host::Vector& centre,
                     host::Vector& radius) const override;
   void ModifyParticles(const host::BaseObject& object, const host::Particles& particles,
-                       std::vector<host::ParticleModification>& changes, double step) override {
-    modify_particles(object, particles, changes, step);
-  }
+                       std::vector<host::ParticleModification>& changes, double step) override;
 
  private:
-  /// The store of the object's cache. With `create` the cache is made if it is missing. Where there
-  /// is none, the store that the object held, which may be none either.
-  std::shared_ptr<BFS> get_cache(host::BaseObject& object, bool create);
+  /// The store of the object's cache. Where there is none, the store that the object held, which
+  /// may be none either.
+  std::shared_ptr<BFS> get_cache(const host::BaseObject& object);
   /// An id that is no button's costs a log line.
   void handleButton(host::BaseObject& object, std::int32_t id);
 

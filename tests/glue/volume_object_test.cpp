@@ -19,8 +19,7 @@ TEST(VolumeObject, PanelTellsOfTheShownFrame) {
   const FieldHandle density = acquire_field({64, 64, 130}), u = acquire_field({65, 64, 130});
   for (const auto& f : {density, u}) std::fill_n(f->data(), f->count(), 0.5f);
   (*density)(3, 4, 5) = -0.25f, (*density)(60, 61, 62) = 8;
-  frame.add(density, kGridDensity, {4, -5, 6}, {});
-  frame.add(u, kGridVelocityX, {4, -5, 6}, {});
+  frame.add(density, kGridDensity, {4, -5, 6}, {}), frame.add(u, kGridVelocityX, {4, -5, 6}, {});
   frame.frameTime = {{6, 25}, {1, 25}};
   ASSERT_TRUE(getCache(folder.path())->writeThrough(frame));
   test::TestDocument document(kVolume + R"("version": 0, "display_channel": "density",
