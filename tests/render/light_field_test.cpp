@@ -1,6 +1,9 @@
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cmath>
+#include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <omp.h>
@@ -84,6 +87,27 @@ TEST(DirectLightField, KeepsWhatLightsGive) {
       field.query(light, lighting, ray, points_at({{-0.1f, 4, 4}, {4, 4, 8.6f}, {NAN, 4, 4}}));
       for (int i = 0; i < 3; ++i) EXPECT_EQ(light.at(i), (Color{0, 0, 0})) << i;
     }
+}
+
+// Threads meet in cells that none of them has seen yet.
+TEST(DirectLightField, ThreadsShareTheCells) {
+  const RenderVolume volume = volume_of({12, 10, 9});
+  for (const LightCache mode : {LightCache::kLinear, LightCache::kCubic, LightCache::kPerLight}) {
+    TestLighting lighting;
+    DirectLightField field({.mode = mode});
+    ASSERT_TRUE(field.prepare(lighting, volume, 4, go_on));
+    std::array<Colors, 4> light;
+    std::vector<std::thread> threads;
+    for (Colors& mine : light)
+      threads.emplace_back([&] {
+        field.query(mine, lighting, RayRecord(),
+                    points_at({{4.25f, 4.5f, 4.125f}, {7.5f, 3.5f, 5.5f}}));
+      });
+    for (std::thread& thread : threads) thread.join();
+    for (const Colors& mine : light)
+      for (int i = 0; i < 2; ++i) EXPECT_EQ(mine.at(i), light[0].at(i));
+    EXPECT_NEAR(light[0].at(1)[0], 7.5, 1e-5);
+  }
 }
 
 TEST(DirectLightField, WeighsLightsByTheirDirection) {
