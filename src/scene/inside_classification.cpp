@@ -87,7 +87,7 @@ void mark_crossings(Votes& votes, int axis, const KdTree& tree,
 /// From crossings to votes: along each axis a cell's bit becomes the parity of all crossings up to
 /// it.
 void sum_crossings(Votes& votes) {
-  const auto [nx, ny, nz] = votes.size.v;
+  const int nx = votes.size[0], ny = votes.size[1], nz = votes.size[2];
 #pragma omp parallel
   {
 #pragma omp for schedule(static)
