@@ -142,12 +142,11 @@ bool March::view(double a, double b) {
   return renderer_.adaptive ? view_adaptive(a, b, s) : view_fixed(a, b, s);
 }
 
-bool March::view_fixed(double a, double b, const Steps& steps) {
+template <class Body>
+bool March::each_block(double a, double b, const Steps& steps, const Body& body) {
   const double count = std::min(std::ceil((b - a) / steps.least), kMostSteps);
   const double dt = (b - a) / count;
   const double first = a + random_.uniform() * dt;
-  BlockSums sums;
-  alignas(64) float depth[kBlock], loss[kBlock];
   for (double done = 0; done < count;) {
     const double start = first + done * dt;
     if (steps.skips) {
@@ -160,14 +159,23 @@ bool March::view_fixed(double a, double b, const Steps& steps) {
     const int n = static_cast<int>(std::min<double>(kBlock, count - done));
     double t[kBlock];
     for (int i = 0; i < kBlock; ++i) t[i] = start + std::min(i, n - 1) * dt;
+    if (!body(t, n, dt)) return false;
+    done += n;
+  }
+  return true;
+}
+
+bool March::view_fixed(double a, double b, const Steps& steps) {
+  BlockSums sums;
+  alignas(64) float depth[kBlock], loss[kBlock];
+  return each_block(a, b, steps, [&](const double* t, int n, double dt) {
     evaluate(sums, t, n);
     for (int i = 0; i < kBlock; ++i) depth[i] = sums.sigma[i] * static_cast<float>(dt);
     march_kernels().absorb(loss, depth, n);
     for (int i = 0; i < n; ++i)
       if (!add_step(sums, loss, i)) return false;
-    done += n;
-  }
-  return true;
+    return true;
+  });
 }
 
 // Steps halve where they contribute much and double where they contribute little. The first one has
@@ -226,41 +234,24 @@ bool March::view_adaptive(double a, double b, const Steps& steps) {
 bool March::shadow(double a, double b) {
   const Steps s = steps(&RenderVolume::shadowStep);
   if (!(s.least > 0) || !(b > a)) return true;
-  const double count = std::min(std::ceil((b - a) / s.least), kMostSteps);
-  const double dt = (b - a) / count;
-  const double first = a + random_.uniform() * dt;
   // Optical depth so far, less ln 2 for each time that the roulette spared the ray.
-  double sum = -std::log(transmittance_ * incoming_);
+  const double sum = -std::log(transmittance_ * incoming_);
   const double limit = -std::log(renderer_.cutoff);
   alignas(64) float sigma[kBlock];
   double added = 0;
-  for (double done = 0; done < count;) {
-    const double start = first + done * dt;
-    if (s.skips) {
-      const double empty = std::floor(empty_distance_at(start) / dt);
-      if (empty >= 1) {
-        done += empty;
-        continue;
-      }
-    }
-    const int n = static_cast<int>(std::min<double>(kBlock, count - done));
-    double t[kBlock];
-    for (int i = 0; i < kBlock; ++i) t[i] = start + std::min(i, n - 1) * dt;
+  const bool whole = each_block(a, b, s, [&](const double* t, int n, double dt) {
     evaluate_shadow(sigma, t, n);
     for (int i = 0; i < n; ++i) {
       if (!(sigma[i] > 0)) continue;
       added += sigma[i] * dt;
       if (sum + added <= limit) continue;
-      if (random_.coin()) {
-        transmittance_ = 0;
-        return false;
-      }
+      if (random_.coin()) return false;
       added -= std::numbers::ln2;
     }
-    done += n;
-  }
-  transmittance_ *= std::exp(-added);
-  return true;
+    return true;
+  });
+  transmittance_ *= whole ? std::exp(-added) : 0;
+  return whole;
 }
 
 }  // namespace nbx

@@ -33,6 +33,10 @@ class March {
     bool skips;          // samples may be left out where the proximity says that nothing shows
   };
   Steps steps(double RenderVolume::*share) const;
+  /// Calls body(t, n, dt) for blocks of n samples that lie dt apart over [a, b], the first at a
+  /// random place within dt, until it gives false, which is then the result.
+  template <class Body>
+  bool each_block(double a, double b, const Steps& steps, const Body& body);
   bool view_fixed(double a, double b, const Steps& steps);
   bool view_adaptive(double a, double b, const Steps& steps);
 
