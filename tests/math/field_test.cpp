@@ -48,11 +48,14 @@ TEST(FieldChecks, RefuseFieldsThatDontFit) {
   const Field<float> U(5, 4, 3), V(4, 5, 3), W(4, 4, 4), flat(16, 3, 1);
   EXPECT_EQ(check_mac(U, V, W), Vec3i(4, 4, 3));
   EXPECT_THROW(check_mac(V, V, W), FieldDimensionMismatchException);
+  EXPECT_THROW(check_mac(U, U, W), FieldDimensionMismatchException);
+  EXPECT_THROW(check_mac(U, V, V), FieldDimensionMismatchException);
   EXPECT_THROW(check_mac(U, V, W, flat), FieldDimensionMismatchException);
 }
 
-TEST(FieldPool, HandsOutTheLastReleasedFirst) {
+TEST(FieldPool, HandsOutTheLastReleasedFirstAndDestroysTheUnused) {
   field_pool().release_unused();
+  block_pool().release_unused();
   const auto before = field_pool().counts();
   Field<float>*a = field_pool().acquire(), *b = field_pool().acquire();
   a->resize(10, 10, 10);
@@ -65,6 +68,24 @@ TEST(FieldPool, HandsOutTheLastReleasedFirst) {
     EXPECT_EQ(field_pool().counts().in_use, before.in_use + 1);
   }
   EXPECT_EQ(field_pool().counts().in_use, before.in_use);
+  EXPECT_EQ(field_pool().counts().known, before.known + 2);
+
+  const test::LogCapture log;
+  const FieldHandle held = acquire_field();
+  SparseBlock* const block = block_pool().acquire();
+  block_pool().release(block_pool().acquire());
+  mem_stats();
+  field_pool().release_unused();
+  block_pool().release_unused();
+  EXPECT_EQ(field_pool().counts().known, before.known + 1) << "the free one is destroyed";
+  EXPECT_EQ(block_pool().counts().known, block_pool().counts().in_use);
+  const std::string in_use = std::to_string(before.in_use + 1);
+  EXPECT_TRUE(log.contains("mem stats: " + in_use + "/" + std::to_string(before.known + 2) +
+                           " dense fields, 1/2 sparse blocks, "))
+      << log.text();
+  EXPECT_TRUE(log.contains("FieldPool(4)::release_unused fields " + in_use + ", free 0\n"));
+  block_pool().release(block);
+  block_pool().release_unused();
 }
 
 TEST(FieldPoolDeathTest, UnknownAddressEndsTheProcess) {

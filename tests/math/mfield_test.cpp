@@ -111,7 +111,12 @@ TEST(MField, AssignAndSwapBetweenAllSides) {
         const Field<float> a_before = contents(a), b_before = contents(b);
         a.move_to(a_side);
         b.move_to(b_side);
+        const FieldHandle a_shared = a.cpu_handle(), b_shared = b.cpu_handle();
         a.swap(b);
+        if (a_side == kCpu && b_side == kCpu) {
+          EXPECT_EQ(a.cpu_handle(), a_shared) << "who shares a field sees the new contents";
+          EXPECT_EQ(b.cpu_handle(), b_shared);
+        }
         EXPECT_EQ(a.location(), a_side);
         EXPECT_EQ(b.location(), a_side);
         EXPECT_TRUE(test::same_bits(contents(a), b_before));

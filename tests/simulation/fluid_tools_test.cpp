@@ -64,6 +64,8 @@ TEST(FluidTools, SubtractPressureGradient) {
       Grid g;
       subtract_pressure_gradient(g.U, g.V, g.W, g.centre, dx, solid ? &g.phi : nullptr);
       EXPECT_TRUE(g.same(plain));
+      EXPECT_THROW(subtract_pressure_gradient(g.U, g.U, g.W, g.centre, dx, nullptr),
+                   FieldDimensionMismatchException);
     });
   }
 }
@@ -156,28 +158,39 @@ TEST(FluidTools, FacesOfSolidsTakeTheSolidsVelocity) {
     for (Field<float>* f : {&g.U, &g.V, &g.W})
       held += std::count(f->data(), f->data() + f->count(), 10.0f);
     EXPECT_EQ(held, 14);
+    // A solid ghost at a far side holds the last face before it.
+    g.phi(7, g.ny - 1, 4) = g.phi(7, 4, g.nz - 1) = -1;
+    constrainBoundaryVelocityT(g.phi, solid.U, solid.V, solid.W, g.U, g.V, g.W);
+    EXPECT_EQ(g.V(7, g.ny - 1, 4) + g.W(7, 4, g.nz - 1), 20);
   });
 }
 
+// Solid fills all below `surface` along an axis, and the channel grows by 1 from cell to cell. The
+// point of the surface lies between the cells 5 and 6, and only 6 is fluid. What is deeper than the
+// root of 12 has no such point.
 TEST(FluidTools, ChannelInsideSolid) {
-  // Solid fills x < 5.5. The channel grows by 1 from cell to cell.
-  Field<float> phi(10, 5, 5), channel(10, 5, 5), start;
-  each_cell(phi.dims(), 0, [&](int i, int j, int k) {
-    const float distance = static_cast<float>(i) - 5.5f;
-    phi(i, j, k) = distance * std::abs(distance);
-    channel(i, j, k) = static_cast<float>(i);
-  });
-  start.copy(channel);
-  set_channel_inside_solid(phi, channel, false, -3);
-  for (int i = 1; i < 9; ++i) EXPECT_EQ(channel(i, 2, 2), i < 6 ? -3 : static_cast<float>(i));
-  EXPECT_EQ(channel(0, 2, 2), 0) << "a ghost";
-
-  // The surface point lies half-way between the cells 5 and 6, and only 6 is fluid. Cell 2 is 3.5
-  // voxels deep.
-  channel.copy(start);
-  set_channel_inside_solid(phi, channel, true, -3);
-  for (int i = 1; i < 9; ++i)
-    EXPECT_EQ(channel(i, 2, 2), i <= 2 ? -3 : std::max(6.0f, static_cast<float>(i))) << i;
+  for (int axis = 0; axis < 3; ++axis)
+    for (const float surface : {5.46f, 5.47f})
+      for (const bool extrapolate : {false, true}) {
+        Vec3i n(5, 5, 5);
+        n[axis] = 10;
+        Field<float> phi(n[0], n[1], n[2]), channel(n[0], n[1], n[2]);
+        each_cell(n, 0, [&](int i, int j, int k) {
+          channel(i, j, k) = static_cast<float>(Vec3i(i, j, k)[axis]);
+          const float distance = channel(i, j, k) - surface;
+          phi(i, j, k) = distance * std::abs(distance);
+        });
+        set_channel_inside_solid(phi, channel, extrapolate, -3);
+        const int reached = !extrapolate ? 6 : surface < 5.465f ? 2 : 3;
+        for (int i = 0; i < 9; ++i) {
+          Vec3i at(2, 2, 2);
+          at[axis] = i;
+          const float expected = i == 0        ? 0.0f  // a ghost
+                                 : i < reached ? -3.0f
+                                               : std::max(extrapolate ? 6.0f : 0.0f, float(i));
+          EXPECT_EQ(channel(at[0], at[1], at[2]), expected) << axis << " " << surface << " " << i;
+        }
+      }
 }
 
 }  // namespace

@@ -92,11 +92,37 @@ TEST(Project, LeavesNoDivergence) {
     }
 }
 
+// A puff that is blown upwards above the floor, with the cycles and the tolerance of a run. Among
+// side walls these cycles don't reach the tolerance. There the bound is what they reach today,
+// 0.117, and a tenth more.
+TEST(Project, APuffBehindWallsWithTheSettingsOfARun) {
+  const struct {
+    std::array<int, 6> faces;
+    float most;
+  } cases[] = {{{}, 0.01f},
+               {{0, 0, 1, 0, 0, 0}, 0.01f},
+               {{1, 1, 1, 0, 1, 1}, 0.13f},
+               {{1, 1, 1, 1, 1, 1}, 0.13f}};
+  for (const auto& c : cases) {
+    Box box({48, 64, 48}, c.faces);
+    box.zero();
+    test::each_cell(box.V.dims(), 1, [&](int i, int j, int k) {
+      const double r = std::hypot(i - 24.5, j - 13, k - 24.5) / 6;
+      box.V(i, j, k) = 2 * static_cast<float>(std::exp(-r * r));
+    });
+    box.settings.dx = 0.05;
+    box.settings.max_cycles = SimSettings().max_cycles;
+    ASSERT_GT(box.divergence(), 5);
+    std::ignore = box.run();
+    EXPECT_LT(box.divergence(), c.most + 1e-4f);
+  }
+}
+
 TEST(Project, FacesOfSolidsHoldTheirVelocity) {
   // The passes round the ball end at the tolerance. What they leave, the last solve takes away with
   // a pressure that doesn't see the ball, so the faces move by what the tolerance allows.
-  const auto slip_at = [](double tolerance, int passes) {
-    Box box({33, 24, 30}, {}, 0.1f);
+  const auto slip_at = [](const std::array<int, 6>& faces, double tolerance, int passes) {
+    Box box({33, 24, 30}, faces, 0.1f);
     box.add_ball();
     box.settings.pressure_tolerance = tolerance;
     box.settings.solid_iterations = passes;
@@ -104,9 +130,11 @@ TEST(Project, FacesOfSolidsHoldTheirVelocity) {
     EXPECT_LT(box.divergence(), tolerance + 1e-5);
     return box.slip();
   };
-  EXPECT_GT(slip_at(0.01, 0), 0.1f) << "without the passes";
-  EXPECT_LT(slip_at(0.01, 10), 0.025f);
-  EXPECT_LT(slip_at(1e-4, 1000), 0.0012f);
+  EXPECT_GT(slip_at({}, 0.01, 0), 0.1f) << "without the passes";
+  EXPECT_LT(slip_at({}, 0.01, 10), 0.025f);
+  EXPECT_LT(slip_at({}, 1e-4, 1000), 0.0012f);
+  // Walls hold in every pass, or the last solve would push what flows against them into the ball.
+  EXPECT_LT(slip_at({1, 0, 1, 1, 0, 1}, 1e-4, 1000), 0.0012f);
 }
 
 TEST(Project, SameBitsForAnyNumberOfThreads) {

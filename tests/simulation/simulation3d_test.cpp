@@ -84,6 +84,7 @@ TEST(Simulation3D, SubstepsArePlannedEqualAndBounded) {
 
   // Fast gas takes all that are allowed; the limit gives way, not the frame.
   for (int allowed : {1, 3}) {
+    const test::LogCapture log;
     SmokeRun fast;
     fast.max_substeps = allowed;
     fast.start();
@@ -95,6 +96,8 @@ TEST(Simulation3D, SubstepsArePlannedEqualAndBounded) {
     ASSERT_EQ(fast.scene.steps.size(), static_cast<std::size_t>(allowed));
     for (double dt : fast.scene.steps) EXPECT_NEAR(dt, 0.04 / allowed, 1e-12);
     EXPECT_NEAR(fast.sim.settings.frame_elapsed, 0.04, 1e-12);
+    EXPECT_EQ(log.count("mem stats: "), 2 + allowed) << "one a substep";
+    EXPECT_EQ(log.count("vel updt = "), 1 + 3) << "one a frame";
   }
 }
 
