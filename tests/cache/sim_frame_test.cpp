@@ -1,7 +1,5 @@
 #include "cache/sim_frame.h"
 
-#include <thread>
-
 #include "cache/frame_bytes.h"
 #include "support/full_disk.h"
 #include "support/support.h"
@@ -147,25 +145,6 @@ TEST_F(SimFrameTest, DimensionsOffsetAndBox) {
   const int most = std::numeric_limits<int>::max();
   frame.grids[kGridSolid].offset = {most, most, most};
   EXPECT_EQ(frame.box().hi, Vec3i(most, most, most));
-}
-
-TEST_F(SimFrameTest, SeveralReadersLoadAtOnce) {
-  SimFrame frame;
-  for (int type = 1; type <= 8; ++type) frame.add(filled({20, 20, 20}, 4), type, {}, {});
-  ASSERT_GT(frame.write(path, Codec::kRaw), 0u);
-  SimFrame shared;
-  ASSERT_TRUE(shared.load(path));
-  std::vector<std::thread> readers;
-  std::vector<std::vector<FieldHandle>> got(4);
-  for (auto& mine : got)
-    readers.emplace_back([&] {
-      for (int type = 1; type <= 8; ++type) mine.push_back(shared.grid(type));
-    });
-  for (auto& reader : readers) reader.join();
-  for (int i = 0; i < 8; ++i) {
-    EXPECT_TRUE(test::same_bits(*got[0][i], *frame.grid(1 + i)));
-    for (const auto& mine : got) EXPECT_EQ(mine[i], got[0][i]);
-  }
 }
 
 // Grids large enough to be encoded on several threads give the bytes of one after the other.

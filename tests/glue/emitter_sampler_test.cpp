@@ -219,27 +219,6 @@ TEST(EmitterSampler, ParticlesEmitAndHandOverTheirVelocity) {
   EXPECT_LE(speed, 0.5f);
 }
 
-TEST(EmitterSampler, SameBitsForAnyNumberOfThreads) {
-  const std::string objects =
-      scene(kCube + R"(, "keyframes": {"rotation": [[0, [0, 0, 0]], [2, [50, 20, 90]]]})",
-            R"("density": 1, "temperature": 0.3, "temperature_mode": "add", "normal_force": 80,
-               "direction": [3, 9, -40], "expansion": 2)");
-  Field<float> velocity, content;
-  for (const int threads : {1, 2, 3}) {
-    const test::ThreadCount count(threads);
-    SceneRun run(objects);
-    run.frame();
-    const Field<float>& w = run.sim.fluid().W().cpu_field();
-    if (threads == 1) {
-      velocity.copy(w);
-      content.copy(run.density());
-      EXPECT_GT(infnorm(velocity), 0.1f);
-    }
-    EXPECT_TRUE(test::same_bits(w, velocity)) << threads;
-    EXPECT_TRUE(test::same_bits(run.density(), content)) << threads;
-  }
-}
-
 // What scenes have by mistake: it costs a log line or nothing, and the rest of the scene goes on.
 TEST(EmitterSampler, BadInputIsSkipped) {
   const std::string box = R"("type": "mesh", "points": [[-6, -6, -6], [6, -6, -6], [6, -6, 6],

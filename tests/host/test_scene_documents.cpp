@@ -58,34 +58,6 @@ TEST(SceneDocument, WritingGivesTheTextThatWasRead) {
   EXPECT_EQ(WriteDocument(*document, "/"), written);
 }
 
-TEST(SceneDocument, HoldsWhatItsTextSays) {
-  const auto document = Read(kFullScene);
-  EXPECT_EQ(document->GetMinTime(), BaseTime(-1, 3));
-  EXPECT_EQ(document->GetLoopMaxTime(), BaseTime(5, 3));
-  SceneObject* rig = document->GetFirstObject();
-  EXPECT_FALSE(rig->GetDeformMode());
-  SceneObject* box = rig->GetDown();
-  EXPECT_EQ(box->GetUp(), rig);
-  EXPECT_EQ(box->GetNext()->GetNext(), nullptr);
-
-  const BaseContainer& data = box->GetDataInstance();
-  EXPECT_EQ(data.GetBool(test_plugin::kActive, true), false);
-  EXPECT_EQ(data.GetLong(test_plugin::kMode), 20);
-  EXPECT_EQ(data.GetVector(test_plugin::kWind), (Vector{0.1, 0.2, 0.1 + 0.2}));
-  EXPECT_EQ(data.GetTime(test_plugin::kStart), BaseTime(1, 3));
-  EXPECT_EQ(data.GetLink(test_plugin::kTarget), rig->GetNext());
-  EXPECT_EQ(data.GetCurve(test_plugin::kShape)[1],
-            (CurvePoints::value_type{0.2, 1e-300, CurveMode::Linear, CurveMode::Smooth, 0.75}));
-  EXPECT_EQ(document->Resolve(data.GetFilename(test_plugin::kFolder)).path, "/caches/a b");
-  // The twin's parameters were left at their defaults, but for a link to itself.
-  const BaseContainer& twin = box->GetNext()->GetDataInstance();
-  EXPECT_EQ(twin.GetReal(test_plugin::kSize), 2.0);
-  EXPECT_EQ(twin.GetLink(test_plugin::kTarget), box->GetNext());
-  EXPECT_EQ(box->GetFirstTag()->GetObject(), box);
-  EXPECT_EQ(ToPoly(rig->GetNext())->GetPolygonR()[0], (CPolygon{0, 1, 2, 2}));
-  EXPECT_EQ(ToPoly(box), nullptr);
-}
-
 TEST(SceneDocument, FilesKeepTheirPlaceWhenTheDocumentMoves) {
   nbx::test::TemporaryFolder folder;
   std::ofstream(folder.file("scene.json"))

@@ -2,7 +2,6 @@
 #include "math/field.h"
 
 #include <csignal>
-#include <thread>
 
 #include "math/field_checks.h"
 #include "math/field_pool.h"
@@ -93,29 +92,6 @@ TEST(FieldPoolDeathTest, UnknownAddressEndsTheProcess) {
   Field<float> stranger;
   EXPECT_EXIT(field_pool().release(&stranger), testing::KilledBySignal(SIGABRT), "");
   EXPECT_TRUE(log.contains("FATAL: releasing unknown field"));
-}
-
-TEST(FieldPool, ServesManyThreads) {
-  BlockPool pool(8);
-  std::atomic<int> clashes{0};
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t)
-    threads.emplace_back([&, t] {
-      for (int i = 0; i < 500; ++i) {
-        SparseBlock *a = pool.acquire(), *b = pool.acquire();
-        const float mark = static_cast<float>(t * 500 + i);
-        a->values[0] = b->values[511] = mark;
-        if (i % 50 == 0) pool.release_unused();
-        clashes += a == b || a->values[0] != mark || b->values[511] != mark;
-        pool.release(a);
-        pool.release(b);
-      }
-    });
-  for (std::thread& t : threads) t.join();
-  EXPECT_EQ(clashes, 0);
-  EXPECT_EQ(pool.counts().in_use, 0u);
-  EXPECT_LE(pool.counts().known, 8u);
-  pool.release_unused();
 }
 
 }  // namespace nbx

@@ -1,9 +1,9 @@
 #include "simulation/advection.h"
 
 #include <cmath>
-#include <functional>
 #include <limits>
 
+#include "math/mfield_operations.h"
 #include "simulation/cpu_advection.h"
 #include "simulation/plain_advection.h"
 #include "support/support.h"
@@ -26,23 +26,16 @@ Vec3i face_dims(Vec3i centre, Lookup lookup) {
 
 // A velocity on faces and a record that advects along it.
 struct Flow {
-  // velocity = f(x, y, z) in centre coordinates, on each component's own faces.
-  Flow(const Vec3i& centre, const std::function<Vec3d(const Vec3d&)>& f) {
+  Flow(const Vec3i& centre, const Vec3f& v) {
     params.dt = params.dx = 1;
     params.settings = &settings;
     for (int a = 0; a < 3; ++a) {
       velocity[a].resize(kCpu, face_dims(centre, static_cast<Lookup>(a)));
       params.velocity[a] = &velocity[a];
-      Field<float>& v = velocity[a].cpu_field();
-      test::each_cell(v.dims(), 0, [&](int i, int j, int k) {
-        Vec3d p(i, j, k);
-        p[a] -= 0.5;
-        v(i, j, k) = static_cast<float>(f(p)[a]);
-      });
+      m_set(velocity[a], v[a]);
     }
     keep_traces(true);
   }
-  Flow(const Vec3i& centre, const Vec3d& v) : Flow(centre, [v](const Vec3d&) { return v; }) {}
 
   void keep_traces(bool keep) {
     for (int a = 0; a < 3; ++a) {
@@ -51,11 +44,6 @@ struct Flow {
     }
     params.back_stale = params.fwd_stale = true;
   }
-  Vec3f traced(int i, int j, int k) {
-    return {back[0].cpu_field()(i, j, k), back[1].cpu_field()(i, j, k),
-            back[2].cpu_field()(i, j, k)};
-  }
-
   MField velocity[3], back[3], fwd[3];
   SimSettings settings;
   AdvectionParams params;
@@ -64,7 +52,7 @@ struct Flow {
 // The fast loops give the bits of the plain form for every choice, every instruction set, with
 // traces cached by two threads and live on one.
 void expect_plain_bits(const Vec3i& centre, bool wild) {
-  Flow flow(centre, Vec3d());
+  Flow flow(centre, Vec3f());
   AdvectionParams& q = flow.params;
   for (int a = 0; a < 3; ++a) {
     Field<float>& v = flow.velocity[a].cpu_field();
@@ -110,7 +98,7 @@ TEST(Advection, WildVelocitiesAndPositionsStayInsideOfMemory) {
   for (const Vec3i& centre : {Vec3i(21, 5, 6), Vec3i(3, 3, 3)}) expect_plain_bits(centre, true);
 
   const Vec3i dims(20, 6, 5);
-  Flow flow(dims, Vec3d());
+  Flow flow(dims, Vec3f());
   MField src(kCpu, dims), dst;
   test::fill_random(src.cpu_field(), 1);
   advect(dst, src, flow.params);
@@ -127,57 +115,10 @@ TEST(Advection, WildVelocitiesAndPositionsStayInsideOfMemory) {
   }
 }
 
-// Under an affine velocity trilinear samples are exact, so the midpoint rule has a closed form:
-// c - s v(c - s/2 v(c)) in centre coordinates, whatever faces the advected samples sit on. Here the
-// adaptive tracer takes one step, too.
-TEST(Advection, TracesAffineVelocityExactly) {
-  const auto v = [](const Vec3d& p) {
-    const Vec3d q = p - Vec3d(8, 8, 8);
-    return Vec3d(0.3 + 0.10 * q[0] - 0.05 * q[1] + 0.02 * q[2],
-                 0.1 + 0.07 * q[0] + 0.03 * q[1] - 0.04 * q[2],
-                 -0.2 - 0.03 * q[0] + 0.06 * q[1] + 0.05 * q[2]);
-  };
-  const Vec3i centre(16, 17, 18);
-  Flow flow(centre, v);
-  flow.params.dx = 0.5;
-  for (int choice = 0; choice < 16; ++choice) {
-    const double dt = flow.params.dt = choice / 8 ? 0.25 : -0.25;
-    flow.params.tracer = static_cast<Tracer>(choice / 4 % 2);
-    flow.params.lookup = kLookups[choice % 4];
-    cpu_cache_tracer(flow.params, true, face_dims(centre, flow.params.lookup));
-    Vec3d offset;
-    if (choice % 4 < 3) offset[choice % 4] = 0.5;
-    for (int i = 3; i < 13; ++i) {
-      const Vec3i c(i, 15 - i, 5 * i % 11 + 3);
-      const Vec3d at = vector_cast<double>(c) - offset;
-      const Vec3d expected = at - v(at - v(at) * dt) * (2 * dt) + offset;
-      for (int a = 0; a < 3; ++a)
-        EXPECT_NEAR(flow.traced(c[0], c[1], c[2])[a], expected[a], 4e-6) << choice;
-    }
-  }
-}
-
-// A quarter turn about the middle. A component moves by a quarter voxel at most in a step, so a
-// step turns by e <= sqrt(2) / 4 / r and lags by e^3 / 6, as a midpoint step does to third order.
-TEST(Advection, AdaptiveTracerFollowsACircle) {
-  const Vec3i dims(41, 41, 5);
-  Flow flow(dims, [](const Vec3d& p) { return Vec3d(20 - p[1], p[0] - 20, 0); });
-  flow.params.tracer = Tracer::kAdaptive;
-  flow.params.dt = std::acos(0.0);
-  flow.params.tolerance = 0.25;
-  cpu_cache_tracer(flow.params, true, dims);
-  for (const int i : {2, 9, 17, 26, 38}) {
-    const double r = std::abs(i - 20), e = std::sqrt(2.0) / 4 / r;
-    const double bound = flow.params.dt * r * e * e / 6 + 3e-4;  // and the rounding of 150 steps
-    EXPECT_NEAR(flow.traced(i, 20, 2)[0], 20, bound);
-    EXPECT_NEAR(flow.traced(i, 20, 2)[1], 40 - i, bound);
-  }
-}
-
 // Each lookup ends with its own boundary: closed walls hold their own component only.
 TEST(Advection, BoundaryOfTheLookup) {
   const Vec3i centre(8, 8, 8);
-  Flow flow(centre, Vec3d(0.1, 0.1, 0.1));
+  Flow flow(centre, Vec3f(0.1f, 0.1f, 0.1f));
   flow.keep_traces(false);
   flow.settings.face_closed = {1, 1, 1, 1, 1, 1};
   flow.settings.domain_box = flow.settings.active_box = {Vec3i(0, 0, 0), Vec3i(5, 5, 5)};
@@ -199,7 +140,7 @@ TEST(Advection, BoundaryOfTheLookup) {
 
 TEST(Advection, StaleCachesAreRecomputedAndOthersAreUsed) {
   const Vec3i dims(8, 8, 8);
-  Flow flow(dims, Vec3d(1, 0, 0)), other(dims, Vec3d(0, 1, 0));
+  Flow flow(dims, Vec3f(1, 0, 0)), other(dims, Vec3f(0, 1, 0));
   MField src(kCpu, dims), dst;
   Field<float>& f = src.cpu_field();
   test::fill_random(f, 2);

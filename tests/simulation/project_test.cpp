@@ -137,17 +137,6 @@ TEST(Project, FacesOfSolidsHoldTheirVelocity) {
   EXPECT_LT(slip_at({1, 0, 1, 1, 0, 1}, 1e-4, 1000), 0.0012f);
 }
 
-TEST(Project, SameBitsForAnyNumberOfThreads) {
-  const Vec3i size(44, 43, 40);
-  Box one(size, {1, 0, 0, 0, 1, 1}), two(size, {1, 0, 0, 0, 1, 1});
-  for (Box* box : {&one, &two}) {
-    const test::ThreadCount threads(box == &one ? 1 : 2);
-    box->add_ball();
-    EXPECT_GT(box->run().cycles, 0);
-  }
-  EXPECT_TRUE(one.same(two));
-}
-
 TEST(Project, FailuresGiveEverythingBack) {
   const auto in_use = field_pool().counts().in_use;
   Box box({8, 8, 8}, {});
