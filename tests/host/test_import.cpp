@@ -17,70 +17,15 @@
 namespace host::test {
 namespace {
 
-/// Numbers that a glTF text refers to; of another component than floats only zeros.
-struct Accessor {
-  const char* type;
-  int count;
-  std::vector<float> numbers;
-  int component = 5126;
-};
-
-/// An arm that turns half around y in one second and carries a triangle that grows a corner; a
-/// ring that turns 170 degrees about x; a skinned triangle whose bone rises; lamp, eye and roles.
+/// data/arm.gltf: an arm that turns half around y in one second and carries a triangle that grows a
+/// corner; a ring that turns 170 degrees about x; a skinned triangle whose bone rises; lamp, eye
+/// and roles.
 std::string WriteScene(const nbx::test::TemporaryFolder& folder, const std::string& name,
                        const std::string& generator, const std::string& extras) {
-  const float angle = static_cast<float>(85 * std::numbers::pi / 180);
-  const Accessor all[] = {
-      {"VEC3", 3, {0, 0, 0, 1, 0, 0, 0, 1, 0}},  // points
-      {"VEC3", 3, {0, 0, 0, 0, 0, 0, 0, 0, 2}},  // what they grow by
-      {"SCALAR", 2, {0, 1}},                     // times and weights
-      {"VEC4", 2, {0, 0, 0, 1, 0, 1, 0, 0}},     // a half turn
-      {"VEC4", 2, {0, 0, 0, 1, std::sin(angle), 0, 0, std::cos(angle)}},
-      {"VEC3", 2, {0, 0, 0, 0, 4, 0}},                    // a rise
-      {"VEC4", 3, {0, 0, 0}, 5121},                       // joints of the points
-      {"VEC4", 3, {1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0}},  // how far they are bound
-      {"MAT4", 1, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}}};
-  std::string bytes, views, accessors;
-  for (const Accessor& a : all) {
-    const std::string comma = &a == all ? "" : ", ", size = std::to_string(a.numbers.size() * 4);
-    views += comma + R"({"buffer": 0, "byteOffset": )" + std::to_string(bytes.size()) +
-             ", \"byteLength\": " + size + "}";
-    accessors += comma + "{\"bufferView\": " + std::to_string(&a - all) +
-                 ", \"componentType\": " + std::to_string(a.component) +
-                 ", \"count\": " + std::to_string(a.count) + ", \"type\": \"" + a.type + "\"}";
-    bytes.append(reinterpret_cast<const char*>(a.numbers.data()), a.numbers.size() * 4);
-  }
-  std::ofstream(folder.file("numbers.bin"), std::ios::binary) << bytes;
-  std::ofstream(folder.file(name))
-      << R"({"asset": {"version": "2.0", "generator": ")" << generator
-      << R"("}, "scene": 0, "scenes": [{"nodes": [0, 2, 3, 4, 5, 7]}], "nodes": [
-      {"name": "Arm", "translation": [1, 2, 3], "children": [1]},
-      {"name": "Grow", "mesh": 0},
-      {"name": "Ring", "mesh": 1},
-      {"name": "Lamp", "translation": [0, 1, 0], "extensions": {"KHR_lights_punctual": {"light": 0}}},
-      {"name": "Eye", "camera": 0, "translation": [0, 0, 5]},
-      {"name": "Skinned", "mesh": 2, "skin": 0, "translation": [7, 7, 7]},
-      {"name": "Bone", "translation": [0, 0, 0]},
-      {"name": "Domain", "children": [6], "extras": )"
-      << extras << R"(}],
-    "meshes": [{"primitives": [{"attributes": {"POSITION": 0}, "material": 0, "targets": [{"POSITION": 1}]}]},
-      {"primitives": [{"attributes": {"POSITION": 0}}]},
-      {"primitives": [{"attributes": {"POSITION": 0, "JOINTS_0": 6, "WEIGHTS_0": 7}}]}],
-    "skins": [{"joints": [6], "inverseBindMatrices": 8}],
-    "materials": [{"name": "Copper", "pbrMetallicRoughness":
-      {"baseColorFactor": [0.5, 0.25, 1, 1], "metallicFactor": 0.5, "roughnessFactor": 0.3}}],
-    "cameras": [{"type": "perspective", "perspective": {"aspectRatio": 2, "yfov": 1, "znear": 0.1}}],
-    "extensionsUsed": ["KHR_lights_punctual"], "extensions": {"KHR_lights_punctual": {"lights": [
-      {"type": "spot", "color": [1, 0.5, 0], "intensity": 6830, "spot": {"outerConeAngle": 0.5}}]}},
-    "animations": [{"channels": [{"sampler": 0, "target": {"node": 0, "path": "rotation"}},
-      {"sampler": 1, "target": {"node": 2, "path": "rotation"}},
-      {"sampler": 2, "target": {"node": 1, "path": "weights"}},
-      {"sampler": 3, "target": {"node": 6, "path": "translation"}}],
-      "samplers": [{"input": 2, "output": 3}, {"input": 2, "output": 4},
-                   {"input": 2, "output": 2}, {"input": 2, "output": 5}]}],
-    "buffers": [{"uri": "numbers.bin", "byteLength": )"
-      << bytes.size() << "}], \"bufferViews\": [" << views << "], \"accessors\": [" << accessors
-      << "]}";
+  std::string text = nbx::test::read_file(NBX_HOST_TEST_DATA "/arm.gltf");
+  text.replace(text.find("GENERATOR"), 9, generator);
+  text.replace(text.find("EXTRAS"), 6, extras);
+  std::ofstream(folder.file(name)) << text;
   return folder.file(name);
 }
 

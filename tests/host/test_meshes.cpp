@@ -1,6 +1,5 @@
 // Meshes from files: where they land, which side is outside, and what is said of bad ones.
 #include <fstream>
-#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -10,48 +9,13 @@
 namespace host::test {
 namespace {
 
-// A box from (0, 0, 0) to (1, 2, 3) of a right-handed space, outer sides counter-clockwise.
-const int kQuads[6][4] = {{0, 3, 2, 1}, {4, 5, 6, 7}, {0, 1, 5, 4},
-                          {2, 3, 7, 6}, {0, 4, 7, 3}, {1, 2, 6, 5}};
-const float kCorners[8][3] = {{0, 0, 0}, {1, 0, 0}, {1, 2, 0}, {0, 2, 0},
-                              {0, 0, 3}, {1, 0, 3}, {1, 2, 3}, {0, 2, 3}};
+/// data/box.obj: a box from (0, 0, 0) to (1, 2, 3) of a right-handed space.
+std::string BoxObj() { return nbx::test::read_file(NBX_HOST_TEST_DATA "/box.obj"); }
 
-std::string BoxObj() {
-  std::ostringstream text;
-  for (const auto& p : kCorners) text << "v " << p[0] << " " << p[1] << " " << p[2] << "\n";
-  // Normals of their own for each side, so that the file has 24 different vertices.
-  for (int side = 1; side <= 6; ++side) text << "vn 0 " << side << " 1\n";
-  for (int side = 0; side < 6; ++side) {
-    text << "f";
-    for (const int corner : kQuads[side]) text << " " << corner + 1 << "//" << side + 1;
-    text << "\n";
-  }
-  return text.str();
-}
-
-/// The bytes that the glTF file of the box refers to.
-std::string BoxBytes() {
-  std::string bytes(reinterpret_cast<const char*>(kCorners), sizeof kCorners);
-  for (const auto& q : kQuads)
-    for (const int corner : {0, 1, 2, 0, 2, 3}) {
-      const auto index = static_cast<std::uint16_t>(q[corner]);
-      bytes.append(reinterpret_cast<const char*>(&index), sizeof index);
-    }
-  return bytes;
-}
-
-/// The same box as glTF, under a node that moves or mirrors it.
+/// data/box.gltf: the same box under a node that moves or mirrors it.
 std::string BoxGltf(const std::string& node) {
-  return R"({"asset": {"version": "2.0"}, "scene": 0, "scenes": [{"nodes": [0]}],
-    "nodes": [{"mesh": 0, )" +
-         node + R"(}],
-    "meshes": [{"primitives": [{"attributes": {"POSITION": 0}, "indices": 1}]}],
-    "buffers": [{"byteLength": 168, "uri": "box.bin"}],
-    "bufferViews": [{"buffer": 0, "byteLength": 96},
-                    {"buffer": 0, "byteOffset": 96, "byteLength": 72}],
-    "accessors": [{"bufferView": 0, "componentType": 5126, "count": 8, "type": "VEC3",
-                   "min": [0, 0, 0], "max": [1, 2, 3]},
-                  {"bufferView": 1, "componentType": 5123, "count": 36, "type": "SCALAR"}]})";
+  std::string text = nbx::test::read_file(NBX_HOST_TEST_DATA "/box.gltf");
+  return text.replace(text.find("NODE"), 4, node);
 }
 
 /// A document with one mesh from a file of that name and text.
@@ -88,7 +52,6 @@ TEST(MeshFile, LandsInTheHostsSpaceWithItsOutsideOut) {
       {"BOX.GLTF", BoxGltf(mirrored), "", {-100, 0, -300}, {0, 200, 0}},
   };
   nbx::test::TemporaryFolder folder;
-  std::ofstream(folder.file("box.bin"), std::ios::binary) << BoxBytes();
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name + c.more);
     const auto document = OpenMesh(folder, c.name, c.text, c.more);
