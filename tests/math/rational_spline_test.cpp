@@ -105,12 +105,24 @@ TEST(RationalSpline, ExtremeBias) {
 
 TEST(RationalSpline, EditingAndComparing) {
   RationalSpline a = make({{1, 2}, {3, 4}, {0, 6}}), b = make({{10, 20}, {30, 40}});
-  a.removePoint(3);  // isn't there
+  for (const int none : {-1, 3}) {  // points that aren't there
+    a.removePoint(none);
+    a.setBias(none, 0.9f);
+    a.setSideBias(none, 0.9f);
+  }
   EXPECT_TRUE(a == make({{0, 6}, {1, 2}, {3, 4}}));
   b += a;
   EXPECT_TRUE(b == make({{11, 22, 1, 1, 1}, {33, 44, 1, 1, 1}, {0, 6}}));
   EXPECT_TRUE(make({{0, 0}, {1, 1}}) < a);                        // fewer knots
   EXPECT_FALSE(make({{0, 0}, {1, 1}}) < make({{1, 3}, {2, 5}}));  // equal biases
+
+  a.rebuild();
+  a.removePoint(0);  // (3, 4) and (0, 6) stay, with the places 2 and 0 that they had
+  for (const int place : {2, 0}) a.setBiasFromSlider(place, -1);
+  EXPECT_EQ(a.points()[0].bias, 0.5f) << "there is no place 2 among two";
+  EXPECT_FLOAT_EQ(a.points()[1].bias, 0.5f * std::exp(-1.0f));
+  a.setBiasFromSlider(0, 2);
+  EXPECT_FLOAT_EQ(a.points()[1].bias, 1 - 0.5f * std::exp(-2.0f));
 }
 
 TEST(SplineOperators, EqualTheScalarFormula) {
