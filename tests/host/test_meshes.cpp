@@ -67,12 +67,18 @@ TEST(MeshFile, LandsInTheHostsSpaceWithItsOutsideOut) {
   }
 }
 
-TEST(MeshFile, LinesAndLoosePointsAreLeftOut) {
+TEST(MeshFile, PartsJoinWithTheirTexturePlacesAndWithoutLinesAndLoosePoints) {
   nbx::test::TemporaryFolder folder;
-  const auto document =
-      OpenMesh(folder, "mixed.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 9 9 9\nf 1 2 3\nl 1 4\n");
-  EXPECT_EQ(document->GetFirstObject()->GetPointCount(), 3);
-  EXPECT_EQ(document->GetFirstObject()->GetRad(), (Vector{0.5, 0.5, 0}));
+  const auto document = OpenMesh(folder, "mixed.obj",
+                                 "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 9 9 9\nl 1 4\no plain\nf 1 2 3\n"
+                                 "o painted\nvt 0.25 1\nvt 1 0\nvt 0 0.5\nf 1/1 2/2 3/3\n");
+  const SceneObject& mesh = *document->GetFirstObject();
+  EXPECT_EQ(mesh.GetPointCount(), 3);
+  EXPECT_EQ(mesh.GetRad(), (Vector{0.5, 0.5, 0}));
+  // Corners go the other way round, and v runs downwards.
+  ASSERT_EQ(mesh.uvws.size(), 2U);
+  EXPECT_EQ(mesh.uvws[0], UvwPolygon());
+  EXPECT_EQ(mesh.uvws[1], (UvwPolygon{{0.25, 0, 0}, {0, 0.5, 0}, {1, 1, 0}, {1, 1, 0}}));
 }
 
 TEST(MeshFile, MistakesNameTheFileAndTheCure) {

@@ -163,6 +163,7 @@ TEST(Textures, ShowTheirColors) {
   EXPECT_LT(deviation, 0.4);
   EXPECT_LT(step, 4e-3);
   EXPECT_NE(sample(3, {1, 1, 1}, 0).x, sample(3, {1, 1, 1}, 0.4).x);
+  EXPECT_EQ(sample(3, {3, -6, 9}, 2).x, 0.5) << "gradient noise is 0 where its cells meet";
 }
 
 }  // namespace

@@ -52,23 +52,5 @@ TEST(CellCenterVoxelizer, EdgesOfTheReach) {
   EXPECT_EQ(cell, -0.75f) << "the larger magnitude stays";
 }
 
-TEST(CellCenterVoxelizer, SameBitsForAnyNumberOfThreads) {
-  // Large, overlapping triangles over more blocks than a fresh map holds.
-  const auto triangles = random_triangles(3000, 11, 14);
-  const IntBox box{{0, 0, 0}, {90, 95, 88}};
-  Sparse one, many;
-  for (Sparse* field : {&one, &many}) {
-    const test::ThreadCount threads(field == &one ? 1 : 4);
-    voxelize(*field, triangles, box, {1.8});
-  }
-  ASSERT_EQ(one.blocks().size(), many.blocks().size());
-  EXPECT_GT(one.blocks().size(), 512u);
-  for (const SparseBlockEntry& b : one.blocks()) {
-    const PackedSparseBlock* other = many.find(b.x, b.y, b.z);
-    ASSERT_NE(other, nullptr);
-    EXPECT_EQ(std::memcmp(b.data, other->data, sizeof(float) * Sparse::kBlockSize), 0);
-  }
-}
-
 }  // namespace
 }  // namespace nbx
