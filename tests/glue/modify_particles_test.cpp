@@ -36,11 +36,12 @@ TEST(ModifyParticles, ParticlesFollowTheCachedFlow) {
   const test::TemporaryFolder folder;
   const auto store = getCache(folder.path());
   for (int number = 0; number <= 50; ++number) store_frame(folder.path(), number, 0.03f);
-  const auto flight = [&](const std::string& strength) {
+  const auto flight = [&](const std::string& strength, const std::string& x = "10") {
     test::TestDocument document(R"({"type": "volume", "name": "v", "parameters": {
         "size": [40, 40, 40], "voxel_size": 2, "cache_name": ")" +
                                 folder.path() + R"(", "particle_advection": )" + strength + R"(}},
-        {"type": "particle_emitter", "name": "e", "position": [10, 0, 0], "parameters":
+        {"type": "particle_emitter", "name": "e", "position": [)" +
+                                x + R"(, 0, 0], "parameters":
          {"rate": 25, "speed": 0, "life": 9, "end": 0.02}})");
     document->SetTime({2, 1});
     document->ExecutePasses(nullptr, true, true, true);
@@ -58,6 +59,8 @@ TEST(ModifyParticles, ParticlesFollowTheCachedFlow) {
   const host::Vector still = flight("0");
   EXPECT_NEAR(still.x, 10, 1e-9);
   EXPECT_NEAR(still.z, 0, 1e-9);
+  EXPECT_LT(flight("1", "19.5").x, 19) << "the last cell of the domain";
+  EXPECT_EQ(flight("1", "21.5").x, 21.5) << "outside";
 }
 
 }  // namespace
