@@ -13,7 +13,7 @@ CommandDialog::CommandDialog(const host::CommandArguments& arguments, host::Comm
       threads_(arguments.GetLong("threads")) {}
 
 void CommandDialog::refuse(const std::string& title, const std::string& text) {
-  context_.Error(subject_ + title + ": " + text);
+  context_.Error(subject_ + title + (text.empty() ? "" : ": " + text));
 }
 
 void CommandDialog::message(const std::string& title, const std::string& text) {

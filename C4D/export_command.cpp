@@ -129,9 +129,9 @@ class ExportCommand final : public host::CommandData {
 
 }  // namespace
 
-bool register_export_command(host::HostServices& services) {
+bool register_export_command(host::HostServices& services, const std::string& name) {
   return services.RegisterCommandPlugin(
-      kExportCommand, "Export frames",
+      kExportCommand, name,
       []() -> std::unique_ptr<host::CommandData> { return std::make_unique<ExportCommand>(); });
 }
 

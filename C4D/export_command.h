@@ -5,6 +5,6 @@
 
 namespace nbx {
 
-bool register_export_command(host::HostServices& services);
+bool register_export_command(host::HostServices& services, const std::string& name);
 
 }  // namespace nbx

@@ -8,6 +8,7 @@ namespace nbx {
 namespace {
 
 host::HostServices* the_host = nullptr;
+std::string own_file;
 
 const host::BaseContainer* preferences() {
   return the_host ? the_host->GetWorldPluginData(kPreferences) : nullptr;
@@ -18,6 +19,9 @@ const host::BaseContainer* preferences() {
 host::HostServices* host_services() { return the_host; }
 
 void set_host_services(host::HostServices* services) { the_host = services; }
+
+const std::string& plugin_file() { return own_file; }
+void set_plugin_file(const std::string& path) { own_file = path; }
 
 bool preference(std::int32_t id, bool fallback) {
   const host::BaseContainer* all = preferences();

@@ -14,6 +14,10 @@ namespace nbx {
 host::HostServices* host_services();
 void set_host_services(host::HostServices* services);
 
+/// The plug-in's own file, as the host named it at the load.
+const std::string& plugin_file();
+void set_plugin_file(const std::string& path);
+
 /// A preference of the user's, `fallback` where none is set. Main thread only.
 bool preference(std::int32_t id, bool fallback);
 /// Sets one; nothing happens without a host.

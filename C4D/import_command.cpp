@@ -59,9 +59,9 @@ class ImportCommand final : public host::CommandData {
 
 }  // namespace
 
-bool register_import_command(host::HostServices& services) {
+bool register_import_command(host::HostServices& services, const std::string& name) {
   return services.RegisterCommandPlugin(
-      kImportCommand, "Import",
+      kImportCommand, name,
       []() -> std::unique_ptr<host::CommandData> { return std::make_unique<ImportCommand>(); });
 }
 

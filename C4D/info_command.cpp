@@ -182,9 +182,9 @@ class InfoCommand final : public host::CommandData {
 
 }  // namespace
 
-bool register_info_command(host::HostServices& services) {
+bool register_info_command(host::HostServices& services, const std::string& name) {
   return services.RegisterCommandPlugin(
-      kInfoCommand, "Cache information",
+      kInfoCommand, name,
       []() -> std::unique_ptr<host::CommandData> { return std::make_unique<InfoCommand>(); });
 }
 

@@ -54,8 +54,8 @@ const std::map<std::int32_t, const char*> labels{
 
 // Boxes: a title and a text.
 const std::map<std::int32_t, const char*> boxes{
-    {10009, "The cache isn't saved"},
-    {10012, "No folder for the cache can be made."},
+    {10009, "The cache has no folder"},
+    {10012, "A folder for the cache can't be made. The log tells why."},
     {10028, "A simulation is running"},
     {10029, "Stop it and start the new one?"},
     {10043, "No volume object"},

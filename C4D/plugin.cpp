@@ -5,7 +5,7 @@
 #include "C4D/machine_report.h"
 #include "C4D/qt_setup.h"
 #include "C4D/registrations.h"
-#include "C4D/running_simulation.h"
+#include "C4D/simulation_thread.h"
 #include "util/log.h"
 
 namespace nbx {
@@ -24,16 +24,18 @@ bool api_version_fits() {
          host_functions->api_version < kEndOfApiVersions;
 }
 
-std::int32_t load(const host::HostFunctions* functions) {
+std::int32_t load(const host::HostFunctions* functions, const host::Filename* file) {
   if (load_count == 0) host_functions = functions;
   if (!host_functions || host_functions->api_version < kFirstApiVersion) return -3;
   set_host_services(host_functions->services);
+  if (file) set_plugin_file(file->path);
   ++load_count;
   return 1;
 }
 
 std::int32_t end() {
   if (load_count == 0 || --load_count > 0) return 1;
+  simulation_thread().End(true);  // it calls the host
   if (api_version_fits()) tear_down_qt();
   host_functions = nullptr;
   set_host_services(nullptr);
@@ -60,7 +62,7 @@ bool message(std::intptr_t id) {
     case host::kMessageStarted:
       return true;
     case host::kMessageShutdown:  // other plug-ins are to see it too
-      stop_running_simulation();
+      stop_at_shutdown();
       return false;
     default:
       return false;
@@ -72,10 +74,11 @@ bool message(std::intptr_t id) {
 }  // namespace nbx
 
 extern "C" __attribute__((visibility("default"))) std::int32_t c4d_main(std::int32_t action,
-                                                                        void* p1, void*, void*) {
+                                                                        void* p1, void* p2, void*) {
   switch (action) {
     case host::kActionLoad:
-      return nbx::load(static_cast<const host::HostFunctions*>(p1));
+      return nbx::load(static_cast<const host::HostFunctions*>(p1),
+                       static_cast<const host::Filename*>(p2));
     case host::kActionStart:
       return nbx::start() ? 1 : 0;
     case host::kActionEnd:

@@ -1,6 +1,5 @@
 #include "C4D/preferences.h"
 
-#include "C4D/load_string.h"
 #include "C4D/parameter_table.h"
 
 namespace nbx {
@@ -25,9 +24,8 @@ host::ClassDescription preferences_description() {
           }};
 }
 
-bool register_preferences(host::HostServices& services) {
-  return services.RegisterPreferencePlugin(kPreferences, load_string(10047),
-                                           preferences_description());
+bool register_preferences(host::HostServices& services, const std::string& name) {
+  return services.RegisterPreferencePlugin(kPreferences, name, preferences_description());
 }
 
 }  // namespace nbx

@@ -20,6 +20,6 @@ enum Preference : std::int32_t {
 inline constexpr std::int32_t PREF_MODE_STANDARD = 1004;
 
 host::ClassDescription preferences_description();
-bool register_preferences(host::HostServices& services);
+bool register_preferences(host::HostServices& services, const std::string& name);
 
 }  // namespace nbx

@@ -16,6 +16,7 @@
 #include "util/exception.h"
 #include "util/format_size.h"
 #include "util/log.h"
+#include "util/whole_file.h"
 
 namespace nbx {
 
@@ -119,8 +120,14 @@ void SimulationThread::make_simulation() {
 }
 
 bool SimulationThread::open_cache() {
-  sim_->settings.target_cache = volume_cache(*object_, true);
-  return sim_->settings.target_cache != nullptr;
+  const std::shared_ptr<BFS> cache = sim_->settings.target_cache = volume_cache(*object_, true);
+  if (!cache) return false;
+  const host::BaseContainer& p = object_->GetDataInstance();
+  cache->codec = p.GetBool(OVOLUME_COMPRESS_CACHE) ? Codec::kPredictive : Codec::kRunLength;
+  cache->sync = p.GetBool(OVOLUME_CACHE_SYNC, true) ? Sync::kDisk : Sync::kNone;
+  // The cache's own name must last too.
+  if (cache->sync == Sync::kDisk) sync_folder(folder_of(cache->directory()));
+  return true;
 }
 
 bool SimulationThread::memory_suffices() {

@@ -1,22 +1,21 @@
 #include "C4D/raw_export.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
 #include "cache/grid_type.h"
+#include "util/whole_file.h"
 
 namespace nbx {
 
 namespace {
 
 void write_file(const QString& path, const char* data, std::size_t size) {
-  QFile file(path);
-  const auto bytes = static_cast<qint64>(size);
-  if (!file.open(QFile::WriteOnly) || file.write(data, bytes) != bytes || !file.flush())
-    throw Exception(path.toStdString() + " can't be written: " + file.errorString().toStdString());
+  std::string reason;
+  if (!write_whole(path.toStdString(), {data, size}, Sync::kNone, reason))
+    throw Exception(path.toStdString() + " can't be written: " + reason);
 }
 
 template <class Numbers>

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include "C4D/load_string.h"
 #include "C4D/volume_cache.h"
 #include "C4D/volume_parameters.h"
 #include "util/log.h"
@@ -74,7 +75,8 @@ void save_cache(host::BaseObject& volume, host::SaveAssets& assets) {
   if (source == copy.base + "/" + copy.name) return;
   if (!project.mkpath("nbx4d_caches")) {
     LogMessage() << "Failed to create cache directory in " << assets.folder.path;
-    assets.failures.push_back("volume \"" + name + "\": " + copy.base + " can't be made");
+    assets.failures.push_back("volume \"" + name + "\": " + load_string(10009) + ": " +
+                              load_string(10012) + " (" + copy.base + ")");
   } else if (!store->copyDir(copy.base, assets.progress)) {
     assets.failures.push_back("volume \"" + name + "\": the cache " + source +
                               " can't be copied to " + copy.base);
@@ -83,9 +85,9 @@ void save_cache(host::BaseObject& volume, host::SaveAssets& assets) {
   }
 }
 
-bool register_collect_command(host::HostServices& services) {
+bool register_collect_command(host::HostServices& services, const std::string& name) {
   return services.RegisterCommandPlugin(
-      kCollectCommand, "Save with assets",
+      kCollectCommand, name,
       []() -> std::unique_ptr<host::CommandData> { return std::make_unique<CollectCommand>(); });
 }
 

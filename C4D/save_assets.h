@@ -11,6 +11,6 @@ namespace nbx {
 void save_cache(host::BaseObject& volume, host::SaveAssets& assets);
 
 /// The command `collect`: saves a scene with its caches into a folder.
-bool register_collect_command(host::HostServices& services);
+bool register_collect_command(host::HostServices& services, const std::string& name);
 
 }  // namespace nbx

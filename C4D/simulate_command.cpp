@@ -17,6 +17,7 @@ namespace nbx {
 namespace {
 
 constexpr std::int32_t kStartSimulation = 1023994;
+constexpr std::int32_t kContinueSimulation = 1027553;
 
 std::string absolute(const std::string& path) {
   return QDir::cleanPath(QFileInfo(QString::fromStdString(path)).absoluteFilePath()).toStdString();
@@ -126,7 +127,7 @@ class Run {
   const std::string subject_;
 };
 
-class SimulateCommand final : public host::CommandData {
+class SimulateCommand : public host::CommandData {
  public:
   host::CommandInfo GetInfo() const override {
     using host::CommonOption;
@@ -169,12 +170,38 @@ class SimulateCommand final : public host::CommandData {
   }
 };
 
+/// `simulate --continue` under a name of its own.
+class ContinueCommand final : public SimulateCommand {
+ public:
+  host::CommandInfo GetInfo() const override {
+    host::CommandInfo info = SimulateCommand::GetInfo();
+    info.verb = "continue";
+    info.help = "Goes on from where the last run of the scene's cache stopped: simulate --continue";
+    std::erase_if(info.options, [](const host::OptionInfo& option) {
+      return option.name == "continue" || option.name == "start-from" || option.name == "new-cache";
+    });
+    return info;
+  }
+
+  int Execute(const host::CommandArguments& arguments, host::CommandContext& context) override {
+    host::CommandArguments more = arguments;
+    more.AddFlag("continue");
+    return SimulateCommand::Execute(more, context);
+  }
+};
+
 }  // namespace
 
-bool register_simulate_command(host::HostServices& services) {
+bool register_simulate_command(host::HostServices& services, const std::string& name) {
   return services.RegisterCommandPlugin(
-      kStartSimulation, "Start simulation",
+      kStartSimulation, name,
       []() -> std::unique_ptr<host::CommandData> { return std::make_unique<SimulateCommand>(); });
+}
+
+bool register_continue_command(host::HostServices& services, const std::string& name) {
+  return services.RegisterCommandPlugin(
+      kContinueSimulation, name,
+      []() -> std::unique_ptr<host::CommandData> { return std::make_unique<ContinueCommand>(); });
 }
 
 }  // namespace nbx

@@ -4,22 +4,21 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 #include <filesystem>
 
 #include "util/log.h"
+#include "util/whole_file.h"
 
 namespace nbx {
 
 namespace {
 
 /// "x/LastSimState.bcf" has its notes in "x/LastSimState.json".
-QString notes_file(const std::string& path) {
-  return QString::fromStdString(std::filesystem::path(path).replace_extension(".json").string());
+std::string notes_file(const std::string& path) {
+  return std::filesystem::path(path).replace_extension(".json").string();
 }
 
-bool write_notes(const QString& path, const FrameTime& time, const Wind& wind,
-                 const SceneValues& scene) {
+std::string notes_text(const FrameTime& time, const Wind& wind, const SceneValues& scene) {
   QJsonObject values;
   for (const auto& [name, value] : scene)
     values[QString::fromStdString(name)] = QString::fromStdString(value);
@@ -27,9 +26,7 @@ bool write_notes(const QString& path, const FrameTime& time, const Wind& wind,
   const QJsonObject notes{{"time", QJsonArray{time.time.num, time.time.den}},
                           {"wind", QJsonArray{d[0], d[1], d[2], wind.speed}},
                           {"scene", values}};
-  QSaveFile file(path);
-  return file.open(QIODevice::WriteOnly) && file.write(QJsonDocument(notes).toJson()) > 0 &&
-         file.commit();
+  return QJsonDocument(notes).toJson().toStdString();
 }
 
 SimSettings with_all_channels(const SimSettings& settings) {
@@ -46,21 +43,18 @@ std::string last_state_file(const std::string& directory) {
 
 bool write_state(const std::string& path, Simulation3D& sim, const FrameTime& time,
                  const SceneValues& scene, std::string& reason) {
-  const std::string part = path + ".part";
+  const BFS& cache = *sim.settings.target_cache;
   SimFrame frame;
   frame.ownsData = false;
   sim.fill_frame(frame, with_all_channels(sim.settings), time);
-  std::error_code error;
-  if (frame.write(part, sim.settings.target_cache->codec) == 0) {
+  const std::string notes = notes_text(time, sim.fluid().wind_seen(), scene);
+  WholeFile file(path, cache.sync);
+  if (frame.write(file.part(), cache.codec) == 0)
     reason = frame.error;
-  } else if (!write_notes(notes_file(path), time, sim.fluid().wind_seen(), scene)) {
-    reason = notes_file(path).toStdString() + " can't be written";
-  } else {
-    std::filesystem::rename(part, path, error);
-    if (!error) return true;
-    reason = error.message();
-  }
-  std::filesystem::remove(part, error);
+  else if (!write_whole(notes_file(path), notes, cache.sync, reason))
+    reason = notes_file(path) + " can't be written: " + reason;
+  else if (file.commit(reason))
+    return true;
   LogMessage() << "Failed to store simulation state: " << reason;
   return false;
 }
@@ -89,7 +83,7 @@ bool read_state(const std::string& path, SimFrame& frame, std::string& reason) t
 }
 
 std::optional<StateNotes> read_notes(const std::string& path, const FrameTime& time) {
-  QFile file(notes_file(path));
+  QFile file(QString::fromStdString(notes_file(path)));
   if (!file.open(QIODevice::ReadOnly)) return {};
   const QJsonObject notes = QJsonDocument::fromJson(file.readAll()).object();
   const QJsonArray when = notes["time"].toArray(), wind = notes["wind"].toArray();

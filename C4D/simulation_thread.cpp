@@ -88,7 +88,7 @@ void SimulationThread::cleanup() {
   forget_scene();
   running_ = frame_done_ = false;
   field_pool().release_unused();
-  block_pool().release_unused();
+  LogMessage() << "SparseBlocks: " << block_pool().drop_unused().known;
   mem_stats();
   if (!render_thread_) post_event(kSimulationEvent, kEventFinished);
 }
@@ -139,6 +139,14 @@ void SimulationThread::update_solids(Simulation3D& sim, double dt) {
 SimulationThread& simulation_thread() {
   static SimulationThread thread;
   return thread;
+}
+
+void stop_at_shutdown() {
+  SimulationThread& thread = simulation_thread();
+  if (!thread.IsRunning()) return;
+  LogMessage() << "waiting for sim thread to terminate";
+  thread.stop(true);
+  thread.End(false);  // breaks off an evaluation of the document too
 }
 
 }  // namespace nbx

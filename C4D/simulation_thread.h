@@ -23,7 +23,6 @@
 
 #include "C4D/emitter_sampler.h"
 #include "C4D/run_dialog.h"
-#include "C4D/running_simulation.h"
 #include "C4D/simulation_state.h"
 #include "C4D/solid_sampler.h"
 #include "C4D/source_substeps.h"
@@ -41,10 +40,7 @@ enum SimulationEventCode : std::int32_t {
   kEventAsk = 5,       ///< record: 1, a question; to be answered by SimulationThread::answer
 };
 
-class SimulationThread final : public host::C4DThread,
-                               public RunningSimulation,
-                               private SceneEvaluator,
-                               private SimProgress {
+class SimulationThread final : public host::C4DThread, private SceneEvaluator, private SimProgress {
  public:
   ~SimulationThread() override { End(true); }
   std::string GetThreadName() const override { return "Nimbrix Simulation"; }
@@ -54,8 +50,6 @@ class SimulationThread final : public host::C4DThread,
   bool start_simulation(host::BaseObject* object, bool continue_run, RunDialog& dialog);
   /// Ends the run at the end of the frame, or `at_once`. Any thread.
   void stop(bool at_once);
-  bool is_running() const override { return IsRunning(); }
-  void stop_at_once() override { stop(true); }
   /// The user's answer to the question of kEventAsk.
   void answer(bool yes);
 
@@ -138,5 +132,9 @@ class SimulationThread final : public host::C4DThread,
 
 /// The one of the process that serves the user.
 SimulationThread& simulation_thread();
+
+/// Stops the user's run, if there is one, since the host goes down. Doesn't wait for its end. Main
+/// thread.
+void stop_at_shutdown();
 
 }  // namespace nbx

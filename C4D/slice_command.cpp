@@ -166,9 +166,9 @@ class SliceCommand final : public host::CommandData {
 
 }  // namespace
 
-bool register_slice_command(host::HostServices& services) {
+bool register_slice_command(host::HostServices& services, const std::string& name) {
   return services.RegisterCommandPlugin(
-      kSliceCommand, "Slice picture",
+      kSliceCommand, name,
       []() -> std::unique_ptr<host::CommandData> { return std::make_unique<SliceCommand>(); });
 }
 

@@ -24,13 +24,13 @@ bool move_to_new_cache(host::BaseObject& volume) {
 
 bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_run,
                                         RunDialog& dialog) {
-  const auto refuse = [&dialog](int title) {
-    dialog.refuse(load_string(title), load_string(title + 1));
+  const auto refuse = [&dialog](int title, int text) {
+    dialog.refuse(load_string(title), load_string(text));
     return false;
   };
-  if (!object) return refuse(10043);
+  if (!object) return refuse(10043, 10044);
   const std::string directory = cache_directory(*object, false);
-  if (!directory.empty() && cache_locked(directory)) return refuse(10093);
+  if (!directory.empty() && cache_locked(directory)) return refuse(10093, 10094);
   if (IsRunning()) {
     if (!dialog.ask_to_stop(load_string(10028), load_string(10029))) return false;
     stop(true);
@@ -40,7 +40,7 @@ bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_
       QFileInfo::exists(QString::fromStdString(directory + "/Autosave.c4d"))) {
     const OldCache choice = dialog.ask_about_cache(load_string(10085), load_string(10086));
     if (choice == OldCache::kStop) return false;
-    if (choice == OldCache::kMakeNew && !move_to_new_cache(*object)) return refuse(10012);
+    if (choice == OldCache::kMakeNew && !move_to_new_cache(*object)) return refuse(10009, 10012);
   }
   const host::BaseDocument& document = object->GetDocument();
   const double rate =
@@ -55,7 +55,6 @@ bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_
   object_link_ = object;
   continue_run_ = continue_run;
   dialog_ = &dialog;
-  set_running_simulation(this);
   return C4DThread::Start();
 }
 

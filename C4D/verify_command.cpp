@@ -85,9 +85,9 @@ class VerifyCommand final : public host::CommandData {
 
 }  // namespace
 
-bool register_verify_command(host::HostServices& services) {
+bool register_verify_command(host::HostServices& services, const std::string& name) {
   return services.RegisterCommandPlugin(
-      kVerifyCommand, "Verify cache",
+      kVerifyCommand, name,
       []() -> std::unique_ptr<host::CommandData> { return std::make_unique<VerifyCommand>(); });
 }
 

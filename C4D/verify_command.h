@@ -5,6 +5,6 @@
 
 namespace nbx {
 
-bool register_verify_command(host::HostServices& services);
+bool register_verify_command(host::HostServices& services, const std::string& name);
 
 }  // namespace nbx

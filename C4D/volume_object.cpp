@@ -118,9 +118,9 @@ void VolumeObject::ModifyParticles(const host::BaseObject& object, const host::P
     modify_particles(object, get_cache(object), particles, changes, step);
 }
 
-bool register_volume_object(host::HostServices& services) {
+bool register_volume_object(host::HostServices& services, const std::string& name) {
   return services.RegisterObjectPlugin(
-      kVolumeObject, "Ovolume",
+      kVolumeObject, name,
       []() -> std::unique_ptr<host::ObjectData> { return std::make_unique<VolumeObject>(); },
       volume_description());
 }

@@ -29,6 +29,6 @@ class VolumeObject final : public host::ObjectData {
   std::shared_ptr<BFS> cache_;
 };
 
-bool register_volume_object(host::HostServices& services);
+bool register_volume_object(host::HostServices& services, const std::string& name);
 
 }  // namespace nbx

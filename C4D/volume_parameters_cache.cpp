@@ -19,6 +19,12 @@ ParameterList cache_parameters() {
                  "Keep the distance to the solids in the frames")),
       flag(OVOLUME_MASK_SOLID, "OVOLUME_MASK_SOLID", false,
            "In the frames the gas goes on into solids, so that no seam shows around them"),
+      still(flag(OVOLUME_COMPRESS_CACHE, "OVOLUME_COMPRESS_CACHE", false,
+                 "Compress the frames of a run well: less disk, more time for the writer")),
+      still(
+          flag(OVOLUME_CACHE_SYNC, "OVOLUME_CACHE_SYNC", true,
+               "Wait for the disk at each frame, so that finished frames survive a power failure; "
+               "off: faster on slow disks")),
       still(flag(OVOLUME_LOAD_STATE, "OVOLUME_LOAD_STATE", false,
                  "Start from the state in state_file, else from nothing")),
       file(OVOLUME_STATE_FILE, "OVOLUME_STATE_FILE", "Frame file with the state to start from"),
@@ -44,8 +50,6 @@ ParameterList upres_parameters() {
            "Detail of one size over that of twice the size"),
       whole(OVOLUME_UPRES_EXTRA_BANDS, "OVOLUME_UPRES_EXTRA_BANDS", 0, 0, 64,
             "Sizes of detail to add, beside those between the two resolutions"),
-      still(flag(OVOLUME_COMPRESS_CACHE, "OVOLUME_COMPRESS_CACHE", false,
-                 "Compress the frames of an up-resolution run: less disk, more time")),
   };
 }
 

@@ -104,9 +104,9 @@ class VPvolume final : public host::VideoPostData {
 
 }  // namespace
 
-bool register_volume_renderer(host::HostServices& services) {
+bool register_volume_renderer(host::HostServices& services, const std::string& name) {
   return services.RegisterVideoPostPlugin(
-      kPostEffect, "VPvolume",
+      kPostEffect, name,
       []() -> std::unique_ptr<host::VideoPostData> { return std::make_unique<VPvolume>(); },
       post_effect_description());
 }

@@ -5,6 +5,6 @@
 
 namespace nbx {
 
-bool register_volume_renderer(host::HostServices& services);
+bool register_volume_renderer(host::HostServices& services, const std::string& name);
 
 }  // namespace nbx

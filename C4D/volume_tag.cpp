@@ -32,9 +32,9 @@ class VolumeTag final : public host::TagData {
 
 }  // namespace
 
-bool register_volume_tag(host::HostServices& services) {
+bool register_volume_tag(host::HostServices& services, const std::string& name) {
   return services.RegisterTagPlugin(
-      kVolumeTag, "Tvolume",
+      kVolumeTag, name,
       []() -> std::unique_ptr<host::TagData> { return std::make_unique<VolumeTag>(); },
       volume_tag_description());
 }

@@ -61,6 +61,6 @@ enum TagSurfaceChannel : std::int32_t {
 inline constexpr std::int32_t kTagParametersVersion = 6;
 
 host::ClassDescription volume_tag_description();
-bool register_volume_tag(host::HostServices& services);
+bool register_volume_tag(host::HostServices& services, const std::string& name);
 
 }  // namespace nbx

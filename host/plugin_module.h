@@ -19,9 +19,10 @@ class PluginModule {
   PluginModule(const PluginModule&) = delete;
   PluginModule& operator=(const PluginModule&) = delete;
 
- private:
+  /// Sends a message, as the host does when the moment for it has come. True if it was taken.
   bool Send(PluginMessageId message);
 
+ private:
   SmallHost& host_;
   HostFunctions functions_;
   void* library_ = nullptr;

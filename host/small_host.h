@@ -15,7 +15,7 @@
 
 namespace host {
 
-class SmallHost final : public HostServices {
+class SmallHost : public HostServices {
  public:
   struct Command {
     std::int32_t id = 0;

@@ -5,6 +5,7 @@
 #include <QString>
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <limits>
 
@@ -35,16 +36,27 @@ void BcfFile::drop() {
   if (file_->isOpen()) file_->close();
 }
 
+// The version makes it a frame file, so it goes to the disk when all else is there.
 bool BcfFile::finish() {
-  return error_.empty() && file_->seek(kBcfVersionAt) && file_->putChar(kBcfHeader.back());
+  return error_.empty() && reachesDisk() && file_->seek(kBcfVersionAt) &&
+         file_->putChar(kBcfHeader.back()) && reachesDisk();
+}
+
+bool BcfFile::reachesDisk() {
+  if (sync_ == Sync::kNone) return true;
+  bool synced = sync_data(file_->handle());
+  if (synced && made_) synced = sync_folder(folder_of(file_->fileName().toStdString()));
+  made_ = false;
+  if (!synced) error_ = std::strerror(errno);
+  return synced;
 }
 
 bool BcfFile::close() {
   if (!file_->isOpen()) return true;
-  bool whole = true;
-  if (mode_ == Mode::kWriting) whole = finish();
+  const bool whole = mode_ != Mode::kWriting || finish();
   drop();
-  return (whole && file_->error() == QFile::NoError) || fail();
+  if (whole && file_->error() == QFile::NoError) return true;
+  return error_.empty() && fail();
 }
 
 void BcfFile::discard() {
@@ -77,7 +89,9 @@ bool BcfFile::openRead(const std::string& path) {
   return true;
 }
 
-bool BcfFile::create(const std::string& path) {
+bool BcfFile::create(const std::string& path, Sync sync) {
+  sync_ = sync;
+  made_ = sync == Sync::kDisk && !QFile::exists(QString::fromStdString(path));
   if (!open(path, Mode::kWriting)) return false;
   try {
     auto header = kBcfHeader;
@@ -111,6 +125,14 @@ void BcfFile::addGrid(int gridType, Codec codec, const FrameTime& simTime,
   addPayload({0, type, static_cast<std::uint8_t>(codec), simTime, frameTime, offset, field.dims(),
               gridMatrix},
              encode_grid(buffer_, codec, field));
+}
+
+void BcfFile::addGrids(const std::vector<GridHead>& heads,
+                       const std::vector<const Field<float>*>& fields) {
+  if (heads.empty()) return;
+  const std::vector<Payload> payloads =
+      encode_grids(encoded_, static_cast<Codec>(heads.front().codec), fields);
+  for (std::size_t i = 0; i < heads.size(); ++i) addPayload(heads[i], payloads[i]);
 }
 
 void BcfFile::addPayload(GridHead head, const Payload& payload) {

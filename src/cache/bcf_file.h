@@ -7,12 +7,14 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "cache/bcf_format.h"
 #include "cache/grid_encoder.h"
 #include "cache/grid_type.h"
 #include "math/field.h"
 #include "util/exception.h"
+#include "util/whole_file.h"
 
 class QFile;
 
@@ -35,9 +37,10 @@ class BcfWriteError : public Exception {
   using Exception::Exception;
 };
 
-/// One open frame file. Belongs to one thread; every reader and writer opens its own. The encode
-/// and decode buffer lives as long as the object. Nothing that a file claims makes the reader
-/// allocate more than its length and its run counts bear out.
+/// One open frame file. Belongs to one thread; every reader and writer opens its own. The buffers
+/// to encode and decode in live as long as the object, which may open one file after another.
+/// Nothing that a file claims makes the reader allocate more than its length and its run counts
+/// bear out.
 class BcfFile {
  public:
   BcfFile();
@@ -49,10 +52,12 @@ class BcfFile {
   /// BcfFormatError.
   bool openRead(const std::string& path);
   /// Creates or truncates the file and writes its header, without the version. False if it can't.
-  bool create(const std::string& path);
+  /// `sync` is how `close` leaves it.
+  bool create(const std::string& path, Sync sync = Sync::kNone);
   /// Closes the file; one that was written becomes a frame file by this. False if something written
   /// didn't reach it. Without this call, or after a failed write, it stays an unfinished file that
-  /// no reader takes.
+  /// no reader takes. With Sync::kDisk the same holds when the machine loses power: all data is on
+  /// the disk before the version is written, and the version when this returns.
   bool close();
   /// Closes the file and removes it, for one that could not be written whole.
   void discard();
@@ -64,8 +69,9 @@ class BcfFile {
   /// leaves part of the record behind; std::bad_alloc.
   void addGrid(int gridType, Codec codec, const FrameTime& simTime, const FrameTime& frameTime,
                const Vec3i& offset, const GridMatrix& gridMatrix, const Field<float>& field);
-  /// The same for a grid that is encoded already. `head.dataSize` needn't be set.
-  void addPayload(GridHead head, const Payload& payload);
+  /// The same for several grids, which are encoded at once (see encode_grids). `dataSize` of the
+  /// heads needn't be set.
+  void addGrids(const std::vector<GridHead>& heads, const std::vector<const Field<float>*>& fields);
 
   /// Reads the next head, skipping the payload of the one before. False at the end of the file or
   /// on a short read. `position()` is then that of the payload. Throws Exception if no file is open
@@ -94,6 +100,8 @@ class BcfFile {
   bool fail();
   void drop();
   bool finish();
+  bool reachesDisk();
+  void addPayload(GridHead head, const Payload& payload);
   void readRaw(std::uint64_t position, const GridHead& head, Field<float>& field);
   void readRunLength(std::uint64_t position, const GridHead& head, Field<float>& field);
   void readPredictive(std::uint64_t position, const GridHead& head, Field<float>& field);
@@ -105,7 +113,10 @@ class BcfFile {
   Mode mode_ = Mode::kClosed;
   std::string error_;
   std::uint64_t next_ = 0;  // where the next head stands
+  Sync sync_ = Sync::kNone;
+  bool made_ = false;  // the folder doesn't have the file's name on the disk yet
   ByteBuffer buffer_;
+  std::vector<ByteBuffer> encoded_;  // of grids that are encoded at once
 };
 
 }  // namespace nbx

@@ -32,7 +32,7 @@ bool BFS::Place::readable() const {
   return !directory.empty() && dir.exists() && dir.isReadable();
 }
 
-BFS::Place BFS::place() const { return {directory_, prefix_, codec}; }
+BFS::Place BFS::place() const { return {directory_, prefix_, codec, sync}; }
 
 bool BFS::setDirectory(const std::string& directory) {
   Lock lock(mutex_);

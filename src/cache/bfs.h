@@ -19,11 +19,13 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "cache/bcf_file.h"
 #include "cache/frame_names.h"
 #include "cache/sim_frame.h"
 
@@ -92,7 +94,9 @@ class BFS {
   /// Lets bytesWritten() go on from the sizes of the files up to frame `last`.
   void recountBytes(int last);
 
-  std::atomic<Codec> codec{Codec::kRunLength};  // of the files that are written
+  // Of the files that are written.
+  std::atomic<Codec> codec{Codec::kRunLength};
+  std::atomic<Sync> sync{Sync::kDisk};
 
  private:
   friend class SlotHandle;
@@ -114,10 +118,11 @@ class BFS {
     bool saving = false;   // the writer thread is at it
   };
 
-  // Where files go.
+  // Where files go, and how.
   struct Place {
     std::string directory, prefix;
     Codec codec;
+    Sync sync;
     std::string file(int frame, int substep) const;
     bool readable() const;
   };
@@ -145,7 +150,9 @@ class BFS {
   void saveClaimed(Lock& lock, Slot& slot);
   void storeSlot(Slot& slot);
   void settle(Slot& slot, const Saved& saved);
-  static Saved save(const SimFrame& frame, const Place& place);
+  Saved saveUnlocked(Lock& lock, const SimFrame& frame);
+  static Saved save(const SimFrame& frame, const Place& place, BcfFile& out);
+  std::unique_ptr<BcfFile> takeFile();
   void startWriter();
 
   Place place() const;
@@ -160,6 +167,7 @@ class BFS {
   int framesLost_ = 0;
   std::vector<LostFrame> lostFrames_;
   double secondsWaited_ = 0;
+  std::vector<std::unique_ptr<BcfFile>> idleFiles_;  // their buffers serve the next frame
 
   std::thread writer_;  // started by the first frame that is stored
   std::condition_variable due_;

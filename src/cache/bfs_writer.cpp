@@ -2,6 +2,7 @@
 // its queue; each handle that goes back makes it look for dirty slots.
 #include <algorithm>
 #include <system_error>
+#include <utility>
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -12,6 +13,22 @@
 #include "util/stopwatch.h"
 
 namespace nbx {
+
+namespace {
+
+/// Lets a lock go while it lives.
+class Unlocked {
+ public:
+  explicit Unlocked(std::unique_lock<std::mutex>& lock) : lock_(lock) { lock_.unlock(); }
+  ~Unlocked() { lock_.lock(); }
+  Unlocked(const Unlocked&) = delete;
+  Unlocked& operator=(const Unlocked&) = delete;
+
+ private:
+  std::unique_lock<std::mutex>& lock_;
+};
+
+}  // namespace
 
 // A thread that can't be started is no failure: frames are then saved as they leave the table.
 void BFS::startWriter() {
@@ -54,28 +71,53 @@ void BFS::savePass(Lock& lock) {
     try {
       // One that is just being stored anew isn't dirty; its handle makes another pass.
       if (slot.state == State::kDirty) saveClaimed(lock, slot);
+    } catch (const Exception& e) {
+      LogMessage() << "NBX Exception in IOW: " << e.what();
     } catch (const std::bad_alloc&) {
       LogMessage() << "Bad allocation in IOW";
+    } catch (...) {
+      LogMessage() << "Unknown exception in IOW";
     }
     release(slot, true);
   }
 }
 
 void BFS::saveClaimed(Lock& lock, Slot& slot) {
-  const Place here = place();
-  ++slot.readers;
-  slot.saving = true;
-  lock.unlock();
-  const Saved saved = save(slot.data, here);
-  lock.lock();
-  slot.saving = false;
-  --slot.readers;
-  settle(slot, saved);
+  struct Mark {
+    explicit Mark(Slot& s) : slot(s) { ++slot.readers, slot.saving = true; }
+    ~Mark() { --slot.readers, slot.saving = false; }
+    Slot& slot;
+  } const mark(slot);
+  settle(slot, saveUnlocked(lock, slot.data));
 }
 
 // Saves a slot that nobody writes to, with the mutex held.
 void BFS::storeSlot(Slot& slot) {
-  if (slot.state == State::kDirty) settle(slot, save(slot.data, place()));
+  if (slot.state != State::kDirty) return;
+  std::unique_ptr<BcfFile> file = takeFile();
+  settle(slot, save(slot.data, place(), *file));
+  idleFiles_.push_back(std::move(file));
+}
+
+// The mutex is let go meanwhile, and held again whatever happens.
+BFS::Saved BFS::saveUnlocked(Lock& lock, const SimFrame& frame) {
+  const Place here = place();
+  std::unique_ptr<BcfFile> file = takeFile();
+  Saved saved;
+  {
+    const Unlocked unlocked(lock);
+    saved = save(frame, here, *file);
+  }
+  idleFiles_.push_back(std::move(file));
+  return saved;
+}
+
+// As many as frames are saved at once are ever made.
+std::unique_ptr<BcfFile> BFS::takeFile() {
+  if (idleFiles_.empty()) return std::make_unique<BcfFile>();
+  std::unique_ptr<BcfFile> file = std::move(idleFiles_.back());
+  idleFiles_.pop_back();
+  return file;
 }
 
 void BFS::settle(Slot& slot, const Saved& saved) {
@@ -86,7 +128,7 @@ void BFS::settle(Slot& slot, const Saved& saved) {
   changed_.notify_all();
 }
 
-BFS::Saved BFS::save(const SimFrame& frame, const Place& place) {
+BFS::Saved BFS::save(const SimFrame& frame, const Place& place, BcfFile& out) {
   Saved saved;
   try {
     const int number = frame.frameTime.frame();
@@ -98,7 +140,7 @@ BFS::Saved BFS::save(const SimFrame& frame, const Place& place) {
     }
     const std::string path = place.file(number, frame.substep);
     const Stopwatch watch;
-    saved.size = frame.writeLoaded(path, place.codec, saved.error);
+    saved.size = frame.writeLoaded(out, path, place.codec, place.sync, saved.error);
     if (saved.size == 0) LogMessage() << "IOW: Failed to write file " << path;
     LogMessage() << "wrote frame " << number << "(" << format_size(saved.size, 2) << ") in "
                  << watch.seconds();
@@ -118,12 +160,9 @@ BFS::Saved BFS::save(const SimFrame& frame, const Place& place) {
 bool BFS::writeThrough(SimFrame& frame) {
   Slot& slot = *openForStoring(frame.frameTime.frame(), frame.substep);
   Lock lock(mutex_);
-  const Place here = place();
-  lock.unlock();
   const Stopwatch watch;
-  const Saved saved = save(frame, here);
+  const Saved saved = saveUnlocked(lock, frame);
   frame.saved = saved.size > 0;
-  lock.lock();
   secondsWaited_ += watch.seconds();
   if (!frame.saved) {
     lastError_ = saved.error;

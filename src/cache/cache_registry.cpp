@@ -40,9 +40,9 @@ std::shared_ptr<BFS> CacheRegistry::getCache(const std::string& directory) {
   if (auto store = wait(lock, path)) return store;
   auto made = std::make_unique<BFS>();
   if (!made->setDirectory(path)) return {};
-  BFS* const address = made.get();
-  std::shared_ptr<BFS> store(made.release(), [this](BFS* s) { destroy(s); });
-  stores_[path] = {store, address};
+  const std::uint64_t number = ++made_;
+  std::shared_ptr<BFS> store(made.release(), [this, number](BFS* s) { destroy(s, number); });
+  stores_[path] = {store, number};
   return store;
 }
 
@@ -58,17 +58,17 @@ void CacheRegistry::move(const std::string& from, const std::string& to) {
   store->removeAllSlots();
   if (!to.empty()) store->setDirectory(absolute(to));
   const std::unique_lock lock(mutex_);
-  stores_.erase(absolute(from));
-  if (!to.empty()) stores_[absolute(to)] = {store, store.get()};
+  auto entry = stores_.extract(absolute(from));
+  if (!to.empty() && entry) stores_[absolute(to)] = entry.mapped();
   changed_.notify_all();
 }
 
-void CacheRegistry::destroy(BFS* store) {
+void CacheRegistry::destroy(BFS* store, std::uint64_t number) {
   const std::string directory = store->directory();
   delete store;
   const std::unique_lock lock(mutex_);
   LogMessage() << "Deleting Cache object for " << directory;
-  std::erase_if(stores_, [store](const auto& entry) { return entry.second.address == store; });
+  std::erase_if(stores_, [number](const auto& entry) { return entry.second.number == number; });
   changed_.notify_all();
   field_pool().release_unused();
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -32,14 +33,15 @@ class CacheRegistry {
  private:
   struct Entry {
     std::weak_ptr<BFS> store;
-    const BFS* address;  // of the store, to know it when it is gone
+    std::uint64_t number;  // of the store; its address may be another's as soon as it is gone
   };
-  void destroy(BFS* store);
+  void destroy(BFS* store, std::uint64_t number);
   std::shared_ptr<BFS> wait(std::unique_lock<std::mutex>& lock, const std::string& path);
 
   std::mutex mutex_;
   std::condition_variable changed_;
   std::map<std::string, Entry> stores_;  // by absolute path
+  std::uint64_t made_ = 0;               // stores so far
 };
 
 /// Short for CacheRegistry::instance().getCache.

@@ -48,7 +48,7 @@ Payload encode_grid(ByteBuffer& buffer, Codec codec, const Field<float>& field) 
 std::vector<Payload> encode_grids(std::vector<ByteBuffer>& buffers, Codec codec,
                                   const std::vector<const Field<float>*>& fields) {
   const std::size_t count = fields.size();
-  buffers.resize(count);
+  if (buffers.size() < count) buffers.resize(count);
   std::vector<Payload> payloads(count);
   std::vector<std::exception_ptr> errors(count);
   std::atomic<std::size_t> next = 0;

@@ -22,8 +22,8 @@ Payload encode_grid(ByteBuffer& buffer, Codec codec, const Field<float>& field);
 
 /// Encodes grids on this thread and, where there is enough to do, on helpers of the same priority,
 /// one a processor at most: those of the cache's writer take only time that nobody else wants. The
-/// payloads are those of encode_grid, in the order of `fields`; they live in `buffers`. Throws what
-/// encode_grid throws.
+/// payloads are those of encode_grid, in the order of `fields`; they live in `buffers`, which grows
+/// but keeps its memory for the next call. Throws what encode_grid throws.
 std::vector<Payload> encode_grids(std::vector<ByteBuffer>& buffers, Codec codec,
                                   const std::vector<const Field<float>*>& fields);
 

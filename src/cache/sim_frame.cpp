@@ -57,19 +57,19 @@ void SimFrame::clear() {
   valid = false;
 }
 
-std::uint64_t SimFrame::write(const std::string& file, Codec codec) {
+std::uint64_t SimFrame::write(const std::string& file, Codec codec, Sync sync) {
   error.clear();
-  const std::uint64_t size = writeLoaded(file, codec, error);
+  BcfFile out;
+  const std::uint64_t size = writeLoaded(out, file, codec, sync, error);
   if (size == 0) return 0;
   path = file;
   if (file == source_) fileIndex_.clear();  // what wasn't loaded went with the old file
   return size;
 }
 
-std::uint64_t SimFrame::writeLoaded(const std::string& file, Codec codec,
+std::uint64_t SimFrame::writeLoaded(BcfFile& out, const std::string& file, Codec codec, Sync sync,
                                     std::string& reason) const {
-  BcfFile out;
-  if (!out.create(file)) {
+  if (!out.create(file, sync)) {
     reason = out.errorString();
     LogMessage() << "Failed to open file " << file;
     return 0;
@@ -100,9 +100,7 @@ void SimFrame::addLoaded(BcfFile& out, Codec codec) const {
                      static_cast<std::uint8_t>(codec), simTime, frameTime, grid.offset,
                      grid.field->dims(), grid.gridMatrix});
   }
-  std::vector<ByteBuffer> buffers;
-  const std::vector<Payload> payloads = encode_grids(buffers, codec, fields);
-  for (std::size_t i = 0; i < heads.size(); ++i) out.addPayload(heads[i], payloads[i]);
+  out.addGrids(heads, fields);
 }
 
 FieldHandle SimFrame::grid(int gridType) {

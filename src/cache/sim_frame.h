@@ -42,10 +42,11 @@ class SimFrame {
   /// Writes the grids whose field is loaded. Returns the file's size; 0 if the file can't be
   /// written, with a log line, the reason in `error` and no partial file left behind. A grid that
   /// can't be encoded throws what BcfFile::addGrid throws, and no file is left either.
-  std::uint64_t write(const std::string& file, Codec codec);
+  std::uint64_t write(const std::string& file, Codec codec, Sync sync = Sync::kNone);
   /// The same for a frame all of whose grids are loaded, and without a trace in it: others may read
-  /// it meanwhile. The reason of a 0 goes to `reason`.
-  std::uint64_t writeLoaded(const std::string& file, Codec codec, std::string& reason) const;
+  /// it meanwhile. `out` writes the file. The reason of a 0 goes to `reason`.
+  std::uint64_t writeLoaded(BcfFile& out, const std::string& file, Codec codec, Sync sync,
+                            std::string& reason) const;
 
   /// Drops the grids and forgets the file.
   void clear();

@@ -37,7 +37,7 @@ void Pool<Element>::release(Element* element) {
 }
 
 template <class Element>
-void Pool<Element>::release_unused() {
+typename Pool<Element>::Counts Pool<Element>::drop_unused() {
   const std::lock_guard lock(mutex_);
   while (!free_.empty()) {
     Element* element = free_.back();
@@ -45,8 +45,14 @@ void Pool<Element>::release_unused() {
     known_.erase(element);
     delete element;
   }
-  LogMessage() << "FieldPool(" << tag_ << ")::release_unused fields " << known_.size() << ", free "
-               << free_.size();
+  return {known_.size(), known_.size()};
+}
+
+template <class Element>
+void Pool<Element>::release_unused() {
+  const Counts left = drop_unused();
+  LogMessage() << "FieldPool(" << tag_ << ")::release_unused fields " << left.known << ", free "
+               << left.known - left.in_use;
 }
 
 template <class Element>

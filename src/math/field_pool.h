@@ -40,14 +40,16 @@ class Pool {
   /// error: it is logged and ends the process.
   void release(Element* element);
 
-  /// Destroys every element that isn't in use, and logs the counts.
-  void release_unused();
-
   struct Counts {
     std::size_t in_use = 0;
     std::size_t known = 0;
   };
   Counts counts() const;
+
+  /// Destroys every element that isn't in use. The result is what stays.
+  Counts drop_unused();
+  /// The same, with a line in the log.
+  void release_unused();
 
  private:
   // Addresses differ in their low bits, and between heap regions in their high ones.

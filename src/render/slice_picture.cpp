@@ -1,6 +1,6 @@
 #include "render/slice_picture.h"
 
-#include <QSaveFile>
+#include <QBuffer>
 #include <QString>
 #include <algorithm>
 #include <cmath>
@@ -11,6 +11,7 @@
 
 #include "cache/grid_type.h"
 #include "util/exception.h"
+#include "util/whole_file.h"
 
 namespace nbx {
 
@@ -186,10 +187,14 @@ QImage slice_picture(const Field<float>& grid, const SliceOptions& options) {
 }
 
 bool write_png(const QImage& picture, const std::string& path, std::string* error) {
-  QSaveFile file(QString::fromStdString(path));
-  if (file.open(QSaveFile::WriteOnly) && picture.save(&file, "PNG") && file.commit()) return true;
-  if (error) *error = file.errorString().toStdString();
-  return false;
+  QBuffer png;
+  std::string reason = "it can't be made into a PNG";
+  const bool written =
+      png.open(QBuffer::WriteOnly) && picture.save(&png, "PNG") &&
+      write_whole(path, {png.data().constData(), static_cast<std::size_t>(png.size())}, Sync::kNone,
+                  reason);
+  if (!written && error) *error = reason;
+  return written;
 }
 
 }  // namespace nbx

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <new>
 
+#include "cache/bfs.h"
 #include "cache/cache_info.h"
 #include "cache/frame_bytes.h"
 #include "cache/predictive_codec.h"
@@ -189,6 +190,27 @@ TEST_F(Damage, HugeClaims) {
     const Outcome o = outcome(test::header() + first + claim);
     EXPECT_EQ(o.damaged, 1);
     EXPECT_EQ(o.grids.at(2), density);
+  }
+}
+
+// Not a matter of damage: the memory that a frame is encoded in serves the next one.
+TEST(EncodeBuffers, ServeTheNextFrame) {
+  const test::TemporaryFolder folder;
+  const test::LogCapture log;
+  BFS store;
+  ASSERT_TRUE(store.setDirectory(folder.path()));
+  SimFrame frame;
+  for (const int type : {kGridDensity, kGridFuel}) {
+    const FieldHandle field = acquire_field({40, 40, 40});
+    test::fill_random(*field, 1);
+    frame.add(field, type, {}, {});
+  }
+  for (const Codec codec : {Codec::kRunLength, Codec::kPredictive}) {
+    store.codec = codec;
+    ASSERT_TRUE(store.writeThrough(frame));
+    largest_allocation = 0;
+    ASSERT_TRUE(store.writeThrough(frame));
+    EXPECT_LT(largest_allocation, kAllowed);
   }
 }
 

@@ -2,7 +2,11 @@
 #include <chrono>
 #include <thread>
 
+#include <sys/inotify.h>
+#include <unistd.h>
+
 #include "cache/cache_registry.h"
+#include "cache/disk_sync.h"
 #include "cache/frame_bytes.h"
 #include "cache/slot_handle.h"
 #include "support/support.h"
@@ -184,18 +188,45 @@ TEST_F(FrameStore, WriteThroughWaitsForReaders) {
   EXPECT_EQ(read(1), 11);
 }
 
+// One load opens the file twice: to look at its header, and to read it.
 TEST_F(FrameStore, ReadersShareOneLoad) {
   prepare({1});
+  const int watch = inotify_init1(IN_NONBLOCK);
+  ASSERT_GE(inotify_add_watch(watch, store->fileName(1, 0).c_str(), IN_OPEN | IN_CLOSE), 0);
   std::vector<std::thread> readers;
   std::vector<SlotHandle> handles(4);
   for (SlotHandle& handle : handles)
     readers.emplace_back([&] { handle = SlotHandle(store, 1, 0, true); });
   for (std::thread& reader : readers) reader.join();
-  const FieldHandle field = handles[0]->grid(kGridDensity);
-  for (const SlotHandle& handle : handles) EXPECT_EQ(handle->grid(kGridDensity), field);
+  inotify_event events[64];
+  const ssize_t read = ::read(watch, events, sizeof events);
+  close(watch);
+  EXPECT_EQ(read, static_cast<ssize_t>(4 * sizeof(inotify_event)));
+  for (const SlotHandle& handle : handles) EXPECT_EQ(value_of(*handle), 1);
 }
 
-// An unknown codec fails in the writer and leaves the frames dirty until it is mended.
+// While the writer is busy, who stores one frame more than the table holds saves the first one that
+// nobody uses, and only that.
+TEST_F(FrameStore, TheFirstUnusedFrameMakesRoom) {
+  test::HeldSync writer(store->fileName(0, 0));
+  put(0, 1);
+  writer.wait();
+  std::vector<SlotHandle> slots;
+  for (const int n : {3, 1, 2}) {
+    slots.push_back(SlotHandle::forStoring(store, n, 0));
+    fill(*slots.back(), n, static_cast<float>(n));
+  }
+  for (SlotHandle& slot : slots) slot.stored();
+  put(9, 9);
+  EXPECT_EQ(store->frames(), (std::vector<int>{0, 1}));
+  EXPECT_TRUE(in_memory(0) && in_memory(2) && in_memory(3) && !in_memory(1));
+  writer.release();
+  EXPECT_TRUE(store->finishWrites());
+  EXPECT_EQ(store->frames(), (std::vector<int>{0, 1, 2, 3, 9}));
+}
+
+// An unknown codec fails in the writer and leaves the frames dirty until it is mended. The writer
+// tries again when any handle goes back, a reader's too.
 TEST_F(FrameStore, DirtyFramesAreSavedBeforeTheStoreEnds) {
   store->codec = static_cast<Codec>(9);
   const SlotHandle empty(store, 77, 0, true);  // doesn't keep the store
@@ -212,8 +243,16 @@ TEST_F(FrameStore, DirtyFramesAreSavedBeforeTheStoreEnds) {
   EXPECT_TRUE(log.contains("Exception caught in BFS::storeSlot: Unknown codec"));
 
   store->codec = Codec::kPredictive;
+  SlotHandle(store, 2, 0, false).release();
+  const Stopwatch watch;
+  while (!on_disk(3) && watch.seconds() < 60) std::this_thread::yield();
+  EXPECT_TRUE(on_disk(1) && on_disk(2) && on_disk(3));
+  store->codec = static_cast<Codec>(9);
+  put(4, 4);
+  EXPECT_FALSE(store->finishWrites());
+  store->codec = Codec::kRaw;
   store.reset();
-  EXPECT_EQ(list_frames(path).size(), 3u);
+  EXPECT_EQ(list_frames(path).size(), 4u);
 }
 
 TEST_F(FrameStore, FramesThatCanNotBeWrittenAreGivenUp) {
@@ -254,15 +293,24 @@ TEST_F(FrameStore, RegistryHasOneStoreForADirectory) {
   EXPECT_FALSE(getCache(folder.file("missing")));
   EXPECT_FALSE(getCache(""));
   for (int n = 1; n <= 10; ++n) put(n, static_cast<float>(n));
-  // A handle owns the store too; who opens it anew meets all frames.
+  store->finishWrites();
+  test::HeldSync writer(store->fileName(11, 0));
+  put(11, 11);
+  writer.wait();
+  // A handle owns the store too. Who opens it anew waits for the writer, and meets all frames.
   SlotHandle last(store, 1, 0, true);
   store.reset();
   EXPECT_TRUE(CacheRegistry::instance().find(path));
   std::thread end([&] { last.release(); });
   while (CacheRegistry::instance().find(path)) std::this_thread::yield();
+  std::thread later([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    writer.release();
+  });
   store = getCache(path);
-  EXPECT_EQ(store->frames().size(), 10u);
   EXPECT_EQ(log.count("Deleting Cache object for " + path), 1);
+  EXPECT_EQ(store->frames().size(), 11u);
+  later.join();
   end.join();
 }
 

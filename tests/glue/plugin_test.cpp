@@ -170,24 +170,29 @@ TEST_F(Plugin, SameBytesForAnyNumberOfThreads) {
   }
 }
 
-TEST_F(Plugin, InterruptsEndTheRunAtTheFrameOrAtOnce) {
+TEST_F(Plugin, InterruptsAndShutdownEndTheRunAtTheFrameOrAtOnce) {
   // Large enough that progress is shown within a frame. The interrupt comes in a substep that isn't
   // the frame's last.
   const auto large = scene(replaced(kScene, "\"voxel_size\": 1", "\"voxel_size\": 0.25"));
-  for (int interrupts : {1, 2}) {
+  for (int interrupts : {1, 2, 0}) {
     std::size_t whole_frames = 0;
+    std::atomic<bool> shown = false;
     prepare_context = [&](test::RecordingContext& c) {
       c.on_progress = [&, interrupts](const std::string& line) {
-        if (c.interrupts > 0 || line.find("substep 1 of 2") == std::string::npos) return;
+        if (shown || line.find("substep 1 of 2") == std::string::npos) return;
+        shown = true;
         c.interrupt(interrupts);
         whole_frames = c.all<std::int64_t>("frame", "frame").size();
+      };
+      c.on_wait = [&, interrupts] {
+        if (shown && interrupts == 0) module_.Send(host::kMessageShutdown);
       };
     };
     const std::string cache = "interrupted" + std::to_string(interrupts);
     EXPECT_EQ(run("simulate", simulate_arguments(large, 14, cache)), host::kInterrupted);
     EXPECT_EQ(context_->all<std::string>("end", "outcome"),
               std::vector<std::string>{"interrupted"});
-    // The first lets the frame end, the second drops it.
+    // The first lets the frame end, the second drops it, and so does the end of the host.
     const auto files = frame_files(cache);
     EXPECT_EQ(files.size(), whole_frames + (interrupts == 1 ? 1 : 0));
     // The state to go on from is that of the last frame, and none is made of half a frame.

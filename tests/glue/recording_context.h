@@ -36,7 +36,10 @@ class RecordingContext final : public host::CommandContext {
     return nullptr;
   }
   int Interrupts() const override { return interrupts; }
-  bool WaitEvent(host::SpecialEvent& event) override { return host_.Queue().Wait(event); }
+  bool WaitEvent(host::SpecialEvent& event) override {
+    if (on_wait) on_wait();
+    return host_.Queue().Wait(event);
+  }
   void Error(const std::string& text) override { errors.push_back(text); }
   void Warning(const std::string& text) override { warnings.push_back(text); }
   void Note(const std::string&) override {}
@@ -63,6 +66,7 @@ class RecordingContext final : public host::CommandContext {
   std::vector<std::string> errors, warnings, results;
   std::vector<std::pair<std::string, host::EventFields>> events;
   std::function<void(const std::string&)> on_event, on_progress;
+  std::function<void()> on_wait;  // on the main thread
   std::atomic<int> interrupts{0};
   void interrupt(int times) {
     interrupts = times;

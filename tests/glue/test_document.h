@@ -15,8 +15,8 @@ class TestDocument {
  public:
   /// `more` are members of the document beside its objects.
   explicit TestDocument(const std::string& objects, const std::string& more = "") {
-    register_volume_object(host_);
-    register_volume_tag(host_);
+    register_volume_object(host_, "Volume");
+    register_volume_tag(host_, "Emitter");
     document_ = host::ReadDocument(R"({"fps": 25, )" + more + R"("objects": [)" + objects + "]}",
                                    "/", host_.Classes());
     document_->Open();

@@ -23,9 +23,9 @@ constexpr int kCells = 40;                  // of the domain along an axis
 host::SmallHost& smoke_host() {
   static host::SmallHost* const with_smoke = [] {
     auto* made = new host::SmallHost;  // lives as long as the documents of the tests
-    register_volume_object(*made);
-    register_volume_tag(*made);
-    register_volume_renderer(*made);
+    register_volume_object(*made, "Volume");
+    register_volume_tag(*made, "Emitter");
+    register_volume_renderer(*made, "Smoke and Fire");
     return made;
   }();
   return *with_smoke;
