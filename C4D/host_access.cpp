@@ -1,5 +1,6 @@
 #include "C4D/host_access.h"
 
+#include "C4D/parameter_reader.h"
 #include "C4D/preferences.h"
 #include "util/log.h"
 
@@ -19,9 +20,11 @@ host::HostServices* host_services() { return the_host; }
 
 void set_host_services(host::HostServices* services) { the_host = services; }
 
-bool preference(std::int32_t id, bool fallback) {
+bool preference(std::int32_t id) {
+  static const host::ClassDescription table = preferences_description();
+  static const host::BaseContainer none;
   const host::BaseContainer* all = preferences();
-  return all ? all->GetBool(id, fallback) : fallback;
+  return ParameterReader(all ? *all : none, table).flag(id);
 }
 
 void set_preference(std::int32_t id, bool value) {
