@@ -38,7 +38,15 @@ TEST(ShadingSettings, CompositingTagHidesVolumesFromRays) {
     read_compositing(target, document.object("v"));
     EXPECT_EQ(target.excludeMask, outer) << parameters;
     EXPECT_EQ(target.innerExcludeMask, inner) << parameters;
+    EXPECT_FALSE(target.matte);
   }
+  test::TestDocument document(volume(
+      "",
+      R"({"type": "compositing", "parameters": {"matte": true, "matte_color": [0.5, 0, 0.25]}})"));
+  RenderVolume target;
+  read_compositing(target, document.object("v"));
+  EXPECT_TRUE(target.matte);
+  EXPECT_EQ(target.matteColor, (Color{0.5f, 0, 0.25f}));
 }
 
 TEST(ShadingSettings, GradientsAreScaledAndFireIsSeenWithoutAnyOfThem) {
