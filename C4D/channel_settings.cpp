@@ -9,31 +9,28 @@ namespace nbx {
 
 namespace {
 
-using Parameters = host::BaseContainer;
-
 constexpr double kMostDecay = 0.999999;  // of an exponential decay, in a frame
 
-double at_least_0(const Parameters& p, std::int32_t id) { return std::max(p.GetReal(id), 0.0); }
+double at_least_0(const ParameterReader& p, std::int32_t id) { return std::max(p.real(id), 0.0); }
 
-double part_per_frame(const Parameters& p, std::int32_t id) {
-  return std::clamp(p.GetReal(id), 0.0, kMostDecay);
+double part_per_frame(const ParameterReader& p, std::int32_t id) {
+  return std::clamp(p.real(id), 0.0, kMostDecay);
 }
 
 /// Density or temperature.
-void read_smoke(ChannelParams& channel, const Parameters& p, std::int32_t buoyancy,
+void read_smoke(ChannelParams& channel, const ParameterReader& p, std::int32_t buoyancy,
                 std::int32_t direction, std::int32_t decay, double unit_scale) {
   channel.decay_mode = DecayMode::kExponential;
   channel.decay = part_per_frame(p, decay);
-  channel.buoyancy = std::max(p.GetReal(buoyancy, channel.buoyancy / unit_scale), 0.0) * unit_scale;
-  const Vec3d& d = channel.direction;
-  channel.direction = normalised(to_flipped_vector(p.GetVector(direction, {d[0], d[1], d[2]})));
+  channel.buoyancy = at_least_0(p, buoyancy) * unit_scale;
+  channel.direction = normalised(to_flipped_vector(p.vector(direction)));
 }
 
-void read_fuel(ChannelParams& fuel, const Parameters& p, double unit_scale) {
+void read_fuel(ChannelParams& fuel, const ParameterReader& p, double unit_scale) {
   fuel.decay_mode = DecayMode::kLinear;
-  fuel.decay = std::max(p.GetReal(OVOLUME_DECAY_FUEL, fuel.decay), 0.0);
+  fuel.decay = at_least_0(p, OVOLUME_DECAY_FUEL);
   fuel.driver_key = selected_channel(p, OVOLUME_FUEL_DRIVER);
-  fuel.driver_spline = to_spline(p.GetCurve(OVOLUME_FUEL_CURVE));
+  fuel.driver_spline = to_spline(p.curve(OVOLUME_FUEL_CURVE));
   fuel.driver_blur = at_least_0(p, OVOLUME_FUEL_DRIVER_BLUR) * unit_scale;
   fuel.outputs[kBurn] = {1, false};
   fuel.outputs[kExpansion] = {at_least_0(p, OVOLUME_FUEL_TO_EXPANSION), true};
@@ -41,8 +38,8 @@ void read_fuel(ChannelParams& fuel, const Parameters& p, double unit_scale) {
   fuel.outputs[kDensity] = {at_least_0(p, OVOLUME_FUEL_TO_DENSITY), true};
 }
 
-void read_burn(ChannelParams& burn, const Parameters& p) {
-  const bool linear = p.GetLong(OVOLUME_DECAY_MODE_BURN) == OVOLUME_DECAY_MODE_LINEAR;
+void read_burn(ChannelParams& burn, const ParameterReader& p) {
+  const bool linear = p.whole(OVOLUME_DECAY_MODE_BURN) == OVOLUME_DECAY_MODE_LINEAR;
   burn.decay_mode = linear ? DecayMode::kLinear : DecayMode::kExponential;
   burn.decay =
       linear ? at_least_0(p, OVOLUME_DECAY_LINEAR_BURN) : part_per_frame(p, OVOLUME_DECAY_BURN);
@@ -50,8 +47,8 @@ void read_burn(ChannelParams& burn, const Parameters& p) {
 
 }  // namespace
 
-int selected_channel(const Parameters& p, std::int32_t id) {
-  switch (p.GetLong(id, OVOLUME_CHANNEL_NONE)) {
+int selected_channel(const ParameterReader& p, std::int32_t id) {
+  switch (p.whole(id)) {
     case OVOLUME_CHANNEL_DENSITY:
       return kDensity;
     case OVOLUME_CHANNEL_TEMPERATURE:
@@ -65,25 +62,25 @@ int selected_channel(const Parameters& p, std::int32_t id) {
   }
 }
 
-void read_channel_sets(SimSettings& s, const Parameters& p) {
-  const auto channel = [&](int key, std::int32_t simulate, bool on, std::int32_t cache, bool kept) {
-    if (!p.GetBool(simulate, on)) return;
+void read_channel_sets(SimSettings& s, const ParameterReader& p) {
+  const auto channel = [&](int key, std::int32_t simulate, std::int32_t cache) {
+    if (!p.flag(simulate)) return;
     s.simulated_channels.insert(key);
-    if (p.GetBool(cache, kept)) s.cached_channels.insert(key);
+    if (p.flag(cache)) s.cached_channels.insert(key);
   };
-  channel(kDensity, OVOLUME_SIMULATE_DENSITY, false, OVOLUME_CACHE_DENSITY, true);
-  channel(kTemperature, OVOLUME_SIMULATE_TEMPERATURE, true, OVOLUME_CACHE_TEMPERATURE, true);
-  channel(kFuel, OVOLUME_SIMULATE_FUEL, false, OVOLUME_CACHE_FUEL, false);
-  channel(kBurn, OVOLUME_SIMULATE_BURN, false, OVOLUME_CACHE_BURN, true);
-  if (p.GetBool(OVOLUME_CACHE_VELOCITY)) s.cached_channels.insert(kVelocity);
-  if (p.GetBool(OVOLUME_CACHE_SOLID)) s.cached_channels.insert(kSolid);
+  channel(kDensity, OVOLUME_SIMULATE_DENSITY, OVOLUME_CACHE_DENSITY);
+  channel(kTemperature, OVOLUME_SIMULATE_TEMPERATURE, OVOLUME_CACHE_TEMPERATURE);
+  channel(kFuel, OVOLUME_SIMULATE_FUEL, OVOLUME_CACHE_FUEL);
+  channel(kBurn, OVOLUME_SIMULATE_BURN, OVOLUME_CACHE_BURN);
+  if (p.flag(OVOLUME_CACHE_VELOCITY)) s.cached_channels.insert(kVelocity);
+  if (p.flag(OVOLUME_CACHE_SOLID)) s.cached_channels.insert(kSolid);
 }
 
-void read_channel_params(SimSettings& s, const Parameters& p) {
+void read_channel_params(SimSettings& s, const ParameterReader& p) {
   const auto common = [&](int key, std::int32_t diffusion, std::int32_t threshold) {
     ChannelParams channel = default_channel_params(key);
     channel.diffusion = at_least_0(p, diffusion) * 0.01;
-    channel.box_threshold = p.GetReal(threshold, channel.box_threshold);
+    channel.box_threshold = p.real(threshold);
     return channel;
   };
   ChannelParams temperature =

@@ -2,18 +2,18 @@
 // settings of a run.
 #pragma once
 
-#include "host/interface/base_container.h"
+#include "C4D/parameter_reader.h"
 #include "simulation/sim_settings.h"
 
 namespace nbx {
 
 /// Which channels exist and which are kept in frames.
-void read_channel_sets(SimSettings& settings, const host::BaseContainer& parameters);
+void read_channel_sets(SimSettings& settings, const ParameterReader& parameters);
 
 /// The parameters of all channels.
-void read_channel_params(SimSettings& settings, const host::BaseContainer& parameters);
+void read_channel_params(SimSettings& settings, const ParameterReader& parameters);
 
 /// The channel that a parameter selects, kNoChannel for none.
-int selected_channel(const host::BaseContainer& parameters, std::int32_t id);
+int selected_channel(const ParameterReader& parameters, std::int32_t id);
 
 }  // namespace nbx

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "C4D/host_conversion.h"
+#include "C4D/parameter_reader.h"
 #include "C4D/particle_sources.h"
 #include "C4D/source_parameters.h"
 #include "C4D/source_substeps.h"
@@ -98,9 +99,9 @@ void EmitterSampler::add_meshes(Simulation3D& sim, const host::BaseTag& tag,
   if (meshes.empty()) return;
   const PolygonWalk walk(meshes, source.world_to_grid);
   const ThicknessProfile profile{source.thickness, pictures != nullptr,
-                                 tag.GetDataInstance().GetBool(TVOLUME_CORNER_WEIGHTS)};
+                                 ParameterReader(tag).flag(TVOLUME_CORNER_WEIGHTS)};
   if (has_emission(source)) {
-    const bool whole = tag.GetDataInstance().GetLinks(TVOLUME_SELECTIONS).empty();
+    const bool whole = ParameterReader(tag).links(TVOLUME_SELECTIONS).empty();
     if (source.fill && whole && !is_solid(tag))
       classify_inside(weights_, PolygonObjectContainer(walk, box));
     voxelize(weights_, walk, box, profile);

@@ -1,5 +1,6 @@
 #include "C4D/host_access.h"
 
+#include "C4D/parameter_reader.h"
 #include "C4D/preferences.h"
 #include "util/log.h"
 
@@ -23,9 +24,11 @@ void set_host_services(host::HostServices* services) { the_host = services; }
 const std::string& plugin_file() { return own_file; }
 void set_plugin_file(const std::string& path) { own_file = path; }
 
-bool preference(std::int32_t id, bool fallback) {
+bool preference(std::int32_t id) {
+  static const host::ClassDescription table = preferences_description();
+  static const host::BaseContainer none;
   const host::BaseContainer* all = preferences();
-  return all ? all->GetBool(id, fallback) : fallback;
+  return ParameterReader(all ? *all : none, table).flag(id);
 }
 
 void set_preference(std::int32_t id, bool value) {

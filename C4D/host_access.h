@@ -18,8 +18,8 @@ void set_host_services(host::HostServices* services);
 const std::string& plugin_file();
 void set_plugin_file(const std::string& path);
 
-/// A preference of the user's, `fallback` where none is set. Main thread only.
-bool preference(std::int32_t id, bool fallback);
+/// A preference of the user's; the default of the table where none is set. Main thread only.
+bool preference(std::int32_t id);
 /// Sets one; nothing happens without a host.
 void set_preference(std::int32_t id, bool value);
 /// The folder under which new caches are made; empty, after a log line, if no preference is set.

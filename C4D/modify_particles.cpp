@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "C4D/host_conversion.h"
+#include "C4D/parameter_reader.h"
 #include "C4D/volume_cache.h"
 #include "C4D/volume_parameters.h"
 #include "cache/slot_handle.h"
@@ -20,7 +21,7 @@ constexpr double kUnitScale = 0.01;  // metres in a unit of the scene
 void modify_particles(const host::BaseObject& volume, const std::shared_ptr<BFS>& store,
                       const host::Particles& particles,
                       std::vector<host::ParticleModification>& changes, double step) try {
-  const double strength = volume.GetDataInstance().GetReal(OVOLUME_PARTICLE_ADVECTION);
+  const double strength = ParameterReader(volume).real(OVOLUME_PARTICLE_ADVECTION);
   if (!(strength > 0) || !(step > 0) || !store) return;
   const int shown = frame_at_time(volume, volume.GetDocument().GetTime());
   const SlotHandle frame(store, shown, 0, true);

@@ -93,6 +93,12 @@ inline host::ParameterInfo link(std::int32_t id, const char* symbol, host::LinkT
   return info;
 }
 
+/// A parameter whose feature is still to come.
+inline host::ParameterInfo later(host::ParameterInfo info) {
+  info.listed = false;
+  return info;
+}
+
 /// What a panel shows and no document holds.
 inline host::ParameterInfo shown(host::ParameterInfo info) {
   info.stored = false;

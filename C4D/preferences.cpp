@@ -15,12 +15,12 @@ host::ClassDescription preferences_description() {
                          "Save the scene into the cache before a run")),
               still(flag(PREF_ASK_AUTOSAVE, "PREF_ASK_AUTOSAVE", true,
                          "Ask before a run overwrites a saved scene and its cache")),
-              still(flag(PREF_UPDATE_CHECK, "PREF_UPDATE_CHECK", true,
-                         "Look for a newer version once a day")),
-              still(flag(PREF_VIEWPORT_GL, "PREF_VIEWPORT_GL", false,
-                         "Show cached frames in the viewport")),
-              still(cycle(PREF_MODE, "PREF_MODE", PREF_MODE_STANDARD,
-                          {{PREF_MODE_STANDARD, "standard"}}, "Kept for later use")),
+              later(still(flag(PREF_UPDATE_CHECK, "PREF_UPDATE_CHECK", true,
+                               "Look for a newer version once a day"))),
+              later(still(flag(PREF_VIEWPORT_GL, "PREF_VIEWPORT_GL", false,
+                               "Show cached frames in the viewport"))),
+              later(still(cycle(PREF_MODE, "PREF_MODE", PREF_MODE_STANDARD,
+                                {{PREF_MODE_STANDARD, "standard"}}, "Kept for later use"))),
           }};
 }
 

@@ -8,6 +8,7 @@
 #include "C4D/simulation_thread.h"
 #include "C4D/volume_cache.h"
 #include "C4D/volume_grid.h"
+#include "C4D/parameter_reader.h"
 #include "C4D/volume_parameters.h"
 #include "C4D/workspace.h"
 #include "cache/bcf_format.h"
@@ -122,9 +123,9 @@ void SimulationThread::make_simulation() {
 bool SimulationThread::open_cache() {
   const std::shared_ptr<BFS> cache = sim_->settings.target_cache = volume_cache(*object_, true);
   if (!cache) return false;
-  const host::BaseContainer& p = object_->GetDataInstance();
-  cache->codec = p.GetBool(OVOLUME_COMPRESS_CACHE) ? Codec::kPredictive : Codec::kRunLength;
-  cache->sync = p.GetBool(OVOLUME_CACHE_SYNC, true) ? Sync::kDisk : Sync::kNone;
+  const ParameterReader p(*object_);
+  cache->codec = p.flag(OVOLUME_COMPRESS_CACHE) ? Codec::kPredictive : Codec::kRunLength;
+  cache->sync = p.flag(OVOLUME_CACHE_SYNC) ? Sync::kDisk : Sync::kNone;
   // The cache's own name must last too.
   if (cache->sync == Sync::kDisk) sync_folder(folder_of(cache->directory()));
   return true;

@@ -7,6 +7,7 @@
 #include "C4D/host_conversion.h"
 #include "C4D/host_volume.h"
 #include "C4D/load_string.h"
+#include "C4D/parameter_reader.h"
 #include "C4D/post_effect_parameters.h"
 #include "C4D/shading_settings.h"
 #include "C4D/simulate_on_render.h"
@@ -42,7 +43,7 @@ double row_length(const Affine3d& m) { return std::sqrt(dot(m.rows[0], m.rows[0]
 // voxel size than the object's stands where it was simulated, since the object no longer tells its
 // domain.
 Affine3d world_to_cells(const host::BaseObject& volume, const SimFrame& frame) {
-  const double voxel = volume.GetDataInstance().GetReal(OVOLUME_VOXEL_SIZE, 1);
+  const double voxel = ParameterReader(volume).real(OVOLUME_VOXEL_SIZE);
   const Affine3d now = volume_grid(volume, voxel).world_to_grid;
   const Affine3d then = stored_world_to_cells(frame);
   const double edge = 1 / row_length(then);
@@ -164,12 +165,10 @@ bool prepare_all(VolumeRenderer& renderer, host::BaseRender* render,
     renderer.active = renderer.active || (volume->ready && volume->shows());
     if (render && render->TestBreak()) return false;
   }
-  if (!renderer.active) return true;
-
-  const host::BaseContainer& data = node.GetDataInstance();
-  renderer.adaptive = data.GetBool(VPVOLUME_ADAPTIVE);
-  renderer.adaptiveThreshold = static_cast<float>(data.GetReal(VPVOLUME_ADAPTIVE_THRESHOLD));
-  if (!render) return true;
+  const ParameterReader data(node);
+  renderer.adaptive = data.flag(VPVOLUME_ADAPTIVE);
+  renderer.adaptiveThreshold = static_cast<float>(data.real(VPVOLUME_ADAPTIVE_THRESHOLD));
+  if (!renderer.active || !render) return true;
   for (const auto& volume : renderer.volumes)
     if (volume->lightField && !prepare_light(host_volume(*volume), *render)) return false;
   return true;

@@ -12,8 +12,6 @@ namespace nbx {
 
 namespace {
 
-using Parameters = host::BaseContainer;
-
 /// How far the domain's centre moves in world space until `seconds` from now, z negated.
 Vec3d motion(host::BaseObject& volume, double seconds) {
   host::BaseDocument& document = volume.GetDocument();
@@ -28,10 +26,10 @@ Vec3d motion(host::BaseObject& volume, double seconds) {
 
 /// The wind as the domain feels it: that of the world less the domain's own motion.
 void read_wind(SimSettings& s, host::BaseObject& volume, double dt) {
-  const Parameters& p = volume.GetDataInstance();
-  s.wind_direction = normalised(to_flipped_vector(p.GetVector(OVOLUME_WIND_DIRECTION, {1, 0, 0})));
-  s.wind_speed = p.GetReal(OVOLUME_WIND_SPEED) * s.unit_scale;
-  if (dt <= 0 || p.GetBool(OVOLUME_WIND_WORLD)) return;
+  const ParameterReader p(volume);
+  s.wind_direction = normalised(to_flipped_vector(p.vector(OVOLUME_WIND_DIRECTION)));
+  s.wind_speed = p.real(OVOLUME_WIND_SPEED) * s.unit_scale;
+  if (dt <= 0 || p.flag(OVOLUME_WIND_WORLD)) return;
   const double document_dt = dt / s.sim_time.length.value() * s.frame_duration;
   const Vec3d moved = motion(volume, document_dt);
   if (moved == Vec3d()) return;
@@ -40,37 +38,36 @@ void read_wind(SimSettings& s, host::BaseObject& volume, double dt) {
   if (s.wind_speed > 0) s.wind_direction = wind * (1 / s.wind_speed);
 }
 
-void read_noise(SimSettings& s, const Parameters& p) {
-  set_noise_scale(s.noise, std::max(p.GetReal(OVOLUME_NOISE_SIZE_MIN), 0.0),
-                  std::max(p.GetReal(OVOLUME_NOISE_SIZE_MAX), 0.0), s.voxel_size,
-                  p.GetReal(OVOLUME_NOISE_STRENGTH) * s.unit_scale,
-                  p.GetReal(OVOLUME_NOISE_PERIOD));
-  s.noise.persistence = static_cast<float>(p.GetReal(OVOLUME_NOISE_PERSISTENCE, 0.56));
+void read_noise(SimSettings& s, const ParameterReader& p) {
+  set_noise_scale(s.noise, std::max(p.real(OVOLUME_NOISE_SIZE_MIN), 0.0),
+                  std::max(p.real(OVOLUME_NOISE_SIZE_MAX), 0.0), s.voxel_size,
+                  p.real(OVOLUME_NOISE_STRENGTH) * s.unit_scale, p.real(OVOLUME_NOISE_PERIOD));
+  s.noise.persistence = static_cast<float>(p.real(OVOLUME_NOISE_PERSISTENCE));
   s.noise.driver_key = selected_channel(p, OVOLUME_NOISE_DRIVER);
-  s.noise.driver_spline = to_spline(p.GetCurve(OVOLUME_NOISE_CURVE));
+  s.noise.driver_spline = to_spline(p.curve(OVOLUME_NOISE_CURVE));
 }
 
-void read_motion(SimSettings& s, const Parameters& p) {
-  s.drag = std::clamp(p.GetReal(OVOLUME_DRAG), 0.0, 1.0);
-  s.clamp_velocity = p.GetBool(OVOLUME_CLAMP_VELOCITY, true);
-  s.vorticity = p.GetReal(OVOLUME_VORTICITY);
+void read_motion(SimSettings& s, const ParameterReader& p) {
+  s.drag = std::clamp(p.real(OVOLUME_DRAG), 0.0, 1.0);
+  s.clamp_velocity = p.flag(OVOLUME_CLAMP_VELOCITY);
+  s.vorticity = p.real(OVOLUME_VORTICITY);
   read_noise(s, p);
 }
 
 }  // namespace
 
 Fraction time_scale(const host::BaseObject& volume) {
-  const double scale = std::max(volume.GetDataInstance().GetReal(OVOLUME_TIME_SCALE, 1), 1e-6);
+  const double scale = std::max(ParameterReader(volume).real(OVOLUME_TIME_SCALE), 1e-6);
   return normalize({std::round(scale * 1e6), 1e6});
 }
 
 void read_run_settings(SimSettings& s, const host::BaseObject& volume) {
-  const Parameters& p = volume.GetDataInstance();
+  const ParameterReader p(volume);
   read_channel_sets(s, p);
-  s.voxel_size = p.GetReal(OVOLUME_VOXEL_SIZE, 1);
+  s.voxel_size = p.real(OVOLUME_VOXEL_SIZE);
   s.dx = s.voxel_size * s.unit_scale;
-  s.interp_points = p.GetBool(OVOLUME_ADVECT_CUBIC) ? 4 : 3;
-  s.cache_direct = p.GetBool(OVOLUME_CACHE_DIRECT);
+  s.interp_points = p.flag(OVOLUME_ADVECT_CUBIC) ? 4 : 3;
+  s.cache_direct = p.flag(OVOLUME_CACHE_DIRECT);
 }
 
 void read_step_settings(SimSettings& s, host::BaseObject& volume, double dt) {
@@ -79,18 +76,18 @@ void read_step_settings(SimSettings& s, host::BaseObject& volume, double dt) {
   s.world_to_grid = grid.world_to_grid;
   s.domain_box = grid.box();
 
-  const Parameters& p = volume.GetDataInstance();
-  s.cfl = p.GetReal(OVOLUME_CFL, 1);
-  s.adaptive_tracer = p.GetBool(OVOLUME_ADAPTIVE_TRACER);
+  const ParameterReader p(volume);
+  s.cfl = p.real(OVOLUME_CFL);
+  s.adaptive_tracer = p.flag(OVOLUME_ADAPTIVE_TRACER);
   s.time_scale = time_scale(volume).value();
-  s.max_substeps = p.GetLong(OVOLUME_MAX_SUBSTEPS, 1);
-  s.velocity_box_threshold = p.GetReal(OVOLUME_VELOCITY_THRESHOLD, 1) * s.unit_scale;
-  s.fit_to_walls = p.GetBool(OVOLUME_FIT_TO_WALLS);
-  s.mask_channels_by_solid = p.GetBool(OVOLUME_MASK_SOLID, true);
+  s.max_substeps = p.whole(OVOLUME_MAX_SUBSTEPS);
+  s.velocity_box_threshold = p.real(OVOLUME_VELOCITY_THRESHOLD) * s.unit_scale;
+  s.fit_to_walls = p.flag(OVOLUME_FIT_TO_WALLS);
+  s.mask_channels_by_solid = p.flag(OVOLUME_MASK_SOLID);
   // The grid's z axis runs against the host's, so the two z faces change places.
   const std::int32_t faces[6] = {OVOLUME_CLOSED_X_MIN, OVOLUME_CLOSED_X_MAX, OVOLUME_CLOSED_Y_MIN,
                                  OVOLUME_CLOSED_Y_MAX, OVOLUME_CLOSED_Z_MAX, OVOLUME_CLOSED_Z_MIN};
-  for (std::size_t f = 0; f < 6; ++f) s.face_closed[f] = p.GetBool(faces[f]) ? 1 : 0;
+  for (std::size_t f = 0; f < 6; ++f) s.face_closed[f] = p.flag(faces[f]) ? 1 : 0;
 
   read_motion(s, p);
   read_channel_params(s, p);

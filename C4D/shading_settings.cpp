@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "C4D/host_conversion.h"
+#include "C4D/parameter_reader.h"
 #include "C4D/volume_parameters.h"
 #include "C4D/volume_shading_parameters.h"
 #include "cache/grid_type.h"
@@ -56,21 +57,21 @@ int channel_of(std::int32_t choice) {
   }
 }
 
-ShaderParams shader_params(const host::BaseContainer& data, const ShaderIds& id) {
+ShaderParams shader_params(const ParameterReader& data, const ShaderIds& id) {
   ShaderParams shader;
-  shader.channel = channel_of(data.GetLong(id.channel, OVOLUME_CHANNEL_NONE));
-  shader.blur = data.GetReal(id.blur);
-  shader.curve = to_spline(data.GetCurve(id.curve));
-  shader.densityChannel = channel_of(data.GetLong(id.density_channel, OVOLUME_CHANNEL_NONE));
-  shader.densityBlur = data.GetReal(id.density_blur);
-  shader.densityCurve = to_spline(data.GetCurve(id.density_curve));
-  shader.density = data.GetReal(id.density);
-  shader.displace = data.GetReal(id.displace);
-  shader.noise.percent = data.GetReal(id.noise_amount);
-  shader.noise.scaleA = data.GetReal(id.noise_scale_a, 1);
-  shader.noise.scaleB = data.GetReal(id.noise_scale_b, 1);
-  shader.noise.gain = data.GetReal(id.noise_gain, 0.56);
-  shader.noise.period = data.GetTime(id.noise_period, {1, 1}).Get();
+  shader.channel = channel_of(data.whole(id.channel));
+  shader.blur = data.real(id.blur);
+  shader.curve = to_spline(data.curve(id.curve));
+  shader.densityChannel = channel_of(data.whole(id.density_channel));
+  shader.densityBlur = data.real(id.density_blur);
+  shader.densityCurve = to_spline(data.curve(id.density_curve));
+  shader.density = data.real(id.density);
+  shader.displace = data.real(id.displace);
+  shader.noise.percent = data.real(id.noise_amount);
+  shader.noise.scaleA = data.real(id.noise_scale_a);
+  shader.noise.scaleB = data.real(id.noise_scale_b);
+  shader.noise.gain = data.real(id.noise_gain);
+  shader.noise.period = data.real(id.noise_period);
   return shader;
 }
 
@@ -90,12 +91,12 @@ std::shared_ptr<const ColorRamp> gradient_ramp(const host::Gradient& gradient, d
   return std::make_shared<GradientRamp>(std::move(knots), scale);
 }
 
-std::shared_ptr<const ColorRamp> fire_ramp(const host::BaseContainer& data) {
-  if (data.GetLong(OVOLUME_FIRE_COLOR_MODE, OVOLUME_FIRE_COLOR_BLACKBODY) ==
-      OVOLUME_FIRE_COLOR_GRADIENT)
-    return gradient_ramp(data.GetGradient(OVOLUME_FIRE_GRADIENT),
-                         data.GetReal(OVOLUME_FIRE_GRADIENT_SCALE, 1));
-  return std::make_shared<BlackbodyRamp>(blackbody_params(data));
+std::shared_ptr<const ColorRamp> fire_ramp(const host::BaseObject& volume) {
+  const ParameterReader data(volume);
+  if (data.whole(OVOLUME_FIRE_COLOR_MODE) == OVOLUME_FIRE_COLOR_GRADIENT)
+    return gradient_ramp(data.gradient(OVOLUME_FIRE_GRADIENT),
+                         data.real(OVOLUME_FIRE_GRADIENT_SCALE));
+  return std::make_shared<BlackbodyRamp>(blackbody_params(volume));
 }
 
 Filter filter_of(std::int32_t choice) {
@@ -112,56 +113,57 @@ const host::BaseTag* compositing_tag(const host::BaseObject& volume) {
 
 }  // namespace
 
-BlackbodyParams blackbody_params(const host::BaseContainer& data) {
+BlackbodyParams blackbody_params(const host::BaseObject& volume) {
+  const ParameterReader data(volume);
   BlackbodyParams body;
-  body.minKelvin = data.GetReal(OVOLUME_FIRE_TEMP_MIN, 600);
-  body.maxKelvin = data.GetReal(OVOLUME_FIRE_TEMP_MAX, 2200);
-  body.exposure = data.GetReal(OVOLUME_FIRE_EXPOSURE, 1);
-  body.compression = data.GetReal(OVOLUME_FIRE_COMPRESSION, 5);
-  body.tint = to_color({data.GetReal(OVOLUME_FIRE_TINT_R, 1), data.GetReal(OVOLUME_FIRE_TINT_G, 1),
-                        data.GetReal(OVOLUME_FIRE_TINT_B, 1)});
+  body.minKelvin = data.real(OVOLUME_FIRE_TEMP_MIN);
+  body.maxKelvin = data.real(OVOLUME_FIRE_TEMP_MAX);
+  body.exposure = data.real(OVOLUME_FIRE_EXPOSURE);
+  body.compression = data.real(OVOLUME_FIRE_COMPRESSION);
+  body.tint = to_color({data.real(OVOLUME_FIRE_TINT_R), data.real(OVOLUME_FIRE_TINT_G),
+                        data.real(OVOLUME_FIRE_TINT_B)});
   return body;
 }
 
 VolumeParams shading_params(const host::BaseObject& volume) {
-  const host::BaseContainer& data = volume.GetDataInstance();
+  const ParameterReader data(volume);
   VolumeParams params;
   params.smoke = shader_params(data, kSmoke);
-  params.smoke.ramp = gradient_ramp(data.GetGradient(OVOLUME_SMOKE_GRADIENT), 1);
+  params.smoke.ramp = gradient_ramp(data.gradient(OVOLUME_SMOKE_GRADIENT), 1);
   params.fire = shader_params(data, kFire);
-  params.fire.ramp = fire_ramp(data);
-  params.albedo = data.GetReal(OVOLUME_SMOKE_ALBEDO, 1);
-  params.occlusion = data.GetReal(OVOLUME_FIRE_OCCLUSION, 1);
-  params.filter = filter_of(data.GetLong(OVOLUME_FILTER, OVOLUME_FILTER_BSPLINE));
-  params.viewStep = data.GetReal(OVOLUME_VIEW_STEP, 0.25);
-  params.shadowStep = data.GetReal(OVOLUME_SHADOW_STEP, 0.5);
-  params.motionBlur = data.GetReal(OVOLUME_MOTION_BLUR);
-  params.motionBlurStep = data.GetReal(OVOLUME_MOTION_BLUR_STEP, 1);
-  if (data.GetBool(OVOLUME_DEPTH_FADE) && data.Find(OVOLUME_DEPTH_FADE_CURVE))
-    params.depthFade = to_spline(data.GetCurve(OVOLUME_DEPTH_FADE_CURVE));
+  params.fire.ramp = fire_ramp(volume);
+  params.albedo = data.real(OVOLUME_SMOKE_ALBEDO);
+  params.occlusion = data.real(OVOLUME_FIRE_OCCLUSION);
+  params.filter = filter_of(data.whole(OVOLUME_FILTER));
+  params.viewStep = data.real(OVOLUME_VIEW_STEP);
+  params.shadowStep = data.real(OVOLUME_SHADOW_STEP);
+  params.motionBlur = data.real(OVOLUME_MOTION_BLUR);
+  params.motionBlurStep = data.real(OVOLUME_MOTION_BLUR_STEP);
+  if (data.flag(OVOLUME_DEPTH_FADE))
+    params.depthFade = to_spline(data.curve(OVOLUME_DEPTH_FADE_CURVE));
   return params;
 }
 
 std::shared_ptr<LightField> make_light_field(const host::BaseObject& volume, const Vec3d& eye) {
-  const host::BaseContainer& data = volume.GetDataInstance();
-  const std::int32_t mode = data.GetLong(OVOLUME_LIGHT_MODE, OVOLUME_LIGHT_LINEAR);
+  const ParameterReader data(volume);
+  const std::int32_t mode = data.whole(OVOLUME_LIGHT_MODE);
   if (mode < OVOLUME_LIGHT_LINEAR || mode > OVOLUME_LIGHT_EXACT) return nullptr;
-  const double scale = std::max(data.GetReal(OVOLUME_LIGHT_GRID_SCALE, 1), 0.001);
-  if (data.GetBool(OVOLUME_MULTI_SCATTER)) {
+  const double scale = std::max(data.real(OVOLUME_LIGHT_GRID_SCALE), 0.001);
+  if (data.flag(OVOLUME_MULTI_SCATTER)) {
     ScatteredLightParams params;
     params.cubic = mode == OVOLUME_LIGHT_CUBIC;
     params.gridScale = scale;
-    params.maxSweeps = std::max(data.GetLong(OVOLUME_SCATTER_SWEEPS, 1), 1);
-    params.directions = std::max(data.GetLong(OVOLUME_SCATTER_DIRECTIONS, 3), 1);
-    params.directWeight = static_cast<float>(data.GetReal(OVOLUME_SCATTER_DIRECT, 1));
-    params.emissionWeight = static_cast<float>(data.GetReal(OVOLUME_SCATTER_EMISSION, 1));
-    params.extinctionScale = static_cast<float>(data.GetReal(OVOLUME_SCATTER_EXTINCTION, 1));
+    params.maxSweeps = std::max(data.whole(OVOLUME_SCATTER_SWEEPS), 1);
+    params.directions = std::max(data.whole(OVOLUME_SCATTER_DIRECTIONS), 1);
+    params.directWeight = static_cast<float>(data.real(OVOLUME_SCATTER_DIRECT));
+    params.emissionWeight = static_cast<float>(data.real(OVOLUME_SCATTER_EMISSION));
+    params.extinctionScale = static_cast<float>(data.real(OVOLUME_SCATTER_EXTINCTION));
     return std::make_shared<ScatteredLightField>(params);
   }
   DirectLightParams params;
   params.mode = static_cast<LightCache>(mode - OVOLUME_LIGHT_LINEAR + 1);
   params.gridScale = scale;
-  params.anisotropy = std::clamp(data.GetReal(OVOLUME_PHASE_G), -0.9999, 0.9999);
+  params.anisotropy = std::clamp(data.real(OVOLUME_PHASE_G), -0.9999, 0.9999);
   params.eye = eye;
   return std::make_shared<DirectLightField>(params);
 }
@@ -171,7 +173,7 @@ void read_compositing(RenderVolume& target, const host::BaseObject& volume) {
   target.matte = false;
   const host::BaseTag* tag = compositing_tag(volume);
   if (!tag) return;
-  const host::BaseContainer& data = tag->GetDataInstance();
+  const ParameterReader data(*tag);
   const struct {
     std::int32_t parameter;
     std::uint32_t rays;
@@ -186,12 +188,12 @@ void read_compositing(RenderVolume& target, const host::BaseObject& volume) {
       {host::COMPOSITING_SEEN_BY_AO, kOcclusionRay},
   };
   for (const auto& [parameter, rays] : excluded)
-    if (!data.GetBool(parameter, true)) target.excludeMask |= rays;
+    if (!data.flag(parameter)) target.excludeMask |= rays;
   target.innerExcludeMask = target.excludeMask;
-  if (!data.GetBool(host::COMPOSITING_SELF_SHADOW, true)) target.innerExcludeMask |= kShadowRay;
-  if (!data.GetBool(host::COMPOSITING_CAST_SHADOWS, true)) target.excludeMask |= kShadowRay;
-  target.matte = data.GetBool(host::COMPOSITING_MATTE);
-  target.matteColor = to_color(data.GetVector(host::COMPOSITING_MATTE_COLOR));
+  if (!data.flag(host::COMPOSITING_SELF_SHADOW)) target.innerExcludeMask |= kShadowRay;
+  if (!data.flag(host::COMPOSITING_CAST_SHADOWS)) target.excludeMask |= kShadowRay;
+  target.matte = data.flag(host::COMPOSITING_MATTE);
+  target.matteColor = to_color(data.vector(host::COMPOSITING_MATTE_COLOR));
 }
 
 }  // namespace nbx

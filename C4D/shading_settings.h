@@ -11,7 +11,7 @@ namespace nbx {
 VolumeParams shading_params(const host::BaseObject& volume);
 
 /// The glowing body of the volume's fire, from its parameters.
-BlackbodyParams blackbody_params(const host::BaseContainer& volume);
+BlackbodyParams blackbody_params(const host::BaseObject& volume);
 
 /// The solver of light that the user chose; empty for unlit smoke. `eye`: the camera, in the world.
 std::shared_ptr<LightField> make_light_field(const host::BaseObject& volume, const Vec3d& eye);

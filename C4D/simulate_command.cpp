@@ -6,6 +6,7 @@
 
 #include "C4D/command_dialog.h"
 #include "C4D/command_options.h"
+#include "C4D/parameter_reader.h"
 #include "C4D/scene_settings.h"
 #include "C4D/simulation_thread.h"
 #include "C4D/volume_cache.h"
@@ -80,7 +81,7 @@ class Run {
 
   /// Nothing is written before all of the scene is seen to be good.
   bool scene_is_good() {
-    const double voxel_size = parameters_.GetReal(OVOLUME_VOXEL_SIZE, 1);
+    const double voxel_size = ParameterReader(volume_).real(OVOLUME_VOXEL_SIZE);
     if (!(voxel_size > 0)) return wrong("voxel_size must be above 0");
     const TimeRange range = time_range(volume_);
     if (range.end < range.start) return wrong("the last frame lies before the first");

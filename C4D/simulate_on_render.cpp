@@ -5,6 +5,7 @@
 #include <exception>
 
 #include "C4D/load_string.h"
+#include "C4D/parameter_reader.h"
 #include "C4D/volume_cache.h"
 #include "C4D/volume_parameters.h"
 #include "C4D/volume_shading_parameters.h"
@@ -20,7 +21,7 @@ int frame_of(const host::BaseTime& time, int fps) {
 
 bool wants_simulation(const HostVolume& volume, const host::BaseRender& render) {
   return !render.IsNetworkClient() && render.GetFirstFrame() != render.GetLastFrame() &&
-         volume.object->GetDataInstance().GetBool(OVOLUME_SIMULATE_ON_RENDER);
+         ParameterReader(*volume.object).flag(OVOLUME_SIMULATE_ON_RENDER);
 }
 
 void begin(HostVolume& volume) {

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "C4D/host_conversion.h"
+#include "C4D/parameter_reader.h"
 #include "C4D/scene_settings.h"
 #include "C4D/simulation_thread.h"
 #include "C4D/volume_grid.h"
@@ -13,11 +14,11 @@ namespace nbx {
 
 /// Takes the state that the parameters name, if any.
 SimulationThread::Origin SimulationThread::load_state() {
-  const host::BaseContainer& p = object_->GetDataInstance();
-  if (!continue_run_ && !p.GetBool(OVOLUME_LOAD_STATE, true)) return Origin::kAnew;
-  const std::string path =
-      continue_run_ ? last_state_file(sim_->settings.target_cache->directory())
-                    : object_->GetDocument().Resolve(p.GetFilename(OVOLUME_STATE_FILE)).path;
+  const ParameterReader p(*object_);
+  if (!continue_run_ && !p.flag(OVOLUME_LOAD_STATE)) return Origin::kAnew;
+  const std::string path = continue_run_
+                               ? last_state_file(sim_->settings.target_cache->directory())
+                               : object_->GetDocument().Resolve(p.file(OVOLUME_STATE_FILE)).path;
   SimFrame frame;
   std::string reason;
   if (!read_state(path, frame, reason)) {
@@ -29,7 +30,7 @@ SimulationThread::Origin SimulationThread::load_state() {
   state_loaded_ = sim_->load_state(*this, frame);
   if (!state_loaded_) warn(path + " has grids of less than 3 voxels: the run goes on without gas");
   state_notes_ = read_notes(path, frame.frameTime);
-  if (!continue_run_ && !p.GetBool(OVOLUME_STATE_CONTINUE_TIME, true)) return Origin::kFromState;
+  if (!continue_run_ && !p.flag(OVOLUME_STATE_CONTINUE_TIME)) return Origin::kFromState;
   time_.time = frame.frameTime.time;
   return Origin::kContinued;
 }

@@ -1,6 +1,7 @@
 #include "C4D/source_parameters.h"
 
 #include "C4D/host_conversion.h"
+#include "C4D/parameter_reader.h"
 #include "C4D/volume_tag.h"
 #include "simulation/channel_key.h"
 
@@ -25,10 +26,10 @@ ParticleMap particle_map(std::int32_t value) {
   }
 }
 
-void read_amounts(SimulationObjectParameters& source, const host::BaseContainer& p, double frames) {
+void read_amounts(SimulationObjectParameters& source, const ParameterReader& p, double frames) {
   const auto channel = [&](int key, std::int32_t amount, std::int32_t mode) {
-    source.amounts[key] = p.GetReal(amount);
-    if (p.GetLong(mode, TVOLUME_MODE_SET) != TVOLUME_MODE_ADD) return;
+    source.amounts[key] = p.real(amount);
+    if (p.whole(mode) != TVOLUME_MODE_ADD) return;
     source.add_keys.insert(key);
     source.amounts[key] *= frames;
   };
@@ -36,29 +37,28 @@ void read_amounts(SimulationObjectParameters& source, const host::BaseContainer&
   channel(kTemperature, TVOLUME_TEMPERATURE, TVOLUME_TEMPERATURE_MODE);
   channel(kFuel, TVOLUME_FUEL, TVOLUME_FUEL_MODE);
   channel(kBurn, TVOLUME_BURN, TVOLUME_BURN_MODE);
-  source.amounts[kExpansion] = p.GetReal(TVOLUME_EXPANSION);  // a rate: the same in every substep
+  source.amounts[kExpansion] = p.real(TVOLUME_EXPANSION);  // a rate: the same in every substep
 }
 
 }  // namespace
 
 SimulationObjectParameters source_parameters(const host::BaseTag& tag, const SimSettings& settings,
                                              double frames) {
-  const host::BaseContainer& p = tag.GetDataInstance();
+  const ParameterReader p(tag);
   SimulationObjectParameters source;
   read_amounts(source, p, frames);
 
   source.transform = to_affine(tag.GetObject()->GetMg());
   source.transform.rows[2] = -source.transform.rows[2];
   source.transform.translation[2] *= -1;
-  source.direction = to_vector(p.GetVector(TVOLUME_DIRECTION)) * settings.unit_scale;
-  source.normal_force = p.GetReal(TVOLUME_NORMAL_FORCE) * settings.unit_scale * frames;
-  source.velocity_transfer = p.GetReal(TVOLUME_VELOCITY_TRANSFER) * settings.unit_scale;
+  source.direction = to_vector(p.vector(TVOLUME_DIRECTION)) * settings.unit_scale;
+  source.normal_force = p.real(TVOLUME_NORMAL_FORCE) * settings.unit_scale * frames;
+  source.velocity_transfer = p.real(TVOLUME_VELOCITY_TRANSFER) * settings.unit_scale;
 
-  source.thickness =
-      std::max(p.GetReal(TVOLUME_THICKNESS, 1) / settings.voxel_size, kSmallestThickness);
-  source.fill = p.GetBool(TVOLUME_FILL, true);
-  source.particle_map = particle_map(p.GetLong(TVOLUME_PARTICLE_MAP));
-  source.particle_curve = to_spline(p.GetCurve(TVOLUME_PARTICLE_CURVE));
+  source.thickness = std::max(p.real(TVOLUME_THICKNESS) / settings.voxel_size, kSmallestThickness);
+  source.fill = p.flag(TVOLUME_FILL);
+  source.particle_map = particle_map(p.whole(TVOLUME_PARTICLE_MAP));
+  source.particle_curve = to_spline(p.curve(TVOLUME_PARTICLE_CURVE));
 
   source.world_to_grid = settings.world_to_grid;
   source.time = settings.sim_time.time.value() + settings.frame_elapsed;
@@ -67,7 +67,7 @@ SimulationObjectParameters source_parameters(const host::BaseTag& tag, const Sim
 }
 
 int surface_channel(const host::BaseTag& tag) {
-  switch (tag.GetDataInstance().GetLong(TVOLUME_SURFACE_CHANNEL)) {
+  switch (ParameterReader(tag).whole(TVOLUME_SURFACE_CHANNEL)) {
     case TVOLUME_SURFACE_CHANNEL_0:
       return 0;
     case TVOLUME_SURFACE_CHANNEL_1:

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "C4D/host_conversion.h"
+#include "C4D/parameter_reader.h"
 #include "C4D/source_tags.h"
 #include "C4D/volume_grid.h"
 #include "C4D/volume_parameters.h"
@@ -34,7 +35,7 @@ std::vector<Vec3d> points_at(host::BaseObject& volume, const std::vector<host::B
 
 int source_substeps(host::BaseObject& volume, const std::vector<host::BaseTag*>& tags,
                     double voxel_size, double start, double end) {
-  const std::int32_t wanted = volume.GetDataInstance().GetLong(OVOLUME_SOURCE_SUBSTEPS);
+  const std::int32_t wanted = ParameterReader(volume).whole(OVOLUME_SOURCE_SUBSTEPS);
   if (wanted > 0) return wanted;
   if (end <= start) return 1;
   const std::vector<Vec3d> before = points_at(volume, tags, voxel_size, start);

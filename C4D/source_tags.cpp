@@ -1,5 +1,6 @@
 #include "C4D/source_tags.h"
 
+#include "C4D/parameter_reader.h"
 #include "C4D/volume_tag.h"
 #include "util/log.h"
 
@@ -10,7 +11,7 @@ namespace {
 void find_tags(host::BaseObject* object, std::vector<host::BaseTag*>& tags) {
   for (; object; object = object->GetNext()) {
     for (host::BaseTag* tag = object->GetFirstTag(); tag; tag = tag->GetNext())
-      if (tag->GetType() == kVolumeTag && tag->GetDataInstance().GetBool(TVOLUME_ENABLED, true))
+      if (tag->GetType() == kVolumeTag && ParameterReader(*tag).flag(TVOLUME_ENABLED))
         tags.push_back(tag);
     find_tags(object->GetDown(), tags);
   }
@@ -53,7 +54,7 @@ host::BaseObject* source_object(const host::BaseTag& tag) {
   return object;
 }
 
-bool is_solid(const host::BaseTag& tag) { return tag.GetDataInstance().GetBool(TVOLUME_SOLID); }
+bool is_solid(const host::BaseTag& tag) { return ParameterReader(tag).flag(TVOLUME_SOLID); }
 
 std::vector<host::PolygonObject*> gather_polygon_objects(host::BaseObject& object) {
   std::vector<host::PolygonObject*> meshes;
@@ -74,7 +75,7 @@ std::vector<SourceMesh> source_meshes(const host::BaseTag& tag) {
   std::vector<SourceMesh> meshes;
   host::BaseObject* object = source_object(tag);
   if (!object) return meshes;
-  const host::LinkList selections = tag.GetDataInstance().GetLinks(TVOLUME_SELECTIONS);
+  const host::LinkList selections = ParameterReader(tag).links(TVOLUME_SELECTIONS);
   for (host::BaseList2D* entry : selections)
     if (host::PolygonObject* mesh = selected_mesh(*entry))
       meshes.push_back({mesh, static_cast<host::SelectionTag*>(entry)});

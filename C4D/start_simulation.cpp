@@ -36,7 +36,7 @@ bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_
     stop(true);
   }
   End(true);
-  if (!continue_run && preference(PREF_ASK_AUTOSAVE, true) && !directory.empty() &&
+  if (!continue_run && preference(PREF_ASK_AUTOSAVE) && !directory.empty() &&
       QFileInfo::exists(QString::fromStdString(directory + "/Autosave.c4d"))) {
     const OldCache choice = dialog.ask_about_cache(load_string(10085), load_string(10086));
     if (choice == OldCache::kStop) return false;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <exception>
 
+#include "C4D/parameter_reader.h"
 #include "C4D/shading_settings.h"
 #include "C4D/volume_cache.h"
 #include "C4D/volume_display_parameters.h"
@@ -91,7 +92,7 @@ std::vector<int> displayed_grids(std::int32_t channel) {
 
 }  // namespace
 
-void bake_fire(host::BaseContainer& volume) {
+void bake_fire(host::BaseObject& volume) {
   const BlackbodyRamp ramp(blackbody_params(volume));
   const Color most = ramp.maxColor();
   const double largest = std::max({most[0], most[1], most[2]});
@@ -107,18 +108,18 @@ void bake_fire(host::BaseContainer& volume) {
   }
   fit.add_knot(0);
   fit.add_knots(0, kLast);
-  volume.SetGradient(OVOLUME_FIRE_GRADIENT, fit.gradient);
-  volume.SetReal(OVOLUME_FIRE_GRADIENT_SCALE, scale);
-  volume.SetLong(OVOLUME_FIRE_COLOR_MODE, OVOLUME_FIRE_COLOR_GRADIENT);
+  host::BaseContainer& p = volume.GetDataInstance();
+  p.SetGradient(OVOLUME_FIRE_GRADIENT, fit.gradient);
+  p.SetReal(OVOLUME_FIRE_GRADIENT_SCALE, scale);
+  p.SetLong(OVOLUME_FIRE_COLOR_MODE, OVOLUME_FIRE_COLOR_GRADIENT);
 }
 
 void measure_range(host::BaseObject& volume, const std::shared_ptr<BFS>& store) try {
   if (!store) return;
-  host::BaseContainer& p = volume.GetDataInstance();
   const SlotHandle frame(store, frame_at_time(volume, volume.GetDocument().GetTime()), 0, true);
   if (!frame) return;
   float low = INFINITY, high = -INFINITY;
-  for (const int type : displayed_grids(p.GetLong(OVOLUME_DISPLAY_CHANNEL))) {
+  for (const int type : displayed_grids(ParameterReader(volume).whole(OVOLUME_DISPLAY_CHANNEL))) {
     const FieldHandle field = frame->grid(type);
     if (!field) continue;
     const ValueSummary values = summarise(*field);
@@ -126,6 +127,7 @@ void measure_range(host::BaseObject& volume, const std::shared_ptr<BFS>& store) 
     high = std::max(high, values.max);
   }
   if (low > high) return;
+  host::BaseContainer& p = volume.GetDataInstance();
   p.SetReal(OVOLUME_DISPLAY_RANGE_MIN, low);
   p.SetReal(OVOLUME_DISPLAY_RANGE_MAX, high);
 } catch (const std::exception& e) {

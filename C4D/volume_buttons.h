@@ -11,7 +11,7 @@ namespace nbx {
 /// Between its knots the gradient is off by at most a hundredth of the body's own brightness, or a
 /// 4096th of its largest: both less than one sees. Colours beyond what floats hold leave all as it
 /// was, with a log line.
-void bake_fire(host::BaseContainer& volume);
+void bake_fire(host::BaseObject& volume);
 
 /// OVOLUME_MEASURE_RANGE: sets the range of the display to that of OVOLUME_DISPLAY_CHANNEL in the
 /// frame that the volume shows at the document's time, for velocity over all three components.

@@ -4,6 +4,7 @@
 #include <QFileInfo>
 
 #include "C4D/host_access.h"
+#include "C4D/parameter_reader.h"
 #include "C4D/preferences.h"
 #include "C4D/volume_parameters.h"
 #include "C4D/volume_shading_parameters.h"
@@ -13,7 +14,7 @@
 namespace nbx {
 
 CacheDirData cache_dir_data(const host::BaseObject& volume) {
-  const host::Filename named = volume.GetDataInstance().GetFilename(OVOLUME_CACHE_NAME);
+  const host::Filename named = ParameterReader(volume).file(OVOLUME_CACHE_NAME);
   const std::string path = volume.GetDocument().Resolve(named).path;
   const std::size_t slash = path.rfind('/');
   if (slash == std::string::npos) return {};
@@ -64,26 +65,26 @@ std::shared_ptr<BFS> volume_cache(host::BaseObject& volume, bool create) {
 
 TimeRange time_range(const host::BaseObject& volume) {
   const host::BaseDocument& document = volume.GetDocument();
-  const host::BaseContainer& p = volume.GetDataInstance();
-  switch (p.GetLong(OVOLUME_TIME_MODE, OVOLUME_TIME_PREVIEW_RANGE)) {
+  const ParameterReader p(volume);
+  switch (p.whole(OVOLUME_TIME_MODE)) {
     case OVOLUME_TIME_DOCUMENT_RANGE:
       return {document.GetMinTime(), document.GetMaxTime()};
     case OVOLUME_TIME_OWN_RANGE:
-      return {p.GetTime(OVOLUME_TIME_START, {0, 1}), p.GetTime(OVOLUME_TIME_END, {3, 1})};
+      return {p.time(OVOLUME_TIME_START), p.time(OVOLUME_TIME_END)};
     default:
       return {document.GetLoopMinTime(), document.GetLoopMaxTime()};
   }
 }
 
 int frame_at_time(const host::BaseObject& volume, const host::BaseTime& time) {
-  const host::BaseContainer& p = volume.GetDataInstance();
+  const ParameterReader p(volume);
   const std::int32_t fps = volume.GetDocument().GetFps();
   const host::BaseTime start = time_range(volume).start;
   const host::BaseTime since{
       time.GetNumerator() * start.GetDenominator() - start.GetNumerator() * time.GetDenominator(),
       time.GetDenominator() * start.GetDenominator()};
-  const std::int64_t frame = p.GetLong(OVOLUME_FRAME_STRIDE, 1) * since.GetFrame(fps) +
-                             start.GetFrame(fps) - p.GetLong(OVOLUME_FRAME_OFFSET);
+  const std::int64_t frame = p.whole(OVOLUME_FRAME_STRIDE) * since.GetFrame(fps) +
+                             start.GetFrame(fps) - p.whole(OVOLUME_FRAME_OFFSET);
   return static_cast<int>(std::clamp<std::int64_t>(frame, -2147483647, 2147483647));
 }
 
@@ -93,7 +94,7 @@ std::string autosave_file(host::BaseObject& volume) {
 }
 
 void autosave(host::BaseObject& volume) {
-  if (!preference(PREF_AUTOSAVE, true) || !host_services()) return;
+  if (!preference(PREF_AUTOSAVE) || !host_services()) return;
   const std::string directory = cache_directory(volume, true);
   if (directory.empty()) {
     LogMessage() << "Failed to get cache dir to autosave project file";

@@ -1,8 +1,6 @@
 #include "C4D/volume_enabling.h"
 
-#include <algorithm>
-#include <vector>
-
+#include "C4D/enabling_rule.h"
 #include "C4D/volume_display_parameters.h"
 #include "C4D/volume_parameters.h"
 #include "C4D/volume_shading_parameters.h"
@@ -11,26 +9,21 @@ namespace nbx {
 
 namespace {
 
-/// The parameters count only while `ruler` has the value, or has any other one.
-struct Rule {
-  std::int32_t ruler;
-  enum Relation { kIs, kIsNot } relation;
-  std::int32_t value;
-  std::vector<std::int32_t> parameters;
-};
-constexpr auto kIs = Rule::kIs, kIsNot = Rule::kIsNot;
+constexpr auto kIs = EnablingRule::kIs, kIsNot = EnablingRule::kIsNot;
 
-const std::vector<Rule> kRules{
+const std::vector<EnablingRule> kRules{
     {OVOLUME_SIMULATE_DENSITY,
      kIs,
      true,
      {OVOLUME_CACHE_DENSITY, OVOLUME_BUOYANCY_DENSITY, OVOLUME_DIRECTION_DENSITY,
-      OVOLUME_DECAY_DENSITY, OVOLUME_DIFFUSION_DENSITY, OVOLUME_BOX_THRESHOLD_DENSITY}},
+      OVOLUME_DECAY_DENSITY, OVOLUME_DIFFUSION_DENSITY, OVOLUME_BOX_THRESHOLD_DENSITY,
+      OVOLUME_FUEL_TO_DENSITY}},
     {OVOLUME_SIMULATE_TEMPERATURE,
      kIs,
      true,
      {OVOLUME_CACHE_TEMPERATURE, OVOLUME_BUOYANCY_TEMPERATURE, OVOLUME_DIRECTION_TEMPERATURE,
-      OVOLUME_DECAY_TEMPERATURE, OVOLUME_DIFFUSION_TEMPERATURE, OVOLUME_BOX_THRESHOLD_TEMPERATURE}},
+      OVOLUME_DECAY_TEMPERATURE, OVOLUME_DIFFUSION_TEMPERATURE, OVOLUME_BOX_THRESHOLD_TEMPERATURE,
+      OVOLUME_FUEL_TO_TEMPERATURE}},
     {OVOLUME_SIMULATE_FUEL,
      kIs,
      true,
@@ -54,11 +47,18 @@ const std::vector<Rule> kRules{
     {OVOLUME_SMOKE_CHANNEL,
      kIsNot,
      OVOLUME_CHANNEL_NONE,
-     {OVOLUME_SMOKE_BLUR, OVOLUME_SMOKE_CURVE, OVOLUME_SMOKE_GRADIENT,
-      OVOLUME_SMOKE_DENSITY_CHANNEL, OVOLUME_SMOKE_DENSITY_BLUR, OVOLUME_SMOKE_DENSITY_CURVE,
-      OVOLUME_SMOKE_DENSITY, OVOLUME_SMOKE_ALBEDO, OVOLUME_SMOKE_DISPLACE,
-      OVOLUME_SMOKE_NOISE_AMOUNT, OVOLUME_SMOKE_NOISE_SCALE_A, OVOLUME_SMOKE_NOISE_SCALE_B,
-      OVOLUME_SMOKE_NOISE_GAIN, OVOLUME_SMOKE_NOISE_PERIOD}},
+     {OVOLUME_SMOKE_BLUR,          OVOLUME_SMOKE_CURVE,
+      OVOLUME_SMOKE_GRADIENT,      OVOLUME_SMOKE_DENSITY_CHANNEL,
+      OVOLUME_SMOKE_DENSITY_BLUR,  OVOLUME_SMOKE_DENSITY_CURVE,
+      OVOLUME_SMOKE_DENSITY,       OVOLUME_SMOKE_ALBEDO,
+      OVOLUME_SMOKE_DISPLACE,      OVOLUME_SMOKE_NOISE_AMOUNT,
+      OVOLUME_SMOKE_NOISE_SCALE_A, OVOLUME_SMOKE_NOISE_SCALE_B,
+      OVOLUME_SMOKE_NOISE_GAIN,    OVOLUME_SMOKE_NOISE_PERIOD,
+      OVOLUME_FIRE_OCCLUSION,      OVOLUME_LIGHT_MODE,
+      OVOLUME_LIGHT_GRID_SCALE,    OVOLUME_PHASE_G,
+      OVOLUME_MULTI_SCATTER,       OVOLUME_SCATTER_SWEEPS,
+      OVOLUME_SCATTER_DIRECTIONS,  OVOLUME_SCATTER_DIRECT,
+      OVOLUME_SCATTER_EMISSION,    OVOLUME_SCATTER_EXTINCTION}},
     {OVOLUME_SMOKE_DENSITY_CHANNEL,
      kIsNot,
      OVOLUME_CHANNEL_NONE,
@@ -73,7 +73,8 @@ const std::vector<Rule> kRules{
       OVOLUME_FIRE_TEMP_MAX,      OVOLUME_FIRE_EXPOSURE,       OVOLUME_FIRE_COMPRESSION,
       OVOLUME_FIRE_TINT_R,        OVOLUME_FIRE_TINT_G,         OVOLUME_FIRE_TINT_B,
       OVOLUME_BAKE_FIRE,          OVOLUME_FIRE_NOISE_AMOUNT,   OVOLUME_FIRE_NOISE_SCALE_A,
-      OVOLUME_FIRE_NOISE_SCALE_B, OVOLUME_FIRE_NOISE_GAIN,     OVOLUME_FIRE_NOISE_PERIOD}},
+      OVOLUME_FIRE_NOISE_SCALE_B, OVOLUME_FIRE_NOISE_GAIN,     OVOLUME_FIRE_NOISE_PERIOD,
+      OVOLUME_SCATTER_EMISSION}},
     {OVOLUME_FIRE_DENSITY_CHANNEL,
      kIsNot,
      OVOLUME_CHANNEL_NONE,
@@ -99,6 +100,11 @@ const std::vector<Rule> kRules{
      {OVOLUME_SCATTER_SWEEPS, OVOLUME_SCATTER_DIRECTIONS, OVOLUME_SCATTER_DIRECT,
       OVOLUME_SCATTER_EMISSION, OVOLUME_SCATTER_EXTINCTION}},
     {OVOLUME_MULTI_SCATTER, kIs, false, {OVOLUME_PHASE_G}},
+    {OVOLUME_LIGHT_MODE,
+     kIsNot,
+     OVOLUME_LIGHT_EXACT,
+     {OVOLUME_LIGHT_GRID_SCALE},
+     OVOLUME_MULTI_SCATTER},
     {OVOLUME_DEPTH_FADE, kIs, true, {OVOLUME_DEPTH_FADE_CURVE}},
     {OVOLUME_DISPLAY_MODE,
      kIs,
@@ -116,12 +122,8 @@ const std::vector<Rule> kRules{
 
 }  // namespace
 
-bool volume_parameter_enabled(const host::BaseContainer& volume, std::int32_t id) {
-  return std::all_of(kRules.begin(), kRules.end(), [&](const Rule& rule) {
-    const bool is = volume.GetLong(rule.ruler) == rule.value;
-    return is == (rule.relation == kIs) ||
-           std::find(rule.parameters.begin(), rule.parameters.end(), id) == rule.parameters.end();
-  });
+bool volume_parameter_enabled(const host::BaseList2D& volume, std::int32_t id) {
+  return enabled_by_rules(kRules, volume, id);
 }
 
 }  // namespace nbx

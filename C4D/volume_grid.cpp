@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "C4D/host_conversion.h"
+#include "C4D/parameter_reader.h"
 #include "C4D/volume_parameters.h"
 #include "math/sparse_field.h"
 
@@ -33,7 +34,7 @@ bool finite(const Affine3d& m) {
 VolumeGrid volume_grid(const host::BaseObject& volume, double voxel_size) {
   const double v = std::max(voxel_size, 2.220446049250313e-16);
   const Vec3d centre = to_flipped_vector(volume.GetMp());
-  const Vec3d size = to_vector(volume.GetDataInstance().GetVector(OVOLUME_SIZE, {200, 200, 200}));
+  const Vec3d size = to_vector(ParameterReader(volume).vector(OVOLUME_SIZE));
 
   VolumeGrid grid;
   Affine3d to_cells;

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include "C4D/parameter_reader.h"
 #include "C4D/volume_cache.h"
 #include "C4D/volume_display_parameters.h"
 #include "C4D/volume_parameters.h"
@@ -71,7 +72,7 @@ std::string text_field(std::int32_t id, const SimFrame& frame, int number) {
 bool info_field(host::ParameterValue& value, std::int32_t id, const host::BaseObject& volume,
                 const std::shared_ptr<BFS>& store) {
   if (id == OVOLUME_TIME_END) {
-    if (volume.GetDataInstance().GetLong(OVOLUME_TIME_MODE) == OVOLUME_TIME_OWN_RANGE) return false;
+    if (ParameterReader(volume).whole(OVOLUME_TIME_MODE) == OVOLUME_TIME_OWN_RANGE) return false;
     value = time_range(volume).end;
     return true;
   }

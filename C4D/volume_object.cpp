@@ -4,6 +4,7 @@
 
 #include "C4D/host_access.h"
 #include "C4D/modify_particles.h"
+#include "C4D/parameter_reader.h"
 #include "C4D/preferences.h"
 #include "C4D/save_assets.h"
 #include "C4D/volume_buttons.h"
@@ -43,7 +44,7 @@ void normalise_cache_location(host::BaseContainer& volume) {
 }
 
 void lock_cache(host::BaseObject& volume) {
-  const bool on = volume.GetDataInstance().GetBool(OVOLUME_CACHE_LOCK);
+  const bool on = ParameterReader(volume).flag(OVOLUME_CACHE_LOCK);
   const std::string directory = existing_cache_directory(volume);
   if (directory.empty())
     LogMessage() << "volume \"" << volume.GetName() << "\" has no cache to "
@@ -53,7 +54,8 @@ void lock_cache(host::BaseObject& volume) {
 }
 
 void parameter_changed(host::BaseObject& volume, std::int32_t id) {
-  if (id == OVOLUME_DISPLAY_ON) set_preference(PREF_VIEWPORT_GL, true);
+  if (id == OVOLUME_DISPLAY_ON && ParameterReader(volume).flag(id))
+    set_preference(PREF_VIEWPORT_GL, true);
   if (id == OVOLUME_CACHE_LOCK) lock_cache(volume);
 }
 
@@ -67,7 +69,7 @@ std::shared_ptr<BFS> VolumeObject::get_cache(const host::BaseObject& object) {
 
 void VolumeObject::handleButton(host::BaseObject& object, std::int32_t id) {
   if (id == OVOLUME_BAKE_FIRE)
-    bake_fire(object.GetDataInstance());
+    bake_fire(object);
   else if (id == OVOLUME_MEASURE_RANGE)
     measure_range(object, get_cache(object));
   else
@@ -103,18 +105,18 @@ bool VolumeObject::GetDParameter(host::BaseList2D& node, std::int32_t id,
 }
 
 bool VolumeObject::GetDEnabling(const host::BaseList2D& node, std::int32_t id) const {
-  return volume_parameter_enabled(node.GetDataInstance(), id);
+  return volume_parameter_enabled(node, id);
 }
 
 void VolumeObject::GetDimension(const host::BaseObject& object, host::Vector& centre,
                                 host::Vector& radius) const {
   centre = {};
-  radius = object.GetDataInstance().GetVector(OVOLUME_SIZE, {200, 200, 200}) * 0.5;
+  radius = ParameterReader(object).vector(OVOLUME_SIZE) * 0.5;
 }
 
 void VolumeObject::ModifyParticles(const host::BaseObject& object, const host::Particles& particles,
                                    std::vector<host::ParticleModification>& changes, double step) {
-  if (object.GetDataInstance().GetReal(OVOLUME_PARTICLE_ADVECTION) > 0)
+  if (ParameterReader(object).real(OVOLUME_PARTICLE_ADVECTION) > 0)
     modify_particles(object, get_cache(object), particles, changes, step);
 }
 

@@ -42,14 +42,14 @@ ParameterList cache_parameters() {
 
 ParameterList upres_parameters() {
   return {
-      still(whole(OVOLUME_UPRES_FACTOR, "OVOLUME_UPRES_FACTOR", 2, 1, 64,
-                  "Voxels of an up-resolution run along the edge of one of the cache's")),
-      real(OVOLUME_UPRES_NOISE, "OVOLUME_UPRES_NOISE", 3, -kUnbounded, kUnbounded, "%",
-           "Strength of the detail that an up-resolution run adds"),
-      real(OVOLUME_UPRES_PERSISTENCE, "OVOLUME_UPRES_PERSISTENCE", 0.56, 0, 1, "",
-           "Detail of one size over that of twice the size"),
-      whole(OVOLUME_UPRES_EXTRA_BANDS, "OVOLUME_UPRES_EXTRA_BANDS", 0, 0, 64,
-            "Sizes of detail to add, beside those between the two resolutions"),
+      later(still(whole(OVOLUME_UPRES_FACTOR, "OVOLUME_UPRES_FACTOR", 2, 1, 64,
+                        "Voxels of an up-resolution run along the edge of one of the cache's"))),
+      later(real(OVOLUME_UPRES_NOISE, "OVOLUME_UPRES_NOISE", 3, -kUnbounded, kUnbounded, "%",
+                 "Strength of the detail that an up-resolution run adds")),
+      later(real(OVOLUME_UPRES_PERSISTENCE, "OVOLUME_UPRES_PERSISTENCE", 0.56, 0, 1, "",
+                 "Detail of one size over that of twice the size")),
+      later(whole(OVOLUME_UPRES_EXTRA_BANDS, "OVOLUME_UPRES_EXTRA_BANDS", 0, 0, 64,
+                  "Sizes of detail to add, beside those between the two resolutions")),
   };
 }
 

@@ -39,8 +39,9 @@ host::ParameterInfo display_channel() {
 
 }  // namespace
 
+// The viewport doesn't show frames yet.
 ParameterList display_parameters() {
-  return {
+  ParameterList all{
       still(flag(OVOLUME_DISPLAY_ON, "OVOLUME_DISPLAY_ON", false,
                  "Show the cached frames in the viewport; turns the preference viewport_gl on")),
       cycle(OVOLUME_DISPLAY_MODE, "OVOLUME_DISPLAY_MODE", OVOLUME_DISPLAY_VOLUME,
@@ -79,6 +80,8 @@ ParameterList display_parameters() {
       gradient(OVOLUME_PARTICLE_GRADIENT, "OVOLUME_PARTICLE_GRADIENT", spectrum(0.05),
                "Color and opacity for particles"),
   };
+  for (host::ParameterInfo& info : all) info = later(std::move(info));
+  return all;
 }
 
 ParameterList info_parameters() {

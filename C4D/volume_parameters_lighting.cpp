@@ -7,15 +7,15 @@ using namespace table;
 
 ParameterList lighting_parameters() {
   return {
-      cycle(
-          OVOLUME_LIGHT_MODE, "OVOLUME_LIGHT_MODE", OVOLUME_LIGHT_LINEAR,
-          {{OVOLUME_LIGHT_NONE, "none"},
-           {OVOLUME_LIGHT_LINEAR, "linear"},
-           {OVOLUME_LIGHT_CUBIC, "cubic"},
-           {OVOLUME_LIGHT_PER_THREAD, "per_thread"},
-           {OVOLUME_LIGHT_EXACT, "exact"}},
-          "How light in the smoke is looked up: from a grid, with linear or cubic sampling or one "
-          "for each thread, or at each point; none: smoke is its own color"),
+      cycle(OVOLUME_LIGHT_MODE, "OVOLUME_LIGHT_MODE", OVOLUME_LIGHT_LINEAR,
+            {{OVOLUME_LIGHT_NONE, "none"},
+             {OVOLUME_LIGHT_LINEAR, "linear"},
+             {OVOLUME_LIGHT_CUBIC, "cubic"},
+             {OVOLUME_LIGHT_PER_THREAD, "per_thread"},
+             {OVOLUME_LIGHT_EXACT, "exact"}},
+            "How light in the smoke is looked up: linear and cubic sample one grid, per_thread one "
+            "for each light, which is right for every direction of view; exact asks at each point; "
+            "none: smoke is its own color"),
       real(OVOLUME_LIGHT_GRID_SCALE, "OVOLUME_LIGHT_GRID_SCALE", 1, 0.001, 64, "per voxel",
            "Points of the grid of light along a voxel's edge"),
       real(OVOLUME_PHASE_G, "OVOLUME_PHASE_G", 0, -0.9999, 0.9999, "",

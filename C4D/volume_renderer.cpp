@@ -5,6 +5,7 @@
 
 #include "C4D/c4d_lighting.h"
 #include "C4D/host_conversion.h"
+#include "C4D/parameter_reader.h"
 #include "C4D/post_effect_parameters.h"
 #include "C4D/render_volumes.h"
 #include "math/field_pool.h"
@@ -48,10 +49,14 @@ class VPvolume final : public host::VideoPostData {
       release_frames(renderer_);
       return host::RenderResult::Ok;
     }
-    gamma_ = node.GetDataInstance().GetBool(VPVOLUME_GAMMA, true);
+    gamma_ = ParameterReader(node).flag(VPVOLUME_GAMMA);
     return prepare_all(renderer_, &render, render.GetDocument(), node)
                ? host::RenderResult::Ok
                : host::RenderResult::UserBreak;
+  }
+
+  bool GetDEnabling(const host::BaseList2D& node, std::int32_t id) const override {
+    return id != VPVOLUME_ADAPTIVE_THRESHOLD || ParameterReader(node).flag(VPVOLUME_ADAPTIVE);
   }
 
   void CalcVolumetric(host::VolumeData& data) override {

@@ -1,5 +1,7 @@
 #include "C4D/volume_tag.h"
 
+#include "C4D/enabling_rule.h"
+
 namespace nbx {
 
 namespace {
@@ -10,6 +12,18 @@ class VolumeTag final : public host::TagData {
     if (type != host::kMessageDocumentLoaded) return false;
     convert(node);
     return true;
+  }
+
+  /// A tag that is switched off keeps its parameters: they can be set before it is switched on.
+  bool GetDEnabling(const host::BaseList2D& node, std::int32_t id) const override {
+    static const std::vector<EnablingRule> rules{
+        {TVOLUME_SOLID, EnablingRule::kIs, false, {TVOLUME_VELOCITY_TRANSFER, TVOLUME_FILL}},
+        {TVOLUME_PARTICLE_MAP,
+         EnablingRule::kIsNot,
+         TVOLUME_PARTICLE_NOTHING,
+         {TVOLUME_PARTICLE_CURVE}},
+    };
+    return enabled_by_rules(rules, node, id);
   }
 
  private:

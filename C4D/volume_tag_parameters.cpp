@@ -40,7 +40,7 @@ ParameterList velocities() {
       vector(TVOLUME_DIRECTION, "TVOLUME_DIRECTION", {0, 0, 0}, "units/s",
              "Velocity that the gas gets, along the object's own axes"),
       real(TVOLUME_VELOCITY_TRANSFER, "TVOLUME_VELOCITY_TRANSFER", 0, -kUnbounded, kUnbounded, "",
-           "Share of a particle's velocity that the gas gets; of no account for a solid"),
+           "Share of a particle's velocity that the gas gets"),
       still(flag(TVOLUME_SOLID, "TVOLUME_SOLID", false, "The gas flows around the object")),
   };
 }

@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "C4D/parameter_reader.h"
 #include "C4D/volume_tag.h"
 #include "host/interface/texture.h"
 
@@ -27,7 +28,7 @@ void scale(const SparseBlockEntry& block, const host::Texture& texture, double t
 void scale_by_texture(SparseField<float, 3>& weights, const host::BaseTag& tag, double time,
                       double voxel_size) {
   const auto* shader =
-      dynamic_cast<const host::BaseShader*>(tag.GetDataInstance().GetLink(TVOLUME_SHADER));
+      dynamic_cast<const host::BaseShader*>(ParameterReader(tag).link(TVOLUME_SHADER));
   if (!shader) return;
   const host::Texture& texture = shader->GetTexture();
   const auto blocks = static_cast<std::ptrdiff_t>(weights.blocks().size());

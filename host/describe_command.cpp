@@ -66,6 +66,7 @@ void Describe(const ElementClass& type, const char* kind, CommandContext& contex
   context.Result(std::string(kind) + " \"" + description.name + "\": " + description.help);
   context.Event("type", {{"kind", kind}, {"name", description.name}, {"help", description.help}});
   for (const ParameterInfo& info : description.parameters) {
+    if (!info.listed) continue;
     const std::string bounds = BoundsText(info), default_text = DefaultText(info);
     context.Result("  " + info.Name() + ": " + TypeText(info) +
                    (info.unit.empty() ? "" : ", " + info.unit) + bounds + ", default " +

@@ -25,7 +25,20 @@ Setting Split(const std::string& text, const std::string& place) {
           text.substr(equals + 1)};
 }
 
+/// Null for a text that is none.
+Json SwitchToJson(std::string text) {
+  for (char& c : text)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  for (const char* on : {"true", "on", "yes", "1"})
+    if (text == on) return true;
+  for (const char* off : {"false", "off", "no", "0"})
+    if (text == off) return false;
+  return nullptr;
+}
+
 Json ToJson(const ParameterInfo& info, const std::string& text) {
+  if (info.type == ParameterType::Bool)
+    if (Json json = SwitchToJson(text); !json.is_null()) return json;
   const bool is_text = info.type == ParameterType::String || info.type == ParameterType::Filename ||
                        info.type == ParameterType::Link || !info.cycle.empty();
   if (is_text) return text;

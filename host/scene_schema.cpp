@@ -91,7 +91,7 @@ void AddBody(Json& properties, const ClassDescription& description, bool transfo
     for (const char* key : {"position", "rotation", "scale"})
       tracks[key] = Reference("vector_track");
   for (const ParameterInfo& info : description.parameters) {
-    if (!info.stored) continue;
+    if (!info.stored || !info.listed) continue;
     parameters[info.Name()] = ParameterSchema(info);
     if (info.animatable) tracks["parameters." + info.Name()] = Reference(TrackName(info));
   }

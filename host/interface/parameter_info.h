@@ -62,6 +62,9 @@ struct ParameterInfo {
   std::string help = {};                   ///< one line
   bool animatable = true;  ///< may have keyframes; only numbers, vectors, times and bools have some
   bool stored = true;      ///< stands in documents; false for what a panel only shows, and buttons
+  /// False for what no part of the program reads yet: documents may hold it, while help texts,
+  /// lists of types and the schema leave it out.
+  bool listed = true;
 
   /// The name in documents.
   std::string Name() const {

@@ -42,6 +42,7 @@ class DirectLightField final : public LightField {
                              const ProgressCallback& progress) override;
   void query(Colors& light, Lighting& lighting, const RayRecord& ray,
              const Points& points) override;
+  const DirectLightParams& params() const { return params_; }
 
  private:
   Color query_at(Lighting& lighting, const RayRecord& ray, const Vec3d& point);

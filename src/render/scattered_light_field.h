@@ -27,6 +27,7 @@ class ScatteredLightField final : public LightField {
                              const ProgressCallback& progress) override;
   void query(Colors& light, Lighting& lighting, const RayRecord& ray,
              const Points& points) override;
+  const ScatteredLightParams& params() const { return params_; }
 
  private:
   bool iterate(Field3& source, const SweepMedium& medium, double cell_length, int threadCount,

@@ -90,23 +90,14 @@ TEST(SceneSettings, ChannelsAndRates) {
 
 TEST(SceneSettings, FuelBurnsAndFeeds) {
   test::TestDocument document(volume(
-      R"("simulate_fuel": true, "simulate_burn": true, "simulate_temperature": false,
-         "cache_burn": false, "cache_fuel": true, "decay_fuel": 0.3, "fuel_driver": "density",
-         "fuel_curve": [[0.5, 0], {"x": 1, "y": 4, "in": "linear"}], "fuel_driver_blur": 3,
+      R"("fuel_curve": [[0.5, 0], {"x": 1, "y": 4, "in": "linear"}], "fuel_driver_blur": 3,
          "fuel_to_expansion": 5, "fuel_to_temperature": 6, "fuel_to_density": 7,
-         "diffusion_burn": 8, "decay_burn": 0.25, "decay_linear_burn": 9,
-         "box_threshold_fuel": 0.75, "velocity_threshold": -100, "drag": 0.5)"));
+         "diffusion_burn": 8, "velocity_threshold": -100)"));
   SimSettings s;
-  read_run_settings(s, document.object("v"));
-  EXPECT_EQ(s.simulated_channels, (std::set<int>{kFuel, kBurn}));
-  EXPECT_EQ(s.cached_channels, (std::set<int>{kFuel, kSolid}));
   read_step_settings(s, document.object("v"), 0);
   const ChannelParams& fuel = s.channel_params[kFuel];
-  EXPECT_EQ(fuel.driver_key, kDensity);
   EXPECT_EQ(fuel.decay_mode, DecayMode::kLinear);
-  EXPECT_EQ(fuel.decay, 0.3);
   EXPECT_EQ(fuel.driver_blur, 0.03);
-  EXPECT_EQ(fuel.box_threshold, 0.75);
   EXPECT_EQ(fuel.driver_spline.evaluate(1), 4);
   // A level start and a straight end: 4 t^2 (3 - 2 t) + 4 t^2 (t - 1) at t = 1/2.
   EXPECT_EQ(fuel.driver_spline.evaluate(0.75f), 1.5f);
@@ -119,16 +110,8 @@ TEST(SceneSettings, FuelBurnsAndFeeds) {
     EXPECT_EQ(fuel.outputs.at(key).amount, output.first);
     EXPECT_EQ(fuel.outputs.at(key).additive, output.second);
   }
-  EXPECT_EQ(s.channel_params[kBurn].decay, 0.25);
   EXPECT_EQ(s.channel_params[kBurn].diffusion, 0.08);
   EXPECT_EQ(s.velocity_box_threshold, -1);
-  EXPECT_EQ(s.drag, 0.5);
-
-  document.object("v").GetDataInstance().SetLong(OVOLUME_DECAY_MODE_BURN,
-                                                 OVOLUME_DECAY_MODE_LINEAR);
-  read_step_settings(s, document.object("v"), 0);
-  EXPECT_EQ(s.channel_params[kBurn].decay_mode, DecayMode::kLinear);
-  EXPECT_EQ(s.channel_params[kBurn].decay, 9);
 }
 
 TEST(SceneSettings, MovingDomainFeelsWind) {

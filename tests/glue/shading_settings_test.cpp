@@ -4,8 +4,6 @@
 
 #include "cache/grid_type.h"
 #include "glue/test_document.h"
-#include "render/direct_light_field.h"
-#include "render/scattered_light_field.h"
 
 namespace nbx {
 namespace {
@@ -40,43 +38,28 @@ TEST(ShadingSettings, CompositingTagHidesVolumesFromRays) {
     read_compositing(target, document.object("v"));
     EXPECT_EQ(target.excludeMask, outer) << parameters;
     EXPECT_EQ(target.innerExcludeMask, inner) << parameters;
+    EXPECT_FALSE(target.matte);
   }
+  test::TestDocument document(volume(
+      "",
+      R"({"type": "compositing", "parameters": {"matte": true, "matte_color": [0.5, 0, 0.25]}})"));
+  RenderVolume target;
+  read_compositing(target, document.object("v"));
+  EXPECT_TRUE(target.matte);
+  EXPECT_EQ(target.matteColor, (Color{0.5f, 0, 0.25f}));
 }
 
-TEST(ShadingSettings, ReadsShaders) {
-  test::TestDocument document(volume(R"("smoke_channel": "density", "fire_channel": "burn",
-    "fire_density_channel": "ramp_y", "fire_color_mode": "gradient", "fire_gradient_scale": 3,
-    "fire_gradient": [[0, [0, 0, 0]], [1, [1, 0.5, 0]]], "filter": "linear",
-    "smoke_curve": [[0, 1], [1, 0]])"));
-  const VolumeParams params = shading_params(document.object("v"));
-  EXPECT_EQ(params.smoke.channel, kGridDensity);
-  EXPECT_EQ(params.smoke.densityChannel, kNoGrid);
-  EXPECT_EQ(params.smoke.density, 15);
-  EXPECT_GT(params.smoke.curve.evaluate(0.25f), 0.5f);
-  EXPECT_EQ(params.fire.channel, kGridBurn);
-  EXPECT_EQ(params.fire.densityChannel, kRampY);
-  EXPECT_EQ(params.fire.ramp->lookup(1.0f), (Color{3, 1.5f, 0}));
-  EXPECT_EQ(params.filter, Filter::kLinear);
+TEST(ShadingSettings, GradientsAreScaledAndFireIsSeenWithoutAnyOfThem) {
+  test::TestDocument document(volume(R"("fire_color_mode": "gradient", "fire_gradient_scale": 3,
+    "fire_gradient": [[0, [0, 0, 0]], [1, [1, 0.5, 0]]])"));
+  EXPECT_EQ(shading_params(document.object("v")).fire.ramp->lookup(1.0f), (Color{3, 1.5f, 0}));
 
-  // As they are when nothing is set: fire from the temperature, no smoke.
   test::TestDocument plain(volume(""));
   const VolumeParams defaults = shading_params(plain.object("v"));
   EXPECT_EQ(defaults.smoke.channel, kNoGrid);
   EXPECT_EQ(defaults.fire.channel, kGridTemperature);
   EXPECT_FLOAT_EQ(defaults.fire.curve.evaluate(0.16f), 1);
-  EXPECT_EQ(defaults.filter, Filter::kBSpline);
   EXPECT_NE(defaults.smoke.ramp->lookup(0.5f), (Color{0, 0, 0})) << "smoke without a gradient";
-}
-
-TEST(ShadingSettings, ChoosesTheLightField) {
-  const auto made = [](const char* parameters) {
-    test::TestDocument document(volume(parameters));
-    return make_light_field(document.object("v"), {0, 0, 0});
-  };
-  EXPECT_TRUE(std::dynamic_pointer_cast<DirectLightField>(made("")));
-  EXPECT_TRUE(std::dynamic_pointer_cast<DirectLightField>(made(R"("light_mode": "exact")")));
-  EXPECT_TRUE(std::dynamic_pointer_cast<ScatteredLightField>(made(R"("multi_scatter": true)")));
-  EXPECT_FALSE(made(R"("light_mode": "none", "multi_scatter": true)"));
 }
 
 }  // namespace

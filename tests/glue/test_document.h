@@ -5,6 +5,7 @@
 #include <string>
 
 #include "C4D/volume_object.h"
+#include "C4D/volume_renderer.h"
 #include "C4D/volume_tag.h"
 #include "host/document_reader.h"
 #include "host/small_host.h"
@@ -17,6 +18,7 @@ class TestDocument {
   explicit TestDocument(const std::string& objects, const std::string& more = "") {
     register_volume_object(host_, "Volume");
     register_volume_tag(host_, "Emitter");
+    register_volume_renderer(host_);
     document_ = host::ReadDocument(R"({"fps": 25, )" + more + R"("objects": [)" + objects + "]}",
                                    "/", host_.Classes());
     document_->Open();

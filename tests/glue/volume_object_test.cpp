@@ -43,6 +43,9 @@ TEST(VolumeObject, PanelTellsOfTheShownFrame) {
   EXPECT_TRUE(object.Press(OVOLUME_MEASURE_RANGE));
   EXPECT_EQ(object.GetDataInstance().GetReal(OVOLUME_DISPLAY_RANGE_MIN), -0.25);
   EXPECT_EQ(object.GetDataInstance().GetReal(OVOLUME_DISPLAY_RANGE_MAX), 8);
+  const test::LogCapture log;
+  object.Press(OVOLUME_SIZE);
+  EXPECT_TRUE(log.contains("handleButton: unknown button id 1033"));
   object.SetParameter(OVOLUME_CACHE_LOCK, true);
   EXPECT_TRUE(cache_locked(folder.path()));
 }
@@ -63,17 +66,6 @@ TEST(VolumeObject, BakedGradientHasTheColoursOfTheGlowingBody) {
       for (std::size_t c = 0; c < 3; ++c) ASSERT_NEAR(a[c], b[c], bound) << exposure << " at " << i;
     }
   }
-}
-
-TEST(VolumeObject, ParametersWithoutEffectAreGrey) {
-  test::TestDocument document(kVolume + R"("simulate_fuel": true, "multi_scatter": true}})");
-  const auto on = [&](std::int32_t id) { return document.object("v").IsEnabled(id); };
-  EXPECT_TRUE(on(OVOLUME_DECAY_FUEL) && on(OVOLUME_FIRE_TEMP_MAX) && on(OVOLUME_SCATTER_SWEEPS));
-  EXPECT_FALSE(on(OVOLUME_DECAY_BURN) || on(OVOLUME_FUEL_CURVE) || on(OVOLUME_PHASE_G));
-  EXPECT_FALSE(on(OVOLUME_SMOKE_DENSITY) || on(OVOLUME_FIRE_GRADIENT) || on(OVOLUME_TIME_END));
-  const test::LogCapture log;
-  document.object("v").Press(OVOLUME_SIZE);
-  EXPECT_TRUE(log.contains("handleButton: unknown button id 1033"));
 }
 
 }  // namespace

@@ -104,6 +104,17 @@ TEST(Overrides, TakeEveryTypeOfValue) {
   EXPECT_EQ(data.GetLink(test_plugin::kTarget), nullptr);
 }
 
+TEST(Overrides, SwitchesHaveSeveralWords) {
+  const auto document = ReadObjects(kTwoBoxes);
+  const BaseContainer& data = document->FindByName("C")[0]->GetDataInstance();
+  for (const auto& [on, off] :
+       {std::pair{"true", "false"}, {"1", "0"}, {"on", "off"}, {"Yes", "NO"}})
+    for (const bool is : {false, true}) {
+      ApplyOverrides(*document, {std::string("C.active=") + (is ? on : off)});
+      EXPECT_EQ(data.GetBool(test_plugin::kActive, !is), is) << on;
+    }
+}
+
 TEST(Overrides, MistakesAreToldWithTheSetting) {
   const struct {
     const char *setting, *message;
@@ -112,6 +123,7 @@ TEST(Overrides, MistakesAreToldWithTheSetting) {
       {"D.edge_length=1", "no object is named \"D\", did you mean \"B\"?"},
       {"*.amuont=1", "unknown parameter \"amuont\", did you mean \"amount\"?"},
       {"C.edge_length=big", "expected a number, found \"big\""},
+      {"C.active=2", "expected true or false, found 2"},
   };
   for (const auto& [setting, message] : mistakes) {
     const auto document = ReadObjects(kTwoBoxes);

@@ -9,21 +9,18 @@
 namespace nbx {
 namespace {
 
-// Says stop at the nth call.
-class StopAt : public SimProgress {
+// Notes the calls, and says stop from the nth on.
+class StopFrom : public SimProgress {
  public:
-  explicit StopAt(int n) : left_(n) {}
+  explicit StopFrom(std::size_t n) : n_(n) {}
   bool progress(int done, int total) override {
-    ++calls;
-    whole = done == total;
-    EXPECT_LE(done, total);
-    return --left_ != 0;
+    calls.emplace_back(done, total);
+    return calls.size() < n_;
   }
-  int calls = 0;
-  bool whole = false;
+  std::vector<std::pair<int, int>> calls;
 
  private:
-  int left_;
+  std::size_t n_;
 };
 
 // A closed box that takes density and heat from a small cube, like a scene with one emitter.
@@ -101,31 +98,57 @@ TEST(Simulation3D, SubstepsArePlannedEqualAndBounded) {
   }
 }
 
-TEST(Simulation3D, AnAbortAtAnyPointKeepsTheFrameAndGoesOn) {
-  StopAt counter(-1);
-  {
-    SmokeRun run;
-    run.start();
-    run.frames(3);
-    run.sim.update(run.scene, run.time, &counter);
-    EXPECT_TRUE(counter.whole);
+// A frame of two substeps, after three others.
+struct HalvedRun : SmokeRun {
+  HalvedRun() : SmokeRun(12) {
+    max_substeps = 2;
+    cfl = 1e-4;
+    start();
+    frames(3);
   }
-  ASSERT_GT(counter.calls, 10) << "ten checks and the solver's cycles";
-  for (int n = 1; n < counter.calls; ++n) {
-    test::LogCapture log;
-    SmokeRun run;
-    run.start();
-    run.frames(3);
-    const FrameTime before = run.time;
-    StopAt stop(n);
-    run.sim.update(run.scene, run.time, &stop);
-    if (stop.whole) continue;  // the solver's last cycles: it answers, and the frame ends
-    if (run.sim.steps_remaining() > 0) {
-      EXPECT_EQ(run.time, before) << "stopped at " << n;
-      run.frames(1);
-      EXPECT_TRUE(log.contains("continuing update, 1 steps remaining"));
+};
+
+std::vector<std::pair<int, int>> calls_of_a_frame() {
+  HalvedRun run;
+  StopFrom never(1000);
+  run.sim.update(run.scene, run.time, &never);
+  return never.calls;
+}
+
+TEST(Simulation3D, ProgressFillsTheBarSubstepBySubstep) {
+  const std::vector<std::pair<int, int>> calls = calls_of_a_frame();
+  std::size_t at = 0;
+  for (int step = 0; step < 2; ++step) {
+    ASSERT_LT(at + 10, calls.size());
+    for (int k = 0; k < 10; ++k, ++at) EXPECT_EQ(calls[at], std::pair(10 * step + k, 20));
+    const std::size_t first = at;
+    for (; at + 1 < calls.size() && calls[at] != std::pair(10, 20); ++at) {
+      const double share = static_cast<double>(calls[at].first) / calls[at].second;
+      EXPECT_GE(share, 0.5 * step);
+      EXPECT_LT(share, 0.5 * (step + 1));
     }
-    EXPECT_EQ(run.time, next_frame(before)) << "stopped at " << n;
+    EXPECT_GT(at, first) << "the solver counts its cycles";
+  }
+  EXPECT_EQ(at + 1, calls.size());
+  EXPECT_EQ(calls.back(), std::pair(1, 1));
+}
+
+TEST(Simulation3D, AStopAtAnyPointEndsTheUpdateAndKeepsTheFrame) {
+  const std::size_t all = calls_of_a_frame().size() - 1;  // nothing is left to stop at the last one
+  ASSERT_GT(all, 20u);
+  for (std::size_t n = 1; n <= all; n += n < 13 ? 1 : all - 13) {
+    SCOPED_TRACE(n);
+    const test::LogCapture log;
+    HalvedRun run;
+    const FrameTime before = run.time;
+    StopFrom stop(n);
+    run.sim.update(run.scene, run.time, &stop);
+    EXPECT_LE(stop.calls.size(), n + 1) << "the solver ends its cycle";
+    EXPECT_EQ(run.time, before);
+    ASSERT_GT(run.sim.steps_remaining(), 0);
+    run.frames(1);
+    EXPECT_TRUE(log.contains("continuing update, "));
+    EXPECT_EQ(run.time, next_frame(before));
     EXPECT_EQ(run.sim.steps_remaining(), 0);
   }
 }

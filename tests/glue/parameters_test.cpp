@@ -1,0 +1,366 @@
+// Every parameter in the tables of the plug-in's classes changes what a reader gets of it, and a
+// panel shows it grey where it changes nothing, and nowhere else.
+#include <functional>
+#include <map>
+#include <set>
+#include <sstream>
+
+#include "C4D/host_access.h"
+#include "C4D/post_effect_parameters.h"
+#include "C4D/preferences.h"
+#include "C4D/render_volumes.h"
+#include "C4D/scene_settings.h"
+#include "C4D/shading_settings.h"
+#include "C4D/source_parameters.h"
+#include "C4D/source_substeps.h"
+#include "C4D/source_tags.h"
+#include "C4D/volume_cache.h"
+#include "C4D/volume_parameters.h"
+#include "glue/recording_context.h"
+#include "glue/test_document.h"
+#include "host/describe_command.h"
+#include "host/scene_schema.h"
+#include "render/direct_light_field.h"
+#include "render/scattered_light_field.h"
+#include "support/support.h"
+
+namespace nbx {
+namespace {
+
+/// What readers get, by the name of the parameter that it comes from. What isn't a number is made
+/// one.
+using Record = std::map<std::string, double>;
+
+/// `names` holds a name for each value; `prefix` stands before all of them.
+template <class... T>
+Record named(const std::string& prefix, const char* names, const T&... values) {
+  std::istringstream in(names);
+  Record record;
+  std::string name;
+  ((in >> name, record[prefix + name] = static_cast<double>(values)), ...);
+  EXPECT_EQ(record.size(), sizeof...(values));
+  EXPECT_FALSE(in >> name) << name;
+  return record;
+}
+
+double number(const Vec3d& v) { return v[0] + 100 * v[1] + 1e4 * v[2]; }
+double number(const ColorRamp& ramp) { return ramp.lookup(0.3f)[1]; }
+double number(const RationalSpline& curve) { return curve.evaluate(0.1f) + curve.evaluate(0.6f); }
+
+const std::pair<int, std::string> kChannels[] = {
+    {kDensity, "density"}, {kTemperature, "temperature"}, {kFuel, "fuel"}, {kBurn, "burn"}};
+
+void add_channel(Record& r, const SimSettings& s, int key, const std::string& name) {
+  const bool on = s.simulated_channels.contains(key);
+  r["simulate_" + name] = on;
+  if (!on) return;
+  const ChannelParams& c = s.channel_params.at(key);
+  r["cache_" + name] = s.cached_channels.contains(key);
+  r["box_threshold_" + name] = c.box_threshold, r["diffusion_" + name] = c.diffusion;
+  r["buoyancy_" + name] = c.buoyancy, r["direction_" + name] = number(c.direction);
+  r["decay_mode_" + name] = static_cast<int>(c.decay_mode);
+  r[(key == kBurn && c.decay_mode == DecayMode::kLinear ? "decay_linear_" : "decay_") + name] =
+      c.decay;
+  if (key != kFuel) return;
+  for (const auto& [target, to] : kChannels)
+    if (c.outputs.contains(target) && s.simulated_channels.contains(target))
+      r["fuel_to_" + to] = c.outputs.at(target).amount;
+  r["fuel_to_expansion"] = c.outputs.at(kExpansion).amount, r["fuel_driver"] = c.driver_key;
+  if (c.driver_key == kNoChannel) return;
+  r["fuel_curve"] = number(c.driver_spline), r["fuel_driver_blur"] = c.driver_blur;
+}
+
+Record read_run(host::BaseObject& volume) {
+  SimSettings s;
+  s.sim_time.length = {1, 25};
+  s.frame_duration = 0.04;
+  read_run_settings(s, volume);
+  read_step_settings(s, volume, 0.04);
+  const auto& walls = s.face_closed;
+  const double wind = number(s.wind_direction * s.wind_speed);
+  Record r = named("",
+                   "voxel_size size cfl max_substeps time_scale advect_cubic adaptive_tracer "
+                   "cache_direct cache_velocity cache_solid fit_to_walls velocity_threshold drag "
+                   "mask_solid clamp_velocity vorticity wind_direction wind_speed wind_world",
+                   s.dx, number(vector_cast<double>(s.domain_box.hi)), s.cfl, s.max_substeps,
+                   s.time_scale, s.interp_points, s.adaptive_tracer, s.cache_direct,
+                   s.cached_channels.contains(kVelocity), s.cached_channels.contains(kSolid),
+                   s.fit_to_walls, s.velocity_box_threshold, s.drag, s.mask_channels_by_solid,
+                   s.clamp_velocity, s.vorticity, wind, wind, wind);
+  r.merge(named("closed_", "x_min x_max y_min y_max z_max z_min", walls[0], walls[1], walls[2],
+                walls[3], walls[4], walls[5]));
+  r.merge(named("noise_", "strength size_min size_max persistence period driver",
+                s.noise.amplitude * s.noise.frequency, s.noise.bands, s.noise.frequency,
+                s.noise.persistence, s.noise.time_frequency, s.noise.driver_key));
+  if (s.noise.driver_key != kNoChannel) r["noise_curve"] = number(s.noise.driver_spline);
+  for (const auto& [key, name] : kChannels) add_channel(r, s, key, name);
+  return r;
+}
+
+Record read_shader(const std::string& name, const ShaderParams& p) {
+  if (p.channel == kNoGrid) return named(name, "_channel", p.channel);
+  Record r = named(name,
+                   "_channel _blur _curve _density _displace _density_channel _noise_amount "
+                   "_noise_gain _noise_scale_a _noise_scale_b _noise_period",
+                   p.channel, p.blur, number(p.curve), p.density, p.displace, p.densityChannel,
+                   p.noise.percent, p.noise.gain, p.noise.scaleA, p.noise.scaleB, p.noise.period);
+  if (p.densityChannel == kNoGrid) return r;
+  r.merge(named(name, "_density_blur _density_curve", p.densityBlur, number(p.densityCurve)));
+  return r;
+}
+
+Record read_fire_color(host::BaseObject& volume, const ColorRamp& ramp) {
+  const double green = number(ramp);
+  if (dynamic_cast<const GradientRamp*>(&ramp))
+    return named("fire_", "color_mode gradient gradient_scale", 1, green, green);
+  const BlackbodyParams body = blackbody_params(volume);
+  return named("fire_", "color_mode temp_min temp_max exposure compression tint_r tint_g tint_b", 0,
+               body.minKelvin, body.maxKelvin, body.exposure, body.compression, body.tint[0],
+               body.tint[1], body.tint[2]);
+}
+
+Record read_light(const host::BaseObject& volume, bool fire) {
+  const std::shared_ptr<LightField> light = make_light_field(volume, {});
+  if (const auto* direct = dynamic_cast<const DirectLightField*>(light.get())) {
+    const DirectLightParams& p = direct->params();
+    Record r = named("", "light_mode multi_scatter phase_g", p.mode, 0, p.anisotropy);
+    if (p.mode != LightCache::kNone) r["light_grid_scale"] = p.gridScale;
+    return r;
+  }
+  const auto* scattered = dynamic_cast<const ScatteredLightField*>(light.get());
+  if (!scattered) return named("", "light_mode", 0);
+  const ScatteredLightParams& p = scattered->params();
+  Record r = named("",
+                   "light_mode multi_scatter light_grid_scale scatter_sweeps scatter_directions "
+                   "scatter_direct scatter_extinction",
+                   5 + p.cubic, 1, p.gridScale, p.maxSweeps, p.directions, p.directWeight,
+                   p.extinctionScale);
+  if (fire) r["scatter_emission"] = p.emissionWeight;
+  return r;
+}
+
+Record read_shading(host::BaseObject& volume) {
+  const VolumeParams p = shading_params(volume);
+  const bool smoke = p.smoke.channel != kNoGrid, fire = p.fire.channel != kNoGrid;
+  Record r =
+      named("", "filter view_step shadow_step motion_blur motion_blur_step depth_fade", p.filter,
+            p.viewStep, p.shadowStep, p.motionBlur, p.motionBlurStep, p.depthFade.has_value());
+  if (p.depthFade) r["depth_fade_curve"] = number(*p.depthFade);
+  r.merge(read_shader("smoke", p.smoke)), r.merge(read_shader("fire", p.fire));
+  if (smoke) r["smoke_gradient"] = number(*p.smoke.ramp), r["smoke_albedo"] = p.albedo;
+  if (smoke && fire) r["fire_occlusion"] = p.occlusion;
+  if (fire) r.merge(read_fire_color(volume, *p.fire.ramp));
+  if (smoke) r.merge(read_light(volume, fire));
+  return r;
+}
+
+Record read_volume(host::BaseObject& volume) {
+  const TimeRange range = time_range(volume);
+  const double start = range.start.Get(), frame = frame_at_time(volume, {3, 1});
+  const CacheDirData cache = cache_dir_data(volume);
+  Record r = named("",
+                   "time_mode time_start time_end frame_stride frame_offset cache_name "
+                   "source_substeps",
+                   start, start, range.end.Get(), frame, frame,
+                   cache.base.size() + cache.name.size(), source_substeps(volume, {}, 1, 0, 0));
+  r.merge(read_run(volume)), r.merge(read_shading(volume));
+  return r;
+}
+
+Record read_tag(const host::BaseTag& tag) {
+  const SimulationObjectParameters p = source_parameters(tag, {}, 0.5);
+  Record r =
+      named("",
+            "enabled solid expansion normal_force direction thickness surface_channel "
+            "particle_map",
+            find_source_tags(tag.GetDocument()).size(), is_solid(tag), p.amounts.at(kExpansion),
+            p.normal_force, number(p.direction), p.thickness, surface_channel(tag), p.particle_map);
+  for (const auto& [key, name] : kChannels)
+    r[name] = p.amounts.at(key), r[name + "_mode"] = p.add_keys.contains(key);
+  if (p.particle_map != ParticleMap::kNone) r["particle_curve"] = number(p.particle_curve);
+  // Solids aren't filled, and aren't made of particles.
+  if (!is_solid(tag)) r["fill"] = p.fill, r["velocity_transfer"] = p.velocity_transfer;
+  return r;
+}
+
+std::vector<host::ParameterValue> other_values(const host::ParameterInfo& info) {
+  const auto within = [&](double x) { return std::clamp(x, info.minimum, info.maximum); };
+  std::vector<host::ParameterValue> values;
+  for (const host::CycleEntry& entry : info.cycle) values.push_back(entry.value);
+  if (!values.empty()) return values;
+  switch (info.type) {
+    case host::ParameterType::Bool:
+      return {false, true};
+    case host::ParameterType::Long:
+      return {static_cast<std::int32_t>(within(std::get<std::int32_t>(info.default_value) + 7))};
+    case host::ParameterType::Real: {
+      const double usual = std::get<double>(info.default_value);
+      return {within(usual / 2 + 0.3), within(usual + 7)};
+    }
+    case host::ParameterType::Time:
+      return {host::BaseTime::FromSeconds(1.5)};
+    case host::ParameterType::Vector:
+      return {host::Vector{3, 5, 7}};
+    case host::ParameterType::Filename:
+      return {host::Filename{"/one/other"}};
+    case host::ParameterType::Curve:
+      return {host::CurvePoints{{0, 0.3}, {1, 0.8}}};
+    case host::ParameterType::Gradient:
+      return {host::Gradient{{{0, {0.1, 0.2, 0.3}}, {1, {0.9, 0.8, 0.7}}}}};
+    default:
+      return {};
+  }
+}
+
+using Enabled = std::function<bool(std::int32_t)>;
+
+/// Sets each parameter of the table to other values. `seen` collects those that have an effect.
+void change_each(const host::ClassDescription& table, host::BaseContainer& values,
+                 const Enabled& enabled, const std::function<Record()>& read,
+                 const std::set<std::string>& elsewhere, std::set<std::string>& seen) {
+  const Record before = read();
+  for (const host::ParameterInfo& info : table.parameters) {
+    const std::string name = info.Name();
+    if (!info.stored || elsewhere.contains(name)) continue;
+    const host::ParameterValue held =
+        values.Find(info.id) ? *values.Find(info.id) : info.default_value;
+    bool own = false, any = false;
+    for (const host::ParameterValue& value : other_values(info)) {
+      values.Set(info.id, value);
+      const Record after = read();
+      any = any || after != before;
+      own = own ||
+            (after.contains(name) && (!before.contains(name) || after.at(name) != before.at(name)));
+    }
+    values.Set(info.id, held);
+    const bool acts = info.listed && enabled(info.id);
+    EXPECT_EQ(acts ? own : any, acts)
+        << name << (acts ? " changes nothing" : " acts, but is grey or isn't listed");
+    if (own) seen.insert(name);
+  }
+}
+
+/// The same with elements that hold different things; each parameter counts in one of them.
+void change_each(const std::vector<host::BaseList2D*>& elements,
+                 const std::function<Record(host::BaseList2D&)>& read,
+                 const std::set<std::string>& elsewhere) {
+  std::set<std::string> seen = elsewhere;
+  for (host::BaseList2D* element : elements) {
+    SCOPED_TRACE(element->GetName());
+    change_each(
+        element->GetDescription(), element->GetDataInstance(),
+        [&](std::int32_t id) { return element->IsEnabled(id); }, [&] { return read(*element); },
+        elsewhere, seen);
+  }
+  for (const host::ParameterInfo& info : elements[0]->GetDescription().parameters)
+    EXPECT_TRUE(seen.contains(info.Name()) || !info.stored || !info.listed) << info.Name();
+
+  // The defaults of readers are those of the table.
+  host::BaseContainer& values = elements[0]->GetDataInstance();
+  const Record with_all = read(*elements[0]);
+  for (const host::ParameterInfo& info : elements[0]->GetDescription().parameters)
+    if (values.Find(info.id) && *values.Find(info.id) == info.default_value) values.Remove(info.id);
+  EXPECT_EQ(read(*elements[0]), with_all);
+}
+
+TEST(Parameters, OfTheVolumeReachTheirReaders) {
+  const char* const volumes[] = {
+      "",
+      R"(, "simulate_density": true, "simulate_fuel": true, "simulate_burn": true,
+          "fuel_driver": "temperature", "noise_driver": "density", "time_mode": "own_range",
+          "smoke_channel": "density", "smoke_density_channel": "burn",
+          "fire_density_channel": "fuel", "depth_fade": true)",
+      R"(, "simulate_temperature": false, "simulate_fuel": true, "simulate_burn": true,
+          "decay_mode_burn": "linear", "fire_color_mode": "gradient", "smoke_channel": "density",
+          "light_mode": "exact", "multi_scatter": true)",
+      R"(, "smoke_channel": "density", "fire_channel": "none", "light_mode": "exact")",
+      R"(, "smoke_channel": "density", "fire_channel": "none", "multi_scatter": true)",
+      R"(, "smoke_channel": "density", "light_mode": "none", "multi_scatter": true)"};
+  std::string objects;
+  for (const char* parameters : volumes)
+    objects += std::string(objects.empty() ? "" : ", ") + R"({"type": "volume", "name": "v)" +
+               std::to_string(objects.size()) + R"(", "parameters": {"wind_speed": 3)" +
+               parameters + R"(}, "keyframes": {"position": [[0, [0, 0, 0]], [25, [50, 0, 0]]]}})";
+  test::TestDocument document(objects, R"("preview_start": 10, "preview_end": 50, )");
+  std::vector<host::BaseList2D*> elements;
+  for (host::BaseObject* o = document->GetFirstObject(); o; o = o->GetNext()) elements.push_back(o);
+  change_each(elements,
+              [](host::BaseList2D& v) { return read_volume(static_cast<host::BaseObject&>(v)); },
+              {"version",                                          // the conversion of documents
+               "cache_lock",                                       // a file in the cache
+               "compress_cache",                                   // the writer of frames
+               "load_state", "state_file", "state_continue_time",  // the start of a run
+               "simulate_on_render", "particle_advection"});       // a render, the particles
+  EXPECT_FALSE(elements[0]->IsEnabled(OVOLUME_STATE_FILE));
+  elements[0]->SetParameter(OVOLUME_LOAD_STATE, true);
+  EXPECT_TRUE(elements[0]->IsEnabled(OVOLUME_STATE_CONTINUE_TIME));
+}
+
+TEST(Parameters, OfEmitterTagsReachTheirReaders) {
+  test::TestDocument document(R"({"type": "null", "name": "m", "tags": [
+      {"type": "emitter"}, {"type": "emitter", "parameters": {"solid": true}},
+      {"type": "emitter", "parameters": {"particle_map": "age", "density_mode": "add"}}]})");
+  std::vector<host::BaseList2D*> tags;
+  for (host::BaseTag* t = document.object("m").GetFirstTag(); t; t = t->GetNext())
+    tags.push_back(t);
+  change_each(tags, [](host::BaseList2D& t) { return read_tag(static_cast<host::BaseTag&>(t)); },
+              {"version",                                   // the conversion of documents
+               "selections", "shader", "corner_weights"});  // the emitter's sampler
+}
+
+TEST(Parameters, OfThePostEffectReachTheRenderer) {
+  test::TestDocument document("", R"("post_effects": [{"type": "smoke"}], )");
+  host::BaseVideoPost* effect = document->GetActiveVideoPost(kPostEffect);
+  const auto read = [&] {
+    VolumeRenderer renderer;
+    EXPECT_TRUE(prepare_all(renderer, nullptr, *document, *effect));
+    Record r{{"adaptive", renderer.adaptive}};
+    if (renderer.adaptive) r["adaptive_threshold"] = renderer.adaptiveThreshold;
+    return r;
+  };
+  std::set<std::string> seen;
+  for (const bool adaptive : {false, true}) {
+    effect->SetParameter(VPVOLUME_ADAPTIVE, adaptive);
+    change_each(
+        effect->GetDescription(), effect->GetDataInstance(),
+        [&](std::int32_t id) { return effect->IsEnabled(id); }, read, {"gamma"},
+        seen);  // the colors that the host is given
+  }
+}
+
+TEST(Parameters, OfThePreferencesReachTheirReaders) {
+  host::SmallHost host;
+  set_host_services(&host);
+  host::BaseContainer values;
+  const auto read = [&] {
+    EXPECT_TRUE(host.SetWorldPluginData(kPreferences, values));
+    return Record{{"autosave", preference(PREF_AUTOSAVE)},
+                  {"ask_autosave", preference(PREF_ASK_AUTOSAVE)},
+                  {"cache_path", preferred_cache_folder().size()}};
+  };
+  std::set<std::string> seen;
+  change_each(
+      preferences_description(), values, [](std::int32_t) { return true; }, read, {}, seen);
+  set_host_services(nullptr);
+}
+
+TEST(Parameters, OfFeaturesToComeLoadButAreNotListed) {
+  host::SmallHost host;
+  ASSERT_TRUE(register_volume_object(host));
+  const std::string scene =
+      R"({"objects": [{"type": "volume", "parameters": {"upres_factor": 3}}]})";
+  EXPECT_EQ(host::ReadDocument(scene, "/", host.Classes())
+                ->GetFirstObject()
+                ->GetDataInstance()
+                .GetLong(OVOLUME_UPRES_FACTOR),
+            3);
+  test::RecordingContext context(host);
+  host::DescribeCommand(host.Classes()).Execute({}, context);
+  std::string text = host::SceneSchema(host.Classes());
+  for (const std::string& line : context.results) text += line;
+  EXPECT_NE(text.find("voxel_size"), std::string::npos);
+  EXPECT_EQ(text.find("upres_factor"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace nbx
