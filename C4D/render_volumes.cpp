@@ -111,8 +111,7 @@ void prepare_volume(HostVolume& volume, host::BaseRender* render,
   if (volume.frame->grids.empty()) return;
 
   params.framesPerSecond = document.GetFps();
-  const std::int32_t start = render ? render->GetFirstFrame() : 0;
-  params.secondsSinceStart = now.Get() - static_cast<double>(start) / document.GetFps();
+  params.seconds = now.Get();
   const Affine3d object = to_affine(volume.object->GetMg());
   params.worldToObject = inverse(object);
   params.objectToCell =
