@@ -109,7 +109,7 @@ class SceneMaterial final : public Element<BaseMaterial> {
 class SceneShader final : public Element<BaseShader> {
  public:
   SceneShader* GetNext() const override { return next_; }
-  const Texture& GetTexture() const override { return *texture_; }
+  const std::shared_ptr<const Texture>& GetTexture() const override { return texture_; }
 
   /// Makes the texture anew where a parameter has changed. Throws DocumentError for an image that
   /// can't be read.
@@ -118,7 +118,7 @@ class SceneShader final : public Element<BaseShader> {
  private:
   friend class Document;
   SceneShader* next_ = nullptr;
-  std::unique_ptr<Texture> texture_;
+  std::shared_ptr<const Texture> texture_;
   BaseContainer made_from_;
 };
 

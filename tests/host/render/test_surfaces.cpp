@@ -156,6 +156,27 @@ TEST(RenderSurfaces, LightsAndRaysPassByWhatIsExcluded) {
   }
 }
 
+// The shutter's further steps, and evaluations while the frame is open, put other textures in the
+// places of those that the surfaces were read with.
+TEST(RenderSurfaces, TexturesStayThoseOfTheFrame) {
+  const auto document = ReadDocument(
+      R"({"textures": [{"type": "checker", "name": "wall", "parameters": {"color_b": [0, 0, 0]},
+          "keyframes": {"parameters.color_a": [[0, [1, 2, 3]], [1, [9, 9, 9]]]}}],
+          "materials": [{"name": "picture", "parameters": {"color": [0, 0, 0],
+          "emission": [1, 1, 1], "emission_texture": "wall"}}], "objects": [)" +
+          kFromAbove + Solid("plane", "picture") + "]}",
+      "/", FogHost().Classes());
+  document->Open();
+  const SurfaceScene surfaces(*document, 1);
+  for (const int frame : {1, 0, 2}) {
+    document->SetTime(BaseTime::FromFrame(frame, document->GetFps()));
+    document->ExecutePasses(nullptr, true, true, true);
+  }
+  const std::optional<SurfaceHit> hit = surfaces.Intersect({{10, 5, 10}, {0, -1, 0}});
+  ASSERT_TRUE(hit);
+  EXPECT_EQ(hit->material->emission.At({}, 0), (Vector{1, 2, 3}));
+}
+
 TEST(RenderSurfaces, LightBouncesAsOftenAsAskedFor) {
   // In a closed ball that glows and scatters half, each bounce adds half of the one before.
   const std::string inside = Camera("[0, 0, 0]", "[0, 0, 0]") + Solid("sphere", "lamp");
