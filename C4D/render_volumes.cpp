@@ -145,7 +145,7 @@ HostVolume& host_volume(RenderVolume& volume) { return static_cast<HostVolume&>(
 void collect_volumes(VolumeRenderer& renderer, host::BaseObject* first) {
   for (host::BaseObject* object = first; object; object = object->GetNext()) {
     if (!object->GetDeformMode()) continue;
-    if (object->GetType() == kVolumeObject) {
+    if (object->GetType() == kVolumeObject && host::IsVisibleInRender(*object)) {
       auto volume = std::make_shared<HostVolume>();
       volume->object = object;
       renderer.volumes.push_back(std::move(volume));

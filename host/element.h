@@ -146,6 +146,7 @@ class SceneObject final : public Element<PolygonObject> {
   Vector GetMp() const override { return Bounds().first; }
   Vector GetRad() const override { return Bounds().second; }
   bool GetDeformMode() const override { return enabled; }
+  RenderMode GetRenderMode() const override { return render_mode; }
   SceneObject* GetCache() const override { return cache_.get(); }
   const Particles& GetParticles() const override;
 
@@ -175,6 +176,7 @@ class SceneObject final : public Element<PolygonObject> {
   void UpdateCache();
 
   bool enabled = true;
+  RenderMode render_mode = RenderMode::Inherited;
   Transform transform;
   /// Keyframes of the transform; empty where there are none.
   std::optional<Track> position_track, rotation_track, scale_track;

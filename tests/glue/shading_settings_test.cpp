@@ -41,6 +41,18 @@ TEST(ShadingSettings, CompositingTagHidesVolumesFromRays) {
     EXPECT_EQ(target.excludeMask, outer) << parameters;
     EXPECT_EQ(target.innerExcludeMask, inner) << parameters;
   }
+  // A tag holds for what lies under its object, too, but for what has a tag of its own.
+  const std::string matte = R"({"type": "compositing", "parameters": {"matte": true}})";
+  for (const bool own : {false, true}) {
+    test::TestDocument group(
+        R"({"type": "null", "tags": [{"type": "compositing", "parameters": {"seen_by_gi": false}}],
+            "children": [{"type": "null", "children": [)" +
+        volume("", own ? matte : "") + "]}]}");
+    RenderVolume target;
+    read_compositing(target, group.object("v"));
+    EXPECT_EQ(target.excludeMask, own ? 0u : 32u);
+    EXPECT_EQ(target.matte, own);
+  }
 }
 
 TEST(ShadingSettings, ReadsShaders) {

@@ -1,6 +1,9 @@
 // Pictures of volumes whose smoke is known, through the host's renderer.
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <set>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -66,11 +69,18 @@ std::string smoke(const std::string& cache, const std::string& place,
          more + "}},";
 }
 
-host::Pixel pixel(const std::string& objects, int samples = 16) {
-  const auto document = host::ReadDocument(
-      R"({"post_effects": [{"type": "smoke"}], "objects": [)" + objects + R"({"type": "null"}]})",
-      "/", smoke_host().Classes());
+std::unique_ptr<host::Document> open_scene(const std::string& objects,
+                                           const std::string& effect = "") {
+  auto document =
+      host::ReadDocument(R"({"post_effects": [{"type": "smoke", "parameters": {)" + effect +
+                             R"(}}], "objects": [)" + objects + R"({"type": "null"}]})",
+                         "/", smoke_host().Classes());
   document->Open();
+  return document;
+}
+
+host::Pixel pixel(const std::string& objects, int samples = 16) {
+  const auto document = open_scene(objects);
   return host::test::Shot{.samples = samples}.TakeOf(*document).pixels.front();
 }
 
@@ -102,6 +112,76 @@ TEST(VolumeRender, BallCastsTheShadowOfABall) {
   }
 }
 
+struct Seen {
+  host::Vector color, transparency;
+  bool encoded = false;
+};
+
+// What rays of all types see along z through the middle of the ball, while a frame is open.
+std::map<std::uint32_t, Seen> seen_by_types(const std::string& objects, const char* effect = "") {
+  const auto document = open_scene(objects, effect);
+  const host::RenderJob job{{0}, 1, 1, {0, 0, 1, 1}, {}, 1};
+  test::RecordingContext context(smoke_host());
+  host::RenderSession session(*document, job, context);
+  host::RenderScene scene(*document, job.quality, 1, 1);
+  session.SetFrame(0, scene);
+  host::BaseVideoPost& node = *document->VideoPosts().front();
+  auto& data = static_cast<host::VideoPostData&>(*node.GetNodeData());
+  scene.effects = {&data};
+  const auto execute = [&](host::RenderPhase phase, bool open) {
+    data.Execute(node, phase, open, session);
+  };
+  execute(host::RenderPhase::Sequence, true);
+  execute(host::RenderPhase::Frame, true);
+  std::map<std::uint32_t, Seen> seen;
+  for (const std::uint32_t type : {0, 0x1, 0x2, 0x4, 0x10, 0x20, 0x40, 0x80, 0x400, 0x2000}) {
+    host::RayCounts counts;
+    host::VolumeQuery query(scene, 0, counts);
+    query.ray.origin = {0, 0, -500};
+    query.ray.direction = {0, 0, 1};
+    query.ray.type = type;
+    query.AskVolumetric();
+    seen[type] = {query.color, query.transparency, query.encoded};
+  }
+  execute(host::RenderPhase::Frame, false);
+  execute(host::RenderPhase::Sequence, false);
+  return seen;
+}
+
+// Each type of ray passes the volumes that are hidden from it and no others, and all see the same
+// light and shade, whether the effect hands it over in encoded form or not.
+TEST(VolumeRender, TypesOfRaysSeeWhatIsntHiddenFromThem) {
+  const test::TemporaryFolder folder;
+  write_ball(folder.path());
+  const struct {
+    const char* hidden;
+    std::set<std::uint32_t> from;
+  } cases[] = {
+      {"seen_by_ao", {host::kRayOcclusion}},
+      {"seen_by_camera", {host::kRayCamera}},
+      {"seen_by_gi", {host::kRayIndirect}},
+      {"seen_by_rays", {0x1, 0x4, 0x10, 0x40, 0x400, 0x2000}},
+      {"seen_by_reflection", {host::kRayReflection, host::kRayRoughReflection}},
+      {"seen_by_refraction", {host::kRayRefraction, host::kRayRoughRefraction}},
+      {"seen_by_transparency", {host::kRayTransparency, host::kRayRoughTransparency}},
+      {"cast_shadows", {}},
+  };
+  for (const auto& [hidden, from] : cases) {
+    const std::string tag = R"("tags": [{"type": "compositing", "parameters": {")" +
+                            std::string(hidden) + R"(": false}}], )";
+    for (const auto& [type, seen] : seen_by_types(smoke(folder.path(), tag)))
+      EXPECT_NEAR(seen.transparency.x, from.contains(type) ? 1 : std::exp(-0.02 * chord(0)), 0.008)
+          << hidden << " " << type;
+  }
+  const auto plain = seen_by_types(sun() + smoke(folder.path(), ""), R"("gamma": false)");
+  for (const auto& [type, seen] : seen_by_types(sun() + smoke(folder.path(), ""))) {
+    EXPECT_TRUE(seen.encoded && !plain.at(type).encoded);
+    EXPECT_NEAR(seen.transparency.x, plain.at(type).transparency.x, 1e-5) << type;
+    EXPECT_NEAR(seen.color.x, plain.at(type).color.x, 1e-5) << type;
+    EXPECT_GT(seen.color.x, 0.1);
+  }
+}
+
 TEST(VolumeRender, OpacityIsThatOfTheUnscaledBall) {
   const test::TemporaryFolder folder;
   write_ball(folder.path());
@@ -127,6 +207,15 @@ TEST(VolumeRender, ObeysWhatHidesIt) {
       smoke(folder.path(),
             R"("tags": [{"type": "compositing", "parameters": {"seen_by_camera": false}}], )"));
   EXPECT_EQ(hidden.alpha, 0);
+  // Out of pictures by its own setting or by that of what is above it.
+  const std::string off = R"("visible_in_render": false, )", on = R"("visible_in_render": true, )";
+  for (const auto& [group, own, seen] :
+       {std::tuple(off, std::string(), false), {"", off, false}, {off, on, true}, {on, "", true}}) {
+    std::string volume = smoke(folder.path(), own);
+    volume.pop_back();
+    const std::string whole = R"({"type": "null", )" + group + R"("children": [)" + volume + "]},";
+    EXPECT_EQ(pixel(sun() + camera + whole).alpha > 0, seen) << group << own;
+  }
   const auto lit = pixel(sun() + camera + smoke(folder.path(), ""));
   const auto unshadowed =
       pixel(sun() + camera +

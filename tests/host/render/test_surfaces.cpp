@@ -154,6 +154,15 @@ TEST(RenderSurfaces, LightsAndRaysPassByWhatIsExcluded) {
     ExpectColor(Shot{}.Color(Sun(90) + kFromAbove + roof + R"({"type": "plane"})"),
                 casts ? Vector{} : lit, 1e-6);
   }
+  // What pictures leave out: a roof under a group that is left out, and a light.
+  const std::string hidden = R"({"type": "null", "visible_in_render": false, "children": [)";
+  const std::string roof = R"({"type": "plane", "position": [0, 20, 0]})";
+  std::string lamp = Sun(-90) + Sun(90);
+  lamp.pop_back();
+  ExpectColor(Shot{}.Color(Sun(90) + kFromAbove + hidden + roof + R"(]}, {"type": "plane"})"), lit,
+              1e-6);
+  ExpectColor(Shot{}.Color(hidden + lamp + "]}," + Sun(-90) + kFromAbove + R"({"type": "plane"})"),
+              {}, 0);
 }
 
 // The shutter's further steps, and evaluations while the frame is open, put other textures in the
