@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "C4D/host_access.h"
 #include "C4D/volume_object.h"
 #include "C4D/volume_renderer.h"
 #include "C4D/volume_tag.h"
@@ -29,6 +30,7 @@ host::SmallHost& smoke_host() {
     register_volume_object(*made);
     register_volume_tag(*made);
     register_volume_renderer(*made);
+    set_host_services(made);
     return made;
   }();
   return *with_smoke;
@@ -180,6 +182,55 @@ TEST(VolumeRender, TypesOfRaysSeeWhatIsntHiddenFromThem) {
     EXPECT_NEAR(seen.color.x, plain.at(type).color.x, 1e-5) << type;
     EXPECT_GT(seen.color.x, 0.1);
   }
+}
+
+// What the run saved beside the frames tells where the ball lies in its object, whatever became of
+// the object and its domain. The ball of the frame is in the middle of the run's object.
+TEST(VolumeRender, GasStaysWhereItWasInItsObject) {
+  const auto seen_at = [](const std::string& now, const char* then, double x) {
+    const test::TemporaryFolder folder;
+    write_ball(folder.path());
+    const auto scene = [&](const std::string& volume) {
+      return smoke(folder.path(), "").replace(0, 1, "{" + volume);
+    };
+    const auto at = [&](const std::string& size) {
+      std::string text = scene(now);
+      return text.replace(text.find("[80, 80, 80]"), 12, size);
+    };
+    if (then) {
+      std::string text = scene(then);
+      // A size with keyframes has no value beside them.
+      if (text.find("parameters.size") != std::string::npos)
+        text.erase(text.find("\"size\""), std::string(R"("size": [80, 80, 80], )").size());
+      const auto saved = open_scene(text);
+      smoke_host().SaveDocument(*saved, {folder.file("Autosave.c4d")}, host::kSceneFormat);
+    }
+    const std::string camera =
+        host::test::Camera("[" + std::to_string(x) + ", 0, -500]", "[0, 0, 0]");
+    // The domain is larger, smaller, and as it was.
+    std::vector<double> depths;
+    for (const char* size : {"[120, 80, 100]", "[60, 60, 80]", "[80, 80, 80]"})
+      depths.push_back(-std::log(pixel(sun() + camera + at(size)).transmittance[0]) / 0.02);
+    return depths;
+  };
+  const std::string moved = R"("position": [100, 0, 0], )";
+  for (const double x : {0.0, 18.0, 27.0}) {
+    for (const double depth : seen_at("", "", x)) EXPECT_NEAR(depth, chord(x), 2) << x;
+    for (const double depth : seen_at(moved, "", 100 + x)) EXPECT_NEAR(depth, chord(x), 2) << x;
+    // While the object moved, and a frame's matrix is that of some time within it.
+    for (const double depth : seen_at(moved, R"("keyframes": {"position": [[-2, [-8, 0, 0]],
+                                      [2, [8, 0, 0]]]}, )",
+                                      100 + x))
+      EXPECT_NEAR(depth, chord(x), 2) << x;
+    // While the domain grew: its size at the frame's end isn't the one of the frame.
+    for (const double depth : seen_at("", R"("keyframes": {"parameters.size":
+                                      [[-1, [80, 80, 80]], [0, [100, 100, 100]]]}, )",
+                                      x))
+      EXPECT_NEAR(depth, chord(x), 2) << x;
+  }
+  // Nothing was saved: a frame that isn't of the object's domain stays in the world.
+  EXPECT_NEAR(seen_at("", nullptr, 18)[1], chord(18), 2);
+  EXPECT_NEAR(seen_at(moved, nullptr, 118)[2], chord(18), 2);
 }
 
 TEST(VolumeRender, OpacityIsThatOfTheUnscaledBall) {
