@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "C4D/frame_placement.h"
 #include "C4D/simulation_thread.h"
 #include "cache/slot_handle.h"
 #include "host/interface/scene.h"
@@ -28,6 +29,7 @@ struct RenderSimulation {
 /// What the post effect puts into VolumeRenderer::volumes.
 struct HostVolume final : RenderVolume {
   host::BaseObject* object = nullptr;
+  FramePlacement placement;
   SlotHandle frame;                              // held while the render's frame is open
   std::vector<bool> excludedBy;                  // by light: it doesn't shine on this volume
   std::unique_ptr<RenderSimulation> simulation;  // from its first frame to the sequence's end

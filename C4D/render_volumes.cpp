@@ -1,7 +1,6 @@
 #include "C4D/render_volumes.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "C4D/c4d_lighting.h"
 #include "C4D/host_conversion.h"
@@ -12,50 +11,11 @@
 #include "C4D/shading_settings.h"
 #include "C4D/simulate_on_render.h"
 #include "C4D/volume_cache.h"
-#include "C4D/volume_grid.h"
 #include "C4D/volume_parameters.h"
 
 namespace nbx {
 
 namespace {
-
-Affine3d flip_z() {
-  Affine3d flip = Affine3d::identity();
-  flip.rows[2][2] = -1;
-  return flip;
-}
-
-// World coordinates of the host to domain cells, as they were when the frame was simulated.
-Affine3d stored_world_to_cells(const SimFrame& frame) {
-  const GridMatrix& m = frame.grids.begin()->second.gridMatrix;  // for row vectors, z flipped
-  Affine3d to_cells;
-  for (std::size_t row = 0; row < 3; ++row) {
-    for (std::size_t column = 0; column < 3; ++column)
-      to_cells.rows[row][static_cast<int>(column)] = m[4 * column + row];
-    to_cells.translation[static_cast<int>(row)] = m[12 + row];
-  }
-  return to_cells * flip_z();
-}
-
-double row_length(const Affine3d& m) { return std::sqrt(dot(m.rows[0], m.rows[0])); }
-
-// The gas goes with its object, which may have been moved since the run; but a frame of another
-// voxel size than the object's stands where it was simulated, since the object no longer tells its
-// domain.
-Affine3d world_to_cells(const host::BaseObject& volume, const SimFrame& frame) {
-  const double voxel = ParameterReader(volume).real(OVOLUME_VOXEL_SIZE);
-  const Affine3d now = volume_grid(volume, voxel).world_to_grid;
-  const Affine3d then = stored_world_to_cells(frame);
-  const double edge = 1 / row_length(then);
-  const auto same = [&](double size) { return std::abs(edge - size) <= 1e-6 * size; };
-  return same(voxel) || same(1 / row_length(now)) ? now : then;
-}
-
-Affine3d shift(const Vec3i& by) {
-  Affine3d move = Affine3d::identity();
-  move.translation = vector_cast<double>(by);
-  return move;
-}
 
 bool wants_frame(const VolumeParams& params) {
   return params.smoke.channel != kNoGrid || params.fire.channel != kNoGrid;
@@ -112,12 +72,10 @@ void prepare_volume(HostVolume& volume, host::BaseRender* render,
   if (volume.frame->grids.empty()) return;
 
   params.framesPerSecond = document.GetFps();
-  const std::int32_t start = render ? render->GetFirstFrame() : 0;
-  params.secondsSinceStart = now.Get() - static_cast<double>(start) / document.GetFps();
-  const Affine3d object = to_affine(volume.object->GetMg());
-  params.worldToObject = inverse(object);
+  params.seconds = now.Get();
+  params.worldToObject = inverse(to_affine(volume.object->GetMg()));
   params.objectToCell =
-      shift(-volume.frame->offset()) * world_to_cells(*volume.object, *volume.frame) * object;
+      volume.placement.object_to_cells(*volume.object, *volume.frame, cache->directory());
   nbx::prepare_volume(volume, *volume.frame, params);
   read_compositing(volume, *volume.object);
   if (render) warn_of_channels(volume, params, number, *render);
@@ -147,7 +105,7 @@ HostVolume& host_volume(RenderVolume& volume) { return static_cast<HostVolume&>(
 void collect_volumes(VolumeRenderer& renderer, host::BaseObject* first) {
   for (host::BaseObject* object = first; object; object = object->GetNext()) {
     if (!object->GetDeformMode()) continue;
-    if (object->GetType() == kVolumeObject) {
+    if (object->GetType() == kVolumeObject && host::IsVisibleInRender(*object)) {
       auto volume = std::make_shared<HostVolume>();
       volume->object = object;
       renderer.volumes.push_back(std::move(volume));

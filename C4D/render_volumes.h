@@ -7,7 +7,7 @@
 
 namespace nbx {
 
-/// All volume objects that take part in renders, in the order of the tree.
+/// All volume objects that pictures show, in the order of the tree.
 void collect_volumes(VolumeRenderer& renderer, host::BaseObject* first);
 
 /// Brings every volume to the document's time: frames, fields, then the light, which shines through

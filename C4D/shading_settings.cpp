@@ -105,12 +105,6 @@ Filter filter_of(std::int32_t choice) {
   return Filter::kBSpline;
 }
 
-const host::BaseTag* compositing_tag(const host::BaseObject& volume) {
-  for (const host::BaseTag* tag = volume.GetFirstTag(); tag; tag = tag->GetNext())
-    if (tag->GetType() == host::kCompositingTag) return tag;
-  return nullptr;
-}
-
 }  // namespace
 
 BlackbodyParams blackbody_params(const host::BaseObject& volume) {
@@ -171,7 +165,7 @@ std::shared_ptr<LightField> make_light_field(const host::BaseObject& volume, con
 void read_compositing(RenderVolume& target, const host::BaseObject& volume) {
   target.excludeMask = target.innerExcludeMask = 0;
   target.matte = false;
-  const host::BaseTag* tag = compositing_tag(volume);
+  const host::BaseTag* tag = host::CompositingTag(volume);
   if (!tag) return;
   const ParameterReader data(*tag);
   const struct {

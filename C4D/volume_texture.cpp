@@ -30,7 +30,7 @@ void scale_by_texture(SparseField<float, 3>& weights, const host::BaseTag& tag, 
   const auto* shader =
       dynamic_cast<const host::BaseShader*>(ParameterReader(tag).link(TVOLUME_SHADER));
   if (!shader) return;
-  const host::Texture& texture = shader->GetTexture();
+  const host::Texture& texture = *shader->GetTexture();
   const auto blocks = static_cast<std::ptrdiff_t>(weights.blocks().size());
   std::exception_ptr failure;
 #pragma omp parallel for schedule(dynamic, 1)

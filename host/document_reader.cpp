@@ -117,8 +117,9 @@ class DocumentReader {
 
   void ReadObject(const JsonPlace& json, SceneObject* parent) {
     const ElementClass& type = ReadType(json, classes_.objects);
-    std::vector<std::string> keys = {"type",  "name", "enabled",    "position",  "rotation",
-                                     "scale", "tags", "parameters", "keyframes", "children"};
+    std::vector<std::string> keys = {"type",       "name",      "enabled", "visible_in_render",
+                                     "position",   "rotation",  "scale",   "tags",
+                                     "parameters", "keyframes", "children"};
     if (type.id == kPolygonObject)
       keys.insert(keys.end(), {"points", "polygons", "uvs", "weights", "shapes"});
     json.ExpectKeys(keys);
@@ -128,6 +129,8 @@ class DocumentReader {
 
     if (json.Has("name")) object->SetName(json.At("name").Text());
     if (json.Has("enabled")) object->enabled = json.At("enabled").Bool();
+    if (json.Has("visible_in_render"))
+      object->render_mode = json.At("visible_in_render").Bool() ? RenderMode::On : RenderMode::Off;
     Transform& transform = object->transform;
     if (json.Has("position")) transform.position = json.At("position").VectorValue();
     if (json.Has("rotation")) transform.rotation = json.At("rotation").VectorValue();

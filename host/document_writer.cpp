@@ -51,6 +51,8 @@ class DocumentWriter {
   Json WriteObject(const SceneObject& object) const {
     Json json = WriteHead(object.State());
     if (!object.enabled) json["enabled"] = false;
+    if (object.render_mode != RenderMode::Inherited)
+      json["visible_in_render"] = object.render_mode == RenderMode::On;
     const auto write_vector = [&json](const char* key, const Vector& value, const Vector& usual,
                                       bool animated) {
       if (!animated && !(value == usual)) json[key] = WriteVector(value);

@@ -109,7 +109,7 @@ class SceneMaterial final : public Element<BaseMaterial> {
 class SceneShader final : public Element<BaseShader> {
  public:
   SceneShader* GetNext() const override { return next_; }
-  const Texture& GetTexture() const override { return *texture_; }
+  const std::shared_ptr<const Texture>& GetTexture() const override { return texture_; }
 
   /// Makes the texture anew where a parameter has changed. Throws DocumentError for an image that
   /// can't be read.
@@ -118,7 +118,7 @@ class SceneShader final : public Element<BaseShader> {
  private:
   friend class Document;
   SceneShader* next_ = nullptr;
-  std::unique_ptr<Texture> texture_;
+  std::shared_ptr<const Texture> texture_;
   BaseContainer made_from_;
 };
 
@@ -146,6 +146,7 @@ class SceneObject final : public Element<PolygonObject> {
   Vector GetMp() const override { return Bounds().first; }
   Vector GetRad() const override { return Bounds().second; }
   bool GetDeformMode() const override { return enabled; }
+  RenderMode GetRenderMode() const override { return render_mode; }
   SceneObject* GetCache() const override { return cache_.get(); }
   const Particles& GetParticles() const override;
 
@@ -175,6 +176,7 @@ class SceneObject final : public Element<PolygonObject> {
   void UpdateCache();
 
   bool enabled = true;
+  RenderMode render_mode = RenderMode::Inherited;
   Transform transform;
   /// Keyframes of the transform; empty where there are none.
   std::optional<Track> position_track, rotation_track, scale_track;

@@ -38,7 +38,7 @@ Vector SceneMaterial::SampleChannel(std::int32_t channel, const Vector& uvw, dou
   const Vector color = p.color == 0 ? Vector{1, 1, 1} : state_.data.GetVector(p.color);
   const BaseList2D* link = p.texture == 0 ? nullptr : state_.data.GetLink(p.texture);
   if (!link) return color;
-  const Vector t = static_cast<const BaseShader*>(link)->GetTexture().Sample(uvw, time);
+  const Vector t = static_cast<const BaseShader*>(link)->GetTexture()->Sample(uvw, time);
   return {color.x * t.x, color.y * t.y, color.z * t.z};
 }
 

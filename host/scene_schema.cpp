@@ -120,7 +120,7 @@ Json ElementSchema(const ElementClass& type, bool with_type) {
 
 Json ObjectSchema(const ElementClass& type) {
   Json properties = Named(type, true);
-  properties["enabled"] = {{"type", "boolean"}};
+  for (const char* key : {"enabled", "visible_in_render"}) properties[key] = {{"type", "boolean"}};
   for (const char* key : {"position", "rotation", "scale"}) properties[key] = Reference("vector");
   AddBody(properties, type.description, true);
   properties["tags"] = ArrayOf(Reference("tag"));

@@ -5,6 +5,7 @@
 
 #include "host/describe_command.h"
 #include "host/document_error.h"
+#include "host/document_reader.h"
 #include "host/document_writer.h"
 #include "host/help_command.h"
 #include "host/machine_info.h"
@@ -67,6 +68,13 @@ bool SmallHost::SaveDocument(const BaseDocument& document, const Filename& path,
     GePrint(error.what());
     return false;
   }
+}
+
+std::unique_ptr<BaseDocument> SmallHost::LoadDocument(const Filename& path) try {
+  return ReadDocumentFile(path.path, classes_);
+} catch (const DocumentError& error) {
+  GePrint(error.what());
+  return nullptr;
 }
 
 BaseContainer SmallHost::GetMachineInfo() const { return ReadMachineInfo(); }

@@ -52,6 +52,7 @@ class SmallHost : public HostServices {
   }
   bool SaveDocument(const BaseDocument& document, const Filename& path,
                     std::int32_t format) override;
+  std::unique_ptr<BaseDocument> LoadDocument(const Filename& path) override;
   void MessageDialog(const std::string& text) override { GePrint(text); }
   DialogAnswer QuestionDialog(const std::string& text) override {
     GePrint(text);

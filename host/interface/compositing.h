@@ -1,9 +1,18 @@
-// The compositing tag: which rays meet its object, and what lies under it.
+// The compositing tag: which rays meet its object, and what lies under it and has no such tag.
 #pragma once
 
 #include "host/interface/scene.h"
 
 namespace host {
+
+/// The compositing tag that counts for an object: its own, else that of the nearest object above.
+/// Null if there is none.
+inline const BaseTag* CompositingTag(const BaseObject& object) {
+  for (const BaseObject* o = &object; o; o = o->GetUp())
+    for (const BaseTag* tag = o->GetFirstTag(); tag; tag = tag->GetNext())
+      if (tag->GetType() == kCompositingTag) return tag;
+  return nullptr;
+}
 
 /// Parameters of a compositing tag (type kCompositingTag); all are bools, on if not set, but for
 /// the last two.

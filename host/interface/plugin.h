@@ -125,6 +125,10 @@ class HostServices {
   virtual bool SaveDocument(const BaseDocument& document, const Filename& path,
                             std::int32_t format) = 0;
 
+  /// Reads a document to look at its elements: mesh files and pictures aren't opened, and no
+  /// element gets a message. Null if it can't be read; the reason has gone to the console.
+  virtual std::unique_ptr<BaseDocument> LoadDocument(const Filename& path) = 0;
+
   /// Boxes that wait for the user. Without windows a message is a line on the console, a question
   /// gets No and a file dialog an empty path, unless the program has chosen other answers.
   virtual void MessageDialog(const std::string& text) = 0;

@@ -120,6 +120,9 @@ class BaseList2D {
   virtual NodeData* GetNodeData() const = 0;
 };
 
+/// Whether an object is in pictures, as the user has set it on the object itself.
+enum class RenderMode : std::int32_t { Inherited, On, Off };
+
 /// An element of the document's tree.
 class BaseObject : public BaseList2D {
  public:
@@ -142,6 +145,9 @@ class BaseObject : public BaseList2D {
   /// nothing.
   virtual bool GetDeformMode() const = 0;
 
+  /// The object's own setting; IsVisibleInRender tells what follows from it.
+  virtual RenderMode GetRenderMode() const = 0;
+
   /// The polygons that a generator has made, in its own space: a mesh that isn't in the tree, whose
   /// GetMg and GetUp are those of the generator. Null for any other object. Valid until the next
   /// ExecutePasses.
@@ -151,6 +157,14 @@ class BaseObject : public BaseList2D {
   /// object. Valid until the next ExecutePasses.
   virtual const Particles& GetParticles() const = 0;
 };
+
+/// False if pictures leave the object out. The object's own mode decides, or that of the nearest
+/// object above it that has one. The scene's animation and simulations take no notice.
+inline bool IsVisibleInRender(const BaseObject& object) {
+  const BaseObject* o = &object;
+  while (o->GetRenderMode() == RenderMode::Inherited && o->GetUp()) o = o->GetUp();
+  return o->GetRenderMode() != RenderMode::Off;
+}
 
 /// Corners of a polygon, as indices of points. A triangle has c == d.
 struct CPolygon {

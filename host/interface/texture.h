@@ -1,6 +1,8 @@
 // Textures: colours over a surface or through space.
 #pragma once
 
+#include <memory>
+
 #include "host/interface/scene.h"
 
 namespace host {
@@ -8,7 +10,7 @@ namespace host {
 /// What stands behind a shader of the scene, ready for its time. Colours are scene-linear and need
 /// not stay within 0 and 1; where a number is asked for, take Brightness of the colour.
 ///
-/// Sample is const and may be called from any number of threads, as long as no ExecutePasses runs.
+/// A texture never changes once it is made. Sample may be called from any number of threads.
 class Texture {
  public:
   virtual ~Texture() = default;
@@ -26,9 +28,10 @@ inline double Brightness(const Vector& color) { return (color.x + color.y + colo
 class BaseShader : public BaseList2D {
  public:
   virtual BaseShader* GetNext() const = 0;
-  /// As it is at the document's time; valid until the next ExecutePasses. An image that can't be
-  /// read is an error of the reading, so that there always is a texture.
-  virtual const Texture& GetTexture() const = 0;
+  /// As it is at the document's time. The next ExecutePasses may put another texture in its place:
+  /// who needs this one longer keeps a copy of the pointer. Never null: an image that can't be read
+  /// is an error of the reading.
+  virtual const std::shared_ptr<const Texture>& GetTexture() const = 0;
 };
 
 /// The host's own textures.

@@ -120,7 +120,7 @@ double LightSource::SpotShare(const Vector& to_point) const {
 
 std::vector<LightSource> ReadLights(const BaseDocument& document) {
   std::vector<LightSource> lights;
-  for (BaseObject* object : EnabledObjects(document))
+  for (BaseObject* object : VisibleObjects(document))
     if (object->GetType() == kLightObject) lights.emplace_back(*object);
   return lights;
 }

@@ -19,11 +19,11 @@ Matrix WithoutScale(const Matrix& m) {
   return {m.off, x, Cross(z, x), z};
 }
 
-/// The corners of the boxes of all objects that are wanted and have an extent.
+/// The corners of the boxes of all visible objects that are wanted and have an extent.
 template <class Wanted>
 SceneBounds BoundsOf(const BaseDocument& document, const Wanted& wanted) {
   SceneBounds bounds;
-  for (const BaseObject* object : EnabledObjects(document)) {
+  for (const BaseObject* object : VisibleObjects(document)) {
     const Vector centre = object->GetMp(), half = object->GetRad();
     if (!wanted(*object) || Length(half) <= 0) continue;
     for (int corner = 0; corner < 8; ++corner) {

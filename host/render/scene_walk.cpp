@@ -19,4 +19,10 @@ std::vector<BaseObject*> EnabledObjects(const BaseDocument& document) {
   return all;
 }
 
+std::vector<BaseObject*> VisibleObjects(const BaseDocument& document) {
+  std::vector<BaseObject*> visible = EnabledObjects(document);
+  std::erase_if(visible, [](const BaseObject* object) { return !IsVisibleInRender(*object); });
+  return visible;
+}
+
 }  // namespace host

@@ -9,5 +9,7 @@ namespace host {
 
 /// All objects that are switched on, as is everything above them, parents first.
 std::vector<BaseObject*> EnabledObjects(const BaseDocument& document);
+/// Those of them that pictures show (IsVisibleInRender).
+std::vector<BaseObject*> VisibleObjects(const BaseDocument& document);
 
 }  // namespace host

@@ -5,9 +5,9 @@
 namespace host {
 namespace {
 
-const Texture* TextureOf(const BaseContainer& data, std::int32_t id) {
+std::shared_ptr<const Texture> TextureOf(const BaseContainer& data, std::int32_t id) {
   const auto* shader = static_cast<const BaseShader*>(data.GetLink(id));
-  return shader ? &shader->GetTexture() : nullptr;
+  return shader ? shader->GetTexture() : nullptr;
 }
 
 /// A coordinate that runs back in every second repetition.

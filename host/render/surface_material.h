@@ -2,18 +2,18 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "host/interface/material.h"
 
 namespace host {
 
-/// A material as it lies on an object. Textures belong to the document and stay until its next
-/// ExecutePasses.
+/// A material as it lies on an object. It holds its textures as they were when it was read.
 struct SurfaceMaterial {
   struct Channel {
     Vector color;
-    const Texture* texture = nullptr;  ///< multiplies the colour
+    std::shared_ptr<const Texture> texture = {};  ///< multiplies the color
     Vector At(const Vector& uvw, double time) const;
   };
   Channel color{{0.8, 0.8, 0.8}}, emission, transparency, mask{{1, 1, 1}};

@@ -13,10 +13,8 @@ SurfaceMesh::Point ToPoint(const Vector& v) {
 }
 
 const BaseContainer* CompositingData(const BaseObject& object) {
-  for (const BaseObject* o = &object; o; o = o->GetUp())
-    for (const BaseTag* tag = o->GetFirstTag(); tag; tag = tag->GetNext())
-      if (tag->GetType() == kCompositingTag) return &tag->GetDataInstance();
-  return nullptr;
+  const BaseTag* tag = CompositingTag(object);
+  return tag ? &tag->GetDataInstance() : nullptr;
 }
 
 SurfaceVisibility ReadVisibility(const BaseObject& object) {

@@ -153,7 +153,7 @@ void ForShutterSteps(BaseDocument& document, double shutter, const std::function
 
 SurfaceScene::SurfaceScene(BaseDocument& document, double shutter)
     : time_(document.GetTime().Get()), handles_(std::make_unique<Handles>()) {
-  const std::vector<BaseObject*> objects = EnabledObjects(document);
+  const std::vector<BaseObject*> objects = VisibleObjects(document);
   bool first = true;
   ForShutterSteps(document, shutter, [&] {
     std::size_t index = 0;

@@ -34,7 +34,7 @@ struct SurfaceRay {
 /// Built once per frame, then asked from any number of threads.
 class SurfaceScene {
  public:
-  /// Takes the meshes of all objects that are switched on. With `shutter` above 0, in frames, the
+  /// Takes the meshes of all visible objects. With `shutter` above 0, in frames, the
   /// document is evaluated at further times, and stands at its present time again in the end.
   SurfaceScene(BaseDocument& document, double shutter);
   ~SurfaceScene();

@@ -31,6 +31,11 @@ struct WaveletNoise {
 /// Throws std::bad_alloc, after a log line.
 void advance_tile(WaveletNoise& noise, float t, bool three_d, bool normalize);
 
+/// The same, but the tile depends on the time alone: whichever times came before, it is the one of
+/// a noise that went on tile by tile from time 0. A step back, or a jump, draws the tiles on the
+/// way. After 8192 tiles the noise starts over.
+void advance_tile_from_start(WaveletNoise& noise, float t, bool three_d, bool normalize);
+
 /// One sample at p, in cells of the tile, over which it is periodic. derivative 0 is the noise, 1
 /// to 3 its slope against x, y, z: minus the partial derivative. Order of the sums: z, y, x.
 float evaluate(const WaveletNoise& noise, const Vec3f& p, int derivative);

@@ -147,4 +147,21 @@ void advance_tile(WaveletNoise& noise, float t, bool three_d, bool normalize) {
   axpby(noise.tile, 1 - s, noise.tile_a, s, noise.tile_b);
 }
 
+void advance_tile_from_start(WaveletNoise& noise, float t, bool three_d, bool normalize) {
+  constexpr float kTiles = 1 << 13;  // drawn again within seconds
+  const float time = std::fmod(std::isfinite(t) ? std::abs(t) : 0.0f, kTiles);
+  const int i = static_cast<int>(time), n = noise.tile_size;
+  if (noise.tile_a.count() == 0 || i < noise.tile_time) {
+    noise.rng.seed();
+    noise.tile_time = -2;  // so that both tiles are drawn
+    advance_tile(noise, 0, three_d, normalize);
+  }
+  // The tiles in between are drawn number by number, since now and then a number takes two draws.
+  const std::ptrdiff_t numbers = std::ptrdiff_t{n} * n * (three_d ? n : 1);
+  for (; noise.tile_time + 2 < i; ++noise.tile_time)
+    for (std::ptrdiff_t k = 0; k < numbers; ++k) uniform(noise.rng);
+  if (noise.tile_time + 1 < i) advance_tile(noise, static_cast<float>(i - 1), three_d, normalize);
+  advance_tile(noise, time, three_d, normalize);
+}
+
 }  // namespace nbx

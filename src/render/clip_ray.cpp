@@ -28,21 +28,22 @@ double proximity_at(const RenderVolume& volume, const Vec3d& p) {
   return sample_linear(*volume.proximity, q[0], q[1], q[2]);
 }
 
-// Walks from 0 towards `length` along the ray through `origin`, by steps as long as the distance to
-// what shows, and back a little where that overshot. How far it is safe to skip.
+// Walks from 0 towards `end` along the ray through `origin`, by steps as long as the distance to
+// what shows, and back a little where that overshot. How far it is safe to skip. `voxel` is the
+// length of the ray in a voxel.
 double skip_empty(const RenderVolume& volume, const Vec3d& origin, const Vec3d& direction,
-                  double length) {
+                  double end, double voxel) {
   double t = 0, d = 0;
-  while (t < length) {
+  while (t < end) {
     d = proximity_at(volume, origin + t * direction);
     if (!(d >= 0.001)) break;
-    t += std::max(d, 0.5) * volume.voxelLength;
+    t += std::max(d, 0.5) * voxel;
   }
   while (d < 0 && t > 0) {
-    t += std::min(d, -0.25) * volume.voxelLength;
+    t += std::min(d, -0.25) * voxel;
     d = proximity_at(volume, origin + t * direction);
   }
-  return std::clamp(t, 0.0, length);
+  return std::clamp(t, 0.0, end);
 }
 
 }  // namespace
@@ -51,16 +52,17 @@ bool clipRay(VolumeEntry& entry, const RenderVolume& volume, const RayRecord& ra
   entry.volume = &volume;
   entry.voxelOrigin = volume.worldToVoxel(ray.origin);
   entry.voxelDirection = volume.worldToVoxel.linear(ray.direction);
+  entry.voxelLength = 1 / length(entry.voxelDirection);
   entry.tEnter = ray.tMin;
   entry.tExit = ray.tMax;
   if (!clip_to_box(entry, volume)) return false;
-  if (!volume.proximity || !(volume.voxelLength > 0)) return true;
+  if (!volume.proximity || !(entry.voxelLength > 0)) return true;
 
-  const double length = entry.tExit - entry.tEnter;
-  entry.tEnter += skip_empty(volume, entry.at(entry.tEnter), entry.voxelDirection, length);
+  entry.tEnter += skip_empty(volume, entry.at(entry.tEnter), entry.voxelDirection,
+                             entry.tExit - entry.tEnter, entry.voxelLength);
   if (!(entry.tEnter < entry.tExit)) return false;
-  const double back =
-      skip_empty(volume, entry.at(entry.tExit), -entry.voxelDirection, entry.tExit - entry.tEnter);
+  const double back = skip_empty(volume, entry.at(entry.tExit), -entry.voxelDirection,
+                                 entry.tExit - entry.tEnter, entry.voxelLength);
   entry.tExit = std::max(entry.tEnter, entry.tExit - back);
   return entry.tExit > entry.tEnter;
 }
@@ -68,7 +70,7 @@ bool clipRay(VolumeEntry& entry, const RenderVolume& volume, const RayRecord& ra
 double empty_distance(const VolumeEntry& entry, double t) {
   const RenderVolume& volume = *entry.volume;
   if (!volume.proximity) return 0;
-  return std::max(proximity_at(volume, entry.at(t)), 0.0) * volume.voxelLength;
+  return std::max(proximity_at(volume, entry.at(t)), 0.0) * entry.voxelLength;
 }
 
 }  // namespace nbx

@@ -10,6 +10,10 @@ namespace nbx {
 struct VolumeEntry {
   const RenderVolume* volume = nullptr;
   Vec3d voxelOrigin, voxelDirection;
+  /// World length of the way along the ray that is as long as a voxel's edge in voxel coordinates:
+  /// distances of the proximity count in it. In a volume that is scaled evenly it is the same for
+  /// all rays, in others it depends on where the ray goes.
+  double voxelLength = 0;
   double tEnter = 0, tExit = 0;
   bool active = false;
 

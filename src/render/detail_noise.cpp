@@ -45,7 +45,7 @@ void set_detail_noise(DetailNoise& noise, const DetailNoiseParams& params, doubl
   if (noise.amplitude == 0) return;
   if (!noise.noise) noise.noise = std::make_shared<WaveletNoise>();
   const double phase = params.period != 0 ? time / params.period : 0;
-  advance_tile(*noise.noise, static_cast<float>(phase), true, false);
+  advance_tile_from_start(*noise.noise, static_cast<float>(phase), true, false);
   noise.tile = with_rows_closed(noise.noise->tile);
 }
 

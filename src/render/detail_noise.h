@@ -34,7 +34,8 @@ struct DetailNoise {
   void curl(Colors& d, const Points& c) const;
 };
 
-/// `voxel` is the edge of a voxel in object units, `time` the seconds since the render's start.
+/// `voxel` is the edge of a voxel in object units, `time` the document's in seconds. The noise
+/// depends on the time alone, so a sequence may be rendered in parts and in any order.
 void set_detail_noise(DetailNoise& noise, const DetailNoiseParams& params, double voxel,
                       double time);
 

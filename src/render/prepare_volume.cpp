@@ -44,7 +44,7 @@ void prepare_shader(VolumeShader& shader, SimFrame& frame, const ShaderParams& s
   shader.densityScale = shaderParams.density;
   const double fps = params.framesPerSecond > 0 ? params.framesPerSecond : 1;
   shader.displace = shaderParams.displace / fps;
-  set_detail_noise(shader.noise, shaderParams.noise, 1 / g, params.secondsSinceStart);
+  set_detail_noise(shader.noise, shaderParams.noise, 1 / g, params.seconds);
 }
 
 // |curl u| of the flow, at most the frame rate and 0 in the outermost layer: noise appears where

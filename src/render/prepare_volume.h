@@ -30,7 +30,7 @@ struct VolumeParams {
   double motionBlurStep = 1;                 // voxels
   std::optional<RationalSpline> depthFade;
   double framesPerSecond = 25;
-  double secondsSinceStart = 0;  // of the render
+  double seconds = 0;  // the document's time, by which detail noise changes
 
   Affine3d worldToObject = Affine3d::identity();
   /// From the object's space to indices of the frame's grids: its first axis has the length of one

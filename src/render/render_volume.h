@@ -70,7 +70,7 @@ struct RenderVolume {
   Affine3d worldToVoxel, voxelToWorld;            // voxel centres have whole coordinates
   double voxelsPerMetre = 1, metresPerVoxel = 1;  // metres of the unscaled object
   double metresPerUnit = 0.01;
-  double voxelLength = 1;                   // edge of a voxel, world units
+  double voxelLength = 1;                   // world length of a voxel's edge along x
   double sigmaScale = 1;                    // extinction per world unit and unit of density
   double viewStep = 0.5, shadowStep = 0.5;  // step lengths as a share of a voxel
 

@@ -47,6 +47,18 @@ TEST(ShadingSettings, CompositingTagHidesVolumesFromRays) {
   read_compositing(target, document.object("v"));
   EXPECT_TRUE(target.matte);
   EXPECT_EQ(target.matteColor, (Color{0.5f, 0, 0.25f}));
+  // A tag holds for what lies under its object, too, but for what has a tag of its own.
+  const std::string matte = R"({"type": "compositing", "parameters": {"matte": true}})";
+  for (const bool own : {false, true}) {
+    test::TestDocument group(
+        R"({"type": "null", "tags": [{"type": "compositing", "parameters": {"seen_by_gi": false}}],
+            "children": [{"type": "null", "children": [)" +
+        volume("", own ? matte : "") + "]}]}");
+    RenderVolume target;
+    read_compositing(target, group.object("v"));
+    EXPECT_EQ(target.excludeMask, own ? 0u : 32u);
+    EXPECT_EQ(target.matte, own);
+  }
 }
 
 TEST(ShadingSettings, GradientsAreScaledAndFireIsSeenWithoutAnyOfThem) {

@@ -18,7 +18,7 @@ class TestDocument {
   explicit TestDocument(const std::string& objects, const std::string& more = "") {
     register_volume_object(host_, "Volume");
     register_volume_tag(host_, "Emitter");
-    register_volume_renderer(host_);
+    register_volume_renderer(host_, "Smoke and Fire");
     document_ = host::ReadDocument(R"({"fps": 25, )" + more + R"("objects": [)" + objects + "]}",
                                    "/", host_.Classes());
     document_->Open();

@@ -1,9 +1,13 @@
 // Pictures of volumes whose smoke is known, through the host's renderer.
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <set>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
+#include "C4D/host_access.h"
 #include "C4D/volume_object.h"
 #include "C4D/volume_renderer.h"
 #include "C4D/volume_tag.h"
@@ -26,6 +30,7 @@ host::SmallHost& smoke_host() {
     register_volume_object(*made, "Volume");
     register_volume_tag(*made, "Emitter");
     register_volume_renderer(*made, "Smoke and Fire");
+    set_host_services(made);
     return made;
   }();
   return *with_smoke;
@@ -66,11 +71,18 @@ std::string smoke(const std::string& cache, const std::string& place,
          more + "}},";
 }
 
-host::Pixel pixel(const std::string& objects, int samples = 16) {
-  const auto document = host::ReadDocument(
-      R"({"post_effects": [{"type": "smoke"}], "objects": [)" + objects + R"({"type": "null"}]})",
-      "/", smoke_host().Classes());
+std::unique_ptr<host::Document> open_scene(const std::string& objects,
+                                           const std::string& effect = "") {
+  auto document =
+      host::ReadDocument(R"({"post_effects": [{"type": "smoke", "parameters": {)" + effect +
+                             R"(}}], "objects": [)" + objects + R"({"type": "null"}]})",
+                         "/", smoke_host().Classes());
   document->Open();
+  return document;
+}
+
+host::Pixel pixel(const std::string& objects, int samples = 16) {
+  const auto document = open_scene(objects);
   return host::test::Shot{.samples = samples}.TakeOf(*document).pixels.front();
 }
 
@@ -102,6 +114,125 @@ TEST(VolumeRender, BallCastsTheShadowOfABall) {
   }
 }
 
+struct Seen {
+  host::Vector color, transparency;
+  bool encoded = false;
+};
+
+// What rays of all types see along z through the middle of the ball, while a frame is open.
+std::map<std::uint32_t, Seen> seen_by_types(const std::string& objects, const char* effect = "") {
+  const auto document = open_scene(objects, effect);
+  const host::RenderJob job{{0}, 1, 1, {0, 0, 1, 1}, {}, 1};
+  test::RecordingContext context(smoke_host());
+  host::RenderSession session(*document, job, context);
+  host::RenderScene scene(*document, job.quality, 1, 1);
+  session.SetFrame(0, scene);
+  host::BaseVideoPost& node = *document->VideoPosts().front();
+  auto& data = static_cast<host::VideoPostData&>(*node.GetNodeData());
+  scene.effects = {&data};
+  const auto execute = [&](host::RenderPhase phase, bool open) {
+    data.Execute(node, phase, open, session);
+  };
+  execute(host::RenderPhase::Sequence, true);
+  execute(host::RenderPhase::Frame, true);
+  std::map<std::uint32_t, Seen> seen;
+  for (const std::uint32_t type : {0, 0x1, 0x2, 0x4, 0x10, 0x20, 0x40, 0x80, 0x400, 0x2000}) {
+    host::RayCounts counts;
+    host::VolumeQuery query(scene, 0, counts);
+    query.ray.origin = {0, 0, -500};
+    query.ray.direction = {0, 0, 1};
+    query.ray.type = type;
+    query.AskVolumetric();
+    seen[type] = {query.color, query.transparency, query.encoded};
+  }
+  execute(host::RenderPhase::Frame, false);
+  execute(host::RenderPhase::Sequence, false);
+  return seen;
+}
+
+// Each type of ray passes the volumes that are hidden from it and no others, and all see the same
+// light and shade, whether the effect hands it over in encoded form or not.
+TEST(VolumeRender, TypesOfRaysSeeWhatIsntHiddenFromThem) {
+  const test::TemporaryFolder folder;
+  write_ball(folder.path());
+  const struct {
+    const char* hidden;
+    std::set<std::uint32_t> from;
+  } cases[] = {
+      {"seen_by_ao", {host::kRayOcclusion}},
+      {"seen_by_camera", {host::kRayCamera}},
+      {"seen_by_gi", {host::kRayIndirect}},
+      {"seen_by_rays", {0x1, 0x4, 0x10, 0x40, 0x400, 0x2000}},
+      {"seen_by_reflection", {host::kRayReflection, host::kRayRoughReflection}},
+      {"seen_by_refraction", {host::kRayRefraction, host::kRayRoughRefraction}},
+      {"seen_by_transparency", {host::kRayTransparency, host::kRayRoughTransparency}},
+      {"cast_shadows", {}},
+  };
+  for (const auto& [hidden, from] : cases) {
+    const std::string tag = R"("tags": [{"type": "compositing", "parameters": {")" +
+                            std::string(hidden) + R"(": false}}], )";
+    for (const auto& [type, seen] : seen_by_types(smoke(folder.path(), tag)))
+      EXPECT_NEAR(seen.transparency.x, from.contains(type) ? 1 : std::exp(-0.02 * chord(0)), 0.008)
+          << hidden << " " << type;
+  }
+  const auto plain = seen_by_types(sun() + smoke(folder.path(), ""), R"("gamma": false)");
+  for (const auto& [type, seen] : seen_by_types(sun() + smoke(folder.path(), ""))) {
+    EXPECT_TRUE(seen.encoded && !plain.at(type).encoded);
+    EXPECT_NEAR(seen.transparency.x, plain.at(type).transparency.x, 1e-5) << type;
+    EXPECT_NEAR(seen.color.x, plain.at(type).color.x, 1e-5) << type;
+    EXPECT_GT(seen.color.x, 0.1);
+  }
+}
+
+// What the run saved beside the frames tells where the ball lies in its object, whatever became of
+// the object and its domain. The ball of the frame is in the middle of the run's object.
+TEST(VolumeRender, GasStaysWhereItWasInItsObject) {
+  const auto seen_at = [](const std::string& now, const char* then, double x) {
+    const test::TemporaryFolder folder;
+    write_ball(folder.path());
+    const auto scene = [&](const std::string& volume) {
+      return smoke(folder.path(), "").replace(0, 1, "{" + volume);
+    };
+    const auto at = [&](const std::string& size) {
+      std::string text = scene(now);
+      return text.replace(text.find("[80, 80, 80]"), 12, size);
+    };
+    if (then) {
+      std::string text = scene(then);
+      // A size with keyframes has no value beside them.
+      if (text.find("parameters.size") != std::string::npos)
+        text.erase(text.find("\"size\""), std::string(R"("size": [80, 80, 80], )").size());
+      const auto saved = open_scene(text);
+      smoke_host().SaveDocument(*saved, {folder.file("Autosave.c4d")}, host::kSceneFormat);
+    }
+    const std::string camera =
+        host::test::Camera("[" + std::to_string(x) + ", 0, -500]", "[0, 0, 0]");
+    // The domain is larger, smaller, and as it was.
+    std::vector<double> depths;
+    for (const char* size : {"[120, 80, 100]", "[60, 60, 80]", "[80, 80, 80]"})
+      depths.push_back(-std::log(pixel(sun() + camera + at(size)).transmittance[0]) / 0.02);
+    return depths;
+  };
+  const std::string moved = R"("position": [100, 0, 0], )";
+  for (const double x : {0.0, 18.0, 27.0}) {
+    for (const double depth : seen_at("", "", x)) EXPECT_NEAR(depth, chord(x), 2) << x;
+    for (const double depth : seen_at(moved, "", 100 + x)) EXPECT_NEAR(depth, chord(x), 2) << x;
+    // While the object moved, and a frame's matrix is that of some time within it.
+    for (const double depth : seen_at(moved, R"("keyframes": {"position": [[-2, [-8, 0, 0]],
+                                      [2, [8, 0, 0]]]}, )",
+                                      100 + x))
+      EXPECT_NEAR(depth, chord(x), 2) << x;
+    // While the domain grew: its size at the frame's end isn't the one of the frame.
+    for (const double depth : seen_at("", R"("keyframes": {"parameters.size":
+                                      [[-1, [80, 80, 80]], [0, [100, 100, 100]]]}, )",
+                                      x))
+      EXPECT_NEAR(depth, chord(x), 2) << x;
+  }
+  // Nothing was saved: a frame that isn't of the object's domain stays in the world.
+  EXPECT_NEAR(seen_at("", nullptr, 18)[1], chord(18), 2);
+  EXPECT_NEAR(seen_at(moved, nullptr, 118)[2], chord(18), 2);
+}
+
 TEST(VolumeRender, OpacityIsThatOfTheUnscaledBall) {
   const test::TemporaryFolder folder;
   write_ball(folder.path());
@@ -127,6 +258,15 @@ TEST(VolumeRender, ObeysWhatHidesIt) {
       smoke(folder.path(),
             R"("tags": [{"type": "compositing", "parameters": {"seen_by_camera": false}}], )"));
   EXPECT_EQ(hidden.alpha, 0);
+  // Out of pictures by its own setting or by that of what is above it.
+  const std::string off = R"("visible_in_render": false, )", on = R"("visible_in_render": true, )";
+  for (const auto& [group, own, seen] :
+       {std::tuple(off, std::string(), false), {"", off, false}, {off, on, true}, {on, "", true}}) {
+    std::string volume = smoke(folder.path(), own);
+    volume.pop_back();
+    const std::string whole = R"({"type": "null", )" + group + R"("children": [)" + volume + "]},";
+    EXPECT_EQ(pixel(sun() + camera + whole).alpha > 0, seen) << group << own;
+  }
   const auto lit = pixel(sun() + camera + smoke(folder.path(), ""));
   const auto unshadowed =
       pixel(sun() + camera +

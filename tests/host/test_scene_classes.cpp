@@ -134,7 +134,7 @@ TEST(Textures, ShowTheirColors) {
                              folder.path());
   document->Open();
   const auto sample = [&](std::size_t i, const Vector& p, double time = 0) {
-    return document->Shaders()[i]->GetTexture().Sample(p, time);
+    return document->Shaders()[i]->GetTexture()->Sample(p, time);
   };
   // The middles of the pixels, then half way between them, and around the border.
   EXPECT_EQ(sample(0, {0.25, 0.5, 9}), (Vector{1, 0, 0}));

@@ -12,7 +12,7 @@ namespace {
 // Every key and every type of value; numbers that have no short binary form.
 const char* const kFullScene = R"({"fps": 30, "start": -10, "end": 250, "preview_start": 0,
   "preview_end": 50, "objects": [
-    {"type": "null", "name": "Rig", "enabled": false, "rotation": [10.1, -20.2, 30.3],
+    {"type": "null", "name": "Rig", "enabled": false, "visible_in_render": false, "rotation": [10.1, -20.2, 30.3],
      "scale": [1.0, -2.0, 0.3333333333333333], "keyframes": {"position": {"interpolation": "smooth",
        "keys": [[0, [0.1, 0.2, 0.3]], [12.5, [1e-300, 1.7976931348623157e+308, -0.1]]]}},
      "children": [
@@ -27,7 +27,7 @@ const char* const kFullScene = R"({"fps": 30, "start": -10, "end": 250, "preview
         "keyframes": {"parameters.edge_length": [[0, 1.5], [10, 2.5]]},
         "tags": [{"type": "source", "name": "Hot",
                   "keyframes": {"parameters.amount": [[-5, 0.1]]}}]},
-       {"type": "box", "name": "Twin", "parameters": {"target": "objects[0].children[1]"}}]},
+       {"type": "box", "name": "Twin", "visible_in_render": true, "parameters": {"target": "objects[0].children[1]"}}]},
     {"type": "mesh", "name": "Floor", "polygons": [[0, 1, 2], [0, 1, 2, 4]],
      "points": [[0.0, 0.0, 0.0], [0.1, 0.0, 0.0], [0.1, 0.1, 0.0], [0.0, 0.1, 0.0],
                 [0.0, 0.1, 0.5]]}]})";

@@ -165,6 +165,15 @@ TEST(WaveletNoise, TilesOfSuccessiveTimes) {
   late.tile_size = 8;
   advance_tile(late, 3.25f, true, false);
   EXPECT_TRUE(is(late, 2, 3, 0.25f));
+
+  // By the time alone: on, at once, far on, back by one, and back further.
+  WaveletNoise any;
+  any.tile_size = 8;
+  for (const float t : {0.5f, 1.5f, 1.75f, 4.25f, 3.5f, 0.0f, 2.25f, 8192 + 4.5f}) {
+    const int i = static_cast<int>(t) % 8192;
+    advance_tile_from_start(any, -t, true, false);
+    EXPECT_TRUE(is(any, i, i + 1, t - std::floor(t))) << t;
+  }
 }
 
 }  // namespace

@@ -24,6 +24,7 @@ bool go_on(int, int, int, int) { return false; }
 struct TestLighting final : Lighting {
   std::atomic<int> calls{0};
   int lights = 2;
+  bool curved = false;  // the green of the first is y^2
   int lightCount() override { return lights; }
   int lightFlag(int) override { return 0; }
   Vec3d lightPosition(int n) override { return n == 0 ? Vec3d{0, 1e9, 0} : Vec3d{1e9, 0, 0}; }
@@ -32,7 +33,9 @@ struct TestLighting final : Lighting {
                   Vec3d& direction) override {
     ++calls;
     direction = n == 0 ? Vec3d{0, 1, 0} : Vec3d{1, 0, 0};
-    color = n == 0 ? Color{static_cast<float>(p[0]), 1, 2} : Color{0, 0, 0.5f};
+    color = n == 0
+                ? Color{static_cast<float>(p[0]), curved ? static_cast<float>(p[1] * p[1]) : 1, 2}
+                : Color{0, 0, 0.5f};
     return true;
   }
 };
@@ -66,6 +69,7 @@ TEST(DirectLightField, KeepsWhatLightsGive) {
     for (const LightCache mode :
          {LightCache::kLinear, LightCache::kCubic, LightCache::kPerLight, LightCache::kNone}) {
       TestLighting lighting;
+      lighting.curved = true;
       DirectLightField field({.mode = mode, .gridScale = scale});
       ASSERT_TRUE(field.prepare(lighting, volume, 2, go_on));
       EXPECT_EQ(lighting.calls, 0);
@@ -73,11 +77,15 @@ TEST(DirectLightField, KeepsWhatLightsGive) {
       Colors light;
       const Points points = points_at({{4.25f, 4.5f, 4.125f}, {4, 4, 4}, {0.5f, 0.5f, 0.5f}});
       field.query(light, lighting, ray, points);
-      // The light is linear along x: all look-ups are exact, but for the spline's far from the rim.
+      // Where light is linear, along x, all look-ups are exact. To a square a trilinear one adds
+      // h^2 f (1 - f) in the share f of a cell of edge h, and a spline h^2 / 3, but near the rim.
       for (int i = 0; i < points.n; ++i) {
         const Color color = light.at(i);
+        const double y = points.y[i], h = 1 / scale, f = y / h - std::floor(y / h);
+        const bool spline = mode == LightCache::kCubic && points.x[i] >= h;
+        const double more = mode == LightCache::kNone ? 0 : spline ? 1.0 / 3 : f * (1 - f);
         EXPECT_NEAR(color[0], points.x[i], 1e-5) << "mode " << static_cast<int>(mode);
-        EXPECT_NEAR(color[1], 1, 1e-5);
+        EXPECT_NEAR(color[1], y * y + more * h * h, 1e-4) << i << " scale " << scale;
         EXPECT_NEAR(color[2], 2.5, 1e-5);
       }
       const int calls = lighting.calls;
@@ -160,6 +168,35 @@ TEST(ScatteredLightField, SpreadsLightOfFireAndLamps) {
   ASSERT_TRUE(glowing.prepare(lighting, volume, 2, go_on));
   glowing.query(light, lighting, ray, middle);
   EXPECT_GT(light.at(0)[0], 0.1f);
+
+  // What a lamp or a fire sends on goes with its weight.
+  const auto total = [&](ScatteredLightParams params, const RenderVolume& in, const Vec3f& at) {
+    ScatteredLightField field(params);
+    EXPECT_TRUE(field.prepare(lighting, in, 2, go_on));
+    field.query(light, lighting, ray, points_at({at}));
+    return light.at(0)[0];
+  };
+  const Vec3f at{4, 4, 3};
+  EXPECT_FLOAT_EQ(total({.emissionWeight = 2}, volume, at), 2 * total({}, volume, at));
+  lighting.lights = 2;
+  volume.fire.on = false;
+  const float direct = 4, sent_on = total({}, volume, at) - direct;
+  EXPECT_NEAR(total({.directWeight = 0.5f}, volume, at) - direct, 0.5f * sent_on, 1e-5f);
+  EXPECT_NE(total({.cubic = true}, volume, {4, 3.5f, 3}), total({}, volume, {4, 3.5f, 3}));
+  // Smoke twice as dense that scatters no more is the same as extinction doubled, and cells of two
+  // voxels are the same as voxels twice as long.
+  RenderVolume dense = volume;
+  dense.smoke.densityScale = 2;
+  EXPECT_FLOAT_EQ(total({.extinctionScale = 2}, volume, at), total({}, dense, at));
+  EXPECT_LT(total({}, dense, at), 0.99f * total({}, volume, at));
+  RenderVolume fine = volume_of({8, 8, 8}), coarse = volume_of({4, 4, 4});
+  fine.smoke = shader(fine.dims, 0.5f, {1, 1, 1});
+  coarse.smoke = shader(coarse.dims, 0.5f, {1, 1, 1});
+  for (int a = 0; a < 3; ++a) {
+    coarse.worldToVoxel.rows[static_cast<std::size_t>(a)][a] = 0.5;
+    coarse.voxelToWorld.rows[static_cast<std::size_t>(a)][a] = 2;
+  }
+  EXPECT_FLOAT_EQ(total({.gridScale = 0.5}, fine, {4, 4, 2}), total({}, coarse, {2, 2, 1}));
 
   ScatteredLightField broken({});
   EXPECT_FALSE(broken.prepare(lighting, volume, 2, [](int, int, int, int) { return true; }));

@@ -56,6 +56,7 @@ TEST(March, UniformSlabIsExact) {
         renderer.adaptiveThreshold = mode == 2 ? 10 : 1e-4f;
         renderer.volumes = {make_volume(frame, params)};
         const RenderVolume& volume = *renderer.volumes[0];
+        EXPECT_NEAR(volume.voxelLength, 2 * scale, 1e-12);
         Mean passed, shadowed, light;
         for (unsigned n = 0; n < 200; ++n) {
           RayRecord ray = make_ray(volume, {3, 4, -30}, {8, 9, 60}, n);
@@ -191,6 +192,135 @@ TEST(March, VolumesAddUp) {
   traceVolumes(renderer, ray);
   EXPECT_NEAR(ray.radiance[1], 1 - each, 1e-5);  // as much of its colour as it hides
   EXPECT_EQ(ray.radiance[0], 0);
+}
+
+// A fade that grows with the distance: over a way from a to b along the ray the mean of t / 100 is
+// (a + b) / 200. Shadows don't fade.
+TEST(March, FadesWithTheDistance) {
+  SimFrame frame;
+  add_grid(frame, kGridDensity, kDims, uniform);
+  VolumeParams params = smoke_params();
+  params.depthFade = line_curve();
+  params.viewStep = 0.05;
+  VolumeRenderer renderer;
+  renderer.volumes = {make_volume(frame, params)};
+  for (const bool adaptive : {false, true}) {
+    renderer.adaptive = adaptive;
+    Mean passed, light, shadowed;
+    for (unsigned n = 0; n < 200; ++n) {
+      RayRecord ray = make_ray(*renderer.volumes[0], {9, 9, -15}, {9, 9, 30}, n), shadow = ray;
+      traceVolumes(renderer, ray);
+      traceShadow(renderer, shadow);
+      passed.add(ray.transmittance[0]);
+      light.add(ray.radiance[0]);
+      shadowed.add(shadow.transmittance[0]);
+    }
+    const double way = 0.38, depth = 3 * way, faded = depth * (30 + 68) / 200;
+    expect_mean(passed, std::exp(-faded), "transmittance");
+    expect_mean(light, 1 - std::exp(-faded), "light");
+    expect_mean(shadowed, std::exp(-depth), "shadow");
+  }
+}
+
+// Through thin fog an adaptive march takes one sample a voxel or somewhat more, and through a sheet
+// that gives much light many. The ramp counts them by what they see.
+TEST(March, AdaptiveStepsFollowTheSignal) {
+  struct Counter final : ColorRamp {
+    mutable int fog = 0, sheet = 0;
+    void lookup(Colors& color, const float* values, int n) const override {
+      for (int i = 0; i < n; ++i) {
+        ++(values[i] > 0.1f ? sheet : fog);
+        for (auto& channel : color.c) channel[i] = 1;
+      }
+    }
+    Color maxColor() const override { return {1, 1, 1}; }
+  };
+  SimFrame frame;
+  constexpr int cells = 130, sheet = 65;
+  add_grid(frame, kGridDensity, {cells, 8, 8},
+           [](int i, int, int) { return i == sheet ? 1.0f : 0.0004f; });
+  const auto ramp = std::make_shared<Counter>();
+  VolumeParams params = smoke_params();
+  params.smoke.density = 60;
+  params.smoke.ramp = ramp;
+  params.viewStep = 0.05;
+  VolumeRenderer renderer;
+  renderer.adaptiveThreshold = 0.05f;
+  renderer.volumes = {make_volume(frame, params)};
+  RayRecord ray = make_ray(*renderer.volumes[0], {-30, 3.5, 4}, {200, 3.5, 4}, 1);
+  traceVolumes(renderer, ray);
+  EXPECT_GE(ramp->fog, cells - 3) << "no step is longer than a voxel";
+  EXPECT_LT(ramp->fog, 4 * cells) << "and most are much longer than the shortest";
+  // Where it is denser than 0.1, 1.8 voxels in all, it is about 1.2 of depth thick: shares of 0.05
+  // take 20 steps at the least.
+  EXPECT_GE(ramp->sheet, 20);
+  EXPECT_NEAR(-std::log(ray.transmittance[0]), 60 * 0.02, 0.1);
+}
+
+// Two sheets one behind the other in a volume that is six times as long in another direction: no
+// step over empty space may pass one of them.
+TEST(March, UnevenVolumesLoseNothing) {
+  SimFrame frame;
+  add_grid(frame, kGridDensity, {34, 34, 34},
+           [](int, int j, int) { return j == 8 || j == 24 ? 1.0f : 0.0f; });
+  VolumeParams params = smoke_params();
+  params.worldToObject.rows[0][0] = 1.0 / 6;
+  params.smoke.density = 300;
+  params.viewStep = params.shadowStep = 0.01;
+  VolumeRenderer renderer;
+  renderer.adaptive = false;
+  renderer.volumes = {make_volume(frame, params)};
+  Mean passed, shadowed;
+  for (unsigned n = 0; n < 100; ++n) {
+    RayRecord ray = make_ray(*renderer.volumes[0], {10 + n % 9, -9, 7}, {10, 40, 15}, n);
+    RayRecord shadow = ray;
+    traceVolumes(renderer, ray);
+    traceShadow(renderer, shadow);
+    const Vec3d d = renderer.volumes[0]->worldToVoxel.linear(ray.direction);
+    const double depth = 300 * 2 * renderer.volumes[0]->sigmaScale / d[1];
+    passed.add(-std::log(ray.transmittance[0]) / depth);
+    shadowed.add(-std::log(shadow.transmittance[0]) / depth);
+  }
+  EXPECT_NEAR(passed.value(), 1, 0.01);
+  EXPECT_NEAR(shadowed.value(), 1, 0.01);
+}
+
+// Detail noise moves gas to where the proximity knows of none. So a march with noise sees the same
+// whatever the proximity says of the gap between two sheets.
+TEST(March, NoiseReachesIntoEmptySpace) {
+  SimFrame frame;
+  add_grid(frame, kGridDensity, {40, 20, 20}, [](int i, int, int) {
+    return (i >= 8 && i <= 10) || (i >= 30 && i <= 32) ? 1.0f : 0.0f;
+  });
+  VolumeParams params = smoke_params();
+  params.smoke.noise = {.percent = 100, .scaleA = 20, .scaleB = 20};
+  VolumeRenderer renderer;
+  renderer.volumes = {make_volume(frame, params)};
+  RenderVolume& volume = *renderer.volumes[0];
+  std::vector<float> seen;
+  double gap = 0;
+  for (const bool known : {false, true}) {
+    if (known)
+      each_cell(volume.proximity->dims(), 0, [&](int i, int j, int k) {
+        if (i > 11 && i < 29) (*volume.proximity)(i, j, k) = -1;
+      });
+    for (unsigned n = 0; n < 20; ++n) {
+      RayRecord ray = make_ray(volume, {-9, 3 + n % 13, 8}, {50, 9, 4 + n % 11}, n);
+      renderer.adaptive = n % 2 == 0;
+      RayRecord shadow = ray, middle = ray;
+      middle.tMin = 2 * 25;
+      middle.tMax = 2 * 34;
+      traceVolumes(renderer, ray);
+      traceShadow(renderer, shadow);
+      if (known && traceShadow(renderer, middle)) gap += 1 - middle.transmittance[0];
+      if (!known) {
+        seen.push_back(ray.transmittance[0] + shadow.transmittance[0]);
+        continue;
+      }
+      EXPECT_EQ(seen[n], ray.transmittance[0] + shadow.transmittance[0]) << n;
+    }
+  }
+  EXPECT_GT(gap, 0.2) << "there is gas in the gap";
 }
 
 // In a uniform flow the walk of motion blur is a box filter along it: 1 m/s for 0.04 s is 2 voxels.

@@ -1,6 +1,8 @@
 #include "render/shading.h"
 
+#include "math/field_filters.h"
 #include "render/proximity.h"
+#include "render/scatter_setup.h"
 #include "render_scene.h"
 
 namespace nbx {
@@ -94,6 +96,59 @@ TEST(ChannelSampler, FiltersFollowTheirFormulas) {
   limit_isa(Isa::kAvx512);
 }
 
+// Ramps run along their axis from the first inner layer on. A blurred channel is a copy: that of
+// the frame stays as it was.
+TEST(ChannelSampler, RampsAndBlurs) {
+  SimFrame frame;
+  const Vec3i dims{7, 9, 11};
+  add_grid(frame, kGridDensity, dims,
+           [](int i, int j, int k) { return i == 3 && j == 4 && k == 5 ? 1.0f : 0.0f; });
+  const Points points = points_at({{2, 3, 4}, {0, 0, 0}, {6, 8, 10}, {3, 4, 5}, {4, 4, 5}});
+  alignas(64) float value[kBlock];
+  for (int axis = 0; axis < 3; ++axis) {
+    ChannelSampler ramp;
+    ASSERT_TRUE(ramp.bind(frame, kRampX - axis, Filter::kLinear));
+    ramp.sample(value, points);
+    const float inner = static_cast<float>(dims[axis] - 2);
+    EXPECT_FLOAT_EQ(value[0], static_cast<float>(1 + axis) / inner) << axis;
+    EXPECT_EQ(value[1], 0);
+    EXPECT_FLOAT_EQ(value[2], (inner - 1) / inner);
+  }
+  VolumeParams params = smoke_params();
+  params.smoke.blur = 3;  // units: one and a half voxels
+  const auto volume = make_volume(frame, params);
+  Field<float> expected, tmp(dims[0], dims[1], dims[2]);
+  expected.copy(*frame.grid(kGridDensity));
+  box_blur3D(expected, tmp, 1.5);
+  volume->smoke.colorSampler.sample(value, points);
+  EXPECT_EQ(value[3], expected(3, 4, 5));
+  EXPECT_EQ(value[4], expected(4, 4, 5));
+  EXPECT_GT(value[4], 0.01f);
+  EXPECT_EQ((*frame.grid(kGridDensity))(3, 4, 5), 1);
+}
+
+// Gas is looked up where the flow has it from. Two frames of 1/25 s in a flow of (1, -1/2, 1/4) m/s
+// are a way of (4, -2, 1) voxels.
+TEST(Displacement, LooksUpstream) {
+  const Vec3i dims{20, 20, 20};
+  const auto value = [](int i, int j, int k) { return static_cast<float>(i + 20 * j + 400 * k); };
+  SimFrame frame;
+  add_grid(frame, kGridDensity, dims, value);
+  add_velocity(frame, dims, [](int axis, int) {
+    return axis == 0 ? 1 : axis == 1 ? -0.5f : 0.25f;
+  });
+  VolumeParams params = smoke_params();
+  params.smoke.displace = 2;
+  const auto volume = make_volume(frame, params);
+  Points from;
+  displace(from, *volume, volume->smoke, points_at({{9, 9, 9}}));
+  EXPECT_NEAR(from.x[0], 5, 1e-5);
+  EXPECT_NEAR(from.y[0], 11, 1e-5);
+  EXPECT_NEAR(from.z[0], 8, 1e-5);
+  const RenderVolume still = bake_displacement(*volume);
+  EXPECT_NEAR((*still.smoke.colorSampler.field)(9, 9, 9), value(5, 11, 8), 0.1);
+}
+
 // Against the distance to every surface cell; a curve that shows values between cells alone.
 TEST(Proximity, IsTheDistanceToWhatShows) {
   const Vec3i dims{23, 19, 21};
@@ -148,7 +203,7 @@ TEST(DetailNoise, MovesPointsAlongACurl) {
   add_grid(frame, kGridDensity, {30, 30, 30}, [](int, int, int) { return 1.0f; });
   VolumeParams params = smoke_params();
   params.smoke.noise = {.percent = 40, .scaleA = 8, .scaleB = 20, .gain = 0.6, .period = 2};
-  params.secondsSinceStart = 0.7;
+  params.seconds = 0.7;
   const auto volume = make_volume(frame, params);
   EXPECT_NEAR(volume->smoke.noise.octaves, 1 + std::log2(20.0 / 8), 1e-6);
   const auto moved = [&](const Vec3f& p) {
@@ -171,6 +226,39 @@ TEST(DetailNoise, MovesPointsAlongACurl) {
     const Vec3f d(slope(3, 2, p) - slope(2, 3, p), slope(1, 3, p) - slope(3, 1, p),
                   slope(2, 1, p) - slope(1, 2, p));
     EXPECT_LT(length(moved(p) - d), 2e-4f) << p[0];
+  }
+
+  // Where gas shears by 3 a second it moves three times as far, but no farther than by the frame
+  // rate, and not at all in the outermost layer.
+  add_velocity(frame, {30, 30, 30}, [](int axis, int j) {
+    return axis == 0 ? 3 * 0.02f * static_cast<float>(j) : 0.0f;
+  });
+  for (const float rate : {25.0f, 2.0f}) {
+    params.framesPerSecond = rate;
+    const auto shearing = make_volume(frame, params);
+    for (const auto& [p, share] : {std::pair(Vec3f(12, 13, 14), 1.0f),
+                                   {{0.5f, 13, 14}, 0.5f},
+                                   {{12, 13, 28.75f}, 0.25f},
+                                   {{12, 0, 14}, 0.0f}}) {
+      Points q;
+      displace(q, *shearing, shearing->smoke, points_at({p}));
+      const Vec3f d = Vec3f(q.x[0], q.y[0], q.z[0]) - p;
+      EXPECT_LT(length(d - moved(p) * (share * std::min(rate, 3.0f))), 1e-4f) << rate << share;
+    }
+  }
+  // A period twice as long takes twice the time, whatever was shown before; without one it stays.
+  const auto tile_at = [](DetailNoise& made, double period, double time) {
+    set_detail_noise(made, {.percent = 1, .period = period}, 1, time);
+    return (*made.tile)(1, 2, 3);
+  };
+  DetailNoise fast, slow, still;
+  const float first = tile_at(still, 0, 9);
+  EXPECT_EQ(first, tile_at(fast, 1, 0));
+  for (const double time : {5.25, 1.5}) {
+    EXPECT_EQ(tile_at(fast, 1, time), tile_at(slow, 2, 2 * time)) << time;
+    EXPECT_NE(tile_at(fast, 1, time), first);
+    DetailNoise alone;
+    EXPECT_EQ(tile_at(alone, 1, time), tile_at(fast, 1, time)) << time;
   }
 
   const Vec3f before = moved({12, 13, 14});

@@ -154,6 +154,36 @@ TEST(RenderSurfaces, LightsAndRaysPassByWhatIsExcluded) {
     ExpectColor(Shot{}.Color(Sun(90) + kFromAbove + roof + R"({"type": "plane"})"),
                 casts ? Vector{} : lit, 1e-6);
   }
+  // What pictures leave out: a roof under a group that is left out, and a light.
+  const std::string hidden = R"({"type": "null", "visible_in_render": false, "children": [)";
+  const std::string roof = R"({"type": "plane", "position": [0, 20, 0]})";
+  std::string lamp = Sun(-90) + Sun(90);
+  lamp.pop_back();
+  ExpectColor(Shot{}.Color(Sun(90) + kFromAbove + hidden + roof + R"(]}, {"type": "plane"})"), lit,
+              1e-6);
+  ExpectColor(Shot{}.Color(hidden + lamp + "]}," + Sun(-90) + kFromAbove + R"({"type": "plane"})"),
+              {}, 0);
+}
+
+// The shutter's further steps, and evaluations while the frame is open, put other textures in the
+// places of those that the surfaces were read with.
+TEST(RenderSurfaces, TexturesStayThoseOfTheFrame) {
+  const auto document = ReadDocument(
+      R"({"textures": [{"type": "checker", "name": "wall", "parameters": {"color_b": [0, 0, 0]},
+          "keyframes": {"parameters.color_a": [[0, [1, 2, 3]], [1, [9, 9, 9]]]}}],
+          "materials": [{"name": "picture", "parameters": {"color": [0, 0, 0],
+          "emission": [1, 1, 1], "emission_texture": "wall"}}], "objects": [)" +
+          kFromAbove + Solid("plane", "picture") + "]}",
+      "/", FogHost().Classes());
+  document->Open();
+  const SurfaceScene surfaces(*document, 1);
+  for (const int frame : {1, 0, 2}) {
+    document->SetTime(BaseTime::FromFrame(frame, document->GetFps()));
+    document->ExecutePasses(nullptr, true, true, true);
+  }
+  const std::optional<SurfaceHit> hit = surfaces.Intersect({{10, 5, 10}, {0, -1, 0}});
+  ASSERT_TRUE(hit);
+  EXPECT_EQ(hit->material->emission.At({}, 0), (Vector{1, 2, 3}));
 }
 
 TEST(RenderSurfaces, LightBouncesAsOftenAsAskedFor) {
