@@ -2,7 +2,6 @@
 #include "C4D/volume_display_parameters.h"
 #include "C4D/volume_parameters.h"
 #include "C4D/volume_shading_parameters.h"
-#include "cache/cache_directories.h"
 #include "cache/cache_registry.h"
 #include "cache/grid_type.h"
 #include "glue/test_document.h"
@@ -43,8 +42,6 @@ TEST(VolumeObject, PanelTellsOfTheShownFrame) {
   EXPECT_TRUE(object.Press(OVOLUME_MEASURE_RANGE));
   EXPECT_EQ(object.GetDataInstance().GetReal(OVOLUME_DISPLAY_RANGE_MIN), -0.25);
   EXPECT_EQ(object.GetDataInstance().GetReal(OVOLUME_DISPLAY_RANGE_MAX), 8);
-  object.SetParameter(OVOLUME_CACHE_LOCK, true);
-  EXPECT_TRUE(cache_locked(folder.path()));
 }
 
 // The bound is that of the contract, and a part of the largest colour for the floats.
