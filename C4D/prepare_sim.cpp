@@ -4,6 +4,7 @@
 
 #include "C4D/host_access.h"
 #include "C4D/host_conversion.h"
+#include "C4D/run_checks.h"
 #include "C4D/scene_settings.h"
 #include "C4D/simulation_thread.h"
 #include "C4D/volume_cache.h"
@@ -61,6 +62,8 @@ bool SimulationThread::prepare(host::BaseObject* object) {
   if (!stands_in_document(document.GetFirstObject(), object))
     return give_up("Simulation aborted!", true);
   object_ = object;
+  if (const std::string lock = what_locks(*object); !lock.empty())
+    return give_up("the cache is locked: " + lock, true);
   field_pool().release_unused();
   block_pool().release_unused();
   make_simulation();

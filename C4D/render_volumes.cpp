@@ -61,7 +61,6 @@ void prepare_volume(HostVolume& volume, host::BaseRender* render,
   const host::BaseTime now = document.GetTime();
   VolumeParams params = shading_params(*volume.object);
   if (!wants_frame(params)) return;
-  if (render) simulate_up_to_frame(volume, *render);
   const int number = frame_at_time(*volume.object, now);
   const std::shared_ptr<BFS> cache = volume_cache(*volume.object, false);
   volume.frame = SlotHandle(cache, number, 0, true);
@@ -98,8 +97,6 @@ bool prepare_light(HostVolume& volume, host::BaseRender& render) {
   return volume.lightField->prepare(lighting, volume, render.GetThreadCount(), progress);
 }
 
-HostVolume& host_volume(RenderVolume& volume) { return static_cast<HostVolume&>(volume); }
-
 }  // namespace
 
 void collect_volumes(VolumeRenderer& renderer, host::BaseObject* first) {
@@ -116,6 +113,7 @@ void collect_volumes(VolumeRenderer& renderer, host::BaseObject* first) {
 
 bool prepare_all(VolumeRenderer& renderer, host::BaseRender* render,
                  const host::BaseDocument& document, const host::BaseVideoPost& node) {
+  if (render && !simulate_up_to_frame(renderer, *render)) return false;
   if (render) render->SetStatusText(load_string(10077));
   renderer.active = false;
   for (const auto& volume : renderer.volumes) {
@@ -130,10 +128,6 @@ bool prepare_all(VolumeRenderer& renderer, host::BaseRender* render,
   for (const auto& volume : renderer.volumes)
     if (volume->lightField && !prepare_light(host_volume(*volume), *render)) return false;
   return true;
-}
-
-void end_simulations(VolumeRenderer& renderer) {
-  for (const auto& volume : renderer.volumes) end_simulation(host_volume(*volume));
 }
 
 void release_frames(VolumeRenderer& renderer) {

@@ -7,6 +7,7 @@
 #include "C4D/command_dialog.h"
 #include "C4D/command_options.h"
 #include "C4D/parameter_reader.h"
+#include "C4D/run_checks.h"
 #include "C4D/scene_settings.h"
 #include "C4D/simulation_thread.h"
 #include "C4D/volume_cache.h"
@@ -97,13 +98,16 @@ class Run {
     const std::string directory =
         arguments_.Has("cache") ? absolute(arguments_.GetString("cache")) : named_cache(volume_);
     if (directory.empty()) return true;  // the run makes a new one
+    parameters_.SetFilename(OVOLUME_CACHE_NAME, {directory});
+    if (const std::string shared = what_shares_cache(volume_); !shared.empty())
+      return wrong(shared);
+    if (!what_locks(volume_).empty()) return true;  // the start refuses, and nothing is made
     const QString folder = QString::fromStdString(directory);
     if (!QDir().mkpath(folder)) return wrong("the cache folder " + directory + " can't be made");
     QTemporaryFile probe(folder + "/XXXXXX.tmp");
     if (!probe.open())
       return wrong("the cache folder " + directory +
                    " can't be written: " + probe.errorString().toStdString());
-    parameters_.SetFilename(OVOLUME_CACHE_NAME, {directory});
     return true;
   }
 

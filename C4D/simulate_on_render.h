@@ -2,17 +2,25 @@
 // frame, each frame just before it is drawn.
 #pragma once
 
-#include "C4D/host_volume.h"
 #include "host/interface/video_post.h"
+#include "render/volume_renderer.h"
 
 namespace nbx {
 
-/// Brings the volume's cache up to the document's frame, if the volume asks for that, the render is
-/// a sequence and the frame lies in the volume's range. The run starts with the first such frame
-/// and lives in `volume` until end_simulation. Failures are logged, and the render goes on with the
-/// frames that the cache has. Leaves the document evaluated at its time.
-void simulate_up_to_frame(HostVolume& volume, host::BaseRender& render);
+/// While a sequence opens: finds the volumes that are to be simulated. Those are the ones that ask
+/// for it, in a render of several frames that meets their range, unless their cache is locked.
+/// False if the render is refused, which the user has been told: a cache belongs to two volumes, or
+/// holds an earlier run that nobody allowed to overwrite.
+[[nodiscard]] bool admit_simulations(VolumeRenderer& renderer, host::BaseRender& render);
 
-void end_simulation(HostVolume& volume);
+/// While a frame opens and nobody holds a frame of a cache: brings the caches of those volumes up
+/// to the document's frame, where it lies in their range. A run starts with the first such frame,
+/// at the start of its range. A volume whose run can't start or fails isn't simulated any more, and
+/// the render goes on with what its cache has; the user is warned. Leaves the document evaluated at
+/// its time. False if the user broke it off.
+[[nodiscard]] bool simulate_up_to_frame(VolumeRenderer& renderer, host::BaseRender& render);
+
+/// While the sequence closes: ends the runs.
+void end_simulations(VolumeRenderer& renderer, host::BaseRender& render);
 
 }  // namespace nbx

@@ -1,26 +1,13 @@
 // The start of a user's run: questions and refusals, on the main thread.
-#include <QFileInfo>
 #include <cmath>
 
-#include "C4D/host_access.h"
 #include "C4D/load_string.h"
-#include "C4D/preferences.h"
+#include "C4D/run_checks.h"
 #include "C4D/simulation_thread.h"
 #include "C4D/volume_cache.h"
-#include "C4D/volume_parameters.h"
 #include "host/interface/camera.h"
 
 namespace nbx {
-
-namespace {
-
-/// Gives the volume a new cache, beside the one it has.
-bool move_to_new_cache(host::BaseObject& volume) {
-  set_cache_dir_data(volume, {cache_dir_data(volume).base, ""});
-  return !cache_directory(volume, true).empty();
-}
-
-}  // namespace
 
 bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_run,
                                         RunDialog& dialog) {
@@ -29,15 +16,16 @@ bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_
     return false;
   };
   if (!object) return refuse(10043, 10044);
-  const std::string directory = cache_directory(*object, false);
-  if (!directory.empty() && cache_locked(directory)) return refuse(10093, 10094);
+  if (const std::string why = what_locks(*object); !why.empty()) {
+    dialog.refuse(load_string(10093) + " (" + why + ")", load_string(10094));
+    return false;
+  }
   if (IsRunning()) {
     if (!dialog.ask_to_stop(load_string(10028), load_string(10029))) return false;
     stop(true);
   }
   End(true);
-  if (!continue_run && preference(PREF_ASK_AUTOSAVE) && !directory.empty() &&
-      QFileInfo::exists(QString::fromStdString(directory + "/Autosave.c4d"))) {
+  if (!continue_run && must_ask_about_cache(*object)) {
     const OldCache choice = dialog.ask_about_cache(load_string(10085), load_string(10086));
     if (choice == OldCache::kStop) return false;
     if (choice == OldCache::kMakeNew && !move_to_new_cache(*object)) return refuse(10009, 10012);

@@ -13,11 +13,34 @@
 
 namespace nbx {
 
+namespace {
+
+CacheDirData place_beside_scene(const host::BaseObject& volume) {
+  const host::BaseDocument& document = volume.GetDocument();
+  const std::string folder = document.GetDocumentPath().path;
+  if (folder.empty()) return {};
+  const QFileInfo scene(QString::fromStdString(document.GetDocumentName()));
+  QString object = QString::fromStdString(volume.GetName());
+  object.replace('/', '_');
+  return {folder, (scene.completeBaseName() + "." + object + ".cache").toStdString()};
+}
+
+std::string join(const CacheDirData& data) {
+  if (data.base.empty() || data.name.empty()) return {};
+  return QDir(QString::fromStdString(data.base))
+      .filePath(QString::fromStdString(data.name))
+      .toStdString();
+}
+
+const std::string kAutosave = "/Autosave.c4d";
+
+}  // namespace
+
 CacheDirData cache_dir_data(const host::BaseObject& volume) {
   const host::Filename named = ParameterReader(volume).file(OVOLUME_CACHE_NAME);
   const std::string path = volume.GetDocument().Resolve(named).path;
   const std::size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return {};
+  if (slash == std::string::npos) return place_beside_scene(volume);
   return {path.substr(0, std::max<std::size_t>(slash, 1)), path.substr(slash + 1)};
 }
 
@@ -26,40 +49,32 @@ void set_cache_dir_data(host::BaseObject& volume, const CacheDirData& data) {
       OVOLUME_CACHE_NAME, {data.base.empty() ? std::string() : data.base + "/" + data.name});
 }
 
-std::string named_cache(const host::BaseObject& volume) {
-  const CacheDirData data = cache_dir_data(volume);
-  if (!data.base.empty()) return data.name.empty() ? std::string() : data.base + "/" + data.name;
-  const host::BaseDocument& document = volume.GetDocument();
-  if (document.GetDocumentPath().path.empty()) return {};
-  const QFileInfo file(QString::fromStdString(document.GetDocumentName()));
-  QString object = QString::fromStdString(volume.GetName());
-  object.replace('/', '_');
-  const QDir folder(QString::fromStdString(document.GetDocumentPath().path));
-  return folder.filePath(file.completeBaseName() + "." + object + ".cache").toStdString();
-}
+std::string named_cache(const host::BaseObject& volume) { return join(cache_dir_data(volume)); }
 
-std::string cache_directory(host::BaseObject& volume, bool create) {
-  if (!create && cache_dir_data(volume).base.empty()) {
-    const std::string beside = named_cache(volume);
-    return QFileInfo(QString::fromStdString(beside)).isDir() ? beside : std::string();
-  }
-  CacheDirData data = cache_dir_data(volume);
-  const CacheDirData before = data;
-  std::string directory;
-  const bool unset = data.base.empty() && create;
-  if (!resolve_cache_dir(data, directory, create, unset ? preferred_cache_folder() : "")) return {};
-  if (!(data == before)) set_cache_dir_data(volume, data);
-  return directory;
-}
-
-std::string existing_cache_directory(const host::BaseObject& volume) {
+std::string find_cache(const host::BaseObject& volume) {
   CacheDirData data = cache_dir_data(volume);
   std::string directory;
   return resolve_cache_dir(data, directory, false, "") ? directory : std::string();
 }
 
+std::string make_cache(host::BaseObject& volume) {
+  CacheDirData data = cache_dir_data(volume);
+  if (const std::string named = join(data); !named.empty()) {
+    if (!QDir().mkpath(QString::fromStdString(named))) {
+      LogMessage() << "Failed to create cache dir " << named;
+      return {};
+    }
+  }
+  std::string directory;
+  const std::string preferred = data.base.empty() ? preferred_cache_folder() : std::string();
+  if (!resolve_cache_dir(data, directory, true, preferred)) return {};
+  const bool unnamed = volume.GetDataInstance().GetFilename(OVOLUME_CACHE_NAME).path.empty();
+  if (unnamed || !(data == cache_dir_data(volume))) set_cache_dir_data(volume, data);
+  return directory;
+}
+
 std::shared_ptr<BFS> volume_cache(host::BaseObject& volume, bool create) {
-  const std::string directory = cache_directory(volume, create);
+  const std::string directory = create ? make_cache(volume) : find_cache(volume);
   return directory.empty() ? nullptr : getCache(directory);
 }
 
@@ -88,19 +103,19 @@ int frame_at_time(const host::BaseObject& volume, const host::BaseTime& time) {
   return static_cast<int>(std::clamp<std::int64_t>(frame, -2147483647, 2147483647));
 }
 
-std::string autosave_file(host::BaseObject& volume) {
-  const std::string directory = cache_directory(volume, false);
-  return directory.empty() ? directory : directory + "/Autosave.c4d";
+bool has_autosave(const host::BaseObject& volume) {
+  const std::string directory = find_cache(volume);
+  return !directory.empty() && QFileInfo::exists(QString::fromStdString(directory + kAutosave));
 }
 
 void autosave(host::BaseObject& volume) {
   if (!preference(PREF_AUTOSAVE) || !host_services()) return;
-  const std::string directory = cache_directory(volume, true);
+  const std::string directory = make_cache(volume);
   if (directory.empty()) {
     LogMessage() << "Failed to get cache dir to autosave project file";
     return;
   }
-  const std::string path = directory + "/Autosave.c4d";
+  const std::string path = directory + kAutosave;
   LogMessage() << "saving project to " << path;
   if (!host_services()->SaveDocument(volume.GetDocument(), {path}, host::kSceneFormat))
     LogMessage() << "Failed to save project to " << path;

@@ -45,7 +45,7 @@ void normalise_cache_location(host::BaseContainer& volume) {
 
 void lock_cache(host::BaseObject& volume) {
   const bool on = ParameterReader(volume).flag(OVOLUME_CACHE_LOCK);
-  const std::string directory = existing_cache_directory(volume);
+  const std::string directory = find_cache(volume);
   if (directory.empty())
     LogMessage() << "volume \"" << volume.GetName() << "\" has no cache to "
                  << (on ? "lock" : "unlock");
@@ -62,7 +62,7 @@ void parameter_changed(host::BaseObject& volume, std::int32_t id) {
 }  // namespace
 
 std::shared_ptr<BFS> VolumeObject::get_cache(const host::BaseObject& object) {
-  const std::string directory = existing_cache_directory(object);
+  const std::string directory = find_cache(object);
   if (directory.empty() || (cache_ && cache_->directory() == directory)) return cache_;
   return cache_ = getCache(directory);
 }

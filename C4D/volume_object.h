@@ -7,8 +7,7 @@
 namespace nbx {
 
 /// Keeps the store of its cache open from the first time that it is asked for until the object goes
-/// or names another cache. The store finds its frames through OVOLUME_CACHE_NAME alone: no document
-/// holds anything of this.
+/// or names another cache. No document holds anything of this.
 class VolumeObject final : public host::ObjectData {
  public:
   bool Message(host::BaseList2D& node, std::int32_t type, void* data) override;

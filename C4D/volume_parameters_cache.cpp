@@ -11,10 +11,11 @@ ParameterList cache_parameters() {
                              "Version of the set of parameters; older ones are converted"));
   return {
       file(OVOLUME_CACHE_NAME, "OVOLUME_CACHE_NAME",
-           "Folder of the frames; with a / at the end a new one is made in it, empty: in the "
-           "folder of the preferences"),
+           "Folder of the frames; with a / at the end a new one is made in it; empty: "
+           "SCENE.OBJECT.cache beside the scene, or for a scene that was never saved a new one in "
+           "the folder of the preferences"),
       still(flag(OVOLUME_CACHE_LOCK, "OVOLUME_CACHE_LOCK", false,
-                 "The cache is finished: no run starts over it")),
+                 "The cache is finished: no run and no render that simulates writes into it")),
       still(flag(OVOLUME_CACHE_SOLID, "OVOLUME_CACHE_SOLID", true,
                  "Keep the distance to the solids in the frames")),
       flag(OVOLUME_MASK_SOLID, "OVOLUME_MASK_SOLID", false,

@@ -8,6 +8,7 @@
 #include "C4D/parameter_reader.h"
 #include "C4D/post_effect_parameters.h"
 #include "C4D/render_volumes.h"
+#include "C4D/simulate_on_render.h"
 #include "math/field_pool.h"
 #include "render/volume_renderer.h"
 
@@ -42,7 +43,8 @@ class VPvolume final : public host::VideoPostData {
   host::RenderResult Execute(host::BaseVideoPost& node, host::RenderPhase phase, bool open,
                              host::BaseRender& render) override {
     if (phase == host::RenderPhase::Sequence) {
-      open ? collect_volumes(renderer_, render.GetDocument().GetFirstObject()) : close_sequence();
+      if (open) return open_sequence(render);
+      close_sequence(render);
       return host::RenderResult::Ok;
     }
     if (!open) {
@@ -97,8 +99,14 @@ class VPvolume final : public host::VideoPostData {
     for (float& t : ray.transmittance) t = 1 - srgb(1 - t);
   }
 
-  void close_sequence() {
-    end_simulations(renderer_);
+  host::RenderResult open_sequence(host::BaseRender& render) {
+    collect_volumes(renderer_, render.GetDocument().GetFirstObject());
+    return admit_simulations(renderer_, render) ? host::RenderResult::Ok
+                                                : host::RenderResult::Failed;
+  }
+
+  void close_sequence(host::BaseRender& render) {
+    end_simulations(renderer_, render);
     renderer_.volumes.clear();
     field_pool().release_unused();
   }

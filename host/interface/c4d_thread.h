@@ -39,8 +39,9 @@ class C4DThread {
   /// True from Start until Main has returned.
   bool IsRunning() const { return running_; }
 
-  /// True once End was called: Main should return soon.
-  bool TestBreak() const { return stop_; }
+  /// True once End was called: Main should return soon. A class that stands for a thread of the
+  /// host's asks the host instead.
+  virtual bool TestBreak() const { return stop_; }
 
   virtual std::string GetThreadName() const = 0;
 

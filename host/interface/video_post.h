@@ -106,6 +106,19 @@ enum class RenderResult : std::int32_t {
 
 enum class RenderPhase { Sequence, Frame };
 
+/// What the user says about files of an earlier run that an effect would write over.
+enum class OldFiles {
+  Unanswered,  ///< nobody could be asked: they must stay as they are
+  Overwrite,
+  MakeNew,  ///< they stay, and the effect writes elsewhere
+};
+
+/// Why an effect doesn't begin.
+enum class Refusal {
+  BadScene,    ///< the scene must be changed
+  NotAllowed,  ///< the user's leave is missing
+};
+
 /// A render, from the opening of its sequence to the closing. Main thread only, but for TestBreak,
 /// SetProgress and the contexts.
 class BaseRender {
@@ -134,12 +147,18 @@ class BaseRender {
   /// True once the user wants the render to end.
   virtual bool TestBreak() const = 0;
 
+  /// While the sequence opens: the effect doesn't begin. `why` is one line for the user, with the
+  /// place and the cure. The effect then returns Failed.
+  virtual void Refuse(Refusal kind, const std::string& why) = 0;
+  virtual OldFiles AskAboutOldFiles() = 0;
+
   /// While a frame opens: data that it needs can't be had, and the effect leaves it out of the
   /// picture. `what` is one line for the user, with the place and the cure. The host decides
   /// whether the render ends, the frame is passed over, or the picture is made without.
   virtual void ReportMissing(const std::string& what) = 0;
-  /// A line for the user about something that isn't as it should be.
+  /// A line for the user about something that isn't as it should be, and one that only tells.
   virtual void Warning(const std::string& text) = 0;
+  virtual void Note(const std::string& text) = 0;
 };
 
 /// A post effect of a document, with its parameters.

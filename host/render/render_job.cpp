@@ -107,6 +107,13 @@ std::vector<OptionInfo> RenderOptions() {
        .value_name = "TYPE",
        .help = "Numbers in EXR files: half (the default) or float",
        .choices = {"half", "float"}},
+      {.name = "overwrite",
+       .type = OptionType::Flag,
+       .help = "Volumes that simulate while rendering do it over the frames of an earlier run"},
+      {.name = "new-cache",
+       .type = OptionType::Flag,
+       .help = "They leave an earlier run alone and make a new cache beside it"},
+      {.name = "yes", .type = OptionType::Flag, .help = "Answers yes to all questions"},
       {.name = "exposure",
        .type = OptionType::Real,
        .value_name = "STOPS",
@@ -135,6 +142,10 @@ RenderJob ReadJob(const CommandArguments& arguments, const BaseDocument& documen
       std::find(kMissingNames.begin(), kMissingNames.end(), arguments.GetString("missing"));
   if (missing != kMissingNames.end())
     job.missing = static_cast<MissingFrames>(missing - kMissingNames.begin());
+  if (arguments.Has("new-cache"))
+    job.old_files = OldFiles::MakeNew;
+  else if (arguments.Has("overwrite") || arguments.Has("yes"))
+    job.old_files = OldFiles::Overwrite;
   return job;
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/interface/command_data.h"
+#include "host/interface/video_post.h"
 #include "host/render/picture_file.h"
 
 namespace host {
@@ -23,6 +24,7 @@ struct RenderJob {
   PictureDepth depth = PictureDepth::Half;
   double exposure = 0;  ///< stops, of PNG
   MissingFrames missing = MissingFrames::Error;
+  OldFiles old_files = OldFiles::Unanswered;
 
   std::string PathOf(std::int32_t frame) const {
     return PathOfFrame(output, frame, frames.size() > 1);

@@ -73,7 +73,7 @@ int RenderRun::Run() {
   } catch (const std::exception& error) {
     context_.Error("frame " + std::to_string(session_.GetFrame()) + ": " + error.what());
   }
-  TellEnd(code, clock.Lap());
+  if (session_.Refused() == kDone) TellEnd(code, clock.Lap());
   return code;
 }
 
@@ -147,6 +147,7 @@ void RenderRun::FindGlow(RenderScene& scene) {
 }
 
 int RenderRun::Opened(RenderResult result, const BaseVideoPost& node) {
+  if (session_.Refused() != kDone) return session_.Refused();
   if (result == RenderResult::Ok) return session_.TestBreak() ? kInterrupted : kDone;
   if (result == RenderResult::UserBreak && session_.TestBreak()) return kInterrupted;
   context_.Error("frame " + std::to_string(session_.GetFrame()) + ": " + node.GetName() +

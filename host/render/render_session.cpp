@@ -15,6 +15,11 @@ void RenderSession::SetFrame(std::int32_t frame, const RenderScene& scene) {
     queries_.emplace_back(scene, i, counts_[static_cast<std::size_t>(i)]);
 }
 
+void RenderSession::Refuse(Refusal kind, const std::string& why) {
+  refused_ = kind == Refusal::BadScene ? kBadInput : kFailed;
+  context_.Error(document_.GetDocumentName() + ": " + why);
+}
+
 void RenderSession::SetStatusText(const std::string& text) {
   const std::lock_guard lock(mutex_);
   status_ = text;

@@ -32,12 +32,17 @@ class RenderSession final : public BaseRender {
   void SetStatusText(const std::string& text) override;
   void SetProgress(double share) override;
   bool TestBreak() const override { return context_.Interrupts() >= 2; }
+  void Refuse(Refusal kind, const std::string& why) override;
+  OldFiles AskAboutOldFiles() override { return job_.old_files; }
   void ReportMissing(const std::string& what) override { missing_.push_back(what); }
   void Warning(const std::string& text) override { context_.Warning(text); }
+  void Note(const std::string& text) override { context_.Note(text); }
 
   /// Begins a frame: contexts are ready from then on, and what is missing is empty.
   void SetFrame(std::int32_t frame, const RenderScene& scene);
   const std::vector<std::string>& Missing() const { return missing_; }
+  /// The exit code of an effect's refusal, whose reason has been told; kDone if there was none.
+  ExitCode Refused() const { return refused_; }
 
  private:
   BaseDocument& document_;
@@ -48,6 +53,7 @@ class RenderSession final : public BaseRender {
   std::vector<RayCounts> counts_;  ///< a thread
   std::vector<VolumeQuery> queries_;
   std::vector<std::string> missing_;
+  ExitCode refused_ = kDone;
   std::mutex mutex_;  ///< guards status_
   std::string status_;
 };

@@ -2,7 +2,6 @@
 #include "C4D/volume_display_parameters.h"
 #include "C4D/volume_parameters.h"
 #include "C4D/volume_shading_parameters.h"
-#include "cache/cache_directories.h"
 #include "cache/cache_registry.h"
 #include "cache/grid_type.h"
 #include "glue/test_document.h"
@@ -46,8 +45,6 @@ TEST(VolumeObject, PanelTellsOfTheShownFrame) {
   const test::LogCapture log;
   object.Press(OVOLUME_SIZE);
   EXPECT_TRUE(log.contains("handleButton: unknown button id 1033"));
-  object.SetParameter(OVOLUME_CACHE_LOCK, true);
-  EXPECT_TRUE(cache_locked(folder.path()));
 }
 
 // The bound is that of the contract, and a part of the largest colour for the floats.
