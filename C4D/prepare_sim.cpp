@@ -4,12 +4,12 @@
 
 #include "C4D/host_access.h"
 #include "C4D/host_conversion.h"
+#include "C4D/parameter_reader.h"
 #include "C4D/run_checks.h"
 #include "C4D/scene_settings.h"
 #include "C4D/simulation_thread.h"
 #include "C4D/volume_cache.h"
 #include "C4D/volume_grid.h"
-#include "C4D/parameter_reader.h"
 #include "C4D/volume_parameters.h"
 #include "C4D/workspace.h"
 #include "cache/bcf_format.h"

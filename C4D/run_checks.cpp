@@ -4,8 +4,8 @@
 #include <QFileInfo>
 
 #include "C4D/host_access.h"
-#include "C4D/preferences.h"
 #include "C4D/parameter_reader.h"
+#include "C4D/preferences.h"
 #include "C4D/volume_cache.h"
 #include "C4D/volume_parameters.h"
 #include "cache/cache_directories.h"
