@@ -156,7 +156,7 @@ TEST(RenderSurfaces, LightsAndRaysPassByWhatIsExcluded) {
   }
   // What pictures leave out: a roof under a group that is left out, and a light.
   const std::string hidden = R"({"type": "null", "visible_in_render": false, "children": [)";
-  const std::string roof = R"({"type": "plane", "position": [0, 20, 0]})";
+  const std::string roof = R"({"type": "plane", "position": [0, 60, 0]})";
   std::string lamp = Sun(-90) + Sun(90);
   lamp.pop_back();
   ExpectColor(Shot{}.Color(Sun(90) + kFromAbove + hidden + roof + R"(]}, {"type": "plane"})"), lit,
