@@ -68,6 +68,13 @@ inline void write_file(const std::string& path, const std::string& bytes) {
       .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
+/// A sum over bytes (Fowler, Noll and Vo's FNV-1a), to pin what is too long to write down.
+inline constexpr std::uint64_t kEmptySum = 0xcbf29ce484222325;
+inline std::uint64_t sum_with(std::uint64_t sum, const std::string& bytes) {
+  for (const char c : bytes) sum = (sum ^ static_cast<unsigned char>(c)) * 0x100000001b3;
+  return sum;
+}
+
 inline std::vector<float> values_of(const Field<float>& f) {
   return f.count() ? std::vector<float>(f.data(), f.data() + f.count()) : std::vector<float>();
 }
