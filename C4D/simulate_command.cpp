@@ -157,7 +157,7 @@ class SimulateCommand final : public host::CommandData {
                          .help = "Answers yes to all questions"}},
             .common = {CommonOption::Frames, CommonOption::Object, CommonOption::Cache,
                        CommonOption::Threads, CommonOption::Device, CommonOption::Set,
-                       CommonOption::Fps}};
+                       CommonOption::Fps, CommonOption::Force}};
   }
 
   int Execute(const host::CommandArguments& arguments, host::CommandContext& context) override {
