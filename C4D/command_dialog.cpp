@@ -30,12 +30,12 @@ OldCache CommandDialog::ask_about_cache(const std::string& title, const std::str
 }
 
 bool CommandDialog::ask_to_go_on(const std::string& question) {
-  if (arguments_.Has("yes")) {
+  if (arguments_.Has("yes") || arguments_.Has("force")) {
     context_.Warning(subject_ + question);
     return true;
   }
   context_.Error(subject_ + question +
-                 ": make voxel_size larger or size smaller, or give --yes to try it");
+                 ": make voxel_size larger or size smaller, or give --force to try it");
   return false;
 }
 

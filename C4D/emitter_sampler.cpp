@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "C4D/host_conversion.h"
+#include "C4D/object_voxelizers.h"
 #include "C4D/parameter_reader.h"
 #include "C4D/particle_sources.h"
 #include "C4D/source_parameters.h"
@@ -19,10 +20,10 @@ namespace nbx {
 
 namespace {
 
-/// The cells that the solid meshes of a tag reach into, of the whole domain at most.
+/// The cells that the meshes of a solid reach into, of the whole domain at most.
 IntBox solid_box(const host::BaseTag& tag, const SimSettings& settings) {
   IntBox box;
-  for (const SourceMesh& source : source_meshes(tag)) {
+  for (const SourceMesh& source : solid_meshes(tag)) {
     const Affine3d to_cells = settings.world_to_grid * to_affine(source.mesh->GetMg());
     const Vec3d centre = to_vector(source.mesh->GetMp()), radius = to_vector(source.mesh->GetRad());
     for (int corner = 0; corner < 8; ++corner) {
@@ -58,7 +59,6 @@ void EmitterSampler::update_inputs(Simulation3D& sim, double frame_start, double
   const double to_document = length > 0 ? settings.frame_duration / length : 0;
   const double start = frame_start + settings.frame_elapsed * to_document;
   const double duration = dt * to_document;
-  textures_.clear();
 
   const int n = source_substeps(volume_, tags_, settings.voxel_size, start, start + duration);
   for (int i = 1; i <= n; ++i) {
@@ -83,30 +83,24 @@ void EmitterSampler::sample(Simulation3D& sim, host::BaseTag& tag, double frames
   sim.add_source_object(source, weights_);
 }
 
-/// The pictures on the tag's surfaces, made once for all of the samples of a substep; null if
-/// nothing is to scale the source there.
-SurfaceTextures* EmitterSampler::textures(const host::BaseTag& tag, double time) {
-  const int channel = surface_channel(tag);
-  if (channel < 0) return nullptr;
-  return &textures_.try_emplace(&tag, channel, time).first->second;
-}
-
 void EmitterSampler::add_meshes(Simulation3D& sim, const host::BaseTag& tag,
                                 const SimulationObjectParameters& source) {
   const IntBox& box = sim.settings.domain_box;
-  SurfaceTextures* pictures = textures(tag, source.time);
-  const std::vector<DetachedPolygonObject> meshes = detach(source_meshes(tag), pictures);
+  const int channel = surface_channel(tag);
+  const std::vector<DetachedPolygonObject> meshes = detach(source_meshes(tag), channel);
   if (meshes.empty()) return;
   const PolygonWalk walk(meshes, source.world_to_grid);
-  const ThicknessProfile profile{source.thickness, pictures != nullptr,
-                                 ParameterReader(tag).flag(TVOLUME_CORNER_WEIGHTS)};
+  const auto texture = volume_texture(tag, source.time, sim.settings.voxel_size);
+  ThicknessProfile profile{source.thickness, channel >= 0,
+                           ParameterReader(tag).flag(TVOLUME_CORNER_WEIGHTS)};
   if (has_emission(source)) {
     const bool whole = ParameterReader(tag).links(TVOLUME_SELECTIONS).empty();
     if (source.fill && whole && !is_solid(tag))
       classify_inside(weights_, PolygonObjectContainer(walk, box));
     voxelize(weights_, walk, box, profile);
-    scale_by_texture(weights_, tag, source.time, sim.settings.voxel_size);
+    if (texture) scale_by_texture(weights_, *texture);  // the inside too
   }
+  profile.volume_texture = texture.get();
   if (source.normal_force != 0)
     voxelize_velocity(sim.velocity_sources(), walk, box, profile, source.normal_force);
 }

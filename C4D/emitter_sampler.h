@@ -1,10 +1,9 @@
 // Turns the emitter tags of a document into the sources of a substep.
 #pragma once
 
-#include <map>
 #include <vector>
 
-#include "C4D/object_voxelizers.h"
+#include "host/interface/scene.h"
 #include "simulation/simulation3d.h"
 
 namespace nbx {
@@ -30,13 +29,10 @@ class EmitterSampler {
   void sample(Simulation3D& sim, host::BaseTag& tag, double frames);
   void add_meshes(Simulation3D& sim, const host::BaseTag& tag,
                   const SimulationObjectParameters& source);
-  SurfaceTextures* textures(const host::BaseTag& tag, double time);
 
   host::BaseObject& volume_;
-  std::vector<host::BaseTag*> tags_;                          // in the order of the tree
-  std::map<const host::BaseTag*, SurfaceTextures> textures_;  // of one call of update_inputs
-
-  SparseField<float, 3> weights_;  // of one tag; kept for its memory
+  std::vector<host::BaseTag*> tags_;  // in the order of the tree
+  SparseField<float, 3> weights_;     // of one tag; kept for its memory
 };
 
 }  // namespace nbx

@@ -1,5 +1,7 @@
 #include "C4D/object_voxelizers.h"
 
+#include <memory>
+
 #include "C4D/host_conversion.h"
 #include "host/interface/material.h"
 
@@ -7,8 +9,27 @@ namespace nbx {
 
 namespace {
 
-// Edge of the pictures of materials, in texels.
-constexpr int kTexels = 256;
+/// A channel of a material, as the tag lays it over a mesh.
+class MaterialPicture final : public SurfaceTexture {
+ public:
+  MaterialPicture(const host::BaseMaterial& material, int channel, const host::BaseTag& tag)
+      : material_(material),
+        channel_(channel),
+        placement_(tag.GetDataInstance()),
+        time_(tag.GetDocument().GetTime().Get()) {}
+
+  float value(const Vec3f& uvw) const override {
+    host::Vector at{uvw[0], uvw[1], 0};
+    if (!placement_.Place(at)) return 0;
+    return static_cast<float>(host::Brightness(material_.SampleChannel(channel_, at, time_)));
+  }
+
+ private:
+  const host::BaseMaterial& material_;
+  const int channel_;
+  const host::TexturePlacement placement_;
+  const double time_;
+};
 
 /// The last texture tag of the object or, if it has none, of the nearest one above that has.
 host::BaseTag* texture_tag(host::BaseObject* object) {
@@ -21,41 +42,21 @@ host::BaseTag* texture_tag(host::BaseObject* object) {
   return nullptr;
 }
 
-std::shared_ptr<const SurfaceTexture> picture(const host::BaseTag& tag, int channel, double time) {
-  const host::BaseContainer& p = tag.GetDataInstance();
-  const auto* material =
-      dynamic_cast<const host::BaseMaterial*>(p.GetLink(host::TEXTURETAG_MATERIAL));
+/// Null if the object shows no material that has the channel.
+std::shared_ptr<const SurfaceTexture> picture(host::BaseObject& object, int channel) {
+  const host::BaseTag* tag = channel < 0 ? nullptr : texture_tag(&object);
+  if (!tag) return nullptr;
+  const auto* material = dynamic_cast<const host::BaseMaterial*>(
+      tag->GetDataInstance().GetLink(host::TEXTURETAG_MATERIAL));
   if (!material || !material->HasChannel(channel)) return nullptr;
-  auto texture = std::make_shared<SurfaceTexture>();
-  texture->width = texture->height = kTexels;
-  texture->offset = {p.GetReal(host::TEXTURETAG_OFFSET_U), p.GetReal(host::TEXTURETAG_OFFSET_V)};
-  texture->size = {p.GetReal(host::TEXTURETAG_LENGTH_U, 1),
-                   p.GetReal(host::TEXTURETAG_LENGTH_V, 1)};
-  texture->mirrored = p.GetBool(host::TEXTURETAG_MIRROR);
-  texture->texels.resize(std::size_t{kTexels} * kTexels);
-#pragma omp parallel for schedule(static)
-  for (int j = 0; j < kTexels; ++j)
-    for (int i = 0; i < kTexels; ++i) {
-      const host::Vector uvw{(i + 0.5) / kTexels, (j + 0.5) / kTexels, 0};
-      texture->texels[static_cast<std::size_t>(j) * kTexels + static_cast<std::size_t>(i)] =
-          static_cast<float>(host::Brightness(material->SampleChannel(channel, uvw, time)));
-    }
-  return texture;
+  return std::make_shared<MaterialPicture>(*material, channel, *tag);
 }
 
 Vec3f texture_coordinate(const host::Vector& v) { return vector_cast<float>(to_vector(v)); }
 
 }  // namespace
 
-std::shared_ptr<const SurfaceTexture> SurfaceTextures::find(host::BaseObject& object) {
-  const host::BaseTag* tag = texture_tag(&object);
-  if (!tag) return nullptr;
-  const auto [at, fresh] = made_.try_emplace(tag);
-  if (fresh) at->second = picture(*tag, channel_, time_);
-  return at->second;
-}
-
-DetachedPolygonObject detach(const SourceMesh& source, SurfaceTextures* textures) {
+DetachedPolygonObject detach(const SourceMesh& source, int channel) {
   host::PolygonObject& mesh = *source.mesh;
   DetachedPolygonObject detached;
   detached.to_world = to_affine(mesh.GetMg());
@@ -77,9 +78,8 @@ DetachedPolygonObject detach(const SourceMesh& source, SurfaceTextures* textures
     for (std::size_t i = 0; i < polygons; ++i)
       detached.selection[i] = source.selection->IsSelected(static_cast<std::int32_t>(i));
   }
-  if (!textures) return detached;
 
-  detached.texture = textures->find(mesh);
+  detached.texture = picture(mesh, channel);
   if (const host::UvwPolygon* uvw = mesh.GetUvwR(); uvw && detached.texture) {
     detached.uvw.reserve(polygons);
     for (std::size_t i = 0; i < polygons; ++i)
@@ -89,11 +89,10 @@ DetachedPolygonObject detach(const SourceMesh& source, SurfaceTextures* textures
   return detached;
 }
 
-std::vector<DetachedPolygonObject> detach(const std::vector<SourceMesh>& meshes,
-                                          SurfaceTextures* textures) {
+std::vector<DetachedPolygonObject> detach(const std::vector<SourceMesh>& meshes, int channel) {
   std::vector<DetachedPolygonObject> detached;
   detached.reserve(meshes.size());
-  for (const SourceMesh& mesh : meshes) detached.push_back(detach(mesh, textures));
+  for (const SourceMesh& mesh : meshes) detached.push_back(detach(mesh, channel));
   return detached;
 }
 

@@ -1,8 +1,6 @@
 // The host's meshes as the records that voxelizers walk.
 #pragma once
 
-#include <map>
-#include <memory>
 #include <vector>
 
 #include "C4D/source_tags.h"
@@ -10,26 +8,13 @@
 
 namespace nbx {
 
-/// Pictures of the materials' channels on meshes, each made once in the life of this object.
-class SurfaceTextures {
- public:
-  /// `channel` is a number of host::MaterialChannel; time in seconds.
-  SurfaceTextures(int channel, double time) : channel_(channel), time_(time) {}
-
-  /// The channel of the material that the object shows; null if it shows none that has the channel.
-  std::shared_ptr<const SurfaceTexture> find(host::BaseObject& object);
-
- private:
-  const int channel_;
-  const double time_;
-  std::map<const host::BaseTag*, std::shared_ptr<const SurfaceTexture>> made_;  // by texture tag
-};
-
 /// A copy of the mesh, or of the polygons that are selected of it, in the world at the document's
-/// time. `textures` may be null.
-DetachedPolygonObject detach(const SourceMesh& mesh, SurfaceTextures* textures);
+/// time. `channel` is the number of the host::MaterialChannel that scales a source on the mesh, -1
+/// for none: the copy then has the picture of it, which reads the material as a renderer does and
+/// lasts until the document is evaluated again. A mesh whose material lacks the channel has none;
+/// where a material that isn't tiled ends, the picture is 0.
+DetachedPolygonObject detach(const SourceMesh& mesh, int channel);
 
-std::vector<DetachedPolygonObject> detach(const std::vector<SourceMesh>& meshes,
-                                          SurfaceTextures* textures);
+std::vector<DetachedPolygonObject> detach(const std::vector<SourceMesh>& meshes, int channel);
 
 }  // namespace nbx

@@ -51,6 +51,13 @@ inline host::ParameterInfo vector(std::int32_t id, const char* symbol, const hos
   return parameter(id, symbol, host::ParameterType::Vector, value, unit, help);
 }
 
+/// The bounds hold for each component.
+inline host::ParameterInfo bounded(host::ParameterInfo info, double minimum, double maximum) {
+  info.minimum = minimum;
+  info.maximum = maximum;
+  return info;
+}
+
 inline host::ParameterInfo time(std::int32_t id, const char* symbol, const host::BaseTime& value,
                                 const char* help) {
   return still(parameter(id, symbol, host::ParameterType::Time, value, "s", help));

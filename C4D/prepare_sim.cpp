@@ -92,7 +92,9 @@ bool SimulationThread::prepare(host::BaseObject* object) {
   if (const std::string wrong = what_is_wrong(grid); !wrong.empty()) throw Exception(wrong);
   s.domain_box = grid.box();
   s.world_to_grid = grid.world_to_grid;
-  if (!memory_suffices()) return give_up("the user stopped the run, which needs more memory", true);
+  if (const std::string question = missing_memory(); !question.empty() && !ask(question))
+    return give_up(render_thread_ ? question : "the user stopped the run, which needs more memory",
+                   true);
 
   time_ = start_time_;
   const Origin origin = load_state();
@@ -134,7 +136,8 @@ bool SimulationThread::open_cache() {
   return true;
 }
 
-bool SimulationThread::memory_suffices() {
+/// What the machine lacks for a run in a full domain, in a line; empty if nothing.
+std::string SimulationThread::missing_memory() {
   const VolumeGrid grid = volume_grid(*object_, sim_->settings.voxel_size);
   const Vec3i n = grid.dims();
   const std::string domain = "a domain of " + std::to_string(n[0]) + " x " + std::to_string(n[1]) +
@@ -143,10 +146,10 @@ bool SimulationThread::memory_suffices() {
     throw Exception(domain + "is more than a frame file can hold");
   const double need = workspace_bytes(sim_->settings, grid.cells, emitters_->has_solids());
   const std::uint64_t have = physical_memory();
-  if (have == 0 || need <= static_cast<double>(have)) return true;
+  if (have == 0 || need <= static_cast<double>(have)) return {};
   const std::string size = format_size(static_cast<std::uint64_t>(std::min(need, 1e19)), 2);
   LogMessage() << "Maximum simulation workspace " << size << " too big for physical memory";
-  return ask(domain + "may need " + size + " of memory, this machine has " + format_size(have, 2));
+  return domain + "may need " + size + " of memory, this machine has " + format_size(have, 2);
 }
 
 bool SimulationThread::ask(const std::string& question) {

@@ -36,7 +36,7 @@ class CollectCommand final : public host::CommandData {
                          .value_name = "DIR",
                          .help = "The folder, made if missing",
                          .required = true}},
-            .common = {host::CommonOption::Set}};
+            .common = {host::CommonOption::Set, host::CommonOption::Force}};
   }
 
   int Execute(const host::CommandArguments& arguments, host::CommandContext& context) override {

@@ -13,15 +13,12 @@ namespace nbx {
 namespace {
 
 /// How far the domain's centre moves in world space until `seconds` from now, z negated.
-Vec3d motion(host::BaseObject& volume, double seconds) {
-  host::BaseDocument& document = volume.GetDocument();
-  const host::BaseTime now = document.GetTime();
-  const Vec3d start = to_flipped_vector(volume.GetMg() * volume.GetMp());
-  evaluate(document, now.Get() + seconds);
-  const Vec3d end = to_flipped_vector(volume.GetMg() * volume.GetMp());
-  document.SetTime(now);
-  document.ExecutePasses(nullptr, true, true, true);
-  return end - start;
+Vec3d motion(const host::BaseObject& volume, double seconds) {
+  const double now = volume.GetDocument().GetTime().Get();
+  const host::BaseTime then = host::BaseTime::FromSeconds(now + seconds);
+  const host::Vector center = volume.GetMp();
+  return to_flipped_vector(volume.GetMgAt(then) * center) -
+         to_flipped_vector(volume.GetMg() * center);
 }
 
 /// The wind as the domain feels it: that of the world less the domain's own motion.

@@ -163,7 +163,7 @@ class SimulateCommand : public host::CommandData {
                          .help = "Answers yes to all questions"}},
             .common = {CommonOption::Frames, CommonOption::Object, CommonOption::Cache,
                        CommonOption::Threads, CommonOption::Device, CommonOption::Set,
-                       CommonOption::Fps}};
+                       CommonOption::Fps, CommonOption::Force}};
   }
 
   int Execute(const host::CommandArguments& arguments, host::CommandContext& context) override {

@@ -79,7 +79,7 @@ class SimulationThread final : public host::C4DThread, private SceneEvaluator, p
   bool prepare(host::BaseObject* object);
   bool open_cache();
   void make_simulation();
-  bool memory_suffices();
+  std::string missing_memory();
   bool ask(const std::string& question);
   enum class Origin { kAnew, kFromState, kContinued };
   Origin load_state();

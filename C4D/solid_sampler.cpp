@@ -15,7 +15,7 @@ namespace {
 
 /// Meshes whose points carry one running index over all of them.
 std::vector<DetachedPolygonObject> detach_indexed(const std::vector<SourceMesh>& meshes) {
-  std::vector<DetachedPolygonObject> detached = detach(meshes, nullptr);
+  std::vector<DetachedPolygonObject> detached = detach(meshes, -1);
   int index = 0;
   for (DetachedPolygonObject& mesh : detached) {
     mesh.first_id = index;
@@ -37,7 +37,8 @@ SolidSampler::SolidSampler(host::BaseObject& volume) {
     if (is_solid(*tag)) tags_.push_back(tag);
 }
 
-/// Motion since the last call, in the axes of the grid; remembers where the points are now.
+/// Motion since the last call, in the world's axes with z negated, whichever way the domain is
+/// turned; remembers where the points are now.
 std::vector<Vec3f> SolidSampler::vertex_velocities(const std::vector<SourceMesh>& meshes,
                                                    double scale) {
   std::vector<Vec3d> vertices;
@@ -64,9 +65,7 @@ std::vector<Vec3f> SolidSampler::vertex_velocities(const std::vector<SourceMesh>
 std::vector<SourceMesh> SolidSampler::meshes() const {
   std::vector<SourceMesh> all;
   for (const host::BaseTag* tag : tags_)
-    if (host::BaseObject* object = source_object(*tag))
-      for (host::PolygonObject* mesh : gather_polygon_objects(*object))
-        all.push_back({mesh, nullptr});
+    for (const SourceMesh& mesh : solid_meshes(*tag)) all.push_back(mesh);
   return all;
 }
 

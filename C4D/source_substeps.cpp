@@ -37,7 +37,7 @@ int source_substeps(host::BaseObject& volume, const std::vector<host::BaseTag*>&
                     double voxel_size, double start, double end) {
   const std::int32_t wanted = ParameterReader(volume).whole(OVOLUME_SOURCE_SUBSTEPS);
   if (wanted > 0) return wanted;
-  if (end <= start) return 1;
+  if (tags.empty() || end <= start) return 1;
   const std::vector<Vec3d> before = points_at(volume, tags, voxel_size, start);
   const std::vector<Vec3d> after = points_at(volume, tags, voxel_size, end);
   if (before.size() != after.size()) return 1;  // the points can't be told apart

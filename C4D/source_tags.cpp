@@ -72,14 +72,19 @@ std::vector<host::PolygonObject*> gather_polygon_objects(host::BaseObject& objec
 }
 
 std::vector<SourceMesh> source_meshes(const host::BaseTag& tag) {
-  std::vector<SourceMesh> meshes;
-  host::BaseObject* object = source_object(tag);
-  if (!object) return meshes;
   const host::LinkList selections = ParameterReader(tag).links(TVOLUME_SELECTIONS);
+  if (selections.empty()) return solid_meshes(tag);
+  std::vector<SourceMesh> meshes;
+  if (!source_object(tag)) return meshes;
   for (host::BaseList2D* entry : selections)
     if (host::PolygonObject* mesh = selected_mesh(*entry))
       meshes.push_back({mesh, static_cast<host::SelectionTag*>(entry)});
-  if (selections.empty())
+  return meshes;
+}
+
+std::vector<SourceMesh> solid_meshes(const host::BaseTag& tag) {
+  std::vector<SourceMesh> meshes;
+  if (host::BaseObject* object = source_object(tag))
     for (host::PolygonObject* mesh : gather_polygon_objects(*object))
       meshes.push_back({mesh, nullptr});
   return meshes;

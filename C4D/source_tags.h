@@ -26,8 +26,11 @@ struct SourceMesh {
   host::SelectionTag* selection = nullptr;  // null: all polygons
 };
 
-/// The meshes that a tag speaks of: what its selections select or, without any, all that
+/// The meshes that a tag emits from: what its selections select or, without any, all that
 /// gather_polygon_objects finds. A selection that can't be used costs a log line.
 std::vector<SourceMesh> source_meshes(const host::BaseTag& tag);
+
+/// The meshes of a solid: always whole, since selections say only where a tag emits.
+std::vector<SourceMesh> solid_meshes(const host::BaseTag& tag);
 
 }  // namespace nbx

@@ -10,9 +10,10 @@ using namespace table;
 
 ParameterList domain_parameters() {
   return {
-      vector(OVOLUME_SIZE, "OVOLUME_SIZE", {200, 200, 200}, "units",
-             "Edges of the domain, centred on the object"),
-      still(real(OVOLUME_VOXEL_SIZE, "OVOLUME_VOXEL_SIZE", 1, -kUnbounded, kUnbounded, "units",
+      bounded(vector(OVOLUME_SIZE, "OVOLUME_SIZE", {200, 200, 200}, "units",
+                     "Edges of the domain, centred on the object"),
+              0, 1e12),
+      still(real(OVOLUME_VOXEL_SIZE, "OVOLUME_VOXEL_SIZE", 1, -kUnbounded, 1e12, "units",
                  "Edge of a voxel; must be above 0")),
       flag(OVOLUME_CLOSED_X_MIN, "OVOLUME_CLOSED_X_MIN", false,
            "The domain's side at the low end of x is a wall; else gas leaves through it"),

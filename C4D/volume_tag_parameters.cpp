@@ -50,7 +50,7 @@ ParameterList shape() {
   auto selections = still(parameter(TVOLUME_SELECTIONS, "TVOLUME_SELECTIONS",
                                     host::ParameterType::Links, host::LinkList(), "",
                                     "Selections of polygons that are the source; none: the whole "
-                                    "object and what lies under it"));
+                                    "object and what lies under it. A solid is always whole"));
   return {
       real(TVOLUME_THICKNESS, "TVOLUME_THICKNESS", 1, 0, kUnbounded, "units",
            "Distance from the surface at which the source ends; at least 1.73 voxels"),
@@ -62,11 +62,12 @@ ParameterList shape() {
              {TVOLUME_SURFACE_CHANNEL_1, "emission"},
              {TVOLUME_SURFACE_CHANNEL_2, "transparency"},
              {TVOLUME_SURFACE_CHANNEL_7, "mask"}},
-            "Channel of the surface's material that scales the source"),
+            "Channel of the surface's material that scales the source, as it is seen in pictures; "
+            "nothing is emitted where a material without tile ends"),
       link(TVOLUME_SHADER, "TVOLUME_SHADER", host::LinkTarget::Shader,
-           "Texture in space that scales the source"),
+           "Texture in space that scales the source and its normal_force"),
       flag(TVOLUME_CORNER_WEIGHTS, "TVOLUME_CORNER_WEIGHTS", false,
-           "Weights of the corners scale the source"),
+           "Painted weights of the mesh scale the source and its normal_force"),
       cycle(TVOLUME_PARTICLE_MAP, "TVOLUME_PARTICLE_MAP", TVOLUME_PARTICLE_NOTHING,
             {{TVOLUME_PARTICLE_NOTHING, "nothing"},
              {TVOLUME_PARTICLE_AGE, "age"},

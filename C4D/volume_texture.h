@@ -1,15 +1,21 @@
 // Textures in space that scale a source.
 #pragma once
 
+#include <memory>
+
 #include "host/interface/scene.h"
 #include "math/sparse_field.h"
+#include "scene/source_texture.h"
 
 namespace nbx {
 
-/// Multiplies every cell of the blocks by the brightness of the tag's texture there, at `time`
-/// seconds; leaves them alone if it has none. The texture's coordinates are metres from the
-/// domain's first cell along the grid's axes, so it goes with the domain.
-void scale_by_texture(SparseField<float, 3>& weights, const host::BaseTag& tag, double time,
-                      double voxel_size);
+/// The brightness of the tag's shader at `time` seconds; null if it has none. The shader's
+/// coordinates are meters from the domain's first cell along the grid's axes, so the texture goes
+/// with the domain. It lasts until the document is evaluated again.
+std::unique_ptr<const VolumeTexture> volume_texture(const host::BaseTag& tag, double time,
+                                                    double voxel_size);
+
+/// Multiplies every cell of the blocks by the texture. Throws what the host's textures throw.
+void scale_by_texture(SparseField<float, 3>& weights, const VolumeTexture& texture);
 
 }  // namespace nbx

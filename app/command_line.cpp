@@ -48,6 +48,12 @@ OptionInfo Describe(CommonOption option) {
               .help = "frames per second, where the scene is a model file with animation",
               .minimum = 1,
               .maximum = 10000};
+    case CommonOption::Force:
+      return {.name = "force",
+              .type = OptionType::Flag,
+              .help =
+                  "begins work that is refused for its size: very many polygons, particles, "
+                  "samples, or voxels for the memory"};
     case CommonOption::Set:
       break;
   }

@@ -143,6 +143,10 @@ class SceneObject final : public Element<PolygonObject> {
   BaseTag* GetFirstTag() const override { return tags_.empty() ? nullptr : tags_.front().get(); }
   Matrix GetMl() const override { return ToMatrix(transform); }
   Matrix GetMg() const override { return up_ ? up_->GetMg() * GetMl() : GetMl(); }
+  Matrix GetMgAt(const BaseTime& time) const override {
+    return MatrixAt(static_cast<double>(time.GetNumerator() * state_.document->GetFps()) /
+                    static_cast<double>(time.GetDenominator()));
+  }
   Vector GetMp() const override { return Bounds().first; }
   Vector GetRad() const override { return Bounds().second; }
   bool GetDeformMode() const override { return enabled; }

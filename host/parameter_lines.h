@@ -8,6 +8,8 @@
 
 namespace host::line {
 
+/// No length of a scene is larger; a domain or a primitive beyond it couldn't be looked at.
+inline constexpr double kLongest = 1e12;
 inline constexpr double kUnbounded = std::numeric_limits<double>::infinity();
 
 inline ParameterInfo Any(std::int32_t id, const char* symbol, ParameterValue value,
@@ -40,6 +42,15 @@ inline ParameterInfo Whole(std::int32_t id, const char* symbol, std::int32_t val
   ParameterInfo info = Any(id, symbol, value, "", help);
   info.minimum = minimum;
   info.maximum = maximum;
+  return info;
+}
+
+/// The edges of a box; those of a mesh may be below 0, which turns it inside out.
+inline ParameterInfo Edges(std::int32_t id, const char* symbol, const Vector& value,
+                           const char* help) {
+  ParameterInfo info = Any(id, symbol, value, "units", help);
+  info.minimum = -kLongest;
+  info.maximum = kLongest;
   return info;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 #include "host/document.h"
 #include "host/own_classes.h"
@@ -96,6 +97,7 @@ double FrameOf(const BaseTime& time, const Document& document) {
 
 void ParticleRun::Start(const std::vector<SceneObject*>& emitters, const Document& document) {
   emitters_.clear();
+  before_.clear();
   frame_ = std::numeric_limits<double>::infinity();
   for (SceneObject* object : emitters) {
     emitters_.push_back({object, Untracked(*object), {}, 0});
@@ -108,7 +110,7 @@ bool ParticleRun::IsOutdated(const std::vector<SceneObject*>& emitters, double f
   const auto same = [](const Emitter& known, const SceneObject* object) {
     return known.object == object && known.made_from == Untracked(*object);
   };
-  return frame < frame_ ||
+  return frame < frame_ - (before_.empty() ? 0 : 1) ||
          !std::equal(emitters_.begin(), emitters_.end(), emitters.begin(), emitters.end(), same);
 }
 
@@ -139,6 +141,15 @@ ParticleRun::Emitter ParticleRun::Step(const Emitter& emitter, Document& documen
   return next;
 }
 
+/// One frame further.
+void ParticleRun::GoOn(Document& document) {
+  std::vector<Emitter> next;
+  for (const Emitter& emitter : emitters_)
+    next.push_back(Step(emitter, document, frame_, frame_ + 1));
+  before_ = std::exchange(emitters_, std::move(next));
+  ++frame_;
+}
+
 bool ParticleRun::Update(Document& document, const C4DThread* thread) {
   std::vector<SceneObject*> emitters, systems;
   for (SceneObject* object : document.AllObjects()) {
@@ -151,22 +162,24 @@ bool ParticleRun::Update(Document& document, const C4DThread* thread) {
   const BaseTime time = document.GetTime();
   const double target = FrameOf(time, document);
   if (IsOutdated(emitters, target)) Start(emitters, document);
-  const auto stand_at = [&document](const BaseTime& at) {
-    document.SetTime(at);
-    document.Animate(FrameOf(at, document));
+  const auto stand_at = [&document](double frame) {
+    document.SetTime(BaseTime::FromFrame(static_cast<std::int64_t>(frame), document.fps));
+    document.Animate(FrameOf(document.GetTime(), document));
   };
   bool stopped = false;
-  for (; !stopped && frame_ + 1 <= target; ++frame_) {
-    stand_at(BaseTime::FromFrame(static_cast<std::int64_t>(frame_), document.fps));
-    for (Emitter& emitter : emitters_) emitter = Step(emitter, document, frame_, frame_ + 1);
+  while (!stopped && frame_ + 1 <= target) {
+    stand_at(frame_);
+    GoOn(document);
     stopped = thread && thread->TestBreak();
   }
-  if (!stopped && frame_ < target)
-    stand_at(BaseTime::FromFrame(static_cast<std::int64_t>(frame_), document.fps));
-  for (const Emitter& emitter : emitters_)
+  const bool back = target < frame_ && !before_.empty();
+  const double from = back ? frame_ - 1 : frame_;
+  if (!stopped && from < target) stand_at(from);
+  for (const Emitter& emitter : back ? before_ : emitters_)
     emitter.object->particles =
-        frame_ < target ? Step(emitter, document, frame_, target).particles : emitter.particles;
-  stand_at(time);
+        from < target ? Step(emitter, document, from, target).particles : emitter.particles;
+  document.SetTime(time);
+  document.Animate(target);
   for (SceneObject* system : systems)
     for (const SceneObject* emitter : emitters)
       if (emitter->IsUnder(*system))

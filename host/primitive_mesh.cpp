@@ -136,6 +136,14 @@ PrimitiveMesh Box(const Vector& size) {
 
 bool IsPrimitive(std::int32_t type) { return type >= kSphereObject && type <= kCylinderObject; }
 
+double PrimitivePolygons(std::int32_t type, const BaseContainer& data) {
+  const double segments = data.GetLong(kPrimitiveSegments), rings = data.GetLong(kPrimitiveRings);
+  if (type == kBoxObject) return 6;
+  if (type == kPlaneObject) return segments * segments;
+  const bool caps = type == kCylinderObject && data.GetBool(kPrimitiveCaps);
+  return segments * (rings + (caps ? 2 : 0));
+}
+
 PrimitiveMesh MakePrimitive(std::int32_t type, const BaseContainer& data) {
   const double radius = data.GetReal(kPrimitiveRadius), height = data.GetReal(kPrimitiveHeight);
   const std::int32_t segments = data.GetLong(kPrimitiveSegments);

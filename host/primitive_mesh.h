@@ -18,6 +18,9 @@ struct PrimitiveMesh {
 /// True for the types of objects that MakePrimitive knows.
 bool IsPrimitive(std::int32_t type);
 
+/// How many polygons MakePrimitive makes.
+double PrimitivePolygons(std::int32_t type, const BaseContainer& data);
+
 /// The mesh of a primitive with those parameters, outer sides out. Points are shared: spheres,
 /// boxes, tori and cylinders with caps are closed.
 PrimitiveMesh MakePrimitive(std::int32_t type, const BaseContainer& data);

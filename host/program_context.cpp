@@ -16,6 +16,7 @@
 #include "host/model_import.h"
 #include "host/nearest_name.h"
 #include "host/overrides.h"
+#include "host/scene_work.h"
 
 namespace host {
 namespace {
@@ -71,6 +72,7 @@ std::unique_ptr<BaseDocument> ProgramContext::LoadDocument(const Filename& path)
     std::unique_ptr<Document> document = Read(path.path);
     ApplyOverrides(*document, arguments_.GetStrings("set"));
     try {
+      if (!arguments_.Has("force")) CheckWork(*document);
       document->Open();
     } catch (const DocumentError& error) {
       throw DocumentError(path.path, error.what());

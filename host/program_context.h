@@ -13,7 +13,8 @@ namespace host {
 
 class ProgramContext final : public CommandContext {
  public:
-  /// All three must outlive the context. The arguments' "set" and "object" are obeyed.
+  /// All three must outlive the context. The arguments' "set", "object", "fps" and "force" are
+  /// obeyed.
   ProgramContext(SmallHost& host, Terminal& terminal, const CommandArguments& arguments)
       : host_(host), terminal_(terminal), arguments_(arguments) {}
 

@@ -52,7 +52,10 @@ struct OptionInfo {
 ///     Device   --device cpu or a number         GetString("device", "cpu"); the command obeys it
 ///     Set      --set OBJECT.parameter=VALUE     CommandContext::LoadDocument applies it
 ///     Fps      --fps N, at least 1              CommandContext::LoadDocument applies it
-enum class CommonOption { Frames, Object, Cache, Threads, Device, Set, Fps };
+///     Force    --force                          CommandContext::LoadDocument takes scenes that ask
+///                                               for more work than it lets pass; so does the
+///                                               command
+enum class CommonOption { Frames, Object, Cache, Threads, Device, Set, Fps, Force };
 
 struct CommandInfo {
   std::string verb = {};  ///< "simulate"

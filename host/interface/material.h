@@ -1,6 +1,8 @@
 // Materials: what surfaces are made of, and how they lie on an object.
 #pragma once
 
+#include <cmath>
+
 #include "host/interface/texture.h"
 
 namespace host {
@@ -47,9 +49,7 @@ class BaseMaterial : public BaseList2D {
 /// Parameters of a texture tag (type kTextureTag), which puts a material on its object and, where
 /// they have no such tag of their own, on what lies under it. Of several the last one counts.
 ///
-/// A texture coordinate u of the mesh becomes (u - offset_u) / length_u, and v likewise. With
-/// `mirror` every second repetition runs backwards. Without `tile` there is no material beyond 0
-/// and 1.
+/// TexturePlacement says which coordinate of the material a coordinate of the mesh is.
 enum TextureTagParameter : std::int32_t {
   TEXTURETAG_OFFSET_U = 1000,
   TEXTURETAG_OFFSET_V = 1001,
@@ -59,6 +59,42 @@ enum TextureTagParameter : std::int32_t {
   TEXTURETAG_MIRROR = 1008,
   TEXTURETAG_MATERIAL = 1010,   ///< link to a material
   TEXTURETAG_SELECTION = 1011,  ///< text: name of a selection tag of the object; empty: all of it
+};
+
+/// How a texture tag lays its material over an object: a texture coordinate u of the mesh becomes
+/// (u - offset_u) / length_u, and v likewise. With `mirror` every second repetition runs backwards.
+/// Without `tile` there is no material beyond 0 and 1.
+struct TexturePlacement {
+  double offset_u = 0, offset_v = 0, length_u = 1, length_v = 1;
+  bool tile = true, mirror = false;
+
+  TexturePlacement() = default;
+  explicit TexturePlacement(const BaseContainer& tag)
+      : offset_u(tag.GetReal(TEXTURETAG_OFFSET_U)),
+        offset_v(tag.GetReal(TEXTURETAG_OFFSET_V)),
+        length_u(tag.GetReal(TEXTURETAG_LENGTH_U, 1)),
+        length_v(tag.GetReal(TEXTURETAG_LENGTH_V, 1)),
+        tile(tag.GetBool(TEXTURETAG_TILE, true)),
+        mirror(tag.GetBool(TEXTURETAG_MIRROR)) {
+    if (length_u == 0) length_u = 1;
+    if (length_v == 0) length_v = 1;
+  }
+
+  /// Turns coordinates of the mesh into those of the material; false where there is no material.
+  bool Place(Vector& uvw) const {
+    uvw.x = (uvw.x - offset_u) / length_u;
+    uvw.y = (uvw.y - offset_v) / length_v;
+    if (!std::isfinite(uvw.x) || !std::isfinite(uvw.y)) return false;
+    if (!tile) return uvw.x >= 0 && uvw.x <= 1 && uvw.y >= 0 && uvw.y <= 1;
+    if (mirror) uvw = {Mirrored(uvw.x), Mirrored(uvw.y), 0};
+    return true;
+  }
+
+ private:
+  static double Mirrored(double x) {
+    const double period = x - 2 * std::floor(x / 2);
+    return period > 1 ? 2 - period : period;
+  }
 };
 
 }  // namespace host

@@ -135,6 +135,9 @@ class BaseObject : public BaseList2D {
   /// From the object's own space to its parent's, and to the world's, at the document's time.
   virtual Matrix GetMl() const = 0;
   virtual Matrix GetMg() const = 0;
+  /// GetMg as it is at another time. Follows the keyframes of the object and of those above it;
+  /// nothing else is evaluated, and the document stays at its time.
+  virtual Matrix GetMgAt(const BaseTime& time) const = 0;
 
   /// Centre and half edges of the bounding box in the object's own space. Zero for an object
   /// without extent.

@@ -103,15 +103,33 @@ BaseObject* FindCamera(const BaseDocument& document) {
   return nullptr;
 }
 
+namespace {
+
+/// Throws if rays from there would be beyond single precision.
+void CheckPlace(const Matrix& place, const std::string& whose, const std::string& cure) {
+  constexpr double kFarthest = 1e30;
+  const Vector& p = place.off;
+  if (!(std::max({std::abs(p.x), std::abs(p.y), std::abs(p.z)}) < kFarthest))
+    throw std::runtime_error(whose + " stands farther away than 1e30 units: " + cure);
+}
+
+}  // namespace
+
 RenderCamera ReadCamera(BaseDocument& document, double shutter, int width, int height) {
   BaseObject* object = FindCamera(document);
-  if (!object) return DefaultCamera(document, width, height);
+  if (!object) {
+    RenderCamera camera = DefaultCamera(document, width, height);
+    CheckPlace(camera.Place(), "the camera that would see all of the scene",
+               "give the scene a camera, or make its objects smaller");
+    return camera;
+  }
   const BaseContainer& data = object->GetDataInstance();
   const double angle = data.GetReal(CAMERA_FIELD_OF_VIEW, kDefaultFieldOfView);
   const Matrix place = object->GetMg();
   if (!(angle > 0 && angle < 180) || Length(Cross(place.v2, place.v3)) <= 0)
     throw std::runtime_error("the camera \"" + object->GetName() +
                              "\" has no angle of view between 0 and 180 degrees, or no direction");
+  CheckPlace(place, "the camera \"" + object->GetName() + "\"", "move it nearer");
   RenderCamera camera(place, angle, std::max(0.0, data.GetReal(CAMERA_NEAR)), width, height);
   bool first = true;
   ForShutterSteps(document, shutter, [&] {

@@ -34,7 +34,7 @@ CommandInfo RenderCommand::GetInfo() const {
           .help = "Renders frames of a scene to EXR or PNG pictures",
           .options = RenderOptions(),
           .common = {CommonOption::Frames, CommonOption::Cache, CommonOption::Threads,
-                     CommonOption::Set, CommonOption::Fps}};
+                     CommonOption::Set, CommonOption::Fps, CommonOption::Force}};
 }
 
 int RenderCommand::Execute(const CommandArguments& arguments, CommandContext& context) {
@@ -45,6 +45,7 @@ int RenderCommand::Execute(const CommandArguments& arguments, CommandContext& co
     if (arguments.Has("cache"))
       ChooseCache(static_cast<Document&>(*document), arguments.GetString("cache"));
     job = ReadJob(arguments, *document);
+    if (!arguments.Has("force")) CheckWork(job);
     for (const std::int32_t frame : {job.frames.front(), job.frames.back()})
       CheckWritable(job.PathOf(frame));
   } catch (const std::exception& error) {

@@ -2,12 +2,16 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdio>
 #include <filesystem>
 #include <stdexcept>
 #include <thread>
 
+#include <unistd.h>
+
 #include "host/interface/camera.h"
 #include "host/nearest_name.h"
+#include "host/scene_work.h"
 
 namespace host {
 namespace {
@@ -147,6 +151,26 @@ RenderJob ReadJob(const CommandArguments& arguments, const BaseDocument& documen
   else if (arguments.Has("overwrite") || arguments.Has("yes"))
     job.old_files = OldFiles::Overwrite;
   return job;
+}
+
+void CheckWork(const RenderJob& job) {
+  const double pixels = static_cast<double>(job.window.Width()) * job.window.Height();
+  const double samples = pixels * job.quality.samples;
+  const double bytes = pixels * sizeof(Pixel);
+  const double memory =
+      static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE));
+  char text[200];
+  if (samples > kMostPictureSamples)
+    std::snprintf(text, sizeof text, "takes %.3g samples, more than %.3g", samples,
+                  kMostPictureSamples);
+  else if (bytes > memory && memory > 0)
+    std::snprintf(text, sizeof text, "takes %.3g GB of memory, this machine has %.3g GB",
+                  bytes * 1e-9, memory * 1e-9);
+  else
+    return;
+  throw std::invalid_argument("a picture of " + std::to_string(job.window.Width()) + "x" +
+                              std::to_string(job.window.Height()) + " pixels " + text +
+                              ": lower --size or --samples, or give --force");
 }
 
 }  // namespace host

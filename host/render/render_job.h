@@ -38,4 +38,8 @@ std::vector<OptionInfo> RenderOptions();
 /// std::invalid_argument with a line for the user.
 RenderJob ReadJob(const CommandArguments& arguments, const BaseDocument& document);
 
+/// Throws std::invalid_argument with the figure where a picture takes very many samples, or more
+/// memory than the machine has.
+void CheckWork(const RenderJob& job);
+
 }  // namespace host

@@ -10,24 +10,10 @@ std::shared_ptr<const Texture> TextureOf(const BaseContainer& data, std::int32_t
   return shader ? shader->GetTexture() : nullptr;
 }
 
-/// A coordinate that runs back in every second repetition.
-double Mirrored(double x) {
-  const double period = x - 2 * std::floor(x / 2);
-  return period > 1 ? 2 - period : period;
-}
-
 }  // namespace
 
 Vector SurfaceMaterial::Channel::At(const Vector& uvw, double time) const {
   return texture ? Times(color, texture->Sample(uvw, time)) : color;
-}
-
-bool SurfaceMaterial::Place(Vector& uvw) const {
-  uvw.x = (uvw.x - offset_u) / length_u;
-  uvw.y = (uvw.y - offset_v) / length_v;
-  if (!tile) return uvw.x >= 0 && uvw.x <= 1 && uvw.y >= 0 && uvw.y <= 1;
-  if (mirror) uvw = {Mirrored(uvw.x), Mirrored(uvw.y), 0};
-  return true;
 }
 
 Vector SurfaceMaterial::Passing(Vector uvw, double time) const {
@@ -53,16 +39,7 @@ SurfaceMaterial ReadMaterial(const BaseTag& texture_tag) {
   result.roughness = data.GetReal(MATERIAL_ROUGHNESS);
   result.refraction = std::max(data.GetReal(MATERIAL_REFRACTION, 1), 0.01);
 
-  const auto length = [&tag](std::int32_t id) {
-    const double value = tag.GetReal(id, 1);
-    return value == 0 ? 1 : value;
-  };
-  result.offset_u = tag.GetReal(TEXTURETAG_OFFSET_U);
-  result.offset_v = tag.GetReal(TEXTURETAG_OFFSET_V);
-  result.length_u = length(TEXTURETAG_LENGTH_U);
-  result.length_v = length(TEXTURETAG_LENGTH_V);
-  result.tile = tag.GetBool(TEXTURETAG_TILE, true);
-  result.mirror = tag.GetBool(TEXTURETAG_MIRROR);
+  result.placement = TexturePlacement(tag);
   return result;
 }
 

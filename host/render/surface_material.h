@@ -21,11 +21,9 @@ struct SurfaceMaterial {
   double roughness = 0;   ///< its square is the width of the microfacet distribution
   double refraction = 1;  ///< index
 
-  double offset_u = 0, offset_v = 0, length_u = 1, length_v = 1;
-  bool tile = true, mirror = false;
-
+  TexturePlacement placement;
   /// The material's coordinates for those of the mesh; false where the material doesn't reach.
-  bool Place(Vector& uvw) const;
+  bool Place(Vector& uvw) const { return placement.Place(uvw); }
   /// Lets any light through in some place, bent or not.
   bool IsTransparent() const { return transparency.color != Vector{} || mask.texture; }
   /// The share of light that goes straight on at a point, for rays to lights.

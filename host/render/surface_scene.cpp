@@ -131,7 +131,16 @@ void Describe(const SurfaceRay& ray, const SurfaceMesh& mesh, std::size_t triang
   if (Dot(hit.smooth, ray.direction) >= 0) hit.smooth = hit.normal;
 }
 
+bool IsFiniteFloat(const Vector& v) {
+  constexpr double most = std::numeric_limits<float>::max();
+  return std::abs(v.x) <= most && std::abs(v.y) <= most && std::abs(v.z) <= most;  // NaN neither
+}
+
 }  // namespace
+
+bool IsTraceable(const Vector& origin, const Vector& direction) {
+  return IsFiniteFloat(origin) && IsFiniteFloat(direction) && Dot(direction, direction) > 0;
+}
 
 void ForShutterSteps(BaseDocument& document, double shutter, const std::function<void()>& at_step) {
   const BaseTime frame = document.GetTime();
@@ -190,7 +199,7 @@ void SurfaceScene::Commit() {
 }
 
 std::optional<SurfaceHit> SurfaceScene::Intersect(const SurfaceRay& ray) const {
-  if (meshes_.empty()) return {};
+  if (meshes_.empty() || !IsTraceable(ray.origin, ray.direction)) return {};
   RayContext context{};
   rtcInitIntersectContext(&context.base);
   context.base.filter = FilterByType;
@@ -209,6 +218,7 @@ std::optional<SurfaceHit> SurfaceScene::Intersect(const SurfaceRay& ray) const {
 }
 
 Vector SurfaceScene::Passing(const SurfaceRay& ray) const {
+  if (!IsTraceable(ray.origin, ray.direction)) return {};
   if (meshes_.empty()) return {1, 1, 1};
   RayContext context{};
   rtcInitIntersectContext(&context.base);

@@ -31,6 +31,10 @@ struct SurfaceRay {
   double shutter = 0;      ///< 0 open .. 1 closed
 };
 
+/// False for a ray that can't be followed, since a scene of absurd size gave it numbers that single
+/// precision doesn't have, or no direction. It meets nothing and brings no light.
+bool IsTraceable(const Vector& origin, const Vector& direction);
+
 /// Built once per frame, then asked from any number of threads.
 class SurfaceScene {
  public:

@@ -20,6 +20,11 @@ std::uint64_t SeedOf(const Vector& point) {
 
 void VolumeQuery::Ask(void (VideoPostData::*calc)(VolumeData&), bool camera_ray) {
   Vector all_color, all_transparency{1, 1, 1};
+  if (!IsTraceable(ray.origin, ray.direction)) {
+    color = all_color;
+    transparency = all_transparency;
+    return;
+  }
   for (VideoPostData* effect : scene_.effects) {
     color = {};
     transparency = {1, 1, 1};

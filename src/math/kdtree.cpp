@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <numeric>
+#include <utility>
 
 #include "util/log.h"
 
@@ -204,6 +205,12 @@ KdTree::KdTree(std::span<const Bounds3f> bounds) {
   builder.node(tree, work, n, all, depth);
   nodes_ = std::move(tree.nodes);
   leaf_lists_ = std::move(tree.lists);
+}
+
+void KdVisitor::grow() {
+  const std::vector<Meeting> old = std::exchange(met_, std::vector<Meeting>(2 * met_.size()));
+  for (const Meeting& meeting : old)
+    if (meeting.line == line_) slot(meeting.primitive) = meeting;
 }
 
 }  // namespace nbx

@@ -6,6 +6,7 @@
 // error-bounded heuristic, 2006), so a level of the tree costs time in proportion to its boxes.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <span>
@@ -61,7 +62,7 @@ class KdTree {
 /// One thread's walks through a tree, which must outlive it.
 class KdVisitor {
  public:
-  explicit KdVisitor(const KdTree& tree) : tree_(tree), last_line_(tree.primitives(), 0) {}
+  explicit KdVisitor(const KdTree& tree) : tree_(tree), met_(64) {}
 
   /// Calls body(primitive), once for each whose bounds may meet the line along `axis` through the
   /// point, whose coordinate on that axis doesn't matter. The order is the tree's.
@@ -69,24 +70,49 @@ class KdVisitor {
   void line(int axis, const Vec3f& point, Body&& body);
 
  private:
+  /// A slot of a hash table with open addressing, free unless it is of this line.
+  struct Meeting {
+    std::uint32_t primitive = 0, line = 0;
+  };
+
+  /// True for the first of this line with the primitive, which may lie in several leaves.
+  bool is_first_meeting(std::uint32_t primitive);
+  Meeting& slot(std::uint32_t primitive);
+  void grow();
+
   const KdTree& tree_;
   std::vector<std::uint32_t> stack_;
-  // Which line met each primitive last: one that lies in several leaves is handed out once.
-  std::vector<std::uint32_t> last_line_;
+  std::vector<Meeting> met_;  // as large as one line needs, always a power of two
+  std::size_t meetings_ = 0;  // of this line
   std::uint32_t line_ = 0;
 };
+
+/// Where the primitive stands in the table, or would.
+inline KdVisitor::Meeting& KdVisitor::slot(std::uint32_t primitive) {
+  const std::size_t mask = met_.size() - 1;
+  std::size_t at = (primitive * std::uint64_t{0x9e3779b97f4a7c15u} >> 32) & mask;
+  while (met_[at].line == line_ && met_[at].primitive != primitive) at = (at + 1) & mask;
+  return met_[at];
+}
+
+inline bool KdVisitor::is_first_meeting(std::uint32_t primitive) {
+  Meeting& meeting = slot(primitive);
+  if (meeting.line == line_) return false;
+  meeting = {primitive, line_};
+  if (2 * ++meetings_ > met_.size()) grow();
+  return true;
+}
 
 template <class Body>
 void KdVisitor::line(int axis, const Vec3f& point, Body&& body) {
   if (tree_.nodes().empty()) return;
+  meetings_ = 0;
   if (++line_ == 0) {  // the count of lines came round
-    std::fill(last_line_.begin(), last_line_.end(), 0);
+    std::fill(met_.begin(), met_.end(), Meeting());
     line_ = 1;
   }
   const auto meet = [&](std::uint32_t primitive) {
-    if (last_line_[primitive] == line_) return;
-    last_line_[primitive] = line_;
-    body(primitive);
+    if (is_first_meeting(primitive)) body(primitive);
   };
   const KdNode* nodes = tree_.nodes().data();
   stack_.assign(1, 0);

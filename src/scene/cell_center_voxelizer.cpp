@@ -15,7 +15,7 @@ void CellCenterVoxelizer::hit(Cursor& cursor, const Vec3i& cell, double q,
                               const VoxelizationTriangle& triangle, float strength) const {
   float w = strength * profile_.weight(q);
   if (!(w > 0)) return;
-  if (!profile_.plain()) w *= profile_.surface_scale(triangle, vector_cast<double>(cell));
+  if (!profile_.plain()) w *= profile_.scale(triangle, cell);
   if (w > 0) merge_largest(cursor.cell(cell[0], cell[1], cell[2]), w);
 }
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "math/affine_transform.h"
-#include "scene/surface_texture.h"
+#include "scene/source_texture.h"
 
 namespace nbx {
 

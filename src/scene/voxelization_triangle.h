@@ -7,7 +7,7 @@
 
 namespace nbx {
 
-struct SurfaceTexture;
+class SurfaceTexture;
 
 /// One triangle in domain cells: the centre of cell (i, j, k) lies at (i, j, k). Everything but the
 /// corners has a neutral default.

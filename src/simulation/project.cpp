@@ -35,6 +35,17 @@ void velocity_boundary(const ProjectionFields& f, const SimSettings& settings) {
   VelocityBoundaryW(*f.W, settings);
 }
 
+// Faces next to solids take the solids' velocity. Without one, where a substep has kept the solids
+// of an earlier one, they rest.
+void constrain_to_solids(const ProjectionFields& f) {
+  if (f.Us && f.Vs && f.Ws)
+    return constrainBoundaryVelocityT(*f.phi, *f.Us, *f.Vs, *f.Ws, *f.U, *f.V, *f.W);
+  const FieldHandle u = acquire_field(f.U->dims()), v = acquire_field(f.V->dims()),
+                    w = acquire_field(f.W->dims());
+  for (const FieldHandle& rest : {u, v, w}) set(*rest, 0);
+  constrainBoundaryVelocityT(*f.phi, *u, *v, *w, *f.U, *f.V, *f.W);
+}
+
 // -lap p = -div u / dx + source, on a grid of spacing 1
 void right_hand_side(Field<float>& rhs, const ProjectionFields& f, double dx) {
   NegDivergence(rhs, *f.U, *f.V, *f.W, f.phi, 1 / dx);
@@ -49,7 +60,7 @@ SolveResult project(MultigridSolver3D& solver, const ProjectionFields& fields,
   const ProjectionFields& f = fields;
   const Vec3i dims = check_mac(*f.U, *f.V, *f.W);
   if (std::min({dims[0], dims[1], dims[2]}) < 3) return {};
-  if (f.phi) constrainBoundaryVelocityT(*f.phi, *f.Us, *f.Vs, *f.Ws, *f.U, *f.V, *f.W);
+  if (f.phi) constrain_to_solids(f);
 
   const FieldHandle rhs = acquire_field(dims), p = acquire_field(dims);
   set(*p, 0);

@@ -13,7 +13,7 @@ struct ProjectionFields {
   Field<float>*U = nullptr, *V = nullptr, *W = nullptr;  // changed in place
   const Field<float>* phi = nullptr;                     // solids, or null
   const Field<float>* source = nullptr;                  // added to the right-hand side, or null
-  const Field<float>*Us = nullptr, *Vs = nullptr, *Ws = nullptr;  // solid velocities, with `phi`
+  const Field<float>*Us = nullptr, *Vs = nullptr, *Ws = nullptr;  // of the solids; null: they rest
 };
 
 /// Builds the right-hand side, solves for the pressure and subtracts its gradient. With solids an

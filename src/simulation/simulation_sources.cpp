@@ -49,8 +49,9 @@ void add_direction(Sparse& faces, const Sparse& weights, int axis, float d) {
   });
 }
 
-/// The object's direction in the axes of the grid, with its length. Normals go by the inverse
-/// transpose, so a direction stays square to the sides that it was square to.
+/// The object's direction in the world's axes with z negated, with its length. The components count
+/// along the grid's axes, so a domain that is turned turns the direction with it. Normals go by the
+/// inverse transpose, so a direction stays square to the sides that it was square to.
 Vec3d grid_direction(const SimulationObjectParameters& parameters) {
   const Affine3d inverted = inverse(parameters.transform);
   Vec3d turned;

@@ -27,6 +27,9 @@ class Program : public ::testing::Test {
         << R"({"objects": [{"type": "box", "name": "A"}, {"type": "box", "name": "B"}]})";
     std::ofstream(folder_.file("bad.json"))
         << R"({"objects": [{"type": "box", "parameters": {"egde_length": 1}}]})";
+    std::ofstream(folder_.file("much.json"))
+        << R"({"objects": [{"type": "box"}, {"type": "particle_emitter", "parameters": {
+               "rate": 1e9, "life": 1}}]})";
   }
 
   /// Runs a line of the shell in that folder; `$P` is the program.
@@ -94,6 +97,9 @@ TEST_F(Program, BadUsageAndBadInputGiveOneLineAndCodeTwo) {
       {{"probe", "bad.json"},
        "bad.json: objects[0].parameters: unknown parameter \"egde_length\", "
        "did you mean \"edge_length\"?"},
+      {{"probe", "much.json"},
+       "much.json: objects[1]: the scene asks for 10000000 particles at once, more than 5000000; "
+       "most of them are here: lower its rate or life, or give --force"},
       {{"probe", "none.json"}, "none.json: can't be opened: No such file or directory"},
       {{"probe", "scene.json", "--set", "A.edge_length=x"},
        "--set A.edge_length=x: expected a number, found \"x\""},
@@ -113,6 +119,8 @@ TEST_F(Program, OptionsReachTheCommand) {
   EXPECT_EQ(outcome.code, 0);
   EXPECT_EQ(outcome.out, "B, edge 4.000000, frames -2 -1, gain 2.500000, threads 7\n");
   EXPECT_EQ(outcome.err, "frame -2\nframe -1\n");
+
+  EXPECT_EQ(Run({"probe", "much.json", "--force"}).code, 0);
 
   const Outcome json = Run({"probe", "scene.json", "--json", "--quiet", "--frames", "1"});
   EXPECT_EQ(json.out, "{\"event\":\"box\",\"name\":\"A\",\"edge\":2.0}\n");

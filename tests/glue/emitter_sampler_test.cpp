@@ -1,7 +1,11 @@
 #include "C4D/emitter_sampler.h"
 
-#include <functional>
+#include <map>
+#include <set>
 
+#include "C4D/host_conversion.h"
+#include "C4D/particle_sources.h"
+#include "C4D/source_parameters.h"
 #include "glue/scene_run.h"
 #include "math/mfield_operations.h"
 #include "math/sparse_field_operators.h"
@@ -126,6 +130,8 @@ TEST(EmitterSampler, FillsTheInsideUnlessItIsSolid) {
   EXPECT_EQ(filled.density_at(surface), 1);
   EXPECT_FLOAT_EQ(filled.density_at({6.5, 0.5, 0.5}), 1 - 0.5f / std::sqrt(3.0f));
   EXPECT_TRUE(filled.keep_box.empty());
+  SceneRun thick(scene(kCube, R"("density": 1, "thickness": 4)"));
+  EXPECT_FLOAT_EQ(thick.density_at({8.5, 0.5, 0.5}), 1 - 2.5f / 4);
   for (const char* shell : {R"("density": 1, "fill": false)", R"("density": 1, "solid": true)"}) {
     SceneRun hollow(scene(kCube, shell));
     EXPECT_EQ(hollow.density_at(centre), 0);
@@ -168,26 +174,110 @@ TEST(EmitterSampler, TexturesScaleTheSource) {
   SceneRun run(scene(kCube, R"("density": 1, "shader": "step")"), step);
   EXPECT_EQ(run.density_at({-2.5, 0.5, 0.5}), 0);
   EXPECT_EQ(run.density_at({2.5, 0.5, 0.5}), 1);
+  SceneRun push(scene(kCube, R"("normal_force": 50, "shader": "step")"), step);
+  push.after_inputs = [&] {
+    const SparseField<float, 3>& v = *push.sim.velocity_sources()[1];
+    EXPECT_EQ(v.value(27, 16, 10), 0) << "the shader scales the push too";
+    EXPECT_GT(v.value(32, 16, 10), 0);
+  };
+  push.frame();
+}
 
-  const std::string material = step + R"("materials": [{"name": "paint",
-      "parameters": {"emission": [1, 1, 1], "emission_texture": "step"}}], )";
-  const auto painted = [&](const std::string& channel) {
-    return SceneRun(volume() + R"(, {"type": "plane", "parameters": {"width": 20, "depth": 20},
-        "tags": [{"type": "texture", "parameters": {"material": "paint"}},
-                 {"type": "emitter", "parameters": {"density": 1, "fill": false,
-                  "surface_channel": ")" +
+// A plane of 20 cells shows the channel as pictures do: sampled where the cell is, however fine
+// the texture, and laid out by its tag.
+TEST(EmitterSampler, SurfaceChannelsScaleTheSource) {
+  const auto painted = [](const std::string& texture, const std::string& tag,
+                          const std::string& channel = "emission") {
+    return SceneRun(volume() + R"(, {"type": "plane", "position": [0, 0.5, 0],
+        "parameters": {"width": 20, "depth": 20}, "tags": [
+          {"type": "texture", "parameters": {"material": "paint")" +
+                        tag + R"(}}, {"type": "emitter", "parameters": {"density": 1,
+          "fill": false, "surface_channel": ")" +
                         channel + R"("}}]})",
-                    material);
+                    R"("textures": [{"name": "t", )" + texture + R"(}],
+        "materials": [{"name": "paint", "parameters": {"emission": [1, 1, 1],
+                       "emission_texture": "t"}}], )");
   };
-  const auto ends = [](SceneRun&& painted_run) {
-    return std::pair{painted_run.density_at({-8.5, 0.5, 0.5}),
-                     painted_run.density_at({8.5, 0.5, 0.5})};
+  const std::string ramp = R"("type": "gradient", "parameters": {"direction": [1, 0, 0]})";
+  const struct {
+    std::string tag;
+    double (*shown)(double u);
+  } cases[] = {
+      {"", [](double u) { return u; }},
+      {R"(, "length_u": 0.5, "tile": true)", [](double u) { return std::min(2 * u, 1.0); }},
+      {R"(, "length_u": 0.5, "mirror": true)", [](double u) { return 1 - std::abs(2 * u - 1); }},
+      {R"(, "offset_u": 0.25, "length_u": 0.5, "tile": false)",
+       [](double u) { return u >= 0.25 && u <= 0.75 ? 2 * u - 0.5 : 0; }}};
+  for (const auto& [tag, shown] : cases) {
+    SceneRun run = painted(ramp, tag);
+    for (int i = 0; i < 20; ++i)
+      EXPECT_NEAR(run.density_at({i - 9.5, 0.5, 0.5}), shown((i + 0.5) / 20), 1e-5) << tag << i;
+  }
+  // Fifty checks to a cell, with the cell's center always in a white one.
+  SceneRun fine = painted(
+      R"("type": "checker", "parameters": {"scale": 0.001, "offset": [0.0005, 0.0005, 0]})", "");
+  SceneRun other = painted(ramp, "", "transparency");
+  for (int i = 1; i < 19; ++i) {
+    EXPECT_EQ(fine.density_at({i - 9.5, 0.5, 0.5}), fine.density_at({-9.5, 0.5, 0.5})) << i;
+    EXPECT_EQ(other.density_at({i - 9.5, 0.5, 0.5}), 1) << "the material has no such channel";
+  }
+}
+
+// The record of a source has all that its tag says: amounts by channel, each in its mode.
+TEST(EmitterSampler, TagsReachTheRecord) {
+  const auto record = [](const std::string& modes) {
+    test::TestDocument document(
+        R"({"type": "particle_group", "name": "m", "tags": [{"type": "emitter", "parameters": {
+        "density": 1, "temperature": 2, "fuel": 3, "burn": 4, "expansion": 5, "normal_force": 60,
+        "velocity_transfer": 7, "direction": [8, 9, 10], "thickness": 11, "fill": false,
+        "particle_map": "mass", "particle_curve": [[0, 2], [1, 5]])" +
+        modes + "}}]}");
+    SimSettings settings;
+    settings.voxel_size = 2;
+    settings.time_scale = 3;
+    return source_parameters(*document.object("m").GetFirstTag(), settings, 0.5);
   };
-  const auto [low, high] = ends(painted("emission"));
-  EXPECT_EQ(low, 0) << "u runs from 0 to 1 along x";
-  EXPECT_GT(high, 0.5f);
-  const auto [other_low, other_high] = ends(painted("transparency"));
-  EXPECT_EQ(other_low, other_high) << "the material has no such channel";
+  using Amounts = std::map<int, double>;
+  const SimulationObjectParameters set = record("");
+  EXPECT_EQ(set.amounts,
+            (Amounts{{kDensity, 1}, {kTemperature, 2}, {kFuel, 3}, {kBurn, 4}, {kExpansion, 5}}));
+  EXPECT_TRUE(set.add_keys.empty());
+  EXPECT_DOUBLE_EQ(set.normal_force, 0.3);
+  EXPECT_DOUBLE_EQ(set.velocity_transfer, 0.07);
+  EXPECT_LT(length(set.direction - Vec3d(0.08, 0.09, 0.1)), 1e-12);
+  EXPECT_EQ(set.thickness, 5.5);
+  EXPECT_FALSE(set.fill);
+  EXPECT_EQ(set.particle_map, ParticleMap::kMass);
+  EXPECT_FLOAT_EQ(set.particle_curve.evaluate(0.5f), 3.5f);
+  EXPECT_EQ(set.time_scale, 3);
+  const SimulationObjectParameters first = record(R"(, "density_mode": "add", "fuel_mode": "add")");
+  EXPECT_EQ(first.add_keys, (std::set<int>{kDensity, kFuel}));
+  EXPECT_EQ(
+      first.amounts,
+      (Amounts{{kDensity, 0.5}, {kTemperature, 2}, {kFuel, 1.5}, {kBurn, 4}, {kExpansion, 5}}));
+  EXPECT_EQ(record(R"(, "temperature_mode": "add", "burn_mode": "add")").add_keys,
+            (std::set<int>{kTemperature, kBurn}));
+}
+
+// Amounts of the first versions were per second.
+TEST(EmitterTag, OldVersionsAreConvertedOnce) {
+  for (const auto& [version, factor] : {std::pair{0, 0.04}, {1, 0.04}, {2, 1.0}, {6, 1.0}}) {
+    SCOPED_TRACE(version);
+    test::TestDocument document(R"({"type": "null", "name": "m", "tags": [{"type": "emitter",
+        "parameters": {"version": )" +
+                                std::to_string(version) +
+                                R"(, "temperature": 100, "fuel": 25, "burn": 50},
+        "keyframes": {"parameters.density": [[0, 50], [10, 100]]}}]})");
+    host::BaseTag& tag = *document.object("m").GetFirstTag();
+    tag.Message(host::kMessageDocumentLoaded);
+    evaluate(*document, 0.4);
+    const host::BaseContainer& p = tag.GetDataInstance();
+    EXPECT_DOUBLE_EQ(p.GetReal(TVOLUME_DENSITY), 100 * factor);
+    EXPECT_DOUBLE_EQ(p.GetReal(TVOLUME_TEMPERATURE), 100 * factor);
+    EXPECT_DOUBLE_EQ(p.GetReal(TVOLUME_FUEL), 25 * factor);
+    EXPECT_EQ(p.GetReal(TVOLUME_BURN), 50);
+    EXPECT_EQ(p.GetLong(TVOLUME_VERSION), 6);
+  }
 }
 
 TEST(EmitterSampler, SelectionsEmitAlone) {
@@ -200,6 +290,20 @@ TEST(EmitterSampler, SelectionsEmitAlone) {
   SceneRun run(objects);
   EXPECT_EQ(run.density_at({-5.5, 0.5, 0.5}), 0);
   EXPECT_GT(run.density_at({5.5, 0.5, 0.5}), 0.5f);
+
+  // A solid is whole all the same, and so is the box that is kept for it.
+  const std::string solid_box = R"("type": "mesh", "points": [[-6, -6, -6], [6, -6, -6], [6, -6, 6],
+      [-6, -6, 6], [-6, 6, -6], [6, 6, -6], [6, 6, 6], [-6, 6, 6]], "polygons": [[0, 1, 2, 3],
+      [0, 4, 5, 1], [1, 5, 6, 2], [2, 6, 7, 3], [3, 7, 4, 0], [4, 7, 6, 5]])";
+  SceneRun solid(volume() + R"(, {"name": "m", )" + solid_box + R"(, "tags": [
+      {"type": "selection", "name": "top", "polygons": [5]}, {"type": "emitter",
+       "parameters": {"solid": true, "density": 1, "selections": ["top"]}}]})");
+  solid.frame();
+  EXPECT_EQ(solid.keep_box, (IntBox{{23, 3, 3}, {36, 16, 16}}));
+  ASSERT_TRUE(solid.solids.phi);
+  EXPECT_LT(min(solid.solids.phi->cpu_field()), 0);
+  EXPECT_GT(solid.density_at({0.5, 6.5, 0.5}), 0.5f);
+  EXPECT_EQ(solid.density_at({0.5, -6.5, 0.5}), 0);
 }
 
 TEST(EmitterSampler, ParticlesEmitAndHandOverTheirVelocity) {
@@ -217,6 +321,67 @@ TEST(EmitterSampler, ParticlesEmitAndHandOverTheirVelocity) {
   EXPECT_GT(covered, 10) << "a trail of 20 units";
   EXPECT_GT(speed, 0.3f);
   EXPECT_LE(speed, 0.5f);
+}
+
+// One particle is born at the start and has come 2 units far, to the center of a cell.
+TEST(EmitterSampler, ParticlesAreAsStrongAsTheirMapSays) {
+  const auto strength = [](const char* tagged, const char* map, const char* curve) {
+    const std::string tag = R"("tags": [{"type": "emitter", "parameters": {"density": 1,
+        "particle_map": ")" +
+                            std::string(map) + R"(", "particle_curve": )" + curve + "}}]";
+    SceneRun run(
+        volume() + R"(, {"type": "particle_system", "name": "s", "children": [
+        {"type": "particle_emitter", "position": [0.5, 0.5, 0.5], )" +
+        (tagged == std::string("emitter") ? tag + ", " : "") + R"("parameters": {"rate": 25,
+         "speed": 50, "mass": 20, "particle_size": 40, "life": 9}}]},
+        {"type": "particle_group", )" +
+        (tagged == std::string("group") ? tag + ", " : "") + R"("parameters": {"system": "s"}})");
+    run.frame();
+    EXPECT_EQ(max(run.density()), run.density_at({0.5, 0.5, 2.5}));
+    return run.density_at({0.5, 0.5, 2.5});
+  };
+  // The curve is level at its ends: t^2 (3 - 2 t).
+  const char* const wide = "[[0, 0], [80, 1]]";
+  EXPECT_FLOAT_EQ(strength("emitter", "nothing", wide), 1);
+  EXPECT_FLOAT_EQ(strength("emitter", "age", "[[0, 0], [0.16, 1]]"), 0.15625f);
+  EXPECT_FLOAT_EQ(strength("emitter", "speed", wide), 0.68359375f);
+  EXPECT_FLOAT_EQ(strength("emitter", "mass", wide), 1) << "a column that emitters don't fill";
+  EXPECT_FLOAT_EQ(strength("emitter", "size", wide), 1);
+  EXPECT_FLOAT_EQ(strength("group", "mass", wide), 0.15625f);
+  EXPECT_FLOAT_EQ(strength("group", "size", wide), 0.5f);
+  EXPECT_FLOAT_EQ(strength("group", "speed", wide), 0.68359375f);
+}
+
+TEST(ParticleTable, HoldsTheColumnsAndWhoIsAlive) {
+  test::TestDocument document(R"({"type": "particle_emitter", "name": "e"},
+      {"type": "particle_group", "name": "g"})");
+  host::Particle p;
+  p.position = {1, 2, 3};
+  p.velocity = {4, 5, 6};
+  p.age = 7;
+  p.mass = 8;
+  p.size = 9;
+  for (const std::string name : {"e", "g"}) {
+    auto& object = static_cast<host::SceneObject&>(document.object(name));
+    object.particles.clear();
+    for (const std::uint32_t bits : {0u, 1u, 2u, 3u, 7u}) {
+      p.bits = bits;
+      object.particles.push_back(p);
+    }
+    const ParticleTable table = make_table(object, {true, true, true, true, true, true});
+    const auto column = [&](const char* column_name) {
+      const float* values = table.column(column_name);
+      return values ? std::vector<float>(values, values + 5) : std::vector<float>();
+    };
+    using Column = std::vector<float>;
+    EXPECT_EQ(column("active"), (Column{0, 0, 0, 1, 1}));
+    EXPECT_EQ(column("position.z"), (Column{3, 3, 3, 3, 3})) << "in the world";
+    EXPECT_EQ(column("velocity.x"), (Column{4, 4, 4, 4, 4}));
+    EXPECT_EQ(column("velocity.z"), (Column{-6, -6, -6, -6, -6})) << "the grid's z runs back";
+    EXPECT_EQ(column("age"), (Column{7, 7, 7, 7, 7}));
+    EXPECT_EQ(column("mass"), Column(name == "g" ? 5 : 0, 8));
+    EXPECT_EQ(column("size"), Column(name == "g" ? 5 : 0, 9));
+  }
 }
 
 // What scenes have by mistake: it costs a log line or nothing, and the rest of the scene goes on.

@@ -116,13 +116,17 @@ TEST(SceneSettings, FuelBurnsAndFeeds) {
 
 TEST(SceneSettings, MovingDomainFeelsWind) {
   // 50 units in a second: 0.5 simulation units per second along x and z.
-  const std::string moves = R"(, "keyframes": {"position": [[0, [0, 0, 0]], [25, [50, 0, 50]]]})";
+  const std::string moves = R"(, "keyframes": {"position": [[0, [0, 0, 0]], [25, [50, 0, 50]]],
+      "parameters.drag": [[0, 0.1], [9, 0.2]]})";
   SimSettings s;
   s.sim_time.length = {1, 25};
   s.frame_duration = 0.04;
   test::TestDocument document(volume(R"("wind_speed": 30)", moves));
   const host::BaseTime before = document->GetTime();
+  host::BaseContainer& data = document.object("v").GetDataInstance();
+  data.SetReal(OVOLUME_DRAG, 0.5);
   read_step_settings(s, document.object("v"), 0.04);
+  EXPECT_EQ(data.GetReal(OVOLUME_DRAG), 0.5) << "the document was evaluated: its keys say 0.1";
   expect_near(s.wind_direction * s.wind_speed, {0.3 - 0.5, 0, 0.5});
   EXPECT_EQ(document->GetTime(), before);
   EXPECT_EQ(document.object("v").GetMg().off, host::Vector());

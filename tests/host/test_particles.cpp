@@ -63,10 +63,38 @@ TEST(Particles, DependOnTheTimeAlone) {
   EXPECT_GT(direct.size(), 40U);
   EXPECT_EQ(state({3, 3.2, 17.9, 40, 40.6}, text), direct);
   EXPECT_EQ(state({80, 2, 40.6}, text), direct);
+  EXPECT_EQ(state({41, 40.6}, text), direct) << "from the frame before";
+  EXPECT_EQ(state({41, 40.2, 42, 41, 41.3, 40.6}, text), direct);
   EXPECT_NE(
       state({40.6},
             Emitter(R"(, "spread": 40, "seed": 4)").replace(text.find(", \"seed\": 3"), 11, "")),
       direct);
+}
+
+class Counter final : public ObjectData {
+ public:
+  void ModifyParticles(const BaseObject&, const Particles&, std::vector<ParticleModification>&,
+                       double) override {
+    ++calls;
+  }
+  static int calls;
+};
+int Counter::calls = 0;
+
+// Substeps and shutters look a frame ahead and go back.
+TEST(Particles, LookingAheadDoesntStartAnew) {
+  SceneClasses classes;
+  ASSERT_EQ(classes.objects.Add(
+                {9, "Counter", {.name = "counter"}, [] { return std::make_unique<Counter>(); }}),
+            "");
+  const auto document = ReadDocument(
+      R"({"objects": [{"type": "particle_emitter", "parameters": {"life": 99}},
+          {"type": "counter"}]})",
+      "/", classes);
+  for (int frame = 1; frame <= 100; ++frame)
+    for (const double ahead : {0.0, 1.0, 0.25, 0.5, 1.0}) GoTo(*document, frame + ahead);
+  EXPECT_GE(Counter::calls, 300);
+  EXPECT_LE(Counter::calls, 320) << "one whole step and two parts of one in each frame";
 }
 
 /// Lifts all particles left of x = 20, and tells the times at which it was asked.

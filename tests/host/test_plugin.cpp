@@ -71,7 +71,7 @@ class Probe final : public CommandData {
                          .minimum = 0},
                         {.name = "wait", .type = OptionType::Flag, .help = "for an interrupt"},
                         {.name = "throw", .type = OptionType::Flag, .help = "an exception"}},
-            .common = {Frames, Object, Cache, Threads, Device, Set}};
+            .common = {Frames, Object, Cache, Threads, Device, Set, Force}};
   }
 
   int Execute(const CommandArguments& arguments, CommandContext& context) override {

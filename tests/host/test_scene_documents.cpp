@@ -3,6 +3,8 @@
 
 #include "host/document_writer.h"
 #include "host/json_place.h"
+#include "host/primitive_mesh.h"
+#include "host/scene_work.h"
 #include "support/support.h"
 #include "tests/host/scene_support.h"
 
@@ -152,6 +154,48 @@ TEST(SceneDocument, MistakesOfParametersAreToldWithTheirPlace) {
   ExpectMistakes(mistakes, R"({"objects": [{"type": "box", "parameters": )",
                  R"(}, {"type": "null", "name": "A"}, {"type": "null", "name": "A"}]})",
                  "objects[0].parameters");
+}
+
+TEST(SceneDocument, WorkBeyondAllMeasureIsToldBeforeItIsBegun) {
+  const std::string fine = R"({"type": "sphere", "parameters": {"segments": 4096, "rings": 4000}})";
+  const auto emitter = [](const std::string& parameters) {
+    return R"({"type": "particle_emitter", "parameters": {)" + parameters + "}}";
+  };
+  const struct {
+    std::string objects, message;
+  } cases[] = {
+      {fine, ""},
+      {R"({"type": "null", "children": [{"type": "cube"}, )" + fine + "]}, " +
+           R"({"type": "plane", "parameters": {"segments": 2000}})",
+       "objects[0].children[1]: the scene asks for 20384006 polygons, more than 20000000; "},
+      {emitter(R"("rate": 1e6, "life": 4)"), ""},
+      {emitter(R"("rate": 1e6, "life": 4, "life_variation": 0.5)"),
+       "objects[0]: the scene asks "
+       "for 6000000 particles at once"},
+      {emitter(R"("rate": 1e9, "life": 9, "end": 0.001)"), ""},
+      {R"({"type": "particle_emitter", "parameters": {"life": 9},
+           "keyframes": {"parameters.rate": [[0, 1], [5, 1e6]]}})",
+       "objects[0]: the scene asks for 9000000 particles at once"},
+      {R"({"type": "particle_emitter", "enabled": false, "parameters": {"rate": 1e9}})", ""},
+      {emitter(R"("rate": 1, "life": 1, "start": -900000)"),
+       "objects[0]: the scene asks for 2272500000 steps of particles before its first frame"},
+  };
+  for (const auto& [objects, message] : cases) {
+    const auto document = ReadObjects(objects);
+    const std::string error = ErrorOf([&] { CheckWork(*document); });
+    EXPECT_EQ(error.substr(0, message.size()), message) << objects;
+    EXPECT_EQ(error.empty(), message.empty()) << error;
+  }
+  for (const char* type : {"sphere", "cube", "torus", "plane", "cylinder"})
+    for (const char* caps : {"", R"(, "parameters": {"caps": false})"}) {
+      if (*caps && type != std::string("cylinder")) continue;
+      const auto document = ReadObjects("{\"type\": \"" + std::string(type) + "\"" + caps + "}");
+      document->Open();
+      const SceneObject& object = *document->Objects().front();
+      EXPECT_EQ(PrimitivePolygons(object.GetType(), object.GetDataInstance()),
+                object.GetCache()->GetPolygonCount())
+          << type << caps;
+    }
 }
 
 }  // namespace

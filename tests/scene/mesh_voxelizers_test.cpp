@@ -106,33 +106,57 @@ TEST(SolidVoxelizer, NearestSurfaceSideAndVertex) {
   EXPECT_GT(near, 300);
 }
 
-TEST(PolygonWalk, WeightsAndTextures) {
-  Mesh mesh = test::box({10, 10, 10}, {30, 30, 30});
-  const auto emitted = [&](const Vec3i& at, const ThicknessProfile& profile) {
-    Sparse field;
-    voxelize(field, test::walk({mesh}), kBox, profile);
-    return field.value(at[0], at[1], at[2]);
-  };
-  const Vec3i high(15, 20, 30);  // on the second polygon
-  ThicknessProfile weighted{2}, textured{2};
-  weighted.use_corner_weights = textured.use_surface_texture = true;
-  for (const Vec3d& p : mesh.points) mesh.corner_weights.push_back(p[0] > 20 ? 1.0f : 0.0f);
-  EXPECT_NEAR(emitted(high, weighted), 0.25f, 1e-6) << "a quarter of the way along x";
-  EXPECT_EQ(emitted(high, {2}), 1);
+/// u itself.
+class Ramp final : public SurfaceTexture {
+  float value(const Vec3f& uvw) const override { return uvw[0]; }
+};
 
-  // Four texels along u; u runs along x from 0 to 1.
-  auto texture = std::make_shared<SurfaceTexture>();
-  *texture = {4, 1, {0.1f, 0.2f, 0.4f, 0.8f}};
-  mesh.texture = texture;
-  for (const Mesh::Polygon& polygon : mesh.polygons) {
-    auto& uvw = mesh.uvw.emplace_back();
-    for (std::size_t i = 0; i < 4; ++i) uvw[i][0] = polygon[i] & 1 ? 1 : 0;
-  }
-  EXPECT_NEAR(emitted(high, textured), 0.15f, 1e-6) << "half way between two texels";
-  texture->offset[0] = 0.5;
-  EXPECT_NEAR(emitted(high, textured), 0.6f, 1e-6) << "u = -0.25 repeats as 0.75";
-  texture->mirrored = true;
-  EXPECT_NEAR(emitted(high, textured), 0.15f, 1e-6) << "and mirrors as 0.25";
+/// A sheet of quads at z = 20 that covers [10, 30] x [15, 20]. Its weights, and its coordinate u,
+/// are 0 left of x = 20 and 1 from there on.
+Mesh stepped_sheet(double edge) {
+  Mesh mesh;
+  const int n = static_cast<int>(20 / edge + 0.5), row = n + 1, rows = n / 4;
+  for (int j = 0; j <= rows; ++j)
+    for (int i = 0; i < row; ++i) {
+      mesh.points.emplace_back(10 + i * edge, 15 + j * edge, 20);
+      mesh.corner_weights.push_back(2 * i < n ? 0.0f : 1.0f);
+    }
+  for (int j = 0; j < rows; ++j)
+    for (int i = 0; i < n; ++i) {
+      const int a = j * row + i;
+      mesh.polygons.push_back({a, a + 1, a + row + 1, a + row});
+      auto& uvw = mesh.uvw.emplace_back();
+      for (std::size_t k = 0; k < 4; ++k)
+        uvw[k][0] = mesh.corner_weights[static_cast<std::size_t>(mesh.polygons.back()[k])];
+    }
+  mesh.texture = std::make_shared<Ramp>();
+  return test::in_cells(std::move(mesh));
+}
+
+// Most cells that a triangle smaller than a cell reaches lie beyond its edges.
+TEST(ThicknessProfile, WeightsAndTexturesStayWithinTheirTriangle) {
+  ThicknessProfile profiles[2]{{1.8}, {1.8}};
+  profiles[0].use_corner_weights = profiles[1].use_surface_texture = true;
+  for (const double edge : {5.0, 1.0, 0.25, 0.1})
+    for (const ThicknessProfile& profile : profiles) {
+      SCOPED_TRACE(edge);
+      const std::vector<Mesh> sheet{stepped_sheet(edge)};
+      Sparse plain, scaled, u, v, w;
+      voxelize(plain, test::walk(sheet), kBox, {1.8});
+      voxelize(scaled, test::walk(sheet), kBox, profile);
+      voxelize_velocity({&u, &v, &w}, test::walk(sheet), kBox, profile, 1);
+      test::each_cell(kBox.size(), 0, [&](int x, int y, int z) {
+        const float most = plain.value(x, y, z), is = scaled.value(x, y, z);
+        const bool beyond = x >= 20, before = x < 20 - 1.8 - edge;
+        ASSERT_GE(is, beyond ? most - 1e-5f : 0) << x << " " << y << " " << z;
+        ASSERT_LE(is, before ? 0 : most + 1e-5f) << x << " " << y << " " << z;
+        ASSERT_LE(std::abs(w.value(x, y, z)), 1.00001f);
+        ASSERT_GE(w.value(x, y, z) * w.value(25, 18, 20), 0) << "one push is turned round";
+      });
+      EXPECT_EQ(std::abs(w.value(25, 18, 20)), 1);
+      // On the way up across a quad that is wide enough to hold cells.
+      EXPECT_NEAR(scaled.value(17, 18, 20), edge == 5 ? 0.4f : 0, 1e-5f);
+    }
 }
 
 }  // namespace

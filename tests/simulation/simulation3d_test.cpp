@@ -3,6 +3,7 @@
 
 #include <map>
 
+#include "math/field_operators.h"
 #include "math/field_reductions.h"
 #include "simulation/scene_run.h"
 
@@ -96,6 +97,34 @@ TEST(Simulation3D, SubstepsArePlannedEqualAndBounded) {
     EXPECT_EQ(log.count("mem stats: "), 2 + allowed) << "one a substep";
     EXPECT_EQ(log.count("vel updt = "), 1 + 3) << "one a frame";
   }
+}
+
+// A scene that gives solids in the first substep of each frame alone: they stay for its others.
+TEST(Simulation3D, SolidsStayToTheEndOfTheFrameAtRest) {
+  SmokeRun run;
+  run.max_substeps = 3;
+  run.cfl = 1e-4;
+  int call = 0;
+  run.scene.solids = [&](Simulation3D& sim) {
+    ++call;
+    if (sim.settings.step_index > 0) return;
+    const Vec3i dims = sim.settings.active_box.size() + Vec3i(2, 2, 2);
+    const auto field = [&](int axis, float value) {
+      Vec3i size = dims;
+      if (axis >= 0) ++size[axis];
+      auto made = std::make_shared<MField>(kCpu, size);
+      set(made->cpu_field(), value);
+      return made;
+    };
+    sim.solids = {field(-1, 99), field(0, 0.5f), field(1, 0), field(2, 0)};
+    sim.solids.phi->cpu_field()(5, 5, 5) = -1;
+  };
+  run.start();
+  run.frames(3);
+  EXPECT_EQ(call, 1 + 3 + 3) << "there is no motion yet in the first frame";
+  const Field<float>& U = run.sim.fluid().U().cpu_field();
+  EXPECT_TRUE(std::isfinite(infnorm(U)));
+  EXPECT_GT(infnorm(U), 0);
 }
 
 // A frame of two substeps, after three others.

@@ -165,6 +165,10 @@ TEST_F(RenderCommandTest, BadInputIsToldBeforeAnythingIsRendered) {
     ASSERT_EQ(context_.errors.size(), 1U);
     EXPECT_NE(context_.errors[0].find(c.message), std::string::npos) << context_.errors[0];
   }
+  context_.errors.clear();
+  EXPECT_EQ(kBadInput, Run("x.png", {{"size", "16384x16384"}, {"samples", "65536"}}));
+  ASSERT_EQ(context_.errors.size(), 1U);
+  EXPECT_NE(context_.errors[0].find("takes 1.76e+13 samples, more than 1e+11"), std::string::npos);
   EXPECT_EQ(Files(), (Names{"file"}));
   EXPECT_EQ(kDone, Run("wide.exr", {{"frames", "0"}, {"size", "16384x1"}, {"samples", "1"}}));
   EXPECT_EQ(kDone, Run("small.png", {{"frames", "0"}, {"size", "1x1"}}));

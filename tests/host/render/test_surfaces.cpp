@@ -246,6 +246,31 @@ TEST(RenderSurfaces, WithoutACameraThePictureShowsTheWholeScene) {
   EXPECT_GT(picture.At(17, 7).color[0], 0.1) << "and there is light";
 }
 
+TEST(RenderSurfaces, RaysThatArentFiniteMeetNothing) {
+  const auto document =
+      ReadDocument("{" + kMaterials + "\"objects\": [" + Solid("sphere", "clay") + "]}", "/",
+                   FogHost().Classes());
+  document->Open();
+  const SurfaceScene surfaces(*document, 0);
+  const double inf = std::numeric_limits<double>::infinity(), nan = std::nan("");
+  const Vector from{0, 0, -300}, ahead{0, 0, 1};
+  EXPECT_TRUE(surfaces.Intersect({from, ahead}));
+  EXPECT_EQ(surfaces.Passing({from, ahead}), Vector());
+  for (const auto& [origin, direction] : {std::pair{Vector{0, 0, -inf}, ahead},
+                                          {Vector{0, nan, 0}, ahead},
+                                          {Vector{1e39, 0, 0}, ahead},
+                                          {from, Vector{0, 0, nan}},
+                                          {from, Vector{inf, 0, 0}},
+                                          {from, Vector{}}}) {
+    EXPECT_FALSE(surfaces.Intersect({origin, direction}));
+    EXPECT_EQ(surfaces.Passing({origin, direction}), Vector());
+  }
+  for (const std::string far : {R"("position": [1e300, 0, 0], )", R"("scale": [1, 1e308, 1], )"})
+    EXPECT_THROW(Shot{}.Take(Solid("sphere", "clay", far), kMaterials), std::runtime_error) << far;
+  EXPECT_THROW(Shot{}.Take(Camera("[1e35, 0, 0]", "[0, 0, 0]") + Solid("cube", "clay")),
+               std::runtime_error);
+}
+
 TEST(RenderSurfaces, ThreadsMakeNoDifference) {
   const std::string scene = Sun(60, "\"angle\": 5") + Solid("sphere", "dull") + "," +
                             Solid("plane", "clay", R"("position": [0, -100, 0], )");
