@@ -87,7 +87,10 @@ bool SimulationThread::prepare(host::BaseObject* object) {
   if (const std::string wrong = what_is_wrong(grid); !wrong.empty()) throw Exception(wrong);
   s.domain_box = grid.box();
   s.world_to_grid = grid.world_to_grid;
-  if (!memory_suffices()) return give_up("the user stopped the run, which needs more memory", true);
+  if (!memory_suffices())
+    return give_up(render_thread_ ? "the run needs more memory than this machine has"
+                                  : "the user stopped the run, which needs more memory",
+                   true);
 
   time_ = start_time_;
   const Origin origin = load_state();

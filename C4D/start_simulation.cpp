@@ -12,18 +12,8 @@
 
 namespace nbx {
 
-namespace {
-
-/// Gives the volume a new cache, beside the one it has.
-bool move_to_new_cache(host::BaseObject& volume) {
-  set_cache_dir_data(volume, {cache_dir_data(volume).base, ""});
-  return !cache_directory(volume, true).empty();
-}
-
-}  // namespace
-
 bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_run,
-                                        RunDialog& dialog) {
+                                        RunDialog& dialog, std::optional<int> at_most) {
   const auto refuse = [&dialog](int title) {
     dialog.refuse(load_string(title), load_string(title + 1));
     return false;
@@ -36,12 +26,12 @@ bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_
     stop(true);
   }
   End(true);
-  if (!continue_run && preference(PREF_ASK_AUTOSAVE, true) && !directory.empty() &&
-      QFileInfo::exists(QString::fromStdString(directory + "/Autosave.c4d"))) {
-    const OldCache choice = dialog.ask_about_cache(load_string(10085), load_string(10086));
-    if (choice == OldCache::kStop) return false;
-    if (choice == OldCache::kMakeNew && !move_to_new_cache(*object)) return refuse(10012);
-  }
+  object_link_ = object;
+  continue_run_ = continue_run;
+  dialog_ = &dialog;
+  state_.reset();
+  if (continue_run ? !find_origin(directory, at_most) : !settle_with_earlier_run(directory))
+    return false;
   const host::BaseDocument& document = object->GetDocument();
   const double rate =
       document.GetActiveRenderData().GetDataInstance().GetReal(host::RENDER_FRAME_RATE);
@@ -52,9 +42,6 @@ bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_
   stop_at_frame_end_ = stop_now_ = false;
   while (question_done_.try_acquire()) {
   }
-  object_link_ = object;
-  continue_run_ = continue_run;
-  dialog_ = &dialog;
   set_running_simulation(this);
   return C4DThread::Start();
 }
