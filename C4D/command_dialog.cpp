@@ -29,6 +29,19 @@ OldCache CommandDialog::ask_about_cache(const std::string& title, const std::str
   return OldCache::kStop;
 }
 
+bool CommandDialog::may_go_on(const std::string& text) {
+  if (arguments_.Has("overwrite") || arguments_.Has("new-cache")) return false;
+  context_.Note(subject_ + text);
+  return true;
+}
+
+// No answer to a question: --yes must not cost the earlier run.
+bool CommandDialog::may_start_over(const std::string& why) {
+  if (arguments_.Has("overwrite")) return true;
+  context_.Error(subject_ + why + ": give --overwrite to simulate over the earlier run");
+  return false;
+}
+
 bool CommandDialog::ask_to_go_on(const std::string& question) {
   if (arguments_.Has("yes") || arguments_.Has("force")) {
     context_.Warning(subject_ + question);

@@ -22,6 +22,8 @@ class CommandDialog final : public RunDialog {
   void message(const std::string& title, const std::string& text) override;
   bool ask_to_stop(const std::string&, const std::string&) override { return false; }
   OldCache ask_about_cache(const std::string& title, const std::string& text) override;
+  bool may_go_on(const std::string& text) override;
+  bool may_start_over(const std::string& why) override;
   /// The question that a run asks while it prepares, on the main thread.
   bool ask_to_go_on(const std::string& question);
 

@@ -51,7 +51,7 @@ std::string what_shares_cache(const host::BaseObject& volume) {
 }
 
 bool must_ask_about_cache(const host::BaseObject& volume) {
-  return preference(PREF_ASK_AUTOSAVE, true) && has_autosave(volume);
+  return preference(PREF_ASK_AUTOSAVE) && has_autosave(volume);
 }
 
 bool move_to_new_cache(host::BaseObject& volume) {

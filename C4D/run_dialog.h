@@ -30,6 +30,12 @@ class RunDialog {
   virtual void message(const std::string& title, const std::string& text) = 0;
   virtual bool ask_to_stop(const std::string& title, const std::string& text) = 0;
   virtual OldCache ask_about_cache(const std::string& title, const std::string& text) = 0;
+  /// A finished run can go on, since its end has moved out; `text` says from where. False if the
+  /// user wants something else.
+  virtual bool may_go_on(const std::string& text) = 0;
+  /// There is no state to go on from, as `why` says. True if the user wants to simulate over the
+  /// earlier run then.
+  virtual bool may_start_over(const std::string& why) = 0;
 
   /// On the simulation thread. Not to be slow.
   virtual int device() const = 0;   // of the run's fields: a device, or -1 for the processor

@@ -55,12 +55,17 @@ std::string value_text(const host::ParameterInfo& info, const host::ParameterVal
   return std::visit(ValueText(), value);
 }
 
+template <class Wanted>
+void add_parameters_if(SceneValues& values, const std::string& name,
+                       const host::BaseList2D& element, const Wanted& wanted) {
+  for (const host::ParameterInfo& info : element.GetDescription().parameters)
+    if (const auto* value = element.GetDataInstance().Find(info.id); value && wanted(info.id))
+      values[name + "." + info.Name()] = value_text(info, *value);
+}
+
 void add_parameters(SceneValues& values, const std::string& name, const host::BaseList2D& element,
                     const std::set<std::int32_t>& left_out) {
-  for (const host::ParameterInfo& info : element.GetDescription().parameters)
-    if (const auto* value = element.GetDataInstance().Find(info.id);
-        value && !left_out.contains(info.id))
-      values[name + "." + info.Name()] = value_text(info, *value);
+  add_parameters_if(values, name, element, [&](std::int32_t id) { return !left_out.contains(id); });
 }
 
 void add_place(SceneValues& values, const std::string& name, const host::BaseObject& object) {
@@ -91,11 +96,15 @@ void add_object(SceneValues& values, host::BaseObject& object) {
     add_object(values, *child);
 }
 
+/// What frames hold of the simulation.
+const std::set<std::int32_t> kFrameParameters{
+    OVOLUME_CACHE_TEMPERATURE, OVOLUME_CACHE_FUEL,  OVOLUME_CACHE_DENSITY, OVOLUME_CACHE_VELOCITY,
+    OVOLUME_CACHE_BURN,        OVOLUME_CACHE_SOLID, OVOLUME_MASK_SOLID};
+
 /// What neither the gas nor its course depend on.
 std::set<std::int32_t> outside_of_the_simulation() {
-  std::set<std::int32_t> ids{OVOLUME_TIME_MODE,         OVOLUME_TIME_START, OVOLUME_TIME_END,
-                             OVOLUME_CACHE_TEMPERATURE, OVOLUME_CACHE_FUEL, OVOLUME_CACHE_DENSITY,
-                             OVOLUME_CACHE_VELOCITY,    OVOLUME_CACHE_BURN};
+  std::set<std::int32_t> ids = kFrameParameters;
+  ids.insert({OVOLUME_TIME_MODE, OVOLUME_TIME_START, OVOLUME_TIME_END});
   for (const ParameterList& group :
        {cache_parameters(), upres_parameters(), shading_parameters(), lighting_parameters(),
         marching_parameters(), display_parameters(), info_parameters()})
@@ -114,6 +123,13 @@ SceneValues scene_values(host::BaseObject& volume) {
     add_parameters(values, tag->GetObject()->GetName(), *tag, {TVOLUME_VERSION});
     add_object(values, *tag->GetObject());
   }
+  return values;
+}
+
+SceneValues frame_values(const host::BaseObject& volume) {
+  SceneValues values;
+  add_parameters_if(values, volume.GetName(), volume,
+                    [](std::int32_t id) { return kFrameParameters.contains(id); });
   return values;
 }
 

@@ -16,6 +16,9 @@ using SceneValues = std::map<std::string, std::string>;
 
 SceneValues scene_values(host::BaseObject& volume);
 
+/// The volume's parameters that choose what its frames hold.
+SceneValues frame_values(const host::BaseObject& volume);
+
 /// "smoke.vorticity (2, now 3), knot.density (1, now nothing)": the first few, and how many more;
 /// empty if there are none.
 std::string differences(const SceneValues& then, const SceneValues& now);

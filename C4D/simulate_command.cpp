@@ -42,7 +42,9 @@ class Run {
       return host::kBadInput;
     CommandDialog dialog(arguments_, context_, subject_);
     SimulationThread& thread = simulation_thread();
-    if (!thread.start_simulation(&volume_, arguments_.Has("continue"), dialog))
+    std::optional<int> from;
+    if (!arguments_.GetStrings("continue").empty()) from = arguments_.GetLong("continue");
+    if (!thread.start_simulation(&volume_, arguments_.Has("continue"), dialog, from))
       return host::kFailed;
     wait(thread, dialog);
     return dialog.finish(thread.failure(), thread.reached_end());
@@ -147,14 +149,18 @@ class SimulateCommand : public host::CommandData {
                          .positional = true,
                          .required = true},
                         {.name = "continue",
-                         .type = OptionType::Flag,
-                         .help = "Goes on from where the last run of this cache stopped"},
+                         .type = OptionType::Long,
+                         .value_name = "FRAME",
+                         .help = "Goes on from the last state that the cache holds, or from the "
+                                 "last one at or before FRAME; the frames before it stay",
+                         .value_optional = true},
                         {.name = "start-from",
                          .value_name = "FILE",
                          .help = "Goes on from the state in a frame file"},
                         {.name = "overwrite",
                          .type = OptionType::Flag,
-                         .help = "Simulates over the frames of an earlier run"},
+                         .help = "Simulates over the frames of an earlier run, also where "
+                                 "--continue finds no state"},
                         {.name = "new-cache",
                          .type = OptionType::Flag,
                          .help = "Leaves an earlier run alone and makes a new cache beside it"},

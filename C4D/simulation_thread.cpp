@@ -55,6 +55,7 @@ bool SimulationThread::step() {
   if (sim_->steps_remaining() > 0) return false;
   if (dialog_) dialog_->frame_done(time_, *sim_);
   report_lost();
+  save_state_if_due();
   return true;
 }
 
@@ -98,23 +99,9 @@ void SimulationThread::forget_scene() {
   source_tags_.clear();
   emitters_.reset();
   solids_.reset();
-  state_notes_.reset();
-  state_loaded_ = false;
-}
-
-void SimulationThread::save_last_state() {
-  if (sim_->steps_remaining() > 0) {
-    LogMessage() << "NOT storing simulation state - remaining steps > 0";
-    return;
-  }
-  // A thread that was told to end may no longer evaluate anything as itself.
-  host::BaseDocument& document = object_->GetDocument();
-  document.SetTime(to_base_time(time_.time));
-  document.ExecutePasses(nullptr, true, true, true);
-  std::string reason;
-  const std::string path = last_state_file(sim_->settings.target_cache->directory());
-  if (!write_state(path, *sim_, time_, scene_values(*object_), reason))
-    warn("the state to go on from isn't saved: " + reason);
+  state_.reset();
+  own_states_.clear();
+  continued_from_.reset();
 }
 
 bool SimulationThread::evaluate_at(const host::BaseTime& time) {

@@ -10,6 +10,9 @@
 //     aborted      the frame is left as soon as possible and isn't stored
 //     cleanup      the state to go on from is saved if a frame has just ended
 //
+// States are saved on the way too if the volume asks for that. Once a run has saved one, those of
+// other runs go, so that nobody goes on from a state that has nothing to do with the frames.
+//
 // From the start to the end event the run owns the document: nobody else may evaluate it.
 #pragma once
 
@@ -18,6 +21,7 @@
 #include <mutex>
 #include <optional>
 #include <semaphore>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -46,8 +50,10 @@ class SimulationThread final : public host::C4DThread, private SceneEvaluator, p
   std::string GetThreadName() const override { return "Nimbrix Simulation"; }
 
   /// Main thread. Asks, saves the scene and starts the thread; `dialog` must live until the thread
-  /// has ended. False if the run was refused or the user wants none.
-  bool start_simulation(host::BaseObject* object, bool continue_run, RunDialog& dialog);
+  /// has ended. False if the run was refused or the user wants none. `continue_run` goes on from
+  /// the last state of the cache, or from the last one at or before the frame `at_most`.
+  bool start_simulation(host::BaseObject* object, bool continue_run, RunDialog& dialog,
+                        std::optional<int> at_most = {});
   /// Ends the run at the end of the frame, or `at_once`. Any thread.
   void stop(bool at_once);
   /// The user's answer to the question of kEventAsk.
@@ -76,20 +82,29 @@ class SimulationThread final : public host::C4DThread, private SceneEvaluator, p
   void Main() override;
 
  private:
+  bool find_origin(const std::string& directory, std::optional<int> at_most);
+  bool settle_with_earlier_run(const std::string& directory);
+  bool extends_earlier_run(const std::string& directory);
   bool prepare(host::BaseObject* object);
   bool open_cache();
   void make_simulation();
   std::string missing_memory();
   bool ask(const std::string& question);
   enum class Origin { kAnew, kFromState, kContinued };
+  bool read_origin();
   Origin load_state();
   void finish_state(Origin origin);
+  void tell_differences(const StateNotes& notes);
   void pre_roll();
   void forget_scene();
   void warn(const std::string& text) {
     if (dialog_) dialog_->warn(text);
   }
+  RunRange run_range() const { return {start_time_.time, end_time_.time}; }
+  void save_state(const std::string& path);
+  void save_state_if_due();
   void save_last_state();
+  void remove_other_states();
   bool give_up(const std::string& why, bool tell);
   bool evaluate_at(const host::BaseTime& time);
   const host::C4DThread* evaluating_thread() const {
@@ -119,8 +134,10 @@ class SimulationThread final : public host::C4DThread, private SceneEvaluator, p
   bool frame_done_ = false;
   bool reached_end_ = false;
   std::string failure_;
-  bool state_loaded_ = false;
-  std::optional<StateNotes> state_notes_;
+  std::unique_ptr<SavedState> state_;  // to go on from, until the run has it
+  std::string no_state_;               // why there is none
+  std::set<std::string> own_states_;   // files that this run has saved, or has come from
+  std::optional<int> continued_from_;  // frame of the state that a continued run has come from
 
   std::atomic<bool> stop_at_frame_end_{false}, stop_now_{false};
   std::atomic<bool> question_answer_{false};

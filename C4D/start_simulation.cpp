@@ -10,7 +10,7 @@
 namespace nbx {
 
 bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_run,
-                                        RunDialog& dialog) {
+                                        RunDialog& dialog, std::optional<int> at_most) {
   const auto refuse = [&dialog](int title, int text) {
     dialog.refuse(load_string(title), load_string(text));
     return false;
@@ -25,11 +25,13 @@ bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_
     stop(true);
   }
   End(true);
-  if (!continue_run && must_ask_about_cache(*object)) {
-    const OldCache choice = dialog.ask_about_cache(load_string(10085), load_string(10086));
-    if (choice == OldCache::kStop) return false;
-    if (choice == OldCache::kMakeNew && !move_to_new_cache(*object)) return refuse(10009, 10012);
-  }
+  const std::string directory = find_cache(*object);
+  object_link_ = object;
+  continue_run_ = continue_run;
+  dialog_ = &dialog;
+  state_.reset();
+  if (continue_run ? !find_origin(directory, at_most) : !settle_with_earlier_run(directory))
+    return false;
   const host::BaseDocument& document = object->GetDocument();
   const double rate =
       document.GetActiveRenderData().GetDataInstance().GetReal(host::RENDER_FRAME_RATE);
@@ -40,9 +42,6 @@ bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_
   stop_at_frame_end_ = stop_now_ = false;
   while (question_done_.try_acquire()) {
   }
-  object_link_ = object;
-  continue_run_ = continue_run;
-  dialog_ = &dialog;
   return C4DThread::Start();
 }
 

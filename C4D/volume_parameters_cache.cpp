@@ -31,6 +31,10 @@ ParameterList cache_parameters() {
       file(OVOLUME_STATE_FILE, "OVOLUME_STATE_FILE", "Frame file with the state to start from"),
       still(flag(OVOLUME_STATE_CONTINUE_TIME, "OVOLUME_STATE_CONTINUE_TIME", true,
                  "A run from a state goes on at the state's time; else it starts at its own")),
+      still(
+          whole(OVOLUME_SAVE_STATE_EVERY, "OVOLUME_SAVE_STATE_EVERY", 0, 0, 1e6,
+                "Frames from one saved state to the next, so that a run that is cut off can go on "
+                "from the last one; 0: only the state at the end is saved")),
       still(flag(OVOLUME_SIMULATE_ON_RENDER, "OVOLUME_SIMULATE_ON_RENDER", false,
                  "A render of several frames simulates them as it goes")),
       whole(OVOLUME_FRAME_STRIDE, "OVOLUME_FRAME_STRIDE", 1, -1e6, 1e6,

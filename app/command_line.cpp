@@ -1,6 +1,7 @@
 #include "app/command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <deque>
 
 #include "app/option_check.h"
@@ -79,7 +80,7 @@ std::vector<OptionInfo> AllOptions(const host::CommandInfo& command) {
 struct Slot {
   OptionInfo info;
   std::vector<std::string> words;
-  std::size_t count = 0;  ///< of a flag
+  std::size_t count = 0;  ///< of mentions without a value
 };
 
 /// As it stands in the help.
@@ -97,12 +98,32 @@ void AddOptions(CLI::App& line, std::deque<Slot>& slots) {
       continue;
     }
     CLI::Option* option = line.add_option(Shown(info), slot.words, info.help);
-    option->type_name(info.positional ? "" : info.value_name)->required(info.required);
+    const std::string value = info.value_optional ? "[" + info.value_name + "]" : info.value_name;
+    option->type_name(info.positional ? "" : value)->required(info.required);
     // Each mention takes one word, so that what follows can be a positional argument.
     option->expected(1)->allow_extra_args(info.positional && info.repeatable);
     option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     if (info.positional && info.repeatable) option->expected(info.required ? 1 : 0, 1 << 20);
   }
+}
+
+/// The line without the options that are given without their value. One whose value may be left out
+/// takes the next word only if that is a value.
+std::vector<std::string> TakeBare(const std::vector<std::string>& words, std::deque<Slot>& slots) {
+  std::vector<std::string> rest;
+  for (auto word = words.begin(); word != words.end(); ++word) {
+    const auto next = word + 1;
+    const auto bare = [&](const Slot& slot) {
+      return slot.info.value_optional && *word == Shown(slot.info) &&
+             (next == words.end() || !WhatIsWrong(slot.info, *next).empty());
+    };
+    const auto slot = std::find_if(slots.begin(), slots.end(), bare);
+    if (slot == slots.end())
+      rest.push_back(*word);
+    else
+      ++slot->count;
+  }
+  return rest;
 }
 
 /// Words that the line has no place for.
@@ -122,7 +143,8 @@ void RefuseExtras(const CLI::App& line, const std::deque<Slot>& slots) {
 void TakeSlot(const Slot& slot, host::CommandArguments& arguments) {
   const OptionInfo& info = slot.info;
   if (slot.count > 0) arguments.AddFlag(info.name);
-  if (slot.words.size() > 1 && !info.repeatable)
+  const bool flag = info.type == OptionType::Flag;
+  if (slot.words.size() + (flag ? 0 : slot.count) > 1 && !info.repeatable)
     throw UsageError(Shown(info) + " is given more than once");
   for (const std::string& word : slot.words) {
     const std::string wrong = WhatIsWrong(info, word);
@@ -147,7 +169,9 @@ ParsedLine ParseLine(const host::CommandInfo& command, const std::vector<std::st
 
   ParsedLine parsed;
   try {
-    line.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+    std::vector<std::string> rest = TakeBare(words, slots);
+    std::reverse(rest.begin(), rest.end());
+    line.parse(rest);
   } catch (const CLI::CallForHelp&) {
     parsed.text_to_print = line.help();
     return parsed;

@@ -39,6 +39,7 @@ struct OptionInfo {
   bool positional = false;
   bool required = false;
   bool repeatable = false;
+  bool value_optional = false;  ///< Has() without a value is fine; not for texts
   double minimum = -2147483648.0, maximum = 2147483647.0;  ///< for Long and Real
   std::vector<std::string> choices = {};
 };

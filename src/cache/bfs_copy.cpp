@@ -29,7 +29,8 @@ bool BFS::copyFiles(const std::string& folder,
   const QDir from(QString::fromStdString(directory_)), to(QString::fromStdString(folder));
   const QString before = QString::fromStdString(prefix_);
   const QString after = QString::fromStdString(cache_prefix(folder));
-  const QStringList files = from.entryList({"*.bcf"}, QDir::Files, QDir::Name);
+  // States to go on from have notes beside them.
+  const QStringList files = from.entryList({"*.bcf", "*SimState.json"}, QDir::Files, QDir::Name);
   int done = 0;
   for (const QString& file : files) {
     if (progress) progress(done++, static_cast<int>(files.size()));

@@ -14,16 +14,31 @@
 
 namespace nbx {
 
-/// The generator with its tiles, which the first advance_tile makes. Only advance_tile changes it;
-/// all else reads, from any number of threads. Noise without a tile is 0.
+/// The generator with its tiles, which the first advance_tile makes. Only advance_tile and
+/// restore_noise change it; all else reads, from any number of threads. Noise without a tile is 0.
 struct WaveletNoise {
-  std::mt19937 rng;     // with the engine's own default seed
-  Field<float> tile_a;  // the tile of time tile_time
-  Field<float> tile_b;  // the tile of time tile_time + 1
-  Field<float> tile;    // the blend that is evaluated
-  int tile_time = 0;    // a whole time
-  int tile_size = 64;   // edge of the tile: a power of two from 4 on
+  std::mt19937 rng;                 // with the engine's own default seed
+  Field<float> tile_a;              // the tile of time tile_time
+  Field<float> tile_b;              // the tile of time tile_time + 1
+  Field<float> tile;                // the blend that is evaluated
+  int tile_time = 0;                // a whole time
+  int tile_size = 64;               // edge of the tile: a power of two from 4 on
+  std::mt19937 before_a, before_b;  // the generator as it was before it drew each tile
 };
+
+/// What it takes to bring noise back: the tiles are drawn again from the generator as it was before
+/// them. A count of the numbers drawn so far would not do, since a noise that changes faster than
+/// the substeps skips billions of them in each.
+struct NoiseState {
+  std::mt19937 rng, before_a, before_b;
+  int tile_time = 0;
+  bool has_tiles = false;
+  bool operator==(const NoiseState&) const = default;
+};
+NoiseState noise_state(const WaveletNoise& noise);
+/// From here on `noise` gives what the noise of that state gives. `three_d` and `normalize` as it
+/// had them. Throws std::bad_alloc, after a log line.
+void restore_noise(WaveletNoise& noise, const NoiseState& state, bool three_d, bool normalize);
 
 /// Makes `noise.tile` the tile of time |t|. Going on to the next or the last whole time costs one
 /// new tile, any other jump two, and the numbers of the tiles before are skipped then, up to some

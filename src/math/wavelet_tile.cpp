@@ -122,15 +122,24 @@ void advance_tile(WaveletNoise& noise, float t, bool three_d, bool normalize) {
   const int i = static_cast<int>(time);
   const bool have_tiles = noise.tile_a.dims() == dims && noise.tile_b.dims() == dims;
   const int from = have_tiles ? noise.tile_time : i - 2;
-  const auto generate = [&](Field<float>& out) {
-    generate_tile(out, noise, n, three_d, normalize);
+  const auto generate_a = [&] {
+    noise.before_a = noise.rng;
+    generate_tile(noise.tile_a, noise, n, three_d, normalize);
+  };
+  const auto generate_b = [&] {
+    noise.before_b = noise.rng;
+    generate_tile(noise.tile_b, noise, n, three_d, normalize);
+  };
+  const auto swap = [&] {
+    noise.tile_a.swap(noise.tile_b);
+    std::swap(noise.before_a, noise.before_b);
   };
   if (i == from + 1) {
-    noise.tile_a.swap(noise.tile_b);
-    generate(noise.tile_b);
+    swap();
+    generate_b();
   } else if (i == from - 1) {
-    noise.tile_a.swap(noise.tile_b);
-    generate(noise.tile_a);
+    swap();
+    generate_a();
   } else if (i != from) {
     // A run that begins late first draws what it would have drawn on the way. The limit keeps that
     // within seconds; times beyond it share their numbers.
@@ -138,8 +147,8 @@ void advance_tile(WaveletNoise& noise, float t, bool three_d, bool normalize) {
     const auto numbers = static_cast<unsigned long long>(n) * static_cast<unsigned>(n) *
                          static_cast<unsigned>(dims[2]);
     noise.rng.discard(numbers * static_cast<unsigned>(std::clamp(i - 1, 0, kMostSkipped)));
-    generate(noise.tile_a);
-    generate(noise.tile_b);
+    generate_a();
+    generate_b();
   }
   noise.tile_time = i;
   const float s = time - static_cast<float>(i);
@@ -162,6 +171,19 @@ void advance_tile_from_start(WaveletNoise& noise, float t, bool three_d, bool no
     for (std::ptrdiff_t k = 0; k < numbers; ++k) uniform(noise.rng);
   if (noise.tile_time + 1 < i) advance_tile(noise, static_cast<float>(i - 1), three_d, normalize);
   advance_tile(noise, time, three_d, normalize);
+NoiseState noise_state(const WaveletNoise& noise) {
+  return {noise.rng, noise.before_a, noise.before_b, noise.tile_time, noise.tile_a.count() > 0};
+}
+
+void restore_noise(WaveletNoise& noise, const NoiseState& state, bool three_d, bool normalize) {
+  if (state.has_tiles) {
+    noise.rng = noise.before_a = state.before_a;
+    generate_tile(noise.tile_a, noise, noise.tile_size, three_d, normalize);
+    noise.rng = noise.before_b = state.before_b;
+    generate_tile(noise.tile_b, noise, noise.tile_size, three_d, normalize);
+  }
+  noise.rng = state.rng;
+  noise.tile_time = state.tile_time;
 }
 
 }  // namespace nbx

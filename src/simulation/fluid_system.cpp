@@ -14,6 +14,11 @@ constexpr int kFrameTypes[3] = {kGridVelocityX, kGridVelocityY, kGridVelocityZ};
 constexpr int kSecondSetTypes[3] = {kGridSecondVelocityX, kGridSecondVelocityY,
                                     kGridSecondVelocityZ};
 
+bool has_all(const SimFrame& frame, const int (&types)[3]) {
+  return std::all_of(std::begin(types), std::end(types),
+                     [&](int type) { return frame.grids.contains(type); });
+}
+
 }  // namespace
 
 Vec3i FluidSystem::face_dims(int axis) const {
@@ -108,23 +113,25 @@ void FluidSystem::store(SimFrame& frame, const SimSettings& settings, const Grid
   for (std::size_t axis = 0; axis < 3; ++axis) add(velocity_[axis], kSecondSetTypes[axis]);
 }
 
+bool FluidSystem::has_velocity(const SimFrame& frame) { return has_all(frame, kFrameTypes); }
+
 void FluidSystem::load(SimFrame& frame) {
+  if (!has_velocity(frame)) {
+    clear();
+    resize({0, 0, 0});
+    wind_seen_ = {settings_.wind_direction, settings_.wind_speed};
+    zero_velocity_ = wind_seen_.velocity() == Vec3d();
+    return;
+  }
   const auto take = [&](const int(&types)[3], std::array<MField, 3>& components) {
-    for (int type : types)
-      if (!frame.grids.contains(type)) return false;
     for (int axis = 0; axis < 3; ++axis) {
       MField& component = components[static_cast<std::size_t>(axis)];
       component.assign(*frame.grid(types[axis]));
       if (component.dims() != face_dims(axis)) component.resize_offset({}, face_dims(axis), 0);
     }
-    return true;
   };
-  if (!take(kFrameTypes, detail_)) {
-    clear();
-    resize({0, 0, 0});
-    return;
-  }
-  if (!take(kSecondSetTypes, velocity_)) return;
+  take(kFrameTypes, detail_);
+  take(has_all(frame, kSecondSetTypes) ? kSecondSetTypes : kFrameTypes, velocity_);
   zero_velocity_ = std::all_of(velocity_.begin(), velocity_.end(),
                                [](MField& component) { return m_infnorm(component) == 0; });
   // Frames show the plain velocity where there is no detail.

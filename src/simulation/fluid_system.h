@@ -40,7 +40,11 @@ class FluidSystem : public SimSystem, public FrameStorable {
   void clear() override;
 
   void store(SimFrame& frame, const SimSettings& settings, const GridMatrix& matrix) override;
+  /// Takes the plain velocity and that with detail. A frame that holds only the one that is shown,
+  /// as frames for rendering do, gives the plain one. Without any, the gas moves with the wind.
   void load(SimFrame& frame) override;
+  /// True if the frame holds the velocity that is shown.
+  static bool has_velocity(const SimFrame& frame);
 
   MField& component(int axis) { return velocity_[static_cast<std::size_t>(axis)]; }
   MField& U() { return velocity_[0]; }

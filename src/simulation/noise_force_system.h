@@ -14,8 +14,11 @@ class NoiseForceSystem : public SimSystem, public VelocityForce {
   void begin_frame(FieldSource& fields) override { fields_ = &fields; }
   void add_forces(FluidSystem& /*fluid*/, double /*dt*/) override {}
   /// Draws what a run from one time of the simulation to another has drawn on its way, so that it
-  /// goes on with the same eddies.
+  /// goes on with the same eddies: for states that don't hold the noise. It takes the strength and
+  /// the period for constant, and the period for no shorter than a substep.
   void catch_up(double from, double to);
+  NoiseState state() const { return noise_state(noise_); }
+  void restore(const NoiseState& state) { restore_noise(noise_, state, true, false); }
   void add_detail(FluidSystem& fluid) override;
 
  private:

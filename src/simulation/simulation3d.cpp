@@ -121,18 +121,21 @@ bool Simulation3D::load_state(SceneEvaluator& scene, SimFrame& frame) {
   cuda_use_flags().use_gpu = true;
 
   const Vec3i dims = frame.dims();
-  if (dims[0] < 3 || dims[1] < 3 || dims[2] < 3) {
-    LogMessage() << "Failed to load state form sim frame: Invalid grid size";
-    return false;
-  }
+  const bool has_cells = std::min({dims[0], dims[1], dims[2]}) >= 3;
+  if (!has_cells) LogMessage() << "Failed to load state form sim frame: Invalid grid size";
 
   settings.sim_time = frame.simTime;
   init_state(scene);
   clear_sources();  // those of the time before the state's
-  apply_box(frame.box());
+  // Even without cells a state says how fast the space around the gas moves.
+  apply_box(has_cells ? frame.box() : IntBox());
   for (FrameStorable* storable : storables_) storable->load(frame);
-  return true;
+  return has_cells;
 }
+
+NoiseState Simulation3D::noise_state() const { return noise_->state(); }
+
+void Simulation3D::restore_noise(const NoiseState& state) { noise_->restore(state); }
 
 void Simulation3D::catch_up_noise(double start) {
   noise_->catch_up(start, settings.sim_time.time.value());

@@ -58,11 +58,16 @@ class Simulation3D final : private VelocityForce,
   bool start(SceneEvaluator& scene, const FrameTime& time);
 
   /// Goes on from a stored frame, which isn't one that is held in the target cache. False, with a
-  /// log line, for a frame with a grid below 3 cells. Throws what reading the frame throws.
+  /// log line, for a frame with less than 3 cells on an axis: the state is then that of its time,
+  /// without gas. Throws what reading the frame throws.
   bool load_state(SceneEvaluator& scene, SimFrame& frame);
 
-  /// After load_state: lets the noise go on as in a run that began at `start`, a time of the
-  /// simulation, and has come to the state's.
+  /// Where the noise stands, which frames have no place for.
+  NoiseState noise_state() const;
+  /// After load_state: lets the noise go on from there.
+  void restore_noise(const NoiseState& state);
+  /// The same without such a state: as in a run that began at `start`, a time of the simulation,
+  /// and has come to the state's.
   void catch_up_noise(double start);
 
   /// Advances by one frame and stores it; `time` moves on by its frame length. When `progress` (may

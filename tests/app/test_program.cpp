@@ -91,6 +91,7 @@ TEST_F(Program, BadUsageAndBadInputGiveOneLineAndCodeTwo) {
       {{"probe", "scene.json", "--axis", "z"}, "--axis: \"z\" isn't one of x, y"},
       {{"probe", "scene.json", "--object", "A", "--object", "B"},
        "--object is given more than once"},
+      {{"probe", "scene.json", "--since", "--since=4"}, "--since is given more than once"},
       {{"probe", "two.json"},
        "two.json: the scene has 2 box objects (\"A\", \"B\"); choose one "
        "with --object NAME"},
@@ -121,6 +122,11 @@ TEST_F(Program, OptionsReachTheCommand) {
   EXPECT_EQ(outcome.err, "frame -2\nframe -1\n");
 
   EXPECT_EQ(Run({"probe", "much.json", "--force"}).code, 0);
+  // A value that may be left out never swallows the next argument.
+  for (const std::string words : {"--since scene.json", "scene.json --since"})
+    EXPECT_NE(Shell("$P probe " + words + " >out").out.find("since ever"), std::string::npos);
+  for (const std::string words : {"--since -3 scene.json", "scene.json --since=-3"})
+    EXPECT_NE(Shell("$P probe " + words + " >out").out.find("since -3"), std::string::npos);
 
   const Outcome json = Run({"probe", "scene.json", "--json", "--quiet", "--frames", "1"});
   EXPECT_EQ(json.out, "{\"event\":\"box\",\"name\":\"A\",\"edge\":2.0}\n");

@@ -59,6 +59,7 @@ TEST_F(CacheDirectories, LockListAndRemove) {
   make_file(base + "/b", "1.bcf", 1000);
   make_file(base + "/b", "2.bcf", 500);
   make_file(base + "/b", "Autosave.c4d", 9);
+  make_file(base + "/b", "LastSimState.json", 9);
   make_file(base + "/a", "LastSimState.bcf");
   make_file(base + "/without", "frame.txt");
   EXPECT_EQ(list_caches(base), (std::vector<CacheListEntry>{{"a", 0}, {"b", 1500}}));
@@ -112,16 +113,18 @@ TEST_F(CacheDirectories, Copies) {
   store_frame(store, -4);
   store_frame(store, 5);
   make_file(from, "LastSimState.bcf", 3);
+  make_file(from, "LastSimState.json", 3);
   make_file(from, "CacheLock.lck");
   std::vector<std::pair<int, int>> told;
   ASSERT_TRUE(store->copyDir(to, [&](int done, int all) { told.emplace_back(done, all); }));
-  EXPECT_EQ(told, (std::vector<std::pair<int, int>>{{0, 3}, {1, 3}, {2, 3}, {3, 3}}));
+  EXPECT_EQ(told, (std::vector<std::pair<int, int>>{{0, 4}, {1, 4}, {2, 4}, {3, 4}, {4, 4}}));
   const std::shared_ptr<BFS> copy = getCache(to + "/cache");
   ASSERT_TRUE(copy);
   EXPECT_EQ(copy->prefix(), cache_prefix(to + "/cache"));
   EXPECT_EQ(copy->frames(), (std::vector<int>{-4, 5}));
   EXPECT_TRUE(SlotHandle(copy, -4, 0, true));
   EXPECT_TRUE(std::filesystem::exists(to + "/cache/LastSimState.bcf"));
+  EXPECT_TRUE(std::filesystem::exists(to + "/cache/LastSimState.json"));
   EXPECT_FALSE(cache_locked(to + "/cache"));
 
   EXPECT_FALSE(store->copyDir(to, {}));  // the files are there already

@@ -18,100 +18,233 @@ const char* const kScene = R"({
   "objects": [
     {"type": "volume", "name": "fire",
      "keyframes": {"position": [[0, [0, 20, 0]], [4, [1, 20, 0]], [9, [6, 21, 0]]],
+                   KEYS
                    "parameters.wind_speed": [[0, 0], [9, 120]], "parameters.time_scale": [[0, 1], [9, 0.5]]},
      "parameters": {"size": [24, 40, 20], "voxel_size": 1, "closed_y_min": true,
        "simulate_density": true, "simulate_fuel": true, "simulate_burn": true,
        "fuel_driver": "temperature", "fuel_driver_blur": 2, "fuel_curve": [[0, 0], [0.2, 1]],
-       "fuel_to_expansion": 0.3, "decay_fuel": 0.3, "max_substeps": 3, "noise_period": 0.05, "NOISE": 0}},
+       "fuel_to_expansion": 0.3, "decay_fuel": 0.3, "max_substeps": 3, VALUES}},
     {"type": "mesh", "name": "log", "scale": [3, 3, 3], "parameters": {"file": "SPHERE"},
      "keyframes": {"position": [[0, [-4, 8, 0]], [9, [5, 12, 3]]]},
-     "tags": [{"type": "emitter", "parameters": {"fuel": 1, "temperature": 1, "expansion": 1}}]},
+     "tags": [{"type": "emitter", TAG}]},
     {"type": "mesh", "name": "lid", "scale": [2, 2, 2], "parameters": {"file": "SPHERE"},
      "keyframes": {"position": [[0, [0, 22, 0]], [9, [3, 18, 0]]]},
      "tags": [{"type": "emitter", "parameters": {"solid": true}}]}
   ]})";
 
+const char* const kBurning = R"("parameters": {"fuel": 1, "temperature": 1, "expansion": 1})";
+
+std::string fire(const std::string& values, const std::string& keys = "",
+                 const std::string& tag = kBurning) {
+  return replaced(replaced(replaced(kScene, "VALUES", values), "KEYS", keys), "TAG", tag);
+}
+
 class Continue : public test::PluginFixture {
  protected:
-  int simulate(const std::string& path, int last, const std::string& cache,
-               const std::vector<std::string>& flags = {}) {
-    auto arguments = simulate_arguments(path, last, cache);
+  /// What a user types who allows nothing.
+  int simulate(const std::string& path, int first, int last, const std::string& cache,
+               const std::vector<std::string>& flags = {}, const std::string& from = "") {
+    host::CommandArguments arguments;
+    arguments.Add("scene", path);
+    std::vector<std::int32_t> frames;
+    for (int f = first; f <= last; ++f) frames.push_back(f);
+    arguments.AddFrames("frames", frames);
+    arguments.Add("cache", folder_.file(cache));
     for (const std::string& flag : flags) arguments.AddFlag(flag);
+    if (!from.empty()) arguments.Add(fs::exists(from) ? "start-from" : "continue", from);
     return run("simulate", arguments);
+  }
+  int simulate(const std::string& path, int last, const std::string& cache,
+               const std::vector<std::string>& flags = {}, const std::string& from = "") {
+    return simulate(path, 0, last, cache, flags, from);
   }
   bool warned(const std::string& text) {
     return std::any_of(context_->warnings.begin(), context_->warnings.end(),
                        [&](const auto& line) { return line.find(text) != std::string::npos; });
   }
+  bool refused(const std::string& text) {
+    return !context_->errors.empty() && context_->errors[0].find(text) != std::string::npos;
+  }
+  std::int64_t first_frame() { return context_->all<std::int64_t>("start", "first").at(0); }
+  std::int64_t frames_made() { return context_->all<std::int64_t>("end", "frames").at(0); }
+  void expect_same_frames(const std::string& a, const std::string& b, std::size_t count) {
+    const auto left = frame_files(a), right = frame_files(b);
+    ASSERT_EQ(left.size(), count);
+    ASSERT_EQ(right.size(), count);
+    for (std::size_t i = 0; i < count; ++i)
+      EXPECT_TRUE(test::read_file(left[i]) == test::read_file(right[i])) << "frame " << i;
+  }
+  std::vector<std::string> states(const std::string& cache) {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder_.file(cache)))
+      if (entry.path().string().find("SimState") != std::string::npos)
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+  }
 };
 
+// From its end, from a state on the way, and from a state whose notes are of an earlier version.
 TEST_F(Continue, GivesTheFramesOfARunThatNeverStopped) {
-  for (const char* noise : {"vorticity", "noise_strength"}) {
-    const auto path = scene(replaced(kScene, "\"NOISE\": 0", std::string("\"") + noise + "\": 40"));
-    ASSERT_EQ(simulate(path, 6, "whole"), host::kDone);
+  const std::string changing =
+      R"("parameters.noise_strength": [[0, 0], [1, 0], [2, 40]],
+         "parameters.noise_period": [[0, 0.05], [6, 0.009]],)";
+  const std::string late =
+      R"("parameters": {"expansion": 0},
+         "keyframes": {"parameters.fuel": [[0, 0], [4, 0], [5, 1]],
+                       "parameters.temperature": [[0, 0], [4, 0], [5, 1]]})";
+  const std::string noise = R"("noise_strength": 40, "noise_period": 0.05)";
+  const std::string every = R"(, "save_state_every": 2)";
+  struct Case {
+    const char* what;
+    std::string values, keys, tag;
+  };
+  for (const auto& [what, values, keys, tag] :
+       {Case{"vorticity", R"("vorticity": 40)", "", kBurning},
+        Case{"old notes", noise, "", kBurning},
+        Case{"changing noise", R"("vorticity": 1)", changing, kBurning},
+        Case{"no gas yet", R"("vorticity": 1)", changing, late}}) {
+    SCOPED_TRACE(what);
+    ASSERT_EQ(simulate(scene(fire(values, keys, tag)), 7, "whole"), host::kDone);
+    const auto path = scene(fire(values + every, keys, tag));
     ASSERT_EQ(simulate(path, 3, "parts"), host::kDone);
-    ASSERT_EQ(simulate(path, 6, "parts", {"continue"}), host::kDone);
+    if (what == std::string("old notes")) {
+      const auto notes = folder_.file("parts/LastSimState.json");
+      const std::string text = test::read_file(notes);
+      std::ofstream(notes) << replaced(replaced(text, "\"noise\"", "\"x\""), "\"bytes\"", "\"y\"");
+    }
+    ASSERT_EQ(simulate(path, 7, "parts", {"continue"}), host::kDone);
     EXPECT_FALSE(warned("isn't that of the state")) << context_->warnings.front();
-    EXPECT_EQ(context_->all<std::int64_t>("start", "first"), std::vector<std::int64_t>{4});
-    const auto whole = frame_files("whole"), parts = frame_files("parts");
-    ASSERT_EQ(whole.size(), 7u);
-    ASSERT_EQ(parts.size(), 7u);
-    for (std::size_t i = 0; i < 7; ++i)
-      EXPECT_EQ(test::read_file(whole[i]), test::read_file(parts[i])) << noise << " frame " << i;
+    EXPECT_EQ(first_frame(), 4);
+    expect_same_frames("whole", "parts", 8);
+    EXPECT_EQ(states("parts"),
+              (std::vector<std::string>{"0000000004SimState.bcf", "0000000004SimState.json",
+                                        "0000000006SimState.bcf", "0000000006SimState.json",
+                                        "LastSimState.bcf", "LastSimState.json"}));
+    ASSERT_EQ(simulate(path, 7, "parts", {}, "5"), host::kDone);
+    EXPECT_EQ(first_frame(), 5);
+    expect_same_frames("whole", "parts", 8);
     fs::remove_all(folder_.file("whole"));
     fs::remove_all(folder_.file("parts"));
   }
 }
 
-TEST_F(Continue, TellsWhatChangedAndWhatIsMissing) {
-  const auto path = scene(replaced(kScene, "\"NOISE\": 0", "\"vorticity\": 0"));
-  ASSERT_EQ(simulate(path, 2, "cache", {"continue"}), host::kDone);
-  EXPECT_TRUE(warned("there is no such file; the run starts at frame 0"));
+TEST_F(Continue, TellsWhatChangedAndRefusesWhatWouldLoseARun) {
+  const auto path = scene(fire(R"("vorticity": 0, "save_state_every": 1)"));
   const std::string state = folder_.file("cache/LastSimState.bcf");
-  const std::string bytes = test::read_file(state);
+  ASSERT_EQ(simulate(path, 1, "cache", {"continue"}), host::kDone);
+  EXPECT_TRUE(warned("there is no such file; the run starts at frame 0"));
+  ASSERT_EQ(simulate(path, 2, "cache", {"continue"}), host::kDone);
 
   const std::string text = test::read_file(path);
-  std::ofstream(path) << replaced(text, "\"vorticity\": 0", "\"vorticity\": 3");
-  ASSERT_EQ(simulate(path, 3, "cache", {"continue"}), host::kDone);
-  EXPECT_TRUE(warned("fire.vorticity (0, now 3)"));
-  EXPECT_EQ(context_->all<std::int64_t>("end", "frames"), std::vector<std::int64_t>{1});
-
-  // A file that is cut starts anew; one without whole grids goes on empty, at its time.
-  std::ofstream(state, std::ios::binary) << bytes.substr(0, bytes.size() / 2);
-  ASSERT_EQ(simulate(path, 1, "cache", {"continue"}), host::kDone);
-  EXPECT_TRUE(warned("the run starts at frame 0"));
-  EXPECT_EQ(context_->all<std::int64_t>("end", "frames"), std::vector<std::int64_t>{2});
-  SimFrame small;
-  small.frameTime = {{3, 24}, {1, 24}};
-  small.add(acquire_field({2, 2, 2}), kGridDensity, {0, 0, 0}, {});
-  ASSERT_GT(small.write(state, Codec::kRaw), 0u);
+  std::ofstream(path) << replaced(text, "\"vorticity\": 0",
+                                  "\"cache_velocity\": true, \"vorticity\": 3");
   ASSERT_EQ(simulate(path, 4, "cache", {"continue"}), host::kDone);
-  EXPECT_TRUE(warned("less than 3 voxels"));
-  EXPECT_EQ(context_->all<std::int64_t>("start", "first"), std::vector<std::int64_t>{4});
+  EXPECT_TRUE(warned("fire.vorticity (0, now 3)"));
+  EXPECT_TRUE(warned("the frames before hold other things: fire.cache_velocity"));
+  EXPECT_EQ(frames_made(), 2);
+
+  // States that can't be read are passed over, one after the other.
+  const std::string bytes = test::read_file(state);
+  std::ofstream(state, std::ios::binary) << bytes.substr(0, bytes.size() / 2);
+  ASSERT_EQ(simulate(path, 4, "cache", {"continue"}), host::kDone);
+  EXPECT_TRUE(warned("the run goes on from frame 3")) << context_->warnings.at(0);
+  EXPECT_EQ(simulate(path, 4, "cache", {}, "1"), host::kFailed);
+  EXPECT_TRUE(
+      refused("no state to go on from at or before frame 1: the first state is that of "
+              "frame 3: give --overwrite"));
+  for (const std::string& name : states("cache")) fs::remove(folder_.file("cache/" + name));
+  EXPECT_EQ(simulate(path, 4, "cache", {"continue", "yes"}), host::kFailed);
+  EXPECT_TRUE(refused("there is no such file: give --overwrite"));
+  EXPECT_EQ(frame_files().size(), 5u);
+  EXPECT_EQ(simulate(path, 0, "cache", {"continue", "overwrite"}), host::kDone);
+
+  // A kill between the notes and the state leaves a state that still has its own.
+  ASSERT_EQ(simulate(path, 1, "pair"), host::kDone);
+  const std::string pair = folder_.file("pair/LastSimState.bcf");
+  const std::string old_state = test::read_file(pair);
+  ASSERT_EQ(simulate(path, 2, "pair", {"continue"}), host::kDone);
+  std::ofstream(pair, std::ios::binary) << old_state;
+  std::ofstream(path) << replaced(text, "\"vorticity\": 0", "\"vorticity\": 5");
+  ASSERT_EQ(simulate(path, 2, "pair", {}, "0"), host::kFailed);
+  ASSERT_EQ(simulate(path, 2, "pair", {}, "1"), host::kDone);
+  EXPECT_TRUE(warned("fire.vorticity (3, now 5)"));
 }
 
 TEST_F(Continue, QuestionsAreAnsweredByOptions) {
-  const auto path = scene(replaced(kScene, "\"NOISE\": 0", "\"vorticity\": 0"));
-  host::CommandArguments plain;
-  plain.Add("scene", path);
-  plain.AddFrames("frames", {0});
-  plain.Add("cache", folder_.file("cache"));
-  ASSERT_EQ(run("simulate", plain), host::kDone);
-  EXPECT_EQ(frame_files().size(), 1u) << "a range of one frame";
-  EXPECT_EQ(run("simulate", plain), host::kFailed);
-  EXPECT_NE(context_->errors.at(0).find("give --overwrite"), std::string::npos);
-  auto fresh = plain;
-  fresh.AddFlag("new-cache");
-  EXPECT_EQ(run("simulate", fresh), host::kDone);
-  EXPECT_EQ(frame_files("Cache 001").size(), 1u);
+  const auto path = scene(fire(R"("vorticity": 0)"));
+  ASSERT_EQ(simulate(path, 0, "one"), host::kDone);
+  EXPECT_EQ(frame_files("one").size(), 1u) << "a range of one frame";
+  ASSERT_EQ(simulate(path, 1, "cache"), host::kDone);
+  EXPECT_EQ(simulate(path, 1, "cache"), host::kFailed);
+  EXPECT_TRUE(refused("give --overwrite"));
+
+  // A finished run whose end moves out goes on; with anything else changed it is asked about.
+  ASSERT_EQ(simulate(path, 2, "cache"), host::kDone);
+  EXPECT_EQ(first_frame(), 2);
+  ASSERT_EQ(simulate(path, 2, "whole"), host::kDone);
+  expect_same_frames("whole", "cache", 3);
+  EXPECT_EQ(simulate(path, 1, "cache"), host::kFailed);
+  EXPECT_EQ(simulate(path, 1, 3, "cache"), host::kFailed);
+  for (const char* other : {R"("vorticity": 1)", R"("vorticity": 0, "cache_velocity": true)"})
+    EXPECT_EQ(simulate(scene(fire(other)), 3, "cache"), host::kFailed) << other;
+  scene(fire(R"("vorticity": 0)"));
+  ASSERT_EQ(simulate(path, 3, "cache", {"overwrite"}), host::kDone);
+  EXPECT_EQ(first_frame(), 0);
+  ASSERT_EQ(simulate(path, 4, "cache", {"new-cache"}), host::kDone);
+  EXPECT_EQ(frame_files("Cache 001").size(), 5u);
+  fs::remove(frame_files().at(1));
+  EXPECT_EQ(simulate(path, 4, "cache"), host::kFailed) << "a frame is missing";
+
   std::ofstream(folder_.file("cache/CacheLock.lck"));
-  EXPECT_EQ(simulate(path, 0, "cache"), host::kFailed);
-  EXPECT_NE(context_->errors.at(0).find("locked"), std::string::npos);
-  const auto huge = scene(replaced(replaced(kScene, "\"NOISE\": 0", "\"vorticity\": 0"),
-                                   "\"voxel_size\": 1", "\"voxel_size\": 0.022"));
+  EXPECT_EQ(simulate(path, 0, "cache", {"overwrite"}), host::kFailed);
+  EXPECT_TRUE(refused("locked"));
+  const auto huge =
+      scene(replaced(fire(R"("vorticity": 0)"), "\"voxel_size\": 1", "\"voxel_size\": 0.022"));
   EXPECT_EQ(simulate(huge, 0, "huge"), host::kFailed);
-  EXPECT_NE(context_->errors.at(0).find("of memory"), std::string::npos);
+  EXPECT_TRUE(refused("of memory"));
   EXPECT_TRUE(frame_files("huge").empty());
+}
+
+// Frames for rendering hold less than states.
+TEST_F(Continue, StartsFromOrdinaryFrames) {
+  // What neither frame nor scene tell is left out: the driver's blur, and a wind from motion.
+  std::string smoke = fire(R"("cache_velocity": true, "cache_fuel": true)");
+  smoke = replaced(smoke, R"("fuel_driver_blur": 2)", R"("fuel_driver_blur": 0)");
+  smoke =
+      replaced(smoke, R"("position": [[0, [0, 20, 0]], [4, [1, 20, 0]], [9, [6, 21, 0]]],)", "");
+  smoke = replaced(smoke, R"("parameters.wind_speed": [[0, 0], [9, 120]],)", "");
+  const auto path =
+      scene(replaced(smoke, R"("name": "fire",)", R"("name": "fire", "position": [0, 20, 0],)"));
+  ASSERT_EQ(simulate(path, 4, "whole"), host::kDone);
+  const auto whole = frame_files("whole");
+  ASSERT_EQ(simulate(path, 4, "from", {}, whole[3]), host::kDone);
+  EXPECT_EQ(first_frame(), 4);
+  EXPECT_TRUE(test::read_file(frame_files("from").at(0)) == test::read_file(whole[4]));
+  EXPECT_FALSE(warned("holds no velocity"));
+
+  SimFrame still, empty;
+  ASSERT_TRUE(still.load(whole[3]));
+  ASSERT_TRUE(still.grid(kGridDensity));
+  const std::string path_still = folder_.file("still.bcf"), path_empty = folder_.file("empty.bcf");
+  ASSERT_GT(still.write(path_still, Codec::kRaw), 0u);
+  ASSERT_EQ(simulate(path, 4, "still", {}, path_still), host::kDone);
+  EXPECT_TRUE(warned("still.bcf holds no velocity"));
+
+  // One without whole grids goes on empty at its time, or doesn't change a run that starts at its
+  // own.
+  empty.frameTime = {{3, 24}, {1, 24}};
+  empty.add(acquire_field({2, 2, 2}), kGridDensity, {0, 0, 0}, {});
+  ASSERT_GT(empty.write(path_empty, Codec::kRaw), 0u);
+  ASSERT_EQ(simulate(path, 4, "empty", {}, path_empty), host::kDone);
+  EXPECT_TRUE(warned("less than 3 voxels: the run goes on without gas"));
+  EXPECT_EQ(first_frame(), 4);
+  const std::string text = test::read_file(path);
+  std::ofstream(path) << replaced(text, R"("cache_velocity")",
+                                  R"("state_continue_time": false, "cache_velocity")");
+  ASSERT_EQ(simulate(path, 4, "anew", {}, path_empty), host::kDone);
+  EXPECT_TRUE(warned("less than 3 voxels: a new run starts"));
+  expect_same_frames("whole", "anew", 5);
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 // Runs of the program that are killed, at every kind of moment: what was finished is whole, and
 // what wasn't is never taken for a frame.
 #include <csignal>
+#include <random>
+#include <set>
 #include <thread>
 
 #include <fcntl.h>
@@ -16,15 +18,23 @@
 namespace nbx {
 namespace {
 
-pid_t start(const std::string& cache) {
+namespace fs = std::filesystem;
+using Words = std::vector<std::string>;
+
+pid_t start(const std::string& cache, const Words& words) {
+  Words all{"nimbrix",   "simulate", NBX_SCENES "/first_smoke.json", "--log-file",
+            "/dev/null", "--set",    "*.cache_velocity=true",        "--overwrite",
+            "--cache",   cache};
+  all.insert(all.end(), words.begin(), words.end());
+  std::vector<char*> arguments;
+  for (std::string& word : all) arguments.push_back(word.data());
+  arguments.push_back(nullptr);
   const pid_t child = fork();
   if (child != 0) return child;
   const int nowhere = open("/dev/null", O_RDWR);
   dup2(nowhere, STDOUT_FILENO);
   dup2(nowhere, STDERR_FILENO);
-  execl(NBX_PROGRAM, "nimbrix", "simulate", NBX_SCENES "/first_smoke.json", "--frames", "0-40",
-        "--set", "*.voxel_size=0.5", "--set", "*.cache_velocity=true", "--log-file", "/dev/null",
-        "--overwrite", "--cache", cache.c_str(), nullptr);
+  execv(NBX_PROGRAM, arguments.data());
   _exit(127);
 }
 
@@ -33,7 +43,7 @@ TEST(Kill, FinishedFramesAreWholeAndTheUnfinishedOneIsFound) {
   for (int i = 0; i < 50; ++i) {
     const test::TemporaryFolder folder;
     const std::string cache = folder.file("cache");
-    const pid_t child = start(cache);
+    const pid_t child = start(cache, {"--frames", "0-40", "--set", "*.voxel_size=0.5"});
     // Most often right after a file has appeared, while it is being filled; else anywhere.
     const auto frames = static_cast<std::size_t>(1 + i % 4);
     int status = 0;
@@ -62,6 +72,80 @@ TEST(Kill, FinishedFramesAreWholeAndTheUnfinishedOneIsFound) {
   }
   EXPECT_GT(finished, 10);
   EXPECT_GT(unfinished, 10) << "no kill hit the writer: the test tests nothing";
+}
+
+// The numbers in the names of states within a run.
+std::set<int> states(const std::string& cache) {
+  std::set<int> frames;
+  for (const auto& entry : fs::directory_iterator(cache))
+    if (const std::string name = entry.path().filename().string();
+        name.ends_with("SimState.bcf") && name[0] != 'L')
+      frames.insert(std::stoi(name));
+  return frames;
+}
+
+int frames_since(const std::string& cache, fs::file_time_type time) {
+  int count = 0;
+  for (const auto& [number, name] : list_frames(cache))
+    count += fs::last_write_time(cache + "/" + name) > time;
+  return count;
+}
+
+TEST(Kill, ARunGoesOnFromItsLastStateAndGivesTheSameFrames) {
+  const test::TemporaryFolder folder;
+  const std::string whole = folder.file("whole"), parts = folder.file("parts");
+  const Words all{"--frames", "0-26", "--set", "*.voxel_size=2"};
+  Words saving = all;
+  for (const char* word : {"--set", "*.save_state_every=3", "--continue"}) saving.push_back(word);
+  const auto run_to_end = [](const std::string& cache, const Words& words) {
+    int status = 0;
+    waitpid(start(cache, words), &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+  };
+  ASSERT_TRUE(run_to_end(whole, all));
+
+  fs::create_directories(parts);
+  std::mt19937 random(5);
+  std::set<int> went_on_from;
+  for (int i = 0; i < 6; ++i) {
+    const auto before = states(parts);
+    if (!before.empty()) went_on_from.insert(*before.rbegin());
+    const auto time = fs::file_time_type::clock::now();
+    const pid_t child = start(parts, saving);
+    // At once when a state has come, or anywhere in the next frames.
+    const int frames = 1 + static_cast<int>(random() % 4);
+    const auto reached = [&] {
+      return i % 2 == 0 ? states(parts) != before : frames_since(parts, time) >= frames;
+    };
+    int status = 0;
+    while (!reached() && waitpid(child, &status, WNOHANG) == 0)
+      std::this_thread::sleep_for(std::chrono::microseconds(200));
+    if (i % 2 == 1) std::this_thread::sleep_for(std::chrono::microseconds(random() % 40000));
+    kill(child, SIGKILL);
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFSIGNALED(status)) << "the run ended before kill " << i;
+
+    const auto now = states(parts);
+    ASSERT_FALSE(now.empty()) << "kill " << i << " left no state";
+    EXPECT_LE(now.size(), 3u);  // two, and one that was about to be removed
+    const auto names = list_frames(parts);
+    for (int f = 0; f <= *now.rbegin(); ++f) {
+      ASSERT_TRUE(names.contains(f)) << "kill " << i << " left a state without frame " << f;
+      EXPECT_TRUE(read_frame_file_info(parts + "/" + names.at(f), true).good()) << f;
+    }
+  }
+  EXPECT_GE(went_on_from.size(), 3u) << "the runs always began anew";
+
+  ASSERT_TRUE(run_to_end(parts, saving));
+  const auto left = list_frames(whole), right = list_frames(parts);
+  ASSERT_EQ(left.size(), 27u);
+  ASSERT_EQ(right.size(), 27u);
+  for (const auto& [number, name] : left)
+    EXPECT_TRUE(test::read_file(whole + "/" + name) ==
+                test::read_file(parts + "/" + right.at(number)))
+        << "frame " << number;
+  for (const auto& entry : fs::directory_iterator(parts))
+    EXPECT_NE(entry.path().extension(), ".part") << "what the kills left isn't cleaned up";
 }
 
 }  // namespace

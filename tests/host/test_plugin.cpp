@@ -69,6 +69,11 @@ class Probe final : public CommandData {
                          .value_name = "FACTOR",
                          .help = "a factor",
                          .minimum = 0},
+                        {.name = "since",
+                         .type = OptionType::Long,
+                         .value_name = "FRAME",
+                         .help = "a frame, or simply since ever",
+                         .value_optional = true},
                         {.name = "wait", .type = OptionType::Flag, .help = "for an interrupt"},
                         {.name = "throw", .type = OptionType::Flag, .help = "an exception"}},
             .common = {Frames, Object, Cache, Threads, Device, Set, Force}};
@@ -91,6 +96,7 @@ class Probe final : public CommandData {
     context.Result(box->GetName() + ", edge " + std::to_string(edge) + ", frames" + frames +
                    ", gain " + std::to_string(arguments.GetReal("gain", 1)) + ", threads " +
                    std::to_string(arguments.GetLong("threads", 1)));
+    if (arguments.Has("since")) context.Result("since " + arguments.GetString("since", "ever"));
     context.Event("box", {{"name", box->GetName()}, {"edge", edge}});
     if (arguments.Has("wait")) {
       context.Note("waiting");

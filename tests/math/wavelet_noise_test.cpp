@@ -176,5 +176,21 @@ TEST(WaveletNoise, TilesOfSuccessiveTimes) {
   }
 }
 
+// After each kind of step, and before the first, noise that is brought back goes on as the other.
+TEST(WaveletNoise, ComesBackFromItsState) {
+  WaveletNoise noise;
+  noise.tile_size = 8;
+  const float times[] = {0.5f, 1.5f, 0.25f, 7.5f, 8.5f, 9000.5f, 9000.75f, 2.5f};
+  for (const float time : times) {
+    WaveletNoise back;
+    back.tile_size = 8;
+    restore_noise(back, noise_state(noise), true, false);
+    EXPECT_TRUE(noise_state(back) == noise_state(noise)) << "before " << time;
+    advance_tile(noise, time, true, false);
+    advance_tile(back, time, true, false);
+    EXPECT_TRUE(test::same_bits(back.tile, noise.tile)) << time;
+  }
+}
+
 }  // namespace
 }  // namespace nbx

@@ -209,13 +209,33 @@ TEST(Simulation3D, FramesAreStoredAndTheStateComesBack) {
   EXPECT_TRUE(test::same_bits(resumed.channel(kDensity), run.channel(kDensity)));
   EXPECT_TRUE(test::same_bits(resumed.channel(kTemperature), run.channel(kTemperature)));
 
-  // A grid below 3 cells is refused.
+  // A frame without the second set gives its velocity, one without any that of the wind.
+  for (const int type : {kGridSecondVelocityX, kGridSecondVelocityY, kGridSecondVelocityZ})
+    frame.grids.erase(type);
+  SmokeRun shown;
+  ASSERT_TRUE(shown.sim.load_state(shown.scene, frame));
+  shown.time = frame.frameTime;
+  shown.frames(3);
+  EXPECT_TRUE(test::same_bits(shown.sim.fluid().V().cpu_field(), run.sim.fluid().V().cpu_field()));
+  frame.grids.erase(kGridVelocityY);
+  SmokeRun windy;
+  windy.sim.settings.wind_direction = {0, 1, 0};
+  windy.sim.settings.wind_speed = 0.5;
+  ASSERT_TRUE(windy.sim.load_state(windy.scene, frame));
+  EXPECT_FALSE(windy.sim.fluid().zero_velocity());
+  EXPECT_EQ(windy.sim.fluid().V().cpu_field()(7, 7, 7), 0.5f);
+  EXPECT_EQ(windy.sim.fluid().wind_seen().speed, 0.5);
+
+  // A grid below 3 cells is refused, and leaves a simulation that can go on.
   test::LogCapture log;
   SimFrame small;
   small.add(acquire_field({2, 9, 9}), kGridDensity, {0, 0, 0}, {});
   SmokeRun refused;
   EXPECT_FALSE(refused.sim.load_state(refused.scene, small));
   EXPECT_TRUE(log.contains("Failed to load state form sim frame: Invalid grid size"));
+  EXPECT_TRUE(refused.sim.settings.active_box.empty());
+  refused.frames(1);
+  EXPECT_GT(infnorm(refused.channel(kDensity)), 0);
 
   // Frames that don't reach the disk are counted, and the run goes on, in either way of writing.
   run.sim.settings.target_cache->finishWrites();
