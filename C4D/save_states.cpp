@@ -1,6 +1,6 @@
 // The states that a run leaves to go on from: at its end, and on the way if the volume asks for it.
-#include "C4D/parameter_reader.h"
 #include "C4D/host_conversion.h"
+#include "C4D/parameter_reader.h"
 #include "C4D/simulation_thread.h"
 #include "C4D/volume_parameters.h"
 #include "util/log.h"
