@@ -110,9 +110,9 @@ void prepare_volume(HostVolume& volume, host::BaseRender* render,
   }
   if (volume.frame->grids.empty()) return;
 
-  params.framesPerSecond = document.GetFps();
+  params.framesPerSecond = document.GetFps().Value();
   const std::int32_t start = render ? render->GetFirstFrame() : 0;
-  params.secondsSinceStart = now.Get() - static_cast<double>(start) / document.GetFps();
+  params.secondsSinceStart = now.Get() - host::BaseTime::FromFrame(start, document.GetFps()).Get();
   const Affine3d object = to_affine(volume.object->GetMg());
   params.worldToObject = inverse(object);
   params.objectToCell =

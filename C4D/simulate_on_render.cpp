@@ -1,7 +1,6 @@
 #include "C4D/simulate_on_render.h"
 
 #include <QDir>
-#include <cmath>
 #include <exception>
 
 #include "C4D/load_string.h"
@@ -14,8 +13,8 @@ namespace nbx {
 
 namespace {
 
-int frame_of(const host::BaseTime& time, int fps) {
-  return static_cast<int>(std::trunc(time.Get() * fps));
+int frame_of(const host::BaseTime& time, const host::FrameRate& rate) {
+  return static_cast<int>(time.GetFrame(rate));
 }
 
 bool wants_simulation(const HostVolume& volume, const host::BaseRender& render) {
@@ -53,7 +52,8 @@ void simulate_up_to_frame(HostVolume& volume, host::BaseRender& render) {
   if (!wants_simulation(volume, render)) return;
   host::BaseDocument& document = volume.object->GetDocument();
   const host::BaseTime now = document.GetTime();
-  const int fps = document.GetFps(), frame = frame_of(now, fps);
+  const host::FrameRate fps = document.GetFps();
+  const int frame = frame_of(now, fps);
   const TimeRange range = time_range(*volume.object);
   if (frame < frame_of(range.start, fps) || frame > frame_of(range.end, fps)) return;
   try {

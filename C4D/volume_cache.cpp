@@ -77,12 +77,9 @@ TimeRange time_range(const host::BaseObject& volume) {
 
 int frame_at_time(const host::BaseObject& volume, const host::BaseTime& time) {
   const host::BaseContainer& p = volume.GetDataInstance();
-  const std::int32_t fps = volume.GetDocument().GetFps();
+  const host::FrameRate fps = volume.GetDocument().GetFps();
   const host::BaseTime start = time_range(volume).start;
-  const host::BaseTime since{
-      time.GetNumerator() * start.GetDenominator() - start.GetNumerator() * time.GetDenominator(),
-      time.GetDenominator() * start.GetDenominator()};
-  const std::int64_t frame = p.GetLong(OVOLUME_FRAME_STRIDE, 1) * since.GetFrame(fps) +
+  const std::int64_t frame = p.GetLong(OVOLUME_FRAME_STRIDE, 1) * (time - start).GetFrame(fps) +
                              start.GetFrame(fps) - p.GetLong(OVOLUME_FRAME_OFFSET);
   return static_cast<int>(std::clamp<std::int64_t>(frame, -2147483647, 2147483647));
 }
