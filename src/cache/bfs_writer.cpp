@@ -66,7 +66,7 @@ void BFS::saveClaimed(Lock& lock, Slot& slot) {
   ++slot.readers;
   slot.saving = true;
   lock.unlock();
-  const Saved saved = save(slot.data, here);
+  const Saved saved = save(slot.data, slot.frame, here);
   lock.lock();
   slot.saving = false;
   --slot.readers;
@@ -75,7 +75,7 @@ void BFS::saveClaimed(Lock& lock, Slot& slot) {
 
 // Saves a slot that nobody writes to, with the mutex held.
 void BFS::storeSlot(Slot& slot) {
-  if (slot.state == State::kDirty) settle(slot, save(slot.data, place()));
+  if (slot.state == State::kDirty) settle(slot, save(slot.data, slot.frame, place()));
 }
 
 void BFS::settle(Slot& slot, const Saved& saved) {
@@ -86,10 +86,9 @@ void BFS::settle(Slot& slot, const Saved& saved) {
   changed_.notify_all();
 }
 
-BFS::Saved BFS::save(const SimFrame& frame, const Place& place) {
+BFS::Saved BFS::save(const SimFrame& frame, int number, const Place& place) {
   Saved saved;
   try {
-    const int number = frame.frameTime.frame();
     if (!place.readable()) {
       saved.settled = true;
       saved.error = "The cache directory " + place.directory + " can't be read.";
@@ -121,7 +120,7 @@ bool BFS::writeThrough(SimFrame& frame) {
   const Place here = place();
   lock.unlock();
   const Stopwatch watch;
-  const Saved saved = save(frame, here);
+  const Saved saved = save(frame, slot.frame, here);
   frame.saved = saved.size > 0;
   lock.lock();
   secondsWaited_ += watch.seconds();
