@@ -48,10 +48,14 @@ inline host::BaseTime to_base_time(const Fraction& f) {
   return {std::llround(f.num), std::max<std::int64_t>(std::llround(f.den), 1)};
 }
 
+/// Seconds from one frame to the next.
+inline Fraction frame_length(const host::FrameRate& rate) {
+  return {static_cast<double>(rate.Denominator()), static_cast<double>(rate.Numerator())};
+}
+
 /// The document time of a frame.
-inline FrameTime frame_time(int frame, int fps) {
-  return {normalize({static_cast<double>(frame), static_cast<double>(fps)}),
-          Fraction{1, static_cast<double>(fps)}};
+inline FrameTime frame_time(int frame, const host::FrameRate& rate) {
+  return {to_fraction(host::BaseTime::FromFrame(frame, rate)), frame_length(rate)};
 }
 
 /// Brings the scene to a time, as precisely as a millionth of a second.

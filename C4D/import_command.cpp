@@ -24,6 +24,9 @@ class ImportCommand final : public host::CommandData {
         {.name = "output",
          .value_name = "SCENE",
          .help = "the scene of a model file, default: its name with .json, in this folder"}};
+    options.push_back({.name = "force",
+                       .type = host::OptionType::Flag,
+                       .help = "Reads a model however much work its polygons and keys ask for"});
     for (const host::OptionInfo& option : import_vdb_options()) options.push_back(option);
     return {.verb = "import",
             .help = "Takes in files of other programs: volumes become a cache, models a scene",

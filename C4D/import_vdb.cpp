@@ -3,9 +3,10 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <cmath>
+#include <optional>
 #include <set>
 
+#include "C4D/host_conversion.h"
 #include "C4D/vdb_options.h"
 #include "cache/cache_directories.h"
 #include "cache/cache_registry.h"
@@ -32,15 +33,10 @@ int number_in_name(const std::string& file) {
   return digits.match(name).captured(1).toInt();
 }
 
-/// Rates that a division left beside a whole number are that number.
-double tidy(double rate) {
-  return std::abs(rate - std::round(rate)) < 1e-6 ? std::round(rate) : rate;
-}
-
 class Importer {
  public:
-  Importer(std::shared_ptr<BFS> store, const VdbOptions& options, double fps,
-           host::CommandContext& context)
+  Importer(std::shared_ptr<BFS> store, const VdbOptions& options,
+           const std::optional<host::FrameRate>& fps, host::CommandContext& context)
       : store_(std::move(store)),
         options_(options),
         names_(known_vdb_names(options)),
@@ -79,18 +75,24 @@ class Importer {
     return found == content.numbers.end() ? number_in_name(path) : static_cast<int>(found->second);
   }
 
-  void set_times(SimFrame& frame, int number, const VdbContent& content) const {
+  static host::FrameRate rate_in_file(const VdbContent& content) {
     const auto found = content.numbers.find("frames_per_second");
-    const double in_file = found == content.numbers.end() ? 25 : tidy(found->second);
-    const double rate = fps_ > 0 ? fps_ : in_file;
-    frame.frameTime = {normalize({static_cast<double>(number), rate}), normalize({1, rate})};
+    if (found == content.numbers.end()) return {};
+    std::string error;
+    const auto rate = host::FrameRate::FromReal(found->second, error);
+    if (!rate) throw Exception("its rate " + error + "; give the right one with --fps");
+    return *rate;
+  }
+
+  void set_times(SimFrame& frame, int number, const VdbContent& content) const {
+    frame.frameTime = frame_time(number, fps_ ? *fps_ : rate_in_file(content));
     if (frame.simTime.length.num == 0) frame.simTime = frame.frameTime;
   }
 
   const std::shared_ptr<BFS> store_;
   const VdbOptions options_;
   const std::map<std::string, int> names_;
-  const double fps_;  // 0: that of the files
+  const std::optional<host::FrameRate> fps_;  // else that of the files
   host::CommandContext& context_;
   std::set<int> numbers_;
   std::set<std::string> told_;
@@ -117,12 +119,10 @@ std::vector<host::OptionInfo> import_vdb_options() {
   using host::OptionType;
   std::vector<host::OptionInfo> options{
       {.name = "fps",
-       .type = OptionType::Real,
+       .type = OptionType::Rate,
        .value_name = "RATE",
-       .help = "Frames per second of a VDB sequence, default: what its files tell, or 25; or of a "
-               "model's animation",
-       .minimum = 1e-3,
-       .maximum = 10000},
+       .help = "Frames per second, as 25, 29.97 or 30000/1001, of a VDB sequence, default: what "
+               "its files tell, or 25; or of a model's animation"},
       {.name = "codec",
        .type = OptionType::Choice,
        .value_name = "CODEC",
@@ -153,7 +153,7 @@ host::ExitCode import_vdb(const std::string& path, const host::CommandArguments&
   const std::shared_ptr<BFS> store = open_target(arguments, context);
   if (!store) return host::kBadInput;
 
-  Importer importer(store, options, arguments.GetReal("fps"), context);
+  Importer importer(store, options, arguments.GetRate("fps"), context);
   std::size_t done = 0;
   bool interrupted = false;
   for (const std::string& file : files) {

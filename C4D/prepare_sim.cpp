@@ -78,10 +78,8 @@ bool SimulationThread::prepare(host::BaseObject* object) {
   if (s.simulated_channels.empty()) warn("no channel is simulated");
   if (source_tags_.empty()) warn("the scene has no enabled emitter tag");
   const TimeRange range = time_range(*object);
-  const std::int32_t fps = document.GetFps();
-  const auto at = [fps](const host::BaseTime& t) {
-    return FrameTime{to_fraction(t), Fraction{1, static_cast<double>(fps)}};
-  };
+  const Fraction length = frame_length(document.GetFps());
+  const auto at = [&length](const host::BaseTime& t) { return FrameTime{to_fraction(t), length}; };
   start_time_ = at(range.start);
   end_time_ = at(range.end);
   s.start_time = start_time_;

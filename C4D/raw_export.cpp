@@ -43,9 +43,10 @@ void write_raw(const std::string& stem, SimFrame& frame) {
                              {"staggered_axis", staggered_axis(type)},
                              {"matrix", array(grid.gridMatrix)}});
   }
-  const QJsonObject description{{"frame", frame.frameTime.frame()},
-                                {"frames_per_second", 1 / frame.frameTime.length.value()},
-                                {"grids", grids}};
+  const QJsonObject description{
+      {"frame", frame.frameTime.frame()},
+      {"frames_per_second", frame.frameTime.length.den / frame.frameTime.length.num},
+      {"grids", grids}};
   const QByteArray text = QJsonDocument(description).toJson();
   write_file(base + ".json", text.constData(), static_cast<std::size_t>(text.size()));
 }

@@ -70,7 +70,7 @@ void prepare_volume(HostVolume& volume, host::BaseRender* render,
   }
   if (volume.frame->grids.empty()) return;
 
-  params.framesPerSecond = document.GetFps();
+  params.framesPerSecond = document.GetFps().Value();
   params.seconds = now.Get();
   params.worldToObject = inverse(to_affine(volume.object->GetMg()));
   params.objectToCell =

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <algorithm>
 
 #include "C4D/load_string.h"
 #include "C4D/volume_cache.h"
@@ -13,6 +14,7 @@ namespace nbx {
 namespace {
 
 constexpr std::int32_t kCollectCommand = 1024000;
+constexpr char kCaches[] = "nbx4d_caches";
 
 /// Hands the message to an object and all that lies under and behind it.
 void tell(host::BaseObject* object, host::SaveAssets& assets) {
@@ -26,7 +28,9 @@ class CollectCommand final : public host::CommandData {
  public:
   host::CommandInfo GetInfo() const override {
     return {.verb = "collect",
-            .help = "Saves a scene, with copies of its caches, into a folder",
+            .help =
+                "Saves a scene into a folder, with copies of its caches, meshes, pictures and "
+                "all other files that it names",
             .options = {{.name = "scene",
                          .value_name = "SCENE",
                          .help = "The scene document",
@@ -52,6 +56,8 @@ class CollectCommand final : public host::CommandData {
           context.Progress(std::to_string(done) + " of " + std::to_string(total) + " files", false);
         }};
     tell(document->GetFirstObject(), assets);
+    for (const std::string& failure : context.CollectFiles(*document, assets.folder))
+      assets.failures.push_back(failure);
     for (const std::string& failure : assets.failures) context.Error(failure);
     const QFileInfo scene(QString::fromStdString(arguments.GetString("scene")));
     const std::string path =
@@ -65,22 +71,65 @@ class CollectCommand final : public host::CommandData {
 
 }  // namespace
 
+namespace {
+
+/// The first of "smoke", "smoke 2" ... in the folder that nobody else has.
+template <class IsFree>
+CacheDirData free_place(const std::string& base, const std::string& name, IsFree is_free) {
+  CacheDirData place{base, name};
+  for (int n = 2; !is_free(base + "/" + place.name); ++n)
+    place.name = name + " " + std::to_string(n);
+  return place;
+}
+
+bool is_taken(const host::SaveAssets& assets, const std::string& folder) {
+  return std::any_of(assets.copies.begin(), assets.copies.end(),
+                     [&folder](const auto& copy) { return copy.second == folder; });
+}
+
+/// A cache that is yet to be simulated goes into the project too.
+void save_empty_cache(host::BaseObject& volume, const QDir& project, host::SaveAssets& assets) {
+  const std::string named = named_cache(volume);
+  const std::string base = project.absoluteFilePath(kCaches).toStdString();
+  if (cache_dir_data(volume).base.empty() || named.empty()) return;
+  const auto [copy, is_new] = assets.copies.try_emplace(named);
+  if (is_new) {
+    const CacheDirData place =
+        free_place(base, cache_dir_data(volume).name, [&](const std::string& folder) {
+          return !is_taken(assets, folder) && !QFileInfo::exists(QString::fromStdString(folder));
+        });
+    copy->second = place.base + "/" + place.name;
+  }
+  volume.GetDataInstance().SetFilename(OVOLUME_CACHE_NAME, {copy->second});
+}
+
+}  // namespace
+
 void save_cache(host::BaseObject& volume, host::SaveAssets& assets) {
-  const auto store = volume_cache(volume, false);
-  if (!store) return;
-  const std::string source = store->directory(), name = volume.GetName();
   const QDir project(QString::fromStdString(assets.folder.path));
-  const CacheDirData copy{project.absoluteFilePath("nbx4d_caches").toStdString(),
-                          QDir(QString::fromStdString(source)).dirName().toStdString()};
-  if (source == copy.base + "/" + copy.name) return;
-  if (!project.mkpath("nbx4d_caches")) {
+  const auto store = volume_cache(volume, false);
+  if (!store) return save_empty_cache(volume, project, assets);
+  const std::string source = store->directory(), name = volume.GetName();
+  if (source.starts_with(project.absolutePath().toStdString() + "/")) return;
+  const auto copied = assets.copies.find(source);
+  if (copied != assets.copies.end()) {
+    volume.GetDataInstance().SetFilename(OVOLUME_CACHE_NAME, {copied->second});
+    return;
+  }
+  const CacheDirData copy = free_place(
+      project.absoluteFilePath(kCaches).toStdString(),
+      QDir(QString::fromStdString(source)).dirName().toStdString(), [&](const std::string& folder) {
+        return !is_taken(assets, folder) && store->copyFits(folder);
+      });
+  if (!project.mkpath(kCaches)) {
     LogMessage() << "Failed to create cache directory in " << assets.folder.path;
     assets.failures.push_back("volume \"" + name + "\": " + load_string(10009) + ": " +
                               load_string(10012) + " (" + copy.base + ")");
-  } else if (!store->copyDir(copy.base, assets.progress)) {
+  } else if (!store->copyDir(copy.base, assets.progress, copy.name)) {
     assets.failures.push_back("volume \"" + name + "\": the cache " + source +
                               " can't be copied to " + copy.base);
   } else {
+    assets.copies[source] = copy.base + "/" + copy.name;
     set_cache_dir_data(volume, copy);
   }
 }

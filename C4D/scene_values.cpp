@@ -116,7 +116,7 @@ std::set<std::int32_t> outside_of_the_simulation() {
 
 SceneValues scene_values(host::BaseObject& volume) {
   SceneValues values;
-  values["fps"] = std::to_string(volume.GetDocument().GetFps());
+  values["fps"] = volume.GetDocument().GetFps().Text();
   add_place(values, volume.GetName(), volume);
   add_parameters(values, volume.GetName(), volume, outside_of_the_simulation());
   for (host::BaseTag* tag : find_source_tags(volume.GetDocument())) {

@@ -64,7 +64,7 @@ class Run {
       context_.Error("--frames: a simulation runs through every frame: give FIRST-LAST");
       return false;
     }
-    const std::int32_t fps = volume_.GetDocument().GetFps();
+    const host::FrameRate fps = volume_.GetDocument().GetFps();
     parameters_.SetLong(OVOLUME_TIME_MODE, OVOLUME_TIME_OWN_RANGE);
     parameters_.SetTime(OVOLUME_TIME_START, host::BaseTime::FromFrame(first, fps));
     parameters_.SetTime(OVOLUME_TIME_END, host::BaseTime::FromFrame(last, fps));

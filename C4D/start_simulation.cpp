@@ -1,5 +1,5 @@
 // The start of a user's run: questions and refusals, on the main thread.
-#include <cmath>
+#include <string>
 
 #include "C4D/load_string.h"
 #include "C4D/run_checks.h"
@@ -35,7 +35,8 @@ bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_
   const host::BaseDocument& document = object->GetDocument();
   const double rate =
       document.GetActiveRenderData().GetDataInstance().GetReal(host::RENDER_FRAME_RATE);
-  if (rate > 0 && std::lround(rate) != document.GetFps())
+  std::string ignored;
+  if (rate > 0 && host::FrameRate::FromReal(rate, ignored) != document.GetFps())
     dialog.message(load_string(10119), load_string(10118));
   autosave(*object);
 

@@ -93,12 +93,9 @@ TimeRange time_range(const host::BaseObject& volume) {
 
 int frame_at_time(const host::BaseObject& volume, const host::BaseTime& time) {
   const ParameterReader p(volume);
-  const std::int32_t fps = volume.GetDocument().GetFps();
+  const host::FrameRate fps = volume.GetDocument().GetFps();
   const host::BaseTime start = time_range(volume).start;
-  const host::BaseTime since{
-      time.GetNumerator() * start.GetDenominator() - start.GetNumerator() * time.GetDenominator(),
-      time.GetDenominator() * start.GetDenominator()};
-  const std::int64_t frame = p.whole(OVOLUME_FRAME_STRIDE) * since.GetFrame(fps) +
+  const std::int64_t frame = p.whole(OVOLUME_FRAME_STRIDE) * (time - start).GetFrame(fps) +
                              start.GetFrame(fps) - p.whole(OVOLUME_FRAME_OFFSET);
   return static_cast<int>(std::clamp<std::int64_t>(frame, -2147483647, 2147483647));
 }

@@ -36,7 +36,7 @@ class VolumeTag final : public host::TagData {
     if (version >= kTagParametersVersion) return;
     p.SetLong(TVOLUME_VERSION, kTagParametersVersion);
     if (version > 1) return;
-    const double frame = 1.0 / tag.GetDocument().GetFps();
+    const double frame = 1.0 / tag.GetDocument().GetFps().Value();
     for (const std::int32_t amount : {TVOLUME_DENSITY, TVOLUME_TEMPERATURE, TVOLUME_FUEL}) {
       p.SetReal(amount, p.GetReal(amount) * frame);
       tag.ScaleKeys(amount, frame);

@@ -44,11 +44,11 @@ OptionInfo Describe(CommonOption option) {
               .help = "cpu, or the number of a GPU, default: cpu"};
     case CommonOption::Fps:
       return {.name = "fps",
-              .type = OptionType::Long,
-              .value_name = "N",
-              .help = "frames per second, where the scene is a model file with animation",
-              .minimum = 1,
-              .maximum = 10000};
+              .type = OptionType::Rate,
+              .value_name = "RATE",
+              .help =
+                  "frames per second, as 25, 29.97 or 30000/1001, where the scene is a model "
+                  "file with animation"};
     case CommonOption::Force:
       return {.name = "force",
               .type = OptionType::Flag,

@@ -38,6 +38,10 @@ std::string WhatIsWrong(const host::OptionInfo& option, const std::string& text)
       return Parse(text, whole) ? Bounded(option, whole) : "isn't a whole number";
     case host::OptionType::Real:
       return Parse(text, real) && std::isfinite(real) ? Bounded(option, real) : "isn't a number";
+    case host::OptionType::Rate: {
+      std::string error;
+      return host::FrameRate::Parse(text, error) ? "" : error;
+    }
     case host::OptionType::Device:
       return text == "cpu" || (Parse(text, whole) && whole >= 0) ? ""
                                                                  : "is neither cpu nor a number";

@@ -43,8 +43,7 @@ Document::Document() : render_(std::make_unique<SceneRender>()) {
 }
 
 bool Document::ExecutePasses(const C4DThread* thread, bool animation, bool, bool caches) {
-  const double frame =
-      static_cast<double>(time_.GetNumerator() * fps) / static_cast<double>(time_.GetDenominator());
+  const double frame = time_.GetFramePosition(fps);
   if (thread && thread->TestBreak()) return false;
   if (animation) Animate(frame);
   if (!caches) return true;
@@ -112,7 +111,7 @@ SceneVideoPost* Document::GetActiveVideoPost(std::int32_t type) const {
 
 void Document::Open() {
   const std::vector<SceneObject*> all = AllObjects();
-  ModelFiles files;
+  ModelFiles files(force);
   for (SceneObject* object : all)
     if (object->GetType() == kPolygonObject) LoadMesh(*object, *this, files);
   SetTime(GetMinTime());

@@ -21,7 +21,7 @@ class Document final : public BaseDocument {
   std::string GetDocumentName() const override { return name; }
   Filename GetDocumentPath() const override { return {folder}; }
   Filename Resolve(const Filename& path) const override;
-  std::int32_t GetFps() const override { return fps; }
+  FrameRate GetFps() const override { return fps; }
   BaseTime GetMinTime() const override { return BaseTime::FromFrame(start, fps); }
   BaseTime GetMaxTime() const override { return BaseTime::FromFrame(end, fps); }
   BaseTime GetLoopMinTime() const override { return BaseTime::FromFrame(preview_start, fps); }
@@ -72,7 +72,9 @@ class Document final : public BaseDocument {
 
   std::string name;    ///< file name; empty if never on disk
   std::string folder;  ///< absolute
-  std::int32_t fps = 25;
+  FrameRate fps = 25;
+  std::string fps_text;  ///< the rate as the document has it, in JSON; empty: none was read
+  bool force = false;    ///< files are read however much work that is
   std::int32_t start = 0, end = 100;  ///< frames
   std::int32_t preview_start = 0, preview_end = 100;
 

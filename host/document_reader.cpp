@@ -52,7 +52,10 @@ class DocumentReader {
     const auto frame = [&json](const char* key, std::int32_t fallback) {
       return json.Has(key) ? json.At(key).Whole(-kLargestFrame, kLargestFrame) : fallback;
     };
-    if (json.Has("fps")) d.fps = json.At("fps").Whole(1, 10000);
+    if (json.Has("fps")) {
+      d.fps = json.At("fps").Rate();
+      d.fps_text = json.At("fps").Value().dump();
+    }
     d.start = frame("start", std::min(d.start, frame("end", d.end)));
     d.end = frame("end", std::max(d.start, d.end));
     d.preview_start = frame("preview_start", d.start);

@@ -19,7 +19,7 @@ class DocumentWriter {
 
   Json Write() const {
     const Document& d = document_;
-    Json json = {{"fps", d.fps}, {"start", d.start}, {"end", d.end}};
+    Json json = {{"fps", WriteRate(d)}, {"start", d.start}, {"end", d.end}};
     if (d.preview_start != d.start) json["preview_start"] = d.preview_start;
     if (d.preview_end != d.end) json["preview_end"] = d.preview_end;
     const SceneRender& render = d.GetActiveRenderData();
@@ -42,6 +42,12 @@ class DocumentWriter {
   }
 
  private:
+  /// In the form in which it was read.
+  static Json WriteRate(const Document& d) {
+    if (!d.fps_text.empty()) return Json::parse(d.fps_text);
+    return d.fps.IsWhole() ? Json(d.fps.Numerator()) : Json(d.fps.Text());
+  }
+
   Json WriteRow(const std::vector<std::unique_ptr<SceneObject>>& row) const {
     Json json = Json::array();
     for (const auto& object : row) json.push_back(WriteObject(*object));

@@ -144,8 +144,7 @@ class SceneObject final : public Element<PolygonObject> {
   Matrix GetMl() const override { return ToMatrix(transform); }
   Matrix GetMg() const override { return up_ ? up_->GetMg() * GetMl() : GetMl(); }
   Matrix GetMgAt(const BaseTime& time) const override {
-    return MatrixAt(static_cast<double>(time.GetNumerator() * state_.document->GetFps()) /
-                    static_cast<double>(time.GetDenominator()));
+    return MatrixAt(time.GetFramePosition(state_.document->GetFps()));
   }
   Vector GetMp() const override { return Bounds().first; }
   Vector GetRad() const override { return Bounds().second; }

@@ -72,7 +72,7 @@ class Image final : public Texture {
 /// Picture `number`, "*0", of those that a model file holds.
 QImage FromModel(const std::string& file, const std::string& number, const std::string& place) {
   try {
-    const ModelFile model(file);
+    const ModelFile model(file, true);
     const aiTexture* texture = model.Scene().GetEmbeddedTexture(number.c_str());
     if (!texture) throw DocumentError(Quoted(file) + " has no picture " + Quoted(number));
     // Without a height it is a picture file of so many bytes, else so many pixels.
@@ -88,19 +88,24 @@ QImage FromModel(const std::string& file, const std::string& number, const std::
 
 }  // namespace
 
+std::string PictureNumber(const std::string& path) {
+  const std::size_t star = path.rfind('*');
+  if (star == std::string::npos || !IsModelName(path.substr(0, star))) return {};
+  return path.substr(star);
+}
+
 std::unique_ptr<Texture> ReadImage(const std::string& path, bool linear, const std::string& place) {
   const std::string file_place = place + ".parameters.file";
   if (path.empty()) throw DocumentError(file_place, "the image names no file");
   std::error_code ignored;
-  const std::size_t star = path.rfind('*');
-  const bool inside = star != std::string::npos && IsModelName(path.substr(0, star));
-  const std::string file = path.substr(0, inside ? star : path.size());
+  const std::string number = PictureNumber(path);
+  const std::string file = path.substr(0, path.size() - number.size());
   if (!std::filesystem::is_regular_file(file, ignored))
     throw DocumentError(
         file_place, "there is no file " + Quoted(file) + "; paths count from the scene's folder");
   QImageReader reader(QString::fromStdString(path));
   reader.setDecideFormatFromContent(true);
-  QImage image = inside ? FromModel(file, path.substr(star), file_place) : reader.read();
+  QImage image = number.empty() ? reader.read() : FromModel(file, number, file_place);
   if (!image.isNull()) image = image.convertToFormat(QImage::Format_RGBA64);
   if (image.isNull())
     throw DocumentError(file_place, Quoted(path) + " can't be read as a picture (" +

@@ -112,6 +112,15 @@ std::int32_t JsonPlace::Whole(std::int32_t least, std::int32_t most) const {
   return static_cast<std::int32_t>(Number());
 }
 
+FrameRate JsonPlace::Rate() const {
+  if (!value_->is_number() && !value_->is_string()) Expected("a frame rate");
+  std::string error;
+  const auto rate =
+      value_->is_number() ? FrameRate::FromReal(Number(), error) : FrameRate::Parse(Text(), error);
+  if (!rate) Fail(value_->dump() + " " + error);
+  return *rate;
+}
+
 Vector JsonPlace::VectorValue() const {
   if (!value_->is_array()) Expected("a vector [x, y, z]");
   ExpectLength(3, 3);

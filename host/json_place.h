@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/interface/frame_rate.h"
 #include "host/interface/vector.h"
 
 namespace host {
@@ -43,6 +44,7 @@ class JsonPlace {
   std::string Text() const;
   double Number() const;
   std::int32_t Whole(std::int32_t least, std::int32_t most) const;
+  FrameRate Rate() const;      ///< a number, or a fraction in quotes
   Vector VectorValue() const;  ///< [x, y, z]
 
  private:

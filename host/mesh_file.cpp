@@ -10,6 +10,7 @@
 
 #include "host/document_error.h"
 #include "host/model_animation.h"
+#include "host/model_check.h"
 #include "host/nearest_name.h"
 #include "host/own_classes.h"
 
@@ -124,10 +125,25 @@ class MeshBuilder {
   std::unordered_multimap<Place, std::int32_t, PlaceHash> index_of_;
 };
 
+double CountPolygons(const aiScene& scene, const aiNode& node) {
+  double count = 0;
+  for (unsigned i = 0; i < node.mNumMeshes; ++i) count += scene.mMeshes[node.mMeshes[i]]->mNumFaces;
+  for (unsigned i = 0; i < node.mNumChildren; ++i)
+    count += CountPolygons(scene, *node.mChildren[i]);
+  return count;
+}
+
 /// One frame for a mesh that keeps its shape, else all whole frames of the file's animation.
-std::vector<double> FramesOf(const ModelAnimation& animation, const aiNode& node) {
+std::vector<double> FramesOf(const ModelAnimation& animation, const aiScene& scene,
+                             const aiNode& node, bool force) {
   const auto [first, last] = animation.Range();
   if (!animation.Deforms(node)) return {first};
+  double points = 0;
+  for (unsigned i = 0; i < node.mNumMeshes; ++i)
+    points += scene.mMeshes[node.mMeshes[i]]->mNumVertices;
+  if (!force)
+    RefuseBeyond(points * (std::ceil(last) - std::floor(first) + 1), kMostModelPoints,
+                 "points of shapes");
   std::vector<double> frames;
   for (double frame = std::floor(first); frame <= std::ceil(last); ++frame) frames.push_back(frame);
   return frames;
@@ -162,16 +178,25 @@ void LoadMesh(SceneObject& object, const Document& document, ModelFiles& files) 
   object.polygons.clear();
   object.uvws.clear();
   object.shapes.clear();
+  const aiNode* node = node_name.empty() ? nullptr : model->FindNode(node_name);
+  if (!node && !node_name.empty())
+    throw DocumentError(place + ".parameters.file_node",
+                        Quoted(path) + " has no node " + Quoted(node_name));
+  const bool force = document.force;
   MeshBuilder builder(object, scale);
-  if (node_name.empty()) {
-    builder.AddTree(model->Scene(), *model->Scene().mRootNode, {});
-  } else {
-    const aiNode* node = model->FindNode(node_name);
-    if (!node)
-      throw DocumentError(place + ".parameters.file_node",
-                          Quoted(path) + " has no node " + Quoted(node_name));
-    const ModelAnimation animation(model->Scene(), document.fps);
-    builder.AddNode(model->Scene(), *node, animation, FramesOf(animation, *node));
+  try {
+    if (node_name.empty() && !force)
+      RefuseBeyond(CountPolygons(model->Scene(), *model->Scene().mRootNode), kMostModelPolygons,
+                   "polygons");
+    if (node_name.empty()) {
+      builder.AddTree(model->Scene(), *model->Scene().mRootNode, {});
+    } else {
+      const ModelAnimation animation(model->Scene(), document.fps.Value());
+      builder.AddNode(model->Scene(), *node, animation,
+                      FramesOf(animation, model->Scene(), *node, force));
+    }
+  } catch (const DocumentError& error) {
+    fail(Quoted(path) + ": " + error.what());
   }
   if (object.polygons.empty()) fail(Quoted(path) + " has no polygons; export it with its faces");
   if (!builder.AllFinite())

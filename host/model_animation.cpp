@@ -78,7 +78,9 @@ std::vector<double> ModelAnimation::KeyFrames(const aiNode& node) const {
   const auto& [keys, rate] = found->second;
   std::set<double> frames;
   const auto note = [&, rate = rate](const auto* row, unsigned count) {
-    for (unsigned i = 0; count > 1 && i < count; ++i) frames.insert(ToFrame(row[i].mTime, rate));
+    for (unsigned i = 0; count > 1 && i < count; ++i)
+      if (const double frame = ToFrame(row[i].mTime, rate); std::isfinite(frame))
+        frames.insert(frame);
   };
   note(keys->mPositionKeys, keys->mNumPositionKeys);
   note(keys->mRotationKeys, keys->mNumRotationKeys);

@@ -7,13 +7,16 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <new>
 #include <vector>
 
+#include <assimp/DefaultIOSystem.h>
 #include <assimp/config.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 
 #include "host/document_error.h"
+#include "host/model_check.h"
 #include "host/nearest_name.h"
 
 namespace host {
@@ -37,6 +40,20 @@ std::string GltfText(const std::string& path) {
   return text.substr(20, length);
 }
 
+/// Notes which files the importer reads.
+class NotingFiles final : public Assimp::DefaultIOSystem {
+ public:
+  explicit NotingFiles(std::set<std::string>& files) : files_(files) {}
+  Assimp::IOStream* Open(const char* name, const char* mode) override {
+    Assimp::IOStream* stream = DefaultIOSystem::Open(name, mode);
+    if (stream) files_.insert(std::filesystem::absolute(name).lexically_normal().string());
+    return stream;
+  }
+
+ private:
+  std::set<std::string>& files_;
+};
+
 /// Calls visit(node, way) for the node and all under it.
 template <class Visit>
 void Walk(const aiNode& node, const std::string& way, Visit visit) {
@@ -47,14 +64,23 @@ void Walk(const aiNode& node, const std::string& way, Visit visit) {
 
 }  // namespace
 
-ModelFile::ModelFile(const std::string& path)
+ModelFile::ModelFile(const std::string& path, bool force)
     : path_(path), importer_(std::make_unique<Assimp::Importer>()) {
   std::error_code ignored;
   if (!std::filesystem::is_regular_file(path, ignored))
     throw DocumentError("there is no file " + Quoted(path));
+  CheckClaims(path);
   // The nodes of the file alone, without those that stand for single steps of a transform.
   importer_->SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
-  scene_ = importer_->ReadFile(path, aiProcess_Triangulate);
+  importer_->SetIOHandler(new NotingFiles(files_));  // the importer owns it
+  try {
+    const ModelGuard guard(path);
+    scene_ = importer_->ReadFile(path, 0);
+    if (scene_ && !force) CheckPolygons(*scene_);
+    if (scene_) scene_ = importer_->ApplyPostProcessing(aiProcess_Triangulate);
+  } catch (const std::bad_alloc&) {
+    throw DocumentError(Quoted(path) + " needs more memory than there is; give a smaller file");
+  }
   if (!scene_ || !scene_->mRootNode)
     throw DocumentError(Quoted(path) + " can't be read as a mesh (" + importer_->GetErrorString() +
                         "); give a sound OBJ, PLY, STL, glTF or FBX file");
@@ -116,7 +142,8 @@ std::string ModelFile::NodeName(const aiNode& node) const {
 
 const ModelFile& ModelFiles::Get(const std::string& path) {
   const auto found = files_.find(path);
-  return found == files_.end() ? files_.try_emplace(path, path).first->second : found->second;
+  return found == files_.end() ? files_.try_emplace(path, path, force_).first->second
+                               : found->second;
 }
 
 bool IsModelName(const std::string& path) {

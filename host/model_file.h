@@ -3,6 +3,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "host/json_place.h"
@@ -19,14 +20,17 @@ namespace host {
 /// One file in memory. Faces are triangles, lines or points.
 class ModelFile {
  public:
-  /// Throws DocumentError, with a cure but without a place: the file is missing or is no model.
-  explicit ModelFile(const std::string& path);
+  /// Throws DocumentError, with a cure but without a place: the file is missing or is no model, or
+  /// without `force` it asks for more work than model_check.h lets pass. A thread at a time.
+  explicit ModelFile(const std::string& path, bool force = false);
   ~ModelFile();
   ModelFile(const ModelFile&) = delete;
   ModelFile& operator=(const ModelFile&) = delete;
 
   const aiScene& Scene() const { return *scene_; }
   const std::string& Path() const { return path_; }
+  /// All files that were read, with absolute paths: this one, and those that it refers to.
+  const std::set<std::string>& Files() const { return files_; }
   /// glTF's 1 is a metre; of other files nothing is known.
   bool IsGltf() const { return !json_.is_null(); }
   /// The text of a glTF file, with its `nodes`, `extras` and lights; null for any other file.
@@ -47,16 +51,19 @@ class ModelFile {
   std::unique_ptr<Assimp::Importer> importer_;
   const aiScene* scene_ = nullptr;
   Json json_;
+  std::set<std::string> files_;
   std::map<const aiNode*, int> gltf_index_;
 };
 
 /// Files that are read once for many uses.
 class ModelFiles {
  public:
+  explicit ModelFiles(bool force = false) : force_(force) {}
   /// Throws as ModelFile's constructor.
   const ModelFile& Get(const std::string& path);
 
  private:
+  bool force_;
   std::map<std::string, ModelFile> files_;
 };
 

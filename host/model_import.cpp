@@ -11,6 +11,7 @@
 #include "host/interface/light.h"
 #include "host/interface/material.h"
 #include "host/model_animation.h"
+#include "host/model_check.h"
 #include "host/model_lens.h"
 #include "host/model_materials.h"
 #include "host/model_roles.h"
@@ -32,12 +33,19 @@ Transform Tidy(const Transform& t) {
   return {Tidy(t.position, 1e5), Tidy(t.rotation, 1e5), Tidy(t.scale, 1e6)};
 }
 
+/// Without the digits after the point.
+std::string Whole(double number) {
+  const std::string text = std::to_string(number);
+  return text.substr(0, text.find('.'));
+}
+
 class ModelImport {
  public:
-  ModelImport(const ModelFile& file, std::int32_t fps, const SceneClasses& classes)
+  ModelImport(const ModelFile& file, const FrameRate& fps, const SceneClasses& classes, bool force)
       : file_(file),
         classes_(classes),
-        animation_(file.Scene(), fps),
+        force_(force),
+        animation_(file.Scene(), fps.Value()),
         lenses_(ReadLenses(file)),
         scale_(file.IsGltf() ? 100 : 1) {
     const std::filesystem::path path = std::filesystem::absolute(file.Path()).lexically_normal();
@@ -47,6 +55,11 @@ class ModelImport {
   }
 
   std::unique_ptr<Document> Import() {
+    const double farthest =
+        std::max(std::abs(animation_.Range().first), std::abs(animation_.Range().second));
+    if (!(farthest < 1e7))
+      throw DocumentError("its animation goes to frame " + Whole(farthest) +
+                          ", but scenes go up to 10000000; mend the file or give a lower --fps");
     if (!animation_.IsEmpty()) {
       document_->start = static_cast<std::int32_t>(std::floor(animation_.Range().first));
       document_->end = static_cast<std::int32_t>(std::ceil(animation_.Range().second));
@@ -132,6 +145,8 @@ class ModelImport {
     const std::vector<double> keys = animation_.KeyFrames(node);
     if (keys.empty()) return;
     // Rotations run along arcs in the file and along angles here: they get keys at each frame.
+    baked_keys_ += keys.back() - keys.front();
+    if (!force_) RefuseBeyond(baked_keys_, kMostModelKeys, "keys of rotations");
     std::set<double> frames(keys.begin(), keys.end());
     for (double frame = std::ceil(keys.front()); frame < keys.back(); ++frame) frames.insert(frame);
 
@@ -207,6 +222,8 @@ class ModelImport {
 
   const ModelFile& file_;
   const SceneClasses& classes_;
+  const bool force_;
+  double baked_keys_ = 0;
   ModelAnimation animation_;
   std::map<const aiNode*, ModelLens> lenses_;
   double scale_;
@@ -218,13 +235,13 @@ class ModelImport {
 
 }  // namespace
 
-std::unique_ptr<Document> ImportModel(const std::string& path, std::optional<std::int32_t> fps,
-                                      const SceneClasses& classes) {
+std::unique_ptr<Document> ImportModel(const std::string& path, std::optional<FrameRate> fps,
+                                      const SceneClasses& classes, bool force) {
   try {
-    const ModelFile file(path);
+    const ModelFile file(path, force);
     if (!fps && !ModelAnimation(file.Scene(), 25).IsEmpty())
-      throw DocumentError("the file has animation but no frame rate; give it with --fps N");
-    auto document = ModelImport(file, fps.value_or(25), classes).Import();
+      throw DocumentError("the file has animation but no frame rate; give it with --fps RATE");
+    auto document = ModelImport(file, fps.value_or(25), classes, force).Import();
     for (std::string& warning : document->warnings) warning = path + ": " + warning;
     return document;
   } catch (const DocumentError& error) {

@@ -23,10 +23,11 @@ namespace host {
 /// program whose own z points up, and that exports such numbers as its user wrote them, is known by
 /// the file's generator: y and z of vectors with a unit are then exchanged.
 ///
-/// `fps` is the rate of the document; a file with animation needs one. Throws DocumentError, with
+/// `fps` is the rate of the document; a file with animation needs one. Without `force` work beyond
+/// the bounds of model_check.h is refused. Throws DocumentError, with
 /// the path as given in front: the file can't be read, the rate is missing, or extras are wrong.
-std::unique_ptr<Document> ImportModel(const std::string& path, std::optional<std::int32_t> fps,
-                                      const SceneClasses& classes);
+std::unique_ptr<Document> ImportModel(const std::string& path, std::optional<FrameRate> fps,
+                                      const SceneClasses& classes, bool force = false);
 
 /// True if the file has animation, so that ImportModel needs a rate. False for a file that can't be
 /// read.

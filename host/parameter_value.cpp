@@ -13,12 +13,12 @@ namespace host {
 namespace {
 
 /// A whole frame where the seconds name one, else the nearest millionth.
-BaseTime ReadTime(const JsonPlace& json, std::int32_t fps) {
+BaseTime ReadTime(const JsonPlace& json, const FrameRate& rate) {
   const double seconds = json.Number();
   if (std::fabs(seconds) > 1e6) json.Fail("is more than a million seconds");
-  const double frame = std::round(seconds * fps);
-  if (std::fabs(seconds * fps - frame) < 1e-6)
-    return BaseTime::FromFrame(static_cast<std::int64_t>(frame), fps);
+  const double frame = std::round(seconds * rate.Value());
+  if (std::fabs(seconds * rate.Value() - frame) < 1e-6)
+    return BaseTime::FromFrame(static_cast<std::int64_t>(frame), rate);
   return BaseTime::FromSeconds(seconds);
 }
 

@@ -89,8 +89,7 @@ BaseContainer Untracked(const SceneObject& object) {
 }
 
 double FrameOf(const BaseTime& time, const Document& document) {
-  return static_cast<double>(time.GetNumerator()) * document.fps /
-         static_cast<double>(time.GetDenominator());
+  return time.GetFramePosition(document.fps);
 }
 
 }  // namespace
@@ -119,7 +118,7 @@ ParticleRun::Emitter ParticleRun::Step(const Emitter& emitter, Document& documen
   Emitter next = emitter;
   const BaseContainer& data = emitter.object->GetDataInstance();
   const Vector gravity = data.GetVector(kEmitterGravity);
-  const double fps = document.fps, dt = (to - from) / fps;
+  const double fps = document.fps.Value(), dt = (to - from) / fps;
   Modify(next.particles, document, dt);
   for (Particle& p : next.particles) Fly(p, gravity, dt);
 

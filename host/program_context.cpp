@@ -1,8 +1,6 @@
 #include "host/program_context.h"
 
-#include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <iostream>
 #include <optional>
 
@@ -16,6 +14,7 @@
 #include "host/model_import.h"
 #include "host/nearest_name.h"
 #include "host/overrides.h"
+#include "host/scene_files.h"
 #include "host/scene_work.h"
 
 namespace host {
@@ -49,22 +48,20 @@ SceneObject* Choose(const Document& document, const ElementClass& type, const st
 }  // namespace
 
 std::unique_ptr<Document> ProgramContext::Read(const std::string& path) const {
-  const bool is_model = IsModelName(path);
+  const bool is_model = IsModelName(path), force = arguments_.Has("force");
   if (!is_model && arguments_.Has("fps"))
     throw DocumentError(path, "the document has a frame rate; --fps is for model files");
   if (!is_model) return ReadDocumentFile(path, host_.Classes());
-  std::optional<double> rate;
-  if (arguments_.Has("fps")) rate = arguments_.GetReal("fps");
+  std::optional<FrameRate> rate = arguments_.GetRate("fps");
   if (!rate && isatty(STDIN_FILENO) && isatty(STDERR_FILENO) && NeedsRate(path)) {
     std::fprintf(stderr, "Frames per second of %s: ", path.c_str());
     std::string answer;
     std::getline(std::cin, answer);
-    rate = std::atof(answer.c_str());
+    std::string error;
+    rate = FrameRate::Parse(answer, error);
+    if (!rate) throw DocumentError(path, Quoted(answer) + " " + error);
   }
-  if (!rate) return ImportModel(path, {}, host_.Classes());
-  if (!(*rate >= 1 && *rate <= 10000) || *rate != std::floor(*rate))
-    throw DocumentError(path, "the rate of a scene is a whole number from 1 to 10000");
-  return ImportModel(path, static_cast<std::int32_t>(*rate), host_.Classes());
+  return ImportModel(path, rate, host_.Classes(), force);
 }
 
 std::unique_ptr<BaseDocument> ProgramContext::LoadDocument(const Filename& path) {
@@ -72,6 +69,7 @@ std::unique_ptr<BaseDocument> ProgramContext::LoadDocument(const Filename& path)
     std::unique_ptr<Document> document = Read(path.path);
     ApplyOverrides(*document, arguments_.GetStrings("set"));
     try {
+      document->force = arguments_.Has("force");
       if (!arguments_.Has("force")) CheckWork(*document);
       document->Open();
     } catch (const DocumentError& error) {
@@ -83,6 +81,11 @@ std::unique_ptr<BaseDocument> ProgramContext::LoadDocument(const Filename& path)
     terminal_.Error(error.what());
     return nullptr;
   }
+}
+
+std::vector<std::string> ProgramContext::CollectFiles(BaseDocument& document,
+                                                      const Filename& folder) {
+  return host::CollectFiles(static_cast<Document&>(document), folder.path);
 }
 
 bool ProgramContext::SaveDocument(const BaseDocument& document, const Filename& path) {

@@ -20,6 +20,7 @@ class ProgramContext final : public CommandContext {
 
   std::unique_ptr<BaseDocument> LoadDocument(const Filename& path) override;
   bool IsModel(const Filename& path) const override { return IsModelName(path.path); }
+  std::vector<std::string> CollectFiles(BaseDocument& document, const Filename& folder) override;
   bool SaveDocument(const BaseDocument& document, const Filename& path) override;
   BaseObject* FindObject(BaseDocument& document, std::int32_t type) override;
   int Interrupts() const override;

@@ -203,7 +203,10 @@ Json MakeSchema(const SceneClasses& classes) {
   Json render = Json::object();
   AddBody(render, classes.render.All().front().description, false);
   Json properties = {
-      {"fps", {{"type", "integer"}, {"minimum", 1}, {"maximum", 10000}, {"default", 25}}},
+      {"fps",
+       {{"anyOf", Json::array({{{"type", "number"}, {"minimum", 0.001}, {"maximum", 10000}},
+                               {{"type", "string"}, {"pattern", "^[0-9]+(/[0-9]+|[.][0-9]+)?$"}}})},
+        {"default", 25}}},
       {"start", frame},
       {"end", frame},
       {"preview_start", frame},

@@ -41,7 +41,8 @@ double HeldParticles(const SceneObject& object) {
 /// Steps of its particles until the document's first frame; a step without particles costs too.
 double ParticleSteps(const SceneObject& object, const Document& document) {
   if (object.GetType() != kParticleEmitter || !object.IsOn()) return 0;
-  const double start = object.GetDataInstance().GetTime(kEmitterStart).Get() * document.GetFps();
+  const double start =
+      object.GetDataInstance().GetTime(kEmitterStart).GetFramePosition(document.GetFps());
   return std::max(document.start - start, 0.0) * (HeldParticles(object) + 100);
 }
 

@@ -96,10 +96,14 @@ vdb::Vec3SGrid::Ptr vectors(const Velocity& velocity, const vdb::Mat4d& cell_to_
   return result;
 }
 
+double frames_per_second(const SimFrame& frame) {
+  return frame.frameTime.length.den / frame.frameTime.length.num;
+}
+
 vdb::MetaMap metadata(const SimFrame& frame, const VdbOptions& options) {
   vdb::MetaMap meta;
   meta.insertMeta("frame", vdb::Int32Metadata(frame.frameTime.frame()));
-  meta.insertMeta("frames_per_second", vdb::DoubleMetadata(1 / frame.frameTime.length.value()));
+  meta.insertMeta("frames_per_second", vdb::DoubleMetadata(frames_per_second(frame)));
   const auto fraction = [](const Fraction& f) { return vdb::Vec2DMetadata({f.num, f.den}); };
   meta.insertMeta("simulation_time", fraction(frame.simTime.time));
   meta.insertMeta("simulation_frame", fraction(frame.simTime.length));

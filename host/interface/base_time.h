@@ -1,10 +1,13 @@
 // Time in the host: a fraction of whole numbers, in seconds.
 //
-// A frame's time is frame / fps, so no sum of frame lengths ever drifts.
+// A frame's time is frame / rate, so no sum of frame lengths ever drifts.
 #pragma once
 
 #include <cmath>
 #include <cstdint>
+#include <limits>
+
+#include "host/interface/frame_rate.h"
 
 namespace host {
 
@@ -17,7 +20,9 @@ class BaseTime {
 
   /// The nearest millionth of a second.
   static BaseTime FromSeconds(double seconds) { return {std::llround(seconds * 1e6), 1000000}; }
-  static constexpr BaseTime FromFrame(std::int64_t frame, std::int64_t fps) { return {frame, fps}; }
+  static constexpr BaseTime FromFrame(std::int64_t frame, const FrameRate& rate) {
+    return {frame * rate.Denominator(), rate.Numerator()};
+  }
 
   constexpr std::int64_t GetNumerator() const { return numerator_; }
   constexpr std::int64_t GetDenominator() const { return denominator_; }
@@ -25,21 +30,57 @@ class BaseTime {
   /// Seconds.
   double Get() const { return static_cast<double>(numerator_) / static_cast<double>(denominator_); }
 
-  /// The frame that is showing at this time: floor(time * fps), below 0 too.
-  constexpr std::int64_t GetFrame(std::int64_t fps) const {
-    const std::int64_t n = numerator_ * fps;
-    return n / denominator_ - (n % denominator_ < 0 ? 1 : 0);
+  /// The frame that is showing at this time: floor(time * rate), below 0 too.
+  constexpr std::int64_t GetFrame(const FrameRate& rate) const {
+    const auto [n, d] = InFrames(rate);
+    return static_cast<std::int64_t>(n / d - (n % d < 0 ? 1 : 0));
+  }
+  /// Where between two frames the time lies: 2.5 is halfway from frame 2 to frame 3. A frame's own
+  /// time gives exactly its number.
+  double GetFramePosition(const FrameRate& rate) const {
+    const auto [n, d] = InFrames(rate);
+    return static_cast<double>(n) / static_cast<double>(d);
   }
 
   /// Equal as numbers: 1/2 == 2/4.
   friend constexpr bool operator==(const BaseTime& a, const BaseTime& b) {
-    return a.numerator_ * b.denominator_ == b.numerator_ * a.denominator_;
+    return Wide{a.numerator_} * b.denominator_ == Wide{b.numerator_} * a.denominator_;
   }
   friend constexpr bool operator<(const BaseTime& a, const BaseTime& b) {
-    return a.numerator_ * b.denominator_ < b.numerator_ * a.denominator_;
+    return Wide{a.numerator_} * b.denominator_ < Wide{b.numerator_} * a.denominator_;
+  }
+  /// In lowest terms; the nearest millionth where these don't fit.
+  friend BaseTime operator+(const BaseTime& a, const BaseTime& b) {
+    const auto [n, d] =
+        Reduced({Wide{a.numerator_} * b.denominator_ + Wide{b.numerator_} * a.denominator_,
+                 Wide{a.denominator_} * b.denominator_});
+    constexpr Wide most = std::numeric_limits<std::int64_t>::max();
+    if (n > most || n < -most || d > most) return FromSeconds(a.Get() + b.Get());
+    return {static_cast<std::int64_t>(n), static_cast<std::int64_t>(d)};
+  }
+  friend BaseTime operator-(const BaseTime& a, const BaseTime& b) {
+    return a + BaseTime{-b.numerator_, b.denominator_};
   }
 
  private:
+  __extension__ typedef __int128 Wide;  // holds any product of two terms
+  struct Ratio {
+    Wide numerator, denominator;
+  };
+
+  static constexpr Ratio Reduced(Ratio r) {
+    Wide a = r.numerator < 0 ? -r.numerator : r.numerator, b = r.denominator;
+    while (b != 0) {
+      const Wide rest = a % b;
+      a = b;
+      b = rest;
+    }
+    return {r.numerator / a, r.denominator / a};
+  }
+  constexpr Ratio InFrames(const FrameRate& rate) const {
+    return Reduced({Wide{numerator_} * rate.Numerator(), Wide{denominator_} * rate.Denominator()});
+  }
+
   std::int64_t numerator_ = 0;
   std::int64_t denominator_ = 1;
 };

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <variant>
@@ -25,6 +26,7 @@ enum class OptionType {
   Text,    ///< anything
   Long,    ///< a whole number within the bounds
   Real,    ///< a finite number within the bounds
+  Rate,    ///< frames per second: "25", "29.97", "30000/1001"
   Choice,  ///< one of `choices`
   Frames,  ///< "0-100", "0-100x2" (every second), "1,5,9-12"; negative frames too: "-5--1"
   Device,  ///< "cpu", or the number of a device from 0 on
@@ -52,7 +54,7 @@ struct OptionInfo {
 ///     Threads  --threads N, at least 1          GetLong("threads"); the command obeys it
 ///     Device   --device cpu or a number         GetString("device", "cpu"); the command obeys it
 ///     Set      --set OBJECT.parameter=VALUE     CommandContext::LoadDocument applies it
-///     Fps      --fps N, at least 1              CommandContext::LoadDocument applies it
+///     Fps      --fps RATE                       CommandContext::LoadDocument applies it
 ///     Force    --force                          CommandContext::LoadDocument takes scenes that ask
 ///                                               for more work than it lets pass; so does the
 ///                                               command
@@ -79,6 +81,11 @@ class CommandArguments {
   }
   double GetReal(const std::string& name, double fallback = 0) const {
     return Has(name) ? std::stod(GetString(name)) : fallback;
+  }
+  /// The frame rate of an option of type Rate; nothing if it wasn't given.
+  std::optional<FrameRate> GetRate(const std::string& name) const {
+    std::string ignored;
+    return Has(name) ? FrameRate::Parse(GetString(name), ignored) : std::nullopt;
   }
   /// All values in the order given.
   const std::vector<std::string>& GetStrings(const std::string& name) const {
@@ -127,6 +134,11 @@ class CommandContext {
     static_cast<void>(path);
     return false;
   }
+  /// Copies the files that the document names into the folder: meshes, with the files that they
+  /// refer to, and pictures. The document then belongs to the folder and names everything in it by
+  /// paths from there, so the folder stays whole wherever it goes. Returns a line for each file
+  /// that can't be copied, which the document goes on naming where it is.
+  virtual std::vector<std::string> CollectFiles(BaseDocument& document, const Filename& folder) = 0;
   /// Writes the document as a scene. False if that failed; the error has been told.
   virtual bool SaveDocument(const BaseDocument& document, const Filename& path) = 0;
 

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -67,6 +68,7 @@ struct SaveAssets {
   Filename folder;
   std::function<void(int done, int total)> progress = {};  ///< files of one element; may be empty
   std::vector<std::string> failures = {};  ///< a line of each element that couldn't copy its files
+  std::map<std::string, std::string> copies = {};  ///< folders copied so far: from where to where
 };
 
 /// What objects, tags, materials, textures and render settings have in common.
@@ -239,7 +241,7 @@ class BaseDocument {
   /// An absolute path: a relative one counts from the document's folder. Empty stays empty.
   virtual Filename Resolve(const Filename& path) const = 0;
 
-  virtual std::int32_t GetFps() const = 0;  ///< at least 1
+  virtual FrameRate GetFps() const = 0;
   /// First and last frame of the document, and of its preview range. The last is never before the
   /// first.
   virtual BaseTime GetMinTime() const = 0;

@@ -77,7 +77,8 @@ Imf::Header MakeHeader(const Picture& picture, const PictureMetadata& metadata,
   header.insert("frame", Imf::IntAttribute(metadata.frame));
   header.insert("software", Imf::StringAttribute(metadata.software));
   header.insert("complete", Imf::IntAttribute(picture.complete ? 1 : 0));
-  Imf::addFramesPerSecond(header, Imf::Rational(metadata.fps, 1));
+  Imf::addFramesPerSecond(header, Imf::Rational(static_cast<int>(metadata.fps.Numerator()),
+                                                static_cast<unsigned>(metadata.fps.Denominator())));
   Imf::addWorldToCamera(header, to_camera);
   Imf::addWorldToNDC(header, to_camera * CameraToScreen(metadata.half_width, metadata.half_height));
   return header;

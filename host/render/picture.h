@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "host/interface/frame_rate.h"
 #include "host/render/path_tracer.h"
 
 namespace host {
@@ -45,7 +46,8 @@ struct Picture {
 
 /// What a file says of its picture, beyond the pixels.
 struct PictureMetadata {
-  std::int32_t frame = 0, fps = 25;
+  std::int32_t frame = 0;
+  FrameRate fps = 25;
   std::string software;
   Matrix camera;                           ///< place and axes
   double half_width = 1, half_height = 1;  ///< of the picture at distance 1 from the camera

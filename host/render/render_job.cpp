@@ -69,7 +69,8 @@ std::string DefaultOutput(const BaseDocument& document) {
 
 std::vector<std::int32_t> AllFrames(const BaseDocument& document) {
   std::vector<std::int32_t> frames;
-  const std::int64_t fps = document.GetFps(), last = document.GetMaxTime().GetFrame(fps);
+  const FrameRate fps = document.GetFps();
+  const std::int64_t last = document.GetMaxTime().GetFrame(fps);
   for (std::int64_t frame = document.GetMinTime().GetFrame(fps); frame <= last; ++frame)
     frames.push_back(static_cast<std::int32_t>(frame));
   return frames;

@@ -149,10 +149,9 @@ void ForShutterSteps(BaseDocument& document, double shutter, const std::function
   // Thousandths of a frame, so that times stay fractions.
   const auto thousandths = static_cast<std::int64_t>(shutter * 1000 / (kShutterSteps - 1));
   for (int step = 1; step < kShutterSteps; ++step) {
-    const std::int64_t fps = document.GetFps();
-    document.SetTime(
-        {frame.GetNumerator() * fps * 1000 + step * thousandths * frame.GetDenominator(),
-         frame.GetDenominator() * fps * 1000});
+    const FrameRate rate = document.GetFps();
+    document.SetTime(frame +
+                     BaseTime(step * thousandths * rate.Denominator(), rate.Numerator() * 1000));
     document.ExecutePasses(nullptr, true, true, true);
     at_step();
   }

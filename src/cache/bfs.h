@@ -74,12 +74,17 @@ class BFS {
   /// Saves and drops every frame. Waits until all handles are back: the caller must hold none.
   void removeAllSlots();
 
-  /// Copies the frame files into a folder of this directory's name inside of `target`, which is
-  /// made if missing, under the prefix of the new place; other files keep their names. Saves what
-  /// is dirty first, and keeps everybody else out of the store. `progress`, which may be empty, is
-  /// told the files done and their number. False, after a log line, if anything fails; what was
-  /// copied so far stays.
-  bool copyDir(const std::string& target, const std::function<void(int, int)>& progress);
+  /// Copies frames and states, with their notes, into a folder inside of `target`: of the name
+  /// `as`, or where that is empty of this directory's name. Both are made if missing. Frames get
+  /// the prefix of the new place; other files keep their names. Files that are there already stay:
+  /// one with other bytes is a failure. Saves what is dirty first, and keeps everybody else out of
+  /// the store. `progress`, which may be empty, hears of the files done and their number. False,
+  /// after a log line, if anything fails; what was copied so far stays.
+  bool copyDir(const std::string& target, const std::function<void(int, int)>& progress,
+               const std::string& as = {});
+  /// True if `folder` holds nothing of a cache but what a copy of this one has: it is a copy, whole
+  /// or in part, or is empty or missing.
+  bool copyFits(const std::string& folder);
 
   /// Why the last frame that didn't reach the disk didn't.
   std::string lastError() const;
@@ -150,8 +155,8 @@ class BFS {
   void saveClaimed(Lock& lock, Slot& slot);
   void storeSlot(Slot& slot);
   void settle(Slot& slot, const Saved& saved);
-  Saved saveUnlocked(Lock& lock, const SimFrame& frame);
-  static Saved save(const SimFrame& frame, const Place& place, BcfFile& out);
+  Saved saveUnlocked(Lock& lock, const SimFrame& frame, int number);
+  static Saved save(const SimFrame& frame, int number, const Place& place, BcfFile& out);
   std::unique_ptr<BcfFile> takeFile();
   void startWriter();
 

@@ -1,13 +1,39 @@
 // Copies of a whole cache.
 #include <QDir>
 #include <QFile>
+#include <algorithm>
 
 #include "cache/bfs.h"
 #include "util/log.h"
 
 namespace nbx {
 
-bool BFS::copyDir(const std::string& target, const std::function<void(int, int)>& progress) {
+namespace {
+
+bool same_bytes(const QString& a, const QString& b) {
+  QFile first(a), second(b);
+  if (!first.open(QFile::ReadOnly) || !second.open(QFile::ReadOnly)) return false;
+  if (first.size() != second.size()) return false;
+  constexpr qint64 kBlock = 1 << 20;
+  while (!first.atEnd())
+    if (first.read(kBlock) != second.read(kBlock)) return false;
+  return true;
+}
+
+// Frames, states and what is noted of them.
+QStringList cache_files(const QDir& folder) {
+  return folder.entryList({"*.bcf", "*.json"}, QDir::Files, QDir::Name);
+}
+
+// The name that a file has under another prefix.
+QString renamed(const QString& file, const QString& before, const QString& after) {
+  return file.startsWith(before) ? after + file.mid(before.size()) : file;
+}
+
+}  // namespace
+
+bool BFS::copyDir(const std::string& target, const std::function<void(int, int)>& progress,
+                  const std::string& as) {
   Lock lock(mutex_);
   if (!place().readable()) return false;
   finishWrites(lock);
@@ -16,7 +42,8 @@ bool BFS::copyDir(const std::string& target, const std::function<void(int, int)>
     LogMessage() << "BFS::copyDir: Failed to create base dir " << target;
     return false;
   }
-  const QString name = QDir(QString::fromStdString(directory_)).dirName();
+  const QString name =
+      as.empty() ? QDir(QString::fromStdString(directory_)).dirName() : QString::fromStdString(as);
   if (!to.mkpath(name) || !to.cd(name)) {
     LogMessage() << "BFS::copyDir: Failed to create cache dir " << name << " in " << target;
     return false;
@@ -29,20 +56,32 @@ bool BFS::copyFiles(const std::string& folder,
   const QDir from(QString::fromStdString(directory_)), to(QString::fromStdString(folder));
   const QString before = QString::fromStdString(prefix_);
   const QString after = QString::fromStdString(cache_prefix(folder));
-  // States to go on from have notes beside them.
-  const QStringList files = from.entryList({"*.bcf", "*SimState.json"}, QDir::Files, QDir::Name);
+  const QStringList files = cache_files(from);
   int done = 0;
   for (const QString& file : files) {
     if (progress) progress(done++, static_cast<int>(files.size()));
-    const QString name = file.startsWith(before) ? after + file.mid(before.size()) : file;
-    const QString source = from.absoluteFilePath(file), destination = to.absoluteFilePath(name);
-    if (!QFile::copy(source, destination)) {
+    const QString source = from.absoluteFilePath(file);
+    const QString destination = to.absoluteFilePath(renamed(file, before, after));
+    if (!same_bytes(source, destination) && !QFile::copy(source, destination)) {
       LogMessage() << "Failed to copy file " << source << " to " << destination;
       return false;
     }
   }
   if (progress) progress(done, done);
   return true;
+}
+
+bool BFS::copyFits(const std::string& folder) {
+  Lock lock(mutex_);
+  finishWrites(lock);
+  const QDir from(QString::fromStdString(directory_)), to(QString::fromStdString(folder));
+  const QString before = QString::fromStdString(prefix_);
+  const QString after = QString::fromStdString(cache_prefix(folder));
+  const QStringList there = cache_files(to);
+  return std::all_of(there.begin(), there.end(), [&](const QString& file) {
+    return same_bytes(from.absoluteFilePath(renamed(file, after, before)),
+                      to.absoluteFilePath(file));
+  });
 }
 
 }  // namespace nbx

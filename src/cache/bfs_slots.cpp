@@ -132,6 +132,13 @@ BFS::Slot* BFS::openForStoring(int frame, int substep) {
 void BFS::giveBack(Slot& slot, bool wrote, bool stored, bool force) {
   const Lock lock(mutex_);
   if (wrote) {
+    const int told = slot.data.frameTime.frame();
+    if (stored && told != slot.frame) {
+      lastError_ = "It was stored with the time of frame " + std::to_string(told) + ".";
+      LogMessage() << "IOW: NOT writing frame " << slot.frame << ": " << lastError_;
+      lose(slot.frame, slot.substep, lastError_);
+      stored = false;
+    }
     if (stored)
       slot.data.path = place().file(slot.frame, slot.substep);
     else

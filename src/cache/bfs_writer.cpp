@@ -88,25 +88,25 @@ void BFS::saveClaimed(Lock& lock, Slot& slot) {
     ~Mark() { --slot.readers, slot.saving = false; }
     Slot& slot;
   } const mark(slot);
-  settle(slot, saveUnlocked(lock, slot.data));
+  settle(slot, saveUnlocked(lock, slot.data, slot.frame));
 }
 
 // Saves a slot that nobody writes to, with the mutex held.
 void BFS::storeSlot(Slot& slot) {
   if (slot.state != State::kDirty) return;
   std::unique_ptr<BcfFile> file = takeFile();
-  settle(slot, save(slot.data, place(), *file));
+  settle(slot, save(slot.data, slot.frame, place(), *file));
   idleFiles_.push_back(std::move(file));
 }
 
 // The mutex is let go meanwhile, and held again whatever happens.
-BFS::Saved BFS::saveUnlocked(Lock& lock, const SimFrame& frame) {
+BFS::Saved BFS::saveUnlocked(Lock& lock, const SimFrame& frame, int number) {
   const Place here = place();
   std::unique_ptr<BcfFile> file = takeFile();
   Saved saved;
   {
     const Unlocked unlocked(lock);
-    saved = save(frame, here, *file);
+    saved = save(frame, number, here, *file);
   }
   idleFiles_.push_back(std::move(file));
   return saved;
@@ -128,10 +128,9 @@ void BFS::settle(Slot& slot, const Saved& saved) {
   changed_.notify_all();
 }
 
-BFS::Saved BFS::save(const SimFrame& frame, const Place& place, BcfFile& out) {
+BFS::Saved BFS::save(const SimFrame& frame, int number, const Place& place, BcfFile& out) {
   Saved saved;
   try {
-    const int number = frame.frameTime.frame();
     if (!place.readable()) {
       saved.settled = true;
       saved.error = "The cache directory " + place.directory + " can't be read.";
@@ -161,7 +160,7 @@ bool BFS::writeThrough(SimFrame& frame) {
   Slot& slot = *openForStoring(frame.frameTime.frame(), frame.substep);
   Lock lock(mutex_);
   const Stopwatch watch;
-  const Saved saved = saveUnlocked(lock, frame);
+  const Saved saved = saveUnlocked(lock, frame, slot.frame);
   frame.saved = saved.size > 0;
   secondsWaited_ += watch.seconds();
   if (!frame.saved) {

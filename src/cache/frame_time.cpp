@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 #include <numeric>
+#include <optional>
 #include <utility>
 
 namespace nbx {
@@ -21,6 +22,25 @@ std::int64_t truncated(double v) { return static_cast<std::int64_t>(v); }
 double floating_gcd(double a, double b) {
   for (double r = std::fmod(a, b); r >= 0.5; r = std::fmod(a, b)) a = std::exchange(b, r);
   return b;
+}
+
+__extension__ typedef __int128 Wide;   // holds the sum of two products of whole terms
+constexpr double kMostWhole = 0x1p53;  // up to it a double holds every whole number
+
+/// Whole numbers with a denominator above 0: what clocks and rates are made of.
+bool is_whole(const Fraction& f) {
+  const auto whole = [](double v) { return std::abs(v) <= kMostWhole && std::trunc(v) == v; };
+  return whole(f.num) && whole(f.den) && f.den > 0;
+}
+
+Wide wide(double whole) { return static_cast<Wide>(whole); }
+
+/// num / den in lowest terms; nothing if doubles can't hold these.
+std::optional<Fraction> lowest_terms(Wide num, Wide den) {
+  Wide a = num < 0 ? -num : num, b = den;
+  while (b != 0) a = std::exchange(b, a % b);
+  const Fraction f{static_cast<double>(num / a), static_cast<double>(den / a)};
+  return is_whole(f) ? std::optional(f) : std::nullopt;
 }
 
 }  // namespace
@@ -49,21 +69,35 @@ Fraction normalize(Fraction f) {
 }
 
 Fraction operator+(const Fraction& a, const Fraction& b) {
+  if (is_whole(a) && is_whole(b))
+    if (const auto sum = lowest_terms(wide(a.num) * wide(b.den) + wide(b.num) * wide(a.den),
+                                      wide(a.den) * wide(b.den)))
+      return *sum;
   // a/c + b/c keeps its denominator, so that a clock's terms don't grow from frame to frame.
   if (a.den == b.den) return normalize({a.num + b.num, a.den});
   return normalize({a.num * b.den + b.num * a.den, a.den * b.den});
 }
 
 Fraction operator*(const Fraction& a, const Fraction& b) {
+  if (is_whole(a) && is_whole(b))
+    if (const auto product = lowest_terms(wide(a.num) * wide(b.num), wide(a.den) * wide(b.den)))
+      return *product;
   return normalize({a.num * b.num, a.den * b.den});
 }
 
 bool fraction_less(const Fraction& a, const Fraction& b) {
   if (a.den == b.den) return a.num < b.num;
+  if (is_whole(a) && is_whole(b)) return wide(a.num) * wide(b.den) < wide(b.num) * wide(a.den);
   return std::floor(a.num * b.den) < std::floor(b.num * a.den);
 }
 
 int FrameTime::frame() const {
+  if (is_whole(time) && is_whole(length) && length.num > 0) {
+    const Wide n = wide(time.num) * wide(length.den), d = wide(time.den) * wide(length.num);
+    const Wide number = n / d - (n % d < 0 ? 1 : 0);
+    return static_cast<int>(
+        std::clamp<Wide>(number, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+  }
   const Fraction f = normalize({time.num * length.den, time.den * length.num});
   const double number = std::floor(f.den == 0 ? f.num : f.value());
   // Times from a file may be anything.

@@ -16,7 +16,7 @@ struct Fraction {
 /// numbers below 2^53 are reduced exactly.
 Fraction normalize(Fraction f);
 
-/// Both give their result in lowest terms.
+/// Both give their result in lowest terms, exactly where all terms are whole numbers.
 Fraction operator+(const Fraction& a, const Fraction& b);
 Fraction operator*(const Fraction& a, const Fraction& b);
 

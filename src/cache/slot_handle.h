@@ -34,7 +34,8 @@ class SlotHandle {
   SimFrame& operator*() const { return slot_->data; }
   SimFrame* operator->() const { return &slot_->data; }
 
-  /// Hands the filled frame over to the writer and releases it.
+  /// Hands the filled frame over to the writer and releases it. A frame whose frameTime has another
+  /// number than the slot is lost (BFS::takeLostFrames), and no file is written.
   void stored();
   void release();
 

@@ -127,8 +127,23 @@ TEST_F(CacheDirectories, Copies) {
   EXPECT_TRUE(std::filesystem::exists(to + "/cache/LastSimState.json"));
   EXPECT_FALSE(cache_locked(to + "/cache"));
 
-  EXPECT_FALSE(store->copyDir(to, {}));  // the files are there already
+  // A copy isn't made twice, a broken one is made whole, and no file is replaced.
+  const std::string first = copy->fileName(-4, 0);
+  std::filesystem::remove(copy->fileName(5, 0));
+  EXPECT_TRUE(store->copyFits(to + "/cache"));
+  EXPECT_TRUE(store->copyDir(to, {}));
+  EXPECT_EQ(copy->frames(), (std::vector<int>{-4, 5}));
+  std::filesystem::copy_file(first, copy->fileName(6, 0));
+  EXPECT_FALSE(store->copyFits(to + "/cache")) << "it has a frame more";
+  std::filesystem::remove(copy->fileName(6, 0));
+  std::filesystem::copy_file(copy->fileName(5, 0), first,
+                             std::filesystem::copy_options::overwrite_existing);
+  EXPECT_FALSE(store->copyFits(to + "/cache"));
+  EXPECT_FALSE(store->copyDir(to, {}));
   EXPECT_TRUE(log.contains("Failed to copy file " + from + "/"));
+  EXPECT_TRUE(store->copyFits(to + "/new"));
+  EXPECT_TRUE(store->copyDir(to, {}, "new"));
+  EXPECT_EQ(list_frames(to + "/new").size(), 2u);
   make_file(folder.path(), "file");
   EXPECT_FALSE(store->copyDir(folder.file("file"), {}));
   make_file(folder.file("other"), "cache");

@@ -66,6 +66,22 @@ class FrameStore : public testing::Test {
   std::shared_ptr<BFS> store = std::make_shared<BFS>();
 };
 
+// A frame never lands in another one's file.
+TEST_F(FrameStore, AFrameWithAnotherFramesTimeIsLost) {
+  prepare({4});
+  SlotHandle slot = SlotHandle::forStoring(store, 5, 0);
+  fill(*slot, 4, 7);
+  slot.stored();
+  EXPECT_FALSE(in_memory(5));
+  store->finishWrites();
+  EXPECT_FALSE(on_disk(5));
+  EXPECT_EQ(read(4), 4);
+  const std::vector<LostFrame> lost = store->takeLostFrames();
+  ASSERT_EQ(lost.size(), 1u);
+  EXPECT_EQ(lost[0].frame, 5);
+  EXPECT_EQ(lost[0].error, "It was stored with the time of frame 4.");
+}
+
 TEST_F(FrameStore, StoredFramesReachTheDiskAndComeBack) {
   put(3, 30);
   put(-1, 10);

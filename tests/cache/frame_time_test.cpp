@@ -49,11 +49,14 @@ TEST(FrameTime, FrameNumber) {
 
 // A clock of binary fractions would miss frames; this one hits each of four hours.
 TEST(FrameTime, ClockHitsEveryFrame) {
-  for (const Fraction length : {Fraction{1, 25}, Fraction{1001, 30000}, Fraction{33367, 1000000}}) {
-    FrameTime time{normalize({-2 * length.num, length.den}), length};
+  for (const Fraction length :
+       {Fraction{1, 25}, Fraction{2, 25}, Fraction{1001, 30000}, Fraction{1001, 24000},
+        Fraction{33367, 1000000}, Fraction{999983, 999999937}}) {
+    FrameTime time{normalize({-2000 * length.num, length.den}), length};
     int missed = 0;
-    for (int frame = -2; frame < 360000; ++frame, time = next_frame(time))
-      missed += time.frame() != frame;
+    for (int frame = -2000; frame < 360000; ++frame, time = next_frame(time))
+      missed += time.frame() != frame ||
+                time.time != Fraction{frame * length.num, 1} * Fraction{1, length.den};
     EXPECT_EQ(missed, 0) << length.num << "/" << length.den;
     EXPECT_EQ(time.time, normalize({360000 * length.num, length.den}));
   }
@@ -62,6 +65,11 @@ TEST(FrameTime, ClockHitsEveryFrame) {
 TEST(Fraction, Arithmetic) {
   EXPECT_EQ((Fraction{1, 25} * Fraction{500000, 1000000}), (Fraction{1, 50}));
   EXPECT_EQ((Fraction{1, 6} + Fraction{1, 10}), (Fraction{4, 15}));
+  // 29.97 frames a second at a time scale of 0.333333: sums beyond what a double holds.
+  const Fraction slow = Fraction{1001, 30000} * Fraction{333333, 1000000};
+  EXPECT_EQ(slow, (Fraction{111222111, 10000000000}));
+  EXPECT_EQ((Fraction{100000 * slow.num, slow.den} + slow),
+            (Fraction{100001 * slow.num, slow.den}));
   // The common denominator would be a number that a double can't hold.
   EXPECT_EQ((Fraction{1e12, 999983} + Fraction{1, 999983}), (Fraction{1e12 + 1, 999983}));
 }

@@ -1,5 +1,6 @@
 // The whole road through the plug-in: a scene goes in, frames and pictures come out.
 #include <QImage>
+#include <map>
 #include <optional>
 #include <set>
 #include <thread>
@@ -9,9 +10,11 @@
 
 #include "C4D/volume_parameters.h"
 #include "cache/cache_info.h"
+#include "cache/cache_registry.h"
 #include "cache/frame_names.h"
 #include "cache/grid_type.h"
 #include "cache/sim_frame.h"
+#include "cache/slot_handle.h"
 #include "glue/plugin_fixture.h"
 #include "support/full_disk.h"
 #include "support/support.h"
@@ -281,27 +284,52 @@ TEST_F(Plugin, LostFramesDontEndTheRun) {
   EXPECT_EQ(entries, 7 + 3) << "something was left behind";
 }
 
-TEST_F(Plugin, CollectedScenesHaveTheirCachesWithThem) {
-  const std::string text =
-      replaced(kScene, "\"voxel_size\": 1",
-               "\"voxel_size\": 1, \"cache_name\": \"" + folder_.file("cache") + "\"");
-  ASSERT_EQ(run("simulate", simulate_arguments(scene(text), 2)), host::kDone);
-  host::CommandArguments collect;
-  collect.Add("scene", folder_.file("scene.json"));
-  collect.Add("output", folder_.file("project"));
-  ASSERT_EQ(run("collect", collect), host::kDone);
-  const auto from = frame_files(), to = frame_files("project/nbx4d_caches/cache");
-  ASSERT_EQ(to.size(), 3u);
-  for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(test::read_file(from[i]), test::read_file(to[i]));
-  const auto saved = context_->LoadDocument({folder_.file("project/scene.json")});
-  ASSERT_TRUE(saved);
-  const auto* volume = context_->FindObject(*saved, kVolumeObject);
-  ASSERT_TRUE(volume);
-  EXPECT_EQ(volume->GetDataInstance().GetFilename(OVOLUME_CACHE_NAME).path,
-            folder_.file("project/nbx4d_caches/cache"));
-  // A copy doesn't replace files, and the failure is told.
-  EXPECT_EQ(run("collect", collect), host::kFailed);
-  EXPECT_EQ(context_->errors.size(), 1u);
+// Frames go out as volumes and come back, with their numbers and their exact times.
+TEST_F(Plugin, VolumesKeepTheirFramesAtAnyRate) {
+  const auto with = [](std::initializer_list<std::pair<const char*, std::string>> options) {
+    host::CommandArguments arguments;
+    for (const auto& [name, value] : options) arguments.Add(name, value);
+    return arguments;
+  };
+  const auto times = [&](const std::string& cache) {
+    std::map<int, Fraction> all;
+    for (const auto& [number, name] : list_frames(folder_.file(cache)))
+      all[number] = read_frame_file_info(folder_.file(cache + "/" + name), false).frameTime.time;
+    return all;
+  };
+  const auto fraction = [](double frames, const Fraction& length) {
+    return normalize({frames * length.num, length.den});
+  };
+  for (const Fraction& length : {Fraction{2, 25}, Fraction{1001, 30000}, Fraction{1001, 24000}}) {
+    const std::string id = std::to_string(static_cast<int>(length.den)), made = "made" + id;
+    fs::create_directory(folder_.file(made));
+    std::map<int, Fraction> expected, at_twelve;
+    {
+      const auto store = getCache(folder_.file(made));
+      for (int frame = -5; frame <= 41; ++frame) {
+        SlotHandle slot = SlotHandle::forStoring(store, frame, 0);
+        const FieldHandle field = acquire_field({3, 3, 3});
+        std::fill_n(field->data(), field->count(), 1.0f);
+        slot->add(field, kGridDensity, {}, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
+        slot->simTime = slot->frameTime = {expected[frame] = fraction(frame, length), length};
+        at_twelve[frame] = fraction(frame, {2, 25});
+        slot.stored();
+      }
+    }
+    ASSERT_EQ(times(made), expected);
+    const std::string volumes = folder_.file("volumes" + id);
+    if (run("export", with({{"path", folder_.file(made)}, {"output", volumes}})) != host::kDone)
+      GTEST_SKIP() << context_->errors.at(0);  // a build without OpenVDB
+    const auto import = [&](const std::string& cache, const char* rate) {
+      auto arguments = with({{"path", volumes}, {"cache", folder_.file(cache)}});
+      if (rate) arguments.Add("fps", rate);
+      EXPECT_EQ(run("import", arguments), host::kDone);
+      EXPECT_EQ(context_->all<std::int64_t>("imported", "frames"), std::vector<std::int64_t>{47});
+      return times(cache);
+    };
+    EXPECT_EQ(import("same" + id, nullptr), expected);
+    EXPECT_EQ(import("other" + id, "12.5"), at_twelve);
+  }
 }
 
 // From frame 6 on the folder is gone, or can't be written, or files can't grow as on a full disk:

@@ -10,6 +10,7 @@
 #include "host/document_reader.h"
 #include "host/document_writer.h"
 #include "host/interface/command_data.h"
+#include "host/scene_files.h"
 #include "host/small_host.h"
 
 namespace nbx::test {
@@ -25,6 +26,10 @@ class RecordingContext final : public host::CommandContext {
   } catch (const host::DocumentError& error) {
     Error(error.what());
     return nullptr;
+  }
+  std::vector<std::string> CollectFiles(host::BaseDocument& document,
+                                        const host::Filename& folder) override {
+    return host::CollectFiles(static_cast<host::Document&>(document), folder.path);
   }
   bool SaveDocument(const host::BaseDocument& document, const host::Filename& path) override {
     host::WriteDocumentFile(static_cast<const host::Document&>(document), path.path);

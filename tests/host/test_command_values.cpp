@@ -1,4 +1,4 @@
-// Values that come from the command line: frame ranges and parameters.
+// Values that come from the command line: frame ranges, frame rates and parameters.
 #include <filesystem>
 
 #include <gtest/gtest.h>
@@ -36,6 +36,62 @@ TEST(FrameRange, RefusesAllElse) {
   }
   EXPECT_TRUE(ParseFrames("5-4", error).empty());
   EXPECT_EQ(error, "ends before it begins");
+}
+
+// A frame's time has the frame's number, and the instant before it that of the frame before.
+TEST(FrameRate, IsTheFractionThatPeopleMean) {
+  const struct {
+    const char* text;
+    std::int64_t numerator, denominator;
+  } cases[] = {{"23.976", 24000, 1001},
+               {"29.97", 30000, 1001},
+               {"59.94", 60000, 1001},
+               {"12.5", 25, 2},
+               {"1000000/33367", 1000000, 33367},
+               {"25", 25, 1},
+               {"23.98", 24000, 1001},
+               {"119.88", 120000, 1001},
+               {"2997", 2997, 1},
+               {"60/4", 15, 1},
+               {"29.9700299700299", 30000, 1001},
+               {"0.001", 1, 1000},
+               {"29.5", 59, 2},
+               {"14.3568", 8973, 625},
+               {"1e4", 10000, 1}};
+  const BaseTime instant(1, 1'000'000'000);
+  for (const auto& [text, numerator, denominator] : cases) {
+    std::string error = "not cleared";
+    const auto rate = FrameRate::Parse(text, error);
+    ASSERT_TRUE(rate) << text << " " << error;
+    EXPECT_EQ(error, "");
+    EXPECT_EQ(*rate, FrameRate(numerator, denominator)) << rate->Text();
+    EXPECT_EQ(FrameRate::Parse(rate->Text(), error), rate);
+    int missed = 0;
+    for (std::int64_t frame = -1000; frame <= 100000; ++frame) {
+      const BaseTime time = BaseTime::FromFrame(frame, *rate);
+      missed += time.GetFrame(*rate) != frame || (time - instant).GetFrame(*rate) != frame - 1 ||
+                time.GetFramePosition(*rate) != static_cast<double>(frame);
+    }
+    EXPECT_EQ(missed, 0) << text;
+  }
+  const char* const refusals[][2] = {{"0", "is below 0.001"},
+                                     {"-5", "is below 0.001"},
+                                     {"1e5", "is above 10000"},
+                                     {"1/1001", "is below 0.001"},
+                                     {"nan", "isn't a number"},
+                                     {"1000000007/1000003", "has too large numbers; *"},
+                                     {"fast", "isn't a frame rate *"},
+                                     {"", "isn't a frame rate *"},
+                                     {"30/0", "isn't a frame rate *"},
+                                     {"30/", "isn't a frame rate *"},
+                                     {"30/1.5", "isn't a frame rate *"},
+                                     {"-30/-1", "isn't a frame rate *"}};
+  for (const auto& [text, expected] : refusals) {
+    std::string error, start = expected;
+    EXPECT_FALSE(FrameRate::Parse(text, error)) << text;
+    if (start.back() == '*') error.resize(start.size() - 1), start.pop_back();
+    EXPECT_EQ(error, start) << text;
+  }
 }
 
 const char* const kTwoBoxes = R"(

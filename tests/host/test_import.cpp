@@ -1,6 +1,7 @@
 // Scenes from files of modelling programs: where things land at each time, and what extras make of
 // them.
 #include <cmath>
+#include <csignal>
 #include <fstream>
 #include <numbers>
 
@@ -10,6 +11,7 @@
 #include "host/interface/camera.h"
 #include "host/interface/light.h"
 #include "host/interface/material.h"
+#include "host/model_check.h"
 #include "host/model_import.h"
 #include "support/support.h"
 #include "tests/host/scene_support.h"
@@ -126,7 +128,56 @@ TEST(Import, ExtrasMakeObjectsAndTags) {
             place + ": a node can be one object only; leave one of its types out");
   EXPECT_EQ(ErrorOf([&] { ImportModel(folder.file("roles.gltf"), {}, Classes()); }),
             folder.file("roles.gltf") +
-                ": the file has animation but no frame rate; give it with --fps N");
+                ": the file has animation but no frame rate; give it with --fps RATE");
+}
+
+// Files that the import library would die of or be at for ever, and work beyond the bounds.
+TEST(Import, DamagedAndEndlessFilesAreRefused) {
+  const nbx::test::TemporaryFolder folder;
+  const std::string points =
+                        "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\n"
+                        "property float y\nproperty float z\n",
+                    faces = "property list uchar int vertex_indices\n",
+                    end = "end_header\n0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n";
+  std::string polygon = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf";
+  for (int i = 0; i < 100001; ++i) polygon += i % 3 == 0 ? " 1" : i % 3 == 1 ? " 2" : " 3";
+  const float numbers[] = {0, 1e9f, 0, 0, 0, 1, 0, 0};  // two times, two places
+  std::ofstream(folder.file("far.bin"), std::ios::binary)
+      .write(reinterpret_cast<const char*>(numbers), sizeof numbers);
+  const std::string far = R"({"asset": {"version": "2.0"}, "scene": 0, "scenes": [{"nodes": [0]}],
+    "nodes": [{"name": "a"}], "buffers": [{"uri": "far.bin", "byteLength": 32}], "bufferViews": [
+      {"buffer": 0, "byteLength": 8}, {"buffer": 0, "byteOffset": 8, "byteLength": 24}], "accessors": [
+      {"bufferView": 0, "componentType": 5126, "count": 2, "type": "SCALAR"},
+      {"bufferView": 1, "componentType": 5126, "count": 2, "type": "VEC3"}], "animations": [{
+      "channels": [{"sampler": 0, "target": {"node": 0, "path": "translation"}}],
+      "samplers": [{"input": 0, "output": 1}]}]})";
+  const struct {
+    const char* name;
+    std::string text;
+    const char* error;
+  } cases[] = {
+      {"many.ply", points + "element face 4000000000\n" + faces + end, "at least 8000000018 bytes"},
+      {"open.ply", points + "element face 1\n" + faces, "its head has no end"},
+      {"none.ply", points + "element face 1\n" + faces + "end_header\n0 0 0\n1 0 0\n0 1 0\n0\n",
+       "can't be read as a mesh (the file is damaged: numOut"},
+      {"cut.glb", std::string("glTF\2\0\0\0\x20\0\0\0\0\0\0\x40JSON{}  ", 24),
+       "at least 1073741844"},
+      {"large.obj", polygon, "it asks for 10000200001 pairs of corners"},
+      {"far.gltf", far, "its animation goes to frame 24999999897,"}};
+  for (const auto& [name, text, expected] : cases) {
+    std::ofstream(folder.file(name), std::ios::binary) << text;
+    const std::string error = ErrorOf([&] { ImportModel(folder.file(name), 25, Classes()); });
+    EXPECT_NE(error.find(expected), std::string::npos) << error;
+    EXPECT_EQ(error.find(folder.file(name)), 0U) << error;
+  }
+  std::ofstream(folder.file("good.ply")) << points + "element face 1\n" + faces + end;
+  EXPECT_EQ(ErrorOf([&] { ImportModel(folder.file("good.ply"), 25, Classes()); }), "");
+  EXPECT_EXIT(
+      {
+        const ModelGuard guard("crash.ply");
+        std::raise(SIGSEGV);
+      },
+      testing::ExitedWithCode(2), "error: \"crash.ply\" is damaged");
 }
 
 }  // namespace

@@ -60,6 +60,32 @@ TEST(SceneDocument, WritingGivesTheTextThatWasRead) {
   EXPECT_EQ(WriteDocument(*document, "/"), written);
 }
 
+TEST(SceneDocument, KeepsTheFormOfItsRate) {
+  const struct {
+    const char* text;
+    FrameRate rate;
+  } cases[] = {{"29.97", {30000, 1001}},
+               {"\"30000/1001\"", {30000, 1001}},
+               {"\"60000/2002\"", {30000, 1001}},
+               {"12.5", {25, 2}},
+               {"25", 25}};
+  for (const auto& [text, rate] : cases) {
+    const auto document =
+        Read("{\"fps\": " + std::string(text) +
+             R"(, "objects": [{"type": "box", "parameters": {"start": 3.33666667}}]})");
+    EXPECT_EQ(document->GetFps(), rate);
+    EXPECT_EQ(document->GetMaxTime(), BaseTime(100 * rate.Denominator(), rate.Numerator()));
+    const std::string written = WriteDocument(*document, "/");
+    EXPECT_NE(written.find("\"fps\": " + std::string(text) + ","), std::string::npos) << written;
+    // Seconds with a few digits mean the frame that they are nearest to, and are kept as such.
+    const BaseTime start =
+        document->GetFirstObject()->GetDataInstance().GetTime(test_plugin::kStart);
+    EXPECT_EQ(start == BaseTime::FromFrame(100, rate), rate == FrameRate(30000, 1001));
+    document->fps_text.clear();  // as in an imported scene
+    EXPECT_EQ(Read(WriteDocument(*document, "/"))->GetFps(), rate);
+  }
+}
+
 TEST(SceneDocument, FilesKeepTheirPlaceWhenTheDocumentMoves) {
   nbx::test::TemporaryFolder folder;
   std::ofstream(folder.file("scene.json"))
@@ -80,8 +106,9 @@ TEST(SceneDocument, MistakesOfTheTextAreToldWithTheirPlace) {
       {"{\"fps\": 1e999}", "a number in the text is too large"},
       {"{\"fps\": 25, \"fps\": 30}", "the key \"fps\" stands twice in one object"},
       {R"({"fsp": 25})", "unknown key \"fsp\", did you mean \"fps\"?"},
-      {R"({"fps": 0})", "fps: is below 1"},
-      {R"({"fps": "fast"})", "fps: expected a whole number, found \"fast\""},
+      {R"({"fps": 0})", "fps: 0 is below 0.001"},
+      {R"({"fps": "fast"})", "fps: \"fast\" isn't a frame rate such as 25, 29.97 or 30000/1001"},
+      {R"({"fps": [25]})", "fps: expected a frame rate, found [25]"},
       {R"({"start": 5, "end": 4})", "the end lies before the start"},
   });
   std::string nested = "{\"fps\": ";

@@ -1,0 +1,144 @@
+// A scene with all that belongs to it in one folder, which works wherever it goes.
+#include <QImage>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+
+#include <gtest/gtest.h>
+
+#include "support/support.h"
+
+namespace nbx::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Two volumes whose caches have one name, a model whose numbers lie in another folder, used twice,
+// two pictures of one name, and a volume that nobody has simulated.
+const char* const kScene = R"({"fps": "30000/1001", "end": 3,
+  "render": {"parameters": {"width": 48, "height": 36, "samples": 4}},
+  "textures": [{"type": "image", "name": "red", "parameters": {"file": "a/tile.png"}},
+               {"type": "image", "name": "blue", "parameters": {"file": "b/tile.png"}}],
+  "materials": [{"name": "red", "parameters": {"color_texture": "red"}},
+                {"name": "blue", "parameters": {"color_texture": "blue"}}],
+  "objects": [
+    {"type": "camera", "position": [0, 30, -120]},
+    {"type": "light", "position": [100, 200, -100]},
+    {"type": "volume", "name": "left", "position": [-20, 30, 0], "parameters":
+      {"size": [24, 60, 24], "voxel_size": 3, "cache_name": "x/c", "time_mode": "document_range"}},
+    {"type": "volume", "name": "right", "position": [20, 30, 0], "parameters":
+      {"size": [24, 60, 24], "voxel_size": 3, "cache_name": "y/c", "time_mode": "document_range"}},
+    {"type": "volume", "name": "later", "enabled": false, "position": [0, 300, 0], "parameters": {"cache_name": "z/c"}},
+    {"type": "mesh", "position": [-20, 20, 0], "parameters": {"file": "models/wedge.gltf"},
+     "tags": [{"type": "emitter", "parameters": {"density": 1}},
+              {"type": "texture", "parameters": {"material": "red"}}]},
+    {"type": "mesh", "position": [20, 10, 0], "parameters": {"file": "models/wedge.gltf"},
+     "tags": [{"type": "emitter", "parameters": {"density": 0.5}},
+              {"type": "texture", "parameters": {"material": "blue"}}]}]})";
+
+void WriteModel(const std::string& folder) {
+  const float points[] = {-.1f, 0, -.1f, .1f, 0, -.1f, 0, 0, .1f, 0, .1f, 0};
+  const unsigned char corners[] = {0, 1, 2, 0, 3, 1, 1, 3, 2, 2, 3, 0};
+  std::ofstream numbers(folder + "/data/wedge.bin", std::ios::binary);
+  numbers.write(reinterpret_cast<const char*>(points), sizeof points);
+  numbers.write(reinterpret_cast<const char*>(corners), sizeof corners);
+  std::ofstream(folder + "/models/wedge.gltf") << R"({"asset": {"version": "2.0"}, "scene": 0,
+    "scenes": [{"nodes": [0]}], "nodes": [{"mesh": 0}],
+    "meshes": [{"primitives": [{"attributes": {"POSITION": 0}, "indices": 1}]}],
+    "buffers": [{"uri": "../data/wedge.bin", "byteLength": 60}],
+    "bufferViews": [{"buffer": 0, "byteLength": 48}, {"buffer": 0, "byteOffset": 48, "byteLength": 12}],
+    "accessors": [{"bufferView": 0, "componentType": 5126, "count": 4, "type": "VEC3"},
+                  {"bufferView": 1, "componentType": 5121, "count": 12, "type": "SCALAR"}]})";
+}
+
+/// The bytes of all files under a folder, by their paths from there. Names of frames begin with a
+/// word that tells where they were made.
+std::map<std::string, std::string> Files(const std::string& folder) {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : fs::recursive_directory_iterator(folder))
+    if (entry.is_regular_file()) {
+      std::string name = fs::relative(entry.path(), folder).string();
+      const std::size_t at = name.find("nbx_sim_cache");
+      if (at != std::string::npos) name.erase(at - 32, 32);
+      files[name] = read_file(entry.path().string());
+    }
+  return files;
+}
+
+TEST(Collect, FolderIsWholeWhereverItGoes) {
+  const TemporaryFolder folder;
+  const std::string home = folder.file("home"), project = folder.file("project");
+  for (const char* sub : {"a", "b", "models", "data"}) fs::create_directories(home + "/" + sub);
+  WriteModel(home);
+  std::ofstream(home + "/scene.json") << kScene;
+  for (const auto& [name, color] : {std::pair{"a", Qt::red}, std::pair{"b", Qt::blue}}) {
+    QImage tile(4, 4, QImage::Format_RGB32);
+    tile.fill(color);
+    ASSERT_TRUE(tile.save(QString::fromStdString(home + "/" + name + "/tile.png")));
+  }
+  const auto run = [&](const std::string& where, const std::string& line) {
+    const std::string out = folder.file("out");
+    const int status = std::system(
+        ("cd '" + where + "' && '" NBX_PROGRAM "' " + line + " >" + out + " 2>&1").c_str());
+    EXPECT_EQ(status, 0) << line << "\n" << read_file(out);
+  };
+  const auto picture = [&](const std::string& where) {
+    const std::string path = folder.file("picture.exr");
+    fs::remove(path);
+    run(where, "render scene.json --frames 3 --output " + path);
+    EXPECT_TRUE(fs::exists(path));
+    return read_file(path);
+  };
+  for (const std::string volume : {"left", "right"})
+    run(home, "simulate scene.json --object " + volume);
+  const std::string seen = picture(home);
+  run(home, "collect scene.json --output ../project");
+  const auto collected = Files(project);
+  run(home, "collect scene.json --output ../project");
+  EXPECT_EQ(Files(project), collected) << "a second time adds nothing";
+
+  EXPECT_EQ(collected.at("files/tile.png"), read_file(home + "/a/tile.png"));
+  EXPECT_EQ(collected.at("files/tile 2.png"), read_file(home + "/b/tile.png"));
+  EXPECT_EQ(collected.count("files/wedge/data/wedge.bin"), 1u);
+  EXPECT_EQ(collected.count("files/wedge 2/data/wedge.bin"), 0u) << "one copy serves both";
+  const std::string text = collected.at("scene.json");
+  EXPECT_EQ(text.find(folder.path()), std::string::npos) << text;
+  for (const std::string name : {"c", "c 2", "c 3"})
+    EXPECT_NE(text.find("\"nbx4d_caches/" + name + "\""), std::string::npos) << text;
+  const auto at_home = Files(home);
+  for (const auto& [name, bytes] : collected)
+    if (name.starts_with("nbx4d_caches/") && name.ends_with(".bcf")) {
+      const bool second = name.starts_with("nbx4d_caches/c 2/");
+      const std::string original = second ? "y/c" + name.substr(16) : "x/c" + name.substr(14);
+      EXPECT_EQ(bytes, at_home.at(original)) << name;
+    }
+
+  // Another run at home makes the copies out of date: the new ones get places of their own.
+  run(home, "simulate scene.json --object left --overwrite --set left.voxel_size=4");
+  run(home, "collect scene.json --output ../project");
+  auto all = Files(project);
+  for (const auto& [name, bytes] : collected)
+    if (name != "scene.json") {
+      EXPECT_EQ(all[name], bytes) << name;
+    }
+  EXPECT_EQ(all.at("nbx4d_caches/c 3/nbx_sim_cache_0000000002.bcf"),
+            Files(home).at("x/c/nbx_sim_cache_0000000002.bcf"));
+  std::ofstream(project + "/scene.json") << text;
+
+  fs::remove_all(home);
+  fs::create_directory(folder.file("elsewhere"));
+  const std::string moved = folder.file("elsewhere/project");
+  fs::rename(project, moved);
+  EXPECT_EQ(picture(moved), seen);
+  for (const std::string volume : {"left", "right"})
+    run(moved, "simulate scene.json --overwrite --object " + volume);
+  all = Files(moved);
+  for (const auto& [name, bytes] : collected)
+    if (name.find("nbx_sim_cache") != std::string::npos) {
+      EXPECT_EQ(all[name], bytes) << name;
+    }
+}
+
+}  // namespace
+}  // namespace nbx::test
