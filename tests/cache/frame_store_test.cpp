@@ -214,7 +214,7 @@ TEST_F(FrameStore, ReadersShareOneLoad) {
   for (SlotHandle& handle : handles)
     readers.emplace_back([&] { handle = SlotHandle(store, 1, 0, true); });
   for (std::thread& reader : readers) reader.join();
-  inotify_event events[64];
+  char events[64 * sizeof(inotify_event)];
   const ssize_t read = ::read(watch, events, sizeof events);
   close(watch);
   EXPECT_EQ(read, static_cast<ssize_t>(4 * sizeof(inotify_event)));
@@ -241,8 +241,26 @@ TEST_F(FrameStore, TheFirstUnusedFrameMakesRoom) {
   EXPECT_EQ(store->frames(), (std::vector<int>{0, 1, 2, 3, 9}));
 }
 
-// An unknown codec fails in the writer and leaves the frames dirty until it is mended. The writer
-// tries again when any handle goes back, a reader's too.
+// The writer has nothing to do any more when the reader comes.
+TEST_F(FrameStore, AFrameThatFailedIsTriedAgainWhenAReaderGoes) {
+  const auto comes = [](const auto& what) {
+    const Stopwatch watch;
+    while (!what() && watch.seconds() < 30) std::this_thread::yield();
+    return what();
+  };
+  test::HeldSync writer(store->fileName(1, 0));
+  put(1, 1);
+  writer.wait();
+  store->codec = static_cast<Codec>(9);
+  put(2, 2);
+  writer.release();
+  ASSERT_TRUE(comes([&] { return log.contains("BFS::storeSlot: Unknown codec"); }));
+  store->codec = Codec::kRaw;
+  SlotHandle(store, 2, 0, false).release();
+  EXPECT_TRUE(comes([&] { return on_disk(2); }));
+}
+
+// An unknown codec fails in the writer and leaves the frames dirty until it is mended.
 TEST_F(FrameStore, DirtyFramesAreSavedBeforeTheStoreEnds) {
   store->codec = static_cast<Codec>(9);
   const SlotHandle empty(store, 77, 0, true);  // doesn't keep the store
@@ -259,16 +277,8 @@ TEST_F(FrameStore, DirtyFramesAreSavedBeforeTheStoreEnds) {
   EXPECT_TRUE(log.contains("Exception caught in BFS::storeSlot: Unknown codec"));
 
   store->codec = Codec::kPredictive;
-  SlotHandle(store, 2, 0, false).release();
-  const Stopwatch watch;
-  while (!on_disk(3) && watch.seconds() < 60) std::this_thread::yield();
-  EXPECT_TRUE(on_disk(1) && on_disk(2) && on_disk(3));
-  store->codec = static_cast<Codec>(9);
-  put(4, 4);
-  EXPECT_FALSE(store->finishWrites());
-  store->codec = Codec::kRaw;
   store.reset();
-  EXPECT_EQ(list_frames(path).size(), 4u);
+  EXPECT_EQ(list_frames(path).size(), 3u);
 }
 
 TEST_F(FrameStore, FramesThatCanNotBeWrittenAreGivenUp) {
