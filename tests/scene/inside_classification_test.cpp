@@ -109,5 +109,30 @@ TEST(InsideClassification, BadMeshesFillWhatTheyCan) {
   EXPECT_TRUE(none.empty());
 }
 
+// Lines that meet many triangles, which lie aslant in many leaves of the tree.
+TEST(InsideClassification, FortyShellsInOneAnother) {
+  const auto radius = [](int k) { return 3.25 + 0.5 * k; };
+  std::vector<Mesh> shells;
+  for (int k = 0; k < 40; ++k) {
+    Mesh octahedron;
+    for (int point = 0; point < 6; ++point) {
+      octahedron.points.emplace_back(24, 24, 24);
+      octahedron.points.back()[point / 2] += point % 2 == 0 ? radius(k) : -radius(k);
+    }
+    for (int x : {0, 1})
+      for (int y : {2, 3})
+        for (int z : {4, 5}) octahedron.polygons.push_back({x, y, z, z});
+    shells.push_back(test::in_cells(octahedron));
+  }
+  Sparse field;
+  fill(field, shells, {{0, 0, 0}, {48, 48, 48}});
+  test::each_cell({49, 49, 49}, 0, [&](int x, int y, int z) {
+    const int d = std::abs(x - 24) + std::abs(y - 24) + std::abs(z - 24);
+    int round = 0;
+    for (int k = 0; k < 40; ++k) round += radius(k) > d;
+    ASSERT_EQ(field.value(x, y, z), round % 2) << x << " " << y << " " << z;
+  });
+}
+
 }  // namespace
 }  // namespace nbx
