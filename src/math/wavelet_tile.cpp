@@ -171,19 +171,21 @@ void advance_tile_from_start(WaveletNoise& noise, float t, bool three_d, bool no
     for (std::ptrdiff_t k = 0; k < numbers; ++k) uniform(noise.rng);
   if (noise.tile_time + 1 < i) advance_tile(noise, static_cast<float>(i - 1), three_d, normalize);
   advance_tile(noise, time, three_d, normalize);
-  NoiseState noise_state(const WaveletNoise& noise) {
-    return {noise.rng, noise.before_a, noise.before_b, noise.tile_time, noise.tile_a.count() > 0};
-  }
+}
 
-  void restore_noise(WaveletNoise & noise, const NoiseState& state, bool three_d, bool normalize) {
-    if (state.has_tiles) {
-      noise.rng = noise.before_a = state.before_a;
-      generate_tile(noise.tile_a, noise, noise.tile_size, three_d, normalize);
-      noise.rng = noise.before_b = state.before_b;
-      generate_tile(noise.tile_b, noise, noise.tile_size, three_d, normalize);
-    }
-    noise.rng = state.rng;
-    noise.tile_time = state.tile_time;
+NoiseState noise_state(const WaveletNoise& noise) {
+  return {noise.rng, noise.before_a, noise.before_b, noise.tile_time, noise.tile_a.count() > 0};
+}
+
+void restore_noise(WaveletNoise& noise, const NoiseState& state, bool three_d, bool normalize) {
+  if (state.has_tiles) {
+    noise.rng = noise.before_a = state.before_a;
+    generate_tile(noise.tile_a, noise, noise.tile_size, three_d, normalize);
+    noise.rng = noise.before_b = state.before_b;
+    generate_tile(noise.tile_b, noise, noise.tile_size, three_d, normalize);
   }
+  noise.rng = state.rng;
+  noise.tile_time = state.tile_time;
+}
 
 }  // namespace nbx
