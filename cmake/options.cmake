@@ -19,6 +19,10 @@ if(NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
 endif()
 
+# Where `cmake --install` puts the libraries and the plug-in: ../lib/nimbrix as seen from the program.
+include(GNUInstallDirs)
+set(NBX_INSTALL_LIB lib/nimbrix)
+
 # Kernels for AVX2 and AVX-512 beside the baseline, chosen at run time (util/isa.h).
 set(NBX_ISA_LEVELS OFF)
 if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64" AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")

@@ -11,7 +11,9 @@ function(nbx_folder name)
   if(NOT NBX_SANITIZE)  # clang's runtimes of the sanitizers come in with the program
     target_link_options(${name} PRIVATE -Wl,--no-undefined)
   endif()
-  set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 1)
+  set_target_properties(${name} PROPERTIES
+    VERSION ${PROJECT_VERSION} SOVERSION 1 INSTALL_RPATH "$ORIGIN")
+  install(TARGETS ${name} LIBRARY DESTINATION ${NBX_INSTALL_LIB} NAMELINK_SKIP)
 endfunction()
 
 # nbx_test(NAME SOURCES ... LINKS ... TIMEOUT seconds): one test program, one ctest entry per test.
