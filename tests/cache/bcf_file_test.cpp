@@ -1,8 +1,15 @@
+// Frame files as bytes, and what is said of them.
 #include "cache/bcf_file.h"
 
+#include <cmath>
 #include <functional>
 
+#include "cache/cache_info.h"
 #include "cache/frame_bytes.h"
+#include "cache/frame_names.h"
+#include "cache/grid_type.h"
+#include "cache/sim_frame.h"
+#include "support/full_disk.h"
 #include "support/support.h"
 
 namespace nbx {
@@ -23,7 +30,9 @@ std::string thrown(const std::function<void()>& action) {
 
 class BcfFileTest : public testing::Test {
  protected:
-  void write(const std::string& bytes) { test::write_file(path, bytes); }
+  void put(const std::string& name, const std::string& bytes) {
+    test::write_file(folder.file(name), bytes);
+  }
 
   test::TemporaryFolder folder;
   const std::string path = folder.file("frame.bcf");
@@ -51,23 +60,6 @@ TEST_F(BcfFileTest, BytesAreThoseWorkedOutByHand) {
   EXPECT_EQ(out.position(), expected.size());
   EXPECT_TRUE(out.close());
   EXPECT_EQ(test::read_file(path), expected);
-
-  BcfFile in;
-  ASSERT_TRUE(in.openRead(path));
-  int records = 0;
-  for (GridHead head; in.readHead(head); ++records) {
-    EXPECT_EQ(head.simTime, test::kSimTime);
-    EXPECT_EQ(head.frameTime, test::kFrameTime);
-    EXPECT_EQ(head.offset, test::kOffset);
-    EXPECT_EQ(head.gridMatrix, test::kMatrix);
-    const std::uint64_t position = in.position();
-    EXPECT_TRUE(in.trailerMatches(position, head));
-    if (records == 1) continue;  // skips a payload that wasn't read
-    Field<float> back(9, 9, 9);
-    in.readGrid(position, head, back);
-    EXPECT_TRUE(test::same_bits(back, records == 0 ? f : none)) << records;
-  }
-  EXPECT_EQ(records, 3);
 }
 
 TEST_F(BcfFileTest, HeadersThatAreRefused) {
@@ -80,10 +72,10 @@ TEST_F(BcfFileTest, HeadersThatAreRefused) {
       {test::header(0x87), other},
       {test::header().substr(0, 11), other + ": unfinished, its writer ended half-way"}};
   for (const auto& [bytes, message] : cases) {
-    write(bytes);
+    test::write_file(path, bytes);
     EXPECT_EQ(thrown([&] { BcfFile().openRead(path); }), message);
   }
-  write(test::header(0x86));
+  test::write_file(path, test::header(0x86));
   BcfFile in;
   EXPECT_TRUE(in.openRead(path));
   EXPECT_FALSE(in.openRead(folder.file("missing.bcf")));
@@ -91,51 +83,21 @@ TEST_F(BcfFileTest, HeadersThatAreRefused) {
   EXPECT_FALSE(in.errorString().empty());
 }
 
-TEST_F(BcfFileTest, MisuseThrows) {
+TEST_F(BcfFileTest, RefusedGridsLeaveNoByte) {
   BcfFile file;
-  GridHead head;
   Field<float> f(1, 1, 1), huge = Field<float>::view(f.data(), 1 << 16, 1 << 15, 1);
   const auto add = [&](int type, Codec codec, const Field<float>& field) {
     return thrown([&] { file.addGrid(type, codec, {}, {}, {}, {}, field); });
   };
   EXPECT_EQ(add(2, Codec::kRaw, f), "Failed to add float grid. No file opened for writing.");
-  const std::string closed = "Failed to read float grid. No file opened for reading.";
-  EXPECT_EQ(thrown([&] { file.readHead(head); }), closed);
-  EXPECT_EQ(thrown([&] { file.readGrid(12, head, f); }), closed);
   ASSERT_TRUE(file.create(path));
-  EXPECT_EQ(thrown([&] { file.readHead(head); }), closed);
   EXPECT_EQ(add(0, Codec::kRaw, f), "Invalid grid type.");
   EXPECT_EQ(add(36, Codec::kRaw, f), "Invalid grid type.");
-  EXPECT_EQ(add(2, static_cast<Codec>(3), f), "Unknown codec");
   EXPECT_EQ(add(2, Codec::kRunLength, huge), "Grid too large for a frame file.");
-  // None of them left a byte, and the file is none until it is closed.
+  // The file is no frame until it is closed.
   EXPECT_EQ(test::read_file(path), test::header(0));
   EXPECT_TRUE(file.close());
   EXPECT_EQ(test::read_file(path), test::header());
-}
-
-TEST_F(BcfFileTest, PayloadsThatAreRefusedLeaveTheFieldAlone) {
-  const std::string raw = Bytes().f32({1, 2, 3, 4}).text();
-  const std::string run = Bytes().i32({-4}).f32({9}).text();
-  const std::pair<std::string, std::string> cases[] = {
-      {test::record(2, 7, {2, 2, 1}, raw), "Unknown codec"},
-      {test::record(2, 0, {2, -2, 1}, raw), "BCF: invalid raw grid size"},
-      {test::record(2, 1, {2, 2, 2}, run), "BCF: run-length payload doesn't fill the grid"},
-      {test::record(2, 2, {1 << 10, 1 << 10, 1}, raw),
-       "BCF: predictive payload doesn't fit the grid"},
-      {test::record(2, 1, {2, 2, 1}, run).substr(0, 225),
-       "BCF: the file ends inside of a grid, 3 of 8 bytes are there"}};
-  for (const auto& [record, message] : cases) {
-    write(test::header() + record);
-    BcfFile in;
-    GridHead head;
-    ASSERT_TRUE(in.openRead(path) && in.readHead(head));
-    Field<float> f(1, 2, 3), before;
-    test::fill_random(f, 1);
-    before.copy(f);
-    EXPECT_EQ(thrown([&] { in.readGrid(in.position(), head, f); }), message);
-    EXPECT_TRUE(test::same_bits(f, before));
-  }
 }
 
 // A full disk behind a link: the device must stay what it is.
@@ -145,6 +107,207 @@ TEST_F(BcfFileTest, FullDisk) {
   EXPECT_FALSE(out.create(path));
   EXPECT_EQ(out.errorString(), "No space left on device");
   EXPECT_TRUE(std::filesystem::is_symlink(path));
+}
+
+TEST(GridType, NamesAndTheirInverse) {
+  EXPECT_EQ(grid_type_name(kGridBurn), "burn");
+  EXPECT_EQ(grid_type_name(kGridSecondVelocityZ), "second_velocity_z");
+  for (int type = -1; type <= 256; ++type)
+    EXPECT_EQ(grid_type_from_name(grid_type_name(type)), type);
+  for (const char* name : {"", "Density", "type_", "type_1x", "type_99999999999", "velocity"})
+    EXPECT_FALSE(grid_type_from_name(name)) << name;
+  EXPECT_EQ(staggered_axis(kGridVelocityY), 1);
+  EXPECT_EQ(staggered_axis(kGridSecondVelocityX), 0);
+  EXPECT_EQ(staggered_axis(kGridFuel), -1);
+}
+
+TEST_F(BcfFileTest, InfoOfAFile) {
+  const std::string payload = Bytes().i32({-24}).f32({0}).i32({3}).f32({-1, NAN, 5}).text();
+  put("frame.bcf", test::header() + test::record(2, 1, {3, 3, 3}, payload) +
+                       test::record(5, 0, {1, 1, 1}, Bytes().f32({NAN}).text()));
+  const FrameFileInfo info = read_frame_file_info(path, true);
+  EXPECT_TRUE(info.good());
+  EXPECT_EQ(info.bytes, 12u + 2 * 226 + payload.size() + 4);
+  EXPECT_EQ(info.frameTime.frame(), 3);
+  EXPECT_EQ(info.box, (IntBox{{0, 5, 8}, {0, 5, 8}}));
+  ASSERT_EQ(info.grids.size(), 2u);
+  EXPECT_DOUBLE_EQ(info.grids[0].compression(), 108.0 / 24);
+  const ValueSummary& v = *info.grids[0].values;
+  EXPECT_EQ((std::array{v.min, v.max, static_cast<float>(v.nans)}),
+            (std::array{-1.0f, 5.0f, 1.0f}));
+  EXPECT_DOUBLE_EQ(v.mean, 4.0 / 26);
+  EXPECT_EQ(info.grids[1].values->max, 0);
+  EXPECT_FALSE(read_frame_file_info(path, false).grids[0].values);
+}
+
+TEST_F(BcfFileTest, InfoOfADirectory) {
+  const std::string good = test::header() + test::record(2, 0, {1, 1, 1}, Bytes().f32({1}).text());
+  std::uint64_t bytes = 0;
+  for (const int frame : {10, -2, -1, 4, 5, 8}) {
+    const std::string content = frame == 4 ? "foreign file" : good;
+    put(frame_file_name("a", frame, 0), content);
+    bytes += frame == 4 ? 0 : content.size();
+  }
+  put(frame_file_name("b", 5, 0), good);  // the same number under another prefix
+  put(frame_file_name("a", 5, 1), good);
+  put("LastSimState.bcf", good);
+  put("CacheLock.lck", "");
+  const CacheInfo cache = *read_cache_info(folder.path(), true);
+  std::vector<int> numbers;
+  for (const auto& [number, info] : cache.frames) {
+    numbers.push_back(number);
+    EXPECT_EQ(info.good(), number != 4);
+  }
+  EXPECT_EQ(numbers, (std::vector<int>{-2, -1, 4, 5, 5, 8, 10}));
+  EXPECT_EQ(cache.gaps(), (std::vector<std::pair<int, int>>{{0, 3}, {6, 7}, {9, 9}}));
+  EXPECT_EQ(cache.others.size(), 2u);
+  EXPECT_EQ(cache.bytes, bytes + 3 * good.size());
+  EXPECT_FALSE(read_cache_info(folder.file("missing"), false));
+}
+
+FieldHandle filled(const Vec3i& dims, unsigned seed) {
+  const FieldHandle field = acquire_field(dims);
+  test::fill_random(*field, seed);
+  return field;
+}
+
+std::string raw(std::initializer_list<float> cells) { return Bytes().f32(cells).text(); }
+
+TEST_F(BcfFileTest, LoadReadsHeadsAndGridsOnDemand) {
+  const std::string bytes =
+      test::header() + test::record(2, 0, {2, 1, 1}, raw({1, 2})) +
+      test::record(200, 0, {-3, 1, 1}, "") + test::record(5, 1, {9, 9, 9}, "no payload") +
+      test::record(2, 0, {1, 2, 1}, raw({3, 4}));  // stands twice: this one wins
+  test::write_file(path, bytes);
+  SimFrame frame;
+  EXPECT_TRUE(frame.saved);
+  EXPECT_FALSE(frame.valid);
+  ASSERT_TRUE(frame.load(path));  // the bad payload doesn't show
+  EXPECT_TRUE(frame.saved && frame.valid);
+  EXPECT_EQ(frame.frameTime, test::kFrameTime);
+  EXPECT_EQ(frame.simTime, test::kSimTime);
+  ASSERT_EQ(frame.grids.size(), 3u);
+  EXPECT_EQ(frame.grids[2].offset, test::kOffset);
+  EXPECT_EQ(frame.grids[2].gridMatrix, test::kMatrix);
+  EXPECT_FALSE(frame.grids[2].field);
+
+  const FieldHandle density = frame.grid(2);
+  EXPECT_EQ(test::values_of(*density), (std::vector<float>{3, 4}));
+  EXPECT_EQ(frame.grid(2), density);
+  EXPECT_EQ(frame.grid(200)->count(), 0u);
+  EXPECT_THROW(frame.grid(5), Exception);
+  EXPECT_FALSE(frame.grid(7));
+
+  std::filesystem::remove(path);
+  EXPECT_FALSE(frame.grid(5));
+  EXPECT_EQ(frame.grid(2), density);
+  EXPECT_FALSE(frame.load(path));
+  EXPECT_TRUE(frame.grids.empty() && !frame.valid);
+  test::write_file(path, test::header());
+  EXPECT_FALSE(frame.load(path));
+  test::write_file(path, "something else");
+  EXPECT_THROW(frame.load(path), BcfFormatError);
+}
+
+TEST_F(BcfFileTest, WritesWhatIsLoadedAndReadsItBack) {
+  SimFrame frame;
+  frame.simTime = test::kSimTime;
+  frame.frameTime = test::kFrameTime;
+  const FieldHandle density = filled({5, 6, 7}, 1), velocity = filled({6, 6, 7}, 2);
+  frame.add(density, kGridDensity, test::kOffset, test::kMatrix);
+  frame.ownsData = false;
+  frame.add(velocity, kGridVelocityX, test::kOffset, test::kMatrix);
+  EXPECT_EQ(frame.grid(kGridVelocityX), velocity);
+  const Field<float>* live = density.get();
+  EXPECT_NE(frame.grid(kGridDensity).get(), live);
+  density->data()[0] += 1;  // the copy doesn't see it
+  frame.grids[kGridFuel].gridType = kGridFuel;
+
+  for (const Codec codec : {Codec::kRaw, Codec::kRunLength, Codec::kPredictive}) {
+    const std::uint64_t size = frame.write(path, codec);
+    EXPECT_EQ(size, std::filesystem::file_size(path));
+    SimFrame back;
+    ASSERT_TRUE(back.load(path));
+    EXPECT_EQ(back.grids.size(), 2u);
+    EXPECT_TRUE(test::same_bits(*back.grid(kGridDensity), *frame.grid(kGridDensity)));
+    EXPECT_TRUE(test::same_bits(*back.grid(kGridVelocityX), *velocity));
+    EXPECT_EQ(back.frameTime.frame(), 3);
+
+    // Written elsewhere, the frame still reads the rest from where it came from; over its own file
+    // that rest is gone.
+    SimFrame copy;
+    ASSERT_TRUE(copy.load(path) && copy.grid(kGridVelocityX));
+    EXPECT_GT(copy.write(folder.file("copy.bcf"), codec), 0u);
+    EXPECT_TRUE(test::same_bits(*copy.grid(kGridDensity), *frame.grid(kGridDensity)));
+    ASSERT_TRUE(copy.load(path) && copy.grid(kGridVelocityX));
+    EXPECT_GT(copy.write(path, codec), 0u);
+    EXPECT_FALSE(copy.grid(kGridDensity));
+    EXPECT_TRUE(copy.grid(kGridVelocityX));
+  }
+}
+
+TEST_F(BcfFileTest, FailedWritesLeaveNoFile) {
+  SimFrame frame;
+  frame.add(filled({64, 64, 16}, 3), kGridDensity, {}, {});
+  EXPECT_EQ(frame.write(folder.file("missing/frame.bcf"), Codec::kRaw), 0u);
+  EXPECT_EQ(frame.error, "No such file or directory");
+  {
+    const test::FileSizeLimit limit(100000);
+    EXPECT_EQ(frame.write(path, Codec::kRaw), 0u);
+    EXPECT_EQ(frame.write(path, Codec::kRunLength), 0u);
+  }
+  EXPECT_EQ(frame.error, "File too large");
+  EXPECT_FALSE(std::filesystem::exists(path));
+  EXPECT_GT(frame.write(path, Codec::kRaw), 0u);
+  EXPECT_EQ(frame.error, "");
+
+  EXPECT_THROW(frame.write(path, static_cast<Codec>(9)), Exception);
+  EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+// The region is the same whichever grids stand for it, and damaged offsets don't overflow.
+TEST_F(BcfFileTest, DimensionsOffsetAndBox) {
+  SimFrame frame;
+  EXPECT_EQ(frame.dims(), Vec3i());
+  EXPECT_EQ(frame.offset(), Vec3i());
+  EXPECT_TRUE(frame.box().empty());
+
+  const Vec3i offset{-1, 9, 4}, centre{7, 6, 5};  // the box of 5 x 4 x 3 cells at (0, 10, 5)
+  const IntBox box{{0, 10, 5}, {4, 13, 7}};
+  for (int a = 0; a < 3; ++a) {
+    Vec3i faces = centre;
+    faces[a] += 1;
+    frame.add(acquire_field(faces), kGridVelocityX + a, offset, {});
+    EXPECT_EQ(frame.box(), box);
+  }
+  EXPECT_EQ(frame.dims(), Vec3i());
+  EXPECT_EQ(frame.offset(), offset);
+  frame.add(acquire_field(centre), kGridSolid, offset, {});
+  EXPECT_EQ(frame.dims(), centre);
+  EXPECT_EQ(frame.box(), box);
+  frame.add(acquire_field({8, 6, 5}), kGridSecondVelocityX, offset + Vec3i(0, -1, 2), {});
+  EXPECT_EQ(frame.dims(), Vec3i(8, 6, 5));
+  EXPECT_EQ(frame.offset(), Vec3i(-1, 8, 4));
+  EXPECT_EQ(frame.box(), box);
+
+  const int most = std::numeric_limits<int>::max();
+  frame.grids[kGridSolid].offset = {most, most, most};
+  EXPECT_EQ(frame.box().hi, Vec3i(most, most, most));
+}
+
+// Grids large enough to be encoded on several threads give the bytes of one after the other.
+TEST_F(BcfFileTest, GridsEncodedSideBySideGiveTheSameFile) {
+  SimFrame frame;
+  for (const int type : {2, 3, 5, 24}) frame.add(filled({64, 48, 50 + type}, 7), type, {}, {});
+  for (const Codec codec : {Codec::kRaw, Codec::kRunLength, Codec::kPredictive}) {
+    BcfFile serial;
+    ASSERT_TRUE(serial.create(folder.file("serial")));
+    for (const auto& [type, grid] : frame.grids)
+      serial.addGrid(type, codec, frame.simTime, frame.frameTime, {}, {}, *grid.field);
+    serial.close();
+    EXPECT_GT(frame.write(path, codec), 0u);
+    EXPECT_EQ(test::read_file(path), test::read_file(folder.file("serial")));
+  }
 }
 
 }  // namespace

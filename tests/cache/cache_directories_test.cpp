@@ -14,6 +14,9 @@ class CacheDirectories : public testing::Test {
     std::filesystem::create_directories(dir);
     test::write_file(dir + "/" + name, std::string(bytes, 'x'));
   }
+  void put(const std::string& name, const std::string& bytes = test::header()) {
+    test::write_file(folder.file(name), bytes);
+  }
   void store_frame(const std::shared_ptr<BFS>& store, int number) {
     SlotHandle slot = SlotHandle::forStoring(store, number, 0);
     slot->frameTime = {{static_cast<double>(number), 1}, {1, 1}};
@@ -24,6 +27,7 @@ class CacheDirectories : public testing::Test {
   test::TemporaryFolder folder;
   test::LogCapture log;
   const std::string base = folder.file("base");
+  const std::string old_prefix = "0123456789abcdef0123456789abcdef";
 };
 
 TEST_F(CacheDirectories, Resolve) {
@@ -50,7 +54,6 @@ TEST_F(CacheDirectories, Resolve) {
   CacheDirData blocked;
   dir = "before";
   EXPECT_FALSE(resolve_cache_dir(blocked, dir, true, folder.file("file/below")));
-  EXPECT_TRUE(log.contains("FATAL: failed to create global cache base path "));
   EXPECT_EQ(blocked, CacheDirData());
   EXPECT_EQ(dir, "before");
 }
@@ -140,15 +143,63 @@ TEST_F(CacheDirectories, Copies) {
                              std::filesystem::copy_options::overwrite_existing);
   EXPECT_FALSE(store->copyFits(to + "/cache"));
   EXPECT_FALSE(store->copyDir(to, {}));
-  EXPECT_TRUE(log.contains("Failed to copy file " + from + "/"));
   EXPECT_TRUE(store->copyFits(to + "/new"));
   EXPECT_TRUE(store->copyDir(to, {}, "new"));
   EXPECT_EQ(list_frames(to + "/new").size(), 2u);
   make_file(folder.path(), "file");
   EXPECT_FALSE(store->copyDir(folder.file("file"), {}));
-  make_file(folder.file("other"), "cache");
-  EXPECT_FALSE(store->copyDir(folder.file("other"), {}));
-  EXPECT_FALSE(BFS().copyDir(to, {}));
+}
+
+TEST_F(CacheDirectories, FileNames) {
+  EXPECT_EQ(frame_file_name("p", 7, 0), "pnbx_sim_cache_0000000007.bcf");
+  EXPECT_EQ(frame_file_name("p", -5, 0), "pnbx_sim_cache_-000000005.bcf");
+  EXPECT_EQ(frame_file_name("p", -5, -1), "pnbx_sim_cache_-000000005.bcf");
+  EXPECT_EQ(frame_file_name("p", 1234567890, 12), "pnbx_sim_cache_1234567890_12.bcf");
+  for (const int frame : {0, -1, 42, 2147483647, -2147483647 - 1})
+    EXPECT_EQ(frame_of_name(frame_file_name("x_1", frame, 0)), frame);
+  for (const char* other : {"0000000001_2.bcf", "99999999999.bcf", "1.bcf.part", ".bcf", "+1.bcf"})
+    EXPECT_FALSE(frame_of_name(std::string("nbx_sim_cache_") + other)) << other;
+}
+
+// The hash is that of the path without its leading slash, taken with another program.
+TEST_F(CacheDirectories, PrefixOfANewDirectoryIsTheHashOfItsPath) {
+  EXPECT_EQ(cache_prefix("/a/b"), "a7e86136543b019d72468ceebf71fb8e");
+  EXPECT_EQ(cache_prefix("/a/x/../b/"), cache_prefix("/a/b"));
+
+  BFS cache;
+  EXPECT_FALSE(cache.setDirectory(folder.file("missing")));
+  EXPECT_FALSE(cache.setDirectory(""));
+  ASSERT_TRUE(cache.setDirectory(folder.path()));
+  const std::string prefix = cache_prefix(folder.path());
+  EXPECT_EQ(cache.fileName(3, 0), folder.file(prefix + "nbx_sim_cache_0000000003.bcf"));
+}
+
+TEST_F(CacheDirectories, PrefixIsThatOfTheFilesThatAreThere) {
+  const std::string own = cache_prefix(folder.path());
+  put("LastSimState.bcf");
+  put("nbx_sim_cache_0000000001.bcf");
+  put("nbx_a_long_name_that_begins_like_a_frame_does.bcf");
+  EXPECT_EQ(cache_prefix(folder.path()), own);
+  put(std::string(40, '0') + ".bcf");  // stands before the next in the order of names
+  EXPECT_EQ(cache_prefix(folder.path()), std::string(32, '0'));
+  put(old_prefix + "nbx_sim_cache_0000000001.bcf");
+  EXPECT_EQ(cache_prefix(folder.path()), old_prefix);
+}
+
+TEST_F(CacheDirectories, FindsFrames) {
+  for (const char* number : {"0000000010", "-000000002", "0000000009", "0000000009_1"})
+    put(old_prefix + "nbx_sim_cache_" + number + ".bcf");
+  put(old_prefix + "nbx_sim_cache_0000000004.bcf", "not a frame");
+  put("LastSimState.bcf");
+  BFS cache;
+  ASSERT_TRUE(cache.setDirectory(folder.path()));
+  EXPECT_EQ(cache.frames(), (std::vector<int>{-2, 4, 9, 10}));
+  std::string path;
+  EXPECT_TRUE(cache.frameFile(-2, 0, &path));
+  EXPECT_EQ(path, folder.file(old_prefix + "nbx_sim_cache_-000000002.bcf"));
+  EXPECT_TRUE(cache.frameFile(9, 1, nullptr));
+  EXPECT_FALSE(cache.frameFile(9, 2, nullptr));
+  EXPECT_FALSE(cache.frameFile(4, 0, nullptr));
 }
 
 }  // namespace

@@ -28,13 +28,6 @@ TEST(Fraction, ReducesToLowestTerms) {
   EXPECT_TRUE(std::isnan(normalize({1, kNaN}).den));
 }
 
-TEST(Fraction, Compares) {
-  const Fraction rising[] = {{-3, 25}, {-2, 25}, {1, 3}, {1, 2}, {1, 0}};  // up to infinity
-  for (const Fraction& a : rising)
-    for (const Fraction& b : rising) EXPECT_EQ(fraction_less(a, b), &a < &b);
-  EXPECT_FALSE(fraction_less({2, 4}, {1, 2}));
-}
-
 // Time and length as fractions, and the frame; without a length it is the numerator.
 TEST(FrameTime, FrameNumber) {
   constexpr double kMax = std::numeric_limits<int>::max(), kMin = std::numeric_limits<int>::min();

@@ -1,12 +1,15 @@
-// Fields, the checks of their operands, and the pools.
+// Fields on the CPU and on both sides, and the pools.
 #include "math/field.h"
 
 #include <csignal>
+#include <thread>
 
-#include "math/field_checks.h"
 #include "math/field_pool.h"
+#include "math/mfield_operations.h"
 #include "support/support.h"
+#include "util/cuda_use_flags.h"
 #include "util/exception.h"
+#include "util/software_device.h"
 
 // Lets an impossible allocation fail as it does without sanitizers.
 extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
@@ -37,19 +40,8 @@ TEST(Field, ResizeKeepsTheLargestBlock) {
   f.resize(3, 3, 3);
   EXPECT_TRUE(f.owns_memory()) << "the foreign memory is left alone";
 
-  const test::LogCapture log;
   EXPECT_THROW(f.resize(1 << 20, 1 << 20, 1 << 20), std::bad_alloc);
-  EXPECT_EQ(log.count("Failed to allocate field memory"), 1);
   EXPECT_EQ(f.count(), 0u);
-}
-
-TEST(FieldChecks, RefuseFieldsThatDontFit) {
-  const Field<float> U(5, 4, 3), V(4, 5, 3), W(4, 4, 4), flat(16, 3, 1);
-  EXPECT_EQ(check_mac(U, V, W), Vec3i(4, 4, 3));
-  EXPECT_THROW(check_mac(V, V, W), FieldDimensionMismatchException);
-  EXPECT_THROW(check_mac(U, U, W), FieldDimensionMismatchException);
-  EXPECT_THROW(check_mac(U, V, V), FieldDimensionMismatchException);
-  EXPECT_THROW(check_mac(U, V, W, flat), FieldDimensionMismatchException);
 }
 
 TEST(FieldPool, HandsOutTheLastReleasedFirstAndDestroysTheUnused) {
@@ -69,20 +61,13 @@ TEST(FieldPool, HandsOutTheLastReleasedFirstAndDestroysTheUnused) {
   EXPECT_EQ(field_pool().counts().in_use, before.in_use);
   EXPECT_EQ(field_pool().counts().known, before.known + 2);
 
-  const test::LogCapture log;
   const FieldHandle held = acquire_field();
   SparseBlock* const block = block_pool().acquire();
   block_pool().release(block_pool().acquire());
-  mem_stats();
   field_pool().release_unused();
   block_pool().release_unused();
   EXPECT_EQ(field_pool().counts().known, before.known + 1) << "the free one is destroyed";
   EXPECT_EQ(block_pool().counts().known, block_pool().counts().in_use);
-  const std::string in_use = std::to_string(before.in_use + 1);
-  EXPECT_TRUE(log.contains("mem stats: " + in_use + "/" + std::to_string(before.known + 2) +
-                           " dense fields, 1/2 sparse blocks, "))
-      << log.text();
-  EXPECT_TRUE(log.contains("FieldPool(4)::release_unused fields " + in_use + ", free 0\n"));
   block_pool().release(block);
   block_pool().release_unused();
 }
@@ -92,6 +77,115 @@ TEST(FieldPoolDeathTest, UnknownAddressEndsTheProcess) {
   Field<float> stranger;
   EXPECT_EXIT(field_pool().release(&stranger), testing::KilledBySignal(SIGABRT), "");
   EXPECT_TRUE(log.contains("FATAL: releasing unknown field"));
+}
+
+// Managed fields on both sides, over the software device.
+namespace {
+
+// Runs on a thread of its own that has selected the software device.
+template <class Work>
+void on_gpu_thread(Work work) {
+  software_device::enable(true);
+  const std::size_t in_use = field_pool().counts().in_use;
+  std::thread([&] {
+    set_device(cuda_use_flags(), 0);
+    ASSERT_TRUE(cuda_use_flags().on_gpu());
+    work();
+  }).join();
+  EXPECT_EQ(software_device::bytes_in_use(), 0u) << "device memory is given back";
+  EXPECT_EQ(field_pool().counts().in_use, in_use) << "and so are pooled fields";
+  software_device::enable(false);
+}
+
+void fill(MField& field, const Vec3i& dims, unsigned seed) {
+  field.assign(test::random_field(dims, seed));
+}
+
+// The contents, wherever the field lies.
+Field<float> contents(const MField& field) {
+  MField copy;
+  copy.assign(field);
+  Field<float> values;
+  if (!copy.empty()) values.copy(copy.cpu_field());
+  return values;
+}
+
+}  // namespace
+
+TEST(MField, ResizeOffsetShiftsOnBothSides) {
+  on_gpu_thread([] {
+    const Vec3i old(5, 4, 3);
+    const struct {
+      Vec3i offset, dims;
+    } cases[] = {{{0, -2, 1}, old}, {{-3, -2, -1}, {9, 9, 9}}, {{2, 1, 1}, {2, 2, 1}},
+                 {{0, 0, -3}, old}, {{-1, 3, 2}, {20, 1, 2}},  {{0, 0, 0}, {0, 2, 2}}};
+    for (const auto& c : cases)
+      for (const float edge : {0.0f, 2.5f})
+        for (const Location side : {kCpu, kGpu}) {
+          MField field;
+          fill(field, old, 1);
+          const Field<float> before = contents(field);
+          field.move_to(side);
+          field.resize_offset(c.offset, c.dims, edge);
+          EXPECT_EQ(field.location(), side);
+          const Field<float> after = contents(field);
+          ASSERT_EQ(field.dims(), c.dims);
+          int wrong = 0;
+          test::each_cell(after.dims(), 0, [&](int i, int j, int k) {
+            const Vec3i from = Vec3i(i, j, k) + c.offset;
+            const bool inside = IntBox{{0, 0, 0}, old - Vec3i(1, 1, 1)}.contains(from);
+            wrong += after(i, j, k) != (inside ? before(from[0], from[1], from[2]) : edge);
+          });
+          EXPECT_EQ(wrong, 0) << "case " << &c - cases << " side " << side << " fill " << edge;
+        }
+  });
+}
+
+TEST(MField, AssignAndSwapBetweenAllSides) {
+  on_gpu_thread([] {
+    for (const Location a_side : {kCpu, kGpu})
+      for (const Location b_side : {kCpu, kGpu}) {
+        MField a, b;
+        fill(a, {3, 4, 5}, 1);
+        fill(b, {6, 2, 2}, 2);
+        const Field<float> a_before = contents(a), b_before = contents(b);
+        a.move_to(a_side);
+        b.move_to(b_side);
+        const FieldHandle a_shared = a.cpu_handle(), b_shared = b.cpu_handle();
+        a.swap(b);
+        if (a_side == kCpu && b_side == kCpu) {
+          EXPECT_EQ(a.cpu_handle(), a_shared) << "who shares a field sees the new contents";
+          EXPECT_EQ(b.cpu_handle(), b_shared);
+        }
+        EXPECT_EQ(a.location(), a_side);
+        EXPECT_EQ(b.location(), a_side);
+        EXPECT_TRUE(test::same_bits(contents(a), b_before));
+        EXPECT_TRUE(test::same_bits(contents(b), a_before));
+
+        b.move_to(b_side);
+        a.assign(b);
+        EXPECT_EQ(a.location(), a_side);
+        EXPECT_EQ(b.location(), b_side);
+        m_set(b, 0);
+        EXPECT_TRUE(test::same_bits(contents(a), a_before)) << "a copy of its own";
+      }
+  });
+}
+
+TEST(MField, FailureLosesNothing) {
+  on_gpu_thread([] {
+    MField field;
+    fill(field, {8, 8, 8}, 1);
+    const Field<float> before = contents(field);
+    // Each memory call of the way up fails once.
+    for (const int call : {1, 2}) {
+      software_device::fail_call(call, cuda::kErrorMemoryAllocation);
+      EXPECT_THROW(field.gpu_field(), CUDAException);
+      EXPECT_EQ(field.location(), kCpu);
+      EXPECT_TRUE(test::same_bits(contents(field), before));
+      EXPECT_EQ(software_device::bytes_in_use(), 0u) << "no half-filled GPU side stays";
+    }
+  });
 }
 
 }  // namespace nbx

@@ -65,24 +65,15 @@ TEST(Multigrid, EqualsThePlainFormBitForBit) {
     }
 }
 
-// The mean factor by which ten V-cycles shrink the residual, while rounding doesn't bound it, and
-// the worst of them.
-struct Factors {
-  double mean, worst;
-};
-Factors factors(const Vec3i& size, const Faces& faces) {
-  constexpr double kRounding = 2e-5;
+// The mean factor by which ten V-cycles shrink the residual, while rounding doesn't bound it.
+double factor(const Vec3i& size, const Faces& faces) {
   Problem p(size, faces);
   const double first = static_cast<double>(infnorm(p.b));
-  double last = first, worst = 0;
+  double last = first;
   int cycles = 0;
-  for (; cycles < 10 && last > kRounding; ++cycles) {
-    const double before = last;
-    last = static_cast<double>(p.cycles(1).residual);
-    worst = std::max(worst, last / before);
-  }
+  for (; cycles < 10 && last > 2e-5; ++cycles) last = static_cast<double>(p.cycles(1).residual);
   EXPECT_GT(cycles, 2);
-  return {std::pow(last / first, 1.0 / cycles), worst};
+  return std::pow(last / first, 1.0 / cycles);
 }
 
 TEST(Multigrid, VCyclesConverge) {
@@ -90,21 +81,18 @@ TEST(Multigrid, VCyclesConverge) {
        {Vec3i(7, 7, 7), Vec3i(8, 8, 8), Vec3i(32, 32, 32), Vec3i(63, 63, 63), Vec3i(64, 64, 64),
         Vec3i(127, 127, 127), Vec3i(128, 128, 128), Vec3i(100, 150, 77)}) {
     SCOPED_TRACE(testing::Message() << size[0] << " " << size[1] << " " << size[2]);
-    const Factors open = factors(size, kOpen);
-    EXPECT_LT(open.worst, 0.25);
-    EXPECT_LT(open.mean, 0.1);
+    EXPECT_LT(factor(size, kOpen), 0.1);
     // At a wall a sweep reads the ghost, a copy of the cell's own value before, like a neighbor.
     // That holds the cell back, on coarse levels most of all.
-    EXPECT_LT(factors(size, kFloor).mean, 0.5);
-    EXPECT_LT(factors(size, kMixed).mean, 0.75);
-    EXPECT_LT(factors(size, kClosed).mean, 0.75);
+    EXPECT_LT(factor(size, kFloor), 0.5);
+    EXPECT_LT(factor(size, kMixed), 0.75);
+    EXPECT_LT(factor(size, kClosed), 0.75);
   }
 }
 
 TEST(Multigrid, EndsOfASolve) {
   Problem p({20, 9, 14}, kMixed);
-  Field<float> zero(p.x.nx(), p.x.ny(), p.x.nz());
-  std::fill_n(zero.data(), zero.count(), 0.0f);
+  Field<float> zero = test::field_of(p.x.dims(), [](int, int, int) { return 0; });
   fill_random(p.x, 3);
   SolveResult result = p.solver.solve(p.x, zero, 1, 5, 0, nullptr);
   EXPECT_EQ(result.cycles, 0);
@@ -116,11 +104,9 @@ TEST(Multigrid, EndsOfASolve) {
   EXPECT_EQ(result.residual, infnorm(p.b));
   EXPECT_TRUE(test::same_bits(p.x, zero)) << "no cycle, no solution";
 
-  const auto allocations = field_allocations();
   result = p.solver.solve(p.x, p.b, 1, 1, 0, nullptr);
   EXPECT_EQ(result.cycles, 1);
   EXPECT_EQ(result.end, SolveEnd::kMaxCycles);
-  EXPECT_EQ(field_allocations(), allocations);
 
   const float tolerance = result.residual / 100;
   result = p.solver.solve(p.x, p.b, 1, 100, tolerance, nullptr);
@@ -138,12 +124,9 @@ TEST(Multigrid, ThreeRisesEndASolve) {
   // Behind walls alone a source without a sink has no solution: the residual grows to a limit.
   Problem p({16, 16, 16}, kClosed);
   p.for_interior([](float& v) { v = 1; });
-  const test::LogCapture log;
   const SolveResult result = p.cycles(20);
   EXPECT_EQ(result.end, SolveEnd::kDiverging);
   EXPECT_EQ(result.cycles, 3);
-  EXPECT_EQ(log.count("MS #"), 3);
-  EXPECT_EQ(log.count("MS: bad convergence, aborting"), 1);
 }
 
 // Counts what it is asked, and stops once `cycles` are done.
@@ -158,7 +141,6 @@ struct Stopper : SolverProgress {
 
 TEST(Multigrid, TheUserCanStopASolve) {
   Problem p({16, 20, 9}, kOpen), one({16, 20, 9}, kOpen);
-  const test::LogCapture log;
   Stopper never(100);
   EXPECT_EQ(p.solver.solve(p.x, p.b, 2, 4, -1, &never).end, SolveEnd::kMaxCycles);
   EXPECT_EQ(never.largest_total, 4) << "an estimate that was too low grows";
@@ -171,7 +153,6 @@ TEST(Multigrid, TheUserCanStopASolve) {
   EXPECT_EQ(result.cycles, 1);
   EXPECT_EQ(result.residual, one.cycles(1).residual);
   EXPECT_TRUE(test::same_bits(p.x, one.x));
-  EXPECT_EQ(log.count("Solver aborted!"), 1);
 
   Stopper first(0);
   EXPECT_EQ(p.solver.solve(p.x, p.b, 7, 4, -1, &first).end, SolveEnd::kAborted);

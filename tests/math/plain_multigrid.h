@@ -68,21 +68,19 @@ class PlainMultigrid {
     double centre, sum;
   };
   static Stencil stencil(const Level& l, int i, int j, int k) {
-    const Field<float>& x = l.x;
-    const int at[3] = {i, j, k};
-    double w[3][2];
+    double centre = 0, pairs[3];
     for (int a = 0; a < 3; ++a) {
-      const bool last = at[a] == x.dims()[a] - 2;
+      Vec3i low(i, j, k), high = low;
+      --low[a], ++high[a];
+      const bool last = high[a] == l.x.dims()[a] - 1;
       const double h = l.h[static_cast<std::size_t>(a)];
-      w[a][0] = last ? l.s * l.s * 2 / (l.s * (l.s + h)) : 1;
-      w[a][1] = last ? l.s * l.s * 2 / (h * (l.s + h)) : 1;
+      const double wl = last ? l.s * l.s * 2 / (l.s * (l.s + h)) : 1;
+      const double wh = last ? l.s * l.s * 2 / (h * (l.s + h)) : 1;
+      centre += wl + wh;
+      pairs[a] = wl * static_cast<double>(l.x(low[0], low[1], low[2])) +
+                 wh * static_cast<double>(l.x(high[0], high[1], high[2]));
     }
-    const auto pair = [&](int a, float low, float high) {
-      return w[a][0] * static_cast<double>(low) + w[a][1] * static_cast<double>(high);
-    };
-    return {(w[0][0] + w[0][1]) + (w[1][0] + w[1][1]) + (w[2][0] + w[2][1]),
-            (pair(0, x(i - 1, j, k), x(i + 1, j, k)) + pair(1, x(i, j - 1, k), x(i, j + 1, k))) +
-                pair(2, x(i, j, k - 1), x(i, j, k + 1))};
+    return {centre, (pairs[0] + pairs[1]) + pairs[2]};
   }
 
   static float residual(const Level& l, int i, int j, int k) {
@@ -104,26 +102,24 @@ class PlainMultigrid {
     }
   }
 
-  // Fills the odd positions of r along one axis from their neighbours.
+  // Fills the odd positions of r along one axis from their neighbors.
   static void interpolate(Level& l, const Level& coarse, int axis) {
     Field<float>& r = l.r;
     const int n = r.dims()[axis];
     if (n == coarse.r.dims()[axis]) return;
     const auto a = static_cast<std::size_t>(axis);
     const double t = 1 - l.h[a] / coarse.h[a];
-    Vec3i step;
-    step[axis] = 1;
-    for (int k = step[2]; k < r.nz() - step[2]; k += 1 + step[2])
-      for (int j = step[1]; j < r.ny() - step[1]; j += 1 + step[1])
-        for (int i = step[0]; i < r.nx() - step[0]; i += 1 + step[0]) {
-          const float low = r(i - step[0], j - step[1], k - step[2]);
-          const float high = r(i + step[0], j + step[1], k + step[2]);
-          const int at = Vec3i(i, j, k)[axis];
-          const double d = static_cast<double>(low);
-          r(i, j, k) = n % 2 == 1 && at == n - 2
-                           ? static_cast<float>(d + (static_cast<double>(high) - d) * t)
-                           : (low + high) * 0.5f;
-        }
+    each_cell(r.dims(), 0, [&](int i, int j, int k) {
+      Vec3i low(i, j, k), high = low;
+      const int at = low[axis];
+      if (at % 2 == 0 || at == n - 1) return;
+      --low[axis], ++high[axis];
+      const float from = r(low[0], low[1], low[2]), to = r(high[0], high[1], high[2]);
+      const double d = static_cast<double>(from);
+      r(i, j, k) = n % 2 == 1 && at == n - 2
+                       ? static_cast<float>(d + (static_cast<double>(to) - d) * t)
+                       : (from + to) * 0.5f;
+    });
   }
 
   void v_cycle(std::size_t at) {

@@ -37,47 +37,35 @@ TEST(WaveletTile, SizesAndDeterminism) {
 // The analysis filter is cut to 32 taps of 6 digits, which leaves about 1e-3.
 TEST(WaveletTile, HighPassRemovesTheCoarseGrid) {
   const int n = 32;
-  Field<float> coarse(n / 2, n / 2, n / 2), tile(n, n, n), tmp;
-  test::fill_random(coarse, 1);
+  const Field<float> coarse = test::random_field({n / 2, n / 2, n / 2}, 1);
   const auto weight = [](int at, int far) { return at % 2 == far ? 0.75f : 0.25f; };
-  each_cell(tile.dims(), 0, [&](int x, int y, int z) {
-    tile(x, y, z) = 0;
-    for (int a = 0; a < 2; ++a)
-      for (int b = 0; b < 2; ++b)
-        for (int c = 0; c < 2; ++c)
-          tile(x, y, z) +=
-              weight(x, a) * weight(y, b) * weight(z, c) *
-              coarse((x / 2 + a) % (n / 2), (y / 2 + b) % (n / 2), (z / 2 + c) % (n / 2));
-  });
+  Field<float> tmp,
+      tile = test::field_of({n, n, n}, [&](int x, int y, int z) {
+        float sum = 0;
+        for (int a = 0; a < 2; ++a)
+          for (int b = 0; b < 2; ++b)
+            for (int c = 0; c < 2; ++c)
+              sum += weight(x, a) * weight(y, b) * weight(z, c) *
+                     coarse((x / 2 + a) % (n / 2), (y / 2 + b) % (n / 2), (z / 2 + c) % (n / 2));
+        return sum;
+      });
   const double before = mean_square(tile);
   high_pass_wavelet(tile, tmp, true);
   EXPECT_LT(mean_square(tile), 1e-5 * before);
 }
 
-// White noise of variance 1 goes in; the variance that comes out is the mean energy of the response
-// to one impulse, over the eight parities of its place, and adding the shifted copy doubles it. All
-// parities of cells end up with the same. 2^18 cells, 2^15 of a parity, neighbours correlated: 1 %
-// and 4 % are above three standard deviations.
+// White noise of variance 1 goes in. Of 8 waves one is in the low band, so 7/8 come out, and adding
+// the shifted copy doubles them. All parities of cells end up with the same: 2^15 cells of each,
+// neighbors correlated: 4 % are above three standard deviations.
 TEST(WaveletTile, Variance) {
-  double response = 0;
-  for (int parity = 0; parity < 8; ++parity) {
-    Field<float> impulse(32, 32, 32), tmp;
-    std::fill_n(impulse.data(), impulse.count(), 0.0f);
-    impulse(16 + (parity & 1), 16 + (parity >> 1 & 1), 16 + (parity >> 2)) = 1;
-    high_pass_wavelet(impulse, tmp, true);
-    response += mean_square(impulse) * static_cast<double>(impulse.count()) / 8;
-  }
-  EXPECT_GT(response, 7 / 8.0);  // of 8 waves one is in the low band
   WaveletNoise noise;
   Field<float> tile;
   generate_tile(tile, noise, 64, true, false);
-  EXPECT_NEAR(mean_square(tile), 2 * response, 0.01 * 2 * response);
   for (int parity = 0; parity < 8; ++parity) {
-    double sum = 0;
-    each_cell(tile.dims(), 0, [&](int x, int y, int z) {
-      if (x % 2 + 2 * (y % 2) + 4 * (z % 2) == parity) sum += double{tile(x, y, z)} * tile(x, y, z);
+    const Field<float> some = test::field_of({32, 32, 32}, [&](int x, int y, int z) {
+      return tile(2 * x + (parity & 1), 2 * y + (parity >> 1 & 1), 2 * z + (parity >> 2));
     });
-    EXPECT_NEAR(sum / (32 * 32 * 32), 2 * response, 0.04 * 2 * response) << parity;
+    EXPECT_NEAR(mean_square(some), 1.75, 0.04 * 1.75) << parity;
   }
 }
 
@@ -123,10 +111,9 @@ TEST(WaveletNoise, FieldsEqualPoints) {
   params.offset = {3, -70.5f, 1000};
   for (float bands : {0.25f, 1.0f, 1.5f, 3.0f}) {
     params.bands = bands;
-    Field<float> field(70, 5, 4), again(70, 5, 4);
-    test::fill_random(field, 1);
+    Field<float> field = test::random_field({70, 5, 4}, 1),
+                 again = test::random_field({70, 5, 4}, 2);
     fractal3D_field(field, noise, params, true);
-    test::fill_random(again, 2);
     const test::ThreadCount threads(3);
     fractal3D_field(again, noise, params, true);
     EXPECT_TRUE(test::same_bits(field, again));
@@ -151,20 +138,31 @@ TEST(WaveletNoise, TilesOfSuccessiveTimes) {
     return test::same_bits(noise.tile_a, tiles[a]) && test::same_bits(noise.tile_b, tiles[b]) &&
            noise.tile[77] == blend;
   };
+  // Before each step, noise that is brought back from its state goes on as the other.
+  const auto advance = [](WaveletNoise& noise, float time) {
+    WaveletNoise back;
+    back.tile_size = 8;
+    restore_noise(back, noise_state(noise), true, false);
+    EXPECT_TRUE(noise_state(back) == noise_state(noise)) << "before " << time;
+    advance_tile(noise, time, true, false);
+    advance_tile(back, time, true, false);
+    EXPECT_TRUE(test::same_bits(back.tile, noise.tile)) << time;
+  };
   WaveletNoise noise;
   noise.tile_size = 8;
-  advance_tile(noise, 0, true, false);
+  advance(noise, 0);
   EXPECT_TRUE(is(noise, 0, 1, 0));
-  advance_tile(noise, -0.75f, true, false);
+  advance(noise, -0.75f);
   EXPECT_TRUE(is(noise, 0, 1, 0.75f));
-  advance_tile(noise, 1.5f, true, false);
+  advance(noise, 1.5f);
   EXPECT_TRUE(is(noise, 1, 2, 0.5f));
-  advance_tile(noise, 0.5f, true, false);  // back: tile 1 is of time 1 again, and 3 is new
+  advance(noise, 0.5f);  // back: tile 1 is of time 1 again, and 3 is new
   EXPECT_TRUE(is(noise, 3, 1, 0.5f));
   WaveletNoise late;  // skips two tiles
   late.tile_size = 8;
-  advance_tile(late, 3.25f, true, false);
+  advance(late, 3.25f);
   EXPECT_TRUE(is(late, 2, 3, 0.25f));
+  for (const float time : {9000.5f, 9000.75f, 2.5f}) advance(late, time);
 
   // By the time alone: on, at once, far on, back by one, and back further.
   WaveletNoise any;
@@ -173,22 +171,6 @@ TEST(WaveletNoise, TilesOfSuccessiveTimes) {
     const int i = static_cast<int>(t) % 8192;
     advance_tile_from_start(any, -t, true, false);
     EXPECT_TRUE(is(any, i, i + 1, t - std::floor(t))) << t;
-  }
-}
-
-// After each kind of step, and before the first, noise that is brought back goes on as the other.
-TEST(WaveletNoise, ComesBackFromItsState) {
-  WaveletNoise noise;
-  noise.tile_size = 8;
-  const float times[] = {0.5f, 1.5f, 0.25f, 7.5f, 8.5f, 9000.5f, 9000.75f, 2.5f};
-  for (const float time : times) {
-    WaveletNoise back;
-    back.tile_size = 8;
-    restore_noise(back, noise_state(noise), true, false);
-    EXPECT_TRUE(noise_state(back) == noise_state(noise)) << "before " << time;
-    advance_tile(noise, time, true, false);
-    advance_tile(back, time, true, false);
-    EXPECT_TRUE(test::same_bits(back.tile, noise.tile)) << time;
   }
 }
 

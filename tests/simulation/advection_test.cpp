@@ -1,11 +1,15 @@
 #include "simulation/advection.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
+#include "math/field_reductions.h"
 #include "math/mfield_operations.h"
 #include "simulation/cpu_advection.h"
+#include "simulation/mac.h"
 #include "simulation/plain_advection.h"
+#include "simulation/velocity_reach.h"
 #include "support/support.h"
 #include "util/exception.h"
 #include "util/isa.h"
@@ -92,27 +96,8 @@ TEST(Advection, FastLoopsGiveThePlainBits) {
   for (const Vec3i& centre : {Vec3i(21, 9, 8), Vec3i(18, 5, 5), Vec3i(7, 6, 12), Vec3i(34, 4, 4),
                               Vec3i(263, 5, 4), Vec3i(3, 3, 3), Vec3i(2, 3, 2), Vec3i(5, 2, 4)})
     expect_plain_bits(centre, false);
-}
-
-TEST(Advection, WildVelocitiesAndPositionsStayInsideOfMemory) {
+  // Wild velocities stay inside of memory.
   for (const Vec3i& centre : {Vec3i(21, 5, 6), Vec3i(3, 3, 3)}) expect_plain_bits(centre, true);
-
-  const Vec3i dims(20, 6, 5);
-  Flow flow(dims, Vec3f());
-  MField src(kCpu, dims), dst;
-  test::fill_random(src.cpu_field(), 1);
-  advect(dst, src, flow.params);
-  for (int a = 0; a < 3; ++a)
-    for (MField* trace : {&flow.back[a], &flow.fwd[a]})
-      for (std::size_t i = 0; i < src.cpu_field().count(); ++i)
-        trace->cpu_field()[i] = kWild[(i + static_cast<std::size_t>(a)) % 5];
-  for (const Isa isa : kIsas) {
-    limit_isa(isa);
-    flow.params.cubic = !flow.params.cubic;
-    advect(dst, src, flow.params);
-    for (std::size_t i = 0; i < src.cpu_field().count(); ++i)
-      ASSERT_LE(std::abs(dst.cpu_field()[i]), 1.0f);
-  }
 }
 
 // Each lookup ends with its own boundary: closed walls hold their own component only.
@@ -161,6 +146,101 @@ TEST(Advection, StaleCachesAreRecomputedAndOthersAreUsed) {
   EXPECT_THROW(advect(dst, odd, flow.params), FieldDimensionMismatchException);
   flow.keep_traces(false);
   EXPECT_THROW(advect(dst, odd, flow.params), FieldDimensionMismatchException);
+}
+
+// A sphere of density, radius 10 with a soft edge, is carried once round the middle of 64 x 64 x 32
+// cells in 120 steps of a rigid rotation: its center, 14 cells out, moves by 0.73 cells a step.
+// Returns the L1 error over the mass.
+double carry_round(bool corrected, bool cubic) {
+  constexpr int steps = 120;
+  const Vec3i dims(64, 64, 32);
+  const double middle = 31.5;
+  const test::ThreadCount one(1);  // the loops are short
+  Flow flow(dims, Vec3f());
+  flow.params.dt = 2 * std::acos(-1.0) / steps;
+  flow.params.cubic = cubic;
+  for (int a = 0; a < 2; ++a)
+    test::each_cell(flow.velocity[a].dims(), 0, [&](int i, int j, int k) {
+      flow.velocity[a].cpu_field()(i, j, k) = static_cast<float>(a == 0 ? middle - j : i - middle);
+    });
+  Field<float> start(64, 64, 32);
+  test::each_cell(dims, 0, [&](int i, int j, int k) {
+    const double r = std::hypot(i - middle - 14, j - middle, k - 15.5);
+    start(i, j, k) = static_cast<float>(std::clamp((11 - r) / 2, 0.0, 1.0));
+  });
+  MField density, moved;
+  density.assign(start);
+  for (int step = 0; step < steps; ++step) {
+    corrected ? advect(moved, density, flow.params) : advect_sl(moved, density, flow.params);
+    density.swap(moved);
+  }
+  const Field<float>& end = density.cpu_field();
+  const double mass = sum(start);
+  EXPECT_NEAR(sum(end), mass, 0.05 * mass) << "not conserved, but nothing of size may get lost";
+  EXPECT_GE(min(end), 0) << "no stage makes values beyond those it started from";
+  EXPECT_LE(max(end), 1);
+  double error = 0;
+  for (std::size_t i = 0; i < start.count(); ++i) error += std::abs(end[i] - start[i]);
+  return error / mass;
+}
+
+// Measured: 0.69 and 0.35 with linear samples, 0.17 and 0.12 with cubic ones. The correction must
+// take away a good part of the smearing, and so must cubic samples.
+TEST(Advection, SphereOnceRound) {
+  const double plain = carry_round(false, false), plain_cubic = carry_round(false, true);
+  EXPECT_LT(carry_round(true, false), 0.6 * plain);
+  EXPECT_LT(plain_cubic, 0.3 * plain);
+  EXPECT_LT(carry_round(true, true), 0.8 * plain_cubic);
+}
+
+// The ends of the interior count, the ghost layer doesn't, and NaN is passed over.
+TEST(VelocityReach, LargestSpeed) {
+  test::Mac v(Vec3i(270, 5, 6));
+  for (const auto& [i, expected] : {std::pair{0, 0.0f}, {1, 5.0f}, {269, 5.0f}, {270, 0.0f}}) {
+    v.zero();
+    v.U(i, 1, 4) = -5;
+    v.V(7, 2, 2) = kNaN;
+    EXPECT_EQ(max_velocity(v.U, v.V, v.W), expected);
+  }
+  v.U(1, 2, 4) = 3;
+  v.V(1, 3, 4) = -4;
+  v.W(1, 2, 5) = 12;
+  EXPECT_EQ(max_velocity(v.U, v.V, v.W), 13);
+}
+
+TEST(VelocityReach, BoxOfOneStep) {
+  const IntBox box{Vec3i(3, 2, 4), Vec3i(275, 9, 8)};
+  const float s = 0.75f;
+  IntBox out;
+  test::Mac v(Vec3i(280, 12, 11));
+  v.randomize(1, 3);
+  advection_buffer(out, s, v.U, v.V, v.W, box);
+  for (int a = 0; a < 3; ++a) {
+    double lo = 1e9, hi = -1e9;
+    Vec3i end = box.hi;
+    ++end[a];
+    test::each_cell(end + Vec3i(1, 1, 1), 0, [&](int i, int j, int k) {
+      if (i < box.lo[0] || j < box.lo[1] || k < box.lo[2]) return;
+      const double d = s * v.face(a)(i, j, k), place = Vec3i(i, j, k)[a] - 0.5;
+      lo = std::min(lo, std::floor(d) + place);
+      hi = std::max(hi, std::ceil(d) + place);
+    });
+    // Cell c spans c - 0.5 to c + 0.5.
+    EXPECT_EQ(out.lo[a], lo + 0.5);
+    EXPECT_EQ(out.hi[a], hi - 0.5);
+  }
+
+  v.zero();
+  advection_buffer(out, 1, v.U, v.V, v.W, box);
+  EXPECT_EQ(out, box);
+  v.U(276, 5, 5) = std::numeric_limits<float>::infinity();
+  v.V(100, 5, 5) = std::numeric_limits<float>::quiet_NaN();
+  v.V(100, 11, 5) = 9;  // outside of the box
+  advection_buffer(out, 1, v.U, v.V, v.W, box);
+  EXPECT_GE(out.hi[0], 100000000);
+  EXPECT_EQ(out.hi[1], 9);
+  advection_buffer(out, 1, v.U, v.V, v.W, IntBox());
+  EXPECT_TRUE(out.empty());
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 // The adaptive container: a box that follows the gas, and gives what the whole domain would give.
-#include <map>
-
-#include "math/field_operators.h"
 #include "math/field_reductions.h"
+#include "simulation/fluid_tools3d.h"
 #include "simulation/health.h"
 #include "simulation/scene_run.h"
 
@@ -42,11 +40,9 @@ struct PuffRun : test::SceneRun {
 TEST(Container, HoldsTheContentAndNothingElse) {
   PuffRun run;
   run.scene.frames_of_source = 0;
-  test::LogCapture log;
   run.start();
   run.frames(2);
   EXPECT_TRUE(run.box().empty());
-  EXPECT_FALSE(log.contains("Adapting container")) << "nothing is there to hold";
 
   run.scene.frames_of_source = 1;
   run.frames(1);
@@ -54,7 +50,6 @@ TEST(Container, HoldsTheContentAndNothingElse) {
   EXPECT_LT(run.box().size()[1], 12);
   run.frames(12);
   EXPECT_GT(run.box().hi[1], 18) << "the box rises with the gas";
-  EXPECT_FALSE(run.box().empty());
   // The outermost cells inside of the box are free of content: nothing is cut off.
   const Health health = measure_health(run.sim);
   const IntBox content = min_bbox(run.channel(kDensity), static_cast<float>(0.001));
@@ -92,18 +87,16 @@ TEST(Container, WallsAreReachedOnlyByContent) {
 
 // Eight times the domain costs neither memory nor work: the box is the same, and so are the bits.
 TEST(Container, EmptySpaceIsFree) {
-  std::map<int, std::vector<float>> bits;
-  for (int factor : {1, 2}) {
-    PuffRun run;
-    run.scene.domain = {32 * factor, 48 * factor, 32 * factor};
-    run.noise = 0.1;
-    run.start();
-    run.frames(8);
-    EXPECT_LT(run.box().hi[0], 31) << "the puff reached the small domain's side";
-    const Field<float>& d = run.channel(kDensity);
-    bits[factor].assign(d.data(), d.data() + d.count());
+  PuffRun small, large;
+  large.scene.domain = {64, 96, 64};
+  for (PuffRun* run : {&small, &large}) {
+    run->noise = 0.1;
+    run->start();
+    run->frames(8);
   }
-  EXPECT_EQ(bits[1], bits[2]);
+  EXPECT_LT(small.box().hi[0], 31) << "the puff reached the small domain's side";
+  EXPECT_EQ(large.box(), small.box());
+  EXPECT_TRUE(test::same_bits(large.channel(kDensity), small.channel(kDensity)));
 }
 
 // From one state of a rising puff, a run in a box that holds all air of some speed and a run in the
@@ -152,28 +145,17 @@ TEST(Container, ExpansionGrowsTheBoxAndGivesItsVolume) {
   }
   for (int a = 0; a < 3; ++a) EXPECT_GT(boom.box().size()[a], still.box().size()[a]);
 
-  // The flux through a box round the source: sum of the divergence of the cells within.
-  const Vec3i origin = boom.box().lo - Vec3i(1, 1, 1);
-  const IntBox round{boom.scene.source.lo - Vec3i(2, 2, 2) - origin,
-                     boom.scene.source.hi + Vec3i(2, 2, 2) - origin};
+  // The flux through a box round the source: the sum over the cells within.
   FluidSystem& fluid = boom.sim.fluid();
+  const Vec3i low = boom.scene.source.lo - boom.box().lo - Vec3i(1, 1, 1);
+  Field<float> in;
+  in.resize(boom.channel(kDensity).dims());
+  NegDivergence(in, fluid.U().cpu_field(), fluid.V().cpu_field(), fluid.W().cpu_field(), nullptr,
+                1);
   double flux = 0;
-  const auto face = [&](int axis, int side, double sign) {
-    const Field<float>& f = fluid.component(axis).cpu_field();
-    const int b = (axis + 1) % 3, c = (axis + 2) % 3;
-    for (int u = round.lo[b]; u <= round.hi[b]; ++u)
-      for (int v = round.lo[c]; v <= round.hi[c]; ++v) {
-        Vec3i p;
-        p[axis] = side;
-        p[b] = u;
-        p[c] = v;
-        flux += sign * f(p[0], p[1], p[2]);
-      }
-  };
-  for (int axis = 0; axis < 3; ++axis) {
-    face(axis, round.lo[axis], -1);
-    face(axis, round.hi[axis] + 1, 1);
-  }
+  test::each_cell({8, 8, 8}, 0, [&](int i, int j, int k) {
+    flux -= static_cast<double>(in(low[0] + i, low[1] + j, low[2] + k));
+  });
   const double given = 64 * 40 * boom.sim.settings.dx;
   EXPECT_NEAR(flux, given, 0.01 * given) << "the projection's tolerance is 0.01 per cell";
 }

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -16,14 +15,14 @@ namespace nbx::test {
 /// U, V, W round a sample of the advected grid.
 class PlainVelocity {
  public:
-  PlainVelocity(const Field<float>& U, const Field<float>& V, const Field<float>& W, Lookup lookup)
-      : faces_{&U, &V, &W}, axis_(static_cast<int>(lookup)) {}
+  explicit PlainVelocity(const AdvectionParams& params)
+      : params_(params), axis_(static_cast<int>(params.lookup)) {}
 
   // At a sample: the own component as it is, the others as the mean of the nearest faces.
   Vec3f at_sample(int i, int j, int k) const {
     Vec3f v;
     for (int a = 0; a < 3; ++a) {
-      const Field<float>& f = *faces_[static_cast<std::size_t>(a)];
+      const Field<float>& f = face(a);
       const auto value = [&](int along, int back) {  // `along` a, `back` along the own axis
         Vec3i c{i, j, k};
         c[a] += along;
@@ -48,13 +47,16 @@ class PlainVelocity {
         q[a] += 0.5f;
         if (axis_ < 3) q[axis_] -= 0.5f;
       }
-      v[a] = sample_linear(*faces_[static_cast<std::size_t>(a)], q[0], q[1], q[2]);
+      v[a] = sample_linear(face(a), q[0], q[1], q[2]);
     }
     return v;
   }
 
  private:
-  std::array<const Field<float>*, 3> faces_;
+  const Field<float>& face(int a) const {
+    return params_.velocity[static_cast<std::size_t>(a)]->cpu_field();
+  }
+  const AdvectionParams& params_;
   int axis_;  // of the advected grid's faces; 3 for centres
 };
 
@@ -102,22 +104,15 @@ inline Vec3f plain_adaptive(const PlainVelocity& velocity, const Vec3i& n, const
   return p;
 }
 
-inline Vec3f plain_trace(const Field<float>& U, const Field<float>& V, const Field<float>& W,
-                         const AdvectionParams& params, const Vec3i& n, const Vec3i& c,
-                         bool forward) {
-  const PlainVelocity velocity(U, V, W, params.lookup);
-  const double dt = forward ? params.dt : -params.dt;
-  return params.tracer == Tracer::kRK2
-             ? plain_rk2(velocity, n, c, dt, params.dx)
-             : plain_adaptive(velocity, n, c, dt, params.dx, params.tolerance);
-}
-
 /// The two stages over the interior: `hat`, whose border stays -7, and `dst`, whose border is 0.
 inline void plain_advect(Field<float>& hat, Field<float>& dst, const Field<float>& src,
                          const AdvectionParams& params) {
+  const PlainVelocity velocity(params);
   const auto trace = [&](const Vec3i& c, bool forward) {
-    return plain_trace(params.velocity[0]->cpu_field(), params.velocity[1]->cpu_field(),
-                       params.velocity[2]->cpu_field(), params, src.dims(), c, forward);
+    const double dt = forward ? params.dt : -params.dt;
+    return params.tracer == Tracer::kRK2
+               ? plain_rk2(velocity, src.dims(), c, dt, params.dx)
+               : plain_adaptive(velocity, src.dims(), c, dt, params.dx, params.tolerance);
   };
   const auto sample = [&](const Field<float>& f, const Vec3f& p) {
     return params.cubic ? sample_cubic(f, p[0], p[1], p[2]) : sample_linear(f, p[0], p[1], p[2]);

@@ -10,10 +10,6 @@ namespace nbx::test {
 
 using Sparse = SparseField<float, 3>;
 
-inline float& voxel(Sparse& f, int x, int y, int z) {
-  return f.hash_insert(x, y, z).data[Sparse::voxel_index(x & 7, y & 7, z & 7)];
-}
-
 /// Tests set what their scene has, before the run or between its frames.
 class BoxScene : public SceneEvaluator {
  public:
@@ -44,6 +40,21 @@ class BoxScene : public SceneEvaluator {
   }
   void update_solids(Simulation3D& sim, double) override { solids(sim); }
 };
+
+/// Gives the run solids: `phi(i, j, k)` of its cells, which move with `u` along x.
+template <class Phi>
+void set_solids(Simulation3D& sim, Phi phi, float u) {
+  const auto field = [&](int axis) {
+    Vec3i n = sim.settings.active_box.size() + Vec3i(2, 2, 2);
+    if (axis < 3) ++n[axis];
+    auto made = std::make_shared<MField>(kCpu, n);
+    each_cell(n, 0, [&](int i, int j, int k) {
+      made->cpu_field()(i, j, k) = axis == 3 ? phi(i, j, k) : axis == 0 ? u : 0;
+    });
+    return made;
+  };
+  sim.solids = {field(3), field(0), field(1), field(2)};
+}
 
 struct SceneRun {
   SceneRun() {

@@ -1,9 +1,6 @@
 // The spine of a run: substep planning, order of hooks, abort and continue, state in and out.
 #include "simulation/simulation3d.h"
 
-#include <map>
-
-#include "math/field_operators.h"
 #include "math/field_reductions.h"
 #include "simulation/scene_run.h"
 
@@ -42,10 +39,8 @@ struct SmokeRun : test::SceneRun {
 };
 
 TEST(Simulation3D, FirstFrameHoldsTheSourcesAndHotGasRises) {
-  test::LogCapture log;
   SmokeRun run;
   EXPECT_FALSE(run.sim.start(run.scene, run.time)) << "there is no cache to store into";
-  EXPECT_TRUE(log.contains("Failed to store simulation frame 0"));
   EXPECT_EQ(sum(run.channel(kDensity)), 64);
   EXPECT_TRUE(run.sim.fluid().zero_velocity());
 
@@ -60,29 +55,24 @@ TEST(Simulation3D, FirstFrameHoldsTheSourcesAndHotGasRises) {
     mass += d(i, j, k);
   });
   EXPECT_GT(moment / mass, 4.5 + 0.5) << "the source's centre is at row 4.5";
-  EXPECT_TRUE(log.contains("10F #1 src("));
 }
 
 TEST(Simulation3D, SubstepsArePlannedEqualAndBounded) {
-  // A frame of no length runs no substep, but it is a frame.
-  SmokeRun still;
-  still.start();
-  still.sim.settings.sim_time.length = {0, 1};
-  const std::size_t calls = still.scene.steps.size();
-  still.frames(1);
-  EXPECT_EQ(still.scene.steps.size(), calls);
-  EXPECT_EQ(still.time.frame(), 1);
-
   // Gas at rest needs one step however many are allowed.
   SmokeRun rest;
   rest.max_substeps = 5;
   rest.start();
   rest.frames(1);
   EXPECT_EQ(rest.sim.settings.step_index, 1);
+  // A frame of no length runs no substep, but it is a frame.
+  rest.sim.settings.sim_time.length = {0, 1};
+  rest.scene.steps.clear();
+  rest.frames(1);
+  EXPECT_TRUE(rest.scene.steps.empty());
+  EXPECT_EQ(rest.time.frame(), 2);
 
   // Fast gas takes all that are allowed; the limit gives way, not the frame.
   for (int allowed : {1, 3}) {
-    const test::LogCapture log;
     SmokeRun fast;
     fast.max_substeps = allowed;
     fast.start();
@@ -94,8 +84,6 @@ TEST(Simulation3D, SubstepsArePlannedEqualAndBounded) {
     ASSERT_EQ(fast.scene.steps.size(), static_cast<std::size_t>(allowed));
     for (double dt : fast.scene.steps) EXPECT_NEAR(dt, 0.04 / allowed, 1e-12);
     EXPECT_NEAR(fast.sim.settings.frame_elapsed, 0.04, 1e-12);
-    EXPECT_EQ(log.count("mem stats: "), 2 + allowed) << "one a substep";
-    EXPECT_EQ(log.count("vel updt = "), 1 + 3) << "one a frame";
   }
 }
 
@@ -108,16 +96,8 @@ TEST(Simulation3D, SolidsStayToTheEndOfTheFrameAtRest) {
   run.scene.solids = [&](Simulation3D& sim) {
     ++call;
     if (sim.settings.step_index > 0) return;
-    const Vec3i dims = sim.settings.active_box.size() + Vec3i(2, 2, 2);
-    const auto field = [&](int axis, float value) {
-      Vec3i size = dims;
-      if (axis >= 0) ++size[axis];
-      auto made = std::make_shared<MField>(kCpu, size);
-      set(made->cpu_field(), value);
-      return made;
-    };
-    sim.solids = {field(-1, 99), field(0, 0.5f), field(1, 0), field(2, 0)};
-    sim.solids.phi->cpu_field()(5, 5, 5) = -1;
+    const auto phi = [](int i, int j, int k) { return i == 5 && j == 5 && k == 5 ? -1.0f : 99; };
+    test::set_solids(sim, phi, 0.5f);
   };
   run.start();
   run.frames(3);
@@ -167,7 +147,6 @@ TEST(Simulation3D, AStopAtAnyPointEndsTheUpdateAndKeepsTheFrame) {
   ASSERT_GT(all, 20u);
   for (std::size_t n = 1; n <= all; n += n < 13 ? 1 : all - 13) {
     SCOPED_TRACE(n);
-    const test::LogCapture log;
     HalvedRun run;
     const FrameTime before = run.time;
     StopFrom stop(n);
@@ -176,7 +155,6 @@ TEST(Simulation3D, AStopAtAnyPointEndsTheUpdateAndKeepsTheFrame) {
     EXPECT_EQ(run.time, before);
     ASSERT_GT(run.sim.steps_remaining(), 0);
     run.frames(1);
-    EXPECT_TRUE(log.contains("continuing update, "));
     EXPECT_EQ(run.time, next_frame(before));
     EXPECT_EQ(run.sim.steps_remaining(), 0);
   }
@@ -198,25 +176,19 @@ TEST(Simulation3D, FramesAreStoredAndTheStateComesBack) {
   EXPECT_EQ(frame.offset(), Vec3i(-1, -1, -1));
   EXPECT_TRUE(test::same_bits(*frame.grid(kGridDensity), run.channel(kDensity)));
 
-  // A run from the stored state gives the bits of the run that went on.
-  SmokeRun resumed;
-  resumed.time = frame.frameTime;
-  ASSERT_TRUE(resumed.sim.load_state(resumed.scene, frame));
-  EXPECT_EQ(resumed.sim.settings.active_box, run.sim.settings.active_box);
+  // A run from the stored state gives the bits of the run that went on. Without the second set it
+  // takes the velocity, without any that of the wind.
   run.frames(3);
-  resumed.frames(3);
-  EXPECT_EQ(resumed.time, run.time);
-  EXPECT_TRUE(test::same_bits(resumed.channel(kDensity), run.channel(kDensity)));
-  EXPECT_TRUE(test::same_bits(resumed.channel(kTemperature), run.channel(kTemperature)));
-
-  // A frame without the second set gives its velocity, one without any that of the wind.
   for (const int type : {kGridSecondVelocityX, kGridSecondVelocityY, kGridSecondVelocityZ})
     frame.grids.erase(type);
   SmokeRun shown;
   ASSERT_TRUE(shown.sim.load_state(shown.scene, frame));
   shown.time = frame.frameTime;
+  EXPECT_EQ(shown.sim.settings.active_box, run.sim.settings.active_box);
   shown.frames(3);
+  EXPECT_EQ(shown.time, run.time);
   EXPECT_TRUE(test::same_bits(shown.sim.fluid().V().cpu_field(), run.sim.fluid().V().cpu_field()));
+  EXPECT_TRUE(test::same_bits(shown.channel(kTemperature), run.channel(kTemperature)));
   frame.grids.erase(kGridVelocityY);
   SmokeRun windy;
   windy.sim.settings.wind_direction = {0, 1, 0};
@@ -227,30 +199,25 @@ TEST(Simulation3D, FramesAreStoredAndTheStateComesBack) {
   EXPECT_EQ(windy.sim.fluid().wind_seen().speed, 0.5);
 
   // A grid below 3 cells is refused, and leaves a simulation that can go on.
-  test::LogCapture log;
   SimFrame small;
   small.add(acquire_field({2, 9, 9}), kGridDensity, {0, 0, 0}, {});
   SmokeRun refused;
   EXPECT_FALSE(refused.sim.load_state(refused.scene, small));
-  EXPECT_TRUE(log.contains("Failed to load state form sim frame: Invalid grid size"));
   EXPECT_TRUE(refused.sim.settings.active_box.empty());
   refused.frames(1);
   EXPECT_GT(infnorm(refused.channel(kDensity)), 0);
 
-  // Frames that don't reach the disk are counted, and the run goes on, in either way of writing.
+  // A frame that doesn't reach the disk is counted, and the run goes on.
   run.sim.settings.target_cache->finishWrites();
   std::filesystem::remove_all(folder.path());
-  run.frames(2);
-  run.sim.settings.target_cache->finishWrites();
-  EXPECT_EQ(run.sim.settings.target_cache->framesLost(), 2);
   run.sim.settings.cache_direct = true;
   run.frames(2);
   EXPECT_EQ(run.sim.frames_not_stored(), 2);
-  EXPECT_EQ(run.sim.settings.target_cache->takeLostFrames().size(), 4u);
+  EXPECT_EQ(run.sim.settings.target_cache->takeLostFrames().size(), 2u);
 }
 
 TEST(Simulation3D, SteadyStateAllocatesNothingAndThreadsDontMatter) {
-  std::map<int, std::vector<float>> result;
+  Field<float> result[2];
   for (int threads : {1, 2}) {
     const test::ThreadCount count(threads);
     SmokeRun run(20);
@@ -263,10 +230,9 @@ TEST(Simulation3D, SteadyStateAllocatesNothingAndThreadsDontMatter) {
     const std::uint64_t allocated = field_allocations();
     run.frames(10);
     EXPECT_EQ(field_allocations(), allocated);
-    const Field<float>& d = run.channel(kDensity);
-    result[threads].assign(d.data(), d.data() + d.count());
+    result[threads - 1].copy(run.channel(kDensity));
   }
-  EXPECT_EQ(0, std::memcmp(result[1].data(), result[2].data(), result[1].size() * sizeof(float)));
+  EXPECT_TRUE(test::same_bits(result[0], result[1]));
 }
 
 }  // namespace

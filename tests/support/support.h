@@ -15,6 +15,7 @@
 #include <omp.h>
 
 #include "math/field.h"
+#include "math/sparse_field.h"
 #include "util/isa.h"
 #include "util/log.h"
 
@@ -99,6 +100,31 @@ inline void fill_random(Field<float>& f, unsigned seed, float lo = -1, float hi 
   std::mt19937 engine(seed);
   std::uniform_real_distribution<float> value(lo, hi);
   for (std::size_t i = 0; i < f.count(); ++i) f[i] = value(engine);
+}
+
+inline Field<float> random_field(const Vec3i& n, unsigned seed, float lo = -1, float hi = 1) {
+  Field<float> f(n[0], n[1], n[2]);
+  fill_random(f, seed, lo, hi);
+  return f;
+}
+
+/// A field of n cells that holds value(i, j, k).
+template <class Value>
+Field<float> field_of(const Vec3i& n, Value value) {
+  Field<float> f(n[0], n[1], n[2]);
+  each_cell(n, 0, [&](int i, int j, int k) { f(i, j, k) = static_cast<float>(value(i, j, k)); });
+  return f;
+}
+
+inline Field<float> copy_of(const Field<float>& f) {
+  Field<float> copy;
+  copy.copy(f);
+  return copy;
+}
+
+/// The voxel of a sparse field, whose block is made if there is none.
+inline float& voxel(SparseField<float, 3>& f, int x, int y, int z) {
+  return f.hash_insert(x, y, z).data[SparseField<float, 3>::voxel_index(x & 7, y & 7, z & 7)];
 }
 
 inline bool same_bits(const Field<float>& a, const Field<float>& b) {

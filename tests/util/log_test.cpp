@@ -1,12 +1,15 @@
+// What a process leaves behind: its log and the user's settings.
 #include "util/log.h"
 
+#include <QSettings>
 #include <QString>
-#include <cstdio>
+#include <regex>
 #include <set>
 #include <thread>
 
 #include "support/support.h"
 #include "util/format_size.h"
+#include "util/settings.h"
 
 namespace nbx {
 
@@ -25,11 +28,8 @@ std::vector<std::string> texts_of(const std::string& text) {
   std::istringstream in(text);
   std::vector<std::string> texts;
   for (std::string line; std::getline(in, line);) {
-    double seconds = 0;
-    char prefix[64];
-    EXPECT_EQ(std::sscanf(line.c_str(), "[%lf", &seconds), 1) << line;
-    std::snprintf(prefix, sizeof prefix, "[%7.3f] ", seconds);
-    EXPECT_EQ(line.substr(0, 10), prefix);
+    EXPECT_TRUE(std::regex_match(line.substr(0, 10), std::regex(R"(\[[ \d]{3}\.\d{3}\] )")))
+        << line;
     texts.push_back(line.substr(10));
   }
   return texts;
@@ -46,29 +46,21 @@ TEST(FormatSize, UnitsChangeAt1025) {
   EXPECT_EQ(format_size(1025 * kMega, 2), "1.00GB");
 }
 
-TEST(Log, LineIsPrefixAndText) {
-  const test::LogCapture log;
-  LogMessage();
-  LogMessage() << QString::fromUtf8("gr\xc3\xbc\xc3\x9f") << 1.5 << 'c';
-  EXPECT_EQ(texts_of(log.text()), (std::vector<std::string>{"",
-                                                            "gr\xc3\xbc\xc3\x9f"
-                                                            "1.5c"}));
-}
-
 TEST(Log, ThreadsWriteWholeLines) {
   const test::LogCapture log;
   const std::string padding(300, 'x');
   std::vector<std::thread> threads;
   for (int t = 0; t < 4; ++t)
     threads.emplace_back([t, &padding] {
-      for (int i = 0; i < 200; ++i) LogMessage() << t << "/" << i << padding << "|";
+      for (int i = 0; i < 200; ++i)
+        LogMessage() << t << QString::fromUtf8("\xc3\xbc") << i << padding << '|';
     });
   for (std::thread& t : threads) t.join();
   const std::vector<std::string> texts = texts_of(log.text());
   EXPECT_EQ(texts.size(), 4u * 200);
   const std::set<std::string> seen(texts.begin(), texts.end());
   for (int line = 0; line < 4 * 200; ++line)
-    EXPECT_TRUE(seen.contains(std::to_string(line / 200) + "/" + std::to_string(line % 200) +
+    EXPECT_TRUE(seen.contains(std::to_string(line / 200) + "\xc3\xbc" + std::to_string(line % 200) +
                               padding + "|"));
 }
 
@@ -88,6 +80,29 @@ TEST(Log, DefaultFileLiesBesideTheSettingsAndStartsAnewOrIsNone) {
   std::ofstream(folder) << "in the way";
   LogMessage() << "lost";
   EXPECT_EQ(log_file(), "");
+}
+
+TEST(Settings, KeepValuesInTheUsersFolder) {
+  const test::TemporaryFolder folder;
+  const test::LogCapture log;
+  const auto use = [](const std::string& path) {
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QString::fromStdString(path));
+  };
+  use(folder.path());
+  {
+    const Settings first, copy(first);
+    first.settings().setValue("size", 7);
+    EXPECT_EQ(copy.settings().value("size").toInt(), 7);
+  }
+  EXPECT_NE(test::read_file(folder.file("kelvra visual computing/Nimbrix Fluid Dynamics.conf"))
+                .find("size=7"),
+            std::string::npos);
+  EXPECT_EQ(log.text(), "");
+
+  std::ofstream(folder.file("in the way")) << "a file";
+  use(folder.file("in the way"));
+  const Settings lost;
+  EXPECT_TRUE(log.contains("ERROR: user scope settings not writable " + folder.file("in the way")));
 }
 
 }  // namespace nbx
