@@ -346,7 +346,7 @@ TEST(Parameters, OfThePreferencesReachTheirReaders) {
 
 TEST(Parameters, OfFeaturesToComeLoadButAreNotListed) {
   host::SmallHost host;
-  ASSERT_TRUE(register_volume_object(host));
+  ASSERT_TRUE(register_volume_object(host, "Volume"));
   const std::string scene =
       R"({"objects": [{"type": "volume", "parameters": {"upres_factor": 3}}]})";
   EXPECT_EQ(host::ReadDocument(scene, "/", host.Classes())

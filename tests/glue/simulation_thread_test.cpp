@@ -23,6 +23,8 @@ struct Dialog final : RunDialog {
     on_question();
     return OldCache::kMakeNew;
   }
+  bool may_go_on(const std::string&) override { return false; }
+  bool may_start_over(const std::string&) override { return false; }
   int device() const override { return -1; }
   int threads() const override { return 1; }
   void started(const RunPlan&) override {}
