@@ -52,7 +52,9 @@ TEST(ShadingSettings, CompositingTagHidesVolumesFromRays) {
     read_compositing(target, group.object("v"));
     EXPECT_EQ(target.excludeMask, own ? 0u : 32u);
     EXPECT_EQ(target.matte, own);
-    if (own) EXPECT_EQ(target.matteColor, (Color{0.5f, 0, 0.25f}));
+    if (own) {
+      EXPECT_EQ(target.matteColor, (Color{0.5f, 0, 0.25f}));
+    }
   }
 }
 
