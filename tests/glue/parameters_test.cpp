@@ -288,8 +288,9 @@ TEST(Parameters, OfTheVolumeReachTheirReaders) {
               [](host::BaseList2D& v) { return read_volume(static_cast<host::BaseObject&>(v)); },
               {"version",                                          // the conversion of documents
                "cache_lock",                                       // a file in the cache
-               "compress_cache",                                   // the writer of frames
+               "compress_cache", "cache_sync",                     // the writer of frames
                "load_state", "state_file", "state_continue_time",  // the start of a run
+               "save_state_every",                                 // its course
                "simulate_on_render", "particle_advection"});       // a render, the particles
   EXPECT_FALSE(elements[0]->IsEnabled(OVOLUME_STATE_FILE));
   elements[0]->SetParameter(OVOLUME_LOAD_STATE, true);
