@@ -1,5 +1,6 @@
-// A scene with all that belongs to it in one folder, which works wherever it goes.
-#include <QImage>
+// A scene with all that belongs to it in one folder, which works wherever it goes. data/collect has
+// two volumes whose caches have one name, a model whose numbers lie in another folder, used twice,
+// two pictures of one name, and a volume that nobody has simulated.
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -13,44 +14,6 @@ namespace nbx::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-// Two volumes whose caches have one name, a model whose numbers lie in another folder, used twice,
-// two pictures of one name, and a volume that nobody has simulated.
-const char* const kScene = R"({"fps": "30000/1001", "end": 3,
-  "render": {"parameters": {"width": 48, "height": 36, "samples": 4}},
-  "textures": [{"type": "image", "name": "red", "parameters": {"file": "a/tile.png"}},
-               {"type": "image", "name": "blue", "parameters": {"file": "b/tile.png"}}],
-  "materials": [{"name": "red", "parameters": {"color_texture": "red"}},
-                {"name": "blue", "parameters": {"color_texture": "blue"}}],
-  "objects": [
-    {"type": "camera", "position": [0, 30, -120]},
-    {"type": "light", "position": [100, 200, -100]},
-    {"type": "volume", "name": "left", "position": [-20, 30, 0], "parameters":
-      {"size": [24, 60, 24], "voxel_size": 3, "cache_name": "x/c", "time_mode": "document_range"}},
-    {"type": "volume", "name": "right", "position": [20, 30, 0], "parameters":
-      {"size": [24, 60, 24], "voxel_size": 3, "cache_name": "y/c", "time_mode": "document_range"}},
-    {"type": "volume", "name": "later", "enabled": false, "position": [0, 300, 0], "parameters": {"cache_name": "z/c"}},
-    {"type": "mesh", "position": [-20, 20, 0], "parameters": {"file": "models/wedge.gltf"},
-     "tags": [{"type": "emitter", "parameters": {"density": 1}},
-              {"type": "texture", "parameters": {"material": "red"}}]},
-    {"type": "mesh", "position": [20, 10, 0], "parameters": {"file": "models/wedge.gltf"},
-     "tags": [{"type": "emitter", "parameters": {"density": 0.5}},
-              {"type": "texture", "parameters": {"material": "blue"}}]}]})";
-
-void WriteModel(const std::string& folder) {
-  const float points[] = {-.1f, 0, -.1f, .1f, 0, -.1f, 0, 0, .1f, 0, .1f, 0};
-  const unsigned char corners[] = {0, 1, 2, 0, 3, 1, 1, 3, 2, 2, 3, 0};
-  std::ofstream numbers(folder + "/data/wedge.bin", std::ios::binary);
-  numbers.write(reinterpret_cast<const char*>(points), sizeof points);
-  numbers.write(reinterpret_cast<const char*>(corners), sizeof corners);
-  std::ofstream(folder + "/models/wedge.gltf") << R"({"asset": {"version": "2.0"}, "scene": 0,
-    "scenes": [{"nodes": [0]}], "nodes": [{"mesh": 0}],
-    "meshes": [{"primitives": [{"attributes": {"POSITION": 0}, "indices": 1}]}],
-    "buffers": [{"uri": "../data/wedge.bin", "byteLength": 60}],
-    "bufferViews": [{"buffer": 0, "byteLength": 48}, {"buffer": 0, "byteOffset": 48, "byteLength": 12}],
-    "accessors": [{"bufferView": 0, "componentType": 5126, "count": 4, "type": "VEC3"},
-                  {"bufferView": 1, "componentType": 5121, "count": 12, "type": "SCALAR"}]})";
-}
 
 /// The bytes of all files under a folder, by their paths from there. Names of frames begin with a
 /// word that tells where they were made.
@@ -69,14 +32,7 @@ std::map<std::string, std::string> Files(const std::string& folder) {
 TEST(Collect, FolderIsWholeWhereverItGoes) {
   const TemporaryFolder folder;
   const std::string home = folder.file("home"), project = folder.file("project");
-  for (const char* sub : {"a", "b", "models", "data"}) fs::create_directories(home + "/" + sub);
-  WriteModel(home);
-  std::ofstream(home + "/scene.json") << kScene;
-  for (const auto& [name, color] : {std::pair{"a", Qt::red}, std::pair{"b", Qt::blue}}) {
-    QImage tile(4, 4, QImage::Format_RGB32);
-    tile.fill(color);
-    ASSERT_TRUE(tile.save(QString::fromStdString(home + "/" + name + "/tile.png")));
-  }
+  fs::copy(NBX_SOURCES "/tests/app/data/collect", home, fs::copy_options::recursive);
   const auto run = [&](const std::string& where, const std::string& line) {
     const std::string out = folder.file("out");
     const int status = std::system(

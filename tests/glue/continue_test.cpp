@@ -1,5 +1,6 @@
 // Runs that stop and go on, and runs that are refused.
 #include <algorithm>
+#include <set>
 
 #include "glue/plugin_fixture.h"
 #include "math/field_pool.h"
@@ -13,25 +14,7 @@ using test::replaced;
 // All that a state must carry: a flame whose blurred driver keeps what burns for the next substep,
 // a domain that moves and so feels a wind, wind and clock that change, a source and a solid that
 // move.
-const char* const kScene = R"({
-  "fps": 24, "start": 0, "end": 9,
-  "objects": [
-    {"type": "volume", "name": "fire",
-     "keyframes": {"position": [[0, [0, 20, 0]], [4, [1, 20, 0]], [9, [6, 21, 0]]],
-                   KEYS
-                   "parameters.wind_speed": [[0, 0], [9, 120]], "parameters.time_scale": [[0, 1], [9, 0.5]]},
-     "parameters": {"size": [24, 40, 20], "voxel_size": 1, "closed_y_min": true,
-       "simulate_density": true, "simulate_fuel": true, "simulate_burn": true,
-       "fuel_driver": "temperature", "fuel_driver_blur": 2, "fuel_curve": [[0, 0], [0.2, 1]],
-       "fuel_to_expansion": 0.3, "decay_fuel": 0.3, "max_substeps": 3, VALUES}},
-    {"type": "mesh", "name": "log", "scale": [3, 3, 3], "parameters": {"file": "SPHERE"},
-     "keyframes": {"position": [[0, [-4, 8, 0]], [9, [5, 12, 3]]]},
-     "tags": [{"type": "emitter", TAG}]},
-    {"type": "mesh", "name": "lid", "scale": [2, 2, 2], "parameters": {"file": "SPHERE"},
-     "keyframes": {"position": [[0, [0, 22, 0]], [9, [3, 18, 0]]]},
-     "tags": [{"type": "emitter", "parameters": {"solid": true}}]}
-  ]})";
-
+const std::string kScene = test::read_file(NBX_GLUE_DATA "/fire.json");
 const char* const kBurning = R"("parameters": {"fuel": 1, "temperature": 1, "expansion": 1})";
 
 std::string fire(const std::string& values, const std::string& keys = "",
@@ -41,22 +24,14 @@ std::string fire(const std::string& values, const std::string& keys = "",
 
 class Continue : public test::PluginFixture {
  protected:
-  /// What a user types who allows nothing.
-  int simulate(const std::string& path, int first, int last, const std::string& cache,
-               const std::vector<std::string>& flags = {}, const std::string& from = "") {
-    host::CommandArguments arguments;
-    arguments.Add("scene", path);
-    std::vector<std::int32_t> frames;
-    for (int f = first; f <= last; ++f) frames.push_back(f);
-    arguments.AddFrames("frames", frames);
-    arguments.Add("cache", folder_.file(cache));
+  /// What a user types who allows nothing but the flags.
+  int simulate(const std::string& path, int last, const std::string& cache,
+               const std::vector<std::string>& flags = {}, const std::string& from = "",
+               int first = 0) {
+    auto arguments = simulate_arguments(path, last, cache, first, false);
     for (const std::string& flag : flags) arguments.AddFlag(flag);
     if (!from.empty()) arguments.Add(fs::exists(from) ? "start-from" : "continue", from);
     return run("simulate", arguments);
-  }
-  int simulate(const std::string& path, int last, const std::string& cache,
-               const std::vector<std::string>& flags = {}, const std::string& from = "") {
-    return simulate(path, 0, last, cache, flags, from);
   }
   bool warned(const std::string& text) {
     return std::any_of(context_->warnings.begin(), context_->warnings.end(),
@@ -66,7 +41,6 @@ class Continue : public test::PluginFixture {
     return !context_->errors.empty() && context_->errors[0].find(text) != std::string::npos;
   }
   std::int64_t first_frame() { return context_->all<std::int64_t>("start", "first").at(0); }
-  std::int64_t frames_made() { return context_->all<std::int64_t>("end", "frames").at(0); }
   void expect_same_frames(const std::string& a, const std::string& b, std::size_t count) {
     const auto left = frame_files(a), right = frame_files(b);
     ASSERT_EQ(left.size(), count);
@@ -74,12 +48,11 @@ class Continue : public test::PluginFixture {
     for (std::size_t i = 0; i < count; ++i)
       EXPECT_TRUE(test::read_file(left[i]) == test::read_file(right[i])) << "frame " << i;
   }
-  std::vector<std::string> states(const std::string& cache) {
-    std::vector<std::string> names;
+  std::set<std::string> states(const std::string& cache) {
+    std::set<std::string> names;
     for (const auto& entry : fs::directory_iterator(folder_.file(cache)))
-      if (entry.path().string().find("SimState") != std::string::npos)
-        names.push_back(entry.path().filename().string());
-    std::sort(names.begin(), names.end());
+      if (const std::string name = entry.path().filename(); name.find("SimState") != name.npos)
+        names.insert(name);
     return names;
   }
 };
@@ -95,20 +68,18 @@ TEST_F(Continue, GivesTheFramesOfARunThatNeverStopped) {
                        "parameters.temperature": [[0, 0], [4, 0], [5, 1]]})";
   const std::string noise = R"("noise_strength": 40, "noise_period": 0.05)";
   const std::string every = R"(, "save_state_every": 2)";
-  struct Case {
-    const char* what;
-    std::string values, keys, tag;
-  };
-  for (const auto& [what, values, keys, tag] :
-       {Case{"vorticity", R"("vorticity": 40)", "", kBurning},
-        Case{"old notes", noise, "", kBurning},
-        Case{"changing noise", R"("vorticity": 1)", changing, kBurning},
-        Case{"no gas yet", R"("vorticity": 1)", changing, late}}) {
+  const struct {
+    std::string what, values, keys, tag;
+  } cases[] = {{"vorticity", R"("vorticity": 40)", "", kBurning},
+               {"old notes", noise, "", kBurning},
+               {"changing noise", R"("vorticity": 1)", changing, kBurning},
+               {"no gas yet", R"("vorticity": 1)", changing, late}};
+  for (const auto& [what, values, keys, tag] : cases) {
     SCOPED_TRACE(what);
     ASSERT_EQ(simulate(scene(fire(values, keys, tag)), 7, "whole"), host::kDone);
     const auto path = scene(fire(values + every, keys, tag));
     ASSERT_EQ(simulate(path, 3, "parts"), host::kDone);
-    if (what == std::string("old notes")) {
+    if (what == "old notes") {
       const auto notes = folder_.file("parts/LastSimState.json");
       const std::string text = test::read_file(notes);
       std::ofstream(notes) << replaced(replaced(text, "\"noise\"", "\"x\""), "\"bytes\"", "\"y\"");
@@ -117,10 +88,10 @@ TEST_F(Continue, GivesTheFramesOfARunThatNeverStopped) {
     EXPECT_FALSE(warned("isn't that of the state")) << context_->warnings.front();
     EXPECT_EQ(first_frame(), 4);
     expect_same_frames("whole", "parts", 8);
-    EXPECT_EQ(states("parts"),
-              (std::vector<std::string>{"0000000004SimState.bcf", "0000000004SimState.json",
-                                        "0000000006SimState.bcf", "0000000006SimState.json",
-                                        "LastSimState.bcf", "LastSimState.json"}));
+    std::set<std::string> kept;
+    for (const std::string state : {"0000000004", "0000000006", "Last"})
+      kept.insert({state + "SimState.bcf", state + "SimState.json"});
+    EXPECT_EQ(states("parts"), kept);
     ASSERT_EQ(simulate(path, 7, "parts", {}, "5"), host::kDone);
     EXPECT_EQ(first_frame(), 5);
     expect_same_frames("whole", "parts", 8);
@@ -142,7 +113,7 @@ TEST_F(Continue, TellsWhatChangedAndRefusesWhatWouldLoseARun) {
   ASSERT_EQ(simulate(path, 4, "cache", {"continue"}), host::kDone);
   EXPECT_TRUE(warned("fire.vorticity (0, now 3)"));
   EXPECT_TRUE(warned("the frames before hold other things: fire.cache_velocity"));
-  EXPECT_EQ(frames_made(), 2);
+  EXPECT_EQ(context_->all<std::int64_t>("end", "frames").at(0), 2);
 
   // States that can't be read are passed over, one after the other.
   const std::string bytes = test::read_file(state);
@@ -185,20 +156,15 @@ TEST_F(Continue, QuestionsAreAnsweredByOptions) {
   ASSERT_EQ(simulate(path, 2, "whole"), host::kDone);
   expect_same_frames("whole", "cache", 3);
   EXPECT_EQ(simulate(path, 1, "cache"), host::kFailed);
-  EXPECT_EQ(simulate(path, 1, 3, "cache"), host::kFailed);
+  EXPECT_EQ(simulate(path, 3, "cache", {}, "", 1), host::kFailed);
   for (const char* other : {R"("vorticity": 1)", R"("vorticity": 0, "cache_velocity": true)"})
     EXPECT_EQ(simulate(scene(fire(other)), 3, "cache"), host::kFailed) << other;
   scene(fire(R"("vorticity": 0)"));
   ASSERT_EQ(simulate(path, 3, "cache", {"overwrite"}), host::kDone);
   EXPECT_EQ(first_frame(), 0);
-  ASSERT_EQ(simulate(path, 4, "cache", {"new-cache"}), host::kDone);
-  EXPECT_EQ(frame_files("Cache 001").size(), 5u);
   fs::remove(frame_files().at(1));
   EXPECT_EQ(simulate(path, 4, "cache"), host::kFailed) << "a frame is missing";
 
-  std::ofstream(folder_.file("cache/CacheLock.lck"));
-  EXPECT_EQ(simulate(path, 0, "cache", {"overwrite"}), host::kFailed);
-  EXPECT_TRUE(refused("locked"));
   const auto huge =
       scene(replaced(fire(R"("vorticity": 0)"), "\"voxel_size\": 1", "\"voxel_size\": 0.022"));
   EXPECT_EQ(simulate(huge, 0, "huge"), host::kFailed);
@@ -210,12 +176,13 @@ TEST_F(Continue, QuestionsAreAnsweredByOptions) {
 TEST_F(Continue, StartsFromOrdinaryFrames) {
   // What neither frame nor scene tell is left out: the driver's blur, and a wind from motion.
   std::string smoke = fire(R"("cache_velocity": true, "cache_fuel": true)");
-  smoke = replaced(smoke, R"("fuel_driver_blur": 2)", R"("fuel_driver_blur": 0)");
-  smoke =
-      replaced(smoke, R"("position": [[0, [0, 20, 0]], [4, [1, 20, 0]], [9, [6, 21, 0]]],)", "");
-  smoke = replaced(smoke, R"("parameters.wind_speed": [[0, 0], [9, 120]],)", "");
-  const auto path =
-      scene(replaced(smoke, R"("name": "fire",)", R"("name": "fire", "position": [0, 20, 0],)"));
+  for (const auto& [from, to] :
+       {std::pair{R"("fuel_driver_blur": 2)", R"("fuel_driver_blur": 0)"},
+        {R"("position": [[0, [0, 20, 0]], [4, [1, 20, 0]], [9, [6, 21, 0]]],)", ""},
+        {R"("parameters.wind_speed": [[0, 0], [9, 120]],)", ""},
+        {R"("name": "fire",)", R"("name": "fire", "position": [0, 20, 0],)"}})
+    smoke = replaced(smoke, from, to);
+  const auto path = scene(smoke);
   ASSERT_EQ(simulate(path, 4, "whole"), host::kDone);
   const auto whole = frame_files("whole");
   ASSERT_EQ(simulate(path, 4, "from", {}, whole[3]), host::kDone);

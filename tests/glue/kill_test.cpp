@@ -1,6 +1,7 @@
 // Runs of the program that are killed, at every kind of moment: what was finished is whole, and
 // what wasn't is never taken for a frame.
 #include <csignal>
+#include <functional>
 #include <random>
 #include <set>
 #include <thread>
@@ -38,6 +39,17 @@ pid_t start(const std::string& cache, const Words& words) {
   _exit(127);
 }
 
+/// Kills a run `delay` after what is waited for has come.
+void kill_run(pid_t child, const std::function<bool()>& come, std::chrono::microseconds delay) {
+  int status = 0;
+  while (!come() && waitpid(child, &status, WNOHANG) == 0)
+    std::this_thread::sleep_for(std::chrono::microseconds(200));
+  std::this_thread::sleep_for(delay);
+  kill(child, SIGKILL);
+  waitpid(child, &status, 0);
+  ASSERT_TRUE(WIFSIGNALED(status)) << "the run ended before it was killed";
+}
+
 TEST(Kill, FinishedFramesAreWholeAndTheUnfinishedOneIsFound) {
   int finished = 0, unfinished = 0;
   for (int i = 0; i < 50; ++i) {
@@ -46,13 +58,10 @@ TEST(Kill, FinishedFramesAreWholeAndTheUnfinishedOneIsFound) {
     const pid_t child = start(cache, {"--frames", "0-40", "--set", "*.voxel_size=0.5"});
     // Most often right after a file has appeared, while it is being filled; else anywhere.
     const auto frames = static_cast<std::size_t>(1 + i % 4);
-    int status = 0;
-    while (list_frames(cache).size() < frames && waitpid(child, &status, WNOHANG) == 0)
-      std::this_thread::sleep_for(std::chrono::microseconds(200));
-    std::this_thread::sleep_for(std::chrono::milliseconds(i % 3 == 0 ? 3 * i : 0));
-    kill(child, SIGKILL);
-    waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFSIGNALED(status)) << "the run ended before it was killed";
+    kill_run(
+        child, [&] { return list_frames(cache).size() >= frames; },
+        std::chrono::milliseconds(i % 3 == 0 ? 3 * i : 0));
+    if (testing::Test::HasFatalFailure()) return;
 
     const auto store = getCache(cache);
     ASSERT_TRUE(store);
@@ -84,19 +93,12 @@ std::set<int> states(const std::string& cache) {
   return frames;
 }
 
-int frames_since(const std::string& cache, fs::file_time_type time) {
-  int count = 0;
-  for (const auto& [number, name] : list_frames(cache))
-    count += fs::last_write_time(cache + "/" + name) > time;
-  return count;
-}
-
 TEST(Kill, ARunGoesOnFromItsLastStateAndGivesTheSameFrames) {
   const test::TemporaryFolder folder;
   const std::string whole = folder.file("whole"), parts = folder.file("parts");
   const Words all{"--frames", "0-26", "--set", "*.voxel_size=2"};
-  Words saving = all;
-  for (const char* word : {"--set", "*.save_state_every=3", "--continue"}) saving.push_back(word);
+  const Words saving{
+      "--frames", "0-26", "--set", "*.voxel_size=2", "--set", "*.save_state_every=3", "--continue"};
   const auto run_to_end = [](const std::string& cache, const Words& words) {
     int status = 0;
     waitpid(start(cache, words), &status, 0);
@@ -110,20 +112,11 @@ TEST(Kill, ARunGoesOnFromItsLastStateAndGivesTheSameFrames) {
   for (int i = 0; i < 6; ++i) {
     const auto before = states(parts);
     if (!before.empty()) went_on_from.insert(*before.rbegin());
-    const auto time = fs::file_time_type::clock::now();
-    const pid_t child = start(parts, saving);
     // At once when a state has come, or anywhere in the next frames.
-    const int frames = 1 + static_cast<int>(random() % 4);
-    const auto reached = [&] {
-      return i % 2 == 0 ? states(parts) != before : frames_since(parts, time) >= frames;
-    };
-    int status = 0;
-    while (!reached() && waitpid(child, &status, WNOHANG) == 0)
-      std::this_thread::sleep_for(std::chrono::microseconds(200));
-    if (i % 2 == 1) std::this_thread::sleep_for(std::chrono::microseconds(random() % 40000));
-    kill(child, SIGKILL);
-    waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFSIGNALED(status)) << "the run ended before kill " << i;
+    kill_run(
+        start(parts, saving), [&] { return states(parts) != before; },
+        std::chrono::microseconds(i % 2 == 1 ? random() % 60000 : 0));
+    if (testing::Test::HasFatalFailure()) return;
 
     const auto now = states(parts);
     ASSERT_FALSE(now.empty()) << "kill " << i << " left no state";
@@ -138,12 +131,11 @@ TEST(Kill, ARunGoesOnFromItsLastStateAndGivesTheSameFrames) {
 
   ASSERT_TRUE(run_to_end(parts, saving));
   const auto left = list_frames(whole), right = list_frames(parts);
-  ASSERT_EQ(left.size(), 27u);
-  ASSERT_EQ(right.size(), 27u);
-  for (const auto& [number, name] : left)
-    EXPECT_TRUE(test::read_file(whole + "/" + name) ==
-                test::read_file(parts + "/" + right.at(number)))
-        << "frame " << number;
+  ASSERT_TRUE(left.size() == 27 && right.size() == 27);
+  for (int f = 0; f < 27; ++f)
+    EXPECT_TRUE(test::read_file(whole + "/" + left.at(f)) ==
+                test::read_file(parts + "/" + right.at(f)))
+        << "frame " << f;
   for (const auto& entry : fs::directory_iterator(parts))
     EXPECT_NE(entry.path().extension(), ".part") << "what the kills left isn't cleaned up";
 }

@@ -35,24 +35,37 @@ class PluginFixture : public ::testing::Test {
     return path;
   }
 
-  int run(const std::string& verb, const host::CommandArguments& arguments) {
+  int run(host::CommandData& command, const host::CommandArguments& arguments) {
     context_ = std::make_unique<RecordingContext>(host_);
     if (prepare_context) prepare_context(*context_);
+    return command.Execute(arguments, *context_);
+  }
+  int run(const std::string& verb, const host::CommandArguments& arguments) {
     for (const auto& command : host_.Commands())
-      if (command.info.verb == verb) return command.data->Execute(arguments, *context_);
+      if (command.info.verb == verb) return run(*command.data, arguments);
     ADD_FAILURE() << "no command " << verb;
     return -1;
   }
 
-  host::CommandArguments simulate_arguments(const std::string& scene_path, int last,
-                                            const std::string& cache = "cache") {
+  /// Options and their values; one without a value is a flag.
+  static host::CommandArguments with(
+      const std::vector<std::pair<std::string, std::string>>& options) {
     host::CommandArguments arguments;
-    arguments.Add("scene", scene_path);
+    for (const auto& [name, value] : options)
+      value.empty() ? arguments.AddFlag(name) : arguments.Add(name, value);
+    return arguments;
+  }
+
+  /// The frames from `first` to `last`, unless that is negative.
+  host::CommandArguments simulate_arguments(const std::string& scene_path, int last,
+                                            const std::string& cache = "cache", int first = 0,
+                                            bool overwrite = true) {
+    host::CommandArguments arguments = with({{"scene", scene_path}});
+    if (overwrite) arguments.AddFlag("overwrite");
     std::vector<std::int32_t> frames;
-    for (int f = 0; f <= last; ++f) frames.push_back(f);
+    for (int f = first; f <= last; ++f) frames.push_back(f);
     if (last >= 0) arguments.AddFrames("frames", frames);
     if (!cache.empty()) arguments.Add("cache", folder_.file(cache));
-    arguments.AddFlag("overwrite");
     return arguments;
   }
 

@@ -14,7 +14,7 @@ namespace nbx::test {
 
 class SceneRun : private SceneEvaluator {
  public:
-  /// Nothing rises by itself. `more` are members of the document beside its objects.
+  /// Nothing rises by itself. The arguments are those of TestDocument.
   explicit SceneRun(const std::string& objects, const std::string& more = "")
       : document_(objects, more),
         volume_(document_.object("v")),

@@ -25,19 +25,14 @@ class SimulateOnRender : public test::PluginFixture {
     path_ = scene("{" + document + ", \"objects\": [" + volumes + kBall + "]}");
   }
   int render(int first, int last, const std::vector<std::string>& flags = {}) {
-    host::CommandArguments arguments;
-    arguments.Add("scene", path_);
+    auto arguments = simulate_arguments(path_, last, "", first, false);
     arguments.Add("output", folder_.file("picture-####.png"));
     arguments.Add("size", "2x2");
     for (const char* one : {"samples", "threads"}) arguments.Add(one, "1");
-    std::vector<std::int32_t> frames;
-    for (int f = first; f <= last; ++f) frames.push_back(f);
-    arguments.AddFrames("frames", frames);
     for (const std::string& flag : flags)
       flag == "empty" ? arguments.Add("missing", flag) : arguments.AddFlag(flag);
-    context_ = std::make_unique<test::RecordingContext>(host_);
-    if (prepare_context) prepare_context(*context_);
-    return host::RenderCommand("test").Execute(arguments, *context_);
+    host::RenderCommand command("test");
+    return run(command, arguments);
   }
   std::vector<int> frames(const std::string& cache = "scene.v.cache") {
     std::vector<int> numbers;

@@ -8,32 +8,9 @@ namespace {
 
 using test::SceneRun;
 
-/// A box that moves along x by `way` units a frame, for 20 frames.
-std::string mover(const std::string& size, const std::string& from, const std::string& to) {
-  return R"({"type": "cube", "name": "s", "parameters": {"size": )" + size +
-         R"(}, "tags": [{"type": "emitter", "parameters": {"solid": true}}],
-            "keyframes": {"position": [[0, )" +
-         from + "], [20, " + to + "]]}}";
-}
-
-std::string volume(const std::string& size, const std::string& closed,
-                   const std::string& more = "") {
-  return R"({"type": "volume", "name": "v", "parameters": {"size": )" + size +
-         R"(, "voxel_size": 1, "simulate_density": true)" + more + closed + "}}";
-}
-
-const std::string kClosedButRight = R"(, "closed_x_min": true, "closed_y_min": true,
-    "closed_y_max": true, "closed_z_min": true, "closed_z_max": true)";
-/// Gas in all of the domain.
-const std::string kGas = R"(, {"type": "cube", "parameters": {"size": [90, 90, 90]},
-    "tags": [{"type": "emitter", "parameters": {"density": 1}}]}, )";
-
 TEST(SolidSampler, ARestingSolidHasNoVelocityAtAll) {
   // Two frames at one place after a move.
-  SceneRun run(volume("[24, 24, 24]", "") + kGas + R"({"type": "sphere", "name": "s",
-      "rotation": [33, 12, 5], "parameters": {"radius": 5},
-      "tags": [{"type": "emitter", "parameters": {"solid": true}}],
-      "keyframes": {"position": [[0, [0, 0, 0]], [2, [3.3, 1, 0.7]]]}})");
+  SceneRun run("solid_at_rest.json");
   for (const bool moves : {false, true, false, false}) {
     run.frame();
     ASSERT_TRUE(run.solids.phi);
@@ -52,10 +29,7 @@ TEST(SolidSampler, ARestingSolidHasNoVelocityAtAll) {
 
 TEST(SolidSampler, AnotherNumberOfPointsCountsAsRest) {
   const test::LogCapture log;
-  SceneRun run(volume("[24, 24, 24]", "") + kGas + R"({"type": "sphere", "name": "s",
-      "parameters": {"radius": 5, "segments": 8},
-      "tags": [{"type": "emitter", "parameters": {"solid": true}}],
-      "keyframes": {"position": [[0, [0, 0, 0]], [9, [9, 0, 0]]]}})");
+  SceneRun run("remeshed_solid.json");
   constexpr std::int32_t kSegments = 1004;  // of the sphere
   for (const int segments : {8, 8, 11}) {
     run.object("s").GetDataInstance().SetLong(kSegments, segments);
@@ -70,8 +44,7 @@ TEST(SolidSampler, AnotherNumberOfPointsCountsAsRest) {
 // A piston fills the left end of a box that is open on the right alone, and moves to the right by
 // 0.6 units a frame: what leaves is what it sweeps.
 TEST(SolidSampler, APistonPushesOutWhatItSweeps) {
-  SceneRun run(volume("[40, 16, 16]", kClosedButRight) + kGas +
-               mover("[20, 30, 30]", "[-20, 0, 0]", "[-8, 0, 0]"));
+  SceneRun run("piston.json");
   double out = 0, swept = 0;
   for (int frame = 0; frame < 12; ++frame) {
     run.frame();
@@ -90,11 +63,7 @@ TEST(SolidSampler, APistonPushesOutWhatItSweeps) {
 
 // A jet blows gas against a wall of one voxel across the domain for 100 frames.
 TEST(SolidSampler, NoGasCrossesAWallOfOneVoxel) {
-  SceneRun run(volume("[28, 10, 10]", R"(, "closed_y_min": true, "max_substeps": 2)") +
-               R"(, {"type": "sphere", "position": [-8, 0, 0], "parameters": {"radius": 3},
-        "tags": [{"type": "emitter", "parameters": {"density": 1, "direction": [100, 0, 0]}}]},
-      {"type": "cube", "name": "s", "position": [0.5, 0, 0], "parameters":
-       {"size": [1, 40, 40]}, "tags": [{"type": "emitter", "parameters": {"solid": true}}]})");
+  SceneRun run("jet_and_wall.json");
   for (int frame = 0; frame < 100; ++frame) run.frame();
   const Field<float>& density = run.density();
   const int face = 14 - run.sim.settings.active_box.lo[0] + 1;  // the wall's cell
