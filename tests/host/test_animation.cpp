@@ -1,5 +1,4 @@
 // Keyframes, transforms and the world matrices that they add up to.
-#include <gtest/gtest.h>
 
 #include "host/track.h"
 #include "host/transform.h"
@@ -7,12 +6,6 @@
 
 namespace host::test {
 namespace {
-
-void ExpectNear(const Vector& a, const Vector& b) {
-  EXPECT_NEAR(a.x, b.x, 1e-12);
-  EXPECT_NEAR(a.y, b.y, 1e-12);
-  EXPECT_NEAR(a.z, b.z, 1e-12);
-}
 
 double At(const Track& track, double frame) { return std::get<double>(track.Evaluate(frame)); }
 
@@ -70,47 +63,25 @@ TEST(Animation, WorldMatricesFollowTheParentsKeyframes) {
   document->Open();
   SceneObject* box = document->GetFirstObject()->GetDown()->GetDown();
   const struct {
-    std::int32_t frame;
+    int frame;
     Vector place;
     double edge, amount;
-    bool active;
-  } cases[] = {
-      {0, {2, 0, 20}, 1, 0, false},
-      // Turned by 180 degrees: z to -z, x to -x.
-      {25, {100 - 2, 0, -20}, 2, 50, true},
-      {75, {100 - 2, 0, -20}, 3, 50, true},
-  };
+  } cases[] = {{0, {2, 0, 20}, 1, 0},
+               {25, {100 - 2, 0, -20}, 2, 50},  // turned by 180 degrees: z to -z, x to -x
+               {75, {100 - 2, 0, -20}, 3, 50}};
   for (const auto& c : cases) {
     GoToFrame(*document, c.frame);
     ExpectNear(box->GetMg().off, c.place);
     EXPECT_EQ(box->GetDataInstance().GetReal(test_plugin::kSize), c.edge) << c.frame;
-    EXPECT_EQ(box->GetDataInstance().GetBool(test_plugin::kActive), c.active) << c.frame;
+    EXPECT_EQ(box->GetDataInstance().GetBool(test_plugin::kActive), c.frame > 0) << c.frame;
     EXPECT_EQ(box->GetFirstTag()->GetDataInstance().GetReal(test_plugin::kAmount), c.amount);
   }
   // Between frames, as substeps are: half the way, where z has gone to x, and x to -z.
-  document->SetTime(BaseTime::FromSeconds(0.5));
-  document->ExecutePasses(nullptr, true, true, true);
+  GoToFrame(*document, 12.5);
   ExpectNear(box->GetMg().off, Vector{50 + 20, 0, -2});
   box->GetFirstTag()->ScaleKeys(test_plugin::kAmount, 0.1);
   GoToFrame(*document, 25);
   EXPECT_EQ(box->GetFirstTag()->GetDataInstance().GetReal(test_plugin::kAmount), 5);
-}
-
-TEST(Animation, MistakesOfKeyframesAreToldWithTheirPlace) {
-  const std::vector<Mistake> mistakes = {
-      {R"("keyframes": {"postion": []})",
-       ".keyframes: unknown track \"postion\", did you mean \"position\"?"},
-      {R"("keyframes": {"parameters.label": [[0, "a"]]})",
-       ".keyframes: unknown track \"parameters.label\"*"},
-      {R"("keyframes": {"position": [[0, [0, 0, 0]], [0, [1, 0, 0]]]})",
-       ".keyframes.position[1]: the frames of keys must ascend"},
-      {R"("keyframes": {"rotation": {"interpolation": "wild", "keys": [[0, [0, 0, 0]]]}})",
-       ".keyframes.rotation.interpolation: unknown choice \"wild\", choose linear or smooth"},
-      {R"("parameters": {"steps": 3}, "keyframes": {"parameters.steps": [[0, 1]]})",
-       ".keyframes.parameters.steps: the parameter has a value and keyframes; leave one of them "
-       "out"},
-  };
-  ExpectMistakes(mistakes, R"({"objects": [{"type": "box", )", "}]}", "objects[0]");
 }
 
 }  // namespace
