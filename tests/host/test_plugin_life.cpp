@@ -1,6 +1,5 @@
 // A plug-in in the small host, from load to unload.
 #include <csignal>
-#include <stdexcept>
 #include <thread>
 
 #include <dlfcn.h>

@@ -4,7 +4,6 @@
 #include <atomic>
 #include <cmath>
 #include <memory>
-#include <set>
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,3 @@
-#include <thread>
-
 #include "host/document_writer.h"
 #include "host/overrides.h"
 #include "tests/host/render/shot.h"
