@@ -9,6 +9,7 @@
 
 #include "host/document_error.h"
 #include "host/document_reader.h"
+#include "support/support.h"
 #include "tests/host/test_plugin.h"
 
 namespace host::test {
@@ -47,26 +48,30 @@ std::string ErrorOf(Action action) {
   }
 }
 
-struct Mistake {
-  std::string text;
-  const char* message;
-};
-
-/// Reads each text between the two parts; the error must be `place` and the message,
-/// or begin so where the message ends with *.
-inline void ExpectMistakes(const std::vector<Mistake>& mistakes, const std::string& before = "",
-                           const std::string& after = "", const std::string& place = "") {
-  for (const auto& [text, message] : mistakes) {
-    const std::string error = ErrorOf([&, t = text] { Read(before + t + after)->Open(); });
-    std::string expected = place + message;
-    const bool whole = expected.back() != '*';
-    if (!whole) expected.pop_back();
-    EXPECT_EQ(whole ? error : error.substr(0, expected.size()), expected) << text;
-  }
+/// The text of a file of the tests' own data.
+inline std::string Data(const std::string& name) {
+  return nbx::test::read_file(NBX_HOST_TEST_DATA "/" + name);
 }
 
-inline void GoToFrame(Document& document, std::int32_t frame) {
-  document.SetTime(BaseTime::FromFrame(frame, document.GetFps()));
+inline void ExpectNear(const Vector& a, const Vector& b, double tolerance = 1e-12) {
+  EXPECT_LE(Length(a - b), tolerance) << a.x << " " << a.y << " " << a.z;
+}
+
+/// Six times the volume that the polygons enclose; above 0 if their outer sides look outwards.
+inline double SixVolumes(const PolygonObject& mesh) {
+  double sum = 0;
+  const Vector* points = mesh.GetPointR();
+  for (std::int32_t i = 0; i < mesh.GetPolygonCount(); ++i) {
+    const auto [a, b, c, d] = mesh.GetPolygonR()[i];
+    sum += Dot(points[a], Cross(points[b], points[c]) + Cross(points[c], points[d]));
+  }
+  return sum;
+}
+
+inline void GoToFrame(Document& document, double frame) {
+  const FrameRate rate = document.GetFps();
+  document.SetTime(
+      BaseTime(std::llround(frame * 1000) * rate.Denominator(), 1000 * rate.Numerator()));
   document.ExecutePasses(nullptr, true, true, true);
 }
 

@@ -1,5 +1,6 @@
-// Keyframes, transforms and the world matrices that they add up to.
-#include <gtest/gtest.h>
+// What changes with time: keyframes, transforms and the world matrices that they add up to;
+// particles, where and when they are born, how they fly, and that the road to a time doesn't
+// matter.
 
 #include "host/track.h"
 #include "host/transform.h"
@@ -7,12 +8,6 @@
 
 namespace host::test {
 namespace {
-
-void ExpectNear(const Vector& a, const Vector& b) {
-  EXPECT_NEAR(a.x, b.x, 1e-12);
-  EXPECT_NEAR(a.y, b.y, 1e-12);
-  EXPECT_NEAR(a.z, b.z, 1e-12);
-}
 
 double At(const Track& track, double frame) { return std::get<double>(track.Evaluate(frame)); }
 
@@ -70,47 +65,152 @@ TEST(Animation, WorldMatricesFollowTheParentsKeyframes) {
   document->Open();
   SceneObject* box = document->GetFirstObject()->GetDown()->GetDown();
   const struct {
-    std::int32_t frame;
+    int frame;
     Vector place;
     double edge, amount;
-    bool active;
-  } cases[] = {
-      {0, {2, 0, 20}, 1, 0, false},
-      // Turned by 180 degrees: z to -z, x to -x.
-      {25, {100 - 2, 0, -20}, 2, 50, true},
-      {75, {100 - 2, 0, -20}, 3, 50, true},
-  };
+  } cases[] = {{0, {2, 0, 20}, 1, 0},
+               {25, {100 - 2, 0, -20}, 2, 50},  // turned by 180 degrees: z to -z, x to -x
+               {75, {100 - 2, 0, -20}, 3, 50}};
   for (const auto& c : cases) {
     GoToFrame(*document, c.frame);
     ExpectNear(box->GetMg().off, c.place);
     EXPECT_EQ(box->GetDataInstance().GetReal(test_plugin::kSize), c.edge) << c.frame;
-    EXPECT_EQ(box->GetDataInstance().GetBool(test_plugin::kActive), c.active) << c.frame;
+    EXPECT_EQ(box->GetDataInstance().GetBool(test_plugin::kActive), c.frame > 0) << c.frame;
     EXPECT_EQ(box->GetFirstTag()->GetDataInstance().GetReal(test_plugin::kAmount), c.amount);
   }
   // Between frames, as substeps are: half the way, where z has gone to x, and x to -z.
-  document->SetTime(BaseTime::FromSeconds(0.5));
-  document->ExecutePasses(nullptr, true, true, true);
+  GoToFrame(*document, 12.5);
   ExpectNear(box->GetMg().off, Vector{50 + 20, 0, -2});
   box->GetFirstTag()->ScaleKeys(test_plugin::kAmount, 0.1);
   GoToFrame(*document, 25);
   EXPECT_EQ(box->GetFirstTag()->GetDataInstance().GetReal(test_plugin::kAmount), 5);
 }
 
-TEST(Animation, MistakesOfKeyframesAreToldWithTheirPlace) {
-  const std::vector<Mistake> mistakes = {
-      {R"("keyframes": {"postion": []})",
-       ".keyframes: unknown track \"postion\", did you mean \"position\"?"},
-      {R"("keyframes": {"parameters.label": [[0, "a"]]})",
-       ".keyframes: unknown track \"parameters.label\"*"},
-      {R"("keyframes": {"position": [[0, [0, 0, 0]], [0, [1, 0, 0]]]})",
-       ".keyframes.position[1]: the frames of keys must ascend"},
-      {R"("keyframes": {"rotation": {"interpolation": "wild", "keys": [[0, [0, 0, 0]]]}})",
-       ".keyframes.rotation.interpolation: unknown choice \"wild\", choose linear or smooth"},
-      {R"("parameters": {"steps": 3}, "keyframes": {"parameters.steps": [[0, 1]]})",
-       ".keyframes.parameters.steps: the parameter has a value and keyframes; leave one of them "
-       "out"},
+// 10 births a second at 25 frames a second, from an emitter that goes 100 units a second along x,
+// turned so that its z points along the world's x: heading turns z towards x.
+const char* const kEmitter = R"({"type": "particle_system", "children": [
+  {"type": "particle_emitter", "rotation": [90, 0, 0],
+   "keyframes": {"position": [[0, [0, 0, 0]], [100, [400, 0, 0]]]},
+   "parameters": {"rate": 10, "life": 1, "speed": 20, "gravity": [0, -8, 0], "seed": 3MORE}}]},
+  {"type": "particle_group", "name": "Group", "parameters": {"system": "Particle System"}})";
+
+std::string Emitter(const std::string& more) {
+  std::string text = kEmitter;
+  return text.replace(text.find("MORE"), 4, more);
+}
+
+TEST(Particles, AreBornOnTimeAndFlyTheirParabola) {
+  const auto document = ReadObjects(Emitter(""));
+  const SceneObject& group = *document->FindByName("Group").front();
+  for (const double frame : {0.0, 0.5, 7.5, 24.0, 63.25}) {
+    GoToFrame(*document, frame);
+    const double t = frame / 25;
+    // Birth j comes at j / 10 s; the particle lives for a second.
+    const auto born = static_cast<std::size_t>(std::ceil(t * 10 - 1e-9));
+    const std::size_t dead = t < 1 ? 0 : static_cast<std::size_t>(std::floor((t - 1) * 10)) + 1;
+    const Particles& particles = group.GetParticles();
+    ASSERT_EQ(particles.size(), born - dead) << frame;
+    for (const Particle& p : particles) {
+      const double birth = p.number / 10.0, age = t - birth;
+      EXPECT_NEAR(p.age, age, 1e-9);
+      EXPECT_NEAR(p.position.x, 100 * birth + 20 * age, 1e-9);
+      EXPECT_NEAR(p.position.y, -4 * age * age, 1e-9);
+      EXPECT_NEAR(p.velocity.y, -8 * age, 1e-9);
+      EXPECT_EQ(p.bits, 3U);
+    }
+  }
+}
+
+TEST(Particles, DependOnTheTimeAlone) {
+  const std::string text = Emitter(
+      R"(, "spread": 40, "size": [5, 5, 1], "life_variation": 0.5, "speed_variation": 0.3)");
+  const auto state = [&](std::initializer_list<double> frames, const std::string& objects) {
+    const auto document = ReadObjects(objects);
+    for (const double frame : frames) GoToFrame(*document, frame);
+    std::vector<double> numbers;
+    for (const Particle& p : document->FindByName("Group").front()->GetParticles())
+      numbers.insert(numbers.end(), {p.position.x, p.position.y, p.position.z, p.velocity.x, p.age,
+                                     p.life, p.spin.x});
+    return numbers;
   };
-  ExpectMistakes(mistakes, R"({"objects": [{"type": "box", )", "}]}", "objects[0]");
+  const std::vector<double> direct = state({40.6}, text);
+  EXPECT_GT(direct.size(), 40U);
+  EXPECT_EQ(state({3, 3.2, 17.9, 40, 40.6}, text), direct);
+  EXPECT_EQ(state({80, 2, 40.6}, text), direct);
+  EXPECT_EQ(state({41, 40.6}, text), direct) << "from the frame before";
+  EXPECT_EQ(state({41, 40.2, 42, 41, 41.3, 40.6}, text), direct);
+  EXPECT_NE(
+      state({40.6},
+            Emitter(R"(, "spread": 40, "seed": 4)").replace(text.find(", \"seed\": 3"), 11, "")),
+      direct);
+}
+
+/// Lifts all particles left of x = 20, and counts how often it was asked.
+class Lift final : public ObjectData {
+ public:
+  void ModifyParticles(const BaseObject& object, const Particles& particles,
+                       std::vector<ParticleModification>& changes, double step) override {
+    ++calls;
+    longest = std::max(longest, step);
+    EXPECT_NEAR(object.GetMg().off.x, object.GetDocument().GetTime().Get() * 25, 1e-9);
+    for (std::size_t i = 0; i < particles.size(); ++i) {
+      if (particles[i].position.x >= 20) continue;
+      changes[i].velocity = changes[i].velocity + object.GetDataInstance().GetVector(1);
+      ++changes[i].count;
+    }
+  }
+  inline static int calls = 0;
+  inline static double longest = 0;
+};
+
+/// A scene of an emitter with these parameters, and lifts that go a unit a frame.
+std::unique_ptr<Document> ReadLifted(const std::string& parameters,
+                                     const std::vector<std::string>& lifts) {
+  static const SceneClasses classes = [] {
+    SceneClasses all;
+    ClassDescription lift{.name = "lift"};
+    lift.parameters = {{1, "LIFT_FORCE", ParameterType::Vector, Vector{}}};
+    const auto make = [] { return std::make_unique<Lift>(); };
+    EXPECT_EQ(all.objects.Add({9, "Lift", lift, make}), "");
+    return all;
+  }();
+  std::string text =
+      R"({"objects": [{"type": "particle_emitter", "parameters": {)" + parameters + "}}";
+  for (const std::string& more : lifts)
+    text += R"(, {"type": "lift", )" + more +
+            R"(, "keyframes": {"position": [[0, [0, 0, 0]], [200, [200, 0, 0]]]}})";
+  return ReadDocument(text + "]}", "/", classes);
+}
+
+// Substeps and shutters look a frame ahead and go back.
+TEST(Particles, LookingAheadDoesntStartAnew) {
+  const auto document = ReadLifted(R"("life": 99)", {R"("enabled": true)"});
+  Lift::calls = 0;
+  for (int frame = 1; frame <= 100; ++frame)
+    for (const double ahead : {0.0, 1.0, 0.25, 0.5, 1.0}) GoToFrame(*document, frame + ahead);
+  EXPECT_GE(Lift::calls, 300);
+  EXPECT_LE(Lift::calls, 320) << "one whole step and two parts of one in each frame";
+}
+
+TEST(Particles, FollowTheMeanOfTheModifiersThatHaveASay) {
+  const auto document = ReadLifted(
+      R"("rate": 100, "speed": 0, "life": 9, "size": [80, 0, 0])",
+      {R"("parameters": {"force": [0, 30, 0]})", R"("parameters": {"force": [0, 0, 10]})",
+       R"("enabled": false, "parameters": {"force": [0, 900, 0]})"});
+  Lift::longest = 0;
+  GoToFrame(*document, 50);
+  EXPECT_NEAR(Lift::longest, 0.04, 1e-12);
+  std::size_t moved = 0;
+  for (const Particle& p : document->GetFirstObject()->GetParticles()) {
+    const bool lifted = p.position.x < 20;
+    moved += lifted ? 1 : 0;
+    // The step of its birth is without modifiers.
+    const double whole = lifted ? (49 - std::floor(p.number * 0.25)) / 25 : 0;
+    EXPECT_NEAR(p.position.y, 15 * whole, 1e-6) << p.age;
+    EXPECT_NEAR(p.position.z, 5 * whole, 1e-6);
+  }
+  EXPECT_GT(moved, 100U);
+  EXPECT_LT(moved, 190U);
 }
 
 }  // namespace

@@ -52,31 +52,19 @@ class Probe final : public CommandData {
   ~Probe() override { journal += "probe freed\n"; }
   CommandInfo GetInfo() const override {
     using enum CommonOption;
-    return {.verb = "probe",
-            .help = "Looks at a scene",
-            .options = {{.name = "scene",
-                         .value_name = "SCENE",
-                         .help = "the scene",
-                         .positional = true,
-                         .required = true},
-                        {.name = "axis",
-                         .type = OptionType::Choice,
-                         .value_name = "AXIS",
-                         .help = "x or y",
-                         .choices = {"x", "y"}},
-                        {.name = "gain",
-                         .type = OptionType::Real,
-                         .value_name = "FACTOR",
-                         .help = "a factor",
-                         .minimum = 0},
-                        {.name = "since",
-                         .type = OptionType::Long,
-                         .value_name = "FRAME",
-                         .help = "a frame, or simply since ever",
-                         .value_optional = true},
-                        {.name = "wait", .type = OptionType::Flag, .help = "for an interrupt"},
-                        {.name = "throw", .type = OptionType::Flag, .help = "an exception"}},
-            .common = {Frames, Object, Cache, Threads, Device, Set, Force}};
+    CommandInfo info{"probe", "Looks at a scene"};
+    info.common = {Frames, Object, Cache, Threads, Device, Set, Force};
+    info.options = {{"scene", OptionType::Text, "SCENE", "the scene"},
+                    {"axis", OptionType::Choice, "AXIS", "x or y"},
+                    {"gain", OptionType::Real, "FACTOR", "a factor"},
+                    {"since", OptionType::Long, "FRAME", "a frame, or simply since ever"},
+                    {"wait", OptionType::Flag, "", "for an interrupt"},
+                    {"throw", OptionType::Flag, "", "an exception"}};
+    info.options[0].positional = info.options[0].required = true;
+    info.options[1].choices = {"x", "y"};
+    info.options[2].minimum = 0;
+    info.options[3].value_optional = true;
+    return info;
   }
 
   int Execute(const CommandArguments& arguments, CommandContext& context) override {

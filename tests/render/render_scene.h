@@ -29,6 +29,13 @@ inline void add_grid(SimFrame& frame, int type, Vec3i dims, const Value& value) 
   frame.add(field, type, {0, 0, 0}, {});
 }
 
+/// A frame with density alone.
+struct DensityFrame : SimFrame {
+  DensityFrame(const Vec3i& dims, const Value& value) {
+    add_grid(*this, kGridDensity, dims, value);
+  }
+};
+
 /// Smoke that is red and bright, by the density grid. A voxel is 2 units long.
 inline VolumeParams smoke_params(double scale = 1) {
   VolumeParams params;
@@ -49,6 +56,14 @@ inline std::shared_ptr<RenderVolume> make_volume(SimFrame& frame, const VolumePa
   auto volume = std::make_shared<RenderVolume>();
   prepare_volume(*volume, frame, params);
   return volume;
+}
+
+inline VolumeRenderer renderer_of(SimFrame& frame, const VolumeParams& params,
+                                  bool adaptive = true) {
+  VolumeRenderer renderer;
+  renderer.adaptive = adaptive;
+  renderer.volumes = {make_volume(frame, params)};
+  return renderer;
 }
 
 inline Points points_at(std::initializer_list<Vec3f> list) {

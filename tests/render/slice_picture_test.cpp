@@ -1,7 +1,5 @@
 #include "render/slice_picture.h"
 
-#include <cmath>
-
 #include <unistd.h>
 
 #include "support/support.h"
@@ -54,10 +52,6 @@ TEST(SlicePicture, LiesTheRightWay) {
     options.position = c.position == 3 ? 2 : c.position + 1;
     EXPECT_EQ(lit(slice_picture(f, options)).size(), 0u);
   }
-}
-
-TEST(SlicePicture, ShowsTheMiddleAtItsScale) {
-  Field<float> f = ghosted();
   f(1, 2, 3) = 1;  // the middle of 5 along z, and the lower middle of 4 along y
   EXPECT_EQ(lit(slice_picture(f, {})).size(), 1u);
   EXPECT_EQ(lit(slice_picture(f, {.axis = 1, .scale = 3})).size(), 9u);
@@ -89,42 +83,30 @@ TEST(SlicePicture, ProjectionsFollowTheirFormulas) {
   EXPECT_EQ(grey(slice_picture(f, options), 1, 0), std::lround(255 * 0.5));
 }
 
-TEST(SlicePicture, Colours) {
+TEST(SlicePicture, ColoursRefusalsAndFiles) {
   Field<float> f = ghosted();
-  SliceOptions options;
-  options.colours = ColourMap::kDiverging;
   f(1, 4, 3) = -4;
   f(2, 4, 3) = 2;
-  QImage picture = slice_picture(f, options);
-  EXPECT_EQ(picture.pixel(0, 0), qRgb(0, 0, 255));
-  EXPECT_EQ(picture.pixel(1, 0), qRgb(255, 128, 128));
-  options.colours = ColourMap::kHeat;
+  const QImage both = slice_picture(f, {.colours = ColourMap::kDiverging});
+  EXPECT_EQ(both.pixel(0, 0), qRgb(0, 0, 255));
+  EXPECT_EQ(both.pixel(1, 0), qRgb(255, 128, 128));
   f(1, 4, 3) = 4;
   f(3, 4, 3) = NAN;
-  picture = slice_picture(f, options);
-  EXPECT_EQ(picture.pixel(1, 0), qRgb(255, 128, 0));  // halfway: red full, green half
-  EXPECT_EQ(picture.pixel(2, 0), qRgb(255, 0, 255));  // a NaN shows
-}
-
-TEST(SlicePicture, RefusesWhatItCannotShow) {
+  const QImage heat = slice_picture(f, {.colours = ColourMap::kHeat});
+  EXPECT_EQ(heat.pixel(1, 0), qRgb(255, 128, 0));  // halfway: red full, green half
+  EXPECT_EQ(heat.pixel(2, 0), qRgb(255, 0, 255));  // a NaN shows
   for (const SliceOptions& bad : {SliceOptions{.axis = 3}, {.position = 6}, {.scale = 65}})
-    EXPECT_THROW(slice_picture(ghosted(), bad), Exception);
+    EXPECT_THROW(slice_picture(f, bad), Exception);
   EXPECT_THROW(slice_picture(Field<float>(9, 2, 9), {}), Exception);
-}
 
-TEST(SlicePicture, PngIsWrittenWholeOrNotAtAll) {
   test::TemporaryFolder folder;
-  Field<float> f = ghosted();
-  f(1, 1, 3) = 1;
-  const QImage picture = slice_picture(f, {});
   std::string error;
-  ASSERT_TRUE(write_png(picture, folder.file("p.png"), &error)) << error;
+  ASSERT_TRUE(write_png(both, folder.file("p.png"), &error)) << error;
   EXPECT_FALSE(write_png(QImage(), folder.file("p.png"), &error));
   EXPECT_FALSE(error.empty());
-  const QImage back = QImage(QString::fromStdString(folder.file("p.png")));
-  EXPECT_EQ(back.convertToFormat(picture.format()), picture);
-  const std::filesystem::directory_iterator files(folder.path());
-  EXPECT_EQ(std::distance(begin(files), end(files)), 1);
+  const QImage back(QString::fromStdString(folder.file("p.png")));
+  EXPECT_EQ(back.convertToFormat(both.format()), both) << "a failure leaves the file as it was";
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
 }
 
 }  // namespace

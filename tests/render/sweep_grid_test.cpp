@@ -1,12 +1,9 @@
 #include "render/sweep_grid.h"
 
-#include <algorithm>
 #include <cmath>
-#include <map>
 #include <numbers>
 #include <numeric>
 #include <random>
-#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -25,8 +22,8 @@ bool go_on(int, int) { return true; }
 
 double sum(const Field3& f) { return std::accumulate(f.data.begin(), f.data.end(), 0.0); }
 
-// One ray at a time: from a cell of the face in a straight line through the grid, by the exact
-// crossing points, until it leaves. Rays that come in through the sides start where one enters: the
+// One ray at a time: from a cell of the face in a straight line through the grid, from wall to
+// wall, until it leaves. Rays that come in through the sides start where one enters: the
 // continuation of a ray on the other side of the grid, without light.
 Field3 plain_sweep(const Field3& source, const SweepMedium& medium, int d, double h) {
   const Vec3i dims = source.dims;
@@ -39,46 +36,36 @@ Field3 plain_sweep(const Field3& source, const SweepMedium& medium, int d, doubl
       Vec3d v{std::sin(beta) * std::cos(alpha), std::sin(alpha) * std::cos(beta), 0};
       v[2] = std::sqrt(1 - v[0] * v[0] - v[1] * v[1]) * (face < 3 ? 1 : -1);
       std::swap(v[2], v[axis]);
-      for (int i = 0; i < dims[l1]; ++i)
-        for (int j = 0; j < dims[l2]; ++j) {
-          Vec3d origin{0, 0, 0};
-          origin[l1] = i + 0.5;
-          origin[l2] = j + 0.5;
-          origin[axis] = face < 3 ? 0 : dims[axis];
-          std::vector<double> crossings{0};
-          for (int a = 0; a < 3; ++a)
-            for (int wall = -200; wall <= 200 && v[a] != 0; ++wall)
-              if (const double t = (wall - origin[a]) / v[a]; t > 1e-9) crossings.push_back(t);
-          std::sort(crossings.begin(), crossings.end());
-          std::array<double, 3> light{0, 0, 0};
-          std::pair<int, int> copy{0, 0};
-          for (std::size_t k = 0; k + 1 < crossings.size(); ++k) {
-            const double length = crossings[k + 1] - crossings[k];
-            if (length < 1e-9) continue;
-            const double middle = (crossings[k] + crossings[k + 1]) / 2;
-            Vec3i at{0, 0, 0};
-            for (int a = 0; a < 3; ++a)
-              at[a] = static_cast<int>(std::floor(origin[a] + middle * v[a]));
-            if (at[axis] < 0 || at[axis] >= dims[axis]) break;
-            const auto floor_div = [](int a, int m) { return a >= 0 ? a / m : -((m - 1 - a) / m); };
-            const std::pair<int, int> here{floor_div(at[l1], dims[l1]),
-                                           floor_div(at[l2], dims[l2])};
-            if (here != copy) light = {0, 0, 0};
-            copy = here;
-            at[l1] -= here.first * dims[l1];
-            at[l2] -= here.second * dims[l2];
-            const auto cell = source.index(at[0], at[1], at[2]);
-            const auto& m = medium.cells[cell];
-            for (std::size_t c = 0; c < 3; ++c) {
-              gathered.cell(cell)[c] +=
-                  static_cast<float>(light[c] * (1 - std::exp(-m.scattering[c] * length * h)));
-              if (m.extinction > 0) {
-                const double kept = std::exp(-m.extinction * length * h);
-                light[c] = light[c] * kept + source.cell(cell)[c] / m.extinction * (1 - kept);
-              }
-            }
+      for (int start = 0; start < dims[l1] * dims[l2]; ++start) {
+        Vec3i at{0, 0, 0};
+        at[l1] = start % dims[l1];
+        at[l2] = start / dims[l1];
+        at[axis] = face < 3 ? 0 : dims[axis] - 1;
+        Vec3d to_wall{1e300, 1e300, 1e300};  // along the ray
+        for (int a = 0; a < 3; ++a)
+          if (v[a] != 0) to_wall[a] = (a == axis ? 1 : 0.5) / std::abs(v[a]);
+        std::array<double, 3> light{0, 0, 0};
+        while (at[axis] >= 0 && at[axis] < dims[axis]) {
+          const int through = to_wall[l1] < to_wall[l2] ? (to_wall[l1] < to_wall[axis] ? l1 : axis)
+                                                        : (to_wall[l2] < to_wall[axis] ? l2 : axis);
+          const double length = to_wall[through];
+          const auto cell = source.index(at[0], at[1], at[2]);
+          const auto& m = medium.cells[cell];
+          for (std::size_t c = 0; c < 3; ++c) {
+            gathered.cell(cell)[c] +=
+                static_cast<float>(light[c] * (1 - std::exp(-m.scattering[c] * length * h)));
+            const double kept = std::exp(-m.extinction * length * h);
+            if (m.extinction > 0)
+              light[c] = light[c] * kept + source.cell(cell)[c] / m.extinction * (1 - kept);
           }
+          to_wall -= Vec3d(length, length, length);
+          to_wall[through] = 1 / std::abs(v[through]);
+          at[through] += v[through] > 0 ? 1 : -1;
+          if (through == axis || (at[through] >= 0 && at[through] < dims[through])) continue;
+          at[through] += at[through] < 0 ? dims[through] : -dims[through];
+          light = {0, 0, 0};
         }
+      }
     }
   }
   return gathered;
@@ -113,11 +100,10 @@ TEST(SweepGrid, AgreesWithStraightRaysOneByOne) {
 // medium with an albedo below 1 / 1.19 fades from sweep to sweep, however thick it is.
 TEST(SweepGrid, WhiteMediumKeepsItsLight) {
   constexpr int d = 3;
-  const double c0 = 1, c1 = std::cos(std::numbers::pi / 6);
-  const double s = std::sin(std::numbers::pi / 6) * c1;
-  const double excess = (1 / c0 + 4 / c1 + 4 / std::sqrt(1 - 2 * s * s)) / 9;
+  const double c1 = std::cos(std::numbers::pi / 6), s = std::sin(std::numbers::pi / 6) * c1;
+  const double excess = (1 + 4 / c1 + 4 / std::sqrt(1 - 2 * s * s)) / 9;
   const Vec3i dims{24, 24, 24};
-  for (const float extinction : {0.02f, 1.0f, 20.0f}) {
+  for (const float extinction : {0.02f, 1.0f, 20.0f})
     for (const float albedo : {1.0f, 0.84f}) {
       const SweepMedium medium = uniform(dims, extinction, albedo);
       SweepGrid grid(dims, d, 0.25);
@@ -128,28 +114,19 @@ TEST(SweepGrid, WhiteMediumKeepsItsLight) {
         for (float& g : gathered.data) g *= static_cast<float>(grid.gather_factor());
         EXPECT_GT(sum(gathered), 0);
         EXPECT_LE(sum(gathered), sum(source) * (albedo < 1 ? 1.0 : excess));
-        // In the middle of a thick cloud, far from its edges in mean free paths, as much comes back
-        // as goes out.
-        if (extinction * 12 * 0.25f > 50) {
-          const auto middle = source.index(12, 12, 12);
-          const double back = *gathered.cell(middle) / *source.cell(middle);
-          EXPECT_LE(back, albedo * excess);
-          EXPECT_GE(back, albedo * 0.2) << "cells of five mean free paths keep light to themselves";
-        }
+        // In the middle of a thick cloud, cells of five mean free paths keep some light to
+        // themselves, and as much of the rest comes back as goes out.
+        const auto middle = source.index(12, 12, 12);
+        const double back = *gathered.cell(middle) / *source.cell(middle);
+        EXPECT_TRUE(extinction < 20 || (back >= albedo * 0.2 && back <= albedo * excess)) << back;
         source = gathered;
       }
     }
-  }
-}
-
-TEST(SweepGrid, StopsWhereItIsTold) {
-  const Vec3i dims{4, 5, 6};
-  Field3 gathered(dims, 0);
   int calls = 0;
+  Field3 gathered(dims, 0);
+  const auto stop = [&](int, int) { return ++calls < 7; };
   EXPECT_FALSE(
-      SweepGrid(dims, 1, 1).sweep(gathered, Field3(dims, 1), uniform(dims, 1, 1), 2, [&](int, int) {
-        return ++calls < 7;
-      }));
+      SweepGrid(dims, 1, 1).sweep(gathered, Field3(dims, 1), uniform(dims, 1, 1), 2, stop));
   EXPECT_EQ(calls, 7);
 }
 

@@ -3,7 +3,6 @@
 #include <numeric>
 
 #include "scene/meshes.h"
-#include "support/support.h"
 
 namespace nbx {
 namespace {
@@ -11,21 +10,24 @@ namespace {
 using test::Mesh;
 using Sparse = SparseField<float, 3>;
 
-void fill(Sparse& field, const std::vector<Mesh>& meshes, const IntBox& box) {
+/// How many cells of the box lie inside.
+double inside(const std::vector<Mesh>& meshes, const IntBox& box) {
+  Sparse field;
   classify_inside(field, PolygonObjectContainer(test::walk(meshes), box));
-}
-
-double sum(const Sparse& field) {
   double s = 0;
   for (const SparseBlockEntry& b : field.blocks())
     s = std::accumulate(b.data, b.data + Sparse::kBlockSize, s);
-  return s;
+  return field.empty() ? -1 : s;
 }
 
 const IntBox kBox{{0, 0, 0}, {63, 60, 47}};
 
+// Many shells in one another, so that a line meets many triangles, which lie aslant in many leaves
+// of the tree. Inside is what an odd number of them goes round.
 TEST(InsideClassification, AgreesWithTheWindingNumber) {
-  const std::vector<Mesh> meshes{test::bent_torus({31.3, 29.6, 23.1}, 18, 7, 60, 30)};
+  std::vector<Mesh> meshes{test::bent_torus({31.3, 29.6, 23.1}, 18, 7, 60, 30)};
+  for (double tube = 6.7; tube > 0.4; tube -= 0.27)
+    meshes.push_back(test::bent_torus({31.3, 29.6, 23.1}, 18, tube, 24, 12));
   const PolygonWalk walk = test::walk(meshes);
   Sparse field;
   VCVDT<float> grid;
@@ -35,15 +37,15 @@ TEST(InsideClassification, AgreesWithTheWindingNumber) {
   classify_inside(grid, triangles);
   std::mt19937 engine(5);
   int in = 0;
-  for (int i = 0; i < 3000; ++i) {
+  for (int i = 0; i < 1500; ++i) {
     const auto pick = [&](int a) { return static_cast<int>(engine() % kBox.size()[a]); };
     const Vec3i c(pick(0), pick(1), pick(2));
-    const bool expected = std::abs(test::winding(walk, vector_cast<double>(c))) > 0.5;
+    const bool expected = std::lround(test::winding(walk, vector_cast<double>(c))) % 2 != 0;
     EXPECT_EQ(field.value(c[0], c[1], c[2]), expected) << c[0] << " " << c[1] << " " << c[2];
     EXPECT_EQ(grid.inside_votes(grid.index(c[0], c[1], c[2])), expected ? 3 : 0);
     in += expected;
   }
-  EXPECT_GT(in, 200);
+  EXPECT_GT(in, 40);
 }
 
 TEST(InsideClassification, BoxesHaveTheirVolume) {
@@ -52,36 +54,22 @@ TEST(InsideClassification, BoxesHaveTheirVolume) {
                                {Vec3d(4.5, 5.5, 6.5), Vec3d(20.5, 17.5, 30.5)},
                                {Vec3d(3.3, 7.9, 2.1), Vec3d(40.2, 33.7, 41.6)},
                                {Vec3d(9, 9.25, 9), Vec3d(10, 10.25, 10)}}) {
-    Sparse field;
-    fill(field, {test::box(lo, hi)}, kBox);
     const Vec3d d = hi - lo;
     const double half_layer = d[0] * d[1] + d[1] * d[2] + d[2] * d[0];  // surface / 2
-    EXPECT_NEAR(sum(field), d[0] * d[1] * d[2], half_layer);
-    if (lo == vector_cast<double>(vector_cast<int>(lo))) {
-      EXPECT_EQ(sum(field), d[0] * d[1] * d[2]) << "of two opposite faces one counts";
-    }
+    const bool on_grid = lo == vector_cast<double>(vector_cast<int>(lo));
+    EXPECT_NEAR(inside({test::box(lo, hi)}, kBox), d[0] * d[1] * d[2], on_grid ? 0 : half_layer)
+        << "of two opposite faces one counts";
   }
-  Sparse cut;
-  fill(cut, {test::box({-30.5, -30.5, -30.5}, {9.5, 9.5, 9.5})}, kBox);
-  EXPECT_EQ(sum(cut), 1000);
-}
-
-TEST(InsideClassification, HolesAreOutvoted) {
-  Mesh open = test::box({10.2, 10.2, 10.2}, {30.4, 30.4, 30.4});
-  Sparse closed_field, open_field, sheet;
-  fill(closed_field, {open}, kBox);
-  open.polygons.pop_back();  // the x lines meet one side only
-  fill(open_field, {open}, kBox);
-  EXPECT_EQ(sum(closed_field), 8000);
-  EXPECT_EQ(sum(open_field), 8000);
-  open.polygons.resize(1);
-  fill(sheet, {open}, kBox);
-  EXPECT_TRUE(sheet.empty());
+  EXPECT_EQ(inside({test::box({-30.5, -30.5, -30.5}, {9.5, 9.5, 9.5})}, kBox), 1000);
 }
 
 TEST(InsideClassification, BadMeshesFillWhatTheyCan) {
   const float nan = std::numeric_limits<float>::quiet_NaN();
-  Mesh bad = test::box({10.2, 10.2, 10.2}, {30.4, 30.4, 30.4});
+  const Mesh whole = test::box({10.2, 10.2, 10.2}, {30.4, 30.4, 30.4});
+  Mesh open = whole, bad = whole;
+  open.polygons.pop_back();  // the x lines meet one side only
+  EXPECT_EQ(inside({open}, kBox), 8000) << "holes are outvoted";
+  open.polygons.resize(1);
   bad.points.insert(bad.points.end(), {{nan, 1, 1}, {1e30, 1e38, -1e38}, {1e300, 0, 0}});
   for (const Mesh::Polygon& p :
        {Mesh::Polygon{0, 8, 1, 1}, {0, 9, 10, 10}, {3, 3, 3, 3}, {0, 1, 0, 1}, {0, 1, 2000, -7}})
@@ -89,49 +77,15 @@ TEST(InsideClassification, BadMeshesFillWhatTheyCan) {
   // A second skin, exactly on the first, twice: an odd number of skins is one.
   for (int i = 0; i < 12; ++i)
     bad.polygons.push_back(bad.polygons[static_cast<std::size_t>(i % 6)]);
-  Sparse field;
-  fill(field, {bad}, kBox);
-  EXPECT_EQ(sum(field), 8000);
-
-  // Intersecting boxes: what lies in both is outside.
-  Sparse two;
-  fill(two,
-       {test::box({3.5, 3.5, 3.5}, {13.5, 13.5, 13.5}),
-        test::box({8.5, 8.5, 8.5}, {18.5, 18.5, 18.5})},
-       kBox);
-  EXPECT_EQ(sum(two), 2000 - 2 * 125);
-
-  Sparse none;
-  fill(none, {test::bent_torus({1e4, 31, 29}, 18, 7, 40, 20)}, kBox);
-  fill(none, {}, kBox);
-  fill(none, {Mesh()}, kBox);
-  fill(none, {test::box({3, 3, 3}, {9, 9, 9})}, IntBox());
-  EXPECT_TRUE(none.empty());
-}
-
-// Lines that meet many triangles, which lie aslant in many leaves of the tree.
-TEST(InsideClassification, FortyShellsInOneAnother) {
-  const auto radius = [](int k) { return 3.25 + 0.5 * k; };
-  std::vector<Mesh> shells;
-  for (int k = 0; k < 40; ++k) {
-    Mesh octahedron;
-    for (int point = 0; point < 6; ++point) {
-      octahedron.points.emplace_back(24, 24, 24);
-      octahedron.points.back()[point / 2] += point % 2 == 0 ? radius(k) : -radius(k);
-    }
-    for (int x : {0, 1})
-      for (int y : {2, 3})
-        for (int z : {4, 5}) octahedron.polygons.push_back({x, y, z, z});
-    shells.push_back(test::in_cells(octahedron));
-  }
-  Sparse field;
-  fill(field, shells, {{0, 0, 0}, {48, 48, 48}});
-  test::each_cell({49, 49, 49}, 0, [&](int x, int y, int z) {
-    const int d = std::abs(x - 24) + std::abs(y - 24) + std::abs(z - 24);
-    int round = 0;
-    for (int k = 0; k < 40; ++k) round += radius(k) > d;
-    ASSERT_EQ(field.value(x, y, z), round % 2) << x << " " << y << " " << z;
-  });
+  EXPECT_EQ(inside({bad}, kBox), 8000);
+  // What lies in both of two boxes is outside.
+  EXPECT_EQ(inside({test::box({3.5, 3.5, 3.5}, {13.5, 13.5, 13.5}),
+                    test::box({8.5, 8.5, 8.5}, {18.5, 18.5, 18.5})},
+                   kBox),
+            2000 - 2 * 125);
+  for (const Mesh& none : {open, test::bent_torus({1e4, 31, 29}, 18, 7, 40, 20), Mesh()})
+    EXPECT_EQ(inside({none}, kBox), -1) << "no block";
+  EXPECT_EQ(inside({whole}, IntBox()), -1);
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 // Meshes with all that they carry: push on faces, the surfaces of solids, what scales a source.
 #include <numeric>
 
-#include "scene/brute_force_distance.h"
 #include "scene/cell_center_voxelizer.h"
 #include "scene/inside_classification.h"
 #include "scene/meshes.h"
@@ -16,11 +15,18 @@ using Sparse = SparseField<float, 3>;
 
 const IntBox kBox{{0, 0, 0}, {63, 60, 47}};
 
-/// A torus that lies over itself, so that cells have several nearest triangles.
-std::vector<Mesh> crossing_tori() {
-  return {test::bent_torus({31.3, 29.6, 23.1}, 18, 7, 90, 45),
-          test::bent_torus({31.3, 29.6, 23.1}, 18, 7, 90, 45),
-          test::bent_torus({26.8, 31.1, 20.4}, 16, 6, 80, 50)};
+TEST(CellCenterVoxelizer, EdgesOfTheReach) {
+  const VoxelizationTriangle flat{{8, 8, 15}, {14, 8, 15}, {8, 14, 15}};
+  Sparse field, cut;
+  voxelize(field, std::vector{flat, flat}, {{0, 0, 0}, {30, 30, 30}}, {1});
+  EXPECT_EQ(field.blocks().size(), 1u) << "cells at the reach need no blocks of their own";
+  // What lies outside of the box isn't written.
+  voxelize(cut, std::vector{flat}, {{10, 0, 0}, {30, 30, 15}}, {2});
+  EXPECT_EQ(cut.value(9, 9, 15) + cut.value(10, 9, 16), 0);
+  float cell = 0.5f;
+  merge_largest(cell, -0.75f);
+  merge_largest(cell, 0.6f);
+  EXPECT_EQ(cell, -0.75f) << "the larger magnitude stays";
 }
 
 TEST(VelocityVoxelizer, PushesAlongTheNormalOnBothFaces) {
@@ -40,54 +46,54 @@ TEST(VelocityVoxelizer, PushesAlongTheNormalOnBothFaces) {
 }
 
 TEST(MeshVoxelizers, SameBitsForAnyNumberOfThreads) {
-  const auto meshes = crossing_tori();
+  // A torus that lies over itself, so that cells have several nearest triangles.
+  std::vector<Mesh> meshes(2, test::bent_torus({31.3, 29.6, 23.1}, 18, 7, 90, 45));
+  meshes.push_back(test::bent_torus({26.8, 31.1, 20.4}, 16, 6, 80, 50));
+  meshes[0].first_id = 7000;  // its twin has none: ties between all and nothing
+  meshes[2].first_id = 0;
+  const std::vector<Mesh> fine{test::bent_torus({31.3, 29.6, 23.1}, 18, 7, 300, 150)};
   std::vector<float> cells[2];
   VCVDT<float> grids[2];
   for (int run = 0; run < 2; ++run) {
     const test::ThreadCount threads(run == 0 ? 1 : 4);
     std::array<Sparse, 4> fields;  // the push, and the inside of a torus of many triangles
     voxelize_velocity({&fields[0], &fields[1], &fields[2]}, test::walk(meshes), kBox, {2.5}, 3);
-    const std::vector<Mesh> fine{test::bent_torus({31.3, 29.6, 23.1}, 18, 7, 300, 150)};
     classify_inside(fields[3], PolygonObjectContainer(test::walk(fine), kBox));
     for (const Sparse& axis : fields)
       test::each_cell(kBox.size(), 0,
                       [&](int x, int y, int z) { cells[run].push_back(axis.value(x, y, z)); });
     grids[run].reset(kBox.size());
-    auto solids = meshes;
-    solids[0].first_id = 7000;  // its twin has none: ties between all and nothing
-    solids[2].first_id = 0;
-    voxelize(grids[run], test::walk(solids));
+    voxelize(grids[run], test::walk(meshes));
   }
   EXPECT_EQ(cells[0], cells[1]);
   EXPECT_GT(std::count_if(cells[0].begin(), cells[0].end(), [](float v) { return v < 0; }), 5000);
-  EXPECT_GT(std::count(cells[0].end() - kBox.size()[0] * kBox.size()[1] * kBox.size()[2],
-                       cells[0].end(), 1.0f),
-            10000);
+  EXPECT_GT(std::count(cells[0].end() - 64 * 61 * 48, cells[0].end(), 1.0f), 10000);
   EXPECT_EQ(grids[0].label, grids[1].label);
-  EXPECT_TRUE(test::same_bits(grids[0].dist2, grids[1].dist2));
-  EXPECT_TRUE(test::same_bits(grids[0].dx, grids[1].dx));
-  EXPECT_TRUE(test::same_bits(grids[0].dz, grids[1].dz));
+  for (const auto field : {&VCVDT<float>::dist2, &VCVDT<float>::dx, &VCVDT<float>::dz})
+    EXPECT_TRUE(test::same_bits(grids[0].*field, grids[1].*field));
 }
 
-TEST(SolidVoxelizer, NearestSurfaceSideAndVertex) {
+// Weights of sources, and what solids know of their surface, against every triangle.
+TEST(MeshVoxelizers, FindTheNearestTriangle) {
   std::vector<Mesh> meshes{test::bent_torus({31.3, 29.6, 23.1}, 18, 7, 40, 20)};
   meshes[0].first_id = 100;
   const PolygonWalk walk = test::walk(meshes);
   std::vector<VoxelizationTriangle> triangles;
-  {
-    const test::ThreadCount one(1);
-    walk.run([&](const VoxelizationTriangle& t) { triangles.push_back(t); });
-  }
+  const test::ThreadCount one(1);
+  walk.run([&](const VoxelizationTriangle& t) { triangles.push_back(t); });
   ASSERT_EQ(triangles.size(), 1600u);
   VCVDT<float> grid;
   grid.reset(kBox.size());
   voxelize(grid, walk);
+  Sparse weights;
+  voxelize(weights, walk, kBox, {2.5});
   int near = 0;
   for (int i = 0; i < 4000; ++i) {
     const Vec3i c(7 + i % 41, 8 + i * 7 % 43, 5 + i * 13 % 37);
     double nearest = 1e300;
     for (const auto& t : triangles)
       nearest = std::min(nearest, test::square_distance_to_triangle(vector_cast<double>(c), t));
+    ASSERT_NEAR(weights.value(c[0], c[1], c[2]), std::max(0.0, 1 - std::sqrt(nearest) / 2.5), 1e-6);
     const std::size_t cell = grid.index(c[0], c[1], c[2]);
     if (nearest > 3) {
       EXPECT_EQ(grid.dist2[cell], VCVDT<float>::kFar);

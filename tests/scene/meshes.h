@@ -1,7 +1,7 @@
-// Meshes for the voxelizers' tests, and the winding number to judge them by.
+// Meshes for the voxelizers' tests, and the distance and the winding number to judge them by.
 #pragma once
 
-#include <cmath>
+#include <algorithm>
 #include <numbers>
 
 #include "scene/polygon_walk.h"
@@ -47,6 +47,24 @@ inline Mesh bent_torus(const Vec3d& centre, double radius, double tube, int n, i
       mesh.polygons.push_back({i * m + j, i1 * m + j, i1 * m + j1, i * m + j1});
     }
   return in_cells(mesh);
+}
+
+/// The distance from a point to a triangle without regions or increments: to the plane where the
+/// foot lies inside, else to the nearest of the three segments.
+inline double square_distance_to_triangle(const Vec3d& c, const VoxelizationTriangle& triangle) {
+  const Vec3d p[3] = {vector_cast<double>(triangle.p0), vector_cast<double>(triangle.p1),
+                      vector_cast<double>(triangle.p2)};
+  const Vec3d n = cross(p[1] - p[0], p[2] - p[0]);
+  bool inside = true;
+  double q = 1e300;
+  for (int i = 0; i < 3; ++i) {
+    const Vec3d r = c - p[i], edge = p[(i + 1) % 3] - p[i];
+    inside = inside && dot(cross(edge, r), n) >= 0;
+    const Vec3d way = r - edge * std::clamp(dot(r, edge) / dot(edge, edge), 0.0, 1.0);
+    q = std::min(q, dot(way, way));
+  }
+  const double d = dot(c - p[0], n);
+  return inside ? d * d / dot(n, n) : q;
 }
 
 /// How often the triangles wind round the point (van Oosterom and Strackee, The solid angle of a

@@ -1,5 +1,4 @@
 // Particles as sources: spheres of weights, and the curve of their strength.
-#include <random>
 
 #include "scene/cell_center_voxelizer.h"
 #include "scene/particle_voxelizer.h"

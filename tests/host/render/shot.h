@@ -4,8 +4,8 @@
 #include <atomic>
 #include <cmath>
 #include <memory>
-#include <set>
-#include <string>
+
+#include <gtest/gtest.h>
 
 #include "host/render/color.h"
 #include "host/render/frame_renderer.h"
@@ -24,15 +24,9 @@ class Fog final : public VideoPostData {
   static void Register(SmallHost& small_host) {
     const auto make = []() -> std::unique_ptr<VideoPostData> { return std::make_unique<Fog>(); };
     ClassDescription fog{.name = "fog"};
-    fog.parameters = {{.id = kDensity, .symbol = "FOG_DENSITY", .default_value = 0.0},
-                      {.id = kEncoded,
-                       .symbol = "FOG_ENCODED",
-                       .type = ParameterType::Bool,
-                       .default_value = false},
-                      {.id = kOddMissing,
-                       .symbol = "FOG_ODD_MISSING",
-                       .type = ParameterType::Bool,
-                       .default_value = false}};
+    fog.parameters = {{kDensity, "FOG_DENSITY", ParameterType::Real, 0.0},
+                      {kEncoded, "FOG_ENCODED", ParameterType::Bool, false},
+                      {kOddMissing, "FOG_ODD_MISSING", ParameterType::Bool, false}};
     if (!small_host.RegisterVideoPostPlugin(kFog, "Fog", make, fog))
       throw std::runtime_error(small_host.TakeConsole().front());
   }
@@ -42,8 +36,9 @@ class Fog final : public VideoPostData {
     open_phases += open ? 1 : -1;
     density_ = node.GetDataInstance().GetReal(kDensity);
     encoded_ = node.GetDataInstance().GetBool(kEncoded);
-    if (phase == RenderPhase::Frame && open && render.GetFrame() % 2 != 0)
-      if (node.GetDataInstance().GetBool(kOddMissing)) render.ReportMissing("no fog today");
+    if (phase == RenderPhase::Frame && open && render.GetFrame() % 2 != 0 &&
+        node.GetDataInstance().GetBool(kOddMissing))
+      render.ReportMissing("no fog today");
     return RenderResult::Ok;
   }
   void CalcVolumetric(VolumeData& data) override {
@@ -88,15 +83,20 @@ inline SmallHost& FogHost() {
   return *small_host;
 }
 
+/// The scene with these objects, at its start.
+inline std::unique_ptr<Document> Opened(const std::string& objects, const std::string& more = "") {
+  auto document =
+      ReadDocument("{" + more + "\"objects\": [" + objects + "]}", "/", FogHost().Classes());
+  document->Open();
+  return document;
+}
+
 struct Shot {
   int width = 1, height = 1, samples = 1, threads = 1, bounces = 0;
   double shutter = 0;
 
   Picture Take(const std::string& objects, const std::string& more = "") const {
-    const auto document =
-        ReadDocument("{" + more + "\"objects\": [" + objects + "]}", "/", FogHost().Classes());
-    document->Open();
-    return TakeOf(*document);
+    return TakeOf(*Opened(objects, more));
   }
   Picture TakeOf(Document& document) const {
     RenderJob job{{0}, width, height, {0, 0, width, height}, {samples, shutter, bounces}, threads};
@@ -112,8 +112,8 @@ struct Shot {
     }
     RayCounts counts;
     Picture picture = RenderFrame(scene, {width, height, job.window, samples, threads}, counts);
-    for (const auto& node : document.VideoPosts())
-      for (const RenderPhase phase : {RenderPhase::Frame, RenderPhase::Sequence})
+    for (const RenderPhase phase : {RenderPhase::Frame, RenderPhase::Sequence})
+      for (const auto& node : document.VideoPosts())
         static_cast<VideoPostData*>(node->GetNodeData())->Execute(*node, phase, false, session);
     return picture;
   }

@@ -1,13 +1,5 @@
-#include <cmath>
-#include <string>
-#include <thread>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "host/document_writer.h"
 #include "host/overrides.h"
-#include "host/render/render_session.h"
 #include "tests/host/render/shot.h"
 
 namespace host::test {
@@ -77,12 +69,11 @@ TEST(RenderPostEffects, ScenesKeepTheirParameters) {
 }
 
 TEST(RenderPostEffects, LightIsToldForPointsInSpace) {
-  const auto document = ReadDocument(
-      "{" + FogOf(0.01) + "\"objects\": [" + kSun +
+  const auto document = Opened(
+      kSun +
           R"({"type": "light", "position": [0, 0, 90], "parameters": {"radius": 20, "color": [4, 2, 1]}},)"
-          R"({"type": "plane", "position": [0, -200, 0]}]})",
-      "/", FogHost().Classes());
-  document->Open();
+          R"({"type": "plane", "position": [0, -200, 0]})",
+      FogOf(0.01));
   RenderJob job{{0}, 1, 1, {0, 0, 1, 1}, {}, 2};
   nbx::test::RecordingContext context(FogHost());
   RenderSession session(*document, job, context);
