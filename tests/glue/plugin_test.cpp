@@ -233,6 +233,16 @@ TEST_F(Plugin, VolumesKeepTheirFramesAtAnyRate) {
       EXPECT_EQ(back, other ? at_twelve : expected);
       fs::remove_all(folder_.file("back"));
     }
+    // A damaged file costs its frame, and only damaged ones are no volumes at all.
+    int good = 47;
+    for (const auto& file : fs::directory_iterator(volumes)) {
+      std::ofstream(file.path()) << "no volume";
+      if (--good > 0 && good < 46) continue;
+      EXPECT_EQ(run("import", with({{"path", volumes}, {"cache", folder_.file("back")}})),
+                good > 0 ? host::kFailed : host::kBadInput);
+      EXPECT_EQ(list_frames(folder_.file("back")).size(), static_cast<std::size_t>(good));
+      fs::remove_all(folder_.file("back"));
+    }
     fs::remove_all(made), fs::remove_all(volumes);
   }
 }
@@ -313,6 +323,11 @@ TEST_F(Plugin, BadInputIsRefusedWithOneLineAndNothingWritten) {
     EXPECT_EQ(context_->errors[0].find('\n'), std::string::npos);
     EXPECT_FALSE(fs::exists(cache)) << c.to;
   }
+
+  std::ofstream(path) << replaced(text, "\"size\": [24, 40, 20]", "\"size\": [24000, 40000, 20]");
+  EXPECT_EQ(run("simulate", simulate_arguments(path, 0)), host::kFailed);
+  EXPECT_NE(context_->errors.at(0).find("more than a frame file can hold"), std::string::npos);
+  fs::remove_all(cache);
 
   auto strided = simulate_arguments(scene(), -1), device = strided;
   strided.AddFrames("frames", {0, 2, 4});
