@@ -1,9 +1,12 @@
-// Values that come from the command line: frame ranges, frame rates and parameters.
+// Values that come from the command line: frame ranges, frame rates and parameters; and what the
+// program writes on a terminal.
+#include <algorithm>
 #include <sstream>
 
 #include "host/document_writer.h"
 #include "host/frame_range.h"
 #include "host/overrides.h"
+#include "host/terminal.h"
 #include "tests/host/scene_support.h"
 
 namespace host::test {
@@ -137,6 +140,33 @@ TEST(Overrides, MistakesAreToldWithTheSetting) {
     const auto document = ReadObjects(kTwoBoxes);
     EXPECT_EQ(ErrorOf([&, s = setting] { ApplyOverrides(*document, {s}); }),
               "--set " + setting + ": " + message);
+  }
+}
+
+// Progress is one line that is redrawn; whatever else is written begins below it.
+TEST(Terminal, RedrawsItsProgressAndEndsItBeforeOtherLines) {
+  for (const bool quiet : {false, true}) {
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
+    {
+      Terminal terminal(true, true);
+      terminal.SetQuiet(quiet);
+      terminal.Progress("frame 1", false);
+      terminal.Progress("frame 2", true);
+      terminal.Warning("hot");
+      terminal.Note("a note");
+      terminal.Progress(std::string(500, 'x'), true);
+      terminal.Result("done");
+      EXPECT_TRUE(terminal.Finish());
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "done\n");
+    const std::string text = testing::internal::GetCapturedStderr();
+    const std::string warning = "nimbrix: \033[1;33mwarning:\033[0m hot\n";
+    const std::string head =
+        quiet ? warning : "\r\033[Kframe 1\r\033[Kframe 2\n" + warning + "a note\n\r\033[Kxxx";
+    EXPECT_EQ(text.substr(0, head.size()), head);
+    EXPECT_EQ(text.back(), '\n');
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), quiet ? 1 : 4);
   }
 }
 
