@@ -147,7 +147,7 @@ TEST(MField, AssignAndSwapBetweenAllSides) {
       for (const Location b_side : {kCpu, kGpu}) {
         MField a, b;
         fill(a, {3, 4, 5}, 1);
-        fill(b, {1, 2, 5}, 2);
+        fill(b, {1, 1, 5}, 2);
         const Field<float> a_before = contents(a), b_before = contents(b);
         a.move_to(a_side);
         b.move_to(b_side);
