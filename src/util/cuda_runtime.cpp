@@ -1,7 +1,7 @@
 #include "util/cuda_runtime.h"
 
-#include "util/cuda_backend.h"
-#include "util/software_device.h"
+#include "util/device/cuda_backend.h"
+#include "util/device/software_device.h"
 
 namespace nbx::cuda {
 

@@ -8,8 +8,8 @@
 #include "math/mfield_operations.h"
 #include "support/support.h"
 #include "util/cuda_use_flags.h"
+#include "util/device/software_device.h"
 #include "util/exception.h"
-#include "util/software_device.h"
 
 // Lets an impossible allocation fail as it does without sanitizers.
 extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }

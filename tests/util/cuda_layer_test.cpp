@@ -4,7 +4,7 @@
 #include "support/support.h"
 #include "util/cuda_host_util.h"
 #include "util/cuda_use_flags.h"
-#include "util/software_device.h"
+#include "util/device/software_device.h"
 
 namespace nbx {
 

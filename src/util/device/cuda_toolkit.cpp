@@ -1,7 +1,7 @@
 // The real CUDA runtime. Compiled only where the build carries it.
 #include <cuda_runtime_api.h>
 
-#include "util/cuda_backend.h"
+#include "util/device/cuda_backend.h"
 
 namespace nbx::cuda {
 

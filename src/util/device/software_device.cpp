@@ -1,4 +1,4 @@
-#include "util/software_device.h"
+#include "util/device/software_device.h"
 
 #include <algorithm>
 #include <atomic>
@@ -8,7 +8,7 @@
 #include <new>
 #include <utility>
 
-#include "util/cuda_backend.h"
+#include "util/device/cuda_backend.h"
 
 namespace nbx::cuda {
 
