@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "math/box_filter.h"
 #include "math/field_checks.h"
-#include "math/separable_filter.h"
+#include "math/filters/box_filter.h"
+#include "math/filters/separable_filter.h"
 #include "util/log.h"
 
 namespace nbx {

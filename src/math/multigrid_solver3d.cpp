@@ -5,7 +5,7 @@
 
 #include "math/field_operators.h"
 #include "math/field_reductions.h"
-#include "math/multigrid_solver3d_common.h"
+#include "math/multigrid/multigrid_solver3d_common.h"
 #include "util/log.h"
 
 namespace nbx {

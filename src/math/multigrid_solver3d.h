@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "math/field.h"
-#include "math/multigrid_level.h"
+#include "math/multigrid/multigrid_level.h"
 
 namespace nbx {
 

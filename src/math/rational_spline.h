@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "math/spline_span.h"
+#include "math/curves/spline_span.h"
 
 namespace nbx {
 

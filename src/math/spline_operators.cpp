@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "math/field_checks.h"
-#include "math/spline_kernels.h"
+#include "math/lanes/spline_kernels.h"
 #include "util/cuda_use_flags.h"
 #include "util/isa.h"
 

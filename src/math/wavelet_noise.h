@@ -10,7 +10,7 @@
 #include <random>
 
 #include "math/mfield.h"
-#include "math/noise_params.h"
+#include "math/noise/noise_params.h"
 
 namespace nbx {
 

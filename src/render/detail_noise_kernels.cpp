@@ -1,6 +1,6 @@
 #include "render/detail_noise_kernels.h"
 
-#include "math/lane_sampling.h"
+#include "math/lanes/lane_sampling.h"
 
 namespace nbx::NBX_ISA {
 

@@ -1,7 +1,7 @@
 #include "render/march_kernels.h"
 
-#include "math/lane_exp.h"
-#include "math/lane_sampling.h"
+#include "math/lanes/lane_exp.h"
+#include "math/lanes/lane_sampling.h"
 
 namespace nbx::NBX_ISA {
 

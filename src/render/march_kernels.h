@@ -2,7 +2,7 @@
 // once per instruction set (util/isa.h).
 #pragma once
 
-#include "math/kernel_field.h"
+#include "math/lanes/kernel_field.h"
 
 namespace nbx {
 

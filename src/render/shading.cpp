@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "math/spline_kernels.h"
+#include "math/lanes/spline_kernels.h"
 #include "render/grid_lookup.h"
 
 namespace nbx {

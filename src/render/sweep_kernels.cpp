@@ -1,6 +1,6 @@
 #include "render/sweep_kernels.h"
 
-#include "math/lane_exp.h"
+#include "math/lanes/lane_exp.h"
 
 namespace nbx::NBX_ISA {
 

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-#include "math/kernel_field.h"
+#include "math/lanes/kernel_field.h"
 
 namespace nbx {
 

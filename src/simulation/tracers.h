@@ -8,7 +8,7 @@
 #include <cmath>
 #include <limits>
 
-#include "math/lane_sampling.h"
+#include "math/lanes/lane_sampling.h"
 #include "simulation/advection_kernels.h"
 
 namespace nbx::NBX_ISA {

@@ -4,8 +4,8 @@
 #include <cstring>
 #include <limits>
 
+#include "math/curves/spline_stream.h"
 #include "math/spline_operators.h"
-#include "math/spline_stream.h"
 #include "support/support.h"
 #include "util/exception.h"
 

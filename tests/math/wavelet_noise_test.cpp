@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "math/field_reductions.h"
-#include "math/wavelet_tile.h"
+#include "math/noise/wavelet_tile.h"
 #include "support/support.h"
 
 namespace nbx {

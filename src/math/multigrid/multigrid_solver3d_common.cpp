@@ -1,4 +1,4 @@
-#include "math/multigrid_solver3d_common.h"
+#include "math/multigrid/multigrid_solver3d_common.h"
 
 #include <algorithm>
 #include <bit>
@@ -6,8 +6,8 @@
 
 #include <omp.h>
 
-#include "math/multigrid_relax_kernels.h"
-#include "math/multigrid_transfer_kernels.h"
+#include "math/multigrid/multigrid_relax_kernels.h"
+#include "math/multigrid/multigrid_transfer_kernels.h"
 #include "util/isa.h"
 
 NBX_DECLARE_ISA(MultigridRelaxKernels, kMultigridRelax)

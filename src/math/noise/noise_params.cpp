@@ -1,4 +1,4 @@
-#include "math/noise_params.h"
+#include "math/noise/noise_params.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,7 +2,7 @@
 // once per instruction set (util/isa.h).
 #pragma once
 
-#include "math/multigrid_level.h"
+#include "math/multigrid/multigrid_level.h"
 
 namespace nbx {
 

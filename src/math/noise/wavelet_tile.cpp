@@ -1,4 +1,4 @@
-#include "math/wavelet_tile.h"
+#include "math/noise/wavelet_tile.h"
 
 #include <algorithm>
 #include <bit>

@@ -2,8 +2,8 @@
 // math/interpolation.h, with the same operations in the same order, so with the same bits.
 #pragma once
 
-#include "math/kernel_field.h"
-#include "math/lane_gather.h"
+#include "math/lanes/kernel_field.h"
+#include "math/lanes/lane_gather.h"
 
 namespace nbx::NBX_ISA {
 

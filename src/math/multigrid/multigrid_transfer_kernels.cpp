@@ -1,4 +1,4 @@
-#include "math/multigrid_transfer_kernels.h"
+#include "math/multigrid/multigrid_transfer_kernels.h"
 
 #include <cstring>
 

@@ -1,7 +1,7 @@
 // Evaluates a rational spline for a run of values. Compiled once per instruction set (util/isa.h).
 #pragma once
 
-#include "math/spline_span.h"
+#include "math/curves/spline_span.h"
 
 namespace nbx {
 

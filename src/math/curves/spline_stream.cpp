@@ -1,4 +1,4 @@
-#include "math/spline_stream.h"
+#include "math/curves/spline_stream.h"
 
 #include <cmath>
 

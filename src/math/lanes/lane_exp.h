@@ -1,7 +1,7 @@
 // The exponential of a row of lanes (see lanes.h).
 #pragma once
 
-#include "math/lanes.h"
+#include "math/lanes/lanes.h"
 
 namespace nbx::NBX_ISA {
 

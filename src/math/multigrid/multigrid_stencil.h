@@ -15,8 +15,8 @@
 
 #include <cstring>
 
-#include "math/double_lanes.h"
-#include "math/multigrid_level.h"
+#include "math/lanes/double_lanes.h"
+#include "math/multigrid/multigrid_level.h"
 
 namespace nbx::NBX_ISA {
 

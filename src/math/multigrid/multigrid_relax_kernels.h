@@ -5,7 +5,7 @@
 // threads.
 #pragma once
 
-#include "math/multigrid_level.h"
+#include "math/multigrid/multigrid_level.h"
 
 namespace nbx {
 

@@ -1,6 +1,6 @@
-#include "math/multigrid_relax_kernels.h"
+#include "math/multigrid/multigrid_relax_kernels.h"
 
-#include "math/multigrid_stencil.h"
+#include "math/multigrid/multigrid_stencil.h"
 
 namespace nbx::NBX_ISA {
 

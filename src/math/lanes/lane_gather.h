@@ -3,7 +3,7 @@
 // instructions do: those fetch one float at a time.
 #pragma once
 
-#include "math/lanes.h"
+#include "math/lanes/lanes.h"
 
 namespace nbx::NBX_ISA {
 

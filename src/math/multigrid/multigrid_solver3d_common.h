@@ -3,7 +3,7 @@
 #pragma once
 
 #include "math/field.h"
-#include "math/multigrid_level.h"
+#include "math/multigrid/multigrid_level.h"
 
 namespace nbx {
 

@@ -1,4 +1,4 @@
-#include "math/spline_kernels.h"
+#include "math/lanes/spline_kernels.h"
 
 namespace nbx::NBX_ISA {
 

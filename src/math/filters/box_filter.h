@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstddef>
 
-#include "math/separable_filter.h"
+#include "math/filters/separable_filter.h"
 
 namespace nbx {
 
