@@ -7,9 +7,9 @@
 
 #include "bench/passes.h"
 #include "bench/smoke_scene.h"
+#include "cache/codecs/predictive_codec.h"
+#include "cache/codecs/run_length_codec.h"
 #include "cache/grid_type.h"
-#include "cache/predictive_codec.h"
-#include "cache/run_length_codec.h"
 #ifdef NBX_HAVE_FPZIP
 #include <fpzip.h>
 #endif

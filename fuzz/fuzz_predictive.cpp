@@ -1,6 +1,6 @@
 // The predictive codec. The first byte chooses whether the rest are cells to encode or a payload;
 // dimensions follow in a byte each.
-#include "cache/predictive_codec.h"
+#include "cache/codecs/predictive_codec.h"
 #include "fuzz/fuzz_input.h"
 
 using nbx::ByteBuffer;

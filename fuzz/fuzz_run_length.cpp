@@ -1,6 +1,6 @@
 // The run-length codec. The first byte chooses whether the rest are cells to encode or a payload,
 // for whose number of cells two more bytes stand.
-#include "cache/run_length_codec.h"
+#include "cache/codecs/run_length_codec.h"
 #include "fuzz/fuzz_input.h"
 
 using nbx::fuzz::require;

@@ -9,8 +9,8 @@
 #include <cstring>
 #include <limits>
 
-#include "cache/predictive_codec.h"
-#include "cache/run_length_codec.h"
+#include "cache/codecs/predictive_codec.h"
+#include "cache/codecs/run_length_codec.h"
 #include "util/log.h"
 
 namespace nbx {

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "cache/bcf_format.h"
-#include "cache/grid_encoder.h"
+#include "cache/codecs/grid_encoder.h"
 #include "cache/grid_type.h"
 #include "math/field.h"
 #include "util/exception.h"

@@ -3,9 +3,9 @@
 #include <limits>
 #include <random>
 
+#include "cache/codecs/predictive_codec.h"
+#include "cache/codecs/run_length_codec.h"
 #include "cache/frame_bytes.h"
-#include "cache/predictive_codec.h"
-#include "cache/run_length_codec.h"
 #include "support/support.h"
 
 namespace nbx {

@@ -5,8 +5,8 @@
 #include <new>
 
 #include "cache/cache_info.h"
+#include "cache/codecs/predictive_codec.h"
 #include "cache/frame_bytes.h"
-#include "cache/predictive_codec.h"
 #include "cache/sim_frame.h"
 #include "support/support.h"
 

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-#include "cache/byte_buffer.h"
+#include "cache/codecs/byte_buffer.h"
 #include "math/vector.h"
 
 namespace nbx {

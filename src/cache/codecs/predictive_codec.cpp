@@ -1,6 +1,6 @@
-#include "cache/predictive_codec.h"
+#include "cache/codecs/predictive_codec.h"
 
-#include "cache/predictive_kernels.h"
+#include "cache/codecs/predictive_kernels.h"
 #include "util/isa.h"
 
 NBX_DECLARE_ISA(PredictiveKernels, kPredictiveKernels)

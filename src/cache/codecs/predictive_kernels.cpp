@@ -1,8 +1,8 @@
-#include "cache/predictive_kernels.h"
+#include "cache/codecs/predictive_kernels.h"
 
-#include "cache/frequency_model.h"
-#include "cache/predictor.h"
-#include "cache/range_coder.h"
+#include "cache/codecs/frequency_model.h"
+#include "cache/codecs/predictor.h"
+#include "cache/codecs/range_coder.h"
 
 namespace nbx::NBX_ISA {
 

@@ -1,4 +1,4 @@
-#include "cache/grid_encoder.h"
+#include "cache/codecs/grid_encoder.h"
 
 #include <algorithm>
 #include <atomic>
@@ -6,8 +6,8 @@
 #include <system_error>
 #include <thread>
 
-#include "cache/predictive_codec.h"
-#include "cache/run_length_codec.h"
+#include "cache/codecs/predictive_codec.h"
+#include "cache/codecs/run_length_codec.h"
 #include "util/exception.h"
 
 namespace nbx {

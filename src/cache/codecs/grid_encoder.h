@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "cache/bcf_format.h"
-#include "cache/byte_buffer.h"
+#include "cache/codecs/byte_buffer.h"
 #include "math/field.h"
 
 namespace nbx {

@@ -22,7 +22,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "cache/byte_buffer.h"
+#include "cache/codecs/byte_buffer.h"
 #include "math/vector.h"
 
 namespace nbx {

@@ -1,4 +1,4 @@
-#include "cache/byte_buffer.h"
+#include "cache/codecs/byte_buffer.h"
 
 #include <algorithm>
 #include <cstring>

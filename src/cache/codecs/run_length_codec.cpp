@@ -1,4 +1,4 @@
-#include "cache/run_length_codec.h"
+#include "cache/codecs/run_length_codec.h"
 
 #include <algorithm>
 #include <bit>

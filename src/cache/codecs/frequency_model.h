@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "cache/range_coder.h"
+#include "cache/codecs/range_coder.h"
 
 namespace nbx::NBX_ISA {
 
