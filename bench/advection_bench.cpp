@@ -2,7 +2,7 @@
 #include <cmath>
 
 #include "bench/passes.h"
-#include "simulation/cpu_advection.h"
+#include "simulation/fluid/cpu_advection.h"
 
 namespace nbx {
 namespace {

@@ -1,7 +1,7 @@
 #include "simulation/curl_noise.h"
 
 #include "math/field_checks.h"
-#include "simulation/vorticity_row_kernels.h"
+#include "simulation/fluid/vorticity_row_kernels.h"
 #include "util/cuda_use_flags.h"
 
 namespace nbx {

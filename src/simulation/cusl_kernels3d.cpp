@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "math/mfield_operations.h"
-#include "simulation/velocity_reach.h"
+#include "simulation/fluid/velocity_reach.h"
 #include "util/cuda_use_flags.h"
 #include "util/log.h"
 #include "util/stopwatch.h"

@@ -2,7 +2,7 @@
 
 #include "math/field_checks.h"
 #include "simulation/field_planes.h"
-#include "simulation/fluid_row_kernels.h"
+#include "simulation/fluid/fluid_row_kernels.h"
 #include "util/cuda_use_flags.h"
 #include "util/isa.h"
 

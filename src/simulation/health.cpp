@@ -1,9 +1,9 @@
 #include "simulation/health.h"
 
 #include "math/field_reductions.h"
+#include "simulation/fluid/velocity_reach.h"
 #include "simulation/fluid_tools3d.h"
 #include "simulation/simulation3d.h"
-#include "simulation/velocity_reach.h"
 
 namespace nbx {
 

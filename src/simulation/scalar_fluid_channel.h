@@ -8,7 +8,7 @@
 #pragma once
 
 #include "math/sparse_field.h"
-#include "simulation/diffusion_filter.h"
+#include "simulation/fluid/diffusion_filter.h"
 #include "simulation/fluid_system.h"
 #include "simulation/simulation_object_parameters.h"
 

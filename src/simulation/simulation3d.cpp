@@ -4,8 +4,8 @@
 #include <cmath>
 
 #include "cache/slot_handle.h"
-#include "simulation/noise_force_system.h"
-#include "simulation/vorticity_system.h"
+#include "simulation/steps/noise_force_system.h"
+#include "simulation/steps/vorticity_system.h"
 #include "util/cuda_host_util.h"
 #include "util/cuda_use_flags.h"
 #include "util/log.h"

@@ -17,9 +17,9 @@
 #include <vector>
 
 #include "simulation/cusl_kernels3d.h"
-#include "simulation/noise_force_system.h"
 #include "simulation/pressure_system.h"
 #include "simulation/scalar_fluid_channel.h"
+#include "simulation/steps/noise_force_system.h"
 #include "util/stopwatch.h"
 
 namespace nbx {

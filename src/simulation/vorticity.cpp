@@ -5,7 +5,7 @@
 
 #include "math/field_checks.h"
 #include "math/field_operators.h"
-#include "simulation/vorticity_row_kernels.h"
+#include "simulation/fluid/vorticity_row_kernels.h"
 #include "util/cuda_use_flags.h"
 #include "util/isa.h"
 

@@ -6,10 +6,10 @@
 
 #include "math/field_reductions.h"
 #include "math/mfield_operations.h"
-#include "simulation/cpu_advection.h"
+#include "simulation/fluid/cpu_advection.h"
+#include "simulation/fluid/velocity_reach.h"
 #include "simulation/mac.h"
 #include "simulation/plain_advection.h"
-#include "simulation/velocity_reach.h"
 #include "support/support.h"
 #include "util/exception.h"
 #include "util/isa.h"

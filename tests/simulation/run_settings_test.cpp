@@ -2,7 +2,7 @@
 #include "math/field_operators.h"
 #include "math/field_reductions.h"
 #include "simulation/scene_run.h"
-#include "simulation/vorticity_system.h"
+#include "simulation/steps/vorticity_system.h"
 
 namespace nbx {
 namespace {

@@ -1,4 +1,4 @@
-#include "simulation/vorticity_system.h"
+#include "simulation/steps/vorticity_system.h"
 
 #include "simulation/fluid_system.h"
 #include "simulation/vorticity.h"

@@ -1,4 +1,4 @@
-#include "simulation/fluid_row_kernels.h"
+#include "simulation/fluid/fluid_row_kernels.h"
 
 namespace nbx::NBX_ISA {
 

@@ -1,9 +1,9 @@
-#include "simulation/cpu_advection.h"
+#include "simulation/fluid/cpu_advection.h"
 
 #include <algorithm>
 
 #include "math/field_checks.h"
-#include "simulation/advection_kernels.h"
+#include "simulation/fluid/advection_kernels.h"
 #include "simulation/fluid_tools3d.h"
 #include "util/exception.h"
 #include "util/isa.h"

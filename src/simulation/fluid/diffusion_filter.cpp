@@ -1,4 +1,4 @@
-#include "simulation/diffusion_filter.h"
+#include "simulation/fluid/diffusion_filter.h"
 
 #include <cmath>
 #include <vector>

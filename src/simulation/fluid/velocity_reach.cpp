@@ -1,4 +1,4 @@
-#include "simulation/velocity_reach.h"
+#include "simulation/fluid/velocity_reach.h"
 
 #include <algorithm>
 #include <cmath>

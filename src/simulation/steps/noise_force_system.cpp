@@ -1,4 +1,4 @@
-#include "simulation/noise_force_system.h"
+#include "simulation/steps/noise_force_system.h"
 
 #include <cmath>
 

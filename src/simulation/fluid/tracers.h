@@ -9,7 +9,7 @@
 #include <limits>
 
 #include "math/lanes/lane_sampling.h"
-#include "simulation/advection_kernels.h"
+#include "simulation/fluid/advection_kernels.h"
 
 namespace nbx::NBX_ISA {
 

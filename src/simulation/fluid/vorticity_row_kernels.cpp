@@ -1,4 +1,4 @@
-#include "simulation/vorticity_row_kernels.h"
+#include "simulation/fluid/vorticity_row_kernels.h"
 
 namespace nbx::NBX_ISA {
 

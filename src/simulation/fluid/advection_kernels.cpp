@@ -1,6 +1,6 @@
-#include "simulation/advection_kernels.h"
+#include "simulation/fluid/advection_kernels.h"
 
-#include "simulation/tracers.h"
+#include "simulation/fluid/tracers.h"
 
 namespace nbx::NBX_ISA {
 
