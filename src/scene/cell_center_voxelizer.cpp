@@ -1,7 +1,7 @@
 #include "scene/cell_center_voxelizer.h"
 
-#include "scene/block_bound.h"
-#include "scene/triangle_scan.h"
+#include "scene/walk/block_bound.h"
+#include "scene/walk/triangle_scan.h"
 
 namespace nbx {
 

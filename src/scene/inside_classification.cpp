@@ -5,7 +5,7 @@
 #include <cmath>
 #include <exception>
 
-#include "scene/line_crossing.h"
+#include "scene/walk/line_crossing.h"
 
 namespace nbx {
 

@@ -7,7 +7,7 @@
 
 #include "math/int_box.h"
 #include "math/kdtree.h"
-#include "scene/polygon_walk.h"
+#include "scene/walk/polygon_walk.h"
 
 namespace nbx {
 

@@ -3,7 +3,7 @@
 #include <atomic>
 #include <tuple>
 
-#include "scene/triangle_scan.h"
+#include "scene/walk/triangle_scan.h"
 
 namespace nbx {
 

@@ -2,8 +2,8 @@
 // triangle lie from it, on which side, and which vertex is nearest.
 #pragma once
 
-#include "scene/polygon_walk.h"
 #include "scene/vcvdt.h"
+#include "scene/walk/polygon_walk.h"
 
 namespace nbx {
 

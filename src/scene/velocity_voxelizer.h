@@ -5,9 +5,9 @@
 #include <array>
 
 #include "math/int_box.h"
-#include "scene/block_cursor.h"
-#include "scene/polygon_walk.h"
-#include "scene/thickness_profile.h"
+#include "scene/walk/block_cursor.h"
+#include "scene/walk/polygon_walk.h"
+#include "scene/walk/thickness_profile.h"
 
 namespace nbx {
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <numbers>
 
-#include "scene/polygon_walk.h"
+#include "scene/walk/polygon_walk.h"
 #include "support/support.h"
 
 namespace nbx::test {

@@ -1,11 +1,11 @@
-#include "scene/block_bound.h"
+#include "scene/walk/block_bound.h"
 
 #include <atomic>
 #include <bit>
 #include <cstdint>
 
-#include "scene/block_cursor.h"
-#include "scene/triangle_scan.h"
+#include "scene/walk/block_cursor.h"
+#include "scene/walk/triangle_scan.h"
 
 namespace nbx {
 

@@ -1,4 +1,4 @@
-#include "scene/thickness_profile.h"
+#include "scene/walk/thickness_profile.h"
 
 #include <limits>
 

@@ -1,4 +1,4 @@
-#include "scene/polygon_walk.h"
+#include "scene/walk/polygon_walk.h"
 
 namespace nbx {
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "math/int_box.h"
-#include "scene/polygon_walk.h"
+#include "scene/walk/polygon_walk.h"
 
 namespace nbx {
 

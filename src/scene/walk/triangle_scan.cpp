@@ -1,4 +1,4 @@
-#include "scene/triangle_scan.h"
+#include "scene/walk/triangle_scan.h"
 
 namespace nbx {
 
