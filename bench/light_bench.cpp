@@ -1,8 +1,8 @@
 // Light in smoke.
 #include "bench/passes.h"
 #include "render/direct_light_field.h"
+#include "render/light/sweep_grid.h"
 #include "render/render_volume.h"
-#include "render/sweep_grid.h"
 
 namespace nbx::bench {
 namespace {

@@ -7,8 +7,8 @@
 
 #include "bench/passes.h"
 #include "cache/grid_type.h"
-#include "render/clip_ray.h"
 #include "render/direct_light_field.h"
+#include "render/march/clip_ray.h"
 #include "render/prepare_volume.h"
 #include "render/proximity.h"
 #include "render/volume_renderer.h"

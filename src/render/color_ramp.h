@@ -5,7 +5,7 @@
 #include <array>
 #include <vector>
 
-#include "render/sample_block.h"
+#include "render/march/sample_block.h"
 
 namespace nbx {
 

@@ -5,7 +5,7 @@
 #include <limits>
 #include <new>
 
-#include "render/light_lookup.h"
+#include "render/light/light_lookup.h"
 #include "render/render_volume.h"
 #include "util/log.h"
 

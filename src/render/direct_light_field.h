@@ -11,8 +11,8 @@
 
 #include <vector>
 
-#include "render/field3.h"
 #include "render/lighting.h"
+#include "render/shade/field3.h"
 
 namespace nbx {
 

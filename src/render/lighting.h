@@ -7,8 +7,8 @@
 #include <limits>
 
 #include "math/vector.h"
+#include "render/march/sample_block.h"
 #include "render/ray_record.h"
-#include "render/sample_block.h"
 
 namespace nbx {
 

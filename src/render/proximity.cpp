@@ -7,7 +7,7 @@
 #include "math/field_operators.h"
 #include "math/field_reductions.h"
 #include "math/lanes/spline_kernels.h"
-#include "render/distance_transform.h"
+#include "render/march/distance_transform.h"
 #include "util/log.h"
 #include "util/stopwatch.h"
 

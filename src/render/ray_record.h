@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "math/vector.h"
-#include "render/field3.h"
+#include "render/shade/field3.h"
 
 namespace nbx {
 

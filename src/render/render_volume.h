@@ -8,10 +8,10 @@
 
 #include "math/affine_transform.h"
 #include "math/rational_spline.h"
-#include "render/channel_sampler.h"
 #include "render/color_ramp.h"
-#include "render/detail_noise.h"
 #include "render/lighting.h"
+#include "render/shade/channel_sampler.h"
+#include "render/shade/detail_noise.h"
 
 namespace nbx {
 

@@ -6,8 +6,8 @@
 
 #include <omp.h>
 
-#include "render/light_lookup.h"
-#include "render/scatter_setup.h"
+#include "render/light/light_lookup.h"
+#include "render/light/scatter_setup.h"
 #include "util/log.h"
 #include "util/stopwatch.h"
 

@@ -3,9 +3,9 @@
 // light that the one before sent out, until little is left. The result is the same from all sides.
 #pragma once
 
-#include "render/field3.h"
+#include "render/light/sweep_grid.h"
 #include "render/lighting.h"
-#include "render/sweep_grid.h"
+#include "render/shade/field3.h"
 
 namespace nbx {
 

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "math/lanes/spline_kernels.h"
-#include "render/grid_lookup.h"
+#include "render/light/grid_lookup.h"
 
 namespace nbx {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "render/march.h"
+#include "render/march/march.h"
 
 namespace nbx {
 

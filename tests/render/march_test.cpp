@@ -1,4 +1,4 @@
-#include "render/march.h"
+#include "render/march/march.h"
 
 #include "render_scene.h"
 

@@ -1,8 +1,8 @@
 #include "render/shading.h"
 
 #include "math/field_filters.h"
+#include "render/light/scatter_setup.h"
 #include "render/proximity.h"
-#include "render/scatter_setup.h"
 #include "render_scene.h"
 
 namespace nbx {

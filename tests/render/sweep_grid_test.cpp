@@ -1,4 +1,4 @@
-#include "render/sweep_grid.h"
+#include "render/light/sweep_grid.h"
 
 #include <cmath>
 #include <numbers>

@@ -1,4 +1,4 @@
-#include "render/sweep_grid.h"
+#include "render/light/sweep_grid.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -7,7 +7,7 @@
 
 #include <omp.h>
 
-#include "render/sweep_kernels.h"
+#include "render/light/sweep_kernels.h"
 #include "util/isa.h"
 
 NBX_DECLARE_ISA(SweepKernels, kSweepKernels)

@@ -1,10 +1,10 @@
-#include "render/detail_noise.h"
+#include "render/shade/detail_noise.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-#include "render/detail_noise_kernels.h"
+#include "render/shade/detail_noise_kernels.h"
 #include "util/isa.h"
 
 NBX_DECLARE_ISA(DetailNoiseKernels, kDetailNoiseKernels)

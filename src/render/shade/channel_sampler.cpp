@@ -1,10 +1,10 @@
-#include "render/channel_sampler.h"
+#include "render/shade/channel_sampler.h"
 
 #include <algorithm>
 
 #include "math/field_filters.h"
 #include "math/field_resampling.h"
-#include "render/grid_lookup.h"
+#include "render/light/grid_lookup.h"
 #include "util/isa.h"
 
 NBX_DECLARE_ISA(MarchKernels, kMarchKernels)

@@ -1,4 +1,4 @@
-#include "render/scatter_setup.h"
+#include "render/light/scatter_setup.h"
 
 #include <algorithm>
 #include <atomic>

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "render/field3.h"
+#include "render/shade/field3.h"
 
 namespace nbx {
 

@@ -2,9 +2,9 @@
 #include <cmath>
 #include <limits>
 
-#include "render/color_matching.h"
 #include "render/color_ramp.h"
-#include "render/grid_lookup.h"
+#include "render/light/grid_lookup.h"
+#include "render/shade/color_matching.h"
 
 namespace nbx {
 

@@ -1,10 +1,10 @@
-#include "render/march.h"
+#include "render/march/march.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 
-#include "render/motion_blur.h"
+#include "render/march/motion_blur.h"
 #include "render/shading.h"
 
 namespace nbx {

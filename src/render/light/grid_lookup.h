@@ -2,8 +2,8 @@
 #pragma once
 
 #include "math/field.h"
-#include "render/march_kernels.h"
-#include "render/sample_block.h"
+#include "render/march/march_kernels.h"
+#include "render/march/sample_block.h"
 
 namespace nbx {
 

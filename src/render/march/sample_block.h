@@ -1,7 +1,7 @@
 // A few samples of a ray, handled side by side: the unit in which the marcher asks for shading.
 #pragma once
 
-#include "render/field3.h"
+#include "render/shade/field3.h"
 
 namespace nbx {
 

@@ -1,4 +1,4 @@
-#include "render/detail_noise_kernels.h"
+#include "render/shade/detail_noise_kernels.h"
 
 #include "math/lanes/lane_sampling.h"
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "cache/sim_frame.h"
-#include "render/sample_block.h"
+#include "render/march/sample_block.h"
 
 namespace nbx {
 

@@ -1,4 +1,4 @@
-#include "render/distance_transform.h"
+#include "render/march/distance_transform.h"
 
 #include <algorithm>
 #include <vector>

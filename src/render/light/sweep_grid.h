@@ -15,7 +15,7 @@
 #include <functional>
 #include <vector>
 
-#include "render/field3.h"
+#include "render/shade/field3.h"
 
 namespace nbx {
 

@@ -1,4 +1,4 @@
-#include "render/clip_ray.h"
+#include "render/march/clip_ray.h"
 
 #include <algorithm>
 #include <cmath>

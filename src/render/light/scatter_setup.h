@@ -2,9 +2,9 @@
 // it gets from lamps and fire.
 #pragma once
 
+#include "render/light/sweep_grid.h"
 #include "render/render_volume.h"
 #include "render/scattered_light_field.h"
-#include "render/sweep_grid.h"
 
 namespace nbx {
 

@@ -3,8 +3,8 @@
 
 #include <span>
 
-#include "render/clip_ray.h"
-#include "render/ray_random.h"
+#include "render/march/clip_ray.h"
+#include "render/march/ray_random.h"
 #include "render/volume_renderer.h"
 
 namespace nbx {

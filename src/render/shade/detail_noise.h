@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "math/wavelet_noise.h"
-#include "render/sample_block.h"
+#include "render/march/sample_block.h"
 
 namespace nbx {
 

@@ -1,4 +1,4 @@
-#include "render/sweep_kernels.h"
+#include "render/light/sweep_kernels.h"
 
 #include "math/lanes/lane_exp.h"
 

@@ -1,4 +1,4 @@
-#include "render/march_kernels.h"
+#include "render/march/march_kernels.h"
 
 #include "math/lanes/lane_exp.h"
 #include "math/lanes/lane_sampling.h"
