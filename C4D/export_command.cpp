@@ -4,9 +4,9 @@
 #include <QFileInfo>
 #include <algorithm>
 
-#include "C4D/raw_export.h"
 #include "C4D/vdb_options.h"
 #include "cache/frame_names.h"
+#include "exchange/raw_export.h"
 #include "util/format_size.h"
 
 namespace nbx {

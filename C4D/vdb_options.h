@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "C4D/vdb/vdb_file.h"
+#include "exchange/vdb_file.h"
 #include "host/interface/command_data.h"
 
 namespace nbx {

@@ -2,8 +2,8 @@
 
 #include <openvdb/tools/Dense.h>
 
-#include "C4D/vdb/vdb_space.h"
 #include "cache/grid_type.h"
+#include "exchange/vdb_space.h"
 
 namespace nbx {
 

@@ -1,8 +1,8 @@
 // Frames as OpenVDB files, looked at with OpenVDB itself, and back.
 #include <openvdb/openvdb.h>
 
-#include "C4D/vdb/vdb_file.h"
 #include "cache/grid_type.h"
+#include "exchange/vdb_file.h"
 #include "support/support.h"
 
 namespace nbx {

@@ -1,4 +1,4 @@
-#include "C4D/raw_export.h"
+#include "exchange/raw_export.h"
 
 #include <QFileInfo>
 #include <QJsonArray>

@@ -1,5 +1,5 @@
 // Stands in for the conversion in a build without OpenVDB.
-#include "C4D/vdb/vdb_file.h"
+#include "exchange/vdb_file.h"
 
 namespace nbx {
 

@@ -3,7 +3,7 @@
 
 #include <openvdb/openvdb.h>
 
-#include "C4D/vdb/vdb_file.h"
+#include "exchange/vdb_file.h"
 
 namespace nbx {
 

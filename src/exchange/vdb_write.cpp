@@ -3,8 +3,8 @@
 #include <openvdb/math/Maps.h>
 #include <openvdb/tools/Dense.h>
 
-#include "C4D/vdb/vdb_space.h"
 #include "cache/grid_type.h"
+#include "exchange/vdb_space.h"
 
 namespace nbx {
 
