@@ -10,7 +10,7 @@
 #include "C4D/source_parameters.h"
 #include "C4D/source_substeps.h"
 #include "C4D/volume_grid.h"
-#include "C4D/volume_tag.h"
+#include "C4D/volume_tag_parameters.h"
 #include "C4D/volume_texture.h"
 #include "scene/cell_center_voxelizer.h"
 #include "scene/inside_classification.h"

@@ -11,7 +11,6 @@
 #include "C4D/parameter_reader.h"
 #include "C4D/volume_cache.h"
 #include "C4D/volume_grid.h"
-#include "C4D/volume_object.h"
 #include "C4D/volume_parameters.h"
 
 namespace nbx {

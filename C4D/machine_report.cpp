@@ -2,8 +2,8 @@
 
 #include "C4D/device_report.h"
 #include "C4D/thread_pool.h"
-#include "C4D/workspace.h"
 #include "util/log.h"
+#include "util/memory.h"
 
 namespace nbx {
 

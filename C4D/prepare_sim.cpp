@@ -18,6 +18,7 @@
 #include "util/exception.h"
 #include "util/format_size.h"
 #include "util/log.h"
+#include "util/memory.h"
 #include "util/whole_file.h"
 
 namespace nbx {

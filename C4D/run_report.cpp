@@ -4,9 +4,9 @@
 #include <cstdio>
 
 #include "C4D/run_statistics.h"
-#include "C4D/workspace.h"
 #include "math/field.h"
 #include "util/format_size.h"
+#include "util/memory.h"
 
 namespace nbx {
 

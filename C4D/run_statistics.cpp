@@ -1,6 +1,6 @@
 #include "C4D/run_statistics.h"
 
-#include "C4D/workspace.h"
+#include "util/memory.h"
 
 namespace nbx {
 

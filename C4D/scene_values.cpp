@@ -6,7 +6,7 @@
 
 #include "C4D/source_tags.h"
 #include "C4D/volume_parameter_groups.h"
-#include "C4D/volume_tag.h"
+#include "C4D/volume_tag_parameters.h"
 
 namespace nbx {
 

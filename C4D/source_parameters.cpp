@@ -2,7 +2,7 @@
 
 #include "C4D/host_conversion.h"
 #include "C4D/parameter_reader.h"
-#include "C4D/volume_tag.h"
+#include "C4D/volume_tag_parameters.h"
 #include "simulation/channel_key.h"
 
 namespace nbx {

@@ -1,7 +1,7 @@
 #include "C4D/source_tags.h"
 
 #include "C4D/parameter_reader.h"
-#include "C4D/volume_tag.h"
+#include "C4D/volume_tag_parameters.h"
 #include "util/log.h"
 
 namespace nbx {

@@ -1,5 +1,6 @@
+#include "C4D/volume_tag_parameters.h"
+
 #include "C4D/parameter_table.h"
-#include "C4D/volume_tag.h"
 
 namespace nbx {
 

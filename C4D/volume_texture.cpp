@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "C4D/parameter_reader.h"
-#include "C4D/volume_tag.h"
+#include "C4D/volume_tag_parameters.h"
 #include "host/interface/texture.h"
 
 namespace nbx {

@@ -1,9 +1,6 @@
 #include "C4D/workspace.h"
 
 #include <algorithm>
-#include <fstream>
-
-#include <unistd.h>
 
 namespace nbx {
 
@@ -28,20 +25,6 @@ double workspace_bytes(const SimSettings& settings, const Vec3d& cells, bool has
                      std::max(advection, projection) + solids + velocity +
                      (settings.cache_direct ? 0 : cached);
   return fields * field;
-}
-
-std::uint64_t physical_memory() {
-  const long pages = sysconf(_SC_PHYS_PAGES), page = sysconf(_SC_PAGESIZE);
-  return pages > 0 && page > 0
-             ? static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(page)
-             : 0;
-}
-
-std::uint64_t resident_memory() {
-  std::ifstream statm("/proc/self/statm");
-  std::uint64_t size = 0, resident = 0;
-  if (!(statm >> size >> resident)) return 0;
-  return resident * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
 }
 
 }  // namespace nbx

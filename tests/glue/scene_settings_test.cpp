@@ -8,6 +8,7 @@
 #include "glue/scene_run.h"
 #include "math/field_pool.h"
 #include "util/exception.h"
+#include "util/memory.h"
 
 namespace nbx {
 namespace {
