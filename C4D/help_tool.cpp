@@ -4,7 +4,7 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include "C4D/host_access.h"
+#include "C4D/services/host_access.h"
 
 namespace nbx {
 

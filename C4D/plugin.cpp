@@ -1,11 +1,11 @@
 // The entry of the plug-in: what the host calls from load to unload.
 #include "host/interface/plugin.h"
 
-#include "C4D/host_access.h"
-#include "C4D/machine_report.h"
-#include "C4D/qt_setup.h"
 #include "C4D/registrations.h"
-#include "C4D/simulation_thread.h"
+#include "C4D/run/simulation_thread.h"
+#include "C4D/services/host_access.h"
+#include "C4D/start/machine_report.h"
+#include "C4D/start/qt_setup.h"
 #include "util/log.h"
 
 namespace nbx {

@@ -3,12 +3,12 @@
 #include <cmath>
 #include <memory>
 
-#include "C4D/c4d_lighting.h"
-#include "C4D/host_conversion.h"
-#include "C4D/parameter_reader.h"
-#include "C4D/post_effect_parameters.h"
-#include "C4D/render_volumes.h"
-#include "C4D/simulate_on_render.h"
+#include "C4D/parameters/parameter_reader.h"
+#include "C4D/parameters/post_effect_parameters.h"
+#include "C4D/rendering/c4d_lighting.h"
+#include "C4D/rendering/render_volumes.h"
+#include "C4D/rendering/simulate_on_render.h"
+#include "C4D/services/host_conversion.h"
 #include "math/field_pool.h"
 #include "render/volume_renderer.h"
 

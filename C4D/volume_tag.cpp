@@ -1,7 +1,7 @@
 #include "C4D/volume_tag.h"
 
-#include "C4D/enabling_rule.h"
-#include "C4D/volume_tag_parameters.h"
+#include "C4D/parameters/enabling_rule.h"
+#include "C4D/parameters/volume_tag_parameters.h"
 
 namespace nbx {
 

@@ -15,7 +15,7 @@
 #include "cache/bfs.h"
 #include "math/affine_transform.h"
 #include "math/int_box.h"
-#include "math/noise/noise_params.h"
+#include "math/wavelet_noise.h"
 #include "simulation/channel_params.h"
 
 namespace nbx {

@@ -1,11 +1,11 @@
-#include "C4D/emitter_sampler.h"
+#include "C4D/sources/emitter_sampler.h"
 
 #include <map>
 #include <set>
 
-#include "C4D/host_conversion.h"
-#include "C4D/particle_sources.h"
-#include "C4D/source_parameters.h"
+#include "C4D/services/host_conversion.h"
+#include "C4D/settings/source_parameters.h"
+#include "C4D/sources/particle_sources.h"
 #include "glue/scene_run.h"
 #include "math/mfield_operations.h"
 #include "math/sparse_field_operators.h"

@@ -1,6 +1,6 @@
-#include "C4D/modify_particles.h"
+#include "C4D/volume/modify_particles.h"
 
-#include "C4D/volume_grid.h"
+#include "C4D/settings/volume_grid.h"
 #include "cache/cache_registry.h"
 #include "cache/grid_type.h"
 #include "glue/test_document.h"

@@ -3,9 +3,9 @@
 
 #include <functional>
 
-#include "C4D/emitter_sampler.h"
-#include "C4D/scene_settings.h"
-#include "C4D/solid_sampler.h"
+#include "C4D/settings/scene_settings.h"
+#include "C4D/sources/emitter_sampler.h"
+#include "C4D/sources/solid_sampler.h"
 #include "glue/test_document.h"
 #include "math/field_reductions.h"
 #include "support/support.h"

@@ -1,4 +1,4 @@
-#include "C4D/shading_settings.h"
+#include "C4D/settings/shading_settings.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 #include <cmath>
 #include <set>
 
-#include "C4D/volume_display_parameters.h"
-#include "C4D/volume_parameters.h"
+#include "C4D/parameters/volume_display_parameters.h"
+#include "C4D/parameters/volume_parameters.h"
 #include "glue/plugin_fixture.h"
 #include "host/render/render_command.h"
 

@@ -1,4 +1,4 @@
-#include "C4D/simulation_thread.h"
+#include "C4D/run/simulation_thread.h"
 
 #include "cache/cache_registry.h"
 #include "glue/test_document.h"

@@ -1,4 +1,4 @@
-#include "C4D/solid_sampler.h"
+#include "C4D/sources/solid_sampler.h"
 
 #include "glue/scene_run.h"
 #include "math/mfield_operations.h"

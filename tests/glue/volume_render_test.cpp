@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "C4D/host_access.h"
+#include "C4D/services/host_access.h"
 #include "cache/frame_names.h"
 #include "cache/grid_type.h"
 #include "cache/sim_frame.h"

@@ -1,0 +1,99 @@
+#include "C4D/commands/command_dialog.h"
+
+#include "util/cuda_use_flags.h"
+
+namespace nbx {
+
+CommandDialog::CommandDialog(const host::CommandArguments& arguments, host::CommandContext& context,
+                             std::string subject)
+    : arguments_(arguments),
+      context_(context),
+      subject_(std::move(subject)),
+      device_(cuda_use_flags().on_gpu() ? cuda_use_flags().device.load() : -1),
+      threads_(arguments.GetLong("threads")) {}
+
+void CommandDialog::refuse(const std::string& title, const std::string& text) {
+  context_.Error(subject_ + title + (text.empty() ? "" : ": " + text));
+}
+
+void CommandDialog::message(const std::string& title, const std::string& text) {
+  context_.Warning(subject_ + title + ": " + text);
+}
+
+OldCache CommandDialog::ask_about_cache(const std::string& title, const std::string&) {
+  if (arguments_.Has("new-cache")) return OldCache::kMakeNew;
+  if (arguments_.Has("overwrite") || arguments_.Has("yes")) return OldCache::kOverwrite;
+  context_.Error(subject_ + title +
+                 ": give --overwrite to simulate over it, --new-cache to leave it alone, or "
+                 "--continue to go on from its end");
+  return OldCache::kStop;
+}
+
+bool CommandDialog::may_go_on(const std::string& text) {
+  if (arguments_.Has("overwrite") || arguments_.Has("new-cache")) return false;
+  context_.Note(subject_ + text);
+  return true;
+}
+
+// No answer to a question: --yes must not cost the earlier run.
+bool CommandDialog::may_start_over(const std::string& why) {
+  if (arguments_.Has("overwrite")) return true;
+  context_.Error(subject_ + why + ": give --overwrite to simulate over the earlier run");
+  return false;
+}
+
+bool CommandDialog::ask_to_go_on(const std::string& question) {
+  if (arguments_.Has("yes") || arguments_.Has("force")) {
+    context_.Warning(subject_ + question);
+    return true;
+  }
+  context_.Error(subject_ + question +
+                 ": make voxel_size larger or size smaller, or give --force to try it");
+  return false;
+}
+
+void CommandDialog::started(const RunPlan& plan) {
+  plan_ = plan;
+  report_.emplace(context_, std::max(plan.last - plan.first + 1, 0));
+  context_.Event("start",
+                 {{"first", std::int64_t{plan.first}},
+                  {"last", std::int64_t{plan.last}},
+                  {"voxels", std::vector<double>(plan.voxels.v.begin(), plan.voxels.v.end())},
+                  {"directory", plan.directory}});
+}
+
+void CommandDialog::progress(const FrameTime& time, const Simulation3D& sim, int done, int total) {
+  if (done < total) report_->step(time.frame(), sim.settings, sim.steps_remaining(), done, total);
+}
+
+void CommandDialog::substep_done(const FrameTime& time, const Simulation3D& sim) {
+  report_->substep(time.frame(), sim);
+}
+
+void CommandDialog::frame_done(const FrameTime& time, Simulation3D& sim) {
+  report_->frame(time.frame(), sim);
+}
+
+void CommandDialog::frames_lost(const std::vector<LostFrame>& frames) {
+  if (report_) report_->lost(frames);
+}
+
+host::ExitCode CommandDialog::finish(const std::string& failure, bool reached_end) {
+  const int done = report_ ? report_->frames_done() : 0;
+  const int stored = done - (report_ ? report_->frames_lost() : 0);
+  const char* const end = !failure.empty() ? "failed" : reached_end ? "done" : "interrupted";
+  const std::string frames = std::to_string(stored) + (stored == 1 ? " frame" : " frames");
+  context_.Event("end", {{"outcome", std::string(end)},
+                         {"frames", std::int64_t{done}},
+                         {"stored", std::int64_t{stored}},
+                         {"seconds", report_ ? report_->seconds() : 0.0}});
+  if (!failure.empty()) {
+    context_.Error(subject_ + "the run failed after " + frames + ": " + failure);
+    return host::kFailed;
+  }
+  context_.Result(std::string(end) + ": " + frames + " in " + plan_.directory + report_->losses());
+  if (!reached_end) return host::kInterrupted;
+  return stored < done ? host::kFailed : host::kDone;
+}
+
+}  // namespace nbx

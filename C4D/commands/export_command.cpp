@@ -1,0 +1,138 @@
+#include "C4D/commands/export_command.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <algorithm>
+
+#include "C4D/commands/vdb_options.h"
+#include "cache/frame_names.h"
+#include "exchange/raw_export.h"
+#include "util/format_size.h"
+
+namespace nbx {
+
+namespace {
+
+constexpr std::int32_t kExportCommand = 1023998;
+
+/// The frame files that PATH stands for, by frame.
+std::map<int, std::string> frame_files(const std::string& path,
+                                       const std::vector<std::int32_t>& wanted) {
+  const QString name = QString::fromStdString(path);
+  std::map<int, std::string> files;
+  if (QFileInfo(name).isDir()) {
+    for (const auto& [frame, file] : list_frames(path))
+      if (wanted.empty() || std::binary_search(wanted.begin(), wanted.end(), frame))
+        files[frame] = QDir(name).filePath(QString::fromStdString(file)).toStdString();
+  } else if (QFileInfo(name).isFile()) {
+    files[frame_of_name(path).value_or(0)] = path;
+  }
+  return files;
+}
+
+/// "smoke.cache" and frame 7 give "smoke.0007" in the output folder.
+std::string stem_of(const std::string& path, const std::string& output, int frame) {
+  QFileInfo source(QDir::cleanPath(QString::fromStdString(path)));
+  if (!source.isDir()) source.setFile(source.absolutePath());
+  const QString number = QString("%1").arg(frame, 4, 10, QChar('0'));
+  const QString name = QFileInfo(source.absoluteFilePath()).completeBaseName() + "." + number;
+  return QDir(QString::fromStdString(output)).filePath(name).toStdString();
+}
+
+std::vector<host::OptionInfo> export_options() {
+  using host::OptionType;
+  std::vector<host::OptionInfo> options{
+      {.name = "path",
+       .value_name = "PATH",
+       .help = "A cache folder or a frame file",
+       .positional = true,
+       .required = true},
+      {.name = "format",
+       .type = OptionType::Choice,
+       .value_name = "FORMAT",
+       .help = "vdb (the default), or raw: floats of each grid, and JSON that tells of them",
+       .choices = {"vdb", "raw"}},
+      {.name = "output",
+       .value_name = "DIR",
+       .help = "The folder that the files go into, made if missing",
+       .required = true},
+      {.name = "staggered",
+       .type = OptionType::Flag,
+       .help = "Velocity on the faces of the voxels, as it is simulated, not at their centres"},
+      {.name = "half", .type = OptionType::Flag, .help = "Numbers of 16 bits"}};
+  for (const host::OptionInfo& option : vdb_options()) options.push_back(option);
+  return options;
+}
+
+class ExportCommand final : public host::CommandData {
+ public:
+  host::CommandInfo GetInfo() const override {
+    return {.verb = "export",
+            .help = "Writes frames for other programs, as OpenVDB or as plain arrays",
+            .options = export_options(),
+            .common = {host::CommonOption::Frames}};
+  }
+
+  int Execute(const host::CommandArguments& arguments, host::CommandContext& context) override {
+    VdbOptions options;
+    if (!read_vdb_options(options, arguments, context)) return host::kBadInput;
+    options.staggered = arguments.Has("staggered");
+    options.half = arguments.Has("half");
+    const bool raw = arguments.GetString("format", "vdb") == "raw";
+    if (!raw && !has_vdb()) {
+      context.Error("--format vdb: this build has no OpenVDB; raw is possible");
+      return host::kBadInput;
+    }
+    const std::string path = arguments.GetString("path"), output = arguments.GetString("output");
+    const auto files = frame_files(path, arguments.GetFrames("frames"));
+    if (files.empty()) {
+      context.Error(path + " holds no such frames");
+      return host::kBadInput;
+    }
+    if (!QDir().mkpath(QString::fromStdString(output))) {
+      context.Error("--output: the folder " + output + " can't be made");
+      return host::kBadInput;
+    }
+    std::size_t done = 0, failed = 0;
+    for (const auto& [number, file] : files) {
+      if (context.Interrupts() > 0) return host::kInterrupted;
+      const std::string stem = stem_of(path, output, number);
+      failed += static_cast<std::size_t>(!write(file, stem, raw, options, context));
+      context.Progress("frame " + std::to_string(number) + " (" + std::to_string(++done) + " of " +
+                           std::to_string(files.size()) + ")",
+                       true);
+    }
+    context.Result(std::to_string(done - failed) + " frames in " + output);
+    context.Event("exported", {{"frames", static_cast<std::int64_t>(done - failed)},
+                               {"failed", static_cast<std::int64_t>(failed)},
+                               {"directory", output}});
+    return failed == 0 ? host::kDone : host::kFailed;
+  }
+
+ private:
+  static bool write(const std::string& file, const std::string& stem, bool raw,
+                    const VdbOptions& options, host::CommandContext& context) {
+    try {
+      SimFrame frame;
+      if (!frame.load(file)) throw Exception("it holds no grid");
+      if (raw)
+        write_raw(stem, frame);
+      else
+        write_vdb(stem + ".vdb", frame, options);
+      return true;
+    } catch (const std::exception& e) {
+      context.Error(file + ": " + e.what());
+    }
+    return false;
+  }
+};
+
+}  // namespace
+
+bool register_export_command(host::HostServices& services, const std::string& name) {
+  return services.RegisterCommandPlugin(
+      kExportCommand, name,
+      []() -> std::unique_ptr<host::CommandData> { return std::make_unique<ExportCommand>(); });
+}
+
+}  // namespace nbx

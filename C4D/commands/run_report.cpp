@@ -1,0 +1,114 @@
+#include "C4D/commands/run_report.h"
+
+#include <cmath>
+#include <cstdio>
+
+#include "C4D/commands/run_statistics.h"
+#include "math/field.h"
+#include "util/format_size.h"
+#include "util/memory.h"
+
+namespace nbx {
+
+namespace {
+
+constexpr double kSecondsBetweenLines = 0.1;
+
+/// "0:07", "12:34", "3:02:01".
+std::string clock(double seconds) {
+  const long s = std::lround(seconds);
+  char text[32];
+  if (s < 3600)
+    std::snprintf(text, sizeof text, "%ld:%02ld", s / 60, s % 60);
+  else
+    std::snprintf(text, sizeof text, "%ld:%02ld:%02ld", s / 3600, s / 60 % 60, s % 60);
+  return text;
+}
+
+}  // namespace
+
+/// "frame 12 (13 of 101), 0.45 s a frame, 0:40 left, 310.20MB", as far as it is known.
+std::string RunReport::line(int number, double frames_done) const {
+  char text[96];
+  std::snprintf(text, sizeof text, "frame %d (%d of %d)", number,
+                std::min(static_cast<int>(frames_done) + 1, frames_total_), frames_total_);
+  std::string result = text;
+  // The first frame is no measure: it holds the sources alone.
+  if (frames_done > 1.2) {
+    const double rate = seconds() / frames_done;
+    std::snprintf(text, sizeof text, ", %.2f s a frame, %s left", rate,
+                  clock(rate * (frames_total_ - frames_done)).c_str());
+    result += text;
+  }
+  return result + ", " + format_size(resident_memory(), 2);
+}
+
+void RunReport::step(int frame, const SimSettings& settings, int steps_remaining, int done,
+                     int total) {
+  if (since_line_.seconds() < kSecondsBetweenLines || total <= 0) return;
+  since_line_.lap();
+  char substep[48];
+  std::snprintf(substep, sizeof substep, ", substep %d of %d", settings.step_index + 1,
+                settings.step_index + steps_remaining);
+  context_.Progress(line(frame + 1, frames_done_ + static_cast<double>(done) / total) + substep,
+                    false);
+}
+
+void RunReport::substep(int frame, const Simulation3D& sim) {
+  if (!context_.Json()) return;
+  const SimSettings& s = sim.settings;
+  if (s.step_index == 1) times_before_ = {};
+  host::EventFields fields{
+      {"frame", std::int64_t{frame + 1}}, {"substep", std::int64_t{s.step_index}}, {"dt", s.dt}};
+  add_times(fields, difference(sim.stage_times(), times_before_));
+  add_extent(fields, sim);
+  context_.Event("substep", fields);
+  times_before_ = sim.stage_times();
+}
+
+void RunReport::lost(const std::vector<LostFrame>& frames) {
+  for (const LostFrame& frame : frames) {
+    ++frames_lost_;
+    context_.Error("frame " + std::to_string(frame.frame) + " is not stored: " + frame.error);
+    context_.Event("lost", {{"frame", std::int64_t{frame.frame}}, {"error", frame.error}});
+  }
+}
+
+void RunReport::frame(int number, Simulation3D& sim) {
+  ++frames_done_;
+  const double seconds = since_frame_.lap();
+  context_.Progress(line(number, frames_done_ - 1e-9), true);
+  note_losses(number, sim);
+  if (!context_.Json()) return;
+
+  host::EventFields fields{{"frame", std::int64_t{number}},
+                           {"substeps", std::int64_t{sim.settings.step_index}},
+                           {"seconds", seconds}};
+  add_times(fields, sim.stage_times());
+  fields.emplace_back("seconds_store", sim.stage_times().sav);
+  fields.emplace_back("seconds_disk", sim.stage_times().dsk);
+  add_extent(fields, sim);
+  fields.emplace_back("field_allocations", static_cast<std::int64_t>(field_allocations()));
+  add_health(fields, measure_health(sim));
+  context_.Event("frame", fields);
+}
+
+void RunReport::note_losses(int number, Simulation3D& sim) {
+  const std::array<bool, 6> touches = touched_faces(sim);
+  for (std::size_t f = 0; f < 6; ++f)
+    if (touches[f] && sim.settings.face_closed[f] == 0 && !leaves_from_[f])
+      leaves_from_[f] = number;
+}
+
+std::string RunReport::losses() const {
+  std::string text;
+  for (std::size_t f = 0; f < 6; ++f) {
+    if (!leaves_from_[f]) continue;
+    text += text.empty() ? "; gas leaves through " : ", ";
+    text += kFaceNames[f];
+    text += " from frame " + std::to_string(*leaves_from_[f]);
+  }
+  return text;
+}
+
+}  // namespace nbx

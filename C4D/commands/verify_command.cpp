@@ -1,0 +1,94 @@
+#include "C4D/commands/verify_command.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include "cache/cache_info.h"
+#include "cache/grid_type.h"
+#include "util/format_size.h"
+
+namespace nbx {
+
+namespace {
+
+constexpr std::int32_t kVerifyCommand = 1023997;
+
+/// Tells what is wrong with a file, each damaged record on a line. True if nothing is.
+bool check(const std::string& path, std::uint64_t& bytes, host::CommandContext& context) {
+  const FrameFileInfo info = read_frame_file_info(path, true);
+  bytes += info.bytes;
+  const auto damaged = [&](const std::string& where, const std::string& what) {
+    context.Result(path + ": " + where + what);
+    host::EventFields fields{{"path", path}, {"damage", what}};
+    if (!where.empty()) fields.emplace_back("record", where.substr(0, where.size() - 2));
+    context.Event("damaged", fields);
+  };
+  for (std::size_t i = 0; i < info.grids.size(); ++i)
+    if (const GridInfo& grid = info.grids[i]; !grid.damage.empty())
+      damaged("record " + std::to_string(i + 1) + " (" + grid_type_name(grid.head.gridType) + "): ",
+              grid.damage);
+  if (!info.damage.empty()) damaged("", info.damage);
+  return info.good();
+}
+
+class VerifyCommand final : public host::CommandData {
+ public:
+  host::CommandInfo GetInfo() const override {
+    return {
+        .verb = "verify",
+        .help = "Reads every payload of a frame file or a cache folder and names what is damaged",
+        .options = {{.name = "path",
+                     .value_name = "PATH",
+                     .help = "A frame file or a cache folder",
+                     .positional = true,
+                     .required = true}}};
+  }
+
+  int Execute(const host::CommandArguments& arguments, host::CommandContext& context) override {
+    const std::string path = arguments.GetString("path");
+    std::vector<std::string> files;
+    if (QFileInfo(QString::fromStdString(path)).isDir()) {
+      const QDir folder(QString::fromStdString(path));
+      for (const QString& name : folder.entryList({"*.bcf"}, QDir::Files, QDir::Name))
+        files.push_back(folder.filePath(name).toStdString());
+      if (files.empty()) {
+        context.Error(path + (folder.isReadable() ? " holds no frame files" : " can't be read"));
+        return host::kBadInput;
+      }
+    } else if (QFileInfo::exists(QString::fromStdString(path))) {
+      files = {path};
+    } else {
+      context.Error(path + " doesn't exist");
+      return host::kBadInput;
+    }
+    return check_all(files, context);
+  }
+
+ private:
+  static int check_all(const std::vector<std::string>& files, host::CommandContext& context) {
+    std::size_t done = 0, bad = 0;
+    std::uint64_t bytes = 0;
+    for (const std::string& file : files) {
+      if (context.Interrupts() > 0) return host::kInterrupted;
+      bad += static_cast<std::size_t>(!check(file, bytes, context));
+      context.Progress(std::to_string(++done) + " of " + std::to_string(files.size()) + " files",
+                       false);
+    }
+    context.Result(std::to_string(files.size()) + " files, " + format_size(bytes, 2) + ": " +
+                   (bad == 0 ? "all whole" : std::to_string(bad) + " damaged"));
+    context.Event("verified", {{"files", static_cast<std::int64_t>(files.size())},
+                               {"damaged", static_cast<std::int64_t>(bad)},
+                               {"bytes", static_cast<std::int64_t>(bytes)}});
+    return bad == 0 ? host::kDone : host::kFailed;
+  }
+};
+
+}  // namespace
+
+bool register_verify_command(host::HostServices& services, const std::string& name) {
+  return services.RegisterCommandPlugin(
+      kVerifyCommand, name,
+      []() -> std::unique_ptr<host::CommandData> { return std::make_unique<VerifyCommand>(); });
+}
+
+}  // namespace nbx

@@ -1,0 +1,138 @@
+#include "C4D/rendering/frame_placement.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <optional>
+#include <vector>
+
+#include "C4D/parameters/parameter_reader.h"
+#include "C4D/parameters/volume_parameters.h"
+#include "C4D/services/host_access.h"
+#include "C4D/services/host_conversion.h"
+#include "C4D/settings/volume_cache.h"
+#include "C4D/settings/volume_grid.h"
+
+namespace nbx {
+
+namespace {
+
+Affine3d flip_z() {
+  Affine3d flip = Affine3d::identity();
+  flip.rows[2][2] = -1;
+  return flip;
+}
+
+// World coordinates of the host to domain cells, as they were when the frame was simulated.
+Affine3d world_to_cells(const SimFrame& frame) {
+  const GridMatrix& m = frame.grids.begin()->second.gridMatrix;  // for row vectors, z flipped
+  Affine3d to_cells;
+  for (std::size_t row = 0; row < 3; ++row) {
+    for (std::size_t column = 0; column < 3; ++column)
+      to_cells.rows[row][static_cast<int>(column)] = m[4 * column + row];
+    to_cells.translation[static_cast<int>(row)] = m[12 + row];
+  }
+  return to_cells * flip_z();
+}
+
+VolumeGrid domain(const host::BaseObject& volume) {
+  return volume_grid(volume, ParameterReader(volume).real(OVOLUME_VOXEL_SIZE));
+}
+
+Affine3d object_to_domain(const host::BaseObject& volume) {
+  return domain(volume).world_to_grid * to_affine(volume.GetMg());
+}
+
+bool same_voxels(const Affine3d& a, const Affine3d& b) {
+  const double x = length(a.rows[0]), y = length(b.rows[0]);
+  return std::abs(x - y) <= 1e-6 * y;
+}
+
+// Whether this can be a domain in its object's space: cubes along the axes, and a whole number of
+// them on each side of the origin.
+bool is_domain(const Affine3d& to_cells) {
+  const double g = to_cells.rows[0][0];
+  const Vec3d diagonal(g, g, -g);
+  if (!(g > 0)) return false;
+  for (int a = 0; a < 3; ++a) {
+    for (int b = 0; b < 3; ++b) {
+      const double wanted = a == b ? diagonal[a] : 0;
+      if (std::abs(to_cells.rows[static_cast<std::size_t>(a)][b] - wanted) > 1e-6 * g) return false;
+    }
+    const double edge = to_cells.translation[a] + 0.5;
+    if (std::abs(edge - std::round(edge)) > 1e-4) return false;
+  }
+  return true;
+}
+
+// In the space of the object as it was saved. A frame's matrix is that of some time within the
+// frame; while the object moves only its size tells the domain.
+std::optional<Affine3d> as_saved(const host::BaseObject& saved, const SimFrame& frame) {
+  host::BaseDocument& document = saved.GetDocument();
+  const auto object_at = [&](const host::BaseTime& time) {
+    document.SetTime(time);
+    document.ExecutePasses(nullptr, true, false, false);
+    return to_affine(saved.GetMg());
+  };
+  const FrameTime& t = frame.frameTime;
+  const Affine3d before = object_at(host::BaseTime::FromSeconds(t.time.value() - t.length.value()));
+  const Affine3d object = object_at(to_base_time(t.time));
+  const Affine3d stored = world_to_cells(frame) * object;
+  if (object == before && is_domain(stored)) return stored;
+  const Affine3d told = object_to_domain(saved);
+  if (same_voxels(stored, told)) return told;
+  return {};
+}
+
+// Fits the frame into the domain that the object has now, or else leaves it in the world.
+Affine3d as_it_is_now(const host::BaseObject& volume, const SimFrame& frame) {
+  const Affine3d stored = world_to_cells(frame), object = to_affine(volume.GetMg());
+  const VolumeGrid grid = domain(volume);
+  const IntBox box = frame.box();
+  const Affine3d now = object_to_domain(volume);
+  // A frame without a saved scene may come from an object that wasn't scaled.
+  const bool fits = same_voxels(stored, grid.world_to_grid) || same_voxels(stored, now);
+  return fits && grid.box().contains(box.lo) && grid.box().contains(box.hi) ? now : stored * object;
+}
+
+void find_volumes(std::vector<const host::BaseObject*>& found, const host::BaseObject* first,
+                  const std::string& name) {
+  for (const host::BaseObject* object = first; object; object = object->GetNext()) {
+    if (object->GetType() == kVolumeObject && object->GetName() == name) found.push_back(object);
+    find_volumes(found, object->GetDown(), name);
+  }
+}
+
+}  // namespace
+
+// The volume of the same name, or with several of that name the one at the same place among them.
+const host::BaseObject* FramePlacement::saved_volume(const host::BaseObject& volume,
+                                                     const std::string& directory) {
+  const std::string path = directory + "/Autosave.c4d";
+  std::error_code error;
+  const auto written = std::filesystem::last_write_time(path, error);
+  if (error || !host_services()) return nullptr;
+  if (path != path_ || written != written_) {
+    saved_ = host_services()->LoadDocument({path});
+    path_ = path;
+    written_ = written;
+  }
+  if (!saved_) return nullptr;
+  std::vector<const host::BaseObject*> now, then;
+  find_volumes(now, volume.GetDocument().GetFirstObject(), volume.GetName());
+  find_volumes(then, saved_->GetFirstObject(), volume.GetName());
+  const auto at = std::find(now.begin(), now.end(), &volume) - now.begin();
+  return at < std::ssize(then) ? then[static_cast<std::size_t>(at)] : nullptr;
+}
+
+Affine3d FramePlacement::object_to_cells(const host::BaseObject& volume, const SimFrame& frame,
+                                         const std::string& directory) {
+  std::optional<Affine3d> to_domain;
+  if (const host::BaseObject* saved = saved_volume(volume, directory))
+    to_domain = as_saved(*saved, frame);
+  if (!to_domain) to_domain = as_it_is_now(volume, frame);
+  to_domain->translation = to_domain->translation - vector_cast<double>(frame.offset());
+  return *to_domain;
+}
+
+}  // namespace nbx

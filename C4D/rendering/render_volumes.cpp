@@ -1,0 +1,140 @@
+#include "C4D/rendering/render_volumes.h"
+
+#include <algorithm>
+
+#include "C4D/parameters/parameter_reader.h"
+#include "C4D/parameters/post_effect_parameters.h"
+#include "C4D/parameters/volume_parameters.h"
+#include "C4D/rendering/c4d_lighting.h"
+#include "C4D/rendering/host_volume.h"
+#include "C4D/rendering/simulate_on_render.h"
+#include "C4D/services/host_conversion.h"
+#include "C4D/services/load_string.h"
+#include "C4D/settings/shading_settings.h"
+#include "C4D/settings/volume_cache.h"
+
+namespace nbx {
+
+namespace {
+
+bool wants_frame(const VolumeParams& params) {
+  return params.smoke.channel != kNoGrid || params.fire.channel != kNoGrid;
+}
+
+std::string place(const HostVolume& volume, int frame) {
+  return "volume \"" + volume.object->GetName() + "\": frame " + std::to_string(frame);
+}
+
+void report_missing(const HostVolume& volume, int frame, const std::shared_ptr<BFS>& cache,
+                    host::BaseRender& render) {
+  if (cache)
+    render.ReportMissing(place(volume, frame) + " is not in the cache " + cache->directory() +
+                         ": simulate it, or choose the cache with --cache or cache_name");
+  else
+    render.ReportMissing(
+        place(volume, frame) +
+        " has no cache: simulate it, and choose the cache with --cache or cache_name");
+}
+
+// Says which channels the frame lacks, so that an empty picture explains itself.
+void warn_of_channels(const HostVolume& volume, const VolumeParams& params, int frame,
+                      host::BaseRender& render) {
+  const auto missing = [&](const ShaderParams& shader, bool on, const char* what) {
+    if (shader.channel > kNoGrid && !on && !volume.frame->grids.contains(shader.channel))
+      render.Warning(place(volume, frame) + " holds no " + grid_type_name(shader.channel) +
+                     ", so there is no " + what);
+  };
+  missing(params.smoke, volume.smoke.on, "smoke");
+  missing(params.fire, volume.fire.on, "fire");
+}
+
+// Asked once a frame, since a light's list may be long.
+void read_light_exclusions(HostVolume& volume, host::BaseRender& render) {
+  const host::VolumeData& lights = render.GetVolumeData(0);
+  volume.excludedBy.clear();
+  for (std::int32_t n = 0; n < lights.GetLightCount(); ++n)
+    volume.excludedBy.push_back(!lights.GetLight(n).Reaches(volume.object));
+}
+
+void prepare_volume(HostVolume& volume, host::BaseRender* render,
+                    const host::BaseDocument& document) {
+  const host::BaseTime now = document.GetTime();
+  VolumeParams params = shading_params(*volume.object);
+  if (!wants_frame(params)) return;
+  const int number = frame_at_time(*volume.object, now);
+  const std::shared_ptr<BFS> cache = volume_cache(*volume.object, false);
+  volume.frame = SlotHandle(cache, number, 0, true);
+  if (!volume.frame) {
+    if (render) report_missing(volume, number, cache, *render);
+    return;
+  }
+  if (volume.frame->grids.empty()) return;
+
+  params.framesPerSecond = document.GetFps().Value();
+  params.seconds = now.Get();
+  params.worldToObject = inverse(to_affine(volume.object->GetMg()));
+  params.objectToCell =
+      volume.placement.object_to_cells(*volume.object, *volume.frame, cache->directory());
+  nbx::prepare_volume(volume, *volume.frame, params);
+  read_compositing(volume, *volume.object);
+  if (render) warn_of_channels(volume, params, number, *render);
+
+  volume.lightField.reset();
+  if (!volume.smoke.on || !render) return;
+  read_light_exclusions(volume, *render);
+  volume.lightField = make_light_field(*volume.object, to_vector(render->GetCameraPosition()));
+}
+
+bool prepare_light(HostVolume& volume, host::BaseRender& render) {
+  const auto progress = [&](int done, int total, int stage, int stages) {
+    if (done == 0)
+      render.SetStatusText(volume.object->GetName() + ": " + load_string(10097) + " " +
+                           std::to_string(stage) + "/" + std::to_string(stages));
+    render.SetProgress(total > 0 ? static_cast<double>(done) / total : 1);
+    return render.TestBreak();
+  };
+  C4DLighting lighting(render);
+  return volume.lightField->prepare(lighting, volume, render.GetThreadCount(), progress);
+}
+
+}  // namespace
+
+void collect_volumes(VolumeRenderer& renderer, host::BaseObject* first) {
+  for (host::BaseObject* object = first; object; object = object->GetNext()) {
+    if (!object->GetDeformMode()) continue;
+    if (object->GetType() == kVolumeObject && host::IsVisibleInRender(*object)) {
+      auto volume = std::make_shared<HostVolume>();
+      volume->object = object;
+      renderer.volumes.push_back(std::move(volume));
+    }
+    collect_volumes(renderer, object->GetDown());
+  }
+}
+
+bool prepare_all(VolumeRenderer& renderer, host::BaseRender* render,
+                 const host::BaseDocument& document, const host::BaseVideoPost& node) {
+  if (render && !simulate_up_to_frame(renderer, *render)) return false;
+  if (render) render->SetStatusText(load_string(10077));
+  renderer.active = false;
+  for (const auto& volume : renderer.volumes) {
+    prepare_volume(host_volume(*volume), render, document);
+    renderer.active = renderer.active || (volume->ready && volume->shows());
+    if (render && render->TestBreak()) return false;
+  }
+  const ParameterReader data(node);
+  renderer.adaptive = data.flag(VPVOLUME_ADAPTIVE);
+  renderer.adaptiveThreshold = static_cast<float>(data.real(VPVOLUME_ADAPTIVE_THRESHOLD));
+  if (!renderer.active || !render) return true;
+  for (const auto& volume : renderer.volumes)
+    if (volume->lightField && !prepare_light(host_volume(*volume), *render)) return false;
+  return true;
+}
+
+void release_frames(VolumeRenderer& renderer) {
+  for (auto volume = renderer.volumes.rbegin(); volume != renderer.volumes.rend(); ++volume) {
+    (*volume)->releaseFrame();
+    host_volume(**volume).frame.release();
+  }
+}
+
+}  // namespace nbx

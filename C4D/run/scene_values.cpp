@@ -1,0 +1,157 @@
+#include "C4D/run/scene_values.h"
+
+#include <charconv>
+#include <cstring>
+#include <set>
+
+#include "C4D/parameters/volume_parameter_groups.h"
+#include "C4D/parameters/volume_tag_parameters.h"
+#include "C4D/sources/source_tags.h"
+
+namespace nbx {
+
+namespace {
+
+std::string number(double x) {
+  char text[32];
+  const auto [end, error] = std::to_chars(text, text + sizeof text, x);
+  return std::string(text, end);
+}
+
+std::string row(std::initializer_list<double> numbers) {
+  std::string text;
+  for (double x : numbers) text += (text.empty() ? "[" : ", ") + number(x);
+  return text + "]";
+}
+
+std::string row(const host::Vector& v) { return row({v.x, v.y, v.z}); }
+
+struct ValueText {
+  std::string operator()(bool on) const { return on ? "true" : "false"; }
+  std::string operator()(std::int32_t n) const { return std::to_string(n); }
+  std::string operator()(double x) const { return number(x); }
+  std::string operator()(const host::Vector& v) const { return row(v); }
+  std::string operator()(const host::BaseTime& t) const { return number(t.Get()); }
+  std::string operator()(const std::string& s) const { return s; }
+  std::string operator()(const host::Filename& f) const { return f.path; }
+  std::string operator()(const host::BaseList2D* link) const { return link ? link->GetName() : ""; }
+  std::string operator()(const host::CurvePoints& points) const {
+    std::string text;
+    for (const host::CurvePoint& p : points)
+      text +=
+          row({p.x, p.y, static_cast<double>(p.in_mode), static_cast<double>(p.out_mode), p.bias});
+    return text;
+  }
+  template <class Other>
+  std::string operator()(const Other&) const {
+    return {};  // of no meaning to a simulation
+  }
+};
+
+std::string value_text(const host::ParameterInfo& info, const host::ParameterValue& value) {
+  for (const host::CycleEntry& entry : info.cycle)
+    if (const auto* chosen = std::get_if<std::int32_t>(&value); chosen && *chosen == entry.value)
+      return entry.name;
+  return std::visit(ValueText(), value);
+}
+
+template <class Wanted>
+void add_parameters_if(SceneValues& values, const std::string& name,
+                       const host::BaseList2D& element, const Wanted& wanted) {
+  for (const host::ParameterInfo& info : element.GetDescription().parameters)
+    if (const auto* value = element.GetDataInstance().Find(info.id); value && wanted(info.id))
+      values[name + "." + info.Name()] = value_text(info, *value);
+}
+
+void add_parameters(SceneValues& values, const std::string& name, const host::BaseList2D& element,
+                    const std::set<std::int32_t>& left_out) {
+  add_parameters_if(values, name, element, [&](std::int32_t id) { return !left_out.contains(id); });
+}
+
+void add_place(SceneValues& values, const std::string& name, const host::BaseObject& object) {
+  const host::Matrix m = object.GetMg();
+  values[name + ".matrix"] = row(m.off) + row(m.v1) + row(m.v2) + row(m.v3);
+}
+
+/// Fowler, Noll and Vo's hash, FNV-1a, over the points.
+std::string points_sum(const host::PolygonObject& mesh) {
+  std::uint64_t hash = 0xcbf29ce484222325u;
+  for (std::int32_t i = 0; i < mesh.GetPointCount(); ++i) {
+    const host::Vector& p = mesh.GetPointR()[i];
+    for (const double x : {p.x, p.y, p.z}) {
+      std::uint64_t bits;
+      std::memcpy(&bits, &x, sizeof bits);
+      hash = (hash ^ bits) * 0x100000001b3u;
+    }
+  }
+  return std::to_string(mesh.GetPointCount()) + " points, sum " + std::to_string(hash);
+}
+
+void add_object(SceneValues& values, host::BaseObject& object) {
+  add_place(values, object.GetName(), object);
+  add_parameters(values, object.GetName(), object, {});
+  if (const host::PolygonObject* mesh = host::ToPoly(&object))
+    values[object.GetName() + ".shape"] = points_sum(*mesh);
+  for (host::BaseObject* child = object.GetDown(); child; child = child->GetNext())
+    add_object(values, *child);
+}
+
+/// What frames hold of the simulation.
+const std::set<std::int32_t> kFrameParameters{
+    OVOLUME_CACHE_TEMPERATURE, OVOLUME_CACHE_FUEL,  OVOLUME_CACHE_DENSITY, OVOLUME_CACHE_VELOCITY,
+    OVOLUME_CACHE_BURN,        OVOLUME_CACHE_SOLID, OVOLUME_MASK_SOLID};
+
+/// What neither the gas nor its course depend on.
+std::set<std::int32_t> outside_of_the_simulation() {
+  std::set<std::int32_t> ids = kFrameParameters;
+  ids.insert({OVOLUME_TIME_MODE, OVOLUME_TIME_START, OVOLUME_TIME_END});
+  for (const ParameterList& group :
+       {cache_parameters(), upres_parameters(), shading_parameters(), lighting_parameters(),
+        marching_parameters(), display_parameters(), info_parameters()})
+    for (const host::ParameterInfo& info : group) ids.insert(info.id);
+  return ids;
+}
+
+}  // namespace
+
+SceneValues scene_values(host::BaseObject& volume) {
+  SceneValues values;
+  values["fps"] = volume.GetDocument().GetFps().Text();
+  add_place(values, volume.GetName(), volume);
+  add_parameters(values, volume.GetName(), volume, outside_of_the_simulation());
+  for (host::BaseTag* tag : find_source_tags(volume.GetDocument())) {
+    add_parameters(values, tag->GetObject()->GetName(), *tag, {TVOLUME_VERSION});
+    add_object(values, *tag->GetObject());
+  }
+  return values;
+}
+
+SceneValues frame_values(const host::BaseObject& volume) {
+  SceneValues values;
+  add_parameters_if(values, volume.GetName(), volume,
+                    [](std::int32_t id) { return kFrameParameters.contains(id); });
+  return values;
+}
+
+std::string differences(const SceneValues& then, const SceneValues& now) {
+  SceneValues all = then;
+  all.insert(now.begin(), now.end());
+  constexpr int most = 8;
+  std::string text;
+  int count = 0;
+  const auto at = [](const SceneValues& values, const std::string& name) {
+    const auto found = values.find(name);
+    std::string value = found == values.end() ? "nothing" : found->second;
+    return value.size() > 40 ? value.substr(0, 37) + "..." : value;
+  };
+  for (const auto& [name, ignored] : all) {
+    const auto before = then.find(name), after = now.find(name);
+    if (before != then.end() && after != now.end() && before->second == after->second) continue;
+    if (++count <= most)
+      text += (text.empty() ? "" : ", ") + name + " (" + at(then, name) + ", now " + at(now, name) +
+              ")";
+  }
+  return count > most ? text + " and " + std::to_string(count - most) + " more" : text;
+}
+
+}  // namespace nbx

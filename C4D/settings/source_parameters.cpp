@@ -1,0 +1,84 @@
+#include "C4D/settings/source_parameters.h"
+
+#include "C4D/parameters/parameter_reader.h"
+#include "C4D/parameters/volume_tag_parameters.h"
+#include "C4D/services/host_conversion.h"
+#include "simulation/channel_key.h"
+
+namespace nbx {
+
+namespace {
+
+constexpr double kSmallestThickness = 1.7320508075688772;  // the diagonal of a cell
+
+ParticleMap particle_map(std::int32_t value) {
+  switch (value) {
+    case TVOLUME_PARTICLE_AGE:
+      return ParticleMap::kAge;
+    case TVOLUME_PARTICLE_SIZE:
+      return ParticleMap::kSize;
+    case TVOLUME_PARTICLE_MASS:
+      return ParticleMap::kMass;
+    case TVOLUME_PARTICLE_SPEED:
+      return ParticleMap::kSpeed;
+    default:
+      return ParticleMap::kNone;
+  }
+}
+
+void read_amounts(SimulationObjectParameters& source, const ParameterReader& p, double frames) {
+  const auto channel = [&](int key, std::int32_t amount, std::int32_t mode) {
+    source.amounts[key] = p.real(amount);
+    if (p.whole(mode) != TVOLUME_MODE_ADD) return;
+    source.add_keys.insert(key);
+    source.amounts[key] *= frames;
+  };
+  channel(kDensity, TVOLUME_DENSITY, TVOLUME_DENSITY_MODE);
+  channel(kTemperature, TVOLUME_TEMPERATURE, TVOLUME_TEMPERATURE_MODE);
+  channel(kFuel, TVOLUME_FUEL, TVOLUME_FUEL_MODE);
+  channel(kBurn, TVOLUME_BURN, TVOLUME_BURN_MODE);
+  source.amounts[kExpansion] = p.real(TVOLUME_EXPANSION);  // a rate: the same in every substep
+}
+
+}  // namespace
+
+SimulationObjectParameters source_parameters(const host::BaseTag& tag, const SimSettings& settings,
+                                             double frames) {
+  const ParameterReader p(tag);
+  SimulationObjectParameters source;
+  read_amounts(source, p, frames);
+
+  source.transform = to_affine(tag.GetObject()->GetMg());
+  source.transform.rows[2] = -source.transform.rows[2];
+  source.transform.translation[2] *= -1;
+  source.direction = to_vector(p.vector(TVOLUME_DIRECTION)) * settings.unit_scale;
+  source.normal_force = p.real(TVOLUME_NORMAL_FORCE) * settings.unit_scale * frames;
+  source.velocity_transfer = p.real(TVOLUME_VELOCITY_TRANSFER) * settings.unit_scale;
+
+  source.thickness = std::max(p.real(TVOLUME_THICKNESS) / settings.voxel_size, kSmallestThickness);
+  source.fill = p.flag(TVOLUME_FILL);
+  source.particle_map = particle_map(p.whole(TVOLUME_PARTICLE_MAP));
+  source.particle_curve = to_spline(p.curve(TVOLUME_PARTICLE_CURVE));
+
+  source.world_to_grid = settings.world_to_grid;
+  source.time = settings.sim_time.time.value() + settings.frame_elapsed;
+  source.time_scale = settings.time_scale;
+  return source;
+}
+
+int surface_channel(const host::BaseTag& tag) {
+  switch (ParameterReader(tag).whole(TVOLUME_SURFACE_CHANNEL)) {
+    case TVOLUME_SURFACE_CHANNEL_0:
+      return 0;
+    case TVOLUME_SURFACE_CHANNEL_1:
+      return 1;
+    case TVOLUME_SURFACE_CHANNEL_2:
+      return 2;
+    case TVOLUME_SURFACE_CHANNEL_7:
+      return 7;
+    default:
+      return -1;
+  }
+}
+
+}  // namespace nbx

@@ -1,0 +1,121 @@
+#include "C4D/settings/volume_cache.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include "C4D/parameters/parameter_reader.h"
+#include "C4D/parameters/volume_parameters.h"
+#include "C4D/parameters/volume_shading_parameters.h"
+#include "C4D/services/host_access.h"
+#include "C4D/services/preferences.h"
+#include "cache/cache_registry.h"
+#include "util/log.h"
+
+namespace nbx {
+
+namespace {
+
+CacheDirData place_beside_scene(const host::BaseObject& volume) {
+  const host::BaseDocument& document = volume.GetDocument();
+  const std::string folder = document.GetDocumentPath().path;
+  if (folder.empty()) return {};
+  const QFileInfo scene(QString::fromStdString(document.GetDocumentName()));
+  QString object = QString::fromStdString(volume.GetName());
+  object.replace('/', '_');
+  return {folder, (scene.completeBaseName() + "." + object + ".cache").toStdString()};
+}
+
+std::string join(const CacheDirData& data) {
+  if (data.base.empty() || data.name.empty()) return {};
+  return QDir(QString::fromStdString(data.base))
+      .filePath(QString::fromStdString(data.name))
+      .toStdString();
+}
+
+const std::string kAutosave = "/Autosave.c4d";
+
+}  // namespace
+
+CacheDirData cache_dir_data(const host::BaseObject& volume) {
+  const host::Filename named = ParameterReader(volume).file(OVOLUME_CACHE_NAME);
+  const std::string path = volume.GetDocument().Resolve(named).path;
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return place_beside_scene(volume);
+  return {path.substr(0, std::max<std::size_t>(slash, 1)), path.substr(slash + 1)};
+}
+
+void set_cache_dir_data(host::BaseObject& volume, const CacheDirData& data) {
+  volume.GetDataInstance().SetFilename(
+      OVOLUME_CACHE_NAME, {data.base.empty() ? std::string() : data.base + "/" + data.name});
+}
+
+std::string named_cache(const host::BaseObject& volume) { return join(cache_dir_data(volume)); }
+
+std::string find_cache(const host::BaseObject& volume) {
+  CacheDirData data = cache_dir_data(volume);
+  std::string directory;
+  return resolve_cache_dir(data, directory, false, "") ? directory : std::string();
+}
+
+std::string make_cache(host::BaseObject& volume) {
+  CacheDirData data = cache_dir_data(volume);
+  if (const std::string named = join(data); !named.empty()) {
+    if (!QDir().mkpath(QString::fromStdString(named))) {
+      LogMessage() << "Failed to create cache dir " << named;
+      return {};
+    }
+  }
+  std::string directory;
+  const std::string preferred = data.base.empty() ? preferred_cache_folder() : std::string();
+  if (!resolve_cache_dir(data, directory, true, preferred)) return {};
+  const bool unnamed = volume.GetDataInstance().GetFilename(OVOLUME_CACHE_NAME).path.empty();
+  if (unnamed || !(data == cache_dir_data(volume))) set_cache_dir_data(volume, data);
+  return directory;
+}
+
+std::shared_ptr<BFS> volume_cache(host::BaseObject& volume, bool create) {
+  const std::string directory = create ? make_cache(volume) : find_cache(volume);
+  return directory.empty() ? nullptr : getCache(directory);
+}
+
+TimeRange time_range(const host::BaseObject& volume) {
+  const host::BaseDocument& document = volume.GetDocument();
+  const ParameterReader p(volume);
+  switch (p.whole(OVOLUME_TIME_MODE)) {
+    case OVOLUME_TIME_DOCUMENT_RANGE:
+      return {document.GetMinTime(), document.GetMaxTime()};
+    case OVOLUME_TIME_OWN_RANGE:
+      return {p.time(OVOLUME_TIME_START), p.time(OVOLUME_TIME_END)};
+    default:
+      return {document.GetLoopMinTime(), document.GetLoopMaxTime()};
+  }
+}
+
+int frame_at_time(const host::BaseObject& volume, const host::BaseTime& time) {
+  const ParameterReader p(volume);
+  const host::FrameRate fps = volume.GetDocument().GetFps();
+  const host::BaseTime start = time_range(volume).start;
+  const std::int64_t frame = p.whole(OVOLUME_FRAME_STRIDE) * (time - start).GetFrame(fps) +
+                             start.GetFrame(fps) - p.whole(OVOLUME_FRAME_OFFSET);
+  return static_cast<int>(std::clamp<std::int64_t>(frame, -2147483647, 2147483647));
+}
+
+bool has_autosave(const host::BaseObject& volume) {
+  const std::string directory = find_cache(volume);
+  return !directory.empty() && QFileInfo::exists(QString::fromStdString(directory + kAutosave));
+}
+
+void autosave(host::BaseObject& volume) {
+  if (!preference(PREF_AUTOSAVE) || !host_services()) return;
+  const std::string directory = make_cache(volume);
+  if (directory.empty()) {
+    LogMessage() << "Failed to get cache dir to autosave project file";
+    return;
+  }
+  const std::string path = directory + kAutosave;
+  LogMessage() << "saving project to " << path;
+  if (!host_services()->SaveDocument(volume.GetDocument(), {path}, host::kSceneFormat))
+    LogMessage() << "Failed to save project to " << path;
+}
+
+}  // namespace nbx
