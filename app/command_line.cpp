@@ -5,8 +5,8 @@
 #include <deque>
 
 #include "app/option_check.h"
-#include "host/frame_range.h"
-#include "host/nearest_name.h"
+#include "host/base/nearest_name.h"
+#include "host/program/frame_range.h"
 
 namespace app {
 namespace {

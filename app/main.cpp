@@ -10,13 +10,13 @@
 
 #include "app/command_line.h"
 #include "app/plugin_path.h"
-#include "host/interrupts.h"
-#include "host/nearest_name.h"
+#include "host/base/nearest_name.h"
 #include "host/plugin_module.h"
+#include "host/program/interrupts.h"
+#include "host/program/terminal.h"
 #include "host/program_context.h"
 #include "host/render/render_command.h"
 #include "host/small_host.h"
-#include "host/terminal.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <sstream>
 
-#include "host/frame_range.h"
+#include "host/program/frame_range.h"
 
 namespace app {
 namespace {

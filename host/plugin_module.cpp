@@ -4,7 +4,7 @@
 
 #include <dlfcn.h>
 
-#include "host/nearest_name.h"
+#include "host/base/nearest_name.h"
 
 namespace host {
 

@@ -6,16 +6,16 @@
 
 #include <unistd.h>
 
-#include "host/document_error.h"
-#include "host/document_reader.h"
-#include "host/document_writer.h"
-#include "host/interrupts.h"
-#include "host/model_file.h"
-#include "host/model_import.h"
-#include "host/nearest_name.h"
-#include "host/overrides.h"
-#include "host/scene_files.h"
-#include "host/scene_work.h"
+#include "host/base/document_error.h"
+#include "host/base/nearest_name.h"
+#include "host/format/document_reader.h"
+#include "host/format/document_writer.h"
+#include "host/format/overrides.h"
+#include "host/import/model_import.h"
+#include "host/model/model_file.h"
+#include "host/program/interrupts.h"
+#include "host/program/scene_files.h"
+#include "host/scene/scene_work.h"
 
 namespace host {
 namespace {

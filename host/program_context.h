@@ -3,11 +3,11 @@
 
 #include <string>
 
-#include "host/document.h"
 #include "host/interface/command_data.h"
-#include "host/model_file.h"
+#include "host/model/model_file.h"
+#include "host/program/terminal.h"
+#include "host/scene/document.h"
 #include "host/small_host.h"
-#include "host/terminal.h"
 
 namespace host {
 

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/describe_command.h"
-#include "host/document_error.h"
-#include "host/document_reader.h"
-#include "host/document_writer.h"
-#include "host/help_command.h"
-#include "host/machine_info.h"
+#include "host/base/document_error.h"
+#include "host/format/document_reader.h"
+#include "host/format/document_writer.h"
+#include "host/program/describe_command.h"
+#include "host/program/help_command.h"
+#include "host/program/machine_info.h"
 
 namespace host {
 

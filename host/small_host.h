@@ -8,10 +8,10 @@
 #include <utility>
 #include <vector>
 
-#include "host/element_class.h"
-#include "host/event_queue.h"
 #include "host/interface/plugin.h"
-#include "host/world.h"
+#include "host/program/event_queue.h"
+#include "host/program/world.h"
+#include "host/scene/element_class.h"
 
 namespace host {
 

@@ -9,9 +9,9 @@
 
 #include <unistd.h>
 
+#include "host/base/nearest_name.h"
 #include "host/interface/camera.h"
-#include "host/nearest_name.h"
-#include "host/scene_work.h"
+#include "host/scene/scene_work.h"
 
 namespace host {
 namespace {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "host/document.h"
 #include "host/render/render_session.h"
+#include "host/scene/document.h"
 
 namespace host {
 

@@ -3,8 +3,8 @@
 #include <clocale>
 #include <regex>
 
+#include "host/format/scene_schema.h"
 #include "host/plugin_module.h"
-#include "host/scene_schema.h"
 #include "support/support.h"
 
 namespace nbx {

@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "host/document_error.h"
-#include "host/document_reader.h"
-#include "host/document_writer.h"
+#include "host/base/document_error.h"
+#include "host/format/document_reader.h"
+#include "host/format/document_writer.h"
 #include "host/interface/command_data.h"
-#include "host/scene_files.h"
+#include "host/program/scene_files.h"
 #include "host/small_host.h"
 
 namespace nbx::test {

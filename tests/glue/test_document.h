@@ -7,7 +7,7 @@
 #include "C4D/volume_object.h"
 #include "C4D/volume_renderer.h"
 #include "C4D/volume_tag.h"
-#include "host/document_reader.h"
+#include "host/format/document_reader.h"
 #include "host/small_host.h"
 #include "support/support.h"
 

@@ -12,7 +12,7 @@
 #include "cache/grid_type.h"
 #include "cache/sim_frame.h"
 #include "glue/test_document.h"
-#include "host/document_writer.h"
+#include "host/format/document_writer.h"
 #include "host/render/render_run.h"
 #include "support/support.h"
 #include "tests/host/render/shot.h"

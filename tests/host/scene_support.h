@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "host/document_error.h"
-#include "host/document_reader.h"
+#include "host/base/document_error.h"
+#include "host/format/document_reader.h"
 #include "support/support.h"
 #include "tests/host/test_plugin.h"
 

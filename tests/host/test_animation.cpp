@@ -2,8 +2,8 @@
 // particles, where and when they are born, how they fly, and that the road to a time doesn't
 // matter.
 
-#include "host/track.h"
-#include "host/transform.h"
+#include "host/scene/track.h"
+#include "host/scene/transform.h"
 #include "tests/host/scene_support.h"
 
 namespace host::test {

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <sstream>
 
-#include "host/document_writer.h"
-#include "host/frame_range.h"
-#include "host/overrides.h"
-#include "host/terminal.h"
+#include "host/format/document_writer.h"
+#include "host/format/overrides.h"
+#include "host/program/frame_range.h"
+#include "host/program/terminal.h"
 #include "tests/host/scene_support.h"
 
 namespace host::test {

@@ -3,12 +3,12 @@
 #include <csignal>
 #include <numbers>
 
-#include "host/document_writer.h"
+#include "host/format/document_writer.h"
+#include "host/import/model_import.h"
 #include "host/interface/camera.h"
 #include "host/interface/light.h"
 #include "host/interface/material.h"
-#include "host/model_check.h"
-#include "host/model_import.h"
+#include "host/model/model_check.h"
 #include "tests/host/scene_support.h"
 
 namespace host::test {

@@ -4,9 +4,9 @@
 
 #include <dlfcn.h>
 
-#include "host/document_error.h"
-#include "host/interrupts.h"
+#include "host/base/document_error.h"
 #include "host/plugin_module.h"
+#include "host/program/interrupts.h"
 #include "host/program_context.h"
 #include "support/support.h"
 #include "tests/host/test_plugin.h"

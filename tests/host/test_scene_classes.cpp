@@ -3,9 +3,9 @@
 #include <map>
 #include <numbers>
 
-#include "host/document_writer.h"
+#include "host/base/json_place.h"
+#include "host/format/document_writer.h"
 #include "host/interface/material.h"
-#include "host/json_place.h"
 #include "tests/host/scene_support.h"
 
 namespace host::test {

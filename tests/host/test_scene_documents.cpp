@@ -1,9 +1,9 @@
 // Scene documents: reading, writing, and what is said about mistakes.
 
-#include "host/document_writer.h"
-#include "host/json_place.h"
-#include "host/primitive_mesh.h"
-#include "host/scene_work.h"
+#include "host/base/json_place.h"
+#include "host/format/document_writer.h"
+#include "host/scene/primitive_mesh.h"
+#include "host/scene/scene_work.h"
 #include "tests/host/scene_support.h"
 
 namespace host::test {

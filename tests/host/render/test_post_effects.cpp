@@ -1,5 +1,5 @@
-#include "host/document_writer.h"
-#include "host/overrides.h"
+#include "host/format/document_writer.h"
+#include "host/format/overrides.h"
 #include "tests/host/render/shot.h"
 
 namespace host::test {

@@ -1,0 +1,316 @@
+#include "host/format/document_reader.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <set>
+#include <system_error>
+#include <utility>
+
+#include "host/base/document_error.h"
+#include "host/base/json_place.h"
+#include "host/base/nearest_name.h"
+#include "host/format/keyframe_text.h"
+#include "host/format/parameter_value.h"
+
+namespace host {
+namespace {
+
+constexpr std::int32_t kLargestFrame = 10'000'000;
+
+/// Reads one document. Links may name any object, so the parameters are read in a second pass.
+class DocumentReader {
+ public:
+  explicit DocumentReader(const SceneClasses& classes) : classes_(classes) {}
+
+  std::unique_ptr<Document> Read(const JsonPlace& json, const std::string& folder) {
+    document_->folder = folder;
+    json.ExpectKeys({"fps", "start", "end", "preview_start", "preview_end", "render", "materials",
+                     "textures", "post_effects", "objects"});
+    ReadTimes(json);
+    ReadElements(json);
+    ReadVideoPosts(json);
+    if (json.Has("objects")) ReadObjects(json.At("objects"), nullptr);
+    for (const auto& [object, place] : objects_) {
+      ReadParameters(object->State(), place);
+      if (place.Has("keyframes")) ReadKeyframes(*object, place.At("keyframes"), *document_);
+      CheckTransformTracks(*object, place);
+    }
+    for (const auto& [element, place] : elements_) {
+      ReadParameters(*element, place);
+      if (place.Has("keyframes")) ReadKeyframes(*element, place.At("keyframes"), *document_);
+    }
+    return std::move(document_);
+  }
+
+ private:
+  void ReadTimes(const JsonPlace& json) {
+    Document& d = *document_;
+    const auto frame = [&json](const char* key, std::int32_t fallback) {
+      return json.Has(key) ? json.At(key).Whole(-kLargestFrame, kLargestFrame) : fallback;
+    };
+    if (json.Has("fps")) {
+      d.fps = json.At("fps").Rate();
+      d.fps_text = json.At("fps").Value().dump();
+    }
+    d.start = frame("start", std::min(d.start, frame("end", d.end)));
+    d.end = frame("end", std::max(d.start, d.end));
+    d.preview_start = frame("preview_start", d.start);
+    d.preview_end = frame("preview_end", d.end);
+    if (d.end < d.start) json.Fail("the end lies before the start");
+    if (d.preview_end < d.preview_start)
+      json.Fail("the preview's end lies before the preview's start");
+  }
+
+  /// Render settings, materials and textures.
+  void ReadElements(const JsonPlace& json) {
+    if (json.Has("render")) {
+      json.At("render").ExpectKeys({"parameters", "keyframes"});
+      elements_.emplace_back(&document_->GetActiveRenderData().State(), json.At("render"));
+    }
+    if (json.Has("materials")) {
+      const ElementClass& material = classes_.materials.All().front();
+      ReadRow(json.At("materials"), {"name", "parameters", "keyframes"},
+              [&](const JsonPlace&) { return document_->AddMaterial(material); });
+    }
+    if (json.Has("textures"))
+      ReadRow(json.At("textures"), {"type", "name", "parameters", "keyframes"},
+              [&](const JsonPlace& place) {
+                return document_->AddShader(ReadType(place, classes_.shaders));
+              });
+  }
+
+  /// All classes have one; the scene may say more of it.
+  void ReadVideoPosts(const JsonPlace& json) {
+    for (const ElementClass& type : classes_.post_effects.All())
+      if (!document_->AddVideoPost(type))
+        json.Fail("the post effect " + Quoted(type.description.name) + " can't be made");
+    if (!json.Has("post_effects")) return;
+    std::set<const ElementClass*> named;
+    ReadRow(json.At("post_effects"), {"type", "name", "parameters", "keyframes"},
+            [&](const JsonPlace& place) {
+              const ElementClass& type = ReadType(place, classes_.post_effects);
+              if (!named.insert(&type).second) place.Fail("the post effect stands here twice");
+              const auto& all = document_->VideoPosts();
+              return std::find_if(all.begin(), all.end(),
+                                  [&](const auto& e) { return e->State().type == &type; })
+                  ->get();
+            });
+  }
+
+  template <class Make>
+  void ReadRow(const JsonPlace& json, const std::vector<std::string>& keys, Make make) {
+    json.ExpectArray();
+    for (std::size_t i = 0; i < json.Size(); ++i) {
+      const JsonPlace place = json.At(i);
+      auto* element = make(place);
+      place.ExpectKeys(keys);
+      if (place.Has("name")) element->SetName(place.At("name").Text());
+      elements_.emplace_back(&element->State(), place);
+    }
+  }
+
+  void ReadObjects(const JsonPlace& json, SceneObject* parent) {
+    json.ExpectArray();
+    for (std::size_t i = 0; i < json.Size(); ++i) ReadObject(json.At(i), parent);
+  }
+
+  void ReadObject(const JsonPlace& json, SceneObject* parent) {
+    const ElementClass& type = ReadType(json, classes_.objects);
+    std::vector<std::string> keys = {"type",       "name",      "enabled", "visible_in_render",
+                                     "position",   "rotation",  "scale",   "tags",
+                                     "parameters", "keyframes", "children"};
+    if (type.id == kPolygonObject)
+      keys.insert(keys.end(), {"points", "polygons", "uvs", "weights", "shapes"});
+    json.ExpectKeys(keys);
+    SceneObject* object = document_->AddObject(type, parent);
+    if (!object) json.Fail("the object can't be made");
+    objects_.emplace_back(object, json);
+
+    if (json.Has("name")) object->SetName(json.At("name").Text());
+    if (json.Has("enabled")) object->enabled = json.At("enabled").Bool();
+    if (json.Has("visible_in_render"))
+      object->render_mode = json.At("visible_in_render").Bool() ? RenderMode::On : RenderMode::Off;
+    Transform& transform = object->transform;
+    if (json.Has("position")) transform.position = json.At("position").VectorValue();
+    if (json.Has("rotation")) transform.rotation = json.At("rotation").VectorValue();
+    if (json.Has("scale")) transform.scale = ReadScale(json.At("scale"));
+    if (json.Has("points") || json.Has("polygons")) ReadPolygons(json, *object);
+    if (json.Has("uvs")) ReadUvs(json.At("uvs"), *object);
+    if (json.Has("weights")) ReadWeights(json.At("weights"), *object);
+    if (json.Has("shapes")) ReadShapes(json.At("shapes"), *object);
+    if (json.Has("tags")) ReadTags(json.At("tags"), *object);
+    if (json.Has("children")) ReadObjects(json.At("children"), object);
+  }
+
+  void ReadTags(const JsonPlace& json, SceneObject& object) {
+    json.ExpectArray();
+    for (std::size_t i = 0; i < json.Size(); ++i) {
+      const JsonPlace place = json.At(i);
+      const ElementClass& type = ReadType(place, classes_.tags);
+      std::vector<std::string> keys = {"type", "name", "parameters", "keyframes"};
+      if (type.id == kSelectionTag) keys.push_back("polygons");
+      place.ExpectKeys(keys);
+      SceneTag* tag = document_->AddTag(type, object);
+      if (!tag) place.Fail("the tag can't be made");
+      elements_.emplace_back(&tag->State(), place);
+      if (place.Has("name")) tag->SetName(place.At("name").Text());
+      if (place.Has("polygons")) tag->selected = ReadRanges(place.At("polygons"));
+    }
+  }
+
+  static const ElementClass& ReadType(const JsonPlace& json, const ElementClasses& classes) {
+    json.ExpectObject();
+    if (!json.Has("type")) json.Fail("the key \"type\" is missing");
+    const std::string name = json.At("type").Text();
+    if (const ElementClass* type = classes.Find(name)) return *type;
+    json.At("type").Fail("unknown type " + Quoted(name) + DidYouMean(name, classes.Names()));
+  }
+
+  static void ReadPolygons(const JsonPlace& json, SceneObject& object) {
+    if (!json.Has("points") || !json.Has("polygons"))
+      json.Fail("\"points\" and \"polygons\" go together; one of them is missing");
+    const JsonPlace points = json.At("points"), polygons = json.At("polygons");
+    points.ExpectArray();
+    for (std::size_t i = 0; i < points.Size(); ++i)
+      object.points.push_back(points.At(i).VectorValue());
+    const std::int32_t last = object.GetPointCount() - 1;
+    polygons.ExpectArray();
+    if (polygons.Size() == 0) polygons.Fail("the mesh has no polygons");
+    for (std::size_t i = 0; i < polygons.Size(); ++i) {
+      const JsonPlace corners = polygons.At(i);
+      corners.ExpectLength(3, 4);
+      const auto corner = [&](std::size_t k) { return corners.At(k).Whole(0, last); };
+      object.polygons.push_back(
+          {corner(0), corner(1), corner(2), corner(corners.Size() == 4 ? 3 : 2)});
+    }
+    object.inline_mesh = true;
+  }
+
+  /// One array of corners [u, v] for each polygon.
+  static void ReadUvs(const JsonPlace& json, SceneObject& object) {
+    const std::size_t count = object.polygons.size();
+    json.ExpectLength(count, count);
+    if (!object.inline_mesh) json.Fail("belong to \"points\" and \"polygons\"");
+    for (std::size_t i = 0; i < count; ++i) {
+      const JsonPlace corners = json.At(i);
+      const std::size_t sides = object.polygons[i].c == object.polygons[i].d ? 3 : 4;
+      corners.ExpectLength(sides, sides);
+      const auto corner = [&](std::size_t k) {
+        corners.At(k).ExpectLength(2, 2);
+        return Vector{corners.At(k).At(std::size_t{0}).Number(), corners.At(k).At(1).Number(), 0};
+      };
+      object.uvws.push_back({corner(0), corner(1), corner(2), corner(sides - 1)});
+    }
+  }
+
+  static void ReadWeights(const JsonPlace& json, SceneObject& object) {
+    if (!object.inline_mesh) json.Fail("belong to \"points\" and \"polygons\"");
+    json.ExpectLength(object.points.size(), object.points.size());
+    for (std::size_t i = 0; i < json.Size(); ++i) {
+      const double weight = json.At(i).Number();
+      if (weight < 0 || weight > 1) json.At(i).Fail("expected a weight from 0 to 1");
+      object.weights.push_back(static_cast<float>(weight));
+    }
+  }
+
+  /// Two or more of {"frame": number, "points": [...]}, which the mesh goes through in time.
+  static void ReadShapes(const JsonPlace& json, SceneObject& object) {
+    json.ExpectArray();
+    if (!object.inline_mesh) json.Fail("belong to \"points\" and \"polygons\"");
+    if (json.Size() < 2) json.Fail("expected at least two shapes");
+    for (std::size_t i = 0; i < json.Size(); ++i) {
+      const JsonPlace place = json.At(i);
+      place.ExpectKeys({"frame", "points"});
+      if (!place.Has("frame") || !place.Has("points")) place.Fail("frame or points is missing");
+      MeshShape shape{place.At("frame").Number(), {}};
+      if (i > 0 && shape.frame <= object.shapes.back().frame)
+        place.At("frame").Fail("the frames of shapes must ascend");
+      const JsonPlace points = place.At("points");
+      points.ExpectLength(object.points.size(), object.points.size());
+      for (std::size_t k = 0; k < points.Size(); ++k)
+        shape.points.push_back(points.At(k).VectorValue());
+      object.shapes.push_back(std::move(shape));
+    }
+    object.points = object.shapes.front().points;
+  }
+
+  /// Whole numbers and pairs [first, last], in any order.
+  static IndexRanges ReadRanges(const JsonPlace& json) {
+    constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max() - 1;
+    IndexRanges all, joined;
+    json.ExpectArray();
+    for (std::size_t i = 0; i < json.Size(); ++i) {
+      const JsonPlace one = json.At(i);
+      if (one.Value().is_array()) one.ExpectLength(2, 2);
+      const std::int32_t first =
+          one.Value().is_array() ? one.At(std::size_t{0}).Whole(0, most) : one.Whole(0, most);
+      all.emplace_back(first, one.Value().is_array() ? one.At(1).Whole(first, most) : first);
+    }
+    std::sort(all.begin(), all.end());
+    for (const auto& range : all) {
+      if (joined.empty() || range.first > joined.back().second + 1) joined.push_back(range);
+      joined.back().second = std::max(joined.back().second, range.second);
+    }
+    return joined;
+  }
+
+  void ReadParameters(ElementState& element, const JsonPlace& json) {
+    if (!json.Has("parameters")) return;
+    const JsonPlace parameters = json.At("parameters");
+    const ClassDescription& description = element.type->description;
+    parameters.ExpectKeys(description.Names(), "parameter");
+    for (const auto& [key, value] : parameters.Value().items()) {
+      const ParameterInfo& info = *description.Find(key);
+      element.data.Set(info.id, ReadValue(info, parameters.At(key), *document_));
+      element.written.insert(info.id);
+    }
+  }
+
+  static void CheckTransformTracks(const SceneObject& object, const JsonPlace& json) {
+    const auto check = [&json](bool animated, const char* key) {
+      if (animated && json.Has(key))
+        json.At(key).Fail("there are keyframes too; leave one of them out");
+    };
+    check(object.position_track.has_value(), "position");
+    check(object.rotation_track.has_value(), "rotation");
+    check(object.scale_track.has_value(), "scale");
+  }
+
+  const SceneClasses& classes_;
+  std::unique_ptr<Document> document_ = std::make_unique<Document>();
+  std::vector<std::pair<SceneObject*, JsonPlace>> objects_;
+  std::vector<std::pair<ElementState*, JsonPlace>> elements_;  ///< all others
+};
+
+std::string ReadFile(const std::string& path) {
+  if (std::filesystem::is_directory(path)) throw DocumentError("is a folder, not a scene");
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw DocumentError("can't be opened: " + std::generic_category().message(errno));
+  return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+}  // namespace
+
+std::unique_ptr<Document> ReadDocument(const std::string& text, const std::string& folder,
+                                       const SceneClasses& classes) {
+  const Json json = ParseJson(text);
+  return DocumentReader(classes).Read({json, ""}, folder);
+}
+
+std::unique_ptr<Document> ReadDocumentFile(const std::string& path, const SceneClasses& classes) {
+  try {
+    const std::filesystem::path absolute = std::filesystem::absolute(path).lexically_normal();
+    auto document = ReadDocument(ReadFile(path), absolute.parent_path().string(), classes);
+    document->name = absolute.filename().string();
+    for (std::string& warning : document->warnings) warning = path + ": " + warning;
+    return document;
+  } catch (const DocumentError& error) {
+    throw DocumentError(path, error.what());
+  }
+}
+
+}  // namespace host

@@ -1,0 +1,137 @@
+#include "host/program/describe_command.h"
+
+#include <cmath>
+#include <sstream>
+
+#include "host/base/json_place.h"
+#include "host/base/nearest_name.h"
+#include "host/format/parameter_value.h"
+#include "host/format/scene_schema.h"
+
+namespace host {
+namespace {
+
+std::string TypeText(const ParameterInfo& info) {
+  if (!info.cycle.empty()) {
+    std::string names;
+    for (const CycleEntry& entry : info.cycle) names += (names.empty() ? "" : "|") + entry.name;
+    return names;
+  }
+  switch (info.type) {
+    case ParameterType::Bool:
+      return "true|false";
+    case ParameterType::Long:
+      return "whole number";
+    case ParameterType::Real:
+      return "number";
+    case ParameterType::Vector:
+      return "[x, y, z]";
+    case ParameterType::Time:
+      return "seconds";
+    case ParameterType::String:
+      return "text";
+    case ParameterType::Filename:
+      return "file name";
+    case ParameterType::Curve:
+      return "[[x, y], ...]";
+    case ParameterType::Gradient:
+      return "[[position, [r, g, b]], ...]";
+    case ParameterType::Links:
+      return "[name, ...]";
+    case ParameterType::Button:
+      return "button";
+    case ParameterType::Link:
+      break;
+  }
+  return info.target == LinkTarget::Object     ? "name of an object"
+         : info.target == LinkTarget::Material ? "name of a material"
+                                               : "name of a texture";
+}
+
+std::string DefaultText(const ParameterInfo& info) {
+  BaseContainer data;
+  data.Set(info.id, info.default_value);
+  return WriteValue(info, data, Document()).dump();
+}
+
+std::string BoundsText(const ParameterInfo& info) {
+  std::ostringstream text;
+  if (std::isfinite(info.minimum)) text << ", from " << info.minimum;
+  if (std::isfinite(info.maximum)) text << ", up to " << info.maximum;
+  return text.str();
+}
+
+void Describe(const ElementClass& type, const char* kind, CommandContext& context) {
+  const ClassDescription& description = type.description;
+  context.Result(std::string(kind) + " \"" + description.name + "\": " + description.help);
+  context.Event("type", {{"kind", kind}, {"name", description.name}, {"help", description.help}});
+  for (const ParameterInfo& info : description.parameters) {
+    if (!info.listed) continue;
+    const std::string bounds = BoundsText(info), default_text = DefaultText(info);
+    context.Result("  " + info.Name() + ": " + TypeText(info) +
+                   (info.unit.empty() ? "" : ", " + info.unit) + bounds + ", default " +
+                   default_text + (info.animatable ? "" : ", no keyframes") +
+                   (info.stored ? "" : ", shown only"));
+    if (!info.help.empty()) context.Result("      " + info.help);
+    context.Event("parameter", {{"type", description.name},
+                                {"name", info.Name()},
+                                {"values", TypeText(info)},
+                                {"unit", info.unit},
+                                {"minimum", info.minimum},
+                                {"maximum", info.maximum},
+                                {"default", default_text},
+                                {"animatable", info.animatable},
+                                {"help", info.help}});
+  }
+}
+
+}  // namespace
+
+void DescribeAll(const ElementClasses& classes, const char* kind, CommandContext& context) {
+  for (const ElementClass& type : classes.All()) Describe(type, kind, context);
+}
+
+CommandInfo DescribeCommand::GetInfo() const {
+  return {.verb = "describe",
+          .help = "Tells what a scene can hold: types of objects and tags, and their parameters",
+          .options = {{.name = "TYPE",
+                       .value_name = "TYPE",
+                       .help = "an object's or a tag's type, default: all",
+                       .positional = true},
+                      {.name = "schema",
+                       .type = OptionType::Flag,
+                       .help = "the form of scenes as a JSON schema instead"}}};
+}
+
+int DescribeCommand::Execute(const CommandArguments& arguments, CommandContext& context) {
+  if (arguments.Has("schema")) {
+    context.Result(SceneSchema(classes_));
+    return kDone;
+  }
+  const std::string name = arguments.GetString("TYPE");
+  bool found = false;
+  const auto describe = [&](const ElementClasses& classes, const char* kind) {
+    for (const ElementClass& type : classes.All()) {
+      if (!name.empty() && type.description.name != name) continue;
+      Describe(type, kind, context);
+      found = true;
+    }
+  };
+  describe(classes_.objects, "object");
+  describe(classes_.tags, "tag");
+  describe(classes_.post_effects, "post effect");
+  describe(classes_.materials, "material");
+  describe(classes_.shaders, "texture");
+  describe(classes_.render, "render");
+  describe(classes_.preferences, "preferences");
+  if (found) return kDone;
+  std::vector<std::string> names;
+  for (const ElementClasses* classes :
+       {&classes_.objects, &classes_.tags, &classes_.post_effects, &classes_.materials,
+        &classes_.shaders, &classes_.render, &classes_.preferences})
+    for (const std::string& known : classes->Names()) names.push_back(known);
+  context.Error("unknown type " + Quoted(name) + DidYouMean(name, names));
+  return kBadInput;
+}
+
+}  // namespace host
