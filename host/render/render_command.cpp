@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include "host/render/render_run.h"
+#include "host/render/job/render_run.h"
 
 namespace host {
 namespace {

@@ -13,7 +13,7 @@
 #include "cache/sim_frame.h"
 #include "glue/test_document.h"
 #include "host/format/document_writer.h"
-#include "host/render/render_run.h"
+#include "host/render/job/render_run.h"
 #include "support/support.h"
 #include "tests/host/render/shot.h"
 

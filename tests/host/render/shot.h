@@ -8,8 +8,8 @@
 #include <gtest/gtest.h>
 
 #include "host/render/color.h"
-#include "host/render/frame_renderer.h"
-#include "host/render/render_session.h"
+#include "host/render/job/render_session.h"
+#include "host/render/trace/frame_renderer.h"
 #include "tests/glue/recording_context.h"
 
 namespace host::test {

@@ -1,4 +1,4 @@
-#include "host/render/render_job.h"
+#include "host/render/job/render_job.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,4 +1,4 @@
-#include "host/render/render_scene.h"
+#include "host/render/trace/render_scene.h"
 
 #include "host/interface/camera.h"
 #include "host/render/color.h"

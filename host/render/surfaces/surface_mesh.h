@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "host/interface/video_post.h"
-#include "host/render/surface_material.h"
+#include "host/render/surfaces/surface_material.h"
 
 namespace host {
 

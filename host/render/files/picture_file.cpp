@@ -1,4 +1,4 @@
-#include "host/render/picture_file.h"
+#include "host/render/files/picture_file.h"
 
 #include <cerrno>
 #include <filesystem>

@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "host/render/picture.h"
+#include "host/render/trace/picture.h"
 
 namespace host {
 

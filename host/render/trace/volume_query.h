@@ -3,7 +3,7 @@
 
 #include <atomic>
 
-#include "host/render/render_scene.h"
+#include "host/render/trace/render_scene.h"
 
 namespace host {
 

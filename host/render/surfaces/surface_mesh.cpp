@@ -1,4 +1,4 @@
-#include "host/render/surface_mesh.h"
+#include "host/render/surfaces/surface_mesh.h"
 
 #include "host/interface/compositing.h"
 #include "host/render/color.h"

@@ -1,12 +1,12 @@
-#include "host/render/render_run.h"
+#include "host/render/job/render_run.h"
 
 #include <chrono>
 #include <cstdio>
 #include <stdexcept>
 
 #include "host/render/color.h"
-#include "host/render/frame_renderer.h"
 #include "host/render/sampler.h"
+#include "host/render/trace/frame_renderer.h"
 
 namespace host {
 namespace {

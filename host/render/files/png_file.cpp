@@ -3,7 +3,7 @@
 #include <stdexcept>
 
 #include "host/render/color.h"
-#include "host/render/picture_file.h"
+#include "host/render/files/picture_file.h"
 #include "host/render/sampler.h"
 
 namespace host {

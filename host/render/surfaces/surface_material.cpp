@@ -1,4 +1,4 @@
-#include "host/render/surface_material.h"
+#include "host/render/surfaces/surface_material.h"
 
 #include "host/render/color.h"
 

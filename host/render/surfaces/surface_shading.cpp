@@ -1,4 +1,4 @@
-#include "host/render/surface_shading.h"
+#include "host/render/surfaces/surface_shading.h"
 
 namespace host {
 namespace {

@@ -7,7 +7,7 @@
 
 #include "host/interface/command_data.h"
 #include "host/interface/video_post.h"
-#include "host/render/picture_file.h"
+#include "host/render/files/picture_file.h"
 
 namespace host {
 

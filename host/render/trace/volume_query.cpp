@@ -1,4 +1,4 @@
-#include "host/render/volume_query.h"
+#include "host/render/trace/volume_query.h"
 
 #include <bit>
 

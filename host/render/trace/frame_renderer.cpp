@@ -1,4 +1,4 @@
-#include "host/render/frame_renderer.h"
+#include "host/render/trace/frame_renderer.h"
 
 #include <algorithm>
 #include <atomic>

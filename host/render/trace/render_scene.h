@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "host/render/glow_grid.h"
-#include "host/render/light_source.h"
-#include "host/render/render_camera.h"
-#include "host/render/surface_scene.h"
+#include "host/render/surfaces/glow_grid.h"
+#include "host/render/surfaces/surface_scene.h"
+#include "host/render/trace/light_source.h"
+#include "host/render/trace/render_camera.h"
 
 namespace host {
 

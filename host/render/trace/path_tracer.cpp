@@ -1,4 +1,4 @@
-#include "host/render/path_tracer.h"
+#include "host/render/trace/path_tracer.h"
 
 #include "host/render/color.h"
 

@@ -1,11 +1,11 @@
-#include "host/render/render_camera.h"
+#include "host/render/trace/render_camera.h"
 
 #include <stdexcept>
 
 #include "host/interface/camera.h"
 #include "host/render/color.h"
 #include "host/render/scene_walk.h"
-#include "host/render/surface_scene.h"
+#include "host/render/surfaces/surface_scene.h"
 
 namespace host {
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "host/interface/frame_rate.h"
-#include "host/render/path_tracer.h"
+#include "host/render/trace/path_tracer.h"
 
 namespace host {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/render/render_session.h"
+#include "host/render/job/render_session.h"
 #include "host/scene/document.h"
 
 namespace host {

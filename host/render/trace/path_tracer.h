@@ -2,8 +2,8 @@
 #pragma once
 
 #include "host/render/sampler.h"
-#include "host/render/surface_shading.h"
-#include "host/render/volume_query.h"
+#include "host/render/surfaces/surface_shading.h"
+#include "host/render/trace/volume_query.h"
 
 namespace host {
 

@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-#include "host/render/surface_mesh.h"
+#include "host/render/surfaces/surface_mesh.h"
 
 namespace host {
 

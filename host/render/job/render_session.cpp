@@ -1,4 +1,4 @@
-#include "host/render/render_session.h"
+#include "host/render/job/render_session.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "host/render/glow_grid.h"
+#include "host/render/surfaces/glow_grid.h"
 
 #include <algorithm>
 #include <cmath>

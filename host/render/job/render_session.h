@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "host/interface/command_data.h"
-#include "host/render/render_job.h"
-#include "host/render/volume_query.h"
+#include "host/render/job/render_job.h"
+#include "host/render/trace/volume_query.h"
 
 namespace host {
 

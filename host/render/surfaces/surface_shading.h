@@ -8,9 +8,9 @@
 #pragma once
 
 #include "host/render/color.h"
-#include "host/render/glow_grid.h"
 #include "host/render/sampler.h"
-#include "host/render/surface_scene.h"
+#include "host/render/surfaces/glow_grid.h"
+#include "host/render/surfaces/surface_scene.h"
 
 namespace host {
 

@@ -11,7 +11,7 @@
 #include <half.h>
 
 #include "host/render/color.h"
-#include "host/render/picture_file.h"
+#include "host/render/files/picture_file.h"
 
 namespace host {
 namespace {

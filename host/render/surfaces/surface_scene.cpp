@@ -1,4 +1,4 @@
-#include "host/render/surface_scene.h"
+#include "host/render/surfaces/surface_scene.h"
 
 #include <stdexcept>
 

@@ -1,4 +1,4 @@
-#include "host/render/light_source.h"
+#include "host/render/trace/light_source.h"
 
 #include <algorithm>
 
