@@ -10,7 +10,7 @@
 #include "host/render/color.h"
 #include "host/render/job/render_session.h"
 #include "host/render/trace/frame_renderer.h"
-#include "tests/glue/recording_context.h"
+#include "tests/C4D/recording_context.h"
 
 namespace host::test {
 

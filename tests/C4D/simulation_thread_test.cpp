@@ -1,7 +1,7 @@
 #include "C4D/run/simulation_thread.h"
 
+#include "C4D/test_document.h"
 #include "cache/cache_registry.h"
-#include "glue/test_document.h"
 #include "support/support.h"
 
 namespace nbx {

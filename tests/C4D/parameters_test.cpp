@@ -16,7 +16,7 @@
 #include "C4D/settings/volume_cache.h"
 #include "C4D/sources/source_substeps.h"
 #include "C4D/sources/source_tags.h"
-#include "glue/test_document.h"
+#include "C4D/test_document.h"
 #include "render/direct_light_field.h"
 #include "render/scattered_light_field.h"
 #include "support/support.h"

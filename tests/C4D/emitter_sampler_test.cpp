@@ -3,10 +3,10 @@
 #include <map>
 #include <set>
 
+#include "C4D/scene_run.h"
 #include "C4D/services/host_conversion.h"
 #include "C4D/settings/source_parameters.h"
 #include "C4D/sources/particle_sources.h"
-#include "glue/scene_run.h"
 #include "math/mfield_operations.h"
 #include "math/sparse_field_operators.h"
 

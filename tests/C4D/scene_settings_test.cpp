@@ -2,10 +2,10 @@
 
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/run/workspace.h"
+#include "C4D/scene_run.h"
 #include "C4D/services/host_conversion.h"
 #include "C4D/settings/volume_cache.h"
 #include "C4D/settings/volume_grid.h"
-#include "glue/scene_run.h"
 #include "math/field_pool.h"
 #include "util/exception.h"
 #include "util/memory.h"

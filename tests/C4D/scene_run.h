@@ -6,7 +6,7 @@
 #include "C4D/settings/scene_settings.h"
 #include "C4D/sources/emitter_sampler.h"
 #include "C4D/sources/solid_sampler.h"
-#include "glue/test_document.h"
+#include "C4D/test_document.h"
 #include "math/field_reductions.h"
 #include "support/support.h"
 

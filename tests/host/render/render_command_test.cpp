@@ -1,3 +1,5 @@
+#include "host/render/render_command.h"
+
 #include <QImage>
 #include <algorithm>
 #include <array>
@@ -10,7 +12,6 @@
 #include <ImfStandardAttributes.h>
 #include <ImfStringAttribute.h>
 
-#include "host/render/render_command.h"
 #include "tests/host/render/shot.h"
 #include "tests/support/support.h"
 

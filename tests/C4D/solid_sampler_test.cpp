@@ -1,6 +1,6 @@
 #include "C4D/sources/solid_sampler.h"
 
-#include "glue/scene_run.h"
+#include "C4D/scene_run.h"
 #include "math/mfield_operations.h"
 
 namespace nbx {

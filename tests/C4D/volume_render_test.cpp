@@ -8,10 +8,10 @@
 #include <gtest/gtest.h>
 
 #include "C4D/services/host_access.h"
+#include "C4D/test_document.h"
 #include "cache/frame_names.h"
 #include "cache/grid_type.h"
 #include "cache/sim_frame.h"
-#include "glue/test_document.h"
 #include "host/format/document_writer.h"
 #include "host/render/job/render_run.h"
 #include "support/support.h"

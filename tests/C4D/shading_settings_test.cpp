@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "glue/test_document.h"
+#include "C4D/test_document.h"
 
 namespace nbx {
 namespace {

@@ -2,9 +2,9 @@
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/parameters/volume_shading_parameters.h"
 #include "C4D/settings/shading_settings.h"
+#include "C4D/test_document.h"
 #include "cache/cache_registry.h"
 #include "cache/grid_type.h"
-#include "glue/test_document.h"
 #include "support/support.h"
 
 namespace nbx {

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <set>
 
-#include "glue/plugin_fixture.h"
+#include "C4D/plugin_fixture.h"
 #include "math/field_pool.h"
 
 namespace nbx {

@@ -7,9 +7,9 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
+#include "C4D/plugin_fixture.h"
 #include "cache/cache_info.h"
 #include "cache/cache_registry.h"
-#include "glue/plugin_fixture.h"
 #include "support/full_disk.h"
 
 namespace nbx {

@@ -1,9 +1,9 @@
 #include "C4D/volume/modify_particles.h"
 
 #include "C4D/settings/volume_grid.h"
+#include "C4D/test_document.h"
 #include "cache/cache_registry.h"
 #include "cache/grid_type.h"
-#include "glue/test_document.h"
 #include "support/support.h"
 
 namespace nbx {

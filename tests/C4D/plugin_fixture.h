@@ -4,10 +4,10 @@
 #include <QImage>
 #include <functional>
 
+#include "C4D/recording_context.h"
 #include "cache/frame_names.h"
 #include "cache/grid_type.h"
 #include "cache/sim_frame.h"
-#include "glue/recording_context.h"
 #include "host/plugin_module.h"
 #include "support/support.h"
 

@@ -4,7 +4,7 @@
 
 #include "C4D/parameters/volume_display_parameters.h"
 #include "C4D/parameters/volume_parameters.h"
-#include "glue/plugin_fixture.h"
+#include "C4D/plugin_fixture.h"
 #include "host/render/render_command.h"
 
 namespace nbx {
