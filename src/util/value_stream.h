@@ -1,6 +1,6 @@
 // Streams of typed values, in which our own kinds of parameter values are stored. The reader must
-// ask for the same kinds in the same order as the writer gave them. The glue adapts the host's file
-// stream to these interfaces; ByteWriter and ByteReader keep the values in memory.
+// ask for the same kinds in the same order as the writer gave them. The plug-in adapts the host's
+// file stream to these interfaces; ByteWriter and ByteReader keep the values in memory.
 #pragma once
 
 #include <cstddef>

@@ -14,7 +14,7 @@ using test::replaced;
 // All that a state must carry: a flame whose blurred driver keeps what burns for the next substep,
 // a domain that moves and so feels a wind, wind and clock that change, a source and a solid that
 // move.
-const std::string kScene = test::read_file(NBX_GLUE_DATA "/fire.json");
+const std::string kScene = test::read_file(NBX_C4D_DATA "/fire.json");
 const char* const kBurning = R"("parameters": {"fuel": 1, "temperature": 1, "expansion": 1})";
 
 std::string fire(const std::string& values, const std::string& keys = "",

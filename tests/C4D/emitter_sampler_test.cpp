@@ -3,6 +3,7 @@
 #include <map>
 #include <set>
 
+#include "C4D/parameters/volume_tag_parameters.h"
 #include "C4D/scene_run.h"
 #include "C4D/services/host_conversion.h"
 #include "C4D/settings/source_parameters.h"

@@ -67,7 +67,7 @@ TEST(PluginStart, SetsUpReportsAndTakesDownEachTime) {
     }
     EXPECT_EQ(QCoreApplication::instance(), nullptr);
 
-    std::istringstream said(log.text()), wanted(test::read_file(NBX_GLUE_DATA "/start_log.txt"));
+    std::istringstream said(log.text()), wanted(test::read_file(NBX_C4D_DATA "/start_log.txt"));
     std::string pattern;
     for (std::string line; std::getline(said, line);) {
       if (line.find("] CUDA Device ") != std::string::npos) continue;  // one for each GPU

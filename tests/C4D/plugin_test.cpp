@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 using test::replaced;
 
 // A ball of smoke above a closed floor, 24 x 40 x 20 voxels.
-const std::string kScene = test::read_file(NBX_GLUE_DATA "/smoke.json");
+const std::string kScene = test::read_file(NBX_C4D_DATA "/smoke.json");
 
 class Plugin : public test::PluginFixture {
  protected:

@@ -1,4 +1,4 @@
-// Documents with the plug-in's classes, for tests of single parts of the glue.
+// Documents with the plug-in's classes, for tests of single parts of the plug-in.
 #pragma once
 
 #include <memory>
@@ -22,7 +22,7 @@ class TestDocument {
     register_volume_tag(host_, "Emitter");
     register_volume_renderer(host_, "Smoke and Fire");
     document_ = host::ReadDocument(
-        objects.ends_with(".json") ? read_file(NBX_GLUE_DATA "/" + objects)
+        objects.ends_with(".json") ? read_file(NBX_C4D_DATA "/" + objects)
                                    : R"({"fps": 25, )" + more + R"("objects": [)" + objects + "]}",
         "/", host_.Classes());
     document_->Open();

@@ -1,11 +1,11 @@
+#include "tests/host/test_plugin.h"
+
 #include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
-
-#include "tests/host/test_plugin.h"
 
 namespace {
 
