@@ -36,7 +36,7 @@ void convert_version(host::BaseObject& volume) {
 
 /// "caches//a/../b" becomes "caches/b", and a relative path stays one. A / at the end has a
 /// meaning.
-void normalise_cache_location(host::BaseContainer& volume) {
+void normalize_cache_location(host::BaseContainer& volume) {
   const QString before = QString::fromStdString(volume.GetFilename(OVOLUME_CACHE_NAME).path);
   QString path = QDir::cleanPath(before);
   if (before.endsWith('/') && !path.endsWith('/')) path += '/';
@@ -87,7 +87,7 @@ bool VolumeObject::Message(host::BaseList2D& node, std::int32_t type, void* data
       return true;
     case host::kMessageDocumentLoaded:
       convert_version(object);
-      normalise_cache_location(object.GetDataInstance());
+      normalize_cache_location(object.GetDataInstance());
       return true;
     case host::kMessageSaveAssets:
       save_cache(object, *static_cast<host::SaveAssets*>(data));
@@ -108,9 +108,9 @@ bool VolumeObject::GetDEnabling(const host::BaseList2D& node, std::int32_t id) c
   return volume_parameter_enabled(node, id);
 }
 
-void VolumeObject::GetDimension(const host::BaseObject& object, host::Vector& centre,
+void VolumeObject::GetDimension(const host::BaseObject& object, host::Vector& center,
                                 host::Vector& radius) const {
-  centre = {};
+  center = {};
   radius = ParameterReader(object).vector(OVOLUME_SIZE) * 0.5;
 }
 

@@ -13,7 +13,7 @@ class VolumeObject final : public host::ObjectData {
   bool Message(host::BaseList2D& node, std::int32_t type, void* data) override;
   bool GetDParameter(host::BaseList2D& node, std::int32_t id, host::ParameterValue& value) override;
   bool GetDEnabling(const host::BaseList2D& node, std::int32_t id) const override;
-  void GetDimension(const host::BaseObject& object, host::Vector& centre,
+  void GetDimension(const host::BaseObject& object, host::Vector& center,
                     host::Vector& radius) const override;
   void ModifyParticles(const host::BaseObject& object, const host::Particles& particles,
                        std::vector<host::ParticleModification>& changes, double step) override;

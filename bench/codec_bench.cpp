@@ -31,7 +31,7 @@ const Field<float>& grid(benchmark::State& state) {
   return *frame.grid(type);
 }
 
-// libfpzip's best times, measured within the loop of ours: neighbours on the machine slow both.
+// libfpzip's best times, measured within the loop of ours: neighbors on the machine slow both.
 struct Fpzip {
   std::vector<char> bytes;
   std::size_t size = 0;

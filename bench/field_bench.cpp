@@ -69,7 +69,7 @@ BENCHMARK(bench_convolve3D)->Name("convolve3D");
 
 void bench_box_blur(benchmark::State& state) {
   Field<float>&field = random_field(128, 0), &tmp = random_field(128, 1);
-  const double radius = static_cast<double>(state.range(0));
+  const double radius = state.range(0);
   measure(state, field.count(), [&] { box_blur3D(field, tmp, radius); });
 }
 BENCHMARK(bench_box_blur)->Name("box_blur")->DenseRange(1, 16);

@@ -23,13 +23,13 @@ struct Faces {
   Field<float> W = random_field(kCells, kCells, kCells + 1, 3);
 };
 
-Field<float> centre_field(unsigned seed) { return random_field(kCells, kCells, kCells, seed); }
+Field<float> center_field(unsigned seed) { return random_field(kCells, kCells, kCells, seed); }
 
 // Curl, confinement and transfer to the faces, as a step runs them.
 void vorticity(benchmark::State& state) {
   Faces u;
-  Field<float> wx = centre_field(4), wy = centre_field(5), wz = centre_field(6);
-  Field<float> mag = centre_field(7);
+  Field<float> wx = center_field(4), wy = center_field(5), wz = center_field(6);
+  Field<float> mag = center_field(7);
   bench::measure(state, kCount, [&] {
     VelocityCurl(wx, wy, wz, mag, u.U, u.V, u.W, 0.01f);
     VorticityConfinementForce(wx, wy, wz, mag, 1e-5f);
@@ -39,7 +39,7 @@ void vorticity(benchmark::State& state) {
 
 void curl_noise(benchmark::State& state, bool scaled) {
   Faces u;
-  const Field<float> psi = centre_field(4), map = centre_field(5);
+  const Field<float> psi = center_field(4), map = center_field(5);
   bench::measure(state, kCount,
                  [&] { add_curl_of_scaled(u.U, u.V, u.W, psi, scaled ? &map : nullptr, 1e-5f); });
 }
@@ -49,7 +49,7 @@ void curl_noise_scaled(benchmark::State& state) { curl_noise(state, true); }
 void noise_band(benchmark::State& state) {
   WaveletNoise noise;
   advance_tile(noise, 0.5f, true, false);
-  Field<float> psi = centre_field(4);
+  Field<float> psi = center_field(4);
   bench::measure(state, kCount, [&] { noise_field(psi, noise, 0.4f, 1e-5f, {0.3f, 17.2f, 5}); });
 }
 
@@ -64,8 +64,8 @@ void apply_curve(benchmark::State& state, float bias) {
   RationalSpline spline;
   for (int i = 0; i < 6; ++i)
     spline.setBias(spline.addPoint(0.2f * static_cast<float>(i), i % 2 ? 1.0f : 0.0f), bias);
-  const Field<float> src = centre_field(4);
-  Field<float> dst = centre_field(5);
+  const Field<float> src = center_field(4);
+  Field<float> dst = center_field(5);
   bench::measure(state, kCount, [&] { apply_function(dst, src, spline); });
 }
 void apply_function_hermite(benchmark::State& state) { apply_curve(state, 0.5f); }

@@ -41,9 +41,9 @@ int main(int argc, char** argv) {
   benchmark::AddCustomContext("instructions", isa_name());
   benchmark::AddCustomContext("compiler", __VERSION__);
 #ifdef __OPTIMIZE__
-  benchmark::AddCustomContext("optimised", "yes");
+  benchmark::AddCustomContext("optimized", "yes");
 #else
-  benchmark::AddCustomContext("optimised", "no");
+  benchmark::AddCustomContext("optimized", "no");
 #endif
   benchmark::AddCustomContext("triad_GB_per_s", std::to_string(12e-9 / triad));
   benchmark::RunSpecifiedBenchmarks();

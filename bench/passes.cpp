@@ -47,7 +47,7 @@ double seconds_per_float() {
 
 void report_iteration(benchmark::State& state, std::size_t cells, double seconds,
                       double bytes_per_cell) {
-  const double n = static_cast<double>(cells);
+  const double n = cells;
   state.counters["passes"] = seconds / (n * seconds_per_float());
   state.counters["cells_per_s"] = n / seconds;
   if (bytes_per_cell > 0) state.counters["bytes_per_cell"] = bytes_per_cell;

@@ -40,12 +40,12 @@ class Smoke {
     params_.smoke.ramp = std::make_shared<GradientRamp>(
         std::vector<GradientKnot>{{0, {1, 0.9f, 0.8f}}, {1, {0.5f, 0.6f, 0.7f}}});
     params_.smoke.density = 2;
-    params_.smoke.noise = {.percent = noise, .scaleA = 2, .scaleB = 8};
+    params_.smoke.noise = {.percent = noise, .scale_a = 2, .scale_b = 8};
     params_.filter = filter;
     prepare_volume(*volume_, frame_, params_);
-    volume_->lightField = std::make_shared<DirectLightField>(DirectLightParams{});
-    const bool whole = volume_->lightField->prepare(light_, *volume_, omp_get_max_threads(),
-                                                    [](int, int, int, int) { return false; });
+    volume_->light_field = std::make_shared<DirectLightField>(DirectLightParams{});
+    const bool whole = volume_->light_field->prepare(light_, *volume_, omp_get_max_threads(),
+                                                     [](int, int, int, int) { return false; });
     benchmark::DoNotOptimize(whole);
     renderer_.volumes = {volume_};
     renderer_.adaptive = false;
@@ -68,7 +68,7 @@ class Smoke {
     RayRecord ray;
     ray.lighting = &light_;
     ray.origin = {middle, middle, middle - eye};
-    ray.direction = normalised(Vec3d(place(x), place(y), eye));
+    ray.direction = normalized(Vec3d(place(x), place(y), eye));
     ray.mask = kCameraRay;
     ray.seed = static_cast<std::uint64_t>(y) * kPixels + static_cast<std::uint64_t>(x);
     return ray;

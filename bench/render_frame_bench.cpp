@@ -78,9 +78,9 @@ void render_frame(benchmark::State& state) {
 
     timer = Timer();
     Sun sun(renderer);
-    volume->lightField = std::make_shared<DirectLightField>(DirectLightParams{});
+    volume->light_field = std::make_shared<DirectLightField>(DirectLightParams{});
     const bool whole =
-        volume->lightField->prepare(sun, *volume, 0, [](int, int, int, int) { return false; });
+        volume->light_field->prepare(sun, *volume, 0, [](int, int, int, int) { return false; });
     benchmark::DoNotOptimize(whole);
     light = std::min(light, timer.seconds());
 
@@ -91,7 +91,7 @@ void render_frame(benchmark::State& state) {
         RayRecord ray;
         ray.lighting = &sun;
         ray.origin = {kCells / 2.0, kCells / 2.0, -2.0 * kCells};
-        ray.direction = normalised(Vec3d(x - kWidth / 2.0, kHeight / 2.0 - y, kWidth * 1.1));
+        ray.direction = normalized(Vec3d(x - kWidth / 2.0, kHeight / 2.0 - y, kWidth * 1.1));
         ray.mask = kCameraRay;
         ray.seed = static_cast<std::uint64_t>(y) * kWidth + static_cast<std::uint64_t>(x);
         traceVolumes(renderer, ray);

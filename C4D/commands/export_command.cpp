@@ -58,7 +58,7 @@ std::vector<host::OptionInfo> export_options() {
        .required = true},
       {.name = "staggered",
        .type = OptionType::Flag,
-       .help = "Velocity on the faces of the voxels, as it is simulated, not at their centres"},
+       .help = "Velocity on the faces of the voxels, as it is simulated, not at their centers"},
       {.name = "half", .type = OptionType::Flag, .help = "Numbers of 16 bits"}};
   for (const host::OptionInfo& option : vdb_options()) options.push_back(option);
   return options;

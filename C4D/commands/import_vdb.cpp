@@ -56,7 +56,7 @@ class Importer {
       if (!numbers_.insert(number).second)
         throw Exception("another file is frame " + std::to_string(number) + " too");
       set_times(frame, number, content);
-      SlotHandle slot = SlotHandle::forStoring(store_, number, 0);
+      SlotHandle slot = SlotHandle::for_storing(store_, number, 0);
       slot->grids = std::move(frame.grids);
       slot->simTime = frame.simTime;
       slot->frameTime = frame.frameTime;
@@ -160,8 +160,8 @@ host::ExitCode import_vdb(const std::string& path, const host::CommandArguments&
     if ((interrupted = context.Interrupts() > 0)) break;
     done += static_cast<std::size_t>(importer.import(file));
   }
-  store->finishWrites();
-  const std::vector<LostFrame> lost = store->takeLostFrames();
+  store->finish_writes();
+  const std::vector<LostFrame> lost = store->take_lost_frames();
   for (const LostFrame& frame : lost)
     context.Error("frame " + std::to_string(frame.frame) + " is not stored: " + frame.error);
   context.Result(std::to_string(done - lost.size()) + " frames in " + store->directory());

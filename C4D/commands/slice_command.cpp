@@ -15,7 +15,7 @@ constexpr std::int32_t kSliceCommand = 1023996;
 constexpr int kPictureSize = 600;  // pixels along the longest side, about
 
 const std::vector<std::string> kProjections{"none", "max", "mean", "smoke"};
-const std::vector<std::string> kColours{"grey", "heat", "diverging"};
+const std::vector<std::string> kColors{"gray", "heat", "diverging"};
 
 int index_of(const std::vector<std::string>& names, const std::string& name) {
   return static_cast<int>(std::find(names.begin(), names.end(), name) - names.begin());
@@ -33,8 +33,8 @@ SliceOptions read_options(const host::CommandArguments& arguments, int grid_type
   if (arguments.Has("projection"))
     options.projection =
         static_cast<Projection>(index_of(kProjections, arguments.GetString("projection")));
-  if (arguments.Has("colours"))
-    options.colours = static_cast<ColourMap>(index_of(kColours, arguments.GetString("colours")));
+  if (arguments.Has("colors"))
+    options.colors = static_cast<ColorMap>(index_of(kColors, arguments.GetString("colors")));
   if (arguments.Has("max"))
     options.range = {static_cast<float>(arguments.GetReal("min")),
                      static_cast<float>(arguments.GetReal("max"))};
@@ -91,15 +91,15 @@ class SliceCommand final : public host::CommandData {
                  .value_name = "KIND",
                  .help = "none: one slice; else the whole grid; without it what suits the channel",
                  .choices = kProjections},
-                {.name = "colours",
+                {.name = "colors",
                  .type = OptionType::Choice,
                  .value_name = "MAP",
-                 .help = "Colour map; without it what suits the channel",
-                 .choices = kColours},
+                 .help = "Color map; without it what suits the channel",
+                 .choices = kColors},
                 {.name = "min",
                  .type = OptionType::Real,
                  .value_name = "VALUE",
-                 .help = "With --max, the value at the low end of the colours (0)"},
+                 .help = "With --max, the value at the low end of the colors (0)"},
                 {.name = "max",
                  .type = OptionType::Real,
                  .value_name = "VALUE",

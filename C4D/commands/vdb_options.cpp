@@ -51,8 +51,8 @@ std::vector<host::OptionInfo> vdb_options() {
       {.name = "units",
        .type = OptionType::Choice,
        .value_name = "UNITS",
-       .help = "Lengths in VDB files: metres (the default) or host (units of 0.01 m)",
-       .choices = {"metres", "host"}},
+       .help = "Lengths in VDB files: meters (the default) or host (units of 0.01 m)",
+       .choices = {"meters", "host"}},
       {.name = "up",
        .type = OptionType::Choice,
        .value_name = "AXIS",
@@ -63,7 +63,7 @@ std::vector<host::OptionInfo> vdb_options() {
 
 bool read_vdb_options(VdbOptions& options, const host::CommandArguments& arguments,
                       host::CommandContext& context) {
-  options.metres = arguments.GetString("units", "metres") == "metres";
+  options.meters = arguments.GetString("units", "meters") == "meters";
   options.z_up = arguments.GetString("up", "y") == "z";
   options.names = presets().at(arguments.GetString("names", "default"));
   for (const std::string& word : arguments.GetStrings("name")) {

@@ -1,4 +1,4 @@
-// Which parameters a panel shows grey: rules by switches and choices. Amounts rule nothing, since
+// Which parameters a panel shows gray: rules by switches and choices. Amounts rule nothing, since
 // keyframes may raise them.
 #pragma once
 

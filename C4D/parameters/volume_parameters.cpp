@@ -11,7 +11,7 @@ using namespace table;
 ParameterList domain_parameters() {
   return {
       bounded(vector(OVOLUME_SIZE, "OVOLUME_SIZE", {200, 200, 200}, "units",
-                     "Edges of the domain, centred on the object"),
+                     "Edges of the domain, centered on the object"),
               0, 1e12),
       still(real(OVOLUME_VOXEL_SIZE, "OVOLUME_VOXEL_SIZE", 1, -kUnbounded, 1e12, "units",
                  "Edge of a voxel; must be above 0")),

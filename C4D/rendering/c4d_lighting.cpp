@@ -35,8 +35,7 @@ Color C4DLighting::lightColor(int index) { return to_color(context().GetLight(in
 
 bool C4DLighting::illuminate(int index, const RenderVolume& volume, const Vec3d& point,
                              Color& color, Vec3d& direction) {
-  if (static_cast<const HostVolume&>(volume).excludedBy[static_cast<std::size_t>(index)])
-    return false;
+  if (static_cast<const HostVolume&>(volume).excludedBy[index]) return false;
   host::Vector light, towards;
   query_open = true;
   const bool reached = context().Illuminate(index, {point[0], point[1], point[2]}, light, towards);

@@ -57,7 +57,7 @@ bool is_domain(const Affine3d& to_cells) {
   for (int a = 0; a < 3; ++a) {
     for (int b = 0; b < 3; ++b) {
       const double wanted = a == b ? diagonal[a] : 0;
-      if (std::abs(to_cells.rows[static_cast<std::size_t>(a)][b] - wanted) > 1e-6 * g) return false;
+      if (std::abs(to_cells.rows[a][b] - wanted) > 1e-6 * g) return false;
     }
     const double edge = to_cells.translation[a] + 0.5;
     if (std::abs(edge - std::round(edge)) > 1e-4) return false;
@@ -122,7 +122,7 @@ const host::BaseObject* FramePlacement::saved_volume(const host::BaseObject& vol
   find_volumes(now, volume.GetDocument().GetFirstObject(), volume.GetName());
   find_volumes(then, saved_->GetFirstObject(), volume.GetName());
   const auto at = std::find(now.begin(), now.end(), &volume) - now.begin();
-  return at < std::ssize(then) ? then[static_cast<std::size_t>(at)] : nullptr;
+  return at < std::ssize(then) ? then[at] : nullptr;
 }
 
 Affine3d FramePlacement::object_to_cells(const host::BaseObject& volume, const SimFrame& frame,

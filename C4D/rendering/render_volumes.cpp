@@ -70,19 +70,19 @@ void prepare_volume(HostVolume& volume, host::BaseRender* render,
   }
   if (volume.frame->grids.empty()) return;
 
-  params.framesPerSecond = document.GetFps().Value();
+  params.frames_per_second = document.GetFps().Value();
   params.seconds = now.Get();
-  params.worldToObject = inverse(to_affine(volume.object->GetMg()));
-  params.objectToCell =
+  params.world_to_object = inverse(to_affine(volume.object->GetMg()));
+  params.object_to_cell =
       volume.placement.object_to_cells(*volume.object, *volume.frame, cache->directory());
   nbx::prepare_volume(volume, *volume.frame, params);
   read_compositing(volume, *volume.object);
   if (render) warn_of_channels(volume, params, number, *render);
 
-  volume.lightField.reset();
+  volume.light_field.reset();
   if (!volume.smoke.on || !render) return;
   read_light_exclusions(volume, *render);
-  volume.lightField = make_light_field(*volume.object, to_vector(render->GetCameraPosition()));
+  volume.light_field = make_light_field(*volume.object, to_vector(render->GetCameraPosition()));
 }
 
 bool prepare_light(HostVolume& volume, host::BaseRender& render) {
@@ -94,7 +94,7 @@ bool prepare_light(HostVolume& volume, host::BaseRender& render) {
     return render.TestBreak();
   };
   C4DLighting lighting(render);
-  return volume.lightField->prepare(lighting, volume, render.GetThreadCount(), progress);
+  return volume.light_field->prepare(lighting, volume, render.GetThreadCount(), progress);
 }
 
 }  // namespace
@@ -126,13 +126,13 @@ bool prepare_all(VolumeRenderer& renderer, host::BaseRender* render,
   renderer.adaptiveThreshold = static_cast<float>(data.real(VPVOLUME_ADAPTIVE_THRESHOLD));
   if (!renderer.active || !render) return true;
   for (const auto& volume : renderer.volumes)
-    if (volume->lightField && !prepare_light(host_volume(*volume), *render)) return false;
+    if (volume->light_field && !prepare_light(host_volume(*volume), *render)) return false;
   return true;
 }
 
 void release_frames(VolumeRenderer& renderer) {
   for (auto volume = renderer.volumes.rbegin(); volume != renderer.volumes.rend(); ++volume) {
-    (*volume)->releaseFrame();
+    (*volume)->release_frame();
     host_volume(**volume).frame.release();
   }
 }

@@ -98,7 +98,7 @@ bool SimulationThread::prepare(host::BaseObject* object) {
   time_ = start_time_;
   const Origin origin = load_state();
   const bool goes_on = origin == Origin::kContinued;
-  s.target_cache->recountBytes(time_.frame());
+  s.target_cache->recount_bytes(time_.frame());
   if (dialog_)
     dialog_->started({goes_on ? time_.frame() + 1 : time_.frame(), end_time_.frame(), grid.dims(),
                       s.target_cache->directory()});

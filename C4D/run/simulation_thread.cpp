@@ -72,14 +72,14 @@ void SimulationThread::substep_done(const Simulation3D& sim) {
 }
 
 void SimulationThread::report_lost() {
-  if (dialog_) dialog_->frames_lost(sim_->settings.target_cache->takeLostFrames());
+  if (dialog_) dialog_->frames_lost(sim_->settings.target_cache->take_lost_frames());
 }
 
 void SimulationThread::cleanup() {
   if (sim_ && sim_->settings.target_cache) {
     if (frame_done_) save_last_state();
-    if (!sim_->settings.target_cache->finishWrites() && failure_.empty())
-      failure_ = "frames wait to be saved: " + sim_->settings.target_cache->lastError();
+    if (!sim_->settings.target_cache->finish_writes() && failure_.empty())
+      failure_ = "frames wait to be saved: " + sim_->settings.target_cache->last_error();
     report_lost();
   }
   {

@@ -23,7 +23,7 @@ void read_smoke(ChannelParams& channel, const ParameterReader& p, std::int32_t b
   channel.decay_mode = DecayMode::kExponential;
   channel.decay = part_per_frame(p, decay);
   channel.buoyancy = at_least_0(p, buoyancy) * unit_scale;
-  channel.direction = normalised(to_flipped_vector(p.vector(direction)));
+  channel.direction = normalized(to_flipped_vector(p.vector(direction)));
 }
 
 void read_fuel(ChannelParams& fuel, const ParameterReader& p, double unit_scale) {

@@ -12,7 +12,7 @@ namespace nbx {
 
 namespace {
 
-/// How far the domain's centre moves in world space until `seconds` from now, z negated.
+/// How far the domain's center moves in world space until `seconds` from now, z negated.
 Vec3d motion(const host::BaseObject& volume, double seconds) {
   const double now = volume.GetDocument().GetTime().Get();
   const host::BaseTime then = host::BaseTime::FromSeconds(now + seconds);
@@ -24,7 +24,7 @@ Vec3d motion(const host::BaseObject& volume, double seconds) {
 /// The wind as the domain feels it: that of the world less the domain's own motion.
 void read_wind(SimSettings& s, host::BaseObject& volume, double dt) {
   const ParameterReader p(volume);
-  s.wind_direction = normalised(to_flipped_vector(p.vector(OVOLUME_WIND_DIRECTION)));
+  s.wind_direction = normalized(to_flipped_vector(p.vector(OVOLUME_WIND_DIRECTION)));
   s.wind_speed = p.real(OVOLUME_WIND_SPEED) * s.unit_scale;
   if (dt <= 0 || p.flag(OVOLUME_WIND_WORLD)) return;
   const double document_dt = dt / s.sim_time.length.value() * s.frame_duration;

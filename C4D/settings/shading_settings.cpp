@@ -62,14 +62,14 @@ ShaderParams shader_params(const ParameterReader& data, const ShaderIds& id) {
   shader.channel = channel_of(data.whole(id.channel));
   shader.blur = data.real(id.blur);
   shader.curve = to_spline(data.curve(id.curve));
-  shader.densityChannel = channel_of(data.whole(id.density_channel));
-  shader.densityBlur = data.real(id.density_blur);
-  shader.densityCurve = to_spline(data.curve(id.density_curve));
+  shader.density_channel = channel_of(data.whole(id.density_channel));
+  shader.density_blur = data.real(id.density_blur);
+  shader.density_curve = to_spline(data.curve(id.density_curve));
   shader.density = data.real(id.density);
   shader.displace = data.real(id.displace);
   shader.noise.percent = data.real(id.noise_amount);
-  shader.noise.scaleA = data.real(id.noise_scale_a);
-  shader.noise.scaleB = data.real(id.noise_scale_b);
+  shader.noise.scale_a = data.real(id.noise_scale_a);
+  shader.noise.scale_b = data.real(id.noise_scale_b);
   shader.noise.gain = data.real(id.noise_gain);
   shader.noise.period = data.real(id.noise_period);
   return shader;
@@ -110,8 +110,8 @@ Filter filter_of(std::int32_t choice) {
 BlackbodyParams blackbody_params(const host::BaseObject& volume) {
   const ParameterReader data(volume);
   BlackbodyParams body;
-  body.minKelvin = data.real(OVOLUME_FIRE_TEMP_MIN);
-  body.maxKelvin = data.real(OVOLUME_FIRE_TEMP_MAX);
+  body.min_kelvin = data.real(OVOLUME_FIRE_TEMP_MIN);
+  body.max_kelvin = data.real(OVOLUME_FIRE_TEMP_MAX);
   body.exposure = data.real(OVOLUME_FIRE_EXPOSURE);
   body.compression = data.real(OVOLUME_FIRE_COMPRESSION);
   body.tint = to_color({data.real(OVOLUME_FIRE_TINT_R), data.real(OVOLUME_FIRE_TINT_G),
@@ -131,10 +131,10 @@ VolumeParams shading_params(const host::BaseObject& volume) {
   params.filter = filter_of(data.whole(OVOLUME_FILTER));
   params.viewStep = data.real(OVOLUME_VIEW_STEP);
   params.shadowStep = data.real(OVOLUME_SHADOW_STEP);
-  params.motionBlur = data.real(OVOLUME_MOTION_BLUR);
-  params.motionBlurStep = data.real(OVOLUME_MOTION_BLUR_STEP);
+  params.motion_blur = data.real(OVOLUME_MOTION_BLUR);
+  params.motion_blur_step = data.real(OVOLUME_MOTION_BLUR_STEP);
   if (data.flag(OVOLUME_DEPTH_FADE))
-    params.depthFade = to_spline(data.curve(OVOLUME_DEPTH_FADE_CURVE));
+    params.depth_fade = to_spline(data.curve(OVOLUME_DEPTH_FADE_CURVE));
   return params;
 }
 

@@ -25,24 +25,24 @@ bool finite(const Affine3d& m) {
 
 }  // namespace
 
-// With v the voxel's edge and c the domain's centre in the object's space, z negated:
+// With v the voxel's edge and c the domain's center in the object's space, z negated:
 //
 //     lo = floor((c - size/2) / v),  hi = ceil((c + size/2) / v),  cells = hi - lo
 //     cell = F M^-1 p / v - lo - 1/2
 //
-// where M is the object's matrix and F the flip of z. So the centre of cell i has coordinate i.
+// where M is the object's matrix and F the flip of z. So the center of cell i has coordinate i.
 VolumeGrid volume_grid(const host::BaseObject& volume, double voxel_size) {
   const double v = std::max(voxel_size, 2.220446049250313e-16);
-  const Vec3d centre = to_flipped_vector(volume.GetMp());
+  const Vec3d center = to_flipped_vector(volume.GetMp());
   const Vec3d size = to_vector(ParameterReader(volume).vector(OVOLUME_SIZE));
 
   VolumeGrid grid;
   Affine3d to_cells;
   for (int a = 0; a < 3; ++a) {
-    const double lo = std::floor((centre[a] - size[a] / 2) / v);
-    const double hi = std::ceil((centre[a] + size[a] / 2) / v);
+    const double lo = std::floor((center[a] - size[a] / 2) / v);
+    const double hi = std::ceil((center[a] + size[a] / 2) / v);
     grid.cells[a] = std::max(hi - lo, 2.0);
-    to_cells.rows[static_cast<std::size_t>(a)][a] = (a == 2 ? -1 : 1) / v;
+    to_cells.rows[a][a] = (a == 2 ? -1 : 1) / v;
     to_cells.translation[a] = -lo - 0.5;
   }
   grid.world_to_grid = to_cells * inverse(to_affine(volume.GetMg()));

@@ -25,9 +25,9 @@ IntBox solid_box(const host::BaseTag& tag, const SimSettings& settings) {
   IntBox box;
   for (const SourceMesh& source : solid_meshes(tag)) {
     const Affine3d to_cells = settings.world_to_grid * to_affine(source.mesh->GetMg());
-    const Vec3d centre = to_vector(source.mesh->GetMp()), radius = to_vector(source.mesh->GetRad());
+    const Vec3d center = to_vector(source.mesh->GetMp()), radius = to_vector(source.mesh->GetRad());
     for (int corner = 0; corner < 8; ++corner) {
-      Vec3d at = centre;
+      Vec3d at = center;
       for (int a = 0; a < 3; ++a) at[a] += (corner >> a & 1 ? 1 : -1) * radius[a];
       at = to_cells(at);
       IntBox cells;

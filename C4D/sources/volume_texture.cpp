@@ -53,7 +53,7 @@ void scale_by_texture(SparseField<float, 3>& weights, const VolumeTexture& textu
 #pragma omp parallel for schedule(dynamic, 1)
   for (std::ptrdiff_t i = 0; i < blocks; ++i) {
     try {
-      scale(weights.blocks()[static_cast<std::size_t>(i)], texture);
+      scale(weights.blocks()[i], texture);
     } catch (...) {
 #pragma omp critical(scale_by_texture_failure)
       failure = std::current_exception();

@@ -14,7 +14,7 @@ namespace nbx {
 
 namespace {
 
-constexpr double kUnitScale = 0.01;  // metres in a unit of the scene
+constexpr double kUnitScale = 0.01;  // meters in a unit of the scene
 
 }  // namespace
 
@@ -32,12 +32,12 @@ void modify_particles(const host::BaseObject& volume, const std::shared_ptr<BFS>
   const auto count = static_cast<std::ptrdiff_t>(std::min(particles.size(), changes.size()));
 #pragma omp parallel for schedule(static)
   for (std::ptrdiff_t i = 0; i < count; ++i) {
-    const host::Particle& particle = particles[static_cast<std::size_t>(i)];
+    const host::Particle& particle = particles[i];
     Vec3d moved;
     if (!(particle.bits & host::kParticleAlive) ||
         !flow.trace(moved, to_vector(particle.position), step * strength))
       continue;
-    host::ParticleModification& change = changes[static_cast<std::size_t>(i)];
+    host::ParticleModification& change = changes[i];
     change.velocity.x += moved[0] / step;
     change.velocity.y += moved[1] / step;
     change.velocity.z += moved[2] / step;

@@ -24,15 +24,15 @@ constexpr int kLast = BlackbodyRamp::kCount - 1;
 
 double brightest(const host::Vector& c) { return std::max({c.x, c.y, c.z}); }
 
-/// A gradient that follows the colours of a table.
+/// A gradient that follows the colors of a table.
 struct GradientFit {
   std::vector<host::Vector> colors;
   double floor = 0;  // error that is always allowed
   host::Gradient gradient = {};
 
-  const host::Vector& at(int i) const { return colors[static_cast<std::size_t>(i)]; }
+  const host::Vector& at(int i) const { return colors[i]; }
 
-  /// By how much a straight line from `first` to `last` misses the colour at `i`, over what it may.
+  /// By how much a straight line from `first` to `last` misses the color at `i`, over what it may.
   double excess(int first, int last, int i) const {
     const double t = static_cast<double>(i - first) / (last - first);
     const host::Vector off = at(first) * (1 - t) + at(last) * t - at(i);
@@ -122,7 +122,7 @@ void measure_range(host::BaseObject& volume, const std::shared_ptr<BFS>& store) 
   for (const int type : displayed_grids(ParameterReader(volume).whole(OVOLUME_DISPLAY_CHANNEL))) {
     const FieldHandle field = frame->grid(type);
     if (!field) continue;
-    const ValueSummary values = summarise(*field);
+    const ValueSummary values = summarize(*field);
     low = std::min(low, values.min);
     high = std::max(high, values.max);
   }

@@ -6,10 +6,10 @@
 
 namespace nbx {
 
-/// OVOLUME_BAKE_FIRE: turns the colours of the glowing body into OVOLUME_FIRE_GRADIENT, none of
+/// OVOLUME_BAKE_FIRE: turns the colors of the glowing body into OVOLUME_FIRE_GRADIENT, none of
 /// whose components is above 1, and OVOLUME_FIRE_GRADIENT_SCALE, and lets the fire use them.
 /// Between its knots the gradient is off by at most a hundredth of the body's own brightness, or a
-/// 4096th of its largest: both less than one sees. Colours beyond what floats hold leave all as it
+/// 4096th of its largest: both less than one sees. Colors beyond what floats hold leave all as it
 /// was, with a log line.
 void bake_fire(host::BaseObject& volume);
 

@@ -7,7 +7,7 @@
 namespace host {
 namespace {
 
-/// Letters to change, insert, leave out, or exchange with their neighbour: F. J. Damerau, A
+/// Letters to change, insert, leave out, or exchange with their neighbor: F. J. Damerau, A
 /// technique for computer detection and correction of spelling errors, Comm. ACM 7 (1964).
 std::size_t EditDistance(const std::string& a, const std::string& b) {
   // d[i][j]: from the first i letters of a to the first j of b.

@@ -1,4 +1,4 @@
-// Scene documents from the files of modelling programs.
+// Scene documents from the files of modeling programs.
 #pragma once
 
 #include <memory>
@@ -13,7 +13,7 @@ namespace host {
 /// lights, cameras, materials, pictures and keyframes; and what the key "nimbrix" in the "extras"
 /// of a glTF node says.
 ///
-/// The file's right-handed space becomes the host's: z is negated, and glTF's metres count 100
+/// The file's right-handed space becomes the host's: z is negated, and glTF's meters count 100
 /// units. Keyframes of rotations are baked to each frame, as three angles.
 ///
 ///     "extras": {"nimbrix": {"volume": {"voxel_size": 4}, "emitter": {"solid": 1}}}

@@ -16,7 +16,7 @@ namespace {
 constexpr double kDegree = 180 / std::numbers::pi;
 constexpr double kLumensPerWatt = 683;
 
-/// Sets color and intensity from a colour of any strength.
+/// Sets color and intensity from a color of any strength.
 void SetColor(BaseContainer& data, const Vector& color) {
   const double strength = std::max({color.x, color.y, color.z});
   data.SetReal(LIGHT_INTENSITY, strength);

@@ -11,7 +11,7 @@ namespace host {
 /// Adds the file's materials that its meshes use to the document, with their pictures as textures;
 /// one entry for each of the file's, null for one that isn't used.
 ///
-/// Of base colour c, metallic m and roughness r of glTF comes the scattered share c (1 - m), the
+/// Of base color c, metallic m and roughness r of glTF comes the scattered share c (1 - m), the
 /// mirrored share 0.04 (1 - m) + c m, and the roughness r.
 std::vector<SceneMaterial*> ImportMaterials(const ModelFile& file, Document& document,
                                             const SceneClasses& classes);

@@ -21,7 +21,7 @@ bool HasExtrasWithZUp(const ModelFile& file) {
   return told && json.at(place).get<std::string>().find("Blender") != std::string::npos;
 }
 
-/// The value as documents have it: modelling programs know no bools, and numbers with a point only.
+/// The value as documents have it: modeling programs know no bools, and numbers with a point only.
 Json AsInDocuments(const ParameterInfo& info, const Json& value) {
   if (info.type == ParameterType::Bool && value.is_number_integer()) return value != 0;
   const bool whole = info.type == ParameterType::Long && value.is_number_float() &&

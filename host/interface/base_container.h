@@ -31,8 +31,8 @@ struct Filename {
 
 /// How a curve comes to a point, or leaves it.
 enum class CurveMode : std::int32_t {
-  Linear = 0,  ///< straight to the neighbour
-  Smooth = 1,  ///< along the chord from neighbour to neighbour; level at the curve's ends
+  Linear = 0,  ///< straight to the neighbor
+  Smooth = 1,  ///< along the chord from neighbor to neighbor; level at the curve's ends
 };
 
 /// A point of a curve that the user draws. `bias`, above 0 and below 1, pulls the span to the right

@@ -123,13 +123,13 @@ class CommandContext {
  public:
   virtual ~CommandContext() = default;
 
-  /// Reads a scene, or makes one of a modelling program's file (.glb, .gltf, .obj, .ply, .fbx ...),
+  /// Reads a scene, or makes one of a modeling program's file (.glb, .gltf, .obj, .ply, .fbx ...),
   /// whose frame rate --fps gives or the user is asked for, and applies what the user gave with
   /// --set: the parameter takes the value for all time, and loses its keyframes. The document then
   /// stands evaluated at its first frame, and each element has got kMessageDocumentLoaded. On
   /// failure the error has been told, and the result is null: return kBadInput.
   virtual std::unique_ptr<BaseDocument> LoadDocument(const Filename& path) = 0;
-  /// True for a name of a modelling program's file, which LoadDocument makes a scene of.
+  /// True for a name of a modeling program's file, which LoadDocument makes a scene of.
   virtual bool IsModel(const Filename& path) const {
     static_cast<void>(path);
     return false;

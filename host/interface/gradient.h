@@ -1,4 +1,4 @@
-// A colour and an opacity that change along the unit interval.
+// A color and an opacity that change along the unit interval.
 #pragma once
 
 #include <algorithm>
@@ -27,7 +27,7 @@ struct GradientKnot {
 struct Gradient {
   std::vector<GradientKnot> knots;  ///< by position; of two at one place the second one counts
 
-  /// Colour and opacity at a position: the first knot's before it, the last one's after it. Black
+  /// Color and opacity at a position: the first knot's before it, the last one's after it. Black
   /// and opaque without knots. The result's own position and mode mean nothing.
   GradientKnot Evaluate(double position) const {
     const auto right =

@@ -41,7 +41,7 @@ enum LightFalloff : std::int32_t {
 
 enum LightShadow : std::int32_t {
   LIGHT_SHADOW_NONE = 0,  ///< nothing stands in the light's way
-  LIGHT_SHADOW_HARD = 1,  ///< as from a point, or of angle 0; an area light as from its centre
+  LIGHT_SHADOW_HARD = 1,  ///< as from a point, or of angle 0; an area light as from its center
   LIGHT_SHADOW_SOFT = 2,  ///< by the light's size
 };
 

@@ -10,7 +10,7 @@ namespace host {
 /// The one type of material.
 inline constexpr std::int32_t kMaterial = 5703;
 
-/// Parameters of a material. A colour's texture, where there is one, multiplies it.
+/// Parameters of a material. A color's texture, where there is one, multiplies it.
 enum MaterialParameter : std::int32_t {
   MATERIAL_COLOR = 2100,             ///< vector: share of the light that is scattered back
   MATERIAL_COLOR_TEXTURE = 2101,     ///< link to a shader
@@ -38,10 +38,10 @@ class BaseMaterial : public BaseList2D {
  public:
   virtual BaseMaterial* GetNext() const = 0;
 
-  /// True if the channel adds something: its texture is set or its colour isn't black. False for a
+  /// True if the channel adds something: its texture is set or its color isn't black. False for a
   /// number that is no channel.
   virtual bool HasChannel(std::int32_t channel) const = 0;
-  /// The channel's colour, texture included, at (u, v, 0) of the surface; white where there is no
+  /// The channel's color, texture included, at (u, v, 0) of the surface; white where there is no
   /// such channel. Threads as Texture::Sample.
   virtual Vector SampleChannel(std::int32_t channel, const Vector& uvw, double time) const = 0;
 };

@@ -47,10 +47,10 @@ class NodeData {
 
 class ObjectData : public NodeData {
  public:
-  /// Centre and half edges of the bounding box in the object's own space.
-  virtual void GetDimension(const BaseObject& object, Vector& centre, Vector& radius) const {
+  /// Center and half edges of the bounding box in the object's own space.
+  virtual void GetDimension(const BaseObject& object, Vector& center, Vector& radius) const {
     static_cast<void>(object);
-    centre = radius = {};
+    center = radius = {};
   }
 
   /// Moves particles: `particles` are those of one emitter at the document's time, from where they

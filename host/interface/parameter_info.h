@@ -41,7 +41,7 @@ struct CycleEntry {
   std::string name = {};  ///< as written in documents: "add", "preview_range"
 };
 
-/// One parameter. Made for designated initialisers:
+/// One parameter. Made for designated initializers:
 ///     {.id = 1219, .symbol = "OVOLUME_VOXEL_SIZE", .type = ParameterType::Real,
 ///      .default_value = 1.0, .minimum = 1e-3, .unit = "units", .help = "Edge of a voxel"}
 struct ParameterInfo {

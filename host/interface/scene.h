@@ -104,7 +104,7 @@ class BaseList2D {
   /// container's value, else the default of the description; nothing for an id that is no
   /// parameter's.
   virtual ParameterValue GetParameter(std::int32_t parameter) = 0;
-  /// False where a panel shows the parameter grey (NodeData::GetDEnabling).
+  /// False where a panel shows the parameter gray (NodeData::GetDEnabling).
   virtual bool IsEnabled(std::int32_t parameter) const = 0;
   /// What a panel does when the user sets a parameter, and when a button is pressed. Press is false
   /// if nobody knows the message.
@@ -128,7 +128,7 @@ enum class RenderMode : std::int32_t { Inherited, On, Off };
 /// An element of the document's tree.
 class BaseObject : public BaseList2D {
  public:
-  /// Neighbours in the tree; null at its ends.
+  /// Neighbors in the tree; null at its ends.
   virtual BaseObject* GetUp() const = 0;
   virtual BaseObject* GetDown() const = 0;
   virtual BaseObject* GetNext() const = 0;
@@ -141,7 +141,7 @@ class BaseObject : public BaseList2D {
   /// nothing else is evaluated, and the document stays at its time.
   virtual Matrix GetMgAt(const BaseTime& time) const = 0;
 
-  /// Centre and half edges of the bounding box in the object's own space. Zero for an object
+  /// Center and half edges of the bounding box in the object's own space. Zero for an object
   /// without extent.
   virtual Vector GetMp() const = 0;
   virtual Vector GetRad() const = 0;

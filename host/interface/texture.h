@@ -1,4 +1,4 @@
-// Textures: colours over a surface or through space.
+// Textures: colors over a surface or through space.
 #pragma once
 
 #include <memory>
@@ -7,21 +7,21 @@
 
 namespace host {
 
-/// What stands behind a shader of the scene, ready for its time. Colours are scene-linear and need
-/// not stay within 0 and 1; where a number is asked for, take Brightness of the colour.
+/// What stands behind a shader of the scene, ready for its time. Colors are scene-linear and need
+/// not stay within 0 and 1; where a number is asked for, take Brightness of the color.
 ///
 /// A texture never changes once it is made. Sample may be called from any number of threads.
 class Texture {
  public:
   virtual ~Texture() = default;
 
-  /// The colour at a point, at `time` seconds. On surfaces the point is (u, v, 0); an image shows
+  /// The color at a point, at `time` seconds. On surfaces the point is (u, v, 0); an image shows
   /// its whole picture over u and v from 0 to 1, with v downwards, repeats itself beyond, and takes
   /// no notice of the third coordinate and the time. In space the textures fill all of it.
   virtual Vector Sample(const Vector& point, double time) const = 0;
 };
 
-/// The number that a colour counts for: the mean of its components.
+/// The number that a color counts for: the mean of its components.
 inline double Brightness(const Vector& color) { return (color.x + color.y + color.z) / 3; }
 
 /// An entry of the document's "textures".

@@ -1,7 +1,7 @@
 // Post effects: what a plug-in adds to the pictures of the host's renderer.
 //
-// The host draws surfaces. Along every ray that it casts it asks each post effect for the colour
-// that the space adds and the share of light that passes. All colours are linear light.
+// The host draws surfaces. Along every ray that it casts it asks each post effect for the color
+// that the space adds and the share of light that passes. All colors are linear light.
 //
 // A render calls, on the thread of the command, in this order:
 //     Execute(kPhaseSequence, open)

@@ -1,4 +1,4 @@
-// Files of modelling programs, as Assimp reads them.
+// Files of modeling programs, as Assimp reads them.
 #pragma once
 
 #include <map>
@@ -31,7 +31,7 @@ class ModelFile {
   const std::string& Path() const { return path_; }
   /// All files that were read, with absolute paths: this one, and those that it refers to.
   const std::set<std::string>& Files() const { return files_; }
-  /// glTF's 1 is a metre; of other files nothing is known.
+  /// glTF's 1 is a meter; of other files nothing is known.
   bool IsGltf() const { return !json_.is_null(); }
   /// The text of a glTF file, with its `nodes`, `extras` and lights; null for any other file.
   const Json& Gltf() const { return json_; }

@@ -11,7 +11,7 @@ namespace host {
 /// Operations may be called from any thread; the choices are made before there is a second one.
 class Terminal {
  public:
-  /// `redraw`: stderr is a terminal that can overwrite its last line. `color`: and may be coloured.
+  /// `redraw`: stderr is a terminal that can overwrite its last line. `color`: and may be colored.
   Terminal(bool redraw, bool color) : redraw_(redraw), color_(color) {}
   /// As stderr, TERM and NO_COLOR say.
   static Terminal ForThisProcess();

@@ -1,4 +1,4 @@
-// Colours and directions as the renderer computes with them: three components in linear light.
+// Colors and directions as the renderer computes with them: three components in linear light.
 #pragma once
 
 #include <algorithm>

@@ -88,9 +88,9 @@ void SceneObject::UpdateCache() {
 std::pair<Vector, Vector> SceneObject::Bounds() const {
   if (cache_) return cache_->Bounds();
   if (const auto* part = static_cast<const ObjectData*>(state_.plugin_part.get())) {
-    Vector centre, radius;
-    part->GetDimension(*this, centre, radius);
-    return {centre, radius};
+    Vector center, radius;
+    part->GetDimension(*this, center, radius);
+    return {center, radius};
   }
   if (points.empty()) return {};
   Vector low = points.front(), high = low;

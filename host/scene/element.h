@@ -196,7 +196,7 @@ class SceneObject final : public Element<PolygonObject> {
   friend class Document;
   Transform TransformAt(double frame) const;
   void TakeShape(double frame);
-  std::pair<Vector, Vector> Bounds() const;  ///< centre, half edges
+  std::pair<Vector, Vector> Bounds() const;  ///< center, half edges
 
   SceneObject* up_ = nullptr;
   SceneObject* next_ = nullptr;

@@ -40,7 +40,7 @@ class Image final : public Texture {
   }
 
   Vector Sample(const Vector& point, double) const override {
-    // Pixel i has its centre at (i + 0.5) / width.
+    // Pixel i has its center at (i + 0.5) / width.
     const double x = Wrapped(point.x) * width_ - 0.5, y = Wrapped(point.y) * height_ - 0.5;
     const double x0 = std::floor(x), y0 = std::floor(y);
     const auto row = [&](int j) {

@@ -24,7 +24,7 @@ void AddMesh(ElementClasses& objects) {
            "OBJ, PLY, STL, glTF, FBX ... file. Files are right-handed with y up: z is negated, and "
            "the corners of each polygon are put in reverse order"),
        Still(Real(kMeshFileScale, "MESH_FILE_SCALE", 0, 0, kLongest, "units",
-                  "Length of 1 of the file. 0: 100 for glTF, whose 1 is a metre, and 1 for all "
+                  "Length of 1 of the file. 0: 100 for glTF, whose 1 is a meter, and 1 for all "
                   "others")),
        Any(kMeshFileNode, "MESH_FILE_NODE", std::string(), "",
            "A node of the file, for its meshes in its own space, with their bones and morphs; "

@@ -54,7 +54,7 @@ inline ParameterInfo Edges(std::int32_t id, const char* symbol, const Vector& va
   return info;
 }
 
-/// A colour, or another triple of numbers that are at least 0.
+/// A color, or another triple of numbers that are at least 0.
 inline ParameterInfo Color(std::int32_t id, const char* symbol, const Vector& value,
                            const char* help) {
   ParameterInfo info = Any(id, symbol, value, "", help);

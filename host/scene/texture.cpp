@@ -83,8 +83,8 @@ double GradientNoise(const std::array<double, 4>& p, std::uint32_t seed) {
   std::uint32_t cell[4];
   double t[4], weight[4];
   for (int k = 0; k < 4; ++k) {
-    const double low = std::floor(p[static_cast<std::size_t>(k)]);
-    t[k] = p[static_cast<std::size_t>(k)] - low;
+    const double low = std::floor(p[k]);
+    t[k] = p[k] - low;
     weight[k] = Fade(t[k]);
     // Coordinates beyond the numbers of cells start over.
     cell[k] = static_cast<std::uint32_t>(static_cast<std::int64_t>(std::fmod(low, 4294967296.0)));

@@ -9,7 +9,7 @@ namespace host {
 
 enum class Interpolation {
   Linear,
-  /// A cubic through the keys that never leaves the range between two neighbours, with level ends:
+  /// A cubic through the keys that never leaves the range between two neighbors, with level ends:
   /// F. N. Fritsch and J. Butland, A method for constructing local monotone piecewise cubic
   /// interpolants, SIAM J. Sci. Stat. Comput. 5 (1984).
   Smooth,

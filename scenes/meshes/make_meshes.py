@@ -25,10 +25,10 @@ def grid_faces(rows, columns):
     return faces
 
 
-def tube(centre, radius, rows, columns):
-    """A closed tube of circles around the curve `centre`, in frames that turn as little as they can."""
+def tube(center, radius, rows, columns):
+    """A closed tube of circles around the curve `center`, in frames that turn as little as they can."""
     points = []
-    at = [centre(2 * math.pi * i / rows) for i in range(rows)]
+    at = [center(2 * math.pi * i / rows) for i in range(rows)]
     tangents = [unit(minus(at[(i + 1) % rows], at[i - 1])) for i in range(rows)]
     normal = unit(cross(tangents[0], (0.3, 1, 0.2)))
     normals = []

@@ -38,11 +38,11 @@ void BcfFile::drop() {
 
 // The version makes it a frame file, so it goes to the disk when all else is there.
 bool BcfFile::finish() {
-  return error_.empty() && reachesDisk() && file_->seek(kBcfVersionAt) &&
-         file_->putChar(kBcfHeader.back()) && reachesDisk();
+  return error_.empty() && reaches_disk() && file_->seek(kBcfVersionAt) &&
+         file_->putChar(kBcfHeader.back()) && reaches_disk();
 }
 
-bool BcfFile::reachesDisk() {
+bool BcfFile::reaches_disk() {
   if (sync_ == Sync::kNone) return true;
   bool synced = sync_data(file_->handle());
   if (synced && made_) synced = sync_folder(folder_of(file_->fileName().toStdString()));
@@ -122,20 +122,20 @@ void BcfFile::addGrid(int gridType, Codec codec, const FrameTime& simTime,
                       const Field<float>& field) {
   // Any type beyond a byte is an invalid one.
   const auto type = static_cast<std::uint8_t>(std::clamp(gridType, 0, 255));
-  addPayload({0, type, static_cast<std::uint8_t>(codec), simTime, frameTime, offset, field.dims(),
-              gridMatrix},
-             encode_grid(buffer_, codec, field));
+  add_payload({0, type, static_cast<std::uint8_t>(codec), simTime, frameTime, offset, field.dims(),
+               gridMatrix},
+              encode_grid(buffer_, codec, field));
 }
 
-void BcfFile::addGrids(const std::vector<GridHead>& heads,
-                       const std::vector<const Field<float>*>& fields) {
+void BcfFile::add_grids(const std::vector<GridHead>& heads,
+                        const std::vector<const Field<float>*>& fields) {
   if (heads.empty()) return;
   const std::vector<Payload> payloads =
       encode_grids(encoded_, static_cast<Codec>(heads.front().codec), fields);
-  for (std::size_t i = 0; i < heads.size(); ++i) addPayload(heads[i], payloads[i]);
+  for (std::size_t i = 0; i < heads.size(); ++i) add_payload(heads[i], payloads[i]);
 }
 
-void BcfFile::addPayload(GridHead head, const Payload& payload) {
+void BcfFile::add_payload(GridHead head, const Payload& payload) {
   if (mode_ != Mode::kWriting)
     throw Exception("Failed to add float grid. No file opened for writing.");
   if (head.gridType < 1 || head.gridType > 35) throw Exception("Invalid grid type.");
@@ -175,24 +175,24 @@ void BcfFile::readGrid(std::uint64_t position, const GridHead& head, Field<float
   next_ = position + head.dataSize + kBcfTrailerSize;
   switch (static_cast<Codec>(head.codec)) {
     case Codec::kRaw:
-      return readRaw(position, head, field);
+      return read_raw(position, head, field);
     case Codec::kRunLength:
-      return readRunLength(position, head, field);
+      return read_run_length(position, head, field);
     case Codec::kPredictive:
-      return readPredictive(position, head, field);
+      return read_predictive(position, head, field);
     default:
       throw Exception("Unknown codec");
   }
 }
 
 // The floats go straight into the field.
-void BcfFile::readRaw(std::uint64_t position, const GridHead& head, Field<float>& field) {
+void BcfFile::read_raw(std::uint64_t position, const GridHead& head, Field<float>& field) {
   const auto cells = cell_count(head.dims);
   if (!cells || head.dataSize != *cells * sizeof(float)) {
     LogMessage() << "BCF: invalid raw grid size";
     throw Exception("BCF: invalid raw grid size");
   }
-  checkLength(position, head);
+  check_length(position, head);
   field.resize(head.dims);
   try {
     read(position, reinterpret_cast<char*>(field.data()), head.dataSize);
@@ -202,8 +202,8 @@ void BcfFile::readRaw(std::uint64_t position, const GridHead& head, Field<float>
   }
 }
 
-void BcfFile::readRunLength(std::uint64_t position, const GridHead& head, Field<float>& field) {
-  checkLength(position, head);
+void BcfFile::read_run_length(std::uint64_t position, const GridHead& head, Field<float>& field) {
+  check_length(position, head);
   char* payload = buffer_.reserve(head.dataSize);
   read(position, payload, head.dataSize);
   const auto cells = cell_count(head.dims);
@@ -213,8 +213,8 @@ void BcfFile::readRunLength(std::uint64_t position, const GridHead& head, Field<
   rle_decode(field.data(), payload, head.dataSize);
 }
 
-void BcfFile::readPredictive(std::uint64_t position, const GridHead& head, Field<float>& field) {
-  checkLength(position, head);
+void BcfFile::read_predictive(std::uint64_t position, const GridHead& head, Field<float>& field) {
+  check_length(position, head);
   const auto cells = cell_count(head.dims);
   if (!cells || !predictive_fits(head.dataSize, *cells))
     throw Exception("BCF: predictive payload doesn't fit the grid");
@@ -227,14 +227,14 @@ void BcfFile::readPredictive(std::uint64_t position, const GridHead& head, Field
   throw Exception("BCF: predictive payload is damaged");
 }
 
-void BcfFile::checkLength(std::uint64_t position, const GridHead& head) const {
+void BcfFile::check_length(std::uint64_t position, const GridHead& head) const {
   const std::uint64_t end = size(), left = end - std::min(end, position);
   if (head.dataSize > left)
     throw Exception("BCF: the file ends inside of a grid, " + std::to_string(left) + " of " +
                     std::to_string(head.dataSize) + " bytes are there");
 }
 
-bool BcfFile::trailerMatches(std::uint64_t position, const GridHead& head) {
+bool BcfFile::trailer_matches(std::uint64_t position, const GridHead& head) {
   std::uint32_t trailer = 0;
   if (mode_ != Mode::kReading || position + head.dataSize + kBcfTrailerSize > size()) return false;
   read(position + head.dataSize, reinterpret_cast<char*>(&trailer), kBcfTrailerSize);

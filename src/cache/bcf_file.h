@@ -71,7 +71,8 @@ class BcfFile {
                const Vec3i& offset, const GridMatrix& gridMatrix, const Field<float>& field);
   /// The same for several grids, which are encoded at once (see encode_grids). `dataSize` of the
   /// heads needn't be set.
-  void addGrids(const std::vector<GridHead>& heads, const std::vector<const Field<float>*>& fields);
+  void add_grids(const std::vector<GridHead>& heads,
+                 const std::vector<const Field<float>*>& fields);
 
   /// Reads the next head, skipping the payload of the one before. False at the end of the file or
   /// on a short read. `position()` is then that of the payload. Throws Exception if no file is open
@@ -87,7 +88,7 @@ class BcfFile {
 
   /// True if the payload at `position` is followed by its size, as every record is that was written
   /// whole. Readers don't need it; it tells a damaged record from a good one.
-  bool trailerMatches(std::uint64_t position, const GridHead& head);
+  bool trailer_matches(std::uint64_t position, const GridHead& head);
 
   /// Where the next read or write happens, and the length of the file.
   std::uint64_t position() const;
@@ -100,12 +101,12 @@ class BcfFile {
   bool fail();
   void drop();
   bool finish();
-  bool reachesDisk();
-  void addPayload(GridHead head, const Payload& payload);
-  void readRaw(std::uint64_t position, const GridHead& head, Field<float>& field);
-  void readRunLength(std::uint64_t position, const GridHead& head, Field<float>& field);
-  void readPredictive(std::uint64_t position, const GridHead& head, Field<float>& field);
-  void checkLength(std::uint64_t position, const GridHead& head) const;
+  bool reaches_disk();
+  void add_payload(GridHead head, const Payload& payload);
+  void read_raw(std::uint64_t position, const GridHead& head, Field<float>& field);
+  void read_run_length(std::uint64_t position, const GridHead& head, Field<float>& field);
+  void read_predictive(std::uint64_t position, const GridHead& head, Field<float>& field);
+  void check_length(std::uint64_t position, const GridHead& head) const;
   void write(const char* data, std::size_t size);
   void read(std::uint64_t position, char* dst, std::size_t size);
 

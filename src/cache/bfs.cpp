@@ -39,9 +39,9 @@ bool BFS::setDirectory(const std::string& directory) {
   removeAllSlots(lock);  // dirty frames belong to the directory so far
   directory_ = directory;
   prefix_.clear();
-  bytesWritten_ = 0;
-  framesLost_ = 0;
-  lostFrames_.clear();
+  bytes_written_ = 0;
+  frames_lost_ = 0;
+  lost_frames_.clear();
   if (!place().readable()) return false;
   prefix_ = cache_prefix(directory_);
   LogMessage() << "Using cache directory " << directory_ << " prefix " << prefix_;
@@ -83,32 +83,32 @@ std::vector<int> BFS::frames() const {
   return numbers;
 }
 
-std::string BFS::lastError() const {
+std::string BFS::last_error() const {
   const Lock lock(mutex_);
-  return lastError_;
+  return last_error_;
 }
 
-int BFS::framesLost() const {
+int BFS::frames_lost() const {
   const Lock lock(mutex_);
-  return framesLost_;
+  return frames_lost_;
 }
 
-std::vector<LostFrame> BFS::takeLostFrames() {
+std::vector<LostFrame> BFS::take_lost_frames() {
   const Lock lock(mutex_);
-  return std::exchange(lostFrames_, {});
+  return std::exchange(lost_frames_, {});
 }
 
-double BFS::secondsWaited() const {
+double BFS::seconds_waited() const {
   const Lock lock(mutex_);
-  return secondsWaited_;
+  return seconds_waited_;
 }
 
 std::uint64_t BFS::bytesWritten() const {
   const Lock lock(mutex_);
-  return bytesWritten_;
+  return bytes_written_;
 }
 
-void BFS::recountBytes(int last) {
+void BFS::recount_bytes(int last) {
   const std::string folder = directory();
   const QDir dir(QString::fromStdString(folder));
   std::uint64_t bytes = 0;
@@ -116,7 +116,7 @@ void BFS::recountBytes(int last) {
     if (number <= last)
       bytes += static_cast<std::uint64_t>(QFileInfo(dir, QString::fromStdString(name)).size());
   const Lock lock(mutex_);
-  bytesWritten_ = bytes;
+  bytes_written_ = bytes;
 }
 
 }  // namespace nbx

@@ -66,11 +66,11 @@ class BFS {
 
   /// Writes a frame that is in no slot under its name at once, on this thread, with the log lines
   /// of the writer, and sets `frame.saved` to the result. Waits for those who hold the frame of
-  /// that number. False if it isn't on disk; lastError() then tells why.
-  bool writeThrough(SimFrame& frame);
+  /// that number. False if it isn't on disk; last_error() then tells why.
+  bool write_through(SimFrame& frame);
 
   /// Saves every dirty frame but those that are just being stored. False if one stays dirty.
-  bool finishWrites();
+  bool finish_writes();
   /// Saves and drops every frame. Waits until all handles are back: the caller must hold none.
   void removeAllSlots();
 
@@ -84,20 +84,20 @@ class BFS {
                const std::string& as = {});
   /// True if `folder` holds nothing of a cache but what a copy of this one has: it is a copy, whole
   /// or in part, or is empty or missing.
-  bool copyFits(const std::string& folder);
+  bool copy_fits(const std::string& folder);
 
   /// Why the last frame that didn't reach the disk didn't.
-  std::string lastError() const;
+  std::string last_error() const;
   /// The number of lost frames since the directory was set, and those since the last call.
-  int framesLost() const;
-  std::vector<LostFrame> takeLostFrames();
+  int frames_lost() const;
+  std::vector<LostFrame> take_lost_frames();
   /// Seconds for which the writer wasn't fast enough: others saved a frame that was in their way,
   /// or waited for one that was being saved, or wrote through.
-  double secondsWaited() const;
-  /// Bytes that the writer wrote since the directory was set, or since `recountBytes`.
+  double seconds_waited() const;
+  /// Bytes that the writer wrote since the directory was set, or since `recount_bytes`.
   std::uint64_t bytesWritten() const;
   /// Lets bytesWritten() go on from the sizes of the files up to frame `last`.
-  void recountBytes(int last);
+  void recount_bytes(int last);
 
   // Of the files that are written.
   std::atomic<Codec> codec{Codec::kRunLength};
@@ -138,9 +138,9 @@ class BFS {
   };
 
   // For handles. Null if the frame isn't there.
-  Slot* openForReading(int frame, int substep, bool load, bool force);
-  Slot* openForStoring(int frame, int substep);
-  void giveBack(Slot& slot, bool wrote, bool stored, bool force);
+  Slot* open_for_reading(int frame, int substep, bool load, bool force);
+  Slot* open_for_storing(int frame, int substep);
+  void give_back(Slot& slot, bool wrote, bool stored, bool force);
 
   Slot& acquire(int frame, int substep);
   void release(Slot& slot, bool force);
@@ -148,31 +148,31 @@ class BFS {
   void remove(Slot& slot);
   void lose(int frame, int substep, const std::string& error);
   void removeAllSlots(Lock& lock);
-  bool finishWrites(Lock& lock);
+  bool finish_writes(Lock& lock);
 
   void run();
-  void savePass(Lock& lock);
-  void saveClaimed(Lock& lock, Slot& slot);
+  void save_pass(Lock& lock);
+  void save_claimed(Lock& lock, Slot& slot);
   void storeSlot(Slot& slot);
   void settle(Slot& slot, const Saved& saved);
-  Saved saveUnlocked(Lock& lock, const SimFrame& frame, int number);
+  Saved save_unlocked(Lock& lock, const SimFrame& frame, int number);
   static Saved save(const SimFrame& frame, int number, const Place& place, BcfFile& out);
-  std::unique_ptr<BcfFile> takeFile();
-  void startWriter();
+  std::unique_ptr<BcfFile> take_file();
+  void start_writer();
 
   Place place() const;
-  bool copyFiles(const std::string& folder, const std::function<void(int, int)>& progress) const;
+  bool copy_files(const std::string& folder, const std::function<void(int, int)>& progress) const;
 
   mutable std::mutex mutex_;         // guards all below
   std::condition_variable changed_;  // a mark, a reference or the table changed
   std::map<std::uint64_t, Slot> slots_;
-  std::size_t maxSlots_ = 1;
-  std::string directory_, prefix_, lastError_;
-  std::uint64_t bytesWritten_ = 0;
-  int framesLost_ = 0;
-  std::vector<LostFrame> lostFrames_;
-  double secondsWaited_ = 0;
-  std::vector<std::unique_ptr<BcfFile>> idleFiles_;  // their buffers serve the next frame
+  std::size_t max_slots_ = 1;
+  std::string directory_, prefix_, last_error_;
+  std::uint64_t bytes_written_ = 0;
+  int frames_lost_ = 0;
+  std::vector<LostFrame> lost_frames_;
+  double seconds_waited_ = 0;
+  std::vector<std::unique_ptr<BcfFile>> idle_files_;  // their buffers serve the next frame
 
   std::thread writer_;  // started by the first frame that is stored
   std::condition_variable due_;

@@ -18,8 +18,8 @@ namespace {
 void read_values(GridInfo& grid, BcfFile& in, Field<float>& scratch) {
   try {
     in.readGrid(grid.position, grid.head, scratch);
-    grid.values = summarise(scratch);
-    if (!in.trailerMatches(grid.position, grid.head))
+    grid.values = summarize(scratch);
+    if (!in.trailer_matches(grid.position, grid.head))
       grid.damage = "the size behind the payload isn't the size before it";
   } catch (const Exception& e) {
     grid.damage = e.what();
@@ -46,7 +46,7 @@ void read_heads(FrameFileInfo& info, BcfFile& in) {
 
 }  // namespace
 
-ValueSummary summarise(const Field<float>& field) {
+ValueSummary summarize(const Field<float>& field) {
   ValueSummary s;
   float lo = std::numeric_limits<float>::infinity(), hi = -lo;
   double sum = 0;

@@ -22,7 +22,7 @@ struct ValueSummary {
   std::uint64_t nans = 0;
 };
 
-ValueSummary summarise(const Field<float>& field);
+ValueSummary summarize(const Field<float>& field);
 
 /// One record of a file, in the order of the file.
 struct GridInfo {

@@ -28,7 +28,7 @@ std::string grid_type_name(int gridType);
 std::optional<int> grid_type_from_name(std::string_view name);
 
 /// The axis along which a grid of this type is staggered and has one cell more; -1 for a grid of
-/// cell centres.
+/// cell centers.
 int staggered_axis(int gridType);
 
 }  // namespace nbx

@@ -13,13 +13,13 @@ constexpr std::int64_t kLargest = std::numeric_limits<int>::max();
 
 bool is_velocity(int gridType) { return gridType >= kGridVelocityX && gridType <= kGridVelocityZ; }
 
-// Index 0 and the last one are ghosts, the box is 1 .. dims - 2 of the centre grid. Summed wide:
+// Index 0 and the last one are ghosts, the box is 1 .. dims - 2 of the center grid. Summed wide:
 // the offsets of a damaged file may be anything.
-IntBox covered_box(const FrameGrid& grid, int staggeredAxis) {
+IntBox covered_box(const FrameGrid& grid, int staggered_axis) {
   IntBox box;
   for (int a = 0; a < 3; ++a) {
     const std::int64_t offset = grid.offset[a];
-    const std::int64_t cells = grid.dims[a] - (a == staggeredAxis ? 1 : 0);
+    const std::int64_t cells = grid.dims[a] - (a == staggered_axis ? 1 : 0);
     if (cells < 3) return {};
     box.lo[a] = static_cast<int>(std::min<std::int64_t>(offset + 1, kLargest));
     box.hi[a] = static_cast<int>(std::min<std::int64_t>(offset + cells - 2, kLargest));
@@ -40,7 +40,7 @@ bool SimFrame::load(const std::string& file) {
     Vec3i cells = head.dims;
     for (int a = 0; a < 3; ++a) cells[a] = std::max(cells[a], 0);
     grids[type] = {type, head.offset, cells, head.gridMatrix, {}};
-    fileIndex_[type] = {head, in.position()};
+    file_index_[type] = {head, in.position()};
     simTime = head.simTime;
     frameTime = head.frameTime;
   }
@@ -50,7 +50,7 @@ bool SimFrame::load(const std::string& file) {
 
 void SimFrame::clear() {
   grids.clear();
-  fileIndex_.clear();
+  file_index_.clear();
   path.clear();
   source_.clear();
   saved = true;
@@ -60,22 +60,22 @@ void SimFrame::clear() {
 std::uint64_t SimFrame::write(const std::string& file, Codec codec, Sync sync) {
   error.clear();
   BcfFile out;
-  const std::uint64_t size = writeLoaded(out, file, codec, sync, error);
+  const std::uint64_t size = write_loaded(out, file, codec, sync, error);
   if (size == 0) return 0;
   path = file;
-  if (file == source_) fileIndex_.clear();  // what wasn't loaded went with the old file
+  if (file == source_) file_index_.clear();  // what wasn't loaded went with the old file
   return size;
 }
 
-std::uint64_t SimFrame::writeLoaded(BcfFile& out, const std::string& file, Codec codec, Sync sync,
-                                    std::string& reason) const {
+std::uint64_t SimFrame::write_loaded(BcfFile& out, const std::string& file, Codec codec, Sync sync,
+                                     std::string& reason) const {
   if (!out.create(file, sync)) {
     reason = out.errorString();
     LogMessage() << "Failed to open file " << file;
     return 0;
   }
   try {
-    addLoaded(out, codec);
+    add_loaded(out, codec);
     const std::uint64_t size = out.position();
     if (!out.close()) throw BcfWriteError(out.errorString());
     return size;
@@ -90,7 +90,7 @@ std::uint64_t SimFrame::writeLoaded(BcfFile& out, const std::string& file, Codec
   }
 }
 
-void SimFrame::addLoaded(BcfFile& out, Codec codec) const {
+void SimFrame::add_loaded(BcfFile& out, Codec codec) const {
   std::vector<const Field<float>*> fields;
   std::vector<GridHead> heads;
   for (const auto& [type, grid] : grids) {
@@ -100,7 +100,7 @@ void SimFrame::addLoaded(BcfFile& out, Codec codec) const {
                      static_cast<std::uint8_t>(codec), simTime, frameTime, grid.offset,
                      grid.field->dims(), grid.gridMatrix});
   }
-  out.addGrids(heads, fields);
+  out.add_grids(heads, fields);
 }
 
 FieldHandle SimFrame::grid(int gridType) {
@@ -108,8 +108,8 @@ FieldHandle SimFrame::grid(int gridType) {
   const auto found = grids.find(gridType);
   if (found == grids.end()) return {};
   FrameGrid& grid = found->second;
-  const auto indexed = fileIndex_.find(gridType);
-  if (grid.field || indexed == fileIndex_.end()) return grid.field;
+  const auto indexed = file_index_.find(gridType);
+  if (grid.field || indexed == file_index_.end()) return grid.field;
 
   BcfFile in;
   if (!in.openRead(source_)) return {};
@@ -146,13 +146,13 @@ Vec3i SimFrame::offset() const {
 }
 
 IntBox SimFrame::box() const {
-  IntBox centres, faces;
+  IntBox centers, faces;
   for (const auto& [type, grid] : grids) {
     const int axis = staggered_axis(type);
-    IntBox& sum = axis < 0 ? centres : faces;
+    IntBox& sum = axis < 0 ? centers : faces;
     sum = box_union(sum, covered_box(grid, axis));
   }
-  return centres.empty() ? faces : centres;
+  return centers.empty() ? faces : centers;
 }
 
 }  // namespace nbx

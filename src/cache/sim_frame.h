@@ -45,8 +45,8 @@ class SimFrame {
   std::uint64_t write(const std::string& file, Codec codec, Sync sync = Sync::kNone);
   /// The same for a frame all of whose grids are loaded, and without a trace in it: others may read
   /// it meanwhile. `out` writes the file. The reason of a 0 goes to `reason`.
-  std::uint64_t writeLoaded(BcfFile& out, const std::string& file, Codec codec, Sync sync,
-                            std::string& reason) const;
+  std::uint64_t write_loaded(BcfFile& out, const std::string& file, Codec codec, Sync sync,
+                             std::string& reason) const;
 
   /// Drops the grids and forgets the file.
   void clear();
@@ -64,19 +64,19 @@ class SimFrame {
   Vec3i dims() const;
   /// Per-axis minimum of the offsets over all grids; 0, 0, 0 if none.
   Vec3i offset() const;
-  /// The simulated region in domain cells: what the grids of cell centres cover without their ghost
+  /// The simulated region in domain cells: what the grids of cell centers cover without their ghost
   /// layer, or without any such grid what the staggered ones do. Empty if there is nothing.
   IntBox box() const;
 
  private:
-  void addLoaded(BcfFile& out, Codec codec) const;
+  void add_loaded(BcfFile& out, Codec codec) const;
 
   struct FileGrid {
     GridHead head;
     std::uint64_t position = 0;  // of the payload
   };
-  std::string source_;  // the file that fileIndex_ speaks of
-  std::map<int, FileGrid> fileIndex_;
+  std::string source_;  // the file that file_index_ speaks of
+  std::map<int, FileGrid> file_index_;
   std::mutex loading_;  // guards the fields of `grids` against readers that load at once
 };
 

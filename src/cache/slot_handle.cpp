@@ -6,13 +6,13 @@ namespace nbx {
 
 SlotHandle::SlotHandle(std::shared_ptr<BFS> store, int frame, int substep, bool load, bool force)
     : force_(force) {
-  if (store) slot_ = store->openForReading(frame, substep, load, force);
+  if (store) slot_ = store->open_for_reading(frame, substep, load, force);
   if (slot_) store_ = std::move(store);  // an empty handle owns nothing
 }
 
-SlotHandle SlotHandle::forStoring(std::shared_ptr<BFS> store, int frame, int substep) {
+SlotHandle SlotHandle::for_storing(std::shared_ptr<BFS> store, int frame, int substep) {
   SlotHandle handle;
-  if (store) handle.slot_ = store->openForStoring(frame, substep);
+  if (store) handle.slot_ = store->open_for_storing(frame, substep);
   handle.store_ = std::move(store);
   handle.stores_ = true;
   return handle;
@@ -28,11 +28,11 @@ SlotHandle& SlotHandle::operator=(SlotHandle&& other) noexcept {
   return *this;
 }
 
-void SlotHandle::stored() { giveBack(true); }
-void SlotHandle::release() { giveBack(false); }
+void SlotHandle::stored() { give_back(true); }
+void SlotHandle::release() { give_back(false); }
 
-void SlotHandle::giveBack(bool stored) {
-  if (slot_) store_->giveBack(*std::exchange(slot_, nullptr), stores_, stored, force_);
+void SlotHandle::give_back(bool stored) {
+  if (slot_) store_->give_back(*std::exchange(slot_, nullptr), stores_, stored, force_);
   store_.reset();
 }
 

@@ -23,7 +23,7 @@ class SlotHandle {
   /// For storing: an empty frame, to be filled and then handed over by `stored`. Waits for the
   /// frame's readers. A handle that goes back without it leaves the frame as if it had never been
   /// in memory. Empty without a store.
-  static SlotHandle forStoring(std::shared_ptr<BFS> store, int frame, int substep);
+  static SlotHandle for_storing(std::shared_ptr<BFS> store, int frame, int substep);
 
   ~SlotHandle() { release(); }
   SlotHandle(SlotHandle&& other) noexcept { *this = std::move(other); }
@@ -35,12 +35,12 @@ class SlotHandle {
   SimFrame* operator->() const { return &slot_->data; }
 
   /// Hands the filled frame over to the writer and releases it. A frame whose frameTime has another
-  /// number than the slot is lost (BFS::takeLostFrames), and no file is written.
+  /// number than the slot is lost (BFS::take_lost_frames), and no file is written.
   void stored();
   void release();
 
  private:
-  void giveBack(bool stored);
+  void give_back(bool stored);
 
   std::shared_ptr<BFS> store_;
   BFS::Slot* slot_ = nullptr;

@@ -18,10 +18,10 @@
 namespace nbx {
 
 struct VdbOptions {
-  bool metres = true;      // lengths in metres; else in host units of 0.01 m
+  bool meters = true;      // lengths in meters; else in host units of 0.01 m
   bool z_up = false;       // the file's z axis points up; else y
   bool staggered = false;  // velocity on the faces below each voxel, along the grid's own axes;
-                           // else at its centre, along the axes of the world
+                           // else at its center, along the axes of the world
   bool half = false;       // 16 bits a number
   std::map<int, std::string> names;  // by grid type; velocity has that of kGridVelocityX
 };

@@ -60,7 +60,7 @@ vdb::CoordBBox box_of(const std::vector<Source>& sources) {
     if (!active.empty()) box.expand(active);
   }
   if (box.empty()) throw Exception("it holds nothing");
-  constexpr int kMost = 1 << 30;  // whose neighbours are still whole numbers
+  constexpr int kMost = 1 << 30;  // whose neighbors are still whole numbers
   for (int a = 0; a < 3; ++a)
     if (box.min()[a] < -kMost || box.max()[a] > kMost) throw Exception("its box is too large");
   return box;
@@ -74,7 +74,7 @@ FieldHandle sample(const vdb::FloatGrid& grid, const vdb::CoordBBox& box) {
   return field;
 }
 
-/// The component along the grid's axis `a` on the faces of `box`, metres a second.
+/// The component along the grid's axis `a` on the faces of `box`, meters a second.
 FieldHandle sample_faces(const vdb::tools::Dense<vdb::Vec3s, kOrder>& dense,
                          const vdb::CoordBBox& box, int a, bool staggered, const vdb::Vec3d& axis) {
   vdb::Coord n = box.dim();
@@ -109,7 +109,7 @@ void add(SimFrame& frame, const Source& source, const vdb::CoordBBox& box, const
   auto axes = axes_of(cell_to_file(*source.vector));
   if (source.staggered()) axes = {vdb::Vec3d(1, 0, 0), vdb::Vec3d(0, 1, 0), vdb::Vec3d(0, 0, 1)};
   for (int a = 0; a < 3; ++a) {
-    const vdb::Vec3d axis = axes[static_cast<std::size_t>(a)] / speed_scale(options);
+    const vdb::Vec3d axis = axes[a] / speed_scale(options);
     frame.add(sample_faces(dense, box, a, source.staggered(), axis), kGridVelocityX + a, offset,
               matrix);
   }

@@ -7,11 +7,11 @@
 
 namespace nbx {
 
-inline constexpr double kHostUnitsPerMetre = 100;
+inline constexpr double kHostUnitsPerMeter = 100;
 
 /// From the frame's world, host units with y up, to that of the file.
 inline openvdb::Mat4d world_to_file(const VdbOptions& options) {
-  const double s = options.metres ? 1 / kHostUnitsPerMetre : 1;
+  const double s = options.meters ? 1 / kHostUnitsPerMeter : 1;
   using Row = openvdb::Vec4d;
   const Row x(s, 0, 0, 0), y(0, s, 0, 0), z(0, 0, s, 0), origin(0, 0, 0, 1);
   return options.z_up ? openvdb::Mat4d(x, z, -y, origin) : openvdb::Mat4d(x, y, z, origin);
@@ -22,14 +22,14 @@ inline std::array<openvdb::Vec3d, 3> axes_of(const openvdb::Mat4d& cell_to_file)
   std::array<openvdb::Vec3d, 3> axes;
   for (int a = 0; a < 3; ++a) {
     const openvdb::Vec4d row = cell_to_file.row(a);
-    axes[static_cast<std::size_t>(a)] = openvdb::Vec3d(row[0], row[1], row[2]).unit();
+    axes[a] = openvdb::Vec3d(row[0], row[1], row[2]).unit();
   }
   return axes;
 }
 
-/// Speeds of the file over those of the simulation, metres a second.
+/// Speeds of the file over those of the simulation, meters a second.
 inline double speed_scale(const VdbOptions& options) {
-  return options.metres ? 1 : kHostUnitsPerMetre;
+  return options.meters ? 1 : kHostUnitsPerMeter;
 }
 
 inline openvdb::Coord to_coord(const Vec3i& v) { return {v[0], v[1], v[2]}; }

@@ -37,8 +37,8 @@ struct Velocity {
 
 bool find_velocity(Velocity& velocity, SimFrame& frame) {
   for (int a = 0; a < 3; ++a) {
-    velocity.field[static_cast<std::size_t>(a)] = frame.grid(kGridVelocityX + a);
-    if (!velocity.field[static_cast<std::size_t>(a)]) return false;
+    velocity.field[a] = frame.grid(kGridVelocityX + a);
+    if (!velocity.field[a]) return false;
   }
   velocity.offset = frame.grids.at(kGridVelocityX).offset;
   velocity.cells = velocity.field[0]->dims() - Vec3i(1, 0, 0);
@@ -46,8 +46,7 @@ bool find_velocity(Velocity& velocity, SimFrame& frame) {
     Vec3i expected = velocity.cells;
     ++expected[a];
     const int type = kGridVelocityX + a;
-    if (frame.grids.at(type).offset != velocity.offset ||
-        velocity.field[static_cast<std::size_t>(a)]->dims() != expected)
+    if (frame.grids.at(type).offset != velocity.offset || velocity.field[a]->dims() != expected)
       throw Exception("the three velocity grids don't belong together");
   }
   return true;
@@ -65,7 +64,7 @@ void each_velocity(const Velocity& velocity, bool staggered, Set set) {
         const Vec3i c(i, j, k);
         vdb::Vec3d value(0, 0, 0);
         for (int a = 0; a < 3; ++a) {
-          const Field<float>& f = *velocity.field[static_cast<std::size_t>(a)];
+          const Field<float>& f = *velocity.field[a];
           Vec3i next = c;
           ++next[a];
           bool inside = true;  // across the axis
@@ -107,7 +106,7 @@ vdb::MetaMap metadata(const SimFrame& frame, const VdbOptions& options) {
   const auto fraction = [](const Fraction& f) { return vdb::Vec2DMetadata({f.num, f.den}); };
   meta.insertMeta("simulation_time", fraction(frame.simTime.time));
   meta.insertMeta("simulation_frame", fraction(frame.simTime.length));
-  meta.insertMeta("units", vdb::StringMetadata(options.metres ? "m" : "cm"));
+  meta.insertMeta("units", vdb::StringMetadata(options.meters ? "m" : "cm"));
   const IntBox box = frame.box();
   meta.insertMeta("box_lo", vdb::Vec3IMetadata({box.lo[0], box.lo[1], box.lo[2]}));
   meta.insertMeta("box_hi", vdb::Vec3IMetadata({box.hi[0], box.hi[1], box.hi[2]}));

@@ -12,7 +12,7 @@ struct AffineTransformT {
 
   static constexpr AffineTransformT identity() {
     AffineTransformT m;
-    for (int i = 0; i < N; ++i) m.rows[static_cast<std::size_t>(i)][i] = 1;
+    for (int i = 0; i < N; ++i) m.rows[i][i] = 1;
     return m;
   }
 
@@ -20,7 +20,7 @@ struct AffineTransformT {
 
   constexpr VectorT<T, N> linear(const VectorT<T, N>& p) const {
     VectorT<T, N> q;
-    for (int i = 0; i < N; ++i) q[i] = dot(rows[static_cast<std::size_t>(i)], p);
+    for (int i = 0; i < N; ++i) q[i] = dot(rows[i], p);
     return q;
   }
   constexpr VectorT<T, N> operator()(const VectorT<T, N>& p) const {
@@ -33,8 +33,7 @@ struct AffineTransformT {
     AffineTransformT c;
     for (std::size_t i = 0; i < N; ++i)
       for (int j = 0; j < N; ++j)
-        for (int k = 0; k < N; ++k)
-          c.rows[i][j] += a.rows[i][k] * b.rows[static_cast<std::size_t>(k)][j];
+        for (int k = 0; k < N; ++k) c.rows[i][j] += a.rows[i][k] * b.rows[k][j];
     c.translation = a(b.translation);
     return c;
   }
@@ -48,8 +47,7 @@ AffineTransformT<T, 3> inverse(const AffineTransformT<T, 3>& m) {
   const T det = dot(a, bc);
   AffineTransformT<T, 3> inv;
   if (det == T(0)) return inv;
-  for (int i = 0; i < 3; ++i)
-    inv.rows[static_cast<std::size_t>(i)] = VectorT<T, 3>(bc[i], ca[i], ab[i]) * (T(1) / det);
+  for (int i = 0; i < 3; ++i) inv.rows[i] = VectorT<T, 3>(bc[i], ca[i], ab[i]) * (T(1) / det);
   inv.translation = -inv.linear(m.translation);
   return inv;
 }

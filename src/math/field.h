@@ -3,17 +3,17 @@
 // Layout: x runs fastest, then y, then z, without padding. Element (i, j, k) lies at
 // data()[i + nx * (j + ny * k)], and data() is aligned to 64 bytes in owned memory.
 //
-// Grid conventions, on which all numerics rest: a box of n voxels along an axis is held in a centre
+// Grid conventions, on which all numerics rest: a box of n voxels along an axis is held in a center
 // field of N = n + 2 cells, one ghost cell at each end; interior cells have the indices 1 .. N-2.
 // Velocity is staggered: U, V, W hold the component normal to the cells' west, south and low faces
 // and have one cell more along their own axis:
 //
-//     centre fields  (Nx, Ny, Nz)    sample (i, j, k) sits at centre coordinates (i, j, k)
+//     center fields  (Nx, Ny, Nz)    sample (i, j, k) sits at center coordinates (i, j, k)
 //     U  x faces     (Nx+1, Ny, Nz)                                     (i - 0.5, j, k)
 //     V  y faces     (Nx, Ny+1, Nz)                                     (i, j - 0.5, k)
 //     W  z faces     (Nx, Ny, Nz+1)                                     (i, j, k - 0.5)
 //
-// So a point at centre coordinates (x, y, z) has U-grid coordinates (x + 0.5, y, z).
+// So a point at center coordinates (x, y, z) has U-grid coordinates (x + 0.5, y, z).
 #pragma once
 
 #include <cstddef>

@@ -6,8 +6,8 @@ namespace nbx {
 
 namespace {
 
-// The centre grid to which faces of dimensions `dims` along `axis` belong.
-Vec3i centre_dims(Vec3i dims, int axis) {
+// The center grid to which faces of dimensions `dims` along `axis` belong.
+Vec3i center_dims(Vec3i dims, int axis) {
   dims[axis] -= 1;
   return dims;
 }
@@ -32,14 +32,14 @@ void check_dims(const Field<float>& a, const Field<float>& b, std::source_locati
 
 Vec3i check_mac(const Field<float>& U, const Field<float>& V, const Field<float>& W,
                 std::source_location where) {
-  const Vec3i dims = centre_dims(U.dims(), 0);
-  require(centre_dims(V.dims(), 1) == dims && centre_dims(W.dims(), 2) == dims, where);
+  const Vec3i dims = center_dims(U.dims(), 0);
+  require(center_dims(V.dims(), 1) == dims && center_dims(W.dims(), 2) == dims, where);
   return dims;
 }
 
 void check_mac(const Field<float>& U, const Field<float>& V, const Field<float>& W,
-               const Field<float>& centre, std::source_location where) {
-  require(check_mac(U, V, W, where) == centre.dims(), where);
+               const Field<float>& center, std::source_location where) {
+  require(check_mac(U, V, W, where) == center.dims(), where);
 }
 
 }  // namespace nbx

@@ -19,14 +19,14 @@ void check_count(const Field<float>& a, const Field<float>& b,
 void check_dims(const Field<float>& a, const Field<float>& b,
                 std::source_location where = std::source_location::current());
 
-/// Throws FieldDimensionMismatchException unless U, V, W are the faces of one centre grid. Returns
+/// Throws FieldDimensionMismatchException unless U, V, W are the faces of one center grid. Returns
 /// the dimensions of that grid.
 Vec3i check_mac(const Field<float>& U, const Field<float>& V, const Field<float>& W,
                 std::source_location where = std::source_location::current());
 
-/// As check_mac, and the centre field must have the dimensions of that grid.
+/// As check_mac, and the center field must have the dimensions of that grid.
 void check_mac(const Field<float>& U, const Field<float>& V, const Field<float>& W,
-               const Field<float>& centre,
+               const Field<float>& center,
                std::source_location where = std::source_location::current());
 
 /// The checks of an element-wise operator on any number of operands.

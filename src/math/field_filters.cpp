@@ -36,7 +36,7 @@ class Convolution {
   }
 
  private:
-  // dst = sum over d of weight[|d|] x[p + d], d ascending, for N neighbouring floats.
+  // dst = sum over d of weight[|d|] x[p + d], d ascending, for N neighboring floats.
   template <int N>
   void group(float* dst, const float* x, std::ptrdiff_t w) const {
     float sum[N] = {};

@@ -1,5 +1,5 @@
 // Separable filters. The result stands in `field`; `tmp` is scratch of the same dimensions, checked
-// axis by axis. Windows are cut at the ends of a line and not renormalised, so values fade towards
+// axis by axis. Windows are cut at the ends of a line and not renormalized, so values fade towards
 // the borders.
 #pragma once
 

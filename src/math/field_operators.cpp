@@ -22,7 +22,7 @@ void run(float* dst, std::ptrdiff_t n, Op op, const T*... src) {
 template <class Op, class... F>
 void elementwise(std::source_location where, Field<float>& dst, Op op, const F&... src) {
   check_elementwise(where, dst, src...);
-  const std::ptrdiff_t n = static_cast<std::ptrdiff_t>(dst.count());
+  const std::ptrdiff_t n = dst.count();
 #pragma omp parallel for schedule(static) if (n >= kParallel)
   for (std::ptrdiff_t i = 0; i < n; i += kBlock)
     run(dst.data() + i, std::min(kBlock, n - i), op, (src.data() + i)...);

@@ -17,7 +17,7 @@
 
 namespace nbx {
 
-/// The 512 voxels of a sparse block, x fastest. Uninitialised when it comes from the pool.
+/// The 512 voxels of a sparse block, x fastest. Uninitialized when it comes from the pool.
 struct alignas(64) SparseBlock {
   float values[512];
 };

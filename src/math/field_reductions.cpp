@@ -33,13 +33,12 @@ T reduce_block(const float* x, std::ptrdiff_t n, T start, Fold fold, Join join) 
 template <class T, class Fold, class Join>
 T reduce(const Field<float>& field, T start, Fold fold, Join join) {
   const float* x = field.data();
-  const std::ptrdiff_t n = static_cast<std::ptrdiff_t>(field.count());
+  const std::ptrdiff_t n = field.count();
   const std::ptrdiff_t blocks = (n + kBlock - 1) / kBlock;
-  std::vector<T> partial(static_cast<std::size_t>(blocks));
+  std::vector<T> partial(blocks);
 #pragma omp parallel for schedule(static) if (blocks > 1)
   for (std::ptrdiff_t b = 0; b < blocks; ++b)
-    partial[static_cast<std::size_t>(b)] =
-        reduce_block(x + b * kBlock, std::min(kBlock, n - b * kBlock), start, fold, join);
+    partial[b] = reduce_block(x + b * kBlock, std::min(kBlock, n - b * kBlock), start, fold, join);
   T result = start;
   for (const T& p : partial) result = join(result, p);
   return result;

@@ -12,8 +12,8 @@ namespace {
 
 // The coarse cell in which interior cell i of the fine grid lies, for i = 0 .. n - 1.
 std::vector<int> coarse_cells(int n, int factor) {
-  std::vector<int> cells(static_cast<std::size_t>(n));
-  for (int i = 1; i < n; ++i) cells[static_cast<std::size_t>(i)] = 1 + (i - 1) / factor;
+  std::vector<int> cells(n);
+  for (int i = 1; i < n; ++i) cells[i] = 1 + (i - 1) / factor;
   return cells;
 }
 
@@ -34,7 +34,7 @@ void scale_up_face(Field<float>& dst, const Field<float>& src, int factor) {
   std::vector<int> coarse[3];
   for (int a = 0; a < 3; ++a) {
     coarse[a] = coarse_cells(n[a], factor);
-    if (end[a] > 1 && coarse[a][static_cast<std::size_t>(end[a] - 1)] >= src.dims()[a])
+    if (end[a] > 1 && coarse[a][end[a] - 1] >= src.dims()[a])
       throw FieldDimensionMismatchException();
   }
   const float s = 1 / static_cast<float>(factor);
@@ -44,10 +44,9 @@ void scale_up_face(Field<float>& dst, const Field<float>& src, int factor) {
   for (int k = 1; k < end[2]; ++k)
     for (int j = 1; j < end[1]; ++j) {
       float* row = dst.data() + dst.index(0, j, k);
-      const float* from = src.data() + src.index(0, coarse[1][static_cast<std::size_t>(j)],
-                                                 coarse[2][static_cast<std::size_t>(k)]);
+      const float* from = src.data() + src.index(0, coarse[1][j], coarse[2][k]);
       for (int i = 1; i < end[0]; ++i) {
-        const float* a = from + coarse[0][static_cast<std::size_t>(i)];
+        const float* a = from + coarse[0][i];
         const int t = ((axis == 0 ? i : axis == 1 ? j : k) - 1) % factor;
         row[i] = t == 0 ? *a : *a + static_cast<float>(t) * s * (a[step] - *a);
       }
@@ -58,7 +57,7 @@ void scale_up_face(Field<float>& dst, const Field<float>& src, int factor) {
 
 void scale_up_center(Field<float>& dst, const Field<float>& src, int factor) {
   if (dst.dims() == src.dims()) return dst.copy(src);
-  // Fine cell 1 begins where coarse cell 1 does, half a coarse cell below its centre.
+  // Fine cell 1 begins where coarse cell 1 does, half a coarse cell below its center.
   const float s = 1 / static_cast<float>(factor);
   const float o = s * 0.5f - 0.5f + 1;
   const auto coarse = [=](int i) { return static_cast<float>(i - 1) * s + o; };

@@ -30,7 +30,7 @@ inline CellCoordinates linear_cell(const Field<float>& f, float x, float y, floa
 /// Trilinear: along x, then y, then z, with a + (b - a) t.
 inline float sample_linear(const Field<float>& f, float x, float y, float z) {
   const CellCoordinates c = linear_cell(f, x, y, z);
-  const std::size_t nx = static_cast<std::size_t>(f.nx());
+  const std::size_t nx = f.nx();
   const std::size_t nxy = nx * static_cast<std::size_t>(f.ny());
   const float* p = f.data() + f.index(c.i, c.j, c.k);
   const auto lerp = [](float a, float b, float t) { return a + (b - a) * t; };

@@ -97,8 +97,8 @@ Split Builder::best_split(std::span<const std::uint32_t> list, const Bounds3f& b
   auto above = static_cast<std::uint32_t>(list.size());
   std::uint32_t below = 0;
   for (int plane = 1; plane < kPlanes; ++plane) {
-    below += slices.starts[static_cast<std::size_t>(plane - 1)];
-    above -= slices.ends[static_cast<std::size_t>(plane - 1)];
+    below += slices.starts[plane - 1];
+    above -= slices.ends[plane - 1];
     const float x = length * static_cast<float>(plane) / kPlanes;
     const float p_low = (x * (a + b) + a * b) / area;
     const float p_high = ((length - x) * (a + b) + a * b) / area;

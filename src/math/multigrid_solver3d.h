@@ -2,8 +2,8 @@
 // Henson, McCormick, A Multigrid Tutorial; Trottenberg et al., Multigrid). It copes with any grid
 // size by coarsening to one cell and by a non-uniform stencil in the last cell of each axis.
 //
-// The problem, on the interior of a centre grid: A x = b with A the negated unit-grid Laplacian,
-// 6 x(c) - sum of the 6 neighbours. A closed face has zero gradient, an open one x = 0 in the ghost
+// The problem, on the interior of a center grid: A x = b with A the negated unit-grid Laplacian,
+// 6 x(c) - sum of the 6 neighbors. A closed face has zero gradient, an open one x = 0 in the ghost
 // cells.
 #pragma once
 
@@ -40,7 +40,7 @@ class MultigridSolver3D {
   /// Per domain face, in the order x-, x+, y-, y+, z-, z+: 1 = closed, else open.
   std::array<int, 6> bc{};
 
-  /// Makes the levels for a centre grid of these dimensions, ghosts included. `r0` is scratch of
+  /// Makes the levels for a center grid of these dimensions, ghosts included. `r0` is scratch of
   /// the same dimensions, `buffer` holds the coarse levels and is resized where it is too small.
   /// Both must live until `clear`. A grid below 3 cells on an axis gets no levels.
   void setup(int nx, int ny, int nz, Field<float>& r0, Field<float>& buffer);

@@ -47,13 +47,11 @@ void RationalSpline::removePoint(int index) {
 }
 
 void RationalSpline::setSideBias(int index, float bias) {
-  if (index >= 0 && index < std::ssize(points_))
-    edit_points()[static_cast<std::size_t>(index)].sideBias = bias;
+  if (index >= 0 && index < std::ssize(points_)) edit_points()[index].sideBias = bias;
 }
 
 void RationalSpline::setBias(int index, float bias) {
-  if (index >= 0 && index < std::ssize(points_))
-    edit_points()[static_cast<std::size_t>(index)].bias = bias;
+  if (index >= 0 && index < std::ssize(points_)) edit_points()[index].bias = bias;
 }
 
 void RationalSpline::setBiasFromSlider(int id, double value) {
@@ -118,8 +116,8 @@ bool operator<(const RationalSpline& a, const RationalSpline& b) {
   const RationalSpline &p = rebuilt(a, copy_a), &q = rebuilt(b, copy_b);
   for (std::size_t i = 0; i < p.bezier_.size(); ++i) {
     const RationalSpline::BezierKnot &s = p.bezier_[i], &t = q.bezier_[i];
-    const bool in_less = i == 0 || s.inHandle < t.inHandle;
-    if (!(s.x < t.x && s.y < t.y && in_less && s.outHandle < t.outHandle &&
+    const bool in_less = i == 0 || s.in_handle < t.in_handle;
+    if (!(s.x < t.x && s.y < t.y && in_less && s.out_handle < t.out_handle &&
           p.bias_[i] < q.bias_[i]))
       return false;
   }

@@ -1,5 +1,5 @@
 // The one kind of user curve: a function of one variable that the user draws with control points.
-// It maps channel values to colours and opacities, limits decay and combustion, and scales noise.
+// It maps channel values to colors and opacities, limits decay and combustion, and scales noise.
 //
 // Between two knots it is a cubic Hermite span (Catmull-Rom, linear or given tangents). A bias
 // other than 0.5 makes it a rational cubic in Bezier form with weights b, b, 1-b, 1-b, which is
@@ -34,9 +34,9 @@ class RationalSpline {
   };
   struct BezierKnot {
     float x, y;
-    // Ordinates of the handles at a third of the neighbouring spans; inHandle is 0 at the first
+    // Ordinates of the handles at a third of the neighboring spans; in_handle is 0 at the first
     // knot.
-    float inHandle, outHandle;
+    float in_handle, out_handle;
     bool operator==(const BezierKnot&) const = default;
   };
 

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t kFirstMapSize = 1024;
 
-// Serialises the insertion of blocks into all sparse fields.
+// Serializes the insertion of blocks into all sparse fields.
 std::mutex insertion;
 
 int origin(int x) { return x & ~7; }
@@ -142,7 +142,7 @@ void SparseField<T, N>::clear() {
 
 template <class T, int N>
 void SparseField<T, N>::clear_blocks_le(float threshold) {
-  const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(blocks_.size());
+  const std::ptrdiff_t count = blocks_.size();
   std::vector<char> stays(blocks_.size());
 #pragma omp parallel for schedule(static)
   for (std::ptrdiff_t i = 0; i < count; ++i) {
@@ -173,10 +173,10 @@ void SparseField<T, N>::clear_blocks_le(float threshold) {
 
 template <class T, int N>
 void SparseField<T, N>::process(float threshold, float a, float b) {
-  const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(blocks_.size());
+  const std::ptrdiff_t count = blocks_.size();
 #pragma omp parallel for schedule(static)
   for (std::ptrdiff_t i = 0; i < count; ++i) {
-    float* data = blocks_[static_cast<std::size_t>(i)].data;
+    float* data = blocks_[i].data;
     for (int v = 0; v < kBlockSize; ++v) data[v] = data[v] > threshold ? a : b;
   }
 }

@@ -3,7 +3,7 @@
 //
 // Blocks are found through an open-addressing hash map (Knuth, The Art of Computer Programming,
 // volume 3, 6.4; triangular probing) that many threads may read and insert into at once: reads take
-// no lock, insertion of a new block is serialised, and a key is published after its data.
+// no lock, insertion of a new block is serialized, and a key is published after its data.
 #pragma once
 
 #include <atomic>

@@ -65,7 +65,7 @@ std::vector<float*> matching_blocks(Sparse& z, const Sparse& x) {
 // Calls work(i) for each block of x on all threads.
 template <class Work>
 void for_each_block(const Sparse& x, Work work) {
-  const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(x.blocks().size());
+  const std::ptrdiff_t count = x.blocks().size();
 #pragma omp parallel for schedule(static)
   for (std::ptrdiff_t i = 0; i < count; ++i) work(static_cast<std::size_t>(i));
 }
@@ -73,14 +73,14 @@ void for_each_block(const Sparse& x, Work work) {
 }  // namespace
 
 IntBox min_bbox(const Sparse& field, float threshold) {
-  const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(field.blocks().size());
+  const std::ptrdiff_t count = field.blocks().size();
   IntBox box;
 #pragma omp parallel
   {
     IntBox own;
 #pragma omp for schedule(static) nowait
     for (std::ptrdiff_t i = 0; i < count; ++i)
-      own = box_union(own, block_bbox(field.blocks()[static_cast<std::size_t>(i)], threshold));
+      own = box_union(own, block_bbox(field.blocks()[i], threshold));
 #pragma omp critical(nbx_sparse_min_bbox)
     box = box_union(box, own);
   }

@@ -37,7 +37,7 @@ void for_each_cell(Field<float>& dst, const Field<float>& src, const Field<float
   check_elementwise(where, dst, src, driver);
   const SplineTable table = table_of(spline);
   const SplineKernels& kernels = spline_kernels();
-  const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(dst.count());
+  const std::ptrdiff_t count = dst.count();
 #pragma omp parallel for schedule(static)
   for (std::ptrdiff_t first = 0; first < count; first += kChunk) {
     const int n = static_cast<int>(std::min(kChunk, count - first));

@@ -15,8 +15,8 @@ struct VectorT {
   template <class... A>
   requires(sizeof...(A) == N) constexpr VectorT(A... a) : v{static_cast<T>(a)...} {}
 
-  constexpr T& operator[](int i) { return v[static_cast<std::size_t>(i)]; }
-  constexpr const T& operator[](int i) const { return v[static_cast<std::size_t>(i)]; }
+  constexpr T& operator[](int i) { return v[i]; }
+  constexpr const T& operator[](int i) const { return v[i]; }
   constexpr bool operator==(const VectorT&) const = default;
 
   constexpr VectorT& operator+=(const VectorT& b) { return *this = *this + b; }
@@ -61,7 +61,7 @@ T length(const VectorT<T, N>& a) {
 
 /// `a` with length 1; as it is where its squared length is at most 1e-20.
 template <class T, int N>
-VectorT<T, N> normalised(const VectorT<T, N>& a) {
+VectorT<T, N> normalized(const VectorT<T, N>& a) {
   const T square = dot(a, a);
   return square > T(1e-20) ? a * (T(1) / std::sqrt(square)) : a;
 }

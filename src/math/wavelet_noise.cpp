@@ -56,10 +56,10 @@ class TileRows {
   const float* rows_[3][3];
 };
 
-// The samples of n_cells neighbouring cells; coordinates depend on one axis only.
+// The samples of n_cells neighboring cells; coordinates depend on one axis only.
 std::vector<AxisSample> sample_cells(int n_cells, float offset, float frequency, int n) {
   std::vector<AxisSample> samples;
-  samples.reserve(static_cast<std::size_t>(n_cells));
+  samples.reserve(n_cells);
   for (int i = 0; i < n_cells; ++i)
     samples.push_back(sample_axis((static_cast<float>(i) + offset) * frequency, n, false));
   return samples;
@@ -94,13 +94,13 @@ void noise_field(Field<float>& field, const WaveletNoise& noise, float frequency
   for (int k = 0; k < nz; ++k) {
     float* r = scratch.data() + static_cast<std::size_t>(omp_get_thread_num()) * length;
     for (int j = 0; j < ny; ++j) {
-      const TileRows row(tile, ys[static_cast<std::size_t>(j)], zs[static_cast<std::size_t>(k)]);
+      const TileRows row(tile, ys[j], zs[k]);
       for (int i = 0; i < n; ++i) r[i] = row(i);
       r[n] = r[0];
       r[n + 1] = r[1];
       float* dst = &field(0, j, k);
       for (int i = 0; i < nx; ++i) {
-        const AxisSample& x = xs[static_cast<std::size_t>(i)];
+        const AxisSample& x = xs[i];
         const float* at = r + x.cell;
         dst[i] += amplitude * weighted(x.w, at[0], at[1], at[2]);
       }

@@ -1,4 +1,4 @@
-// From a value to a colour, in linear light: what smoke of a value looks like, or how fire of a
+// From a value to a color, in linear light: what smoke of a value looks like, or how fire of a
 // value glows.
 #pragma once
 
@@ -14,7 +14,7 @@ class ColorRamp {
  public:
   virtual ~ColorRamp() = default;
 
-  /// The colours of n <= kBlock values, which are aligned and readable up to kBlock (see
+  /// The colors of n <= kBlock values, which are aligned and readable up to kBlock (see
   /// march_kernels.h). NaN counts as the lowest value.
   virtual void lookup(Colors& out, const float* values, int n) const = 0;
   /// The largest value of each channel over the ramp.
@@ -30,10 +30,10 @@ struct GradientKnot {
   Interpolation interpolation = Interpolation::kLinear;  // towards the next knot
 };
 
-/// Colours between knots; beyond the outer knots their colours go on. Without knots it is black.
+/// Colors between knots; beyond the outer knots their colors go on. Without knots it is black.
 class GradientRamp final : public ColorRamp {
  public:
-  /// Knots in any order. Their colours are multiplied by `scale`.
+  /// Knots in any order. Their colors are multiplied by `scale`.
   explicit GradientRamp(std::vector<GradientKnot> knots, double scale = 1);
 
   void lookup(Colors& out, const float* values, int n) const override;
@@ -45,9 +45,9 @@ class GradientRamp final : public ColorRamp {
 };
 
 struct BlackbodyParams {
-  double minKelvin = 600, maxKelvin = 2200;  // a maximum below the minimum counts as the minimum
-  double exposure = 1;                       // colours are divided by it; 0 counts as the least
-  double compression = 5;                    // 0 keeps physical brightness, large a 4th-root curve
+  double min_kelvin = 600, max_kelvin = 2200;  // a maximum below the minimum counts as the minimum
+  double exposure = 1;                         // colors are divided by it; 0 counts as the least
+  double compression = 5;  // 0 keeps physical brightness, large a 4th-root curve
   Color tint{1, 1, 1};
 };
 

@@ -1,7 +1,7 @@
 // Light that reaches a volume straight from the lights, with their shadows: computed where rays
 // come by and kept in a grid.
 //
-// A light of colour C from direction l adds to a ray of direction r
+// A light of color C from direction l adds to a ray of direction r
 //
 //     C (1 - g^2) / (1 - g l.r)^2
 //

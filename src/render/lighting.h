@@ -51,7 +51,7 @@ class HeadLighting final : public Lighting {
 
 /// Work done and to do, the number of the stage from 1, and how many stages there are. True breaks
 /// off.
-using ProgressCallback = std::function<bool(int done, int total, int stage, int stageCount)>;
+using ProgressCallback = std::function<bool(int done, int total, int stage, int stage_count)>;
 
 /// The light within one volume, for one frame.
 class LightField {

@@ -12,9 +12,9 @@ struct ShaderParams {
   double blur = 0;        // radius in object units
   RationalSpline curve;
   std::shared_ptr<const ColorRamp> ramp;
-  int densityChannel = kNoGrid;  // none: the colour channel serves
-  double densityBlur = 0;
-  RationalSpline densityCurve;
+  int density_channel = kNoGrid;  // none: the color channel serves
+  double density_blur = 0;
+  RationalSpline density_curve;
   double density = 1;
   double displace = 0;  // along the velocity, in frames
   DetailNoiseParams noise;
@@ -26,16 +26,16 @@ struct VolumeParams {
   double occlusion = 1;  // density of fire that hides all smoke in its voxel; 0: any does
   Filter filter = Filter::kBSpline;
   double viewStep = 0.25, shadowStep = 0.5;  // shares of a voxel, clamped to [0.001, 1]
-  double motionBlur = 0;                     // shutter in frame lengths
-  double motionBlurStep = 1;                 // voxels
-  std::optional<RationalSpline> depthFade;
-  double framesPerSecond = 25;
+  double motion_blur = 0;                    // shutter in frame lengths
+  double motion_blur_step = 1;               // voxels
+  std::optional<RationalSpline> depth_fade;
+  double frames_per_second = 25;
   double seconds = 0;  // the document's time, by which detail noise changes
 
-  Affine3d worldToObject = Affine3d::identity();
+  Affine3d world_to_object = Affine3d::identity();
   /// From the object's space to indices of the frame's grids: its first axis has the length of one
   /// over a voxel's edge in object units.
-  Affine3d objectToCell = Affine3d::identity();
+  Affine3d object_to_cell = Affine3d::identity();
 };
 
 /// Fills all of `volume` but masks, matte and light field. A frame with fewer than 3 cells on an

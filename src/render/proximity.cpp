@@ -37,9 +37,9 @@ std::vector<float> visible_limits(const RationalSpline& curve, float scale) {
 
 // Marks cells in `seen` with 1. `scratch` is a field of the same dimensions.
 void mark_visible(Field<float>& seen, Field<float>& scratch, const VolumeShader& shader) {
-  const Field<float>& grid = *shader.extinctionSampler().field;
-  const RationalSpline& curve = shader.extinctionCurve();
-  const float scale = static_cast<float>(shader.densityScale);
+  const Field<float>& grid = *shader.extinction_sampler().field;
+  const RationalSpline& curve = shader.extinction_curve();
+  const float scale = shader.density_scale;
   const int nx = std::min(seen.nx(), grid.nx()), ny = std::min(seen.ny(), grid.ny()),
             nz = std::min(seen.nz(), grid.nz());
   const SplineTable table = curve.table();
@@ -70,7 +70,7 @@ void mark_visible(Field<float>& seen, Field<float>& scratch, const VolumeShader&
   const auto mark_jump = [&](std::size_t at, std::size_t next) {
     if (scratch[next] != scratch[at] && scratch[next] != kNoZone) seen[at] = 1;
   };
-  const std::size_t row = static_cast<std::size_t>(seen.nx());
+  const std::size_t row = seen.nx();
   const std::size_t plane = row * static_cast<std::size_t>(seen.ny());
 #pragma omp parallel for schedule(static)
   for (int k = 1; k < nz - 1; ++k)
@@ -87,7 +87,7 @@ void mark_visible(Field<float>& seen, Field<float>& scratch, const VolumeShader&
       }
 }
 
-// An inner cell all of whose 26 neighbours show isn't on the surface.
+// An inner cell all of whose 26 neighbors show isn't on the surface.
 bool is_surface(const Field<float>& seen, int i, int j, int k) {
   for (int c = k - 1; c <= k + 1; ++c)
     for (int b = j - 1; b <= j + 1; ++b)
@@ -104,7 +104,7 @@ void build_proximity(RenderVolume& volume) {
   volume.proximityShift = 0;
   if (!volume.shows()) return;
   const VolumeShader& first = volume.smoke.on ? volume.smoke : volume.fire;
-  const Vec3i dims = first.colorSampler.field->dims();
+  const Vec3i dims = first.color_sampler.field->dims();
   const FieldHandle seen = acquire_field(dims), distance = acquire_field(dims);
   set(*seen, 0);
   for (const VolumeShader* shader : {&volume.smoke, &volume.fire})
@@ -122,7 +122,7 @@ void build_proximity(RenderVolume& volume) {
     set(*distance, 1.75f * static_cast<float>(largest) - kReach);
   } else {
     square_distances(*distance);
-    const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(distance->count());
+    const std::ptrdiff_t count = distance->count();
     float* d = distance->data();
     const float* s = seen->data();
 #pragma omp parallel for simd schedule(static)
@@ -135,7 +135,7 @@ void build_proximity(RenderVolume& volume) {
 }
 
 void widen_proximity(RenderVolume& volume) {
-  if (!volume.proximity || !volume.hasVelocity()) return;
+  if (!volume.proximity || !volume.has_velocity()) return;
   const double a = volume.smoke.displace, b = volume.fire.displace;
   if (a == 0 && b == 0 && volume.blurTime == 0) return;
   double square = 0;
@@ -148,7 +148,7 @@ void widen_proximity(RenderVolume& volume) {
     reach += fastest * std::abs(k - volume.proximityShift);
     volume.proximityShift = k;
   }
-  // Metres that the flow moves while the shutter is open, in voxels.
+  // Meters that the flow moves while the shutter is open, in voxels.
   if (volume.blurTime > 0) reach += fastest * volume.blurTime * volume.voxelsPerMetre;
   if (reach > 0) add(*volume.proximity, *volume.proximity, static_cast<float>(-reach));
 }

@@ -6,7 +6,7 @@
 
 namespace nbx {
 
-/// Makes `volume.proximity`, of the dimensions of the smoke's colour grid, or the fire's without
+/// Makes `volume.proximity`, of the dimensions of the smoke's color grid, or the fire's without
 /// smoke; none if neither shader is on. In voxels, and for the grid (not its outer layer) with the
 /// cells that show anything as the region R:
 ///
@@ -14,7 +14,7 @@ namespace nbx {
 ///                  inside: minus that distance) - 3.5
 ///
 /// The 3.5 leave room for the reach of cubic look-ups. A cell shows something if its extinction is
-/// above 1e-5, or if neither it nor its neighbour along an axis does but values between theirs
+/// above 1e-5, or if neither it nor its neighbor along an axis does but values between theirs
 /// would. With nothing to see it is 1.75 times the largest dimension everywhere. Distances are
 /// exact (P. F. Felzenszwalb and D. P. Huttenlocher, "Distance transforms of sampled functions",
 /// Theory of Computing 8, 2012).

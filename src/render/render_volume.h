@@ -15,31 +15,31 @@
 
 namespace nbx {
 
-/// One of the two shaders of a volume. With v the colour channel and w the density channel, each at
+/// One of the two shaders of a volume. With v the color channel and w the density channel, each at
 /// the shader's displaced point,
 ///
-///     c = colorCurve(v),   b = densityCurve(w), or c without a density channel
+///     c = color_curve(v),   b = density_curve(w), or c without a density channel
 ///
 /// Curves are rebuilt. Copies share the grids.
 struct VolumeShader {
   bool on = false;
-  ChannelSampler colorSampler, densitySampler;
-  RationalSpline colorCurve, densityCurve;
+  ChannelSampler color_sampler, density_sampler;
+  RationalSpline color_curve, density_curve;
   std::shared_ptr<const ColorRamp> ramp;
-  double densityScale = 1;
-  double displace = 0;  // points move against the velocity by this: voxels per metre a second
+  double density_scale = 1;
+  double displace = 0;  // points move against the velocity by this: voxels per meter a second
   DetailNoise noise;
 
   /// What tells how dense it is there.
-  const ChannelSampler& extinctionSampler() const {
-    return densitySampler ? densitySampler : colorSampler;
+  const ChannelSampler& extinction_sampler() const {
+    return density_sampler ? density_sampler : color_sampler;
   }
-  const RationalSpline& extinctionCurve() const {
-    return densitySampler ? densityCurve : colorCurve;
+  const RationalSpline& extinction_curve() const {
+    return density_sampler ? density_curve : color_curve;
   }
 };
 
-/// Coordinates that travelled with the gas, for noise that does. Empty in most frames.
+/// Coordinates that traveled with the gas, for noise that does. Empty in most frames.
 struct AdvectedCoords {
   FieldHandle x, y, z;
   FieldHandle age;  // from 2 on the point isn't moved
@@ -51,12 +51,12 @@ struct RenderVolume {
   bool ready = false;  // this volume is traced
 
   VolumeShader smoke, fire;
-  double smokeColorScale = 1;               // density times albedo
-  double fireMaskScale = 1;                 // how much of the smoke fire hides within a voxel
-  std::optional<RationalSpline> depthFade;  // over hundredths of world units along the ray
-  std::shared_ptr<LightField> lightField;   // without one smoke is unlit, as under white light
+  double smokeColorScale = 1;                // density times albedo
+  double fireMaskScale = 1;                  // how much of the smoke fire hides within a voxel
+  std::optional<RationalSpline> depth_fade;  // over hundredths of world units along the ray
+  std::shared_ptr<LightField> light_field;   // without one smoke is unlit, as under white light
 
-  FieldHandle velU, velV, velW;  // staggered (math/field.h), metres a second; all or none
+  FieldHandle velU, velV, velW;  // staggered (math/field.h), meters a second; all or none
   FieldHandle vorticityMask;     // scales detail noise
   AdvectedCoords advectedCoords;
   Vec3i gridOffset;  // domain cell of grid index (0, 0, 0)
@@ -67,8 +67,8 @@ struct RenderVolume {
   double proximityShift = 0;  // displacement that `proximity` has absorbed
 
   Vec3d voxelBoxMin, voxelBoxMax;                 // (0, 0, 0) to dims - 1
-  Affine3d worldToVoxel, voxelToWorld;            // voxel centres have whole coordinates
-  double voxelsPerMetre = 1, metresPerVoxel = 1;  // metres of the unscaled object
+  Affine3d worldToVoxel, voxelToWorld;            // voxel centers have whole coordinates
+  double voxelsPerMetre = 1, metresPerVoxel = 1;  // meters of the unscaled object
   double metresPerUnit = 0.01;
   double voxelLength = 1;                   // world length of a voxel's edge along x
   double sigmaScale = 1;                    // extinction per world unit and unit of density
@@ -79,13 +79,13 @@ struct RenderVolume {
 
   std::uint32_t excludeMask = 0;       // classes of rays that pass through unchanged
   std::uint32_t innerExcludeMask = 0;  // the same for rays cast while a volume asks for its light
-  bool matte = false;                  // shows a plain colour, by its opacity
+  bool matte = false;                  // shows a plain color, by its opacity
   Color matteColor{0, 0, 0};
 
-  bool hasVelocity() const { return velU && velV && velW; }
+  bool has_velocity() const { return velU && velV && velW; }
   bool shows() const { return smoke.on || fire.on; }
   /// Drops what belongs to the frame; the light field goes too.
-  void releaseFrame();
+  void release_frame();
 };
 
 }  // namespace nbx

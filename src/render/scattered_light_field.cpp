@@ -82,9 +82,9 @@ bool ScatteredLightField::iterate(Field3& source, const SweepMedium& medium, dou
     scale_and_add(source, total_, static_cast<float>(grid.gather_factor()));
     if (infnorm(source) < kDark) break;
   }
-  const bool cancelled = progress(units, units, 2, 2);
+  const bool canceled = progress(units, units, 2, 2);
   LogMessage() << "done infnrm(U) " << infnorm(source) << " infnrm(I) " << infnorm(total_);
-  return !cancelled;
+  return !canceled;
 }
 
 void ScatteredLightField::query(Colors& light, Lighting&, const RayRecord&, const Points& points) {

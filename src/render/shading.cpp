@@ -11,7 +11,7 @@ namespace nbx {
 namespace {
 
 // Moves points along the curl of the shader's noise. Noise stays with the gas where coordinates
-// travelled with it, else in the domain while the container moves, and fades where the flow
+// traveled with it, else in the domain while the container moves, and fades where the flow
 // doesn't turn.
 void displace_by_noise(Points& q, const RenderVolume& volume, const DetailNoise& noise) {
   const AdvectedCoords& coords = volume.advectedCoords;
@@ -43,7 +43,7 @@ void displace_by_noise(Points& q, const RenderVolume& volume, const DetailNoise&
 }
 
 bool displaces(const RenderVolume& volume, const VolumeShader& shader) {
-  return (shader.displace != 0 && volume.hasVelocity()) || shader.noise.on();
+  return (shader.displace != 0 && volume.has_velocity()) || shader.noise.on();
 }
 
 // Calls body(q) with the shader's own points.
@@ -61,12 +61,12 @@ void plain_density(float* b, const RenderVolume& volume, const VolumeShader& sha
                    const Points& points) {
   at_shader_points(volume, shader, points, [&](const Points& q) {
     alignas(64) float v[kBlock];
-    shader.extinctionSampler().sampleLinear(v, q);
-    evaluate_curve(b, shader.extinctionCurve(), v, q.n);
+    shader.extinction_sampler().sample_linear(v, q);
+    evaluate_curve(b, shader.extinction_curve(), v, q.n);
   });
 }
 
-// Multiplies the colour of points that have any by their light. The others aren't asked: light may
+// Multiplies the color of points that have any by their light. The others aren't asked: light may
 // be costly there, and nobody sees it.
 void light_up(Colors& color, LightField& field, const RayRecord& ray, const Points& points) {
   Points lit;
@@ -98,10 +98,10 @@ void evaluate_curve(float* out, const RationalSpline& curve, const float* v, int
 void displace(Points& out, const RenderVolume& volume, const VolumeShader& shader,
               const Points& points) {
   out = points;
-  if (shader.displace != 0 && volume.hasVelocity()) {
+  if (shader.displace != 0 && volume.has_velocity()) {
     Colors u;
     sample_velocity(u, march_kernels().linear, *volume.velU, *volume.velV, *volume.velW, points);
-    const float k = static_cast<float>(shader.displace);
+    const float k = shader.displace;
     for (int i = 0; i < points.n; ++i) {
       out.x[i] -= u.c[0][i] * k;
       out.y[i] -= u.c[1][i] * k;
@@ -113,11 +113,11 @@ void displace(Points& out, const RenderVolume& volume, const VolumeShader& shade
 
 void evaluate_shader(ShaderValues& out, const VolumeShader& shader, const Points& points) {
   alignas(64) float v[kBlock];
-  shader.colorSampler.sample(v, points);
-  evaluate_curve(out.color, shader.colorCurve, v, points.n);
-  if (!shader.densitySampler) return std::copy_n(out.color, points.n, out.density), void();
-  shader.densitySampler.sample(v, points);
-  evaluate_curve(out.density, shader.densityCurve, v, points.n);
+  shader.color_sampler.sample(v, points);
+  evaluate_curve(out.color, shader.color_curve, v, points.n);
+  if (!shader.density_sampler) return std::copy_n(out.color, points.n, out.density), void();
+  shader.density_sampler.sample(v, points);
+  evaluate_curve(out.density, shader.density_curve, v, points.n);
 }
 
 void shade(Shaded& out, const RenderVolume& volume, const RayRecord& ray, const Points& points) {
@@ -129,11 +129,11 @@ void shade(Shaded& out, const RenderVolume& volume, const RayRecord& ray, const 
     at_shader_points(volume, volume.fire, points,
                      [&](const Points& q) { evaluate_shader(values, volume.fire, q); });
     volume.fire.ramp->lookup(out.emission, values.color, n);
-    const float scale = static_cast<float>(volume.fire.densityScale);
-    const float maskScale = static_cast<float>(volume.fireMaskScale);
+    const float scale = volume.fire.density_scale;
+    const float mask_scale = volume.fireMaskScale;
     for (int i = 0; i < n; ++i) {
       out.extinction[i] = scale * values.density[i];
-      mask[i] = mask_of(values.density[i], maskScale);
+      mask[i] = mask_of(values.density[i], mask_scale);
     }
   } else {
     for (auto& channel : out.emission.c) std::fill_n(channel, kBlock, 0.0f);
@@ -143,24 +143,24 @@ void shade(Shaded& out, const RenderVolume& volume, const RayRecord& ray, const 
   if (volume.smoke.on) {
     at_shader_points(volume, volume.smoke, points,
                      [&](const Points& q) { evaluate_shader(values, volume.smoke, q); });
-    const float scale = static_cast<float>(volume.smoke.densityScale);
-    const float colorScale = static_cast<float>(volume.smokeColorScale);
+    const float scale = volume.smoke.density_scale;
+    const float color_scale = volume.smokeColorScale;
     Colors albedo;
     volume.smoke.ramp->lookup(albedo, values.color, n);
     for (int i = 0; i < n; ++i) {
       const float d = mask[i] * values.density[i];
-      for (auto c = 0; c < 3; ++c) albedo.c[c][i] *= colorScale * d;
+      for (auto c = 0; c < 3; ++c) albedo.c[c][i] *= color_scale * d;
       out.extinction[i] += scale * d;
     }
-    if (volume.lightField && ray.lighting) light_up(albedo, *volume.lightField, ray, points);
+    if (volume.light_field && ray.lighting) light_up(albedo, *volume.light_field, ray, points);
     for (auto c = 0; c < 3; ++c)
       for (int i = 0; i < n; ++i) out.emission.c[c][i] += albedo.c[c][i];
   }
 
-  if (volume.depthFade) {
+  if (volume.depth_fade) {
     alignas(64) float depth[kBlock], fade[kBlock];
     for (int i = 0; i < n; ++i) depth[i] = points.t[i] * 0.01f;
-    evaluate_curve(fade, *volume.depthFade, depth, n);
+    evaluate_curve(fade, *volume.depth_fade, depth, n);
     for (int i = 0; i < n; ++i) {
       for (auto c = 0; c < 3; ++c) out.emission.c[c][i] *= fade[i];
       out.extinction[i] *= fade[i];
@@ -174,16 +174,16 @@ void density(float* extinction, const RenderVolume& volume, const Points& points
   std::fill_n(extinction, kBlock, 0.0f);
   if (volume.fire.on) {
     plain_density(b, volume, volume.fire, points);
-    const float scale = static_cast<float>(volume.fire.densityScale);
-    const float maskScale = static_cast<float>(volume.fireMaskScale);
+    const float scale = volume.fire.density_scale;
+    const float mask_scale = volume.fireMaskScale;
     for (int i = 0; i < points.n; ++i) {
       extinction[i] = scale * b[i];
-      mask[i] = mask_of(b[i], maskScale);
+      mask[i] = mask_of(b[i], mask_scale);
     }
   }
   if (volume.smoke.on) {
     plain_density(b, volume, volume.smoke, points);
-    const float scale = static_cast<float>(volume.smoke.densityScale);
+    const float scale = volume.smoke.density_scale;
     for (int i = 0; i < points.n; ++i) extinction[i] += scale * mask[i] * b[i];
   }
 }

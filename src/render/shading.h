@@ -1,7 +1,7 @@
 // The shaders: from grids to emission and extinction at points of a volume.
 //
-//     fire    E  = ramp(c)              s  = densityScale b,   mask = clamp(1 - b fireMaskScale)
-//     smoke   E += ramp(c) light smokeColorScale mask b        s += densityScale mask b
+//     fire    E  = ramp(c)              s  = density_scale b,   mask = clamp(1 - b fireMaskScale)
+//     smoke   E += ramp(c) light smokeColorScale mask b        s += density_scale mask b
 //
 // c and b as for VolumeShader. Extinction is the same in all three channels.
 #pragma once

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int kMaxScale = 64;
 constexpr int kMaxPixels = 32767;  // on each side
-constexpr QRgb kNanColour = 0xffff00ff;
+constexpr QRgb kNanColor = 0xffff00ff;
 
 // The values of a picture, row by row from the top.
 struct Plane {
@@ -110,7 +110,7 @@ Plane project(const Field<float>& grid, const SliceOptions& options) {
 std::pair<float, float> value_range(const Plane& plane, const SliceOptions& options) {
   if (options.projection == Projection::kSmoke) return {0.0f, 1.0f};
   if (options.range) return *options.range;
-  if (options.colours != ColourMap::kDiverging) return {0.0f, largest(plane)};
+  if (options.colors != ColorMap::kDiverging) return {0.0f, largest(plane)};
   float magnitude = 0;
   for (float v : plane.values)
     if (std::isfinite(v)) magnitude = std::max(magnitude, std::abs(v));
@@ -118,14 +118,14 @@ std::pair<float, float> value_range(const Plane& plane, const SliceOptions& opti
   return {-magnitude, magnitude};
 }
 
-QRgb colour(ColourMap map, float t) {
+QRgb color(ColorMap map, float t) {
   const auto level = [](float v) {
     return static_cast<int>(std::lround(255 * std::clamp(v, 0.0f, 1.0f)));
   };
   switch (map) {
-    case ColourMap::kHeat:  // one channel after the other
+    case ColorMap::kHeat:  // one channel after the other
       return qRgb(level(3 * t), level(3 * t - 1), level(3 * t - 2));
-    case ColourMap::kDiverging: {
+    case ColorMap::kDiverging: {
       const float s = 2 * t - 1, fade = 1 - std::abs(s);
       return qRgb(level(s < 0 ? fade : 1), level(fade), level(s > 0 ? fade : 1));
     }
@@ -152,10 +152,10 @@ SliceOptions slice_options(int gridType) {
     options.projection = Projection::kSmoke;
     options.gamma = 2.2f;
   } else if (gridType == kGridSolid || staggered_axis(gridType) >= 0) {
-    options.colours = ColourMap::kDiverging;
+    options.colors = ColorMap::kDiverging;
   } else {
     options.projection = Projection::kMax;
-    options.colours = ColourMap::kHeat;
+    options.colors = ColorMap::kHeat;
   }
   return options;
 }
@@ -175,7 +175,7 @@ QImage slice_picture(const Field<float>& grid, const SliceOptions& options) {
     for (int x = 0; x < picture.width(); ++x) {
       const float v = values[x];
       const float t = hi != lo ? std::clamp((v - lo) / (hi - lo), 0.0f, 1.0f) : 0.0f;
-      row[x] = std::isnan(v) ? kNanColour : colour(options.colours, std::pow(t, 1 / options.gamma));
+      row[x] = std::isnan(v) ? kNanColor : color(options.colors, std::pow(t, 1 / options.gamma));
     }
   }
   if (options.scale == 1) return picture;

@@ -19,8 +19,8 @@ enum class Projection {
   kSmoke,  // what smoke of these densities hides: 1 - exp(-absorption * sum)
 };
 
-enum class ColourMap {
-  kGrey,       // black to white
+enum class ColorMap {
+  kGray,       // black to white
   kHeat,       // black, red, yellow, white: a glowing body
   kDiverging,  // blue, white, red, with white in the middle of the range
 };
@@ -29,9 +29,9 @@ struct SliceOptions {
   int axis = 2;                      // 0, 1, 2: looks along x, y, z
   std::optional<int> position = {};  // index in the grid; without it the middle
   Projection projection = Projection::kNone;
-  std::optional<std::pair<float, float>> range = {};  // values at the ends of the colour map
+  std::optional<std::pair<float, float>> range = {};  // values at the ends of the color map
   std::optional<float> absorption = {};               // kSmoke: per unit of density and cell
-  ColourMap colours = ColourMap::kGrey;
+  ColorMap colors = ColorMap::kGray;
   float gamma = 1;  // above 1 brightens the lower part of the range
   int scale = 1;    // pixels per cell; projections are smoothed, a slice shows its cells
 };

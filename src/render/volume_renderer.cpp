@@ -71,15 +71,15 @@ bool traceShadow(const VolumeRenderer& renderer, RayRecord& ray) {
   return trace(renderer, ray, [](March& march, double a, double b) { return march.shadow(a, b); });
 }
 
-void RenderVolume::releaseFrame() {
+void RenderVolume::release_frame() {
   ready = false;
   for (VolumeShader* shader : {&smoke, &fire}) {
-    shader->colorSampler.field = nullptr;
-    shader->densitySampler.field = nullptr;
+    shader->color_sampler.field = nullptr;
+    shader->density_sampler.field = nullptr;
   }
   velU = velV = velW = proximity = vorticityMask = nullptr;
   advectedCoords = {};
-  lightField = nullptr;
+  light_field = nullptr;
 }
 
 }  // namespace nbx

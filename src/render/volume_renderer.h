@@ -18,8 +18,8 @@ namespace nbx {
 struct PreviewCamera {
   Vec3d position{0, 1, 2}, direction{0, -0.4472135954999579, -0.8944271909999159}, up{0, 1, 0};
   double near = 0.05;
-  double pixelSize = 0.00035010376910485484;  // 2 tan(35 degrees) near / 200
-  double halfWidth = 100, halfHeight = 100;   // in pixels
+  double pixelSize = 0.00035010376910485484;   // 2 tan(35 degrees) near / 200
+  double half_width = 100, half_height = 100;  // in pixels
 };
 
 struct VolumeRenderer {

@@ -17,12 +17,10 @@ constexpr int kTypes[3] = {kGridVelocityX, kGridVelocityY, kGridVelocityZ};
 
 /// From the host's world to cells: the frame's matrix works on row vectors with z negated.
 Affine3d cell_transform(const FrameGrid& grid) {
-  const auto entry = [&](int row, int column) {
-    return grid.gridMatrix[static_cast<std::size_t>(4 * row + column)];
-  };
+  const auto entry = [&](int row, int column) { return grid.gridMatrix[4 * row + column]; };
   Affine3d m;
   for (int a = 0; a < 3; ++a) {
-    m.rows[static_cast<std::size_t>(a)] = {entry(0, a), entry(1, a), -entry(2, a)};
+    m.rows[a] = {entry(0, a), entry(1, a), -entry(2, a)};
     m.translation[a] = entry(3, a) - grid.offset[a];
   }
   return m;
@@ -42,10 +40,10 @@ ParticleAdvection::ParticleAdvection(SimFrame& frame, double unit_scale) {
     if (!fields[axis]) return;
   }
   cells_ = fields[0]->dims() - Vec3i(1, 0, 0);
-  const double cells_per_metre = length(to_cells_.rows[0]) / unit_scale;
+  const double cells_per_meter = length(to_cells_.rows[0]) / unit_scale;
   const double document = frame.frameTime.length.value();
   const double clock = document > 0 ? frame.simTime.length.value() / document : 1;
-  cells_per_second_ = cells_per_metre * clock;
+  cells_per_second_ = cells_per_meter * clock;
   fields_ = std::move(fields);
 }
 
@@ -54,7 +52,7 @@ Vec3d ParticleAdvection::velocity(const Vec3d& x) const {
   for (int axis = 0; axis < 3; ++axis) {
     Vec3f at = vector_cast<float>(x);
     at[axis] += 0.5f;  // the samples of an axis stand half a cell lower on it
-    v[axis] = sample_linear(*fields_[static_cast<std::size_t>(axis)], at[0], at[1], at[2]);
+    v[axis] = sample_linear(*fields_[axis], at[0], at[1], at[2]);
   }
   return v;
 }

@@ -27,7 +27,7 @@ class ParticleAdvection {
 
   std::array<FieldHandle, 3> fields_;
   Affine3d to_cells_, to_world_;  // between the host's world and cells of the grids
-  Vec3i cells_;                   // of a centre grid
+  Vec3i cells_;                   // of a center grid
   double cells_per_second_ = 0;   // of the document, at a velocity of 1
 };
 

@@ -51,16 +51,16 @@ ParticleSpheres::ParticleSpheres(const ParticleTable& table,
   }
 }
 
-IntBox ParticleSpheres::cells(std::ptrdiff_t row, Vec3d& centre) const {
+IntBox ParticleSpheres::cells(std::ptrdiff_t row, Vec3d& center) const {
   if (active_[row] == 0) return {};
-  centre =
+  center =
       parameters_.world_to_grid(Vec3d(position_[0][row], position_[1][row], position_[2][row]));
   IntBox cells;
   for (int a = 0; a < 3; ++a) {
-    centre[a] = static_cast<float>(centre[a]);
-    if (!(centre[a] >= box_.lo[a] && centre[a] <= box_.hi[a])) return {};
-    cells.lo[a] = static_cast<int>(std::max(std::floor(centre[a] - radius_), 1.0 * box_.lo[a]));
-    cells.hi[a] = static_cast<int>(std::min(std::ceil(centre[a] + radius_), 1.0 * box_.hi[a]));
+    center[a] = static_cast<float>(center[a]);
+    if (!(center[a] >= box_.lo[a] && center[a] <= box_.hi[a])) return {};
+    cells.lo[a] = static_cast<int>(std::max(std::floor(center[a] - radius_), 1.0 * box_.lo[a]));
+    cells.hi[a] = static_cast<int>(std::min(std::ceil(center[a] + radius_), 1.0 * box_.hi[a]));
   }
   return cells;
 }
@@ -79,8 +79,8 @@ std::size_t ParticleSpheres::block_bound() const {
   std::size_t sum = 0;
   IntBox all;
   for (std::ptrdiff_t row = 0; row < rows_; ++row) {
-    Vec3d centre;
-    IntBox box = cells(row, centre);
+    Vec3d center;
+    IntBox box = cells(row, center);
     if (box.empty()) continue;
     box.hi += Vec3i(1, 1, 1);
     all = box_union(all, box);

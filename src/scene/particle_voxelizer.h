@@ -1,4 +1,4 @@
-// Particles as sources: each is a small sphere whose strength falls from its centre to its rim.
+// Particles as sources: each is a small sphere whose strength falls from its center to its rim.
 #pragma once
 
 #include <cmath>
@@ -22,9 +22,9 @@ class ParticleSpheres {
   std::ptrdiff_t rows() const { return rows_; }
   double radius() const { return radius_; }
 
-  /// The cells of one particle's sphere, `centre` in cells; empty for a particle that doesn't count
-  /// or whose centre lies outside of the box.
-  IntBox cells(std::ptrdiff_t row, Vec3d& centre) const;
+  /// The cells of one particle's sphere, `center` in cells; empty for a particle that doesn't count
+  /// or whose center lies outside of the box.
+  IntBox cells(std::ptrdiff_t row, Vec3d& center) const;
   Vec3f velocity(std::ptrdiff_t row) const;  // 0 without the columns
   /// 1, or what the curve makes of the mapped column.
   float strength(std::ptrdiff_t row) const;
@@ -54,18 +54,18 @@ void voxelize_particles(const Voxelizer& voxelizer, const ParticleSpheres& spher
 #pragma omp parallel for schedule(dynamic, 1)
   for (std::ptrdiff_t row = 0; row < spheres.rows(); ++row) {
     try {
-      Vec3d centre;
-      const IntBox box = spheres.cells(row, centre);
+      Vec3d center;
+      const IntBox box = spheres.cells(row, center);
       if (box.empty()) continue;
       VoxelizationTriangle particle;
-      particle.p0 = particle.p1 = particle.p2 = vector_cast<float>(centre);
+      particle.p0 = particle.p1 = particle.p2 = vector_cast<float>(center);
       particle.normal = spheres.velocity(row);
       const float strength = spheres.strength(row);
       auto cursor = voxelizer.cursor();
       for (int z = box.lo[2]; z <= box.hi[2]; ++z)
         for (int y = box.lo[1]; y <= box.hi[1]; ++y)
           for (int x = box.lo[0]; x <= box.hi[0]; ++x) {
-            const Vec3d r = Vec3d(x, y, z) - centre;
+            const Vec3d r = Vec3d(x, y, z) - center;
             if (const double q = dot(r, r); q < square_radius)
               voxelizer.hit(cursor, {x, y, z}, q, particle, strength);
           }

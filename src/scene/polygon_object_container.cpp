@@ -28,10 +28,9 @@ bool can_matter(const VoxelizationTriangle& t, const IntBox& box) {
 PolygonObjectContainer::PolygonObjectContainer(const PolygonWalk& walk, const IntBox& box)
     : box_(box) {
   if (box.empty()) return;
-  std::vector<std::vector<Triangle>> parts(static_cast<std::size_t>(omp_get_max_threads()));
+  std::vector<std::vector<Triangle>> parts(omp_get_max_threads());
   walk.run([&](const VoxelizationTriangle& t) {
-    if (can_matter(t, box))
-      parts[static_cast<std::size_t>(omp_get_thread_num())].push_back({{t.p0, t.p1, t.p2}});
+    if (can_matter(t, box)) parts[omp_get_thread_num()].push_back({{t.p0, t.p1, t.p2}});
   });
   std::size_t n = 0;
   for (const auto& part : parts) n += part.size();

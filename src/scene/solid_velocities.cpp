@@ -36,8 +36,7 @@ void iterate_solid_velocities(Field<float>& f, int axis, const SolidCells& cells
       for (int i = 1; i < end[0]; ++i) {
         const std::int32_t id =
             cells.vertex(phi.index(i - back[0], j - back[1], k - back[2]), phi.index(i, j, k));
-        f(i, j, k) =
-            id >= 0 && id < count ? cells.velocities[static_cast<std::size_t>(id)][axis] : 0.0f;
+        f(i, j, k) = id >= 0 && id < count ? cells.velocities[id][axis] : 0.0f;
       }
 }
 

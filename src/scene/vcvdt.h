@@ -15,7 +15,7 @@
 
 namespace nbx {
 
-/// T = float only. Cells are counted from the grid's low corner; the centre of cell (i, j, k) lies
+/// T = float only. Cells are counted from the grid's low corner; the center of cell (i, j, k) lies
 /// at (i, j, k). All arrays have the grid's dimensions; `label` has the order of the fields.
 template <class T>
 struct VCVDT {

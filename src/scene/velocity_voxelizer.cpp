@@ -16,7 +16,7 @@ void VelocityVoxelizer::hit(Cursor& cursor, const Vec3i& cell, double q,
     if (!(std::abs(v[a]) > 0)) continue;
     Vec3i face = cell;
     for (int side = 0; side < 2; ++side, ++face[a])
-      merge_largest(cursor[static_cast<std::size_t>(a)].cell(face[0], face[1], face[2]), v[a]);
+      merge_largest(cursor[a].cell(face[0], face[1], face[2]), v[a]);
   }
 }
 

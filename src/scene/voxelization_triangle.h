@@ -9,7 +9,7 @@ namespace nbx {
 
 class SurfaceTexture;
 
-/// One triangle in domain cells: the centre of cell (i, j, k) lies at (i, j, k). Everything but the
+/// One triangle in domain cells: the center of cell (i, j, k) lies at (i, j, k). Everything but the
 /// corners has a neutral default.
 struct VoxelizationTriangle {
   Vec3f p0, p1, p2;

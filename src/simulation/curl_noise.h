@@ -13,7 +13,7 @@ namespace nbx {
 /// its edge: the detail fades in and out with the map and stays free of divergence.
 ///
 /// The faces on the far side of the last interior cells are then set so that those cells have no
-/// divergence. Centre fields must fit to the faces, else FieldDimensionMismatchException.
+/// divergence. Center fields must fit to the faces, else FieldDimensionMismatchException.
 void add_curl_of_scaled(Field<float>& U, Field<float>& V, Field<float>& W, const Field<float>& psi,
                         const Field<float>* map, float scale);
 void m_add_curl_of_scaled(MField& U, MField& V, MField& W, MField& psi, MField* map, float scale);

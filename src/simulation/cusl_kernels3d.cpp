@@ -98,7 +98,7 @@ void CuslKernels3D::update(double dt, PressureSystem& pressure, VelocityForce& f
   if (!zero_velocity_ && settings_.clamp_velocity) clamp_to_grid();
   times_.forces += watch.lap();
 
-  MField divergence(thread_location(), centre_dims());
+  MField divergence(thread_location(), center_dims());
   divergence.zero();
   const bool expands = forces.add_divergence(divergence, dt);
   if (!expands) divergence.release();
@@ -113,7 +113,7 @@ void CuslKernels3D::update(double dt, PressureSystem& pressure, VelocityForce& f
 void CuslKernels3D::clamp_to_grid() {
   const double unit = settings_.dx / settings_.sim_time.length.value();
   for (int axis = 0; axis < 3; ++axis) {
-    const float most = static_cast<float>(centre_dims()[axis] * unit);
+    const float most = center_dims()[axis] * unit;
     m_clamp(component(axis), -most, most);
   }
 }

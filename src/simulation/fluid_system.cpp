@@ -22,7 +22,7 @@ bool has_all(const SimFrame& frame, const int (&types)[3]) {
 }  // namespace
 
 Vec3i FluidSystem::face_dims(int axis) const {
-  Vec3i dims = centre_dims();
+  Vec3i dims = center_dims();
   dims[axis] += 1;
   return dims;
 }
@@ -35,8 +35,8 @@ void FluidSystem::resize(const Vec3i& delta) {
 // New cells enter at rest relative to the wind: the space outside of the box moves with it.
 void FluidSystem::redim(const Vec3i& delta, std::array<MField, 3>& components) {
   for (int axis = 0; axis < 3; ++axis) {
-    MField& component = components[static_cast<std::size_t>(axis)];
-    const float fill = static_cast<float>(settings_.wind_direction[axis] * settings_.wind_speed);
+    MField& component = components[axis];
+    const float fill = settings_.wind_direction[axis] * settings_.wind_speed;
     if (component.empty()) {
       component.resize(thread_location(), face_dims(axis));
       m_set(component, fill);
@@ -53,7 +53,7 @@ void FluidSystem::begin_step() {
   const Vec3d d = wind.velocity() - wind_seen_.velocity();
   wind_seen_ = wind;
   for (int axis = 0; axis < 3; ++axis) {
-    MField& component = velocity_[static_cast<std::size_t>(axis)];
+    MField& component = velocity_[axis];
     if (d[axis] != 0 && !component.empty())
       m_add(component, component, static_cast<float>(d[axis]));
   }
@@ -77,7 +77,7 @@ void FluidSystem::content_box(IntBox& box) {
 
 void FluidSystem::apply_boundary() {
   for (int axis = 0; axis < 3; ++axis)
-    if (MField& component = velocity_[static_cast<std::size_t>(axis)]; !component.empty())
+    if (MField& component = velocity_[axis]; !component.empty())
       m_velocity_boundary(axis, component, settings_);
 }
 
@@ -125,7 +125,7 @@ void FluidSystem::load(SimFrame& frame) {
   }
   const auto take = [&](const int(&types)[3], std::array<MField, 3>& components) {
     for (int axis = 0; axis < 3; ++axis) {
-      MField& component = components[static_cast<std::size_t>(axis)];
+      MField& component = components[axis];
       component.assign(*frame.grid(types[axis]));
       if (component.dims() != face_dims(axis)) component.resize_offset({}, face_dims(axis), 0);
     }

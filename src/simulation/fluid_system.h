@@ -46,13 +46,13 @@ class FluidSystem : public SimSystem, public FrameStorable {
   /// True if the frame holds the velocity that is shown.
   static bool has_velocity(const SimFrame& frame);
 
-  MField& component(int axis) { return velocity_[static_cast<std::size_t>(axis)]; }
+  MField& component(int axis) { return velocity_[axis]; }
   MField& U() { return velocity_[0]; }
   MField& V() { return velocity_[1]; }
   MField& W() { return velocity_[2]; }
 
   /// The velocity with its detail; empty while there is no noise.
-  MField& detail(int axis) { return detail_[static_cast<std::size_t>(axis)]; }
+  MField& detail(int axis) { return detail_[axis]; }
 
   /// Nothing moves: the velocity is 0 everywhere, and advection and projection can be skipped.
   bool zero_velocity() const { return zero_velocity_; }

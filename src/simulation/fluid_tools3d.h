@@ -30,7 +30,7 @@ void m_velocity_boundary(int axis, MField& component, const SimSettings& setting
 void set_border(Field<float>& f, float value, int layer = 0);
 void m_set_border(MField& f, float value);
 
-/// Each outer plane takes its inner neighbour, in order x low, x high, y, z.
+/// Each outer plane takes its inner neighbor, in order x low, x high, y, z.
 void clamp_border(Field<float>& f);
 
 /// Faces next to solid take the solid's velocity.
@@ -44,7 +44,7 @@ void set_channel_inside_solid(const Field<float>& phi, Field<float>& channel, bo
                               float value);
 void m_set_channel_inside_solid(MField& phi, MField& channel, bool extrapolate, float value);
 
-/// Adds a centred scalar, clamped to [0, 1], to the faces: each face gets the sum of its two cells
+/// Adds a centered scalar, clamped to [0, 1], to the faces: each face gets the sum of its two cells
 /// times its axis' coefficient. A component whose coefficient is 0 isn't touched. This is how
 /// buoyancy acts.
 void add_center_to_mac(Field<float>& U, Field<float>& V, Field<float>& W, const Field<float>& f,

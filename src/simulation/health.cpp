@@ -11,13 +11,13 @@ namespace {
 
 // The sum of the squares of the faces. Planes are summed on their own, then in order.
 double sum_of_squares(const Field<float>& f) {
-  std::vector<double> planes(static_cast<std::size_t>(f.nz()));
+  std::vector<double> planes(f.nz());
 #pragma omp parallel for schedule(static)
   for (int k = 0; k < f.nz(); ++k) {
     double plane = 0;
     const float* p = f.data() + f.index(0, 0, k);
     for (int i = 0; i < f.nx() * f.ny(); ++i) plane += static_cast<double>(p[i]) * p[i];
-    planes[static_cast<std::size_t>(k)] = plane;
+    planes[k] = plane;
   }
   double total = 0;
   for (double plane : planes) total += plane;

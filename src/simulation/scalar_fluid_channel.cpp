@@ -8,13 +8,13 @@ namespace nbx {
 
 void ScalarFluidChannel::resize(const Vec3i& delta) {
   solid_.reset();
-  if (!field_.empty()) field_.resize_offset(delta, centre_dims(), 0);
-  if (!burned_.empty()) burned_.resize_offset(delta, centre_dims(), 0);
+  if (!field_.empty()) field_.resize_offset(delta, center_dims(), 0);
+  if (!burned_.empty()) burned_.resize_offset(delta, center_dims(), 0);
 }
 
 void ScalarFluidChannel::begin_step() {
   if (!simulated() || !field_.empty()) return;
-  field_.resize(thread_location(), centre_dims());
+  field_.resize(thread_location(), center_dims());
   field_.zero();
 }
 
@@ -54,7 +54,7 @@ void ScalarFluidChannel::add_source(const SimulationObjectParameters& parameters
                                     const SparseField<float, 3>& weights) {
   const auto found = parameters.amounts.find(key_);
   if (!simulated() || found == parameters.amounts.end() || !(found->second > 0)) return;
-  const float amount = static_cast<float>(found->second);
+  const float amount = found->second;
   if (parameters.add_keys.contains(key_) || field_.empty())
     sparse_axpy(sources_, amount, weights);
   else
@@ -90,7 +90,7 @@ void ScalarFluidChannel::load(SimFrame& frame) {
   const auto take = [&](MField& field, int type) {
     if (!frame.grids.contains(type)) return;
     field.assign(*frame.grid(type));
-    if (field.dims() != centre_dims()) field.resize_offset({}, centre_dims(), 0);
+    if (field.dims() != center_dims()) field.resize_offset({}, center_dims(), 0);
   };
   take(field_, params().grid_type);
   if (blurs_driver() && !params().outputs.empty()) take(burned_, kGridBurned);
@@ -103,7 +103,7 @@ MField* ScalarFluidChannel::get_field(int key) {
 void ScalarFluidChannel::add_forces(FluidSystem& fluid, double dt) {
   if (!simulated() || !(params().buoyancy > 0) || field_.empty()) return;
   // A face between two cells takes half of what each cell pushes.
-  const Vec3d push = normalised(params().direction) * (dt * 0.5 * params().buoyancy);
+  const Vec3d push = normalized(params().direction) * (dt * 0.5 * params().buoyancy);
   m_add_center_to_mac(fluid.U(), fluid.V(), fluid.W(), field_, static_cast<float>(push[0]),
                       static_cast<float>(push[1]), static_cast<float>(push[2]));
 }

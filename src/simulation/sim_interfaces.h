@@ -25,7 +25,7 @@ class VelocityForce {
   virtual ~VelocityForce() = default;
   /// Adds dt times the force to the velocity.
   virtual void add_forces(FluidSystem& fluid, double dt) = 0;
-  /// Adds the volume that appears per second and volume to a centre field; true if it wrote.
+  /// Adds the volume that appears per second and volume to a center field; true if it wrote.
   virtual bool add_divergence(MField& /*target*/, double /*dt*/) { return false; }
   /// Adds to the velocity with detail, which is already projected.
   virtual void add_detail(FluidSystem& /*fluid*/) {}

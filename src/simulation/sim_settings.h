@@ -2,7 +2,7 @@
 //
 // Units. Distances in the solver are simulation units = scene units * unit_scale; dx is the voxel
 // edge in them. Speeds are simulation units per second, dt is in seconds of simulation time. Cells
-// are indexed in domain coordinates: (0, 0, 0) is the low corner of the domain, cell centres lie at
+// are indexed in domain coordinates: (0, 0, 0) is the low corner of the domain, cell centers lie at
 // integers. Fields hold `active_box` plus a ghost layer: local index i is domain cell
 // i + active_box.lo - 1.
 #pragma once
@@ -55,7 +55,7 @@ struct SimSettings {
   bool adaptive_tracer = false;
   bool mask_channels_by_solid = false;  // stored channels are filled inside of solids
   bool clamp_velocity = false;          // no sample crosses the whole grid within a frame
-  bool fit_to_walls = true;  // the active box honours keep_box and reaches out to closed faces
+  bool fit_to_walls = true;  // the active box honors keep_box and reaches out to closed faces
 
   std::set<int> cached_channels;     // ChannelKeys written to frames
   std::set<int> simulated_channels;  // ChannelKeys that exist in this run

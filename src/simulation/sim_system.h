@@ -33,8 +33,8 @@ class SimSystem {
   virtual void clear() {}
 
  protected:
-  /// Dimensions of a centre field of the active box, ghost layer included.
-  Vec3i centre_dims() const { return settings_.active_box.size() + Vec3i(2, 2, 2); }
+  /// Dimensions of a center field of the active box, ghost layer included.
+  Vec3i center_dims() const { return settings_.active_box.size() + Vec3i(2, 2, 2); }
 
   const SimSettings& settings_;
 };

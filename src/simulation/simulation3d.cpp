@@ -21,11 +21,9 @@ GridMatrix grid_matrix(const Affine3d& world_to_grid) {
   for (int row = 0; row < 3; ++row) {
     const double flip = row == 2 ? -1 : 1;
     for (int column = 0; column < 3; ++column)
-      m[static_cast<std::size_t>(4 * row + column)] =
-          flip * world_to_grid.rows[static_cast<std::size_t>(column)][row];
+      m[4 * row + column] = flip * world_to_grid.rows[column][row];
   }
-  for (int column = 0; column < 3; ++column)
-    m[static_cast<std::size_t>(12 + column)] = world_to_grid.translation[column];
+  for (int column = 0; column < 3; ++column) m[12 + column] = world_to_grid.translation[column];
   m[15] = 1;
   return m;
 }
@@ -296,11 +294,11 @@ bool Simulation3D::store_frame(const FrameTime& time, int substep) {
     LogMessage() << "Failed to store simulation frame " << time.frame();
     return false;
   }
-  const double before = settings.target_cache->secondsWaited();
+  const double before = settings.target_cache->seconds_waited();
   try {
     const bool direct = settings.cache_direct;
     const bool stored = direct ? write_frame(time, substep) : queue_frame(time, substep);
-    times_.dsk = settings.target_cache->secondsWaited() - before;
+    times_.dsk = settings.target_cache->seconds_waited() - before;
     return stored;
   } catch (const CUDAException&) {
     LogMessage() << "CUDA exception during store";
@@ -313,11 +311,11 @@ bool Simulation3D::write_frame(const FrameTime& time, int substep) {
   frame.ownsData = false;  // the writer is done before the state moves on
   frame.substep = substep;
   fill_frame(frame, settings, time);
-  return settings.target_cache->writeThrough(frame);
+  return settings.target_cache->write_through(frame);
 }
 
 bool Simulation3D::queue_frame(const FrameTime& time, int substep) {
-  SlotHandle slot = SlotHandle::forStoring(settings.target_cache, time.frame(), substep);
+  SlotHandle slot = SlotHandle::for_storing(settings.target_cache, time.frame(), substep);
   fill_frame(*slot, settings, time);
   slot.stored();
   return true;

@@ -13,8 +13,8 @@
 
 namespace nbx {
 
-/// The vorticity of (U, V, W) at cell centres and its magnitude, by central differences of the
-/// cells' mean velocities in the interior; each ghost plane takes its inner neighbour. A grid
+/// The vorticity of (U, V, W) at cell centers and its magnitude, by central differences of the
+/// cells' mean velocities in the interior; each ghost plane takes its inner neighbor. A grid
 /// without interior cells gets 0.
 void VelocityCurl(Field<float>& wx, Field<float>& wy, Field<float>& wz, Field<float>& mag,
                   const Field<float>& U, const Field<float>& V, const Field<float>& W, float dx);
@@ -27,7 +27,7 @@ void VorticityConfinementForce(Field<float>& wx, Field<float>& wy, Field<float>&
                                const Field<float>& mag, float scale);
 void m_vorticity_confinement_force(MField& wx, MField& wy, MField& wz, MField& mag, float scale);
 
-/// Adds a force at cell centres to the faces: each face between cells 1 .. n-3 gets the sum of its
+/// Adds a force at cell centers to the faces: each face between cells 1 .. n-3 gets the sum of its
 /// two cells' force along its axis times c. A grid with fewer than 5 cells on an axis is left
 /// alone.
 void add_center_force_to_mac(Field<float>& U, Field<float>& V, Field<float>& W,

@@ -29,7 +29,7 @@ Log& log() {
   return instance;
 }
 
-// The folder beside the user's settings file that bears the organisation's name.
+// The folder beside the user's settings file that bears the organization's name.
 QString default_file() {
   const QSettings settings(QSettings::IniFormat, QSettings::UserScope, "kelvra", QString());
   const QFileInfo file(settings.fileName());

@@ -29,7 +29,7 @@ class LogMessage : public std::ostringstream {
 std::ostream& operator<<(std::ostream& out, const QString& text);
 
 /// Lets the log go to `path` from now on; the file is truncated. An empty path selects the default
-/// place again: "nimbrix.log" in the folder of the user's settings named after the organisation.
+/// place again: "nimbrix.log" in the folder of the user's settings named after the organization.
 /// Returns false, and leaves the log as it was, if the file can't be opened.
 bool set_log_file(const std::string& path);
 

@@ -8,14 +8,14 @@
 namespace nbx {
 
 void set_application_names() {
-  QCoreApplication::setOrganizationName(kOrganisation);
-  QCoreApplication::setOrganizationDomain(kOrganisationDomain);
+  QCoreApplication::setOrganizationName(kOrganization);
+  QCoreApplication::setOrganizationDomain(kOrganizationDomain);
   QCoreApplication::setApplicationName(kApplication);
 }
 
 Settings::Settings() {
   set_application_names();
-  settings_ = std::make_shared<QSettings>(QSettings::UserScope, kOrganisation, kApplication);
+  settings_ = std::make_shared<QSettings>(QSettings::UserScope, kOrganization, kApplication);
   if (!settings_->isWritable())
     LogMessage() << "ERROR: user scope settings not writable " << settings_->fileName();
 }

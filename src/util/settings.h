@@ -7,8 +7,8 @@ class QSettings;
 
 namespace nbx {
 
-inline constexpr const char* kOrganisation = "kelvra visual computing";
-inline constexpr const char* kOrganisationDomain = "kelvra.example";
+inline constexpr const char* kOrganization = "kelvra visual computing";
+inline constexpr const char* kOrganizationDomain = "kelvra.example";
 inline constexpr const char* kApplication = "Nimbrix Fluid Dynamics";
 
 /// Tells Qt the three names above; they hold for the process.

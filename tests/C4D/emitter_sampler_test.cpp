@@ -120,15 +120,15 @@ TEST(EmitterSampler, FillsTheInsideUnlessItIsSolid) {
   const float rim = 1 - 0.5f / std::sqrt(3.0f);
   const struct {
     const char* parameters;
-    float centre, surface, outside, far;
+    float center, surface, outside, far;
   } cases[] = {{R"("density": 1)", 1, 1, rim, 0},
                {R"("density": 1, "thickness": 4)", 1, 1, 1 - 0.5f / 4, 1 - 2.5f / 4},
                {R"("density": 1, "fill": false)", 0, rim, rim, 0},
                {R"("density": 1, "solid": true)", 0, rim, rim, 0}};
-  for (const auto& [parameters, centre, surface, outside, far] : cases) {
+  for (const auto& [parameters, center, surface, outside, far] : cases) {
     SCOPED_TRACE(parameters);
     SceneRun run(scene(kCube, parameters));
-    EXPECT_EQ(run.density_at({0.5, 0.5, 0.5}), centre);
+    EXPECT_EQ(run.density_at({0.5, 0.5, 0.5}), center);
     EXPECT_FLOAT_EQ(run.density_at({5.5, 0.5, 0.5}), surface);
     EXPECT_FLOAT_EQ(run.density_at({6.5, 0.5, 0.5}), outside);
     EXPECT_FLOAT_EQ(run.density_at({8.5, 0.5, 0.5}), far);

@@ -26,7 +26,7 @@ TEST(ModifyParticles, ParticlesFollowTheCachedFlow) {
   }
   for (double number = 0; number <= 50; ++number) {
     frame.frameTime = frame.simTime = {{number, 25}, {1, 25}};
-    ASSERT_TRUE(store->writeThrough(frame));
+    ASSERT_TRUE(store->write_through(frame));
   }
   const auto flight = [&](const std::string& strength, const std::string& x = "10") {
     test::TestDocument document(R"({"type": "volume", "name": "v", "parameters": {

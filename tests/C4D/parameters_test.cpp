@@ -1,5 +1,5 @@
 // Every parameter in the tables of the plug-in's classes changes what a reader gets of it, and a
-// panel shows it grey where it changes nothing, and nowhere else.
+// panel shows it gray where it changes nothing, and nowhere else.
 #include <functional>
 #include <map>
 #include <set>
@@ -99,10 +99,10 @@ Record read_shader(const std::string& name, const ShaderParams& p) {
   Record r = named(name,
                    "_channel _blur _curve _density _displace _density_channel _noise_amount "
                    "_noise_gain _noise_scale_a _noise_scale_b _noise_period",
-                   p.channel, p.blur, number(p.curve), p.density, p.displace, p.densityChannel,
-                   p.noise.percent, p.noise.gain, p.noise.scaleA, p.noise.scaleB, p.noise.period);
-  if (p.densityChannel == kNoGrid) return r;
-  r.merge(named(name, "_density_blur _density_curve", p.densityBlur, number(p.densityCurve)));
+                   p.channel, p.blur, number(p.curve), p.density, p.displace, p.density_channel,
+                   p.noise.percent, p.noise.gain, p.noise.scale_a, p.noise.scale_b, p.noise.period);
+  if (p.density_channel == kNoGrid) return r;
+  r.merge(named(name, "_density_blur _density_curve", p.density_blur, number(p.density_curve)));
   return r;
 }
 
@@ -112,7 +112,7 @@ Record read_fire_color(host::BaseObject& volume, const ColorRamp& ramp) {
     return named("fire_", "color_mode gradient gradient_scale", 1, green, green);
   const BlackbodyParams body = blackbody_params(volume);
   return named("fire_", "color_mode temp_min temp_max exposure compression tint_r tint_g tint_b", 0,
-               body.minKelvin, body.maxKelvin, body.exposure, body.compression, body.tint[0],
+               body.min_kelvin, body.max_kelvin, body.exposure, body.compression, body.tint[0],
                body.tint[1], body.tint[2]);
 }
 
@@ -141,8 +141,8 @@ Record read_shading(host::BaseObject& volume) {
   const bool smoke = p.smoke.channel != kNoGrid, fire = p.fire.channel != kNoGrid;
   Record r =
       named("", "filter view_step shadow_step motion_blur motion_blur_step depth_fade", p.filter,
-            p.viewStep, p.shadowStep, p.motionBlur, p.motionBlurStep, p.depthFade.has_value());
-  if (p.depthFade) r["depth_fade_curve"] = number(*p.depthFade);
+            p.viewStep, p.shadowStep, p.motion_blur, p.motion_blur_step, p.depth_fade.has_value());
+  if (p.depth_fade) r["depth_fade_curve"] = number(*p.depth_fade);
   r.merge(read_shader("smoke", p.smoke)), r.merge(read_shader("fire", p.fire));
   if (smoke) r["smoke_gradient"] = number(*p.smoke.ramp), r["smoke_albedo"] = p.albedo;
   if (smoke && fire) r["fire_occlusion"] = p.occlusion;
@@ -225,7 +225,7 @@ void change_each(const host::ClassDescription& table, host::BaseContainer& value
     values.Set(info.id, held);
     const bool acts = info.listed && enabled(info.id);
     EXPECT_EQ(acts ? own : any, acts)
-        << name << (acts ? " changes nothing" : " acts, but is grey or isn't listed");
+        << name << (acts ? " changes nothing" : " acts, but is gray or isn't listed");
     if (own) seen.insert(name);
   }
 }

@@ -34,7 +34,7 @@ class Plugin : public test::PluginFixture {
 
 using Numbers = std::vector<std::int64_t>;
 
-/// Height of the centre of a grid's content in domain cells, and its sum.
+/// Height of the center of a grid's content in domain cells, and its sum.
 std::pair<double, double> height_and_sum(const std::string& path, int type) {
   SimFrame frame;
   EXPECT_TRUE(frame.load(path));
@@ -219,7 +219,7 @@ TEST_F(Plugin, VolumesKeepTheirFramesAtAnyRate) {
       stored.add(field, kGridDensity, {}, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
       stored.simTime = stored.frameTime = {expected[frame] = times(frame, length), length};
       at_twelve[frame] = times(frame, {2, 25});
-      ASSERT_TRUE(getCache(made)->writeThrough(stored));
+      ASSERT_TRUE(getCache(made)->write_through(stored));
     }
     if (run("export", with({{"path", made}, {"output", volumes}})) != host::kDone)
       GTEST_SKIP() << context_->errors.at(0);  // a build without OpenVDB

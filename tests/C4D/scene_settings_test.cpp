@@ -21,7 +21,7 @@ void expect_near(const Vec3d& a, const Vec3d& b) {
   for (int i = 0; i < 3; ++i) EXPECT_NEAR(a[i], b[i], 1e-9) << "axis " << i;
 }
 
-TEST(VolumeGrid, CentresOfCellsLieAtIntegers) {
+TEST(VolumeGrid, CentersOfCellsLieAtIntegers) {
   test::TestDocument document(
       volume(R"("size": [10, 8, 6], "voxel_size": 2)", R"(, "position": [100, 50, -20])"));
   const VolumeGrid grid = volume_grid(document.object("v"), 2);
@@ -130,7 +130,7 @@ TEST(Workspace, CoversWhatARunHolds) {
                          solid + "}}]}");
       for (int i = 0; i < 3; ++i) run.frame();
       ASSERT_EQ(run.sim.settings.active_box, run.sim.settings.domain_box);
-      const double held = static_cast<double>(field_bytes() - before);
+      const double held = field_bytes() - before;
       const double told = workspace_bytes(run.sim.settings, {30, 24, 28}, solid == "true");
       EXPECT_TRUE(held <= told && held > 0.65 * told) << held << " of " << told;
     }

@@ -20,7 +20,7 @@ TEST(VolumeObject, PanelTellsOfTheShownFrame) {
   (*density)(3, 4, 5) = -0.25f, (*density)(60, 61, 62) = 8;
   frame.add(density, kGridDensity, {4, -5, 6}, {}), frame.add(u, kGridVelocityX, {4, -5, 6}, {});
   frame.frameTime = {{6, 25}, {1, 25}};
-  ASSERT_TRUE(getCache(folder.path())->writeThrough(frame));
+  ASSERT_TRUE(getCache(folder.path())->write_through(frame));
   test::TestDocument document(kVolume + R"("version": 0, "display_channel": "density",
       "frame_stride": 2, "cache_name": ")" +
                               folder.path() + R"(//a/.."}})");
@@ -47,8 +47,8 @@ TEST(VolumeObject, PanelTellsOfTheShownFrame) {
   EXPECT_TRUE(log.contains("handleButton: unknown button id 1033"));
 }
 
-// The bound is that of the contract, and a part of the largest colour for the floats.
-TEST(VolumeObject, BakedGradientHasTheColoursOfTheGlowingBody) {
+// The bound is that of the contract, and a part of the largest color for the floats.
+TEST(VolumeObject, BakedGradientHasTheColorsOfTheGlowingBody) {
   const auto brightest = [](const auto& c) { return std::max({c[0], c[1], c[2]}); };
   for (const char* exposure : {"0.02", R"(900, "fire_compression": 0)"}) {
     test::TestDocument document(kVolume + R"("fire_exposure": )" + exposure + "}}");

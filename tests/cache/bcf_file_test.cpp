@@ -272,18 +272,18 @@ TEST_F(BcfFileTest, DimensionsOffsetAndBox) {
   EXPECT_EQ(frame.offset(), Vec3i());
   EXPECT_TRUE(frame.box().empty());
 
-  const Vec3i offset{-1, 9, 4}, centre{7, 6, 5};  // the box of 5 x 4 x 3 cells at (0, 10, 5)
+  const Vec3i offset{-1, 9, 4}, center{7, 6, 5};  // the box of 5 x 4 x 3 cells at (0, 10, 5)
   const IntBox box{{0, 10, 5}, {4, 13, 7}};
   for (int a = 0; a < 3; ++a) {
-    Vec3i faces = centre;
+    Vec3i faces = center;
     faces[a] += 1;
     frame.add(acquire_field(faces), kGridVelocityX + a, offset, {});
     EXPECT_EQ(frame.box(), box);
   }
   EXPECT_EQ(frame.dims(), Vec3i());
   EXPECT_EQ(frame.offset(), offset);
-  frame.add(acquire_field(centre), kGridSolid, offset, {});
-  EXPECT_EQ(frame.dims(), centre);
+  frame.add(acquire_field(center), kGridSolid, offset, {});
+  EXPECT_EQ(frame.dims(), center);
   EXPECT_EQ(frame.box(), box);
   frame.add(acquire_field({8, 6, 5}), kGridSecondVelocityX, offset + Vec3i(0, -1, 2), {});
   EXPECT_EQ(frame.dims(), Vec3i(8, 6, 5));

@@ -18,7 +18,7 @@ class CacheDirectories : public testing::Test {
     test::write_file(folder.file(name), bytes);
   }
   void store_frame(const std::shared_ptr<BFS>& store, int number) {
-    SlotHandle slot = SlotHandle::forStoring(store, number, 0);
+    SlotHandle slot = SlotHandle::for_storing(store, number, 0);
     slot->frameTime = {{static_cast<double>(number), 1}, {1, 1}};
     slot->add(acquire_field({1, 1, 1}), kGridDensity, {}, {});
     slot.stored();
@@ -133,17 +133,17 @@ TEST_F(CacheDirectories, Copies) {
   // A copy isn't made twice, a broken one is made whole, and no file is replaced.
   const std::string first = copy->fileName(-4, 0);
   std::filesystem::remove(copy->fileName(5, 0));
-  EXPECT_TRUE(store->copyFits(to + "/cache"));
+  EXPECT_TRUE(store->copy_fits(to + "/cache"));
   EXPECT_TRUE(store->copyDir(to, {}));
   EXPECT_EQ(copy->frames(), (std::vector<int>{-4, 5}));
   std::filesystem::copy_file(first, copy->fileName(6, 0));
-  EXPECT_FALSE(store->copyFits(to + "/cache")) << "it has a frame more";
+  EXPECT_FALSE(store->copy_fits(to + "/cache")) << "it has a frame more";
   std::filesystem::remove(copy->fileName(6, 0));
   std::filesystem::copy_file(copy->fileName(5, 0), first,
                              std::filesystem::copy_options::overwrite_existing);
-  EXPECT_FALSE(store->copyFits(to + "/cache"));
+  EXPECT_FALSE(store->copy_fits(to + "/cache"));
   EXPECT_FALSE(store->copyDir(to, {}));
-  EXPECT_TRUE(store->copyFits(to + "/new"));
+  EXPECT_TRUE(store->copy_fits(to + "/new"));
   EXPECT_TRUE(store->copyDir(to, {}, "new"));
   EXPECT_EQ(list_frames(to + "/new").size(), 2u);
   make_file(folder.path(), "file");

@@ -37,7 +37,7 @@ TEST(PredictiveCodec, BytesAreThoseWorkedOutByHand) {
 // What grids are made of: exact zeros beside smooth and rough stretches, constants, noise of all
 // bits (with NaNs of every kind), and infinities, NaNs and both zeros in a crowd.
 float cell(int kind, int i, int j, int k, std::mt19937& engine) {
-  const std::uint32_t bits = static_cast<std::uint32_t>(engine());
+  const std::uint32_t bits = engine();
   const float nans[] = {std::bit_cast<float>(0x7fc00000 + bits % 9),
                         std::bit_cast<float>(0xff800001u + bits % 9)};
   const float palette[] = {0.0f, -0.0f, 1.0f, kInf, -kInf, nans[0], nans[1]};

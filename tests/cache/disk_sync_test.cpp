@@ -80,29 +80,29 @@ TEST_F(DiskSync, FramesAreOnTheDiskBeforeTheirVersion) {
   frame.frameTime = {{1, 25}, {1, 25}};
   frame.add(acquire_field({4, 5, 6}), kGridDensity, {}, {});
   const std::string path = store.fileName(1, 0);
-  ASSERT_TRUE(store.writeThrough(frame));
+  ASSERT_TRUE(store.write_through(frame));
   const std::string whole = test::read_file(path);
   std::string unfinished = whole;
   unfinished[kBcfVersionAt] = 0;
   EXPECT_EQ(take(), (std::vector<Call>{{path, unfinished}, {folder.path(), ""}, {path, whole}}));
-  ASSERT_TRUE(store.writeThrough(frame));  // the name is there by now
+  ASSERT_TRUE(store.write_through(frame));  // the name is there by now
   EXPECT_EQ(take(), (std::vector<Call>{{path, unfinished}, {path, whole}}));
   store.sync = Sync::kNone;
-  ASSERT_TRUE(store.writeThrough(frame));
+  ASSERT_TRUE(store.write_through(frame));
   EXPECT_TRUE(calls.empty());
 
   store.sync = Sync::kDisk;
   for (failing = 1; failing <= 3; ++failing) {
     std::filesystem::remove(path);
-    EXPECT_FALSE(store.writeThrough(frame));
+    EXPECT_FALSE(store.write_through(frame));
     EXPECT_EQ(take().size(), failing);
-    EXPECT_EQ(store.lastError(), "Input/output error");
+    EXPECT_EQ(store.last_error(), "Input/output error");
     EXPECT_FALSE(std::filesystem::exists(path));
   }
-  EXPECT_EQ(store.framesLost(), 3);
+  EXPECT_EQ(store.frames_lost(), 3);
   failing = 1;
   error = EINVAL;  // nothing that could be synced
-  EXPECT_TRUE(store.writeThrough(frame));
+  EXPECT_TRUE(store.write_through(frame));
 }
 
 TEST_F(DiskSync, WholeFilesTakeTheirNameWhenTheyAreThere) {

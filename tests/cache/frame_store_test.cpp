@@ -38,7 +38,7 @@ class FrameStore : public testing::Test {
     store->setDirectory(path);
   }
   void put(int number, float value, int substep = 0) {
-    SlotHandle slot = SlotHandle::forStoring(store, number, substep);
+    SlotHandle slot = SlotHandle::for_storing(store, number, substep);
     fill(*slot, number, value);
     slot.stored();
   }
@@ -46,7 +46,7 @@ class FrameStore : public testing::Test {
   void put_together(std::initializer_list<int> numbers) {
     std::vector<SlotHandle> slots;
     for (const int n : numbers)
-      fill(*slots.emplace_back(SlotHandle::forStoring(store, n, 0)), n, static_cast<float>(n));
+      fill(*slots.emplace_back(SlotHandle::for_storing(store, n, 0)), n, static_cast<float>(n));
     for (SlotHandle& slot : slots) slot.stored();
   }
   float read(int number, int substep = 0, bool force = false) {
@@ -72,14 +72,14 @@ class FrameStore : public testing::Test {
 // A frame never lands in another one's file.
 TEST_F(FrameStore, AFrameWithAnotherFramesTimeIsLost) {
   prepare({4});
-  SlotHandle slot = SlotHandle::forStoring(store, 5, 0);
+  SlotHandle slot = SlotHandle::for_storing(store, 5, 0);
   fill(*slot, 4, 7);
   slot.stored();
   EXPECT_FALSE(in_memory(5));
-  store->finishWrites();
+  store->finish_writes();
   EXPECT_FALSE(on_disk(5));
   EXPECT_EQ(read(4), 4);
-  const std::vector<LostFrame> lost = store->takeLostFrames();
+  const std::vector<LostFrame> lost = store->take_lost_frames();
   ASSERT_EQ(lost.size(), 1u);
   EXPECT_EQ(lost[0].frame, 5);
   EXPECT_EQ(lost[0].error, "It was stored with the time of frame 4.");
@@ -91,7 +91,7 @@ TEST_F(FrameStore, StoredFramesReachTheDiskAndComeBack) {
   put(70000, 7);  // more than 16 bits, as is the substep
   put(4464, 44);  // the same low 16 bits
   put(3, 31, 65536 + 2);
-  store->finishWrites();
+  store->finish_writes();
   std::uint64_t bytes = 0;
   for (const auto& file : std::filesystem::directory_iterator(path)) bytes += file.file_size();
   EXPECT_EQ(store->bytesWritten(), bytes);
@@ -102,8 +102,8 @@ TEST_F(FrameStore, StoredFramesReachTheDiskAndComeBack) {
     EXPECT_EQ(read(number), value);
   EXPECT_EQ(read(3, 65536 + 2), 31);
   EXPECT_EQ(read(3, 2), 0);
-  EXPECT_EQ(store->framesLost(), 0);
-  store->recountBytes(3);
+  EXPECT_EQ(store->frames_lost(), 0);
+  store->recount_bytes(3);
   EXPECT_EQ(store->bytesWritten(), std::filesystem::file_size(store->fileName(3, 0)) +
                                        std::filesystem::file_size(store->fileName(-1, 0)));
 }
@@ -133,7 +133,7 @@ TEST_F(FrameStore, KeepsOneFrameAndGrowsWhileAllAreHeld) {
   put(4, 4);
   EXPECT_TRUE(in_memory(1));
   first.release();
-  store->finishWrites();
+  store->finish_writes();
   EXPECT_EQ(read(3), 3);
   EXPECT_TRUE(in_memory(3));
   EXPECT_FALSE(in_memory(1));
@@ -141,7 +141,7 @@ TEST_F(FrameStore, KeepsOneFrameAndGrowsWhileAllAreHeld) {
 
 TEST_F(FrameStore, StoringAnewReplacesTheFrame) {
   {
-    SlotHandle slot = SlotHandle::forStoring(store, 1, 0);
+    SlotHandle slot = SlotHandle::for_storing(store, 1, 0);
     fill(*slot, 1, 1);
     fill(*slot, 1, 1, kGridFuel);
     slot.stored();
@@ -157,7 +157,7 @@ TEST_F(FrameStore, StoringAnewReplacesTheFrame) {
 
   // A store that isn't completed leaves the file as it was, and no frame in memory.
   {
-    const SlotHandle half = SlotHandle::forStoring(store, 1, 0);
+    const SlotHandle half = SlotHandle::for_storing(store, 1, 0);
     fill(*half, 1, 3);
     EXPECT_FALSE(in_memory(1));
   }
@@ -168,7 +168,7 @@ TEST_F(FrameStore, StoringAnewReplacesTheFrame) {
 // The writer passes over a frame that is being stored, and comes back when it is there.
 TEST_F(FrameStore, OnlyTheFrameItselfIsWaitedFor) {
   prepare({1, 2});
-  SlotHandle storing = SlotHandle::forStoring(store, 1, 0);
+  SlotHandle storing = SlotHandle::for_storing(store, 1, 0);
   put(3, 3);
   while (!on_disk(3)) std::this_thread::yield();
   EXPECT_EQ(read(2), 2);
@@ -180,7 +180,7 @@ TEST_F(FrameStore, OnlyTheFrameItselfIsWaitedFor) {
   storing.stored();
   reader.join();
   EXPECT_EQ(got, 11);
-  store->finishWrites();
+  store->finish_writes();
   SimFrame file;
   ASSERT_TRUE(file.load(store->fileName(1, 0)));
   EXPECT_EQ(value_of(file), 11);
@@ -194,7 +194,7 @@ TEST_F(FrameStore, WriteThroughWaitsForReaders) {
   std::thread writer([&] {
     SimFrame frame;
     fill(frame, 1, 11);
-    written = store->writeThrough(frame);
+    written = store->write_through(frame);
   });
   std::this_thread::sleep_for(std::chrono::milliseconds(20));
   EXPECT_FALSE(written);
@@ -233,7 +233,7 @@ TEST_F(FrameStore, TheFirstUnusedFrameMakesRoom) {
   EXPECT_EQ(store->frames(), (std::vector<int>{0, 1}));
   EXPECT_TRUE(in_memory(0) && in_memory(2) && in_memory(3) && !in_memory(1));
   writer.release();
-  EXPECT_TRUE(store->finishWrites());
+  EXPECT_TRUE(store->finish_writes());
   EXPECT_EQ(store->frames(), (std::vector<int>{0, 1, 2, 3, 9}));
 }
 
@@ -261,9 +261,9 @@ TEST_F(FrameStore, DirtyFramesAreSavedBeforeTheStoreEnds) {
   store->codec = static_cast<Codec>(9);
   const SlotHandle empty(store, 77, 0, true);  // doesn't keep the store
   put_together({1, 2, 3});
-  EXPECT_FALSE(store->finishWrites());
-  EXPECT_EQ(store->lastError(), "Unknown codec");
-  EXPECT_EQ(store->framesLost(), 0);
+  EXPECT_FALSE(store->finish_writes());
+  EXPECT_EQ(store->last_error(), "Unknown codec");
+  EXPECT_EQ(store->frames_lost(), 0);
   for (int n = 1; n <= 3; ++n) EXPECT_TRUE(in_memory(n) && !on_disk(n));
 
   store->codec = Codec::kPredictive;
@@ -274,21 +274,21 @@ TEST_F(FrameStore, DirtyFramesAreSavedBeforeTheStoreEnds) {
 TEST_F(FrameStore, FramesThatCanNotBeWrittenAreGivenUp) {
   std::filesystem::create_directory(store->fileName(1, 0));  // where the file should go
   put(1, 1);
-  store->finishWrites();
-  EXPECT_EQ(store->framesLost(), 1);
+  store->finish_writes();
+  EXPECT_EQ(store->frames_lost(), 1);
 
   std::filesystem::remove_all(path);
   put(-2, 2);
   put(3, 3);
-  store->finishWrites();
-  EXPECT_EQ(store->framesLost(), 3);
-  EXPECT_NE(store->lastError().find(path), std::string::npos);
+  store->finish_writes();
+  EXPECT_EQ(store->frames_lost(), 3);
+  EXPECT_NE(store->last_error().find(path), std::string::npos);
   store->codec = static_cast<Codec>(9);
   std::filesystem::create_directory(path);
   put(4, 4);
   put(5, 5);
   store->removeAllSlots();
-  EXPECT_EQ(store->framesLost(), 5);
+  EXPECT_EQ(store->frames_lost(), 5);
 
   // Another directory gets none of the old one's frames.
   store->codec = Codec::kRaw;
@@ -296,7 +296,7 @@ TEST_F(FrameStore, FramesThatCanNotBeWrittenAreGivenUp) {
   ASSERT_TRUE(store->setDirectory(folder.path()));
   EXPECT_EQ(list_frames(path).size(), 1u);
   EXPECT_TRUE(store->frames().empty());
-  EXPECT_EQ(store->framesLost(), 0);
+  EXPECT_EQ(store->frames_lost(), 0);
 }
 
 TEST_F(FrameStore, RegistryHasOneStoreForADirectory) {
@@ -307,7 +307,7 @@ TEST_F(FrameStore, RegistryHasOneStoreForADirectory) {
   EXPECT_FALSE(getCache(folder.file("missing")));
   EXPECT_FALSE(getCache(""));
   for (int n = 1; n <= 10; ++n) put(n, static_cast<float>(n));
-  store->finishWrites();
+  store->finish_writes();
   test::HeldSync writer(store->fileName(11, 0));
   put(11, 11);
   writer.wait();
@@ -359,11 +359,11 @@ TEST_F(FrameStore, ReadersWritersAndEvictionTogether) {
       }
     });
   for (int i = 0; i < 10; ++i) {
-    EXPECT_TRUE(i % 2 == 0 || store->finishWrites());
+    EXPECT_TRUE(i % 2 == 0 || store->finish_writes());
     if (i % 2 == 0) store->removeAllSlots();
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
-  for (int n = 0; n < kFrames; ++n) threads[static_cast<std::size_t>(n)].join();
+  for (int n = 0; n < kFrames; ++n) threads[n].join();
   while (seen < 20) std::this_thread::yield();
   stop = true;
   for (std::size_t t = kFrames; t < threads.size(); ++t) threads[t].join();
@@ -372,7 +372,7 @@ TEST_F(FrameStore, ReadersWritersAndEvictionTogether) {
   store->removeAllSlots();
   for (int n = 0; n < kFrames; ++n)
     EXPECT_EQ(read(n), static_cast<float>(n + kFrames * last_version[n]));
-  EXPECT_EQ(store->framesLost(), 0);
+  EXPECT_EQ(store->frames_lost(), 0);
 }
 
 }  // namespace

@@ -52,13 +52,13 @@ TEST_F(Vdb, VoxelsAndVelocitiesLieWhereTheFrameHasThem) {
     std::fill_n(component.data(), component.count(), static_cast<float>(1 + a));
   }
   const struct {
-    bool metres, z_up;
+    bool meters, z_up;
     openvdb::Vec3d place, speed;
   } cases[] = {{true, false, {0.02, 0.26, 0.40}, {-2, 1, 3}},
                {false, false, {2, 26, 40}, {-200, 100, 300}},
                {false, true, {2, -40, 26}, {-200, -300, 100}}};
   for (const auto& c : cases) {
-    const auto grids = written({c.metres, c.z_up, false, false, kNames});
+    const auto grids = written({c.meters, c.z_up, false, false, kNames});
     ASSERT_EQ(grids.size(), 2u);
     const auto smoke = openvdb::gridPtrCast<openvdb::FloatGrid>(grids[0]);
     EXPECT_EQ(smoke->getName(), "smoke");
@@ -70,7 +70,7 @@ TEST_F(Vdb, VoxelsAndVelocitiesLieWhereTheFrameHasThem) {
     const auto vel = openvdb::gridPtrCast<openvdb::Vec3SGrid>(grids[1]);
     EXPECT_LT((openvdb::Vec3d(vel->tree().getValue(cell)) - c.speed).length(), 1e-4);
     EXPECT_EQ(vel->activeVoxelCount(), 7u * 6 * 5);
-    EXPECT_EQ(vel->metaValue<std::string>("units"), c.metres ? "m" : "cm");
+    EXPECT_EQ(vel->metaValue<std::string>("units"), c.meters ? "m" : "cm");
   }
 }
 

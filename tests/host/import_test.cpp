@@ -1,4 +1,4 @@
-// Meshes and scenes from files of modelling programs: where things land at each time, which side is
+// Meshes and scenes from files of modeling programs: where things land at each time, which side is
 // outside, and what extras make of them.
 #include <csignal>
 #include <numbers>
@@ -61,9 +61,9 @@ TEST(MeshFile, LandsInTheHostsSpaceWithItsOutsideOut) {
     const SceneObject& mesh = *document->GetFirstObject();
     EXPECT_EQ(mesh.GetPointCount(), 8);
     EXPECT_EQ(mesh.GetPolygonCount(), 12);
-    const Vector centre = mesh.GetMp(), radius = mesh.GetRad();
-    EXPECT_EQ(centre - radius, c.low);
-    EXPECT_EQ(centre + radius, c.high);
+    const Vector center = mesh.GetMp(), radius = mesh.GetRad();
+    EXPECT_EQ(center - radius, c.low);
+    EXPECT_EQ(center + radius, c.high);
     const Vector size = c.high - c.low;
     EXPECT_NEAR(SixVolumes(mesh) / (size.x * size.y * size.z), 6, 1e-9);
     for (const CPolygon& p : mesh.polygons) EXPECT_EQ(p.c, p.d);

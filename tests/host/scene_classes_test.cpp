@@ -86,7 +86,7 @@ TEST(Textures, ShowTheirColors) {
   EXPECT_EQ(sample(2, {9, 2, 9}), (Vector{0.25, 0.25, 0.25}));
   EXPECT_EQ(sample(2, {0, 99, 0}), (Vector{1, 1, 1}));
 
-  // Noise: grey in the mean, spread out, without jumps in space and time.
+  // Noise: gray in the mean, spread out, without jumps in space and time.
   double sum = 0, squares = 0, step = 0;
   const int n = 20000;
   for (int i = 0; i < n; ++i) {

@@ -31,9 +31,9 @@ class Box final : public ObjectData {
     journal += node.GetName() + " message " + std::to_string(type) + "\n";
     return type == kMessageDocumentLoaded;
   }
-  void GetDimension(const BaseObject& object, Vector& centre, Vector& radius) const override {
+  void GetDimension(const BaseObject& object, Vector& center, Vector& radius) const override {
     const double half = object.GetDataInstance().GetReal(test_plugin::kSize) / 2;
-    centre = {0, half, 0};
+    center = {0, half, 0};
     radius = {half, half, half};
   }
 };

@@ -135,7 +135,7 @@ TEST(FieldReductions, FindTheExtremeAnywhere) {
   const int n = 3 * 16384 + 21;
   Field<float> x = test::random_field({n, 1, 1}, 1);
   for (const int at : {0, 1, 15, 16, 16383, 16384, 16400, 49151, 49152, n - 5, n - 1}) {
-    float& v = x[static_cast<std::size_t>(at)];
+    float& v = x[at];
     const float before = v;
     v = -3;
     EXPECT_EQ(min(x), -3.0f) << at;
@@ -159,8 +159,8 @@ TEST(FieldReductions, SumIsExactWhereDoublesAreAndTheSameForAnyThreads) {
     double expected = 0;
     for (int i = 0; i < n; ++i) {
       // Multiples of 2^-20 below 2^7: every partial sum is exact in double, none in float.
-      x[static_cast<std::size_t>(i)] = static_cast<float>(i % 127) + 0x1p-16f * (i % 5);
-      expected += static_cast<double>(x[static_cast<std::size_t>(i)]);
+      x[i] = static_cast<float>(i % 127) + 0x1p-16f * (i % 5);
+      expected += static_cast<double>(x[i]);
     }
     EXPECT_EQ(sum(x), expected) << n;
     test::fill_random(x, 7);
@@ -217,7 +217,7 @@ TEST(FieldFilters, ConvolutionIsThePlainSum) {
         filter_axis(expected, axis, [&](const auto& line, int n, int p) {
           float value = 0;  // in the order of the positions, as the operator adds
           for (int q = std::max(p - width + 1, 0); q < std::min(p + width, n); ++q)
-            value += line(q) * filter[static_cast<std::size_t>(std::abs(p - q))];
+            value += line(q) * filter[std::abs(p - q)];
           return value;
         });
       convolve3D(filter, field, tmp);
@@ -242,7 +242,7 @@ float largest_divergence(const Field<float>& U, const Field<float>& V, const Fie
 
 }  // namespace
 
-TEST(FieldResampling, CentresFollowALinearFunction) {
+TEST(FieldResampling, CentersFollowALinearFunction) {
   const auto f = [](float x, float y, float z) { return 2 * x - y + 0.5f * z; };
   const Field<float> src = test::field_of(
       {6, 5, 4}, [&](int i, int j, int k) { return f(float(i), float(j), float(k)); });
@@ -250,7 +250,7 @@ TEST(FieldResampling, CentresFollowALinearFunction) {
     Field<float> dst(finer(6, factor), finer(5, factor), finer(4, factor));
     set(dst, -77);
     scale_up_center(dst, src, factor);
-    // Fine cell i has its centre (i - 1/2) / factor cells above the start of coarse cell 1.
+    // Fine cell i has its center (i - 1/2) / factor cells above the start of coarse cell 1.
     const auto at = [=](int i) { return 0.5f + (float(i) - 0.5f) / float(factor); };
     float worst = 0;
     test::each_cell(dst.dims(), 1, [&](int i, int j, int k) {

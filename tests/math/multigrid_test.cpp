@@ -68,7 +68,7 @@ TEST(Multigrid, EqualsThePlainFormBitForBit) {
 // The mean factor by which ten V-cycles shrink the residual, while rounding doesn't bound it.
 double factor(const Vec3i& size, const Faces& faces) {
   Problem p(size, faces);
-  const double first = static_cast<double>(infnorm(p.b));
+  const double first = infnorm(p.b);
   double last = first;
   int cycles = 0;
   for (; cycles < 10 && last > 2e-5; ++cycles) last = static_cast<double>(p.cycles(1).residual);

@@ -58,46 +58,46 @@ class PlainMultigrid {
         const bool high = in[axis] == x.dims()[axis] - 1;
         if (in[axis] != 0 && !high) return;
         in[axis] += high ? -1 : 1;
-        const bool closed = bc_[static_cast<std::size_t>(2 * axis + high)] == 1;
+        const bool closed = bc_[2 * axis + high] == 1;
         x(i, j, k) = closed ? x(in[0], in[1], in[2]) : 0;
       });
   }
 
-  // The weights of the neighbours of a cell and their sum with the values.
+  // The weights of the neighbors of a cell and their sum with the values.
   struct Stencil {
-    double centre, sum;
+    double center, sum;
   };
   static Stencil stencil(const Level& l, int i, int j, int k) {
-    double centre = 0, pairs[3];
+    double center = 0, pairs[3];
     for (int a = 0; a < 3; ++a) {
       Vec3i low(i, j, k), high = low;
       --low[a], ++high[a];
       const bool last = high[a] == l.x.dims()[a] - 1;
-      const double h = l.h[static_cast<std::size_t>(a)];
+      const double h = l.h[a];
       const double wl = last ? l.s * l.s * 2 / (l.s * (l.s + h)) : 1;
       const double wh = last ? l.s * l.s * 2 / (h * (l.s + h)) : 1;
-      centre += wl + wh;
+      center += wl + wh;
       pairs[a] = wl * static_cast<double>(l.x(low[0], low[1], low[2])) +
                  wh * static_cast<double>(l.x(high[0], high[1], high[2]));
     }
-    return {centre, (pairs[0] + pairs[1]) + pairs[2]};
+    return {center, (pairs[0] + pairs[1]) + pairs[2]};
   }
 
   static float residual(const Level& l, int i, int j, int k) {
     const Stencil a = stencil(l, i, j, k);
     return static_cast<float>(static_cast<double>(l.b(i, j, k)) -
-                              (a.centre * static_cast<double>(l.x(i, j, k)) - a.sum));
+                              (a.center * static_cast<double>(l.x(i, j, k)) - a.sum));
   }
 
   void smooth(Level& l, int sweeps) const {
     for (int sweep = 0; sweep < sweeps; ++sweep) {
       boundary(l.x);
-      for (int colour = 0; colour < 2; ++colour)
+      for (int color = 0; color < 2; ++color)
         each_cell(l.x.dims(), 1, [&](int i, int j, int k) {
-          if ((i + j + k) % 2 != colour) return;
+          if ((i + j + k) % 2 != color) return;
           const Stencil a = stencil(l, i, j, k);
           l.x(i, j, k) =
-              static_cast<float>((static_cast<double>(l.b(i, j, k)) + a.sum) * (1 / a.centre));
+              static_cast<float>((static_cast<double>(l.b(i, j, k)) + a.sum) * (1 / a.center));
         });
     }
   }
@@ -115,7 +115,7 @@ class PlainMultigrid {
       if (at % 2 == 0 || at == n - 1) return;
       --low[axis], ++high[axis];
       const float from = r(low[0], low[1], low[2]), to = r(high[0], high[1], high[2]);
-      const double d = static_cast<double>(from);
+      const double d = from;
       r(i, j, k) = n % 2 == 1 && at == n - 2
                        ? static_cast<float>(d + (static_cast<double>(to) - d) * t)
                        : (from + to) * 0.5f;

@@ -15,7 +15,7 @@ using namespace test;
 
 bool go_on(int, int, int, int) { return false; }
 
-// Two lights: one from above with the colour of the place, one from the side; counts its calls.
+// Two lights: one from above with the color of the place, one from the side; counts its calls.
 struct TestLighting final : Lighting {
   std::atomic<int> calls{0};
   int lights = 2;
@@ -40,22 +40,22 @@ VolumeShader shader(const Vec3i& dims, float value, const Color& color) {
   s.on = true;
   const FieldHandle field = acquire_field(dims);
   std::fill_n(field->data(), field->count(), value);
-  s.colorSampler.field = field;
-  s.colorCurve = s.densityCurve = line_curve();
-  s.colorCurve.rebuild();
-  s.densityCurve.rebuild();
+  s.color_sampler.field = field;
+  s.color_curve = s.density_curve = line_curve();
+  s.color_curve.rebuild();
+  s.density_curve.rebuild();
   s.ramp = plain_ramp(color);
   return s;
 }
 
-// In a world of metres.
+// In a world of meters.
 RenderVolume volume_of(const Vec3i& dims, double voxel = 1) {
   RenderVolume volume;
   volume.dims = dims;
   volume.worldToVoxel = volume.voxelToWorld = Affine3d::identity();
   for (int a = 0; a < 3; ++a) {
-    volume.worldToVoxel.rows[static_cast<std::size_t>(a)][a] = 1 / voxel;
-    volume.voxelToWorld.rows[static_cast<std::size_t>(a)][a] = voxel;
+    volume.worldToVoxel.rows[a][a] = 1 / voxel;
+    volume.voxelToWorld.rows[a][a] = voxel;
   }
   volume.metresPerUnit = 1;
   volume.smoke.on = volume.fire.on = false;
@@ -130,7 +130,7 @@ TEST(ScatteredLightField, SpreadsLightOfFireAndLamps) {
   const Points middle = points_at({{4, 4, 3}, {1.5f, 4, 3}});
   TestLighting lighting;
 
-  // Lamps: their own light and what the smoke sends on, in the smoke's colour.
+  // Lamps: their own light and what the smoke sends on, in the smoke's color.
   ScatteredLightField lit({.maxSweeps = 3});
   ASSERT_TRUE(lit.prepare(lighting, volume, 2, go_on));
   lit.query(light, lighting, ray, middle);
@@ -164,7 +164,7 @@ TEST(ScatteredLightField, SpreadsLightOfFireAndLamps) {
   // Smoke twice as dense that scatters no more is the same as extinction doubled, and cells of two
   // voxels are the same as voxels twice as long.
   RenderVolume dense = volume;
-  dense.smoke.densityScale = 2;
+  dense.smoke.density_scale = 2;
   EXPECT_FLOAT_EQ(total({.extinctionScale = 2}, volume, at), total({}, dense, at));
   EXPECT_LT(total({}, dense, at), 0.99f * total({}, volume, at));
   RenderVolume fine = volume_of({8, 8, 8}), coarse = volume_of({4, 4, 4}, 2);

@@ -102,7 +102,7 @@ TEST(March, ClippedRaysSeeTheSame) {
     for (const Filter filter : {Filter::kLinear, Filter::kCatmullRom, Filter::kBSpline}) {
       params.filter = filter;
       params.smoke.displace = moved == 1 ? 1.5 : 0;
-      params.motionBlur = moved == 2 ? 1 : 0;
+      params.motion_blur = moved == 2 ? 1 : 0;
       const VolumeRenderer renderer = renderer_of(frame, params, false);
       Mean difference, light, clipped;
       for (unsigned n = 0; n < 300; ++n) {
@@ -159,7 +159,7 @@ TEST(March, VolumesAddUp) {
   a.matteColor = {0, 1, 0};
   RayRecord ray = make_ray(a, {4, 4, -10}, {4, 4, 80}, 5);
   traceVolumes(renderer, ray);
-  EXPECT_NEAR(ray.radiance[1], 1 - each, 1e-5);  // as much of its colour as it hides
+  EXPECT_NEAR(ray.radiance[1], 1 - each, 1e-5);  // as much of its color as it hides
   EXPECT_EQ(ray.radiance[0], 0);
 }
 
@@ -170,7 +170,7 @@ TEST(March, RouletteLeavesTheMeanAndFadesFollowTheDistance) {
   DensityFrame frame(kDims, uniform);
   VolumeParams params = smoke_params(), fading = params;
   params.viewStep = params.shadowStep = 0.5;
-  fading.depthFade = line_curve();
+  fading.depth_fade = line_curve();
   fading.viewStep = 0.05;
   const double depth = 3 * 0.38, exact = std::exp(-depth), faded = std::exp(-depth * 98 / 200);
   for (const bool adaptive : {false, true}) {
@@ -225,7 +225,7 @@ TEST(March, AdaptiveStepsFollowTheSignal) {
 TEST(March, UnevenVolumesLoseNothing) {
   DensityFrame frame({34, 34, 34}, [](int, int j, int) { return j == 8 || j == 24 ? 1.0f : 0.0f; });
   VolumeParams params = smoke_params();
-  params.worldToObject.rows[0][0] = 1.0 / 6;
+  params.world_to_object.rows[0][0] = 1.0 / 6;
   params.smoke.density = 300;
   params.viewStep = params.shadowStep = 0.01;
   const VolumeRenderer renderer = renderer_of(frame, params, false);
@@ -251,7 +251,7 @@ TEST(March, NoiseReachesIntoEmptySpace) {
     return (i >= 8 && i <= 10) || (i >= 30 && i <= 32) ? 1.0f : 0.0f;
   });
   VolumeParams params = smoke_params();
-  params.smoke.noise = {.percent = 100, .scaleA = 20, .scaleB = 20};
+  params.smoke.noise = {.percent = 100, .scale_a = 20, .scale_b = 20};
   VolumeRenderer renderer = renderer_of(frame, params);
   RenderVolume& volume = *renderer.volumes[0];
   std::vector<float> seen;
@@ -283,8 +283,8 @@ TEST(March, BlurFollowsTheFlow) {
   frame.simTime.length = {1, 25};
   add_velocity(frame, kDims, [](int axis, int) { return axis == 0 ? 1.0f : 0.0f; });
   VolumeParams params = smoke_params();
-  params.motionBlur = 1;
-  params.motionBlurStep = 0.01;
+  params.motion_blur = 1;
+  params.motion_blur_step = 0.01;
   const VolumeRenderer renderer = renderer_of(frame, params);
   for (const double x : {8.5, 10.0, 11.0, 12.0, 12.5, 14.0}) {
     RayRecord ray = make_ray(*renderer.volumes[0], {x, 9, -5}, {x, 9, 30}, 1);
@@ -330,9 +330,9 @@ TEST(March, BadInputGivesNoNaN) {
   wild.occlusion = 0;
   trace(wild);
   fade.smoke.channel = kRampY;
-  fade.depthFade = RationalSpline();
+  fade.depth_fade = RationalSpline();
   trace(fade);
-  flat.objectToCell.rows = {};
+  flat.object_to_cell.rows = {};
   trace(flat);
   DensityFrame thin({2, 9, 9}, uniform);
   EXPECT_FALSE(make_volume(thin, good)->ready);

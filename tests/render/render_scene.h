@@ -44,10 +44,10 @@ inline VolumeParams smoke_params(double scale = 1) {
   params.smoke.ramp = params.fire.ramp = plain_ramp({1, 0.5f, 0.25f});
   params.smoke.density = 3;
   params.filter = Filter::kLinear;
-  params.objectToCell = params.worldToObject = Affine3d::identity();
+  params.object_to_cell = params.world_to_object = Affine3d::identity();
   for (int a = 0; a < 3; ++a) {
-    params.objectToCell.rows[static_cast<std::size_t>(a)][a] = 0.5;
-    params.worldToObject.rows[static_cast<std::size_t>(a)][a] = 1 / scale;
+    params.object_to_cell.rows[a][a] = 0.5;
+    params.world_to_object.rows[a][a] = 1 / scale;
   }
   return params;
 }
@@ -91,7 +91,7 @@ inline void add_velocity(SimFrame& frame, const Vec3i& dims,
 inline RayRecord make_ray(const RenderVolume& volume, Vec3d from, Vec3d to, std::uint64_t seed) {
   RayRecord ray;
   ray.origin = volume.voxelToWorld(from);
-  ray.direction = normalised(volume.voxelToWorld(to) - ray.origin);
+  ray.direction = normalized(volume.voxelToWorld(to) - ray.origin);
   ray.mask = kCameraRay;
   ray.seed = seed;
   return ray;

@@ -19,7 +19,7 @@ TEST(Blackbody, HasPublishedChromaticities) {
                     {4000, 0.3805, 0.3768}, {5000, 0.3451, 0.3516}, {6500, 0.3135, 0.3237},
                     {10000, 0.2807, 0.2884}};
   const auto xyz = [](double T, double compression) {
-    const Color rgb = BlackbodyRamp({.maxKelvin = T, .compression = compression}).lookup(1);
+    const Color rgb = BlackbodyRamp({.max_kelvin = T, .compression = compression}).lookup(1);
     // Linear RGB of ITU-R BT.709 to XYZ.
     return Vec3d(0.412453 * rgb[0] + 0.357580 * rgb[1] + 0.180423 * rgb[2],
                  0.212671 * rgb[0] + 0.715160 * rgb[1] + 0.072169 * rgb[2],
@@ -103,7 +103,7 @@ TEST(ChannelSampler, RampsAndBlurs) {
     ChannelSampler ramp;
     ASSERT_TRUE(ramp.bind(frame, kRampX - axis, Filter::kLinear));
     ramp.sample(value, points);
-    const float inner = static_cast<float>(dims[axis] - 2);
+    const float inner = dims[axis] - 2;
     EXPECT_FLOAT_EQ(value[0], static_cast<float>(1 + axis) / inner) << axis;
     EXPECT_EQ(value[1], 0);
     EXPECT_FLOAT_EQ(value[2], (inner - 1) / inner);
@@ -114,7 +114,7 @@ TEST(ChannelSampler, RampsAndBlurs) {
   Field<float> expected, tmp(dims[0], dims[1], dims[2]);
   expected.copy(*frame.grid(kGridDensity));
   box_blur3D(expected, tmp, 1.5);
-  volume->smoke.colorSampler.sample(value, points);
+  volume->smoke.color_sampler.sample(value, points);
   EXPECT_EQ(value[3], expected(3, 4, 5));
   EXPECT_EQ(value[4], expected(4, 4, 5));
   EXPECT_GT(value[4], 0.01f);
@@ -137,7 +137,7 @@ TEST(Displacement, LooksUpstream) {
   displace(from, *volume, volume->smoke, points_at({{9, 9, 9}}));
   EXPECT_LT(length(Vec3f(from.x[0], from.y[0], from.z[0]) - Vec3f(5, 11, 8)), 1e-5f);
   const RenderVolume still = bake_displacement(*volume);
-  EXPECT_NEAR((*still.smoke.colorSampler.field)(9, 9, 9), value(5, 11, 8), 0.1);
+  EXPECT_NEAR((*still.smoke.color_sampler.field)(9, 9, 9), value(5, 11, 8), 0.1);
 }
 
 // Against the distance to every surface cell.
@@ -174,7 +174,7 @@ TEST(Proximity, IsTheDistanceToWhatShows) {
 TEST(DetailNoise, MovesPointsAlongACurl) {
   DensityFrame frame({30, 30, 30}, [](int, int, int) { return 1.0f; });
   VolumeParams params = smoke_params();
-  params.smoke.noise = {.percent = 40, .scaleA = 8, .scaleB = 20, .gain = 0.6, .period = 2};
+  params.smoke.noise = {.percent = 40, .scale_a = 8, .scale_b = 20, .gain = 0.6, .period = 2};
   params.seconds = 0.7;
   const auto volume = make_volume(frame, params);
   EXPECT_NEAR(volume->smoke.noise.octaves, 1 + std::log2(20.0 / 8), 1e-6);
@@ -207,7 +207,7 @@ TEST(DetailNoise, MovesPointsAlongACurl) {
     return axis == 0 ? 3 * 0.02f * static_cast<float>(j) : 0.0f;
   });
   for (const float rate : {25.0f, 2.0f}) {
-    params.framesPerSecond = rate;
+    params.frames_per_second = rate;
     const auto shearing = make_volume(frame, params);
     for (const auto& [p, share] : {std::pair(Vec3f(12, 13, 14), 1.0f),
                                    {{0.5f, 13, 14}, 0.5f},

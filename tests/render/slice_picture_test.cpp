@@ -24,7 +24,7 @@ std::vector<std::pair<int, int>> lit(const QImage& picture) {
   return pixels;
 }
 
-int grey(const QImage& picture, int x, int y) { return qRed(picture.pixel(x, y)); }
+int gray(const QImage& picture, int x, int y) { return qRed(picture.pixel(x, y)); }
 
 // One cell near a corner, seen along each axis: it tells which way the picture lies.
 TEST(SlicePicture, LiesTheRightWay) {
@@ -65,7 +65,7 @@ TEST(SlicePicture, ProjectionsFollowTheirFormulas) {
   }
   const auto top_left = [&](Projection p, SliceOptions options) {
     options.projection = p;
-    return grey(slice_picture(f, options), 0, 0);
+    return gray(slice_picture(f, options), 0, 0);
   };
   SliceOptions options;
   options.range = {0.0f, 2.0f};
@@ -80,19 +80,19 @@ TEST(SlicePicture, ProjectionsFollowTheirFormulas) {
   options.range = {-1.0f, 0.0f};
   options.gamma = 1;
   options.projection = Projection::kMax;
-  EXPECT_EQ(grey(slice_picture(f, options), 1, 0), std::lround(255 * 0.5));
+  EXPECT_EQ(gray(slice_picture(f, options), 1, 0), std::lround(255 * 0.5));
 }
 
-TEST(SlicePicture, ColoursRefusalsAndFiles) {
+TEST(SlicePicture, ColorsRefusalsAndFiles) {
   Field<float> f = ghosted();
   f(1, 4, 3) = -4;
   f(2, 4, 3) = 2;
-  const QImage both = slice_picture(f, {.colours = ColourMap::kDiverging});
+  const QImage both = slice_picture(f, {.colors = ColorMap::kDiverging});
   EXPECT_EQ(both.pixel(0, 0), qRgb(0, 0, 255));
   EXPECT_EQ(both.pixel(1, 0), qRgb(255, 128, 128));
   f(1, 4, 3) = 4;
   f(3, 4, 3) = NAN;
-  const QImage heat = slice_picture(f, {.colours = ColourMap::kHeat});
+  const QImage heat = slice_picture(f, {.colors = ColorMap::kHeat});
   EXPECT_EQ(heat.pixel(1, 0), qRgb(255, 128, 0));  // halfway: red full, green half
   EXPECT_EQ(heat.pixel(2, 0), qRgb(255, 0, 255));  // a NaN shows
   for (const SliceOptions& bad : {SliceOptions{.axis = 3}, {.position = 6}, {.scale = 65}})

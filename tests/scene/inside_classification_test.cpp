@@ -75,8 +75,7 @@ TEST(InsideClassification, BadMeshesFillWhatTheyCan) {
        {Mesh::Polygon{0, 8, 1, 1}, {0, 9, 10, 10}, {3, 3, 3, 3}, {0, 1, 0, 1}, {0, 1, 2000, -7}})
     bad.polygons.push_back(p);
   // A second skin, exactly on the first, twice: an odd number of skins is one.
-  for (int i = 0; i < 12; ++i)
-    bad.polygons.push_back(bad.polygons[static_cast<std::size_t>(i % 6)]);
+  for (int i = 0; i < 12; ++i) bad.polygons.push_back(bad.polygons[i % 6]);
   EXPECT_EQ(inside({bad}, kBox), 8000);
   // What lies in both of two boxes is outside.
   EXPECT_EQ(inside({test::box({3.5, 3.5, 3.5}, {13.5, 13.5, 13.5}),

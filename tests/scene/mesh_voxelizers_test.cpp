@@ -132,8 +132,7 @@ Mesh stepped_sheet(double edge) {
       const int a = j * row + i;
       mesh.polygons.push_back({a, a + 1, a + row + 1, a + row});
       auto& uvw = mesh.uvw.emplace_back();
-      for (std::size_t k = 0; k < 4; ++k)
-        uvw[k][0] = mesh.corner_weights[static_cast<std::size_t>(mesh.polygons.back()[k])];
+      for (std::size_t k = 0; k < 4; ++k) uvw[k][0] = mesh.corner_weights[mesh.polygons.back()[k]];
     }
   mesh.texture = std::make_shared<Ramp>();
   return test::in_cells(std::move(mesh));

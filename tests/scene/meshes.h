@@ -35,13 +35,13 @@ inline Mesh box(const Vec3d& lo, const Vec3d& hi) {
 }
 
 /// A torus of n x m quads, bent so that no two look alike.
-inline Mesh bent_torus(const Vec3d& centre, double radius, double tube, int n, int m) {
+inline Mesh bent_torus(const Vec3d& center, double radius, double tube, int n, int m) {
   Mesh mesh;
   for (int i = 0; i < n; ++i)
     for (int j = 0; j < m; ++j) {
       const double a = 2 * std::numbers::pi * i / n, b = 2 * std::numbers::pi * j / m;
       const double r = radius + tube * (std::cos(b) + 0.1 * std::sin(7 * a) * std::cos(5 * b));
-      mesh.points.push_back(centre + Vec3d(r * std::cos(a), r * std::sin(a),
+      mesh.points.push_back(center + Vec3d(r * std::cos(a), r * std::sin(a),
                                            tube * std::sin(b) + 0.2 * radius * std::sin(2 * a)));
       const int i1 = (i + 1) % n, j1 = (j + 1) % m;
       mesh.polygons.push_back({i * m + j, i1 * m + j, i1 * m + j1, i * m + j1});

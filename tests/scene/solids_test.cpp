@@ -10,17 +10,17 @@ namespace {
 constexpr float kFar = VCVDT<float>::kFar;
 
 /// A ball as triangles would leave it: distances within sqrt(3) of the surface, three votes inside.
-/// The vertex is 1 above the centre's plane, 0 below. `with_hole` leaves the top unvoxelized.
-VCVDT<float> ball(int n, const Vec3f& centre, float radius, bool with_hole) {
+/// The vertex is 1 above the center's plane, 0 below. `with_hole` leaves the top unvoxelized.
+VCVDT<float> ball(int n, const Vec3f& center, float radius, bool with_hole) {
   VCVDT<float> vdt;
   vdt.reset({n, n, n});
   test::each_cell({n, n, n}, 0, [&](int i, int j, int k) {
-    const Vec3f r = Vec3f(i, j, k) - centre;
+    const Vec3f r = Vec3f(i, j, k) - center;
     const float d = length(r) - radius;
     const std::size_t c = vdt.index(i, j, k);
     if (d < 0) vdt.label[c] += 3 * VCVDT<float>::kVote;
     if (d * d > 3 || (with_hole && r[2] > 0.8f * radius)) return;
-    const Vec3f way = normalised(r) * (d > 0 ? -1.0f : 1.0f);
+    const Vec3f way = normalized(r) * (d > 0 ? -1.0f : 1.0f);
     vdt.dx[c] = way[0], vdt.dy[c] = way[1], vdt.dz[c] = way[2];
     vdt.dist2[c] = d * d;
     vdt.label[c] = (vdt.label[c] & VCVDT<float>::kVotesMask) | (r[2] > 0 ? 1u : 0u);
@@ -29,21 +29,21 @@ VCVDT<float> ball(int n, const Vec3f& centre, float radius, bool with_hole) {
 }
 
 TEST(PostProcess, GivesSignedDistancesAndTheNearestVertex) {
-  const Vec3f centre(10.2f, 9.8f, 10.4f);
+  const Vec3f center(10.2f, 9.8f, 10.4f);
   constexpr float radius = 7.3f;
-  VCVDT<float> vdt = ball(21, centre, radius, false);
+  VCVDT<float> vdt = ball(21, center, radius, false);
   Field<float> phi;
   std::vector<std::int32_t> ids;
   post_process_voxelized(phi, ids, vdt);
   int deep = 0, surface = 0, far = 0;
   test::each_cell(phi.dims(), 0, [&](int i, int j, int k) {
-    const Vec3f r = Vec3f(i, j, k) - centre;
+    const Vec3f r = Vec3f(i, j, k) - center;
     const float d = length(r) - radius, value = phi(i, j, k);
     ASSERT_EQ(value < 0, d < 0);
     if (std::abs(value) == kFar) {
       ASSERT_GT(d, 0.4f) << "all of the inside is reached";
       ++far;
-    } else if (std::abs(d) < 0.4f) {  // it has a neighbour on the other side
+    } else if (std::abs(d) < 0.4f) {  // it has a neighbor on the other side
       ASSERT_FLOAT_EQ(std::abs(value), d * d);
       ++surface;
     }
@@ -58,7 +58,7 @@ TEST(PostProcess, GivesSignedDistancesAndTheNearestVertex) {
   EXPECT_GT(far, 4000);
 
   // Where the surface has a hole the cells inside of it lie on the surface, without a vertex.
-  vdt = ball(21, centre, radius, true);
+  vdt = ball(21, center, radius, true);
   post_process_voxelized(phi, ids, vdt);
   EXPECT_EQ(phi(10, 10, 17), 0);
   EXPECT_TRUE(std::signbit(phi(10, 10, 17)));

@@ -23,18 +23,18 @@ constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInf = std::numeric_limits<float>::infinity();
 constexpr float kWild[] = {kNaN, kInf, -kInf, 1e30f, -3e9f};
 
-Vec3i face_dims(Vec3i centre, Lookup lookup) {
-  if (lookup != Lookup::kCenter) ++centre[static_cast<int>(lookup)];
-  return centre;
+Vec3i face_dims(Vec3i center, Lookup lookup) {
+  if (lookup != Lookup::kCenter) ++center[static_cast<int>(lookup)];
+  return center;
 }
 
 // A velocity on faces and a record that advects along it.
 struct Flow {
-  Flow(const Vec3i& centre, const Vec3f& v) {
+  Flow(const Vec3i& center, const Vec3f& v) {
     params.dt = params.dx = 1;
     params.settings = &settings;
     for (int a = 0; a < 3; ++a) {
-      velocity[a].resize(kCpu, face_dims(centre, static_cast<Lookup>(a)));
+      velocity[a].resize(kCpu, face_dims(center, static_cast<Lookup>(a)));
       params.velocity[a] = &velocity[a];
       m_set(velocity[a], v[a]);
     }
@@ -55,8 +55,8 @@ struct Flow {
 
 // The fast loops give the bits of the plain form for every choice, every instruction set, with
 // traces cached by two threads and live on one.
-void expect_plain_bits(const Vec3i& centre, bool wild) {
-  Flow flow(centre, Vec3f());
+void expect_plain_bits(const Vec3i& center, bool wild) {
+  Flow flow(center, Vec3f());
   AdvectionParams& q = flow.params;
   for (int a = 0; a < 3; ++a) {
     Field<float>& v = flow.velocity[a].cpu_field();
@@ -69,7 +69,7 @@ void expect_plain_bits(const Vec3i& centre, bool wild) {
     q.lookup = kLookups[choice % 4];
     q.tracer = static_cast<Tracer>(choice / 4 % 2);
     q.cubic = choice / 8;
-    const Vec3i n = face_dims(centre, q.lookup);
+    const Vec3i n = face_dims(center, q.lookup);
     Field<float> src(n[0], n[1], n[2]), hat(n[0], n[1], n[2]), dst(n[0], n[1], n[2]);
     Field<float> plain_hat, plain_dst;
     test::fill_random(src, 3);
@@ -86,31 +86,31 @@ void expect_plain_bits(const Vec3i& centre, bool wild) {
         cpu_maccormack(dst, src, hat, q);
         EXPECT_TRUE(test::same_bits(hat, plain_hat) && test::same_bits(dst, plain_dst))
             << "choice " << choice << " isa " << static_cast<int>(isa) << " cached " << cached
-            << " centre " << centre[0] << ' ' << centre[1] << ' ' << centre[2];
+            << " center " << center[0] << ' ' << center[1] << ' ' << center[2];
       }
   }
 }
 
 // Rows shorter and longer than the lanes, the smallest grids, a row of more than one run.
 TEST(Advection, FastLoopsGiveThePlainBits) {
-  for (const Vec3i& centre : {Vec3i(21, 9, 8), Vec3i(18, 5, 5), Vec3i(7, 6, 12), Vec3i(34, 4, 4),
+  for (const Vec3i& center : {Vec3i(21, 9, 8), Vec3i(18, 5, 5), Vec3i(7, 6, 12), Vec3i(34, 4, 4),
                               Vec3i(263, 5, 4), Vec3i(3, 3, 3), Vec3i(2, 3, 2), Vec3i(5, 2, 4)})
-    expect_plain_bits(centre, false);
+    expect_plain_bits(center, false);
   // Wild velocities stay inside of memory.
-  for (const Vec3i& centre : {Vec3i(21, 5, 6), Vec3i(3, 3, 3)}) expect_plain_bits(centre, true);
+  for (const Vec3i& center : {Vec3i(21, 5, 6), Vec3i(3, 3, 3)}) expect_plain_bits(center, true);
 }
 
 // Each lookup ends with its own boundary: closed walls hold their own component only.
 TEST(Advection, BoundaryOfTheLookup) {
-  const Vec3i centre(8, 8, 8);
-  Flow flow(centre, Vec3f(0.1f, 0.1f, 0.1f));
+  const Vec3i center(8, 8, 8);
+  Flow flow(center, Vec3f(0.1f, 0.1f, 0.1f));
   flow.keep_traces(false);
   flow.settings.face_closed = {1, 1, 1, 1, 1, 1};
   flow.settings.domain_box = flow.settings.active_box = {Vec3i(0, 0, 0), Vec3i(5, 5, 5)};
   for (const Lookup lookup : kLookups) {
     flow.params.lookup = lookup;
     for (const auto& stage : {advect_sl, advect}) {
-      MField src(kCpu, face_dims(centre, lookup)), dst;
+      MField src(kCpu, face_dims(center, lookup)), dst;
       std::fill_n(src.cpu_field().data(), src.cpu_field().count(), 2.0f);
       stage(dst, src, flow.params);
       const Field<float>& g = dst.cpu_field();

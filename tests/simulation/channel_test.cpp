@@ -259,7 +259,7 @@ TEST(SourceObject, ADirectionBecomesFaceVelocities) {
     run.sim.add_source_object(object, weights);
     run.sim.add_source_object(object, weights);
     for (int axis = 0; axis < 3; ++axis) {
-      const Sparse& faces = *run.sim.velocity_sources()[static_cast<std::size_t>(axis)];
+      const Sparse& faces = *run.sim.velocity_sources()[axis];
       Vec3i back;
       back[axis] = 1;
       test::each_cell({34, 34, 18}, 1, [&](int x, int y, int z) {

@@ -18,14 +18,14 @@ using test::fill_random;
 using test::Mac;
 using test::same_bits;
 
-// Faces and centres of a small grid that is odd on one axis and longer than a vector on another.
+// Faces and centers of a small grid that is odd on one axis and longer than a vector on another.
 struct Grid : Mac {
   static constexpr int nx = 37, ny = 6, nz = 9;
-  Field<float> centre{nx, ny, nz}, phi{nx, ny, nz};
+  Field<float> center{nx, ny, nz}, phi{nx, ny, nz};
 
   Grid() : Mac({nx, ny, nz}) {
     randomize(1);
-    fill_random(centre, 4);
+    fill_random(center, 4);
     fill_random(phi, 5);
     phi(5, 2, 3) = 0;  // a cell on the surface is solid
   }
@@ -35,7 +35,7 @@ TEST(FluidTools, SubtractPressureGradient) {
   const double dx = 0.3;
   for (const bool solid : {false, true}) {
     Grid plain;
-    const Field<float>&p = plain.centre, &phi = plain.phi;
+    const Field<float>&p = plain.center, &phi = plain.phi;
     for (int axis = 0; axis < 3; ++axis)
       each_cell({plain.nx + 1, plain.ny + 1, plain.nz + 1}, 1, [&](int i, int j, int k) {
         const int bi = i - (axis == 0), bj = j - (axis == 1), bk = k - (axis == 2);
@@ -45,9 +45,9 @@ TEST(FluidTools, SubtractPressureGradient) {
       });
     everywhere([&] {
       Grid g;
-      subtract_pressure_gradient(g.U, g.V, g.W, g.centre, dx, solid ? &g.phi : nullptr);
+      subtract_pressure_gradient(g.U, g.V, g.W, g.center, dx, solid ? &g.phi : nullptr);
       EXPECT_TRUE(g.same(plain));
-      EXPECT_THROW(subtract_pressure_gradient(g.U, g.U, g.W, g.centre, dx, nullptr),
+      EXPECT_THROW(subtract_pressure_gradient(g.U, g.U, g.W, g.center, dx, nullptr),
                    FieldDimensionMismatchException);
     });
   }
@@ -57,9 +57,9 @@ TEST(FluidTools, SubtractPressureGradient) {
 TEST(FluidTools, AddCenterToMac) {
   Grid plain;
   const float odd[] = {7, -4, 0.25f, std::numeric_limits<float>::quiet_NaN()};
-  for (std::size_t i = 0; i < plain.centre.count(); ++i) plain.centre[i] = odd[i * i % 7 % 4];
+  for (std::size_t i = 0; i < plain.center.count(); ++i) plain.center[i] = odd[i * i % 7 % 4];
   const auto held = [&](int i, int j, int k) {
-    const float v = plain.centre(i, j, k);
+    const float v = plain.center(i, j, k);
     return v > 0 ? std::min(v, 1.0f) : 0.0f;
   };
   Grid expected;
@@ -69,7 +69,7 @@ TEST(FluidTools, AddCenterToMac) {
   });
   everywhere([&] {
     Grid g;
-    add_center_to_mac(g.U, g.V, g.W, plain.centre, 0.5f, 0, -2);
+    add_center_to_mac(g.U, g.V, g.W, plain.center, 0.5f, 0, -2);
     EXPECT_TRUE(g.same(expected));
   });
 }
@@ -89,7 +89,7 @@ TEST(FluidTools, VelocityBoundaryHoldsWallsAndLetsFlowOnlyOut) {
   for (int axis = 0; axis < 3; ++axis)
     for (const bool wall : {false, true}) {
       std::array<int, 6> closed{};
-      closed[static_cast<std::size_t>(2 * axis + 1)] = wall;
+      closed[2 * axis + 1] = wall;
       Grid g, before;
       Field<float>& f = g.face(axis);
       velocity_boundary(axis, f, boxed(closed));
@@ -179,17 +179,17 @@ TEST(FluidTools, ChannelInsideSolid) {
 const Vec3i kSizes[] = {{1, 1, 1}, {2, 5, 5}, {3, 3, 3},   {4, 6, 5},
                         {5, 5, 5}, {9, 7, 8}, {34, 19, 6}, {67, 5, 11}};
 
-struct Centre3 {
-  explicit Centre3(const Vec3i& n)
+struct Center3 {
+  explicit Center3(const Vec3i& n)
       : x(n[0], n[1], n[2]), y(n[0], n[1], n[2]), z(n[0], n[1], n[2]), mag(n[0], n[1], n[2]) {}
-  bool same(const Centre3& b) const {
+  bool same(const Center3& b) const {
     return same_bits(x, b.x) && same_bits(y, b.y) && same_bits(z, b.z) && same_bits(mag, b.mag);
   }
   Field<float> x, y, z, mag;
 };
 
 // The plain forms, cell by cell. Ghost cells take the nearest interior cell.
-void plain_curl(Centre3& w, const Mac& m, float dx) {
+void plain_curl(Center3& w, const Mac& m, float dx) {
   const auto u = [&](int i, int j, int k) { return (m.U(i, j, k) + m.U(i + 1, j, k)) / 2; };
   const auto v = [&](int i, int j, int k) { return (m.V(i, j, k) + m.V(i, j + 1, k)) / 2; };
   const auto c = [&](int i, int j, int k) { return (m.W(i, j, k) + m.W(i, j, k + 1)) / 2; };
@@ -213,7 +213,7 @@ void plain_curl(Centre3& w, const Mac& m, float dx) {
   });
 }
 
-void plain_confinement(Centre3& w, float scale) {
+void plain_confinement(Center3& w, float scale) {
   const Vec3i n = w.x.dims();
   const Field<float>& m = w.mag;
   each_cell(n, 0, [&](int i, int j, int k) {
@@ -230,7 +230,7 @@ void plain_confinement(Centre3& w, float scale) {
   });
 }
 
-void plain_transfer(Mac& m, const Centre3& f, float c) {
+void plain_transfer(Mac& m, const Center3& f, float c) {
   each_cell(f.x.dims(), 2, [&](int i, int j, int k) {
     m.U(i, j, k) += (f.x(i, j, k) + f.x(i - 1, j, k)) * c;
     m.V(i, j, k) += (f.y(i, j, k) + f.y(i, j - 1, k)) * c;
@@ -265,13 +265,13 @@ TEST(Vorticity, EqualsThePlainForm) {
     Mac u(n), expected_u(n);
     u.randomize(1);
     expected_u.copy(u);
-    Centre3 expected_w(n), expected_f(n);
+    Center3 expected_w(n), expected_f(n);
     plain_curl(expected_w, u, 0.3f);
     plain_curl(expected_f, u, 0.3f);
     plain_confinement(expected_f, 0.7f);
     plain_transfer(expected_u, expected_f, 0.25f);
     everywhere([&] {
-      Centre3 w(n);
+      Center3 w(n);
       VelocityCurl(w.x, w.y, w.z, w.mag, u.U, u.V, u.W, 0.3f);
       EXPECT_TRUE(w.same(expected_w)) << n[0];
       VorticityConfinementForce(w.x, w.y, w.z, w.mag, 0.7f);

@@ -53,11 +53,9 @@ class PlainVelocity {
   }
 
  private:
-  const Field<float>& face(int a) const {
-    return params_.velocity[static_cast<std::size_t>(a)]->cpu_field();
-  }
+  const Field<float>& face(int a) const { return params_.velocity[a]->cpu_field(); }
   const AdvectionParams& params_;
-  int axis_;  // of the advected grid's faces; 3 for centres
+  int axis_;  // of the advected grid's faces; 3 for centers
 };
 
 /// Whether p lies in [1, n-2] on every axis.
@@ -94,7 +92,7 @@ inline Vec3f plain_adaptive(const PlainVelocity& velocity, const Vec3i& n, const
       h = remaining / 2;
     }
     remaining -= h;
-    const float step = static_cast<float>(dt < 0 ? -h : h);
+    const float step = dt < 0 ? -h : h;
     const Vec3f m = p - (0.5f * step) * v;
     const bool mid_inside = plain_inside(m, n);
     p = p - step * (mid_inside ? velocity.at(m) : v);

@@ -54,7 +54,7 @@ TEST(Simulation3D, FirstFrameHoldsTheSourcesAndHotGasRises) {
     moment += j * d(i, j, k);
     mass += d(i, j, k);
   });
-  EXPECT_GT(moment / mass, 4.5 + 0.5) << "the source's centre is at row 4.5";
+  EXPECT_GT(moment / mass, 4.5 + 0.5) << "the source's center is at row 4.5";
 }
 
 TEST(Simulation3D, SubstepsArePlannedEqualAndBounded) {
@@ -167,7 +167,7 @@ TEST(Simulation3D, FramesAreStoredAndTheStateComesBack) {
   ASSERT_TRUE(run.sim.settings.target_cache->setDirectory(folder.path()));
   ASSERT_TRUE(run.sim.start(run.scene, run.time));
   run.frames(4);
-  EXPECT_TRUE(run.sim.settings.target_cache->finishWrites());
+  EXPECT_TRUE(run.sim.settings.target_cache->finish_writes());
   EXPECT_EQ(run.sim.settings.target_cache->frames(), (std::vector<int>{0, 1, 2, 3, 4}));
 
   SimFrame frame;
@@ -208,12 +208,12 @@ TEST(Simulation3D, FramesAreStoredAndTheStateComesBack) {
   EXPECT_GT(infnorm(refused.channel(kDensity)), 0);
 
   // A frame that doesn't reach the disk is counted, and the run goes on.
-  run.sim.settings.target_cache->finishWrites();
+  run.sim.settings.target_cache->finish_writes();
   std::filesystem::remove_all(folder.path());
   run.sim.settings.cache_direct = true;
   run.frames(2);
   EXPECT_EQ(run.sim.frames_not_stored(), 2);
-  EXPECT_EQ(run.sim.settings.target_cache->takeLostFrames().size(), 2u);
+  EXPECT_EQ(run.sim.settings.target_cache->take_lost_frames().size(), 2u);
 }
 
 TEST(Simulation3D, SteadyStateAllocatesNothingAndThreadsDontMatter) {

@@ -11,7 +11,7 @@ namespace {
 
 constexpr double kShoulder = 0.7;
 
-/// Rounds with a share of chance, so that the mean of neighbours is the value itself.
+/// Rounds with a share of chance, so that the mean of neighbors is the value itself.
 int ToByte(double signal, std::uint64_t noise) {
   const double chance = static_cast<double>(noise >> 11) * 0x1p-53;
   return std::clamp(static_cast<int>(signal * 255 + chance), 0, 255);

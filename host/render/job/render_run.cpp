@@ -116,7 +116,7 @@ int RenderRun::RunFrame(std::int32_t frame) {
   times.rays = clock.Lap();
   if (counts.broken > 0)
     context_.Warning("frame " + std::to_string(frame) + ": " + std::to_string(counts.broken) +
-                     " rays got no finite colour from a post effect; they are left empty");
+                     " rays got no finite color from a post effect; they are left empty");
   rays_ += counts.rays + counts.shadow_rays;
   ray_seconds_ += times.rays;
   return Deliver(picture, scene, times, counts);

@@ -10,9 +10,8 @@ void RenderSession::SetFrame(std::int32_t frame, const RenderScene& scene) {
   camera_position_ = scene.camera.Place().off;
   missing_.clear();
   queries_.clear();
-  counts_.assign(static_cast<std::size_t>(job_.threads), {});
-  for (std::int32_t i = 0; i < job_.threads; ++i)
-    queries_.emplace_back(scene, i, counts_[static_cast<std::size_t>(i)]);
+  counts_.assign(job_.threads, {});
+  for (std::int32_t i = 0; i < job_.threads; ++i) queries_.emplace_back(scene, i, counts_[i]);
 }
 
 void RenderSession::Refuse(Refusal kind, const std::string& why) {

@@ -49,7 +49,7 @@ SelectionTag* FindSelection(BaseObject& object, const std::string& name) {
 std::vector<std::uint32_t> ReadMaterials(SurfaceMesh& mesh, BaseObject& owner,
                                          std::int32_t polygon_count) {
   mesh.materials.emplace_back();
-  std::vector<std::uint32_t> index(static_cast<std::size_t>(polygon_count), 0);
+  std::vector<std::uint32_t> index(polygon_count, 0);
   for (BaseTag* tag : TextureTags(owner)) {
     if (!tag->GetDataInstance().GetLink(TEXTURETAG_MATERIAL)) continue;
     const auto material = static_cast<std::uint32_t>(mesh.materials.size());
@@ -58,12 +58,12 @@ std::vector<std::uint32_t> ReadMaterials(SurfaceMesh& mesh, BaseObject& owner,
     const SelectionTag* selection = selected.empty() ? nullptr : FindSelection(owner, selected);
     if (!selected.empty() && !selection) continue;
     for (std::int32_t p = 0; p < polygon_count; ++p)
-      if (!selection || selection->IsSelected(p)) index[static_cast<std::size_t>(p)] = material;
+      if (!selection || selection->IsSelected(p)) index[p] = material;
   }
   return index;
 }
 
-/// A matte object is all of one colour, and neither lit nor mirrored.
+/// A matte object is all of one color, and neither lit nor mirrored.
 void MakeMatte(SurfaceMesh& mesh, const Vector& color) {
   for (SurfaceMaterial& material : mesh.materials) {
     material.color = {};
@@ -72,7 +72,7 @@ void MakeMatte(SurfaceMesh& mesh, const Vector& color) {
   }
 }
 
-/// Area vectors of triangles, and sums of them over neighbours that lie nearly in one plane.
+/// Area vectors of triangles, and sums of them over neighbors that lie nearly in one plane.
 class NormalMaker {
  public:
   NormalMaker(const std::vector<Vector>& points, const std::vector<SurfaceMesh::Corners>& triangles)
@@ -120,7 +120,7 @@ SurfaceMesh ReadMesh(PolygonObject& polygons, BaseObject& owner) {
   const auto add = [&](std::int32_t p, std::array<std::int32_t, 3> c, std::array<Vector, 3> uv) {
     mesh.triangles.push_back({static_cast<std::uint32_t>(c[0]), static_cast<std::uint32_t>(c[1]),
                               static_cast<std::uint32_t>(c[2])});
-    mesh.material.push_back(materials[static_cast<std::size_t>(p)]);
+    mesh.material.push_back(materials[p]);
     if (uvw) mesh.uvws.push_back(uv);
   };
   for (std::int32_t p = 0; p < polygons.GetPolygonCount(); ++p) {

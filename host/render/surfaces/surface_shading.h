@@ -21,7 +21,7 @@ class SurfaceShading {
 
   const Vector& Emission() const { return emission_; }
 
-  /// What of light from a direction goes to the viewer: times its colour, which is irradiance over
+  /// What of light from a direction goes to the viewer: times its color, which is irradiance over
   /// pi on a surface that faces it, it is the radiance.
   Vector Share(const Vector& to_light) const;
 

@@ -24,11 +24,11 @@ template <class Wanted>
 SceneBounds BoundsOf(const BaseDocument& document, const Wanted& wanted) {
   SceneBounds bounds;
   for (const BaseObject* object : VisibleObjects(document)) {
-    const Vector centre = object->GetMp(), half = object->GetRad();
+    const Vector center = object->GetMp(), half = object->GetRad();
     if (!wanted(*object) || Length(half) <= 0) continue;
     for (int corner = 0; corner < 8; ++corner) {
       const Vector sign{corner & 1 ? 1.0 : -1.0, corner & 2 ? 1.0 : -1.0, corner & 4 ? 1.0 : -1.0};
-      bounds.Add(object->GetMg() * (centre + Times(half, sign)));
+      bounds.Add(object->GetMg() * (center + Times(half, sign)));
     }
   }
   return bounds;
@@ -53,14 +53,14 @@ RenderCamera DefaultCamera(const BaseDocument& document, int width, int height) 
   SceneBounds bounds = PluginBounds(document);
   if (bounds.empty) bounds = BoundsOf(document, [](const BaseObject&) { return true; });
   if (bounds.empty) bounds.low = {-100, -100, -100}, bounds.high = {100, 100, 100};
-  const Vector centre = (bounds.low + bounds.high) * 0.5;
+  const Vector center = (bounds.low + bounds.high) * 0.5;
   // From so far that the nearest face of the box fits, whichever side of the picture is tight.
   const Vector half = (bounds.high - bounds.low) * 0.5;
   const double tangent = std::tan(kDefaultFieldOfView * kPi / 360);
   const double across = half.x / tangent, up = half.y * width / (height * tangent);
   const double distance = 1.1 * std::max({across, up, 1e-3}) + half.z;
   const Vector z = Normalized({0, -0.15, 1});
-  const Matrix place{centre - z * distance, {1, 0, 0}, Cross(z, {1, 0, 0}), z};
+  const Matrix place{center - z * distance, {1, 0, 0}, Cross(z, {1, 0, 0}), z};
   return {place, kDefaultFieldOfView, 1e-3 * distance, width, height};
 }
 

@@ -64,7 +64,7 @@ Vector VolumeQuery::LightFrom(const LightSource& light, const LightSample& sampl
 
 bool VolumeQuery::Illuminate(std::int32_t light, const Vector& point, Vector& light_color,
                              Vector& direction) {
-  const LightSource& source = scene_.lights[static_cast<std::size_t>(light)];
+  const LightSource& source = scene_.lights[light];
   const std::uint64_t seed = HashOf(SeedOf(point), static_cast<std::uint64_t>(light));
   const std::uint32_t places = source.HasSize() ? kLightPlaces : 1;
   light_color = direction = {};

@@ -34,7 +34,7 @@ class VolumeQuery final : public VolumeData {
     return static_cast<std::int32_t>(scene_.lights.size());
   }
   const RayLight& GetLight(std::int32_t index) const override {
-    return scene_.lights[static_cast<std::size_t>(index)].Info();
+    return scene_.lights[index].Info();
   }
   bool Illuminate(std::int32_t light, const Vector& point, Vector& light_color,
                   Vector& direction) override;

@@ -13,9 +13,9 @@ constexpr int kSame = 32;  // the symbol of a cell that is as predicted
 // Predictions of a chunk whose cells are known: all at once, as integers.
 void predict_chunk(std::uint32_t* __restrict p, const Chunk<const float>& c, int count) {
   const auto at = [&c](int i) {
-    return Neighbours{c.cells[i - 1], c.y[i], c.z[i], c.y[i - 1], c.z[i - 1], c.yz[i], c.yz[i - 1]};
+    return Neighbors{c.cells[i - 1], c.y[i], c.z[i], c.y[i - 1], c.z[i - 1], c.yz[i], c.yz[i - 1]};
   };
-  Neighbours first = c.before;
+  Neighbors first = c.before;
   first.y = c.y[0];
   first.z = c.z[0];
   first.yz = c.yz[0];
@@ -30,7 +30,7 @@ void predict_chunk(std::uint32_t* __restrict p, const Chunk<const float>& c, int
   }
   if (nans == 0) return;
   for (int i = 1; i < count; ++i) {
-    const Neighbours n = at(i);
+    const Neighbors n = at(i);
     if (is_nan(predict(n))) p[i] = to_ordered(predict_nan(n));
   }
 }
@@ -121,7 +121,7 @@ bool decode(float* dst, const char* payload, std::size_t size, const Vec3i& dims
   SymbolTable table(model);
   std::uint32_t bad = 0;
   const bool whole = for_each_chunk(dst, dims, [&](const Chunk<float>& chunk, int count) {
-    Neighbours n = chunk.before;
+    Neighbors n = chunk.before;
     for (int i = 0; i < count; ++i) {
       n.y = chunk.y[i];
       n.z = chunk.z[i];

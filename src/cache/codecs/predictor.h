@@ -13,11 +13,11 @@
 namespace nbx::NBX_ISA {
 
 // The seven cells before a cell, named by the axes along which they lie one cell back.
-struct Neighbours {
+struct Neighbors {
   float x = 0, y = 0, z = 0, xy = 0, xz = 0, yz = 0, xyz = 0;
 };
 
-inline float predict(const Neighbours& n) { return n.xyz + n.x - n.yz + n.y - n.xz + n.z - n.xy; }
+inline float predict(const Neighbors& n) { return n.xyz + n.x - n.yz + n.y - n.xz + n.z - n.xy; }
 
 inline bool is_nan(float f) { return f != f; }
 
@@ -32,7 +32,7 @@ inline float nan_step(float sum, float term, float result) {
 }
 
 // `predict` where its result is a NaN.
-inline __attribute__((noinline)) float predict_nan(const Neighbours& n) {
+inline __attribute__((noinline)) float predict_nan(const Neighbors& n) {
   float p = nan_step(n.xyz, n.x, n.xyz + n.x);
   p = nan_step(p, n.yz, p - n.yz);
   p = nan_step(p, n.y, p + n.y);
@@ -54,14 +54,14 @@ inline float from_ordered(std::uint32_t r) {
 constexpr int kChunk = 1024;  // cells that the loops handle at once
 
 // A stretch of a row, and those before it along y, along z and along both. `before` are the
-// neighbours of its first cell, as far as they lie in these rows: x, xy, xz, xyz.
+// neighbors of its first cell, as far as they lie in these rows: x, xy, xz, xyz.
 template <class Cell>
 struct Chunk {
   Cell* cells;
   const float* y;
   const float* z;
   const float* yz;
-  Neighbours before;
+  Neighbors before;
 };
 
 // Calls visit(chunk, cells) for all of the grid in order, and stops where it returns false.

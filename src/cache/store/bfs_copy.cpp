@@ -36,7 +36,7 @@ bool BFS::copyDir(const std::string& target, const std::function<void(int, int)>
                   const std::string& as) {
   Lock lock(mutex_);
   if (!place().readable()) return false;
-  finishWrites(lock);
+  finish_writes(lock);
   QDir to(QString::fromStdString(target));
   if (!to.mkpath(".")) {
     LogMessage() << "BFS::copyDir: Failed to create base dir " << target;
@@ -48,11 +48,11 @@ bool BFS::copyDir(const std::string& target, const std::function<void(int, int)>
     LogMessage() << "BFS::copyDir: Failed to create cache dir " << name << " in " << target;
     return false;
   }
-  return copyFiles(to.absolutePath().toStdString(), progress);
+  return copy_files(to.absolutePath().toStdString(), progress);
 }
 
-bool BFS::copyFiles(const std::string& folder,
-                    const std::function<void(int, int)>& progress) const {
+bool BFS::copy_files(const std::string& folder,
+                     const std::function<void(int, int)>& progress) const {
   const QDir from(QString::fromStdString(directory_)), to(QString::fromStdString(folder));
   const QString before = QString::fromStdString(prefix_);
   const QString after = QString::fromStdString(cache_prefix(folder));
@@ -71,9 +71,9 @@ bool BFS::copyFiles(const std::string& folder,
   return true;
 }
 
-bool BFS::copyFits(const std::string& folder) {
+bool BFS::copy_fits(const std::string& folder) {
   Lock lock(mutex_);
-  finishWrites(lock);
+  finish_writes(lock);
   const QDir from(QString::fromStdString(directory_)), to(QString::fromStdString(folder));
   const QString before = QString::fromStdString(prefix_);
   const QString after = QString::fromStdString(cache_prefix(folder));

@@ -24,17 +24,17 @@ BFS::Slot& BFS::acquire(int frame, int substep) {
   const std::uint64_t key = slot_key(frame, substep);
   auto found = slots_.find(key);
   if (found == slots_.end()) {
-    if (slots_.size() >= maxSlots_) {
+    if (slots_.size() >= max_slots_) {
       const auto unused = std::find_if(slots_.begin(), slots_.end(), [](const auto& entry) {
         return entry.second.references == 0;
       });
       if (unused == slots_.end()) {
-        maxSlots_ = slots_.size() + 1;
+        max_slots_ = slots_.size() + 1;
       } else {
         const bool dirty = unused->second.state == State::kDirty;
         const Stopwatch watch;
         remove(unused->second);
-        if (dirty) secondsWaited_ += watch.seconds();
+        if (dirty) seconds_waited_ += watch.seconds();
       }
     }
     found = slots_.try_emplace(key, frame, substep).first;
@@ -53,24 +53,24 @@ void BFS::release(Slot& slot, bool force) {
   changed_.notify_all();
   if (slot.references > 0 || slot.state == State::kDirty) return;
   // A table of its least size keeps its last frame.
-  if (!force && maxSlots_ >= slots_.size() && maxSlots_ <= kMinSlots) return;
+  if (!force && max_slots_ >= slots_.size() && max_slots_ <= kMinSlots) return;
   slots_.erase(slot_key(slot.frame, slot.substep));
-  if (maxSlots_ > kMinSlots) --maxSlots_;
+  if (max_slots_ > kMinSlots) --max_slots_;
 }
 
 // Saves a slot without references if need be, and drops it.
 void BFS::remove(Slot& slot) {
   storeSlot(slot);
-  if (slot.state == State::kDirty) lose(slot.frame, slot.substep, lastError_);
+  if (slot.state == State::kDirty) lose(slot.frame, slot.substep, last_error_);
   slots_.erase(slot_key(slot.frame, slot.substep));
 }
 
 void BFS::lose(int frame, int substep, const std::string& error) {
-  ++framesLost_;
-  lostFrames_.push_back({frame, substep, error});
+  ++frames_lost_;
+  lost_frames_.push_back({frame, substep, error});
 }
 
-BFS::Slot* BFS::openForReading(int frame, int substep, bool load_it, bool force) {
+BFS::Slot* BFS::open_for_reading(int frame, int substep, bool load_it, bool force) {
   Lock lock(mutex_);
   if (!load_it) {
     const auto found = slots_.find(slot_key(frame, substep));
@@ -116,27 +116,27 @@ bool BFS::load(Lock& lock, Slot& slot) {
   }
 }
 
-BFS::Slot* BFS::openForStoring(int frame, int substep) {
+BFS::Slot* BFS::open_for_storing(int frame, int substep) {
   Lock lock(mutex_);
   Slot& slot = acquire(frame, substep);
   const bool saving = slot.saving;
   const Stopwatch watch;
   changed_.wait(lock, [&] { return !slot.writing && slot.readers == 0; });
-  if (saving) secondsWaited_ += watch.seconds();
+  if (saving) seconds_waited_ += watch.seconds();
   slot.writing = true;
   slot.state = State::kEmpty;
   slot.data.clear();
   return &slot;
 }
 
-void BFS::giveBack(Slot& slot, bool wrote, bool stored, bool force) {
+void BFS::give_back(Slot& slot, bool wrote, bool stored, bool force) {
   const Lock lock(mutex_);
   if (wrote) {
     const int told = slot.data.frameTime.frame();
     if (stored && told != slot.frame) {
-      lastError_ = "It was stored with the time of frame " + std::to_string(told) + ".";
-      LogMessage() << "IOW: NOT writing frame " << slot.frame << ": " << lastError_;
-      lose(slot.frame, slot.substep, lastError_);
+      last_error_ = "It was stored with the time of frame " + std::to_string(told) + ".";
+      LogMessage() << "IOW: NOT writing frame " << slot.frame << ": " << last_error_;
+      lose(slot.frame, slot.substep, last_error_);
       stored = false;
     }
     if (stored)
@@ -150,7 +150,7 @@ void BFS::giveBack(Slot& slot, bool wrote, bool stored, bool force) {
     --slot.readers;
   }
   release(slot, force);
-  if (stored) startWriter();
+  if (stored) start_writer();
   work_ = true;
   due_.notify_all();
 }
@@ -161,7 +161,7 @@ void BFS::removeAllSlots() {
 }
 
 void BFS::removeAllSlots(Lock& lock) {
-  maxSlots_ = 0;  // frames that come back go at once
+  max_slots_ = 0;  // frames that come back go at once
   LogMessage() << "removing all slots";
   while (!slots_.empty()) {
     const auto unused = std::find_if(slots_.begin(), slots_.end(),
@@ -171,7 +171,7 @@ void BFS::removeAllSlots(Lock& lock) {
     else
       changed_.wait(lock);
   }
-  maxSlots_ = kMinSlots;
+  max_slots_ = kMinSlots;
   changed_.notify_all();
 }
 

@@ -31,7 +31,7 @@ class Unlocked {
 }  // namespace
 
 // A thread that can't be started is no failure: frames are then saved as they leave the table.
-void BFS::startWriter() {
+void BFS::start_writer() {
   if (writer_.joinable()) return;
   try {
     writer_ = std::thread(&BFS::run, this);
@@ -47,7 +47,7 @@ void BFS::run() {
   while (!exit_) {
     if (work_) {
       work_ = false;
-      savePass(lock);
+      save_pass(lock);
     } else {
       due_.wait(lock);
     }
@@ -56,7 +56,7 @@ void BFS::run() {
 }
 
 // A reference for each dirty slot first, so that none is saved by others while it waits.
-void BFS::savePass(Lock& lock) {
+void BFS::save_pass(Lock& lock) {
   for (auto& [key, slot] : slots_)
     if (slot.state == State::kDirty) {
       slot.claimed = true;
@@ -70,7 +70,7 @@ void BFS::savePass(Lock& lock) {
     slot.claimed = false;
     try {
       // One that is just being stored anew isn't dirty; its handle makes another pass.
-      if (slot.state == State::kDirty) saveClaimed(lock, slot);
+      if (slot.state == State::kDirty) save_claimed(lock, slot);
     } catch (const Exception& e) {
       LogMessage() << "NBX Exception in IOW: " << e.what();
     } catch (const std::bad_alloc&) {
@@ -82,48 +82,48 @@ void BFS::savePass(Lock& lock) {
   }
 }
 
-void BFS::saveClaimed(Lock& lock, Slot& slot) {
+void BFS::save_claimed(Lock& lock, Slot& slot) {
   struct Mark {
     explicit Mark(Slot& s) : slot(s) { ++slot.readers, slot.saving = true; }
     ~Mark() { --slot.readers, slot.saving = false; }
     Slot& slot;
   } const mark(slot);
-  settle(slot, saveUnlocked(lock, slot.data, slot.frame));
+  settle(slot, save_unlocked(lock, slot.data, slot.frame));
 }
 
 // Saves a slot that nobody writes to, with the mutex held.
 void BFS::storeSlot(Slot& slot) {
   if (slot.state != State::kDirty) return;
-  std::unique_ptr<BcfFile> file = takeFile();
+  std::unique_ptr<BcfFile> file = take_file();
   settle(slot, save(slot.data, slot.frame, place(), *file));
-  idleFiles_.push_back(std::move(file));
+  idle_files_.push_back(std::move(file));
 }
 
 // The mutex is let go meanwhile, and held again whatever happens.
-BFS::Saved BFS::saveUnlocked(Lock& lock, const SimFrame& frame, int number) {
+BFS::Saved BFS::save_unlocked(Lock& lock, const SimFrame& frame, int number) {
   const Place here = place();
-  std::unique_ptr<BcfFile> file = takeFile();
+  std::unique_ptr<BcfFile> file = take_file();
   Saved saved;
   {
     const Unlocked unlocked(lock);
     saved = save(frame, number, here, *file);
   }
-  idleFiles_.push_back(std::move(file));
+  idle_files_.push_back(std::move(file));
   return saved;
 }
 
 // As many as frames are saved at once are ever made.
-std::unique_ptr<BcfFile> BFS::takeFile() {
-  if (idleFiles_.empty()) return std::make_unique<BcfFile>();
-  std::unique_ptr<BcfFile> file = std::move(idleFiles_.back());
-  idleFiles_.pop_back();
+std::unique_ptr<BcfFile> BFS::take_file() {
+  if (idle_files_.empty()) return std::make_unique<BcfFile>();
+  std::unique_ptr<BcfFile> file = std::move(idle_files_.back());
+  idle_files_.pop_back();
   return file;
 }
 
 void BFS::settle(Slot& slot, const Saved& saved) {
-  bytesWritten_ += saved.size;
+  bytes_written_ += saved.size;
   if (saved.settled) slot.state = State::kClean;
-  if (saved.size == 0) lastError_ = saved.error;
+  if (saved.size == 0) last_error_ = saved.error;
   if (saved.size == 0 && saved.settled) lose(slot.frame, slot.substep, saved.error);
   changed_.notify_all();
 }
@@ -139,7 +139,7 @@ BFS::Saved BFS::save(const SimFrame& frame, int number, const Place& place, BcfF
     }
     const std::string path = place.file(number, frame.substep);
     const Stopwatch watch;
-    saved.size = frame.writeLoaded(out, path, place.codec, place.sync, saved.error);
+    saved.size = frame.write_loaded(out, path, place.codec, place.sync, saved.error);
     if (saved.size == 0) LogMessage() << "IOW: Failed to write file " << path;
     LogMessage() << "wrote frame " << number << "(" << format_size(saved.size, 2) << ") in "
                  << watch.seconds();
@@ -156,28 +156,28 @@ BFS::Saved BFS::save(const SimFrame& frame, int number, const Place& place, BcfF
 
 // The frame's slot stands empty meanwhile, as a lock: readers have a file that doesn't change under
 // them, and what was in memory is out of date.
-bool BFS::writeThrough(SimFrame& frame) {
-  Slot& slot = *openForStoring(frame.frameTime.frame(), frame.substep);
+bool BFS::write_through(SimFrame& frame) {
+  Slot& slot = *open_for_storing(frame.frameTime.frame(), frame.substep);
   Lock lock(mutex_);
   const Stopwatch watch;
-  const Saved saved = saveUnlocked(lock, frame, slot.frame);
+  const Saved saved = save_unlocked(lock, frame, slot.frame);
   frame.saved = saved.size > 0;
-  secondsWaited_ += watch.seconds();
+  seconds_waited_ += watch.seconds();
   if (!frame.saved) {
-    lastError_ = saved.error;
+    last_error_ = saved.error;
     lose(slot.frame, slot.substep, saved.error);
   }
   lock.unlock();
-  giveBack(slot, true, false, true);
+  give_back(slot, true, false, true);
   return frame.saved;
 }
 
-bool BFS::finishWrites() {
+bool BFS::finish_writes() {
   Lock lock(mutex_);
-  return finishWrites(lock);
+  return finish_writes(lock);
 }
 
-bool BFS::finishWrites(Lock& lock) {
+bool BFS::finish_writes(Lock& lock) {
   changed_.wait(lock, [this] {
     return std::none_of(slots_.begin(), slots_.end(),
                         [](const auto& entry) { return entry.second.saving; });

@@ -53,7 +53,7 @@ void RationalSpline::sort_points() {
   knots_.clear();
   bias_.clear();
   for (const ControlPoint& point : sorted) {
-    points_[static_cast<std::size_t>(point.id)].id = static_cast<std::int32_t>(knots_.size());
+    points_[point.id].id = static_cast<std::int32_t>(knots_.size());
     float x = point.x;
     if (!knots_.empty() && !(x > knots_.back().x)) {
       const float before = knots_.back().x;
@@ -67,12 +67,12 @@ void RationalSpline::sort_points() {
 void RationalSpline::compute_tangents() {
   const std::size_t n = knots_.size();
   std::vector<const ControlPoint*> sources(n);
-  for (const ControlPoint& point : points_) sources[static_cast<std::size_t>(point.id)] = &point;
+  for (const ControlPoint& point : points_) sources[point.id] = &point;
   for (std::size_t i = 0; i < n; ++i) {
     const ControlPoint& point = *sources[i];
     Knot& knot = knots_[i];
     const bool first = i == 0, last = i + 1 == n;
-    // The slope of the chord between the neighbours; 0 at the ends.
+    // The slope of the chord between the neighbors; 0 at the ends.
     float chord = 0;
     if (!first && !last)
       chord = (knots_[i + 1].y - knots_[i - 1].y) / (knots_[i + 1].x - knots_[i - 1].x);

@@ -1,4 +1,4 @@
-// Reads of a few neighbouring floats at an address of each lane's own (see lanes.h). The reads are
+// Reads of a few neighboring floats at an address of each lane's own (see lanes.h). The reads are
 // 8 or 16 bytes wide and are turned round in registers, which costs about half of what the gather
 // instructions do: those fetch one float at a time.
 #pragma once
@@ -16,7 +16,7 @@ struct alignas(64) Indices {
   std::uint32_t at[W];
 };
 
-/// F number n holds neighbour n of every lane.
+/// F number n holds neighbor n of every lane.
 struct Pair {
   F a, b;
 };

@@ -5,9 +5,9 @@
 //     i        0  1  2  3  4  5  6                   0  2  4  6 | 1  3  5
 //     stored   natural: x runs fastest               split, nx = 7
 //
-// The cells of one colour in a row, i + j + k even or odd, are then neighbours in memory, and so
-// are their own neighbours: in y and z they stand at the same place of the same half, in x at the
-// same place of the other half and one beside it. A sweep over one colour runs over plain arrays
+// The cells of one color in a row, i + j + k even or odd, are then neighbors in memory, and so
+// are their own neighbors: in y and z they stand at the same place of the same half, in x at the
+// same place of the other half and one beside it. A sweep over one color runs over plain arrays
 // and neither reads nor writes what it doesn't need. The samples of the coarser grid, all at even
 // i, are a plain array too.
 #pragma once
@@ -21,7 +21,7 @@ struct LevelGrid {
   float* b = nullptr;  // right-hand side
   float* r = nullptr;  // scratch of the steps
   int nx = 0, ny = 0, nz = 0;
-  // Weights of the two neighbours of the last interior cell on an axis, 1 where its spacing is that
+  // Weights of the two neighbors of the last interior cell on an axis, 1 where its spacing is that
   // of the other cells. All other weights are 1.
   double near[3] = {1, 1, 1}, far[3] = {1, 1, 1};
   double h[3] = {1, 1, 1};             // width of the last interval on each axis

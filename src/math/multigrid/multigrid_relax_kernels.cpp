@@ -6,23 +6,23 @@ namespace nbx::NBX_ISA {
 
 namespace {
 
-// x(c) = (b(c) + sum of the weighted neighbours) / centre
-void smooth_plane(const LevelGrid& g, int k, int colour) {
-  set_ghosts(g, k, colour);
+// x(c) = (b(c) + sum of the weighted neighbors) / center
+void smooth_plane(const LevelGrid& g, int k, int color) {
+  set_ghosts(g, k, color);
   for (int j = 1; j < g.ny - 1; ++j)
-    for_half_row(g, j, k, (colour + j + k) & 1, [](const HalfRow& c, const auto& w) {
-      const double inverse = 1 / w.centre;
+    for_half_row(g, j, k, (color + j + k) & 1, [](const HalfRow& c, const auto& w) {
+      const double inverse = 1 / w.center;
       over_cells(c.count, [&](auto lane, int m) {
         using D = decltype(lane);
-        store(c.x + m, narrow((widen<D>(c.b + m) + neighbour_sum<D>(c, m, w)) * inverse));
+        store(c.x + m, narrow((widen<D>(c.b + m) + neighbor_sum<D>(c, m, w)) * inverse));
       });
     });
 }
 
-// r(c) = b(c) - (centre x(c) - sum of the weighted neighbours)
+// r(c) = b(c) - (center x(c) - sum of the weighted neighbors)
 template <class D, class W>
 inline auto residual(const HalfRow& c, int m, const W& w) {
-  const D Ax = w.centre * widen<D>(c.x + m) - neighbour_sum<D>(c, m, w);
+  const D Ax = w.center * widen<D>(c.x + m) - neighbor_sum<D>(c, m, w);
   return narrow(widen<D>(c.b + m) - Ax);
 }
 
@@ -49,7 +49,7 @@ struct Magnitude {
 
 float residual_norm_plane(const LevelGrid& g, int k) {
   Magnitude norm;
-  for (int colour = 0; colour < 2; ++colour) set_ghosts(g, k, colour);
+  for (int color = 0; color < 2; ++color) set_ghosts(g, k, color);
   for (int j = 1; j < g.ny - 1; ++j)
     for (int parity = 0; parity < 2; ++parity)
       for_half_row(g, j, k, parity, [&](const HalfRow& c, const auto& w) {
@@ -64,7 +64,7 @@ void restrict_plane(const LevelGrid& coarse, const LevelGrid& fine, int coarse_k
   const int k = halves(fine.nz) ? 2 * coarse_k : coarse_k;
   // The cells with even i are the samples, or the one cell of an axis that isn't halved.
   const int parity = halves(fine.nx) ? 0 : 1;
-  for (int colour = 0; colour < 2; ++colour) set_ghosts(fine, k, colour);
+  for (int color = 0; color < 2; ++color) set_ghosts(fine, k, color);
   for (int J = 1; J < coarse.ny - 1; ++J) {
     const int j = halves(fine.ny) ? 2 * J : J;
     float* samples = coarse.r + coarse.row(J, coarse_k);

@@ -1,7 +1,7 @@
 // What smoothing and residual do on one plane of a level, compiled once per instruction set
 // (util/isa.h). Planes are given by the index k of an interior one. Each kernel sets the ghosts of
 // closed faces that it reads, in its own plane or in the ghost plane beside it. It writes nothing
-// else that a kernel of the same kind and colour reads on another plane, so planes can run on any
+// else that a kernel of the same kind and color reads on another plane, so planes can run on any
 // threads.
 #pragma once
 
@@ -10,8 +10,8 @@
 namespace nbx {
 
 struct MultigridRelaxKernels {
-  /// One Gauss-Seidel update of the cells whose i + j + k has the parity of `colour`.
-  void (*smooth_plane)(const LevelGrid& g, int k, int colour);
+  /// One Gauss-Seidel update of the cells whose i + j + k has the parity of `color`.
+  void (*smooth_plane)(const LevelGrid& g, int k, int color);
   /// The largest magnitude of b - A x; NaN if there is one.
   float (*residual_norm_plane)(const LevelGrid& g, int k);
   /// coarse.b = 2 (b - A x) at the sample points of plane `coarse_k`; coarse.r is scratch.

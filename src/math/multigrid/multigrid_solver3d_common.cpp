@@ -59,7 +59,7 @@ void merge_rows(Field<float>& f, float* scratch) {
 }
 
 // All sweeps in one walk over the planes, so that a level passes through the cache once. A stage is
-// one colour of one sweep. It needs the stage before it on the planes k - 1, k and k + 1, so stage
+// one color of one sweep. It needs the stage before it on the planes k - 1, k and k + 1, so stage
 // s runs s planes behind stage 0. Where two slabs meet, each leaves out what the other one's cells
 // are needed for, and the gap is filled when both are done:
 //
@@ -68,7 +68,7 @@ void merge_rows(Field<float>& f, float* scratch) {
 //     stage 1   1 1 1 1 1 1 . . 1 1 1 1 1 1
 //     stage 0   0 0 0 0 0 0 0|0 0 0 0 0 0 0     k ->
 //
-// Every cell sees its neighbours as in the plain order, stage by stage.
+// Every cell sees its neighbors as in the plain order, stage by stage.
 void RBGS3D(int sweeps, const LevelGrid& g) {
   const auto smooth_plane = multigrid_relax_kernels().smooth_plane;
   const int stages = 2 * sweeps;

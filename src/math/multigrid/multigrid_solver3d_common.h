@@ -8,7 +8,7 @@
 namespace nbx {
 
 /// Sets the six ghost planes of a field with natural rows, in order x-, x+, y-, y+, z-, z+: a
-/// closed face takes its inner neighbour plane, an open one 0.
+/// closed face takes its inner neighbor plane, an open one 0.
 void set_boundary_condition(Field<float>& x, const std::array<int, 6>& bc);
 
 /// Reorders the rows from natural to split (multigrid_level.h), and back. `scratch` holds as many
@@ -16,7 +16,7 @@ void set_boundary_condition(Field<float>& x, const std::array<int, 6>& bc);
 void split_rows(Field<float>& f, float* scratch);
 void merge_rows(Field<float>& f, float* scratch);
 
-/// Red-black Gauss-Seidel sweeps in place: colour 0, where i + j + k is even, then colour 1.
+/// Red-black Gauss-Seidel sweeps in place: color 0, where i + j + k is even, then color 1.
 void RBGS3D(int sweeps, const LevelGrid& g);
 
 /// The infinity norm of b - A x over the interior.

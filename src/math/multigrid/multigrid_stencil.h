@@ -1,7 +1,7 @@
 // The 7-point stencil on the split rows of a level, for the kernel files of the solver.
 //
-// One half of a row holds cells of one colour; the pointers of a HalfRow stand at its first
-// interior cell and at the neighbours of that:
+// One half of a row holds cells of one color; the pointers of a HalfRow stand at its first
+// interior cell and at the neighbors of that:
 //
 //               north                high
 //                 |                 /
@@ -9,8 +9,8 @@
 //                 |               /
 //               south           low
 //
-// (A x)(c) = centre x(c) - (w west + e east + s south + n north + l low + h high), where centre is
-// the sum of the six weights. Sums run in double, in the order in which neighbour_sum has them.
+// (A x)(c) = center x(c) - (w west + e east + s south + n north + l low + h high), where center is
+// the sum of the six weights. Sums run in double, in the order in which neighbor_sum has them.
 #pragma once
 
 #include <cstring>
@@ -40,10 +40,10 @@ inline HalfRow half_row(const LevelGrid& g, int j, int k, int parity) {
           (g.nx - 2 + parity) / 2};
 }
 
-/// Weights of the neighbours of a cell, and their sum. All are 1 but in the last layers of a level
+/// Weights of the neighbors of a cell, and their sum. All are 1 but in the last layers of a level
 /// whose last interval has a width of its own.
 struct Weights {
-  double w = 1, e = 1, s = 1, n = 1, l = 1, h = 1, centre = 6;
+  double w = 1, e = 1, s = 1, n = 1, l = 1, h = 1, center = 6;
 };
 
 inline Weights weights(const LevelGrid& g, bool last_i, bool last_j, bool last_k) {
@@ -51,24 +51,24 @@ inline Weights weights(const LevelGrid& g, bool last_i, bool last_j, bool last_k
   if (last_i) a.w = g.near[0], a.e = g.far[0];
   if (last_j) a.s = g.near[1], a.n = g.far[1];
   if (last_k) a.l = g.near[2], a.h = g.far[2];
-  a.centre = (a.w + a.e) + (a.s + a.n) + (a.l + a.h);
+  a.center = (a.w + a.e) + (a.s + a.n) + (a.l + a.h);
   return a;
 }
 
 /// The regular stencil. It takes the place of Weights, and gives the same bits as weights of 1.
 struct UnitWeights {
-  static constexpr double centre = 6;
+  static constexpr double center = 6;
 };
 
 template <class D>
-inline D neighbour_sum(const HalfRow& c, int m, UnitWeights) {
+inline D neighbor_sum(const HalfRow& c, int m, UnitWeights) {
   return ((widen<D>(c.west + m) + widen<D>(c.west + m + 1)) +
           (widen<D>(c.south + m) + widen<D>(c.north + m))) +
          (widen<D>(c.low + m) + widen<D>(c.high + m));
 }
 
 template <class D>
-inline D neighbour_sum(const HalfRow& c, int m, const Weights& a) {
+inline D neighbor_sum(const HalfRow& c, int m, const Weights& a) {
   return ((a.w * widen<D>(c.west + m) + a.e * widen<D>(c.west + m + 1)) +
           (a.s * widen<D>(c.south + m) + a.n * widen<D>(c.north + m))) +
          (a.l * widen<D>(c.low + m) + a.h * widen<D>(c.high + m));
@@ -94,13 +94,13 @@ inline void for_half_row(const LevelGrid& g, int j, int k, int parity, Body body
   }
 }
 
-/// Sets the ghosts beside the cells of one colour in a plane, where the face is closed: they take
-/// their inner neighbour. Those of open faces are 0 from the start of a solve. A sweep must see the
+/// Sets the ghosts beside the cells of one color in a plane, where the face is closed: they take
+/// their inner neighbor. Those of open faces are 0 from the start of a solve. A sweep must see the
 /// ghosts as they are at its start. A cell changes once in a sweep and only it reads the ghost
-/// beside it, so it's the same to set the ghosts right before the colour changes.
-inline void set_ghosts(const LevelGrid& g, int k, int colour) {
+/// beside it, so it's the same to set the ghosts right before the color changes.
+inline void set_ghosts(const LevelGrid& g, int k, int color) {
   const int odd = g.odd();
-  const auto parity = [&](int j) { return (colour + j + k) & 1; };
+  const auto parity = [&](int j) { return (color + j + k) & 1; };
   if (g.closed[0] || g.closed[1])
     for (int j = 1; j < g.ny - 1; ++j) {
       float* row = g.x + g.row(j, k);

@@ -79,7 +79,7 @@ void expand_row(float* __restrict out, const LevelGrid& fine, const LevelGrid& c
   }
 }
 
-// The inner neighbour of a ghost layer behind a closed face, -1 for one behind an open face, whose
+// The inner neighbor of a ghost layer behind a closed face, -1 for one behind an open face, whose
 // values are 0; else `at` itself.
 int source_layer(int at, int n, int low_closed, int high_closed) {
   if (at == 0) return low_closed ? 1 : -1;

@@ -48,7 +48,7 @@ void low_pass_axis(Field<float>& field, int axis) {
   const int across = axis == 0 ? 1 : 0, along = axis == 2 ? 1 : 2;
   const int n_across = field.dims()[across], n_along = field.dims()[along];
   const std::ptrdiff_t steps[3] = {1, field.nx(), std::ptrdiff_t{field.nx()} * field.ny()};
-  const std::size_t size = static_cast<std::size_t>(n);
+  const std::size_t size = n;
   // One line and its half for each thread; nothing may throw inside of the parallel region.
   std::vector<float> scratch(static_cast<std::size_t>(omp_get_max_threads()) * 2 * size);
 #pragma omp parallel for schedule(static)

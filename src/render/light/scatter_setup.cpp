@@ -43,13 +43,13 @@ void for_blocks(const Vec3i& dims, double cell, int threads, const Body& body) {
 // c and b of a shader at points as they are. Trilinear on demand.
 void values_at(ShaderValues& out, const VolumeShader& shader, const Points& points, bool linear) {
   const auto look_up = [&](float* value, const ChannelSampler& sampler) {
-    linear ? sampler.sampleLinear(value, points) : sampler.sample(value, points);
+    linear ? sampler.sample_linear(value, points) : sampler.sample(value, points);
   };
   alignas(64) float v[kBlock];
-  look_up(v, shader.colorSampler);
-  evaluate_curve(out.color, shader.colorCurve, v, points.n);
-  if (shader.densitySampler) look_up(v, shader.densitySampler);
-  evaluate_curve(out.density, shader.extinctionCurve(), v, points.n);
+  look_up(v, shader.color_sampler);
+  evaluate_curve(out.color, shader.color_curve, v, points.n);
+  if (shader.density_sampler) look_up(v, shader.density_sampler);
+  evaluate_curve(out.density, shader.extinction_curve(), v, points.n);
 }
 
 FieldHandle baked(const FieldHandle& field, const ChannelSampler& sampler,
@@ -68,13 +68,13 @@ FieldHandle baked(const FieldHandle& field, const ChannelSampler& sampler,
 
 void bake(VolumeShader& shader, const RenderVolume& volume, const VolumeShader& original) {
   if (!original.on) return;
-  shader.colorSampler.field =
-      baked(original.colorSampler.field, original.colorSampler, volume, original);
-  if (original.densitySampler)
-    shader.densitySampler.field =
-        original.densitySampler.field == original.colorSampler.field
-            ? shader.colorSampler.field
-            : baked(original.densitySampler.field, original.densitySampler, volume, original);
+  shader.color_sampler.field =
+      baked(original.color_sampler.field, original.color_sampler, volume, original);
+  if (original.density_sampler)
+    shader.density_sampler.field =
+        original.density_sampler.field == original.color_sampler.field
+            ? shader.color_sampler.field
+            : baked(original.density_sampler.field, original.density_sampler, volume, original);
 }
 
 // The fire of a block of cells: its extinction and what it leaves of the smoke.
@@ -87,7 +87,7 @@ void fire_at(FireValues& out, const RenderVolume& volume, const Points& points) 
   if (volume.fire.on) values_at(out.values, volume.fire, points, true);
   for (int n = 0; n < points.n; ++n) {
     const float b = volume.fire.on ? out.values.density[n] : 0;
-    out.extinction[n] = static_cast<float>(volume.fire.densityScale) * b;
+    out.extinction[n] = static_cast<float>(volume.fire.density_scale) * b;
     out.mask[n] = volume.fire.on
                       ? std::clamp(1 - b * static_cast<float>(volume.fireMaskScale), 0.0f, 1.0f)
                       : 1.0f;
@@ -124,7 +124,7 @@ SweepMedium scatter_medium(const RenderVolume& volume, const Vec3i& dims,
       const float share = volume.smoke.on ? fire.mask[n] * smoke.density[n] : 0.0f;
       SweepMedium::Cell& cell = medium.cells[at + static_cast<std::size_t>(n)];
       cell.extinction =
-          (fire.extinction[n] + share * static_cast<float>(volume.smoke.densityScale)) *
+          (fire.extinction[n] + share * static_cast<float>(volume.smoke.density_scale)) *
           params.extinctionScale;
       if (volume.smoke.on)
         for (std::size_t c = 0; c < 3; ++c)
@@ -142,11 +142,11 @@ bool initial_light(Field3& direct, Field3& source, const RenderVolume& still,
   const int rows = direct.dims[1] * direct.dims[2];
   const int row_blocks = (direct.dims[0] + kBlock - 1) / kBlock;
   std::atomic<int> blocks_done{0};
-  std::atomic<bool> cancelled{false};
+  std::atomic<bool> canceled{false};
   Stopwatch since_report;
 
   for_blocks(direct.dims, voxels, threads, [&](const Points& points, std::size_t at) {
-    if (cancelled) return;
+    if (canceled) return;
     FireValues fire;
     fire_at(fire, still, points);
     Colors glow;
@@ -159,7 +159,7 @@ bool initial_light(Field3& direct, Field3& source, const RenderVolume& still,
         for (std::size_t c = 0; c < 3; ++c) sent[c] = glow.c[c][n] * params.emissionWeight;
       if (!still.smoke.on || params.directWeight <= 0 || fire.mask[n] <= 0) continue;
       const float dense =
-          fire.mask[n] * static_cast<float>(still.smoke.densityScale) * smoke.density[n];
+          fire.mask[n] * static_cast<float>(still.smoke.density_scale) * smoke.density[n];
       if (!(fire.extinction[n] > 0 || dense > 0)) continue;
       const Vec3d world = still.voxelToWorld({points.x[n], points.y[n], points.z[n]});
       Color sum{0, 0, 0};
@@ -179,10 +179,10 @@ bool initial_light(Field3& direct, Field3& source, const RenderVolume& still,
     const int done = ++blocks_done / row_blocks;
     if (omp_get_thread_num() == 0 && since_report.seconds() >= 1) {
       since_report.lap();
-      if (progress(done, rows, 1, 2)) cancelled = true;
+      if (progress(done, rows, 1, 2)) canceled = true;
     }
   });
-  return !cancelled;
+  return !canceled;
 }
 
 }  // namespace nbx

@@ -75,7 +75,7 @@ void SweepGrid::start_face(int face) {
   const auto cells =
       static_cast<std::size_t>(lateral_dim1_) * static_cast<std::size_t>(lateral_dim2_);
   rows_.resize(cells * kValues);
-  fogged_.resize(static_cast<std::size_t>(lateral_dim2_));
+  fogged_.resize(lateral_dim2_);
 
   const int d = directions_per_side_;
   for (int n = 0; n < d * d; ++n) {
@@ -84,7 +84,7 @@ void SweepGrid::start_face(int face) {
     const double a = std::sin(beta) * std::cos(alpha);
     const double b = std::sin(alpha) * std::cos(beta);
     const double c = std::sqrt(1 - a * a - b * b);
-    SweepDirection& ray = directions_[static_cast<std::size_t>(n)];
+    SweepDirection& ray = directions_[n];
     ray.direction = {a, b, face < 3 ? c : -c};
     std::swap(ray.direction[2], ray.direction[main_axis_]);
     for (auto& light : ray.light) light.assign(cells, 0.0f);
@@ -120,7 +120,7 @@ void SweepGrid::trace_stencil(SweepDirection& ray) const {
   for (auto& segment : ray.stencil) {
     segment = {};
     if (next > 2 || !(crossing[main_axis_] > last)) continue;
-    const int axis = order[static_cast<std::size_t>(next++)];
+    const int axis = order[next++];
     segment = {cell, (crossing[axis] - last) * cell_length_};
     last = crossing[axis];
     cell[axis] += ray.direction[axis] < 0 ? -1 : 1;
@@ -128,13 +128,13 @@ void SweepGrid::trace_stencil(SweepDirection& ray) const {
 }
 
 std::size_t SweepGrid::row_start(int row) const {
-  return static_cast<std::size_t>(plane_) * strides_[static_cast<std::size_t>(main_axis_)] +
-         static_cast<std::size_t>(row) * strides_[static_cast<std::size_t>(lateral_axis2_)];
+  return static_cast<std::size_t>(plane_) * strides_[main_axis_] +
+         static_cast<std::size_t>(row) * strides_[lateral_axis2_];
 }
 
 void SweepGrid::load_rows(const Field3& source, const SweepMedium& medium) {
   const auto n = static_cast<std::size_t>(lateral_dim1_);
-  const std::size_t step = strides_[static_cast<std::size_t>(lateral_axis1_)];
+  const std::size_t step = strides_[lateral_axis1_];
 #pragma omp for schedule(static)
   for (int r = 0; r < lateral_dim2_; ++r) {
     float* row = rows_.data() + static_cast<std::size_t>(r) * n * kValues;
@@ -152,7 +152,7 @@ void SweepGrid::load_rows(const Field3& source, const SweepMedium& medium) {
       }
       fogged = fogged || cell.extinction > 0;
     }
-    fogged_[static_cast<std::size_t>(r)] = fogged;
+    fogged_[r] = fogged;
   }
 }
 
@@ -170,7 +170,7 @@ void SweepGrid::cross_row(int segment, int row) {
   const auto n = static_cast<std::size_t>(lateral_dim1_);
   float* values = rows_.data() + static_cast<std::size_t>(row) * n * kValues;
   for (SweepDirection& ray : directions_) {
-    const SweepDirection::Segment& piece = ray.stencil[static_cast<std::size_t>(segment)];
+    const SweepDirection::Segment& piece = ray.stencil[segment];
     if (piece.length == 0) continue;
     const auto [q2, r2] = wrap(row - piece.cell[lateral_axis2_], lateral_dim2_);
     // The row's cells see the rays in two runs, before and after the one that wraps round.
@@ -182,7 +182,7 @@ void SweepGrid::cross_row(int segment, int row) {
           {ray.light[0].data() + at, ray.light[1].data() + at, ray.light[2].data() + at},
           ray.generation.data() + at};
       kernels.restart(rays, std::abs(q1) + std::abs(q2), count);
-      if (fogged_[static_cast<std::size_t>(row)]) {
+      if (fogged_[row]) {
         float* v = values + first;
         const SweepCells cells{v,
                                {v + n, v + 2 * n, v + 3 * n},
@@ -197,10 +197,10 @@ void SweepGrid::cross_row(int segment, int row) {
 
 void SweepGrid::store_rows(Field3& gathered) const {
   const auto n = static_cast<std::size_t>(lateral_dim1_);
-  const std::size_t step = strides_[static_cast<std::size_t>(lateral_axis1_)];
+  const std::size_t step = strides_[lateral_axis1_];
 #pragma omp for schedule(static)
   for (int r = 0; r < lateral_dim2_; ++r) {
-    if (!fogged_[static_cast<std::size_t>(r)]) continue;
+    if (!fogged_[r]) continue;
     const float* caught = rows_.data() + static_cast<std::size_t>(r) * n * kValues + 7 * n;
     std::size_t at = row_start(r);
     for (std::size_t i = 0; i < n; ++i, at += step) {

@@ -7,7 +7,7 @@
 // the other side as a new one, without light.
 //
 // The scheme is a discrete-ordinates sweep with exact transfer across a cell; cf. S. Chandrasekhar,
-// Radiative Transfer (1950), for the discretisation in directions.
+// Radiative Transfer (1950), for the discretization in directions.
 #pragma once
 
 #include <array>
@@ -19,7 +19,7 @@
 
 namespace nbx {
 
-/// What fills the cells of the grid, per metre: the extinction, and the share of it in each colour
+/// What fills the cells of the grid, per meter: the extinction, and the share of it in each color
 /// that is caught and sent out again.
 struct SweepMedium {
   struct Cell {
@@ -35,7 +35,7 @@ struct SweepDirection {
   /// they are the plane's.
   struct Segment {
     Vec3i cell{0, 0, 0};
-    double length = 0;  // metres; 0: unused
+    double length = 0;  // meters; 0: unused
   };
   Vec3d direction{0, 0, 0};  // unit vector
   std::array<Segment, 3> stencil;
@@ -46,17 +46,17 @@ struct SweepDirection {
 
 class SweepGrid {
  public:
-  /// `cell_length` in metres, above 0; `directions_per_side` at least 1.
+  /// `cell_length` in meters, above 0; `directions_per_side` at least 1.
   SweepGrid(const Vec3i& dims, int directions_per_side, double cell_length);
 
   /// One sweep from each face: adds to `gathered` what the cells catch of the light that `source`
-  /// (emission per metre) sends out. `plane_done(planes, of)` is called on this thread after each
+  /// (emission per meter) sends out. `plane_done(planes, of)` is called on this thread after each
   /// plane of a face and stops the sweep by false, which is then the result.
   /// Same bits for any number of threads; `threads` below 1 means all.
   bool sweep(Field3& gathered, const Field3& source, const SweepMedium& medium, int threads,
              const std::function<bool(int, int)>& plane_done);
 
-  /// 1 / (6 D^2 h): the share of a ray's catch that a cell sends out again, per metre.
+  /// 1 / (6 D^2 h): the share of a ray's catch that a cell sends out again, per meter.
   double gather_factor() const;
 
  private:

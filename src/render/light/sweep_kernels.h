@@ -6,7 +6,7 @@
 
 namespace nbx {
 
-/// A row of n cells. Extinctions are per metre; `source` is emission per metre over extinction, 0
+/// A row of n cells. Extinctions are per meter; `source` is emission per meter over extinction, 0
 /// where there is none.
 struct SweepCells {
   const float* extinction;
@@ -27,7 +27,7 @@ struct SweepKernels {
   /// with no light.
   void (*restart)(const SweepRays& rays, std::int32_t generation, int n);
 
-  /// Carries the light over `length` metres of each cell,
+  /// Carries the light over `length` meters of each cell,
   ///
   ///     caught += L (1 - e^(-scattering l)),   L = L e^(-extinction l) + S (1 - e^(-extinction l))
   ///

@@ -48,9 +48,9 @@ void transform_line(float* f, int n, Scratch& s) {
   if (count == 0) return;
   int at = 0;
   for (int q = 0; q < n; ++q) {
-    while (at + 1 < count && s.begin[static_cast<std::size_t>(at + 1)] < q) ++at;
+    while (at + 1 < count && s.begin[at + 1] < q) ++at;
     const auto a = static_cast<std::size_t>(at);
-    const float d = static_cast<float>(q - s.parabola[a]);
+    const float d = q - s.parabola[a];
     f[q * kLines] = d * d + s.value[a];
   }
 }
@@ -77,11 +77,10 @@ void transform_lines(float* f, int lines, int n, std::size_t stride, Scratch& s)
 void square_distances(Field<float>& field) {
   const int nx = field.nx(), ny = field.ny(), nz = field.nz();
   const std::size_t row = static_cast<std::size_t>(nx), plane = row * static_cast<std::size_t>(ny);
-  std::vector<Scratch> scratch(static_cast<std::size_t>(omp_get_max_threads()),
-                               Scratch(std::max(ny, nz)));
+  std::vector<Scratch> scratch(omp_get_max_threads(), Scratch(std::max(ny, nz)));
 #pragma omp parallel
   {
-    Scratch& s = scratch[static_cast<std::size_t>(omp_get_thread_num())];
+    Scratch& s = scratch[omp_get_thread_num()];
 #pragma omp for schedule(static)
     for (int k = 0; k < nz; ++k) {
       for (int j = 0; j < ny; ++j) transform_row(&field(0, j, k), nx);

@@ -13,7 +13,7 @@ namespace {
 
 constexpr double kMostSteps = 1e8;  // of one stretch: beyond it steps get longer
 
-bool blurs(const RenderVolume& volume) { return volume.blurTime > 0 && volume.hasVelocity(); }
+bool blurs(const RenderVolume& volume) { return volume.blurTime > 0 && volume.has_velocity(); }
 
 // The samples in an entry's voxel coordinates; those beyond n repeat the last one.
 void place(Points& points, const VolumeEntry& entry, const double* t, int n) {
@@ -80,7 +80,7 @@ void March::evaluate(BlockSums& sums, const double* t, int n) const {
     over_shutter(v, points, [&](const Points& q, const float* share, const int* from) {
       Shaded shaded;
       if (v.matte) {
-        // A plain colour, as opaque as the gas is.
+        // A plain color, as opaque as the gas is.
         density(shaded.extinction, v, q);
         for (std::size_t c = 0; c < 3; ++c)
           for (int i = 0; i < q.n; ++i)
@@ -88,7 +88,7 @@ void March::evaluate(BlockSums& sums, const double* t, int n) const {
       } else {
         shade(shaded, v, ray_, q);
       }
-      const float scale = static_cast<float>(v.sigmaScale);
+      const float scale = v.sigmaScale;
       for (int i = 0; i < q.n; ++i) {
         const int at = from[i];
         const float s = shaded.extinction[i] * share[i];
@@ -109,7 +109,7 @@ void March::evaluate_shadow(float* sigma, const double* t, int n) const {
     over_shutter(*entry.volume, points, [&](const Points& q, const float* share, const int* from) {
       alignas(64) float extinction[kBlock];
       density(extinction, *entry.volume, q);
-      const float scale = static_cast<float>(entry.volume->sigmaScale);
+      const float scale = entry.volume->sigmaScale;
       for (int i = 0; i < q.n; ++i) sigma[from[i]] += extinction[i] * share[i] * scale;
     });
   }
@@ -127,7 +127,7 @@ bool March::roulette() {
 //
 //     radiance += T (1 - e^(-K dt)) / S E,   T *= e^(-K dt)
 //
-// Dividing by S rather than K leaves the colour of gas independent of the object's scale.
+// Dividing by S rather than K leaves the color of gas independent of the object's scale.
 bool March::add_step(const BlockSums& sums, const float* loss, int i) {
   if (!(sums.extinction[i] > 0)) return true;
   const double w = transmittance_ * loss[i] / sums.extinction[i];

@@ -11,15 +11,15 @@ namespace nbx {
 struct MarchKernels {
   using Sample = void (*)(float* out, const KernelField& field, const float* x, const float* y,
                           const float* z, int n);
-  Sample linear;      // trilinear; 0 outside of [0, n-1] and for NaN
-  Sample clamped;     // trilinear at the nearest point of the grid; needs 2 cells on each axis
-  Sample catmullRom;  // these two need 4 cells on each axis
+  Sample linear;       // trilinear; 0 outside of [0, n-1] and for NaN
+  Sample clamped;      // trilinear at the nearest point of the grid; needs 2 cells on each axis
+  Sample catmull_rom;  // these two need 4 cells on each axis
   Sample bspline;
 
   /// loss = 1 - exp(-depth), for depths of at least 0, to a relative 2e-6.
   void (*absorb)(float* loss, const float* depth, int n);
 
-  /// Colours of a table of count >= 2 entries a channel, evenly over values 0 to 1 and linear
+  /// Colors of a table of count >= 2 entries a channel, evenly over values 0 to 1 and linear
   /// between them. Behind the last entry of each channel stands another float.
   void (*table)(float* const* out, const float* const* channels, int count, const float* v, int n);
 };

@@ -16,7 +16,7 @@ struct Points {
   alignas(64) float t[kBlock]{};  // distance along the ray, in world units
 };
 
-/// A colour for each point.
+/// A color for each point.
 struct Colors {
   alignas(64) float c[3][kBlock];
   Color at(int i) const { return {c[0][i], c[1][i], c[2][i]}; }

@@ -10,7 +10,7 @@ namespace nbx {
 
 namespace {
 
-// Planck's law times the colour matching functions, summed over the visible wavelengths:
+// Planck's law times the color matching functions, summed over the visible wavelengths:
 //
 //     (X, Y, Z) = 5e-9 sum M(lambda) (x, y, z)(lambda),   M = c1 / (lambda^5 (e^(c2 / lambda T) -
 //     1))
@@ -25,7 +25,7 @@ Vec3d tristimulus(double T) {
   return XYZ;
 }
 
-// With s = 1 the colour keeps its physical brightness, with s = 0 that grows with the fourth root.
+// With s = 1 the color keeps its physical brightness, with s = 0 that grows with the fourth root.
 Vec3d compress(const Vec3d& XYZ, double s) {
   const double S = XYZ[0] + XYZ[1] + XYZ[2];
   const Vec3d chromaticity = S != 0 ? XYZ * (1 / S) : XYZ;
@@ -33,7 +33,7 @@ Vec3d compress(const Vec3d& XYZ, double s) {
   return root + (XYZ - root) * s;
 }
 
-// Linear RGB with the primaries of ITU-R BT.709 and white D65; colours that these can't show are
+// Linear RGB with the primaries of ITU-R BT.709 and white D65; colors that these can't show are
 // lifted until none is negative.
 Vec3d to_rgb(const Vec3d& XYZ) {
   const Vec3d rgb(dot(Vec3d(3.240479, -1.53715, -0.498535), XYZ),
@@ -46,7 +46,7 @@ Vec3d to_rgb(const Vec3d& XYZ) {
 }  // namespace
 
 BlackbodyRamp::BlackbodyRamp(const BlackbodyParams& params) {
-  const double low = std::max(params.minKelvin, 1.0), high = std::max(low, params.maxKelvin);
+  const double low = std::max(params.min_kelvin, 1.0), high = std::max(low, params.max_kelvin);
   const double s = std::exp(-params.compression);
   const double gain =
       1 / (params.exposure != 0 ? params.exposure : std::numeric_limits<double>::epsilon());
@@ -54,8 +54,7 @@ BlackbodyRamp::BlackbodyRamp(const BlackbodyParams& params) {
     const double T = low + i / (kCount - 1.0) * (high - low);
     const Vec3d rgb = i > 0 ? to_rgb(compress(tristimulus(T), s)) : Vec3d();
     for (std::size_t c = 0; c < 3; ++c)
-      channels_[c][static_cast<std::size_t>(i)] =
-          static_cast<float>(rgb[static_cast<int>(c)] * params.tint[c] * gain);
+      channels_[c][i] = static_cast<float>(rgb[static_cast<int>(c)] * params.tint[c] * gain);
   }
 }
 

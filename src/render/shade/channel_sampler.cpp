@@ -25,8 +25,8 @@ FieldHandle ramp_field(const Vec3i& dims, int axis) {
 
 }  // namespace
 
-bool ChannelSampler::bind(SimFrame& frame, int channel, Filter newFilter) {
-  filter = newFilter;
+bool ChannelSampler::bind(SimFrame& frame, int channel, Filter new_filter) {
+  filter = new_filter;
   if (channel > kNoGrid)
     field = frame.grid(channel);
   else if (channel < kNoGrid && channel >= kRampZ && smallest(frame.dims()) >= 3)
@@ -47,17 +47,17 @@ void ChannelSampler::blur(double radius) {
 }
 
 void ChannelSampler::sample(float* out, const Points& points) const {
-  if (!field || filter == Filter::kLinear) return sampleLinear(out, points);
+  if (!field || filter == Filter::kLinear) return sample_linear(out, points);
   const MarchKernels& kernels = march_kernels();
-  const bool catmullRom = filter == Filter::kCatmullRom;
+  const bool catmull_rom = filter == Filter::kCatmullRom;
   const bool fits = smallest(field->dims()) >= 4;
-  const auto look = !fits ? kernels.clamped : catmullRom ? kernels.catmullRom : kernels.bspline;
+  const auto look = !fits ? kernels.clamped : catmull_rom ? kernels.catmull_rom : kernels.bspline;
   look(out, kernel_field(*field), points.x, points.y, points.z, points.n);
-  if (catmullRom && !fits)
+  if (catmull_rom && !fits)
     for (int i = 0; i < points.n; ++i) out[i] = std::max(out[i], 0.0f);
 }
 
-void ChannelSampler::sampleLinear(float* out, const Points& points) const {
+void ChannelSampler::sample_linear(float* out, const Points& points) const {
   if (!field) return std::fill_n(out, kBlock, 0.0f), void();
   march_kernels().linear(out, kernel_field(*field), points.x, points.y, points.z, points.n);
 }

@@ -41,7 +41,7 @@ struct ChannelSampler {
   /// out[i] = the channel at points i; 0 without a grid.
   void sample(float* out, const Points& points) const;
   /// The same by the rules of kLinear, whatever the filter.
-  void sampleLinear(float* out, const Points& points) const;
+  void sample_linear(float* out, const Points& points) const;
 };
 
 }  // namespace nbx

@@ -1,4 +1,4 @@
-// The colour matching functions of the CIE 1931 2 degree observer as modified by D. B. Judd (1951)
+// The color matching functions of the CIE 1931 2 degree observer as modified by D. B. Judd (1951)
 // and J. J. Vos ("Colorimetric and photometric properties of a 2-deg fundamental observer", Color
 // Research and Application 3, 1978), for wavelengths from 380 nm to 825 nm in steps of 5 nm.
 #pragma once

@@ -34,7 +34,7 @@ FieldHandle with_rows_closed(const Field<float>& tile) {
 
 void set_detail_noise(DetailNoise& noise, const DetailNoiseParams& params, double voxel,
                       double time) {
-  const double a = std::max(params.scaleA, 0.0), b = std::max(params.scaleB, 0.0);
+  const double a = std::max(params.scale_a, 0.0), b = std::max(params.scale_b, 0.0);
   const double small = std::max({std::min(a, b), voxel, kLeast});
   const double large = std::max({a, b, small});
   noise.frequency = static_cast<float>(std::max(voxel, kLeast) / large);

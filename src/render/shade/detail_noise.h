@@ -11,10 +11,10 @@ namespace nbx {
 
 /// As the user sets it.
 struct DetailNoiseParams {
-  double percent = 0;             // strength; 0: off
-  double scaleA = 1, scaleB = 1;  // the ends of the range of sizes, in object units
-  double gain = 0.56;             // amplitude of one octave over that of the octave before
-  double period = 1;              // seconds in which the noise becomes another one; 0: never
+  double percent = 0;               // strength; 0: off
+  double scale_a = 1, scale_b = 1;  // the ends of the range of sizes, in object units
+  double gain = 0.56;               // amplitude of one octave over that of the octave before
+  double period = 1;                // seconds in which the noise becomes another one; 0: never
 };
 
 /// Copies share the noise.

@@ -4,7 +4,7 @@ namespace nbx {
 
 namespace {
 
-/// One transform with the distances between its neighbours in memory.
+/// One transform with the distances between its neighbors in memory.
 class Sweep {
  public:
   explicit Sweep(VCVDT<float>& vdt)
@@ -14,7 +14,7 @@ class Sweep {
                 static_cast<std::size_t>(n_[0]) * static_cast<std::size_t>(n_[1])} {}
 
   /// The plane z with rows and cells in ascending or descending order; each cell hears what its
-  /// neighbours before it in that order say, and with `from_plane` the one of the plane before.
+  /// neighbors before it in that order say, and with `from_plane` the one of the plane before.
   void plane(int z, bool ascending, bool from_plane, bool plane_below) {
     for (int row = 0; row < n_[1]; ++row)
       for (int cell = 0; cell < n_[0]; ++cell) {
@@ -33,7 +33,7 @@ class Sweep {
  private:
   static constexpr std::uint32_t kFixed = VCVDT<float>::kFixed, kIdMask = VCVDT<float>::kIdMask;
 
-  /// Takes the way of the neighbour on an axis, and one step to it, where that is shorter.
+  /// Takes the way of the neighbor on an axis, and one step to it, where that is shorter.
   void hear(std::size_t c, std::size_t axis, bool from_below) {
     const std::size_t from = from_below ? c - stride_[axis] : c + stride_[axis];
     if (v_.dist2[from] >= VCVDT<float>::kFar) return;

@@ -20,8 +20,7 @@ Vec3d nearest_in_triangle(const VoxelizationTriangle& triangle, const Vec3d& poi
   double least = std::numeric_limits<double>::infinity();
   for (int i = 0; i < 3; ++i) {
     const int j = (i + 1) % 3;
-    const Vec3d &from = p[static_cast<std::size_t>(i)],
-                edge = p[static_cast<std::size_t>(j)] - from;
+    const Vec3d &from = p[i], edge = p[j] - from;
     const double share = std::clamp(dot(point - from, edge) / dot(edge, edge), 0.0, 1.0);
     const Vec3d away = point - from - edge * share;
     if (!(dot(away, away) < least)) continue;

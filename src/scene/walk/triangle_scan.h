@@ -1,5 +1,5 @@
 // The walk over the cells round a triangle that all voxelizers share: it visits every cell whose
-// centre lies within a reach of the triangle, with the exact squared distance. What a hit does is
+// center lies within a reach of the triangle, with the exact squared distance. What a hit does is
 // the caller's functor.
 //
 // The distance comes from the triangle's Voronoi regions (Ericson, Real-Time Collision Detection,
@@ -54,7 +54,7 @@ class TriangleScan {
   /// Unit length; undefined where the box is empty.
   const Vec3d& normal() const { return normal_; }
 
-  /// Calls hit(x, y, z, q, d) for each cell with q <= reach^2: q the squared distance of its centre
+  /// Calls hit(x, y, z, q, d) for each cell with q <= reach^2: q the squared distance of its center
   /// from the triangle, d the signed one from its plane, positive where the corners run
   /// counter-clockwise.
   template <class Hit>
@@ -96,7 +96,7 @@ inline bool TriangleScan::clip_row(double d, int& first, int& last) const {
 
 inline double TriangleScan::square_distance(const Values& v, const Vec3d& cell) const {
   const auto square_to = [&](int corner) {
-    const Vec3d r = cell - p_[static_cast<std::size_t>(corner)];
+    const Vec3d r = cell - p_[corner];
     return dot(r, r);
   };
   const double dd = v[kD] * v[kD];

@@ -40,7 +40,7 @@ float value_at_surface(const Field<float>& phi, const Field<float>& channel, int
                        float value) {
   if (phi(i, j, k) <= kDeepest) return value;
   const auto s = [&](int a, int b, int c) { return std::sqrt(std::abs(phi(a, b, c))); };
-  const Vec3f g = normalised(Vec3f(s(i + 1, j, k) - s(i - 1, j, k), s(i, j + 1, k) - s(i, j - 1, k),
+  const Vec3f g = normalized(Vec3f(s(i + 1, j, k) - s(i - 1, j, k), s(i, j + 1, k) - s(i, j - 1, k),
                                    s(i, j, k + 1) - s(i, j, k - 1)));
   return mean_over_fluid(phi, channel, Vec3f(i, j, k) - g * s(i, j, k), value);
 }

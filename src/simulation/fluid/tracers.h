@@ -32,7 +32,7 @@ inline I inside(const Vector& p, int nx, int ny, int nz) {
 /// A point inside of every grid, for lanes that have nothing to look up.
 inline Vector anywhere() { return {splat(1.0f), splat(1.0f), splat(1.0f)}; }
 
-/// U, V, W seen from a grid whose samples sit on the faces of axis `own`, or on centres (own = 3).
+/// U, V, W seen from a grid whose samples sit on the faces of axis `own`, or on centers (own = 3).
 template <int own>
 class Velocity {
  public:

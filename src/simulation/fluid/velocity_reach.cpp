@@ -48,7 +48,7 @@ void reach(int& lo_out, int& hi_out, float s, const Field<float>& f, const IntBo
       for (int b = box.lo[other]; b <= box.hi[other]; ++b)
         range.widen(slab == 1 ? &f(i, a, b) : &f(i, b, a), s, n);
       for (int l = 0; l < n; ++l) {
-        const float at = static_cast<float>(axis == 0 ? i + l : a);
+        const float at = axis == 0 ? i + l : a;
         lo = std::min(lo, std::floor(range.lo[l]) + at);
         hi = std::max(hi, std::ceil(range.hi[l]) + at);
       }

@@ -29,7 +29,7 @@ struct PotentialRow {
 
 /// `n` is the number of cells.
 struct VorticityRowKernels {
-  /// (wx, wy, wz) = curl u at cell centres, s = 1 / (2 dx), and mag = |w|
+  /// (wx, wy, wz) = curl u at cell centers, s = 1 / (2 dx), and mag = |w|
   void (*curl)(float* wx, float* wy, float* wz, float* mag, const FaceRow& faces, float s, int n);
   /// w = (N x w) scale, N = the direction of grad mag
   void (*confine)(float* wx, float* wy, float* wz, const float* mag, const RowSteps& steps,

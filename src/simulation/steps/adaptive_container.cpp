@@ -73,7 +73,7 @@ void Simulation3D::adapt_to_expansion() {
   adapt(settings.dt, wanted, false, false);
 }
 
-// The box of the cells that expand, scaled about its centre as the volume V in it grows in the
+// The box of the cells that expand, scaled about its center as the volume V in it grows in the
 // step:
 //
 //     v = S dt + V,  s = (v / V)^(1/3),  each side moves out by g = s |h| - max h
@@ -88,16 +88,16 @@ IntBox Simulation3D::expanded_box(MField& divergence) const {
   if (!(v > V)) return {};
   const double s = std::cbrt(v / V);
 
-  const Vec3d centre = vector_cast<double>(cells.lo + cells.hi) * 0.5;
-  const Vec3d h = vector_cast<double>(cells.hi) - centre;
+  const Vec3d center = vector_cast<double>(cells.lo + cells.hi) * 0.5;
+  const Vec3d h = vector_cast<double>(cells.hi) - center;
   const double g = s * length(h) - std::max({h[0], h[1], h[2]});
   IntBox box;
   for (int axis = 0; axis < 3; ++axis) {
     const int origin = settings.active_box.lo[axis] - 1;
     // Beyond the domain nothing counts, and huge expansions must not leave the range of int.
     const double reach = std::min(h[axis] + g, 1e8);
-    box.lo[axis] = origin + static_cast<int>(std::floor(centre[axis] - reach));
-    box.hi[axis] = origin + static_cast<int>(std::ceil(centre[axis] + reach));
+    box.lo[axis] = origin + static_cast<int>(std::floor(center[axis] - reach));
+    box.hi[axis] = origin + static_cast<int>(std::ceil(center[axis] + reach));
   }
   return box;
 }

@@ -41,7 +41,7 @@ void ScalarFluidChannel::decay_and_advect(FluidSystem& fluid, FieldSource& field
   const ChannelParams& p = params();
   if (p.decay > 0) {
     RationalSpline limit = p.driver_spline;
-    const float a = static_cast<float>(decay_of_step());
+    const float a = decay_of_step();
     MField blurred;
     if (!burned_.empty()) {
       m_axpy(field_, -1, burned_, field_);
@@ -85,7 +85,7 @@ void ScalarFluidChannel::diffuse() {
 void ScalarFluidChannel::burn(FieldSource& fields) {
   const ChannelParams& p = params();
   RationalSpline limit = p.driver_spline;
-  const float a = static_cast<float>(decay_of_step());
+  const float a = decay_of_step();
   MField blurred;
   MField* driver = driver_field(fields, blurred);
   burned_.resize(thread_location(), field_.dims());

@@ -30,7 +30,7 @@ void NoiseForceSystem::add_detail(FluidSystem& fluid) {
   advance_tile(noise_, params.time * params.time_frequency, true, false);
 
   const Location here = thread_location();
-  MField psi(here, centre_dims());
+  MField psi(here, center_dims());
   m_fractal3D_field(psi, noise_, params, true);
 
   MField map;

@@ -26,8 +26,8 @@ void for_each_pair(Sparse& target, const Sparse& weights, const Vec3i& step, Wor
   const auto count = static_cast<std::ptrdiff_t>(data.size());
 #pragma omp parallel for schedule(static)
   for (std::ptrdiff_t i = 0; i < count; ++i) {
-    const auto [held, next] = data[static_cast<std::size_t>(i)];
-    work(weights.blocks()[static_cast<std::size_t>(i)].data, held, next);
+    const auto [held, next] = data[i];
+    work(weights.blocks()[i].data, held, next);
   }
 }
 
@@ -55,9 +55,8 @@ void add_direction(Sparse& faces, const Sparse& weights, int axis, float d) {
 Vec3d grid_direction(const SimulationObjectParameters& parameters) {
   const Affine3d inverted = inverse(parameters.transform);
   Vec3d turned;
-  for (int i = 0; i < 3; ++i)
-    turned += inverted.rows[static_cast<std::size_t>(i)] * parameters.direction[i];
-  return normalised(turned) * length(parameters.direction);
+  for (int i = 0; i < 3; ++i) turned += inverted.rows[i] * parameters.direction[i];
+  return normalized(turned) * length(parameters.direction);
 }
 
 }  // namespace
@@ -72,8 +71,7 @@ void Simulation3D::add_source_object(const SimulationObjectParameters& parameter
   if (parameters.direction == Vec3d()) return;
   const Vec3d d = grid_direction(parameters);
   for (int axis = 0; axis < 3; ++axis)
-    add_direction(*velocity_sources()[static_cast<std::size_t>(axis)], weights, axis,
-                  static_cast<float>(d[axis]));
+    add_direction(*velocity_sources()[axis], weights, axis, static_cast<float>(d[axis]));
 }
 
 void Simulation3D::clear_sources() {
@@ -83,7 +81,7 @@ void Simulation3D::clear_sources() {
 
 // Where sources overlap, the strongest counts.
 void Simulation3D::add_expansion(double amount, const SparseField<float, 3>& weights) {
-  const float a = static_cast<float>(amount);
+  const float a = amount;
   for_each_pair(divergence_sources_, weights, {}, [a](const float* w, float* held, float*) {
     for (int i = 0; i < Sparse::kBlockSize; ++i) {
       const float given = a * w[i];
@@ -106,7 +104,7 @@ bool Simulation3D::add_divergence(MField& target, double dt) {
 void Simulation3D::add_forces(FluidSystem& fluid, double dt) {
   for (VelocityForce* force : forces_) force->add_forces(fluid, dt);
   for (int axis = 0; axis < 3; ++axis) {
-    SparseField<float, 3>& given = *velocity_sources()[static_cast<std::size_t>(axis)];
+    SparseField<float, 3>& given = *velocity_sources()[axis];
     if (given.empty()) continue;
     if (!fluid.component(axis).empty())
       m_asxpy(settings.active_box.lo - Vec3i(1, 1, 1), fluid.component(axis), 1, given);

@@ -8,8 +8,8 @@ namespace nbx {
 void VorticitySystem::add_forces(FluidSystem& fluid, double dt) {
   if (!(settings_.vorticity > 0) || fluid.U().empty()) return;
   const Location here = thread_location();
-  MField wx(here, centre_dims()), wy(here, centre_dims()), wz(here, centre_dims());
-  MField magnitude(here, centre_dims());
+  MField wx(here, center_dims()), wy(here, center_dims()), wz(here, center_dims());
+  MField magnitude(here, center_dims());
   m_velocity_curl(wx, wy, wz, magnitude, fluid.U(), fluid.V(), fluid.W(),
                   static_cast<float>(settings_.dx));
   m_vorticity_confinement_force(wx, wy, wz, magnitude,

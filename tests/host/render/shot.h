@@ -117,7 +117,7 @@ struct Shot {
         static_cast<VideoPostData*>(node->GetNodeData())->Execute(*node, phase, false, session);
     return picture;
   }
-  /// The colour of a picture of one pixel, with the background.
+  /// The color of a picture of one pixel, with the background.
   Vector Color(const std::string& objects, const std::string& more = "") const {
     const Pixel p = Take(objects, more).pixels.front();
     return Vector{p.color[0], p.color[1], p.color[2]} +

@@ -30,7 +30,7 @@ std::string Sun(double pitch, const std::string& more = "\"angle\": 0") {
 const std::string kFromAbove = Camera("[0, 40, 0]", "[0, 90, 0]");
 
 TEST(RenderSurfaces, LightFallsByTheCosineAndTheSquareOfTheDistance) {
-  const Vector clay{1.5, 0.6, 1.5};  // colour of the light times that of the clay
+  const Vector clay{1.5, 0.6, 1.5};  // color of the light times that of the clay
   for (const double pitch : {90.0, 30.0, 5.0, -30.0}) {
     SCOPED_TRACE(pitch);
     const double cosine = std::max(0.0, std::sin(pitch * kPi / 180));
@@ -105,14 +105,14 @@ TEST(RenderSurfaces, MirrorsGlassAndFoilTreatTheBackgroundAsTheyShould) {
   ExpectColor(seen(Solid("sphere", "glass", R"("position": [0, -120, 0], )"), 16), background,
               1e-6);
   // A rough mirror of width 0.25 seen head-on: facets tilted by t, tan2 t = 0.0625 u / (1 - u) for
-  // u evenly from 0 to 1, send light out at 2 t, less what their neighbours hide.
+  // u evenly from 0 to 1, send light out at 2 t, less what their neighbors hide.
   double whole = 0;
   for (int i = 0; i < 10000; ++i) {
     const double u = (i + 0.5) * 1e-4, out = 2 * std::atan(0.25 * std::sqrt(u / (1 - u)));
     if (out < kPi / 2) whole += 2e-4 / (1 + std::sqrt(1 + std::pow(0.25 * std::tan(out), 2)));
   }
   EXPECT_NEAR(seen(Solid("plane", "dull"), 4096).y, 0.5 * whole, 1e-3);
-  // Under the foil, light comes in its colour.
+  // Under the foil, light comes in its color.
   const std::string foil = Solid("plane", "foil", R"("position": [0, 80, 0], )");
   ExpectColor(Shot{}.Color(Sun(90) + kFromAbove + foil + "," + Solid("plane", "clay"), kMaterials),
               Times({1.5, 0.6, 1.5}, {0.5, 0.25, 1}), 1e-6);
