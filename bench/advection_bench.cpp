@@ -17,7 +17,7 @@ struct Flow {
       Vec3i dims(kCells, kCells, kCells);
       ++dims[a];
       velocity[a].resize(kCpu, dims);
-      Field<float>& f = velocity[a].cpu_field();
+      Field<float>& f = velocity[a].overwrite_cpu();
       for (int k = 0; k < dims[2]; ++k)
         for (int j = 0; j < dims[1]; ++j)
           for (int i = 0; i < dims[0]; ++i) {
@@ -52,7 +52,7 @@ void maccormack_scalar(benchmark::State& state, bool cubic) {
   Flow flow;
   flow.params.cubic = cubic;
   MField src(kCpu, {kCells, kCells, kCells}), dst;
-  bench::fill_random(src.cpu_field(), 1);
+  bench::fill_random(src.overwrite_cpu(), 1);
   bench::measure(
       state, kCount, [&] { advect(dst, src, flow.params); }, 4);
 }

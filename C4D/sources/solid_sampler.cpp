@@ -92,14 +92,14 @@ void SolidSampler::update_solids(Simulation3D& sim, double dt) {
 
   Solids& solids = sim.solids;
   solids.phi = std::make_shared<MField>(kCpu, dims);
-  post_process_voxelized(solids.phi->cpu_field(), ids_, grid_);
+  post_process_voxelized(solids.phi->overwrite_cpu(), ids_, grid_);
   LogMessage() << "solid post-process in " << watch.lap();
 
   solids.u = faces(dims, 0);
   solids.v = faces(dims, 1);
   solids.w = faces(dims, 2);
-  set_solid_velocities(solids.u->cpu_field(), solids.v->cpu_field(), solids.w->cpu_field(),
-                       solids.phi->cpu_field(), ids_, velocities);
+  set_solid_velocities(solids.u->overwrite_cpu(), solids.v->overwrite_cpu(),
+                       solids.w->overwrite_cpu(), solids.phi->read_cpu(), ids_, velocities);
   LogMessage() << "solid velocities in " << watch.lap();
 }
 

@@ -59,6 +59,10 @@ CUDAFieldPtr CUDAField::ptr() {
   return {static_cast<float*>(memory_.data), nx_, ny_, nz_, memory_.pitch / sizeof(float)};
 }
 
+CUDAConstFieldPtr CUDAField::ptr() const {
+  return {static_cast<const float*>(memory_.data), nx_, ny_, nz_, memory_.pitch / sizeof(float)};
+}
+
 void CUDAField::upload(const Field<float>& field) {
   resize(field.dims());
   allocate();

@@ -15,9 +15,16 @@ struct CUDAFieldPtr {
   std::size_t pitch = 0;  // floats
 };
 
-/// Device memory is allocated lazily: `resize` stores dimensions and frees what no longer fits, the
-/// memory appears when `ptr` or a copy asks for it. Every runtime failure throws CUDAException.
-/// To be used on a thread that is on the GPU.
+/// The same for a field that the kernel only reads.
+struct CUDAConstFieldPtr {
+  const float* data = nullptr;
+  int nx = 0, ny = 0, nz = 0;
+  std::size_t pitch = 0;  // floats
+};
+
+/// Device memory is allocated lazily: `resize` stores the dimensions and frees memory of another
+/// size; `ptr` and copies allocate. Every runtime failure throws CUDAException. Use it only on a
+/// thread that is on the GPU.
 class CUDAField {
  public:
   CUDAField() = default;
@@ -42,6 +49,8 @@ class CUDAField {
 
   /// The record for kernels; allocates if there is no memory of the right extent.
   CUDAFieldPtr ptr();
+  /// The record for kernels that read; `data` is null if there is no memory.
+  CUDAConstFieldPtr ptr() const;
 
   Vec3i dims() const { return {nx_, ny_, nz_}; }
   bool has_memory() const { return memory_.data != nullptr; }

@@ -1,6 +1,7 @@
 #include "math/mfield.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <utility>
 
@@ -12,6 +13,8 @@
 namespace nbx {
 
 namespace {
+
+std::atomic<std::uint64_t> move_count{0};
 
 const char* side_name(Location location) { return location == kGpu ? "gpu" : "cpu"; }
 
@@ -31,7 +34,7 @@ void shift(Field<float>& dst, const Field<float>& src, const Vec3i& offset, floa
       }
       std::fill(row, row + lo, fill);
       const float* from = src.data() + src.index(lo + offset[0], sj, sk);
-      std::memcpy(row + lo, from, static_cast<std::size_t>(hi - lo) * sizeof(float));
+      std::memcpy(row + lo, from, (hi - lo) * sizeof(float));
       std::fill(row + hi, row + dst.nx(), fill);
     }
 }
@@ -42,22 +45,50 @@ Location thread_location() { return cuda_use_flags().on_gpu() ? kGpu : kCpu; }
 
 Vec3i MField::dims() const { return location_ == kCpu && cpu_ ? cpu_->dims() : gpu_.dims(); }
 
-Field<float>& MField::cpu_field() {
+const Field<float>& MField::read_cpu() const {
   move_to(kCpu);
-  return const_cast<Field<float>&>(std::as_const(*this).cpu_field());
-}
-
-const Field<float>& MField::cpu_field() const {
   if (!cpu_) throw Exception("the field has no storage on the CPU");
   return *cpu_;
 }
 
-CUDAField& MField::gpu_field() {
+Field<float>& MField::write_cpu() {
+  read_cpu();
+  return *cpu_;
+}
+
+Field<float>& MField::overwrite_cpu() {
+  if (empty()) throw Exception("the field has no storage on the CPU");
+  return overwrite_cpu(dims());
+}
+
+Field<float>& MField::overwrite_cpu(const Vec3i& dims) {
+  if (!cpu_) cpu_ = acquire_field();
+  cpu_->resize(dims);
+  gpu_.free();
+  location_ = kCpu;
+  return *cpu_;
+}
+
+const CUDAField& MField::read_gpu() const {
   if (!gpu_.has_memory() && cpu_) move_to(kGpu);
   return gpu_;
 }
 
-void MField::move_to(Location target) {
+CUDAField& MField::overwrite_gpu() {
+  if (!gpu_.has_memory() && cpu_) {
+    CUDAField side;
+    side.resize(cpu_->dims());
+    side.ptr();
+    gpu_.swap(side);
+    cpu_.reset();
+    location_ = kGpu;
+  }
+  return gpu_;
+}
+
+std::uint64_t MField::moves() { return move_count; }
+
+void MField::move_to(Location target) const {
   if (target == location_) return;
   if (!empty()) {
     LogMessage() << "moving mfield from " << side_name(location_) << " to " << side_name(target);
@@ -67,11 +98,13 @@ void MField::move_to(Location target) {
       side.upload(*cpu_);
       gpu_.swap(side);
       cpu_.reset();
+      ++move_count;
     } else if (target == kCpu && gpu_.has_memory()) {
       FieldHandle side = acquire_field();
       gpu_.download(*side);
       cpu_ = std::move(side);
       gpu_.free();
+      ++move_count;
     }
   }
   location_ = target;
@@ -120,7 +153,7 @@ void MField::release() {
 void MField::swap(MField& other) {
   other.move_to(location_);
   gpu_.swap(other.gpu_);
-  // Who shares a handle keeps its record: the contents change hands.
+  // The handles stay, so that a holder of one sees the new contents.
   if (cpu_ && other.cpu_)
     cpu_->swap(*other.cpu_);
   else
@@ -138,12 +171,14 @@ void MField::assign(const MField& other) {
   } else {
     if (!cpu_) cpu_ = acquire_field();
     other.gpu_.download(*cpu_);
+    ++move_count;
   }
 }
 
 void MField::assign(const Field<float>& field) {
   if (location_ == kGpu) {
     gpu_.upload(field);
+    ++move_count;
   } else {
     if (!cpu_) cpu_ = acquire_field();
     cpu_->copy(field);

@@ -7,56 +7,58 @@
 namespace nbx {
 
 void m_set(MField& dst, float a) {
-  try_gpu(no_kernel, [&] { set(dst.cpu_field(), a); });
+  try_gpu(no_kernel, [&] { on_cpu([&](auto& d) { set(d, a); }, dst); });
 }
 
-void m_scal(MField& dst, float a, MField& x) {
-  try_gpu(no_kernel, [&] { scal(dst.cpu_field(), a, x.cpu_field()); });
+void m_scal(MField& dst, float a, const MField& x) {
+  try_gpu(no_kernel, [&] { on_cpu([&](auto& d, auto& fx) { scal(d, a, fx); }, dst, x); });
 }
 
-void m_add(MField& dst, MField& x, float a) {
-  try_gpu(no_kernel, [&] { add(dst.cpu_field(), x.cpu_field(), a); });
+void m_add(MField& dst, const MField& x, float a) {
+  try_gpu(no_kernel, [&] { on_cpu([&](auto& d, auto& fx) { add(d, fx, a); }, dst, x); });
 }
 
-void m_max_a_x(MField& dst, float a, MField& x) {
-  try_gpu(no_kernel, [&] { max_a_x(dst.cpu_field(), a, x.cpu_field()); });
+void m_max_a_x(MField& dst, float a, const MField& x) {
+  try_gpu(no_kernel, [&] { on_cpu([&](auto& d, auto& fx) { max_a_x(d, a, fx); }, dst, x); });
 }
 
-void m_min_a_x(MField& dst, float a, MField& x) {
-  try_gpu(no_kernel, [&] { min_a_x(dst.cpu_field(), a, x.cpu_field()); });
+void m_min_a_x(MField& dst, float a, const MField& x) {
+  try_gpu(no_kernel, [&] { on_cpu([&](auto& d, auto& fx) { min_a_x(d, a, fx); }, dst, x); });
 }
 
-void m_max_ax_y(MField& dst, float a, MField& x, MField& y) {
-  try_gpu(no_kernel, [&] { max_ax_y(dst.cpu_field(), a, x.cpu_field(), y.cpu_field()); });
+void m_max_ax_y(MField& dst, float a, const MField& x, const MField& y) {
+  try_gpu(no_kernel,
+          [&] { on_cpu([&](auto& d, auto& fx, auto& fy) { max_ax_y(d, a, fx, fy); }, dst, x, y); });
 }
 
-void m_add_max0(MField& dst, MField& x, float a) {
-  try_gpu(no_kernel, [&] { add_max0(dst.cpu_field(), x.cpu_field(), a); });
+void m_add_max0(MField& dst, const MField& x, float a) {
+  try_gpu(no_kernel, [&] { on_cpu([&](auto& d, auto& fx) { add_max0(d, fx, a); }, dst, x); });
 }
 
-void m_axpy(MField& dst, float a, MField& x, MField& y) {
-  try_gpu(no_kernel, [&] { axpy(dst.cpu_field(), a, x.cpu_field(), y.cpu_field()); });
+void m_axpy(MField& dst, float a, const MField& x, const MField& y) {
+  try_gpu(no_kernel,
+          [&] { on_cpu([&](auto& d, auto& fx, auto& fy) { axpy(d, a, fx, fy); }, dst, x, y); });
 }
 
 void m_clamp(MField& dst, float lo, float hi) {
-  try_gpu(no_kernel, [&] { clamp(dst.cpu_field(), lo, hi); });
+  try_gpu(no_kernel, [&] { clamp(dst.write_cpu(), lo, hi); });
 }
 
-float m_infnorm(MField& x) {
+float m_infnorm(const MField& x) {
   float result = 0;
-  try_gpu(no_kernel, [&] { result = infnorm(x.cpu_field()); });
+  try_gpu(no_kernel, [&] { result = infnorm(x.read_cpu()); });
   return result;
 }
 
-double m_sum(MField& x) {
+double m_sum(const MField& x) {
   double result = 0;
-  try_gpu(no_kernel, [&] { result = sum(x.cpu_field()); });
+  try_gpu(no_kernel, [&] { result = sum(x.read_cpu()); });
   return result;
 }
 
-IntBox m_min_bbox(MField& x, float threshold) {
+IntBox m_min_bbox(const MField& x, float threshold) {
   IntBox result;
-  try_gpu(no_kernel, [&] { result = min_bbox(x.cpu_field(), threshold); });
+  try_gpu(no_kernel, [&] { result = min_bbox(x.read_cpu(), threshold); });
   return result;
 }
 

@@ -99,7 +99,7 @@ void asxpy(const Vec3i& offset, Field<float>& dense, float a, const Sparse& spar
 }
 
 void m_asxpy(const Vec3i& offset, MField& dense, float a, const Sparse& sparse) {
-  try_gpu(no_kernel, [&] { asxpy(offset, dense.cpu_field(), a, sparse); });
+  try_gpu(no_kernel, [&] { asxpy(offset, dense.write_cpu(), a, sparse); });
 }
 
 void sparse_axpy(Sparse& z, float a, const Sparse& x) {

@@ -85,30 +85,39 @@ void emit_exponential(Field<float>& dst, const Field<float>& src, const Field<fl
       Here::current());
 }
 
-void m_apply_function(MField& dst, MField& src, RationalSpline& spline) {
-  try_gpu(no_kernel, [&] { apply_function(dst.cpu_field(), src.cpu_field(), spline); });
-}
-
-void m_decay_linear(MField& dst, MField& src, MField& driver, float a, RationalSpline& spline) {
+void m_apply_function(MField& dst, const MField& src, RationalSpline& spline) {
   try_gpu(no_kernel,
-          [&] { decay_linear(dst.cpu_field(), src.cpu_field(), driver.cpu_field(), a, spline); });
+          [&] { on_cpu([&](auto& d, auto& s) { apply_function(d, s, spline); }, dst, src); });
 }
 
-void m_emit_linear(MField& dst, MField& src, MField& driver, float a, RationalSpline& spline) {
-  try_gpu(no_kernel,
-          [&] { emit_linear(dst.cpu_field(), src.cpu_field(), driver.cpu_field(), a, spline); });
-}
-
-void m_decay_exponential(MField& dst, MField& src, MField& driver, float a,
-                         RationalSpline& spline) {
+void m_decay_linear(MField& dst, const MField& src, const MField& driver, float a,
+                    RationalSpline& spline) {
   try_gpu(no_kernel, [&] {
-    decay_exponential(dst.cpu_field(), src.cpu_field(), driver.cpu_field(), a, spline);
+    on_cpu([&](auto& d, auto& s, auto& by) { decay_linear(d, s, by, a, spline); }, dst, src,
+           driver);
   });
 }
 
-void m_emit_exponential(MField& dst, MField& src, MField& driver, float a, RationalSpline& spline) {
+void m_emit_linear(MField& dst, const MField& src, const MField& driver, float a,
+                   RationalSpline& spline) {
   try_gpu(no_kernel, [&] {
-    emit_exponential(dst.cpu_field(), src.cpu_field(), driver.cpu_field(), a, spline);
+    on_cpu([&](auto& d, auto& s, auto& by) { emit_linear(d, s, by, a, spline); }, dst, src, driver);
+  });
+}
+
+void m_decay_exponential(MField& dst, const MField& src, const MField& driver, float a,
+                         RationalSpline& spline) {
+  try_gpu(no_kernel, [&] {
+    on_cpu([&](auto& d, auto& s, auto& by) { decay_exponential(d, s, by, a, spline); }, dst, src,
+           driver);
+  });
+}
+
+void m_emit_exponential(MField& dst, const MField& src, const MField& driver, float a,
+                        RationalSpline& spline) {
+  try_gpu(no_kernel, [&] {
+    on_cpu([&](auto& d, auto& s, auto& by) { emit_exponential(d, s, by, a, spline); }, dst, src,
+           driver);
   });
 }
 

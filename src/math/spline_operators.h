@@ -27,10 +27,14 @@ void decay_exponential(Field<float>& dst, const Field<float>& src, const Field<f
 void emit_exponential(Field<float>& dst, const Field<float>& src, const Field<float>& driver,
                       float a, RationalSpline& spline);
 
-void m_apply_function(MField& dst, MField& src, RationalSpline& spline);
-void m_decay_linear(MField& dst, MField& src, MField& driver, float a, RationalSpline& spline);
-void m_emit_linear(MField& dst, MField& src, MField& driver, float a, RationalSpline& spline);
-void m_decay_exponential(MField& dst, MField& src, MField& driver, float a, RationalSpline& spline);
-void m_emit_exponential(MField& dst, MField& src, MField& driver, float a, RationalSpline& spline);
+void m_apply_function(MField& dst, const MField& src, RationalSpline& spline);
+void m_decay_linear(MField& dst, const MField& src, const MField& driver, float a,
+                    RationalSpline& spline);
+void m_emit_linear(MField& dst, const MField& src, const MField& driver, float a,
+                   RationalSpline& spline);
+void m_decay_exponential(MField& dst, const MField& src, const MField& driver, float a,
+                         RationalSpline& spline);
+void m_emit_exponential(MField& dst, const MField& src, const MField& driver, float a,
+                        RationalSpline& spline);
 
 }  // namespace nbx

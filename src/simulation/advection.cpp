@@ -38,19 +38,17 @@ void advect(MField& dst, MField& src, AdvectionParams& params) {
 
 void advect_sl(MField& dst, MField& src, AdvectionParams& params) {
   try_gpu(no_kernel, [&] {
-    dst.resize(kCpu, src.dims());
     refresh(params.trace_back, params.back_stale, true, params, src.dims());
-    cpu_advect_sl(dst.cpu_field(), src.cpu_field(), params);
+    cpu_advect_sl(dst.overwrite_cpu(src.dims()), src.read_cpu(), params);
   });
   apply_boundary(dst, params);
 }
 
 void maccormack(MField& dst, MField& src, MField& hat, AdvectionParams& params) {
   try_gpu(no_kernel, [&] {
-    dst.resize(kCpu, src.dims());
     refresh(params.trace_fwd, params.fwd_stale, false, params, src.dims());
     refresh(params.trace_back, params.back_stale, true, params, src.dims());
-    cpu_maccormack(dst.cpu_field(), src.cpu_field(), hat.cpu_field(), params);
+    cpu_maccormack(dst.overwrite_cpu(src.dims()), src.read_cpu(), hat.read_cpu(), params);
   });
   apply_boundary(dst, params);
 }

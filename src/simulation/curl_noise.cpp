@@ -64,8 +64,8 @@ void add_curl_of_scaled(Field<float>& U, Field<float>& V, Field<float>& W, const
 
 void m_add_curl_of_scaled(MField& U, MField& V, MField& W, MField& psi, MField* map, float scale) {
   try_gpu(no_kernel, [&] {
-    add_curl_of_scaled(U.cpu_field(), V.cpu_field(), W.cpu_field(), psi.cpu_field(),
-                       map ? &map->cpu_field() : nullptr, scale);
+    add_curl_of_scaled(U.write_cpu(), V.write_cpu(), W.write_cpu(), psi.read_cpu(),
+                       map ? &map->read_cpu() : nullptr, scale);
   });
 }
 

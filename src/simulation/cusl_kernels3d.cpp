@@ -136,8 +136,8 @@ void CuslKernels3D::grow_box(double dt, IntBox& box) {
   if (here.empty() || tracer[0]->empty()) return;
   IntBox reached;
   try_gpu(no_kernel, [&] {
-    advection_buffer(reached, static_cast<float>(dt / settings_.dx), tracer[0]->cpu_field(),
-                     tracer[1]->cpu_field(), tracer[2]->cpu_field(),
+    advection_buffer(reached, static_cast<float>(dt / settings_.dx), tracer[0]->read_cpu(),
+                     tracer[1]->read_cpu(), tracer[2]->read_cpu(),
                      {here.lo - origin, here.hi - origin});
   });
   box = box_union(box, {reached.lo + origin, reached.hi + origin});
@@ -148,7 +148,7 @@ double CuslKernels3D::max_step() {
   double speed = 0;
   if (!tracer[0]->empty())
     try_gpu(no_kernel, [&] {
-      speed = max_velocity(tracer[0]->cpu_field(), tracer[1]->cpu_field(), tracer[2]->cpu_field());
+      speed = max_velocity(tracer[0]->read_cpu(), tracer[1]->read_cpu(), tracer[2]->read_cpu());
     });
   if (speed == 0) speed = std::numeric_limits<double>::epsilon();
   return settings_.cfl * settings_.dx / speed;

@@ -140,8 +140,8 @@ void FluidSystem::load(SimFrame& frame) {
 
 bool FluidSystem::detail_is_velocity() {
   for (std::size_t axis = 0; axis < 3; ++axis) {
-    const Field<float>& d = detail_[axis].cpu_field();
-    const Field<float>& v = velocity_[axis].cpu_field();
+    const Field<float>& d = detail_[axis].read_cpu();
+    const Field<float>& v = velocity_[axis].read_cpu();
     if (d.dims() != v.dims() || std::memcmp(d.data(), v.data(), d.count() * sizeof(float)) != 0)
       return false;
   }

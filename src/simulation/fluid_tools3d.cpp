@@ -75,7 +75,7 @@ void add_center_to_mac(Field<float>& U, Field<float>& V, Field<float>& W, const 
 
 void m_add_center_to_mac(MField& U, MField& V, MField& W, MField& f, float a, float b, float c) {
   try_gpu(no_kernel, [&] {
-    add_center_to_mac(U.cpu_field(), V.cpu_field(), W.cpu_field(), f.cpu_field(), a, b, c);
+    add_center_to_mac(U.write_cpu(), V.write_cpu(), W.write_cpu(), f.read_cpu(), a, b, c);
   });
 }
 

@@ -28,7 +28,7 @@ double sum_of_squares(const Field<float>& f) {
 double largest_speed(FluidSystem& fluid) {
   const auto carrier = [&](int axis) -> const Field<float>& {
     MField& detail = fluid.detail(axis);
-    return (detail.empty() ? fluid.component(axis) : detail).cpu_field();
+    return (detail.empty() ? fluid.component(axis) : detail).read_cpu();
   };
   return static_cast<double>(max_velocity(carrier(0), carrier(1), carrier(2)));
 }
@@ -61,7 +61,7 @@ std::array<bool, 6> touched_faces(Simulation3D& sim) {
   if (s.active_box.empty() || !box_touches_a_face(s)) return touches;
   for (int key : s.simulated_channels)
     if (MField* channel = sim.channel_field(key))
-      add_touched_faces(touches, channel->cpu_field(), s.channel_params.at(key).box_threshold, s);
+      add_touched_faces(touches, channel->read_cpu(), s.channel_params.at(key).box_threshold, s);
   return touches;
 }
 
@@ -75,12 +75,12 @@ Health measure_health(Simulation3D& sim) {
   const double cell = s.dx * s.dx * s.dx;
   for (int key : s.simulated_channels)
     if (MField* channel = sim.channel_field(key))
-      health.mass[key] = sum(channel->cpu_field()) * cell;
+      health.mass[key] = sum(channel->read_cpu()) * cell;
   health.touches = touched_faces(sim);
 
-  const Field<float>& U = sim.fluid().U().cpu_field();
-  const Field<float>& V = sim.fluid().V().cpu_field();
-  const Field<float>& W = sim.fluid().W().cpu_field();
+  const Field<float>& U = sim.fluid().U().read_cpu();
+  const Field<float>& V = sim.fluid().V().read_cpu();
+  const Field<float>& W = sim.fluid().W().read_cpu();
   health.kinetic_energy = 0.5 * cell * (sum_of_squares(U) + sum_of_squares(V) + sum_of_squares(W));
   health.cfl = largest_speed(sim.fluid()) * s.dt / s.dx;
   const FieldHandle divergence = acquire_field(s.active_box.size() + Vec3i(2, 2, 2));

@@ -29,11 +29,11 @@ bool PressureSystem::project(FluidSystem& fluid, MField* source, SolverProgress&
   }
 
   try_gpu(no_kernel, [&] {
-    const auto field = [](MField* f) { return f && !f->empty() ? &f->cpu_field() : nullptr; };
+    const auto field = [](MField* f) { return f && !f->empty() ? &f->read_cpu() : nullptr; };
     ProjectionFields fields;
-    fields.U = &fluid.U().cpu_field();
-    fields.V = &fluid.V().cpu_field();
-    fields.W = &fluid.W().cpu_field();
+    fields.U = &fluid.U().write_cpu();
+    fields.V = &fluid.V().write_cpu();
+    fields.W = &fluid.W().write_cpu();
     fields.source = field(source);
     fields.phi = field(solids_.phi.get());
     fields.Us = field(solids_.u.get());

@@ -59,7 +59,7 @@ void ScalarFluidChannel::add_source(const SimulationObjectParameters& parameters
     sparse_axpy(sources_, amount, weights);
   else
     sparse_raise(sources_, amount, weights, settings_.active_box.lo - Vec3i(1, 1, 1),
-                 field_.cpu_field());
+                 field_.read_cpu());
 }
 
 void ScalarFluidChannel::store(SimFrame& frame, const SimSettings& settings,

@@ -106,14 +106,14 @@ void add_center_force_to_mac(Field<float>& U, Field<float>& V, Field<float>& W,
 void m_velocity_curl(MField& wx, MField& wy, MField& wz, MField& mag, MField& U, MField& V,
                      MField& W, float dx) {
   try_gpu(no_kernel, [&] {
-    VelocityCurl(wx.cpu_field(), wy.cpu_field(), wz.cpu_field(), mag.cpu_field(), U.cpu_field(),
-                 V.cpu_field(), W.cpu_field(), dx);
+    VelocityCurl(wx.overwrite_cpu(), wy.overwrite_cpu(), wz.overwrite_cpu(), mag.overwrite_cpu(),
+                 U.read_cpu(), V.read_cpu(), W.read_cpu(), dx);
   });
 }
 
 void m_vorticity_confinement_force(MField& wx, MField& wy, MField& wz, MField& mag, float scale) {
   try_gpu(no_kernel, [&] {
-    VorticityConfinementForce(wx.cpu_field(), wy.cpu_field(), wz.cpu_field(), mag.cpu_field(),
+    VorticityConfinementForce(wx.write_cpu(), wy.write_cpu(), wz.write_cpu(), mag.read_cpu(),
                               scale);
   });
 }
@@ -121,8 +121,8 @@ void m_vorticity_confinement_force(MField& wx, MField& wy, MField& wz, MField& m
 void m_add_center_force_to_mac(MField& U, MField& V, MField& W, MField& fx, MField& fy, MField& fz,
                                float c) {
   try_gpu(no_kernel, [&] {
-    add_center_force_to_mac(U.cpu_field(), V.cpu_field(), W.cpu_field(), fx.cpu_field(),
-                            fy.cpu_field(), fz.cpu_field(), c);
+    add_center_force_to_mac(U.write_cpu(), V.write_cpu(), W.write_cpu(), fx.read_cpu(),
+                            fy.read_cpu(), fz.read_cpu(), c);
   });
 }
 

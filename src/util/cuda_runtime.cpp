@@ -42,6 +42,7 @@ Error get_device_properties(DeviceProperties* properties, int device) {
 }
 Error set_device(int device) { return backend().set_device(device); }
 Error set_device_flags(unsigned flags) { return backend().set_device_flags(flags); }
+Error context_active(bool* active, int device) { return backend().context_active(active, device); }
 Error device_reset() { return backend().device_reset(); }
 Error device_synchronize() { return backend().device_synchronize(); }
 Error get_last_error() { return backend().get_last_error(); }

@@ -1,8 +1,8 @@
-// The few calls of the CUDA runtime that the system relies on, behind one door with two bodies: the
-// real toolkit, where the build carries it, and a software device that keeps device memory on the
-// heap and runs kernels on host threads. With no device the count is 0 and everything runs on the
-// CPU. Names, arguments and results are the runtime's own; a call returns 0 for success or the
-// runtime's error number. `cuda_check` (cuda_host_util.h) turns results into exceptions.
+// The CUDA runtime calls that Nimbrix uses, with two implementations: the real toolkit, if the
+// build has it, and a software device that keeps device memory on the heap and runs kernels on host
+// threads. With no device the count is 0 and everything runs on the CPU. Names, arguments and
+// results are those of the runtime; a call returns 0 for success or the runtime's error number.
+// `cuda_check` (cuda_host_util.h) turns results into exceptions.
 #pragma once
 
 #include <cstddef>
@@ -52,15 +52,17 @@ struct DeviceProperties {
   std::size_t shared_mem_per_block = 0;  // bytes
   int multi_processor_count = 0;
   bool ecc = false;  // memory with error correction
-  bool tcc = false;  // a driver for computing alone
+  bool tcc = false;  // a driver for computing only
 };
 
 // Devices.
-/// A machine without a device, or without a driver, has 0 of them; that is no error.
+/// Gives 0 without an error on a machine that has no device or no driver.
 Error get_device_count(int* count);
 Error get_device_properties(DeviceProperties* properties, int device);
 Error set_device(int device);
 Error set_device_flags(unsigned flags);
+/// Whether the process has a context on the device, whoever made it. Makes none.
+Error context_active(bool* active, int device);
 Error device_reset();
 Error device_synchronize();
 /// The last error of a call on this thread, which it clears.

@@ -1,5 +1,6 @@
 #include "util/cuda_use_flags.h"
 
+#include <iterator>
 #include <map>
 #include <mutex>
 #include <vector>
@@ -10,7 +11,7 @@ namespace nbx {
 
 namespace {
 
-// Waiting for the device doesn't keep a processor core busy. Can be set on a fresh device only.
+// A thread that waits for the device sleeps instead of spinning.
 constexpr unsigned kBlockingSync = 4;
 
 using Record = std::shared_ptr<CudaUseFlags>;
@@ -18,7 +19,7 @@ using Record = std::shared_ptr<CudaUseFlags>;
 struct Registry {
   std::mutex mutex;
   std::map<std::thread::id, Record> records;
-  std::vector<bool> device_ready;  // devices that were reset and set up
+  std::vector<bool> device_ready;  // devices that have been set up
 };
 
 // Never destroyed: threads may outlive static objects.
@@ -27,8 +28,8 @@ Registry& registry() {
   return instance;
 }
 
-// A thread's own hold on its record. Ids of ended threads are used again, and a new thread must not
-// inherit a selected device, so the record leaves the map together with the thread.
+// Removes a thread's record from the map when the thread ends: the system reuses ids, and a new
+// thread must not inherit a selected device.
 struct OwnRecord {
   const Record record = cuda_use_flags(std::this_thread::get_id());
   ~OwnRecord() {
@@ -43,14 +44,16 @@ void select_device(int device) {
   const std::lock_guard lock(all.mutex);
   int count = 0;
   cuda_check(cuda::get_device_count(&count));
-  const auto devices = static_cast<std::size_t>(count), selected = static_cast<std::size_t>(device);
-  if (all.device_ready.size() < devices) all.device_ready.resize(devices, false);
+  if (std::ssize(all.device_ready) < count) all.device_ready.resize(count, false);
+  const bool first = device < count && !all.device_ready[device];
+  // Selecting a device can make a context, so this question comes first.
+  bool in_use = false;
+  if (first) cuda_check(cuda::context_active(&in_use, device));
   cuda_check(cuda::set_device(device));
-  if (selected < devices && !all.device_ready[selected]) {
-    cuda_check(cuda::device_reset());
-    cuda_check(cuda::set_device_flags(kBlockingSync));
-    all.device_ready[selected] = true;
-  }
+  if (!first) return;
+  if (!in_use) cuda_check(cuda::device_reset());
+  cuda_check(cuda::set_device_flags(kBlockingSync));
+  all.device_ready[device] = true;
 }
 
 }  // namespace

@@ -1,5 +1,14 @@
-// What a thread may use of the GPU, and the one rule by which every numeric call site chooses
-// between GPU and CPU: try the GPU, on failure clear the flag, then test again and run the CPU.
+// Whether a thread may use the GPU, and try_gpu(), the one rule by which every numeric operation
+// chooses between GPU and CPU: try the GPU; if that fails, clear the flag and run on the CPU.
+//
+// An operation may fail half-way on the device and is then repeated on the CPU, so its operands
+// must still hold what they held before. Therefore a device body never works in place:
+//
+//   - It takes its sources by MField::read_gpu(), which gives no way to write.
+//   - It takes a destination that isn't a source by MField::overwrite_gpu().
+//   - If a destination is also a source, it writes to a fresh MField on the GPU and calls swap() as
+//     its last step, when nothing can fail any more. on_gpu() in math/mfield.h does this.
+//   - Anything else that it changes (a stale flag, a counter) it changes after that.
 #pragma once
 
 #include <atomic>
@@ -20,16 +29,20 @@ struct CudaUseFlags {
   bool on_gpu() const { return device >= 0 && use_gpu; }
 };
 
-/// The record of the calling thread, made on first use (one log line). A thread that never selects
-/// a device runs everything on the CPU.
+/// The record of the calling thread, made on first use (one log line). A thread that selects no
+/// device runs everything on the CPU.
 CudaUseFlags& cuda_use_flags();
 
-/// The record of another thread, made if it has none. It outlives the thread in its handles, but a
-/// later thread that happens to get the same id starts with a record of its own.
+/// The record of another thread, made if it has none. A handle keeps the record after the thread
+/// has ended. A later thread with the same id gets a new record.
 std::shared_ptr<CudaUseFlags> cuda_use_flags(std::thread::id thread);
 
-/// Selects the device of the calling thread; negative takes it off the GPU and calls no runtime
-/// function. A failure leaves the thread on the CPU.
+/// Selects the device of the calling thread. A negative number takes the thread off the GPU and
+/// calls no runtime function. A failure leaves the thread on the CPU.
+///
+/// The first call for a device in the process resets the device and makes threads that wait for it
+/// sleep instead of spin. A device on which the process already has a context isn't reset, since
+/// that would free the memory of whoever made it.
 void set_device(CudaUseFlags& record, int device);
 
 /// The common catch clause: logs, clears `use_gpu` of the calling thread and the runtime's errors.
@@ -39,9 +52,9 @@ void handle_cuda_exception(const CUDAException& exception);
 struct NoKernel {};
 inline constexpr NoKernel no_kernel{};
 
-/// Runs `gpu()` if the thread is on the GPU. If it isn't, or `gpu` throws a CUDAException (which
-/// takes the thread off the GPU), runs `cpu()`. Bodies take the side of each MField that they need
-/// themselves, so that data moves when and where it is first asked for.
+/// Runs `gpu()` if the thread is on the GPU. If it isn't, or if `gpu` throws a CUDAException (which
+/// takes the thread off the GPU), runs `cpu()`. `gpu` must keep the rules at the top of this file.
+/// Each body asks its MFields for the side that it needs, so that data moves only on demand.
 template <class Gpu, class Cpu>
 void try_gpu(Gpu&& gpu, Cpu&& cpu) {
   if (cuda_use_flags().on_gpu()) {

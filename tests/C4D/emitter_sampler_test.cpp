@@ -248,7 +248,7 @@ TEST(EmitterSampler, SelectionsEmitAlone) {
   run.frame();
   EXPECT_EQ(run.keep_box, (IntBox{{23, 3, 3}, {36, 16, 16}})) << "with a cell round it";
   ASSERT_TRUE(run.solids.phi);
-  EXPECT_LT(min(run.solids.phi->cpu_field()), 0);
+  EXPECT_LT(min(run.solids.phi->read_cpu()), 0);
   EXPECT_GT(run.density_at({0.5, 6.5, 0.5}), 0.5f);
   EXPECT_EQ(run.density_at({0.5, -6.5, 0.5}), 0);
 }

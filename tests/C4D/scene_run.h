@@ -29,7 +29,7 @@ class SceneRun : private SceneEvaluator {
   /// One more frame.
   void frame() { sim.update(*this, time_, nullptr); }
 
-  const Field<float>& density() { return sim.channel_field(kDensity)->cpu_field(); }
+  const Field<float>& density() { return sim.channel_field(kDensity)->read_cpu(); }
   /// The density of a cell, by world coordinates; 0 outside of the simulated box.
   float density_at(const Vec3d& world) {
     const Vec3d at = sim.settings.world_to_grid(world);

@@ -18,7 +18,7 @@ TEST(SolidSampler, ARestingSolidHasNoVelocityAtAll) {
     if (moves) {
       EXPECT_NEAR(u, 1.65f * 0.25f, 1e-4f) << "1.65 units a frame in m/s";
       EXPECT_NEAR(w, 0.35f * 0.25f, 1e-4f);
-      EXPECT_LT(min(run.solids.w->cpu_field()), -0.08f) << "the grid's z runs the other way";
+      EXPECT_LT(min(run.solids.w->read_cpu()), -0.08f) << "the grid's z runs the other way";
     } else {
       EXPECT_EQ(u, 0);
       EXPECT_EQ(m_infnorm(*run.solids.v), 0);
@@ -51,7 +51,7 @@ TEST(SolidSampler, APistonPushesOutWhatItSweeps) {
     const SimSettings& s = run.sim.settings;
     ASSERT_EQ(s.active_box.size(), Vec3i(40, 16, 16));
     if (frame == 0) continue;  // the piston counts as resting until it has been seen
-    const Field<float>& U = run.sim.fluid().U().cpu_field();
+    const Field<float>& U = run.sim.fluid().U().read_cpu();
     double flux = 0;
     for (int k = 1; k <= 16; ++k)
       for (int j = 1; j <= 16; ++j) flux += U(41, j, k);

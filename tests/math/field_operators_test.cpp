@@ -9,6 +9,7 @@
 #include "math/field_resampling.h"
 #include "math/interpolation.h"
 #include "math/mfield_operations.h"
+#include "support/gpu_thread.h"
 #include "support/support.h"
 #include "util/exception.h"
 
@@ -45,7 +46,7 @@ const Case cases[] = {
      [](float x, float y) { return kA * x + y; }},
     {"axpby",
      [](MField& d, MField& x, MField& y) {
-       axpby(d.cpu_field(), kA, x.cpu_field(), kB, y.cpu_field());
+       axpby(d.overwrite_cpu(), kA, x.read_cpu(), kB, y.read_cpu());
      },
      [](float x, float y) { return kA * x + kB * y; }},
     {"clamp", [](MField& d, MField& x, MField&) { d.assign(x), m_clamp(d, kB, kA); },
@@ -104,7 +105,7 @@ TEST(FieldOperators, ActOnEveryElement) {
   // Below, at and above the sizes at which vectors, blocks and threads begin.
   for (const int n : {0, 1, 3, 4, 7, 16383, 16385, 65535, 65536, 100003}) {
     MField x(kCpu, {n, 1, 1}), y(kCpu, {1, n, 1}), out(kCpu, {1, 1, n});
-    F &fx = x.cpu_field(), &fy = y.cpu_field(), &dst = out.cpu_field();
+    F &fx = x.overwrite_cpu(), &fy = y.overwrite_cpu(), &dst = out.overwrite_cpu();
     test::fill_random(fx, 1, -3, 3);
     test::fill_random(fy, 2, -3, 3);
     for (const Case& c : cases) {
@@ -118,6 +119,33 @@ TEST(FieldOperators, ActOnEveryElement) {
     axpy(fy, kA, fx, fy);
     EXPECT_TRUE(std::equal(fy.data(), fy.data() + n, dst.data())) << "in place";
   }
+}
+
+// In place, with the operand on the device; and to a device's field from sources on the CPU, which
+// moves nothing.
+TEST(FieldOperators, WorkWhereverFieldsLie) {
+  test::on_gpu_thread([] {
+    const test::LogCapture log;
+    for (const Case& c : cases) {
+      MField x, y, out(kGpu, {5, 3, 2});
+      x.assign(test::random_field(out.dims(), 1, -3, 3));
+      y.assign(test::random_field(out.dims(), 2, -3, 3));
+      const F fx = test::copy_of(x.read_cpu());
+      std::uint64_t moves = MField::moves();
+      c.run(out, x, y);
+      // `clamp` has no source: the case copies x to the device first, and it comes back.
+      EXPECT_EQ(MField::moves() - moves, c.name == std::string("clamp") ? 2u : 0u) << c.name;
+      x.move_to(kGpu);
+      moves = MField::moves();
+      c.run(x, x, y);
+      EXPECT_EQ(MField::moves() - moves, c.name == std::string("set") ? 0u : 1u) << c.name;
+      const F &got = out.read_cpu(), &in_place = x.read_cpu();
+      for (std::size_t i = 0; i < fx.count(); ++i) {
+        EXPECT_EQ(got[i], c.expected(fx[i], y.read_cpu()[i])) << c.name;
+        EXPECT_EQ(in_place[i], got[i]) << c.name;
+      }
+    }
+  });
 }
 
 TEST(FieldOperators, CheckAlignmentThenCount) {

@@ -1,14 +1,16 @@
 // Fields on the CPU and on both sides, and the pools.
 #include "math/field.h"
 
+#include <cmath>
 #include <csignal>
 #include <thread>
+#include <utility>
 
+#include "math/field_operators.h"
 #include "math/field_pool.h"
 #include "math/mfield_operations.h"
+#include "support/gpu_thread.h"
 #include "support/support.h"
-#include "util/cuda_use_flags.h"
-#include "util/device/software_device.h"
 #include "util/exception.h"
 
 // Lets an impossible allocation fail as it does without sanitizers.
@@ -82,21 +84,6 @@ TEST(FieldPoolDeathTest, UnknownAddressEndsTheProcess) {
 // Managed fields on both sides, over the software device.
 namespace {
 
-// Runs on a thread of its own that has selected the software device.
-template <class Work>
-void on_gpu_thread(Work work) {
-  software_device::enable(true);
-  const std::size_t in_use = field_pool().counts().in_use;
-  std::thread([&] {
-    set_device(cuda_use_flags(), 0);
-    ASSERT_TRUE(cuda_use_flags().on_gpu());
-    work();
-  }).join();
-  EXPECT_EQ(software_device::bytes_in_use(), 0u) << "device memory is given back";
-  EXPECT_EQ(field_pool().counts().in_use, in_use) << "and so are pooled fields";
-  software_device::enable(false);
-}
-
 void fill(MField& field, const Vec3i& dims, unsigned seed) {
   field.assign(test::random_field(dims, seed));
 }
@@ -106,14 +93,14 @@ Field<float> contents(const MField& field) {
   MField copy;
   copy.assign(field);
   Field<float> values;
-  if (!copy.empty()) values.copy(copy.cpu_field());
+  if (!copy.empty()) values.copy(copy.read_cpu());
   return values;
 }
 
 }  // namespace
 
 TEST(MField, ResizeOffsetShiftsOnBothSides) {
-  on_gpu_thread([] {
+  test::on_gpu_thread([] {
     const Vec3i old(5, 4, 3);
     const struct {
       Vec3i offset, dims;
@@ -136,13 +123,14 @@ TEST(MField, ResizeOffsetShiftsOnBothSides) {
             const bool inside = IntBox{{0, 0, 0}, old - Vec3i(1, 1, 1)}.contains(from);
             wrong += after(i, j, k) != (inside ? before(from[0], from[1], from[2]) : edge);
           });
-          EXPECT_EQ(wrong, 0) << "case " << &c - cases << " side " << side << " fill " << edge;
+          EXPECT_EQ(wrong, 0) << "case " << &c - cases << " on the GPU " << (side == kGpu)
+                              << " fill " << edge;
         }
   });
 }
 
 TEST(MField, AssignAndSwapBetweenAllSides) {
-  on_gpu_thread([] {
+  test::on_gpu_thread([] {
     for (const Location a_side : {kCpu, kGpu})
       for (const Location b_side : {kCpu, kGpu}) {
         MField a, b;
@@ -172,15 +160,86 @@ TEST(MField, AssignAndSwapBetweenAllSides) {
   });
 }
 
+TEST(MField, MovesWhatIsReadAndNothingElse) {
+  test::on_gpu_thread([] {
+    const test::LogCapture log;
+    MField field;
+    fill(field, {5, 3, 2}, 1);
+    const Field<float> before = contents(field);
+    auto moved = [&, seen = MField::moves()]() mutable {
+      return MField::moves() - std::exchange(seen, MField::moves());
+    };
+    field.overwrite_gpu();
+    EXPECT_EQ(moved(), 0u);
+    EXPECT_EQ(field.location(), kGpu);
+    EXPECT_TRUE(std::isnan(field.read_cpu()(4, 2, 1))) << "new memory of the device";
+    EXPECT_EQ(moved(), 1u);
+
+    field.assign(before);
+    EXPECT_EQ(std::as_const(field).read_gpu().dims(), before.dims());
+    EXPECT_TRUE(test::same_bits(field.write_cpu(), before));
+    EXPECT_EQ(moved(), 2u);
+    field.read_gpu();
+    EXPECT_EQ(moved(), 1u);
+    EXPECT_EQ(field.overwrite_cpu().dims(), before.dims());
+    EXPECT_EQ(software_device::bytes_in_use(), 0u);
+    field.move_to(kGpu);
+    EXPECT_EQ(field.overwrite_cpu({7, 1, 1}).dims(), Vec3i(7, 1, 1));
+    EXPECT_EQ(field.location(), kCpu);
+    EXPECT_EQ(moved(), 1u);
+    EXPECT_EQ(log.count("moving mfield from"), 5);
+    field.release();
+    EXPECT_THROW(field.read_cpu(), Exception);
+    EXPECT_THROW(field.overwrite_cpu(), Exception);
+  });
+}
+
+// Each memory call of a device body fails once, on fresh operands, in place and not. What the CPU
+// then makes is what it makes alone.
+TEST(MField, HalfRunDeviceBodyIsRepeatedOnTheCpu) {
+  test::on_gpu_thread([] {
+    const test::LogCapture log;
+    const auto kernel = [](CUDAField& dst, const CUDAField& x, const CUDAField& y) {
+      const CUDAConstFieldPtr px = x.ptr(), py = y.ptr();
+      const CUDAFieldPtr d = dst.ptr();
+      for (int row = 0; row < d.ny * d.nz; ++row) {
+        if (row == d.ny) cuda_check(cuda::memset(d.data + row * d.pitch, 0, sizeof(float)));
+        for (int i = 0; i < d.nx; ++i)
+          d.data[row * d.pitch + i] = 2 * px.data[row * px.pitch + i] + py.data[row * py.pitch + i];
+      }
+      cuda_check(cuda::memcpy(d.data, d.data, 0, cuda::CopyKind::kDeviceToDevice));
+    };
+    const auto operation = [&](MField& dst, const MField& x, const MField& y) {
+      try_gpu([&] { on_gpu(kernel, dst, x, y); },
+              [&] { on_cpu([](auto& d, auto& fx, auto& fy) { axpy(d, 2, fx, fy); }, dst, x, y); });
+    };
+    for (const bool in_place : {false, true})
+      for (int call = 0; call <= 7; ++call) {
+        MField x, y, other;
+        fill(x, {5, 4, 3}, 1);
+        fill(y, {5, 4, 3}, 2);
+        fill(other, {5, 4, 3}, 3);
+        Field<float> expected(5, 4, 3);
+        axpy(expected, 2, x.read_cpu(), y.read_cpu());
+        cuda_use_flags().use_gpu = true;
+        software_device::fail_call(call, cuda::kErrorMemoryAllocation);
+        operation(in_place ? y : other, x, y);
+        EXPECT_EQ(cuda_use_flags().on_gpu(), call == 0) << "call " << call << " can't fail";
+        EXPECT_EQ((in_place ? y : other).location(), call == 0 ? kGpu : kCpu);
+        EXPECT_TRUE(test::same_bits(contents(in_place ? y : other), expected)) << "call " << call;
+      }
+  });
+}
+
 TEST(MField, FailureLosesNothing) {
-  on_gpu_thread([] {
+  test::on_gpu_thread([] {
     MField field;
     fill(field, {8, 8, 8}, 1);
     const Field<float> before = contents(field);
     // Each memory call of the way up fails once.
     for (const int call : {1, 2}) {
       software_device::fail_call(call, cuda::kErrorMemoryAllocation);
-      EXPECT_THROW(field.gpu_field(), CUDAException);
+      EXPECT_THROW(field.read_gpu(), CUDAException);
       EXPECT_EQ(field.location(), kCpu);
       EXPECT_TRUE(test::same_bits(contents(field), before));
       EXPECT_EQ(software_device::bytes_in_use(), 0u) << "no half-filled GPU side stays";

@@ -153,7 +153,7 @@ TEST(SparseField, AddsToADenseFieldWhereBothLie) {
     test::each_cell(dense.dims(), 0, [&](int i, int j, int k) {
       const Vec3i p = offset + Vec3i(i, j, k);
       const float v = p[0] < 0 || p[1] < 0 || p[2] < 0 ? 0 : f.value(p[0], p[1], p[2]);
-      wrong += dense.cpu_field()(i, j, k) != 0.5f + 2 * v;
+      wrong += dense.read_cpu()(i, j, k) != 0.5f + 2 * v;
       hits += v != 0;
     });
     EXPECT_EQ(wrong, 0);

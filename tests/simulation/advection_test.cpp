@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "math/field_operators.h"
 #include "math/field_reductions.h"
 #include "math/mfield_operations.h"
 #include "simulation/fluid/cpu_advection.h"
@@ -59,7 +60,7 @@ void expect_plain_bits(const Vec3i& center, bool wild) {
   Flow flow(center, Vec3f());
   AdvectionParams& q = flow.params;
   for (int a = 0; a < 3; ++a) {
-    Field<float>& v = flow.velocity[a].cpu_field();
+    Field<float>& v = flow.velocity[a].overwrite_cpu();
     test::fill_random(v, 10 + static_cast<unsigned>(a), -2.5f, 2.5f);
     for (std::size_t i = 0; wild && i < v.count(); i += 7) v[i] = kWild[i % 5];
   }
@@ -111,9 +112,9 @@ TEST(Advection, BoundaryOfTheLookup) {
     flow.params.lookup = lookup;
     for (const auto& stage : {advect_sl, advect}) {
       MField src(kCpu, face_dims(center, lookup)), dst;
-      std::fill_n(src.cpu_field().data(), src.cpu_field().count(), 2.0f);
+      set(src.overwrite_cpu(), 2);
       stage(dst, src, flow.params);
-      const Field<float>& g = dst.cpu_field();
+      const Field<float>& g = dst.read_cpu();
       const bool scalar = lookup == Lookup::kCenter;
       EXPECT_EQ(g(1, 4, 4), lookup == Lookup::kWest ? 0.0f : 2.0f);
       EXPECT_EQ(g(4, 1, 4), lookup == Lookup::kSouth ? 0.0f : 2.0f);
@@ -127,11 +128,11 @@ TEST(Advection, StaleCachesAreRecomputedAndOthersAreUsed) {
   const Vec3i dims(8, 8, 8);
   Flow flow(dims, Vec3f(1, 0, 0)), other(dims, Vec3f(0, 1, 0));
   MField src(kCpu, dims), dst;
-  Field<float>& f = src.cpu_field();
+  Field<float>& f = src.overwrite_cpu();
   test::fill_random(f, 2);
   const auto moved = [&] {
     advect(dst, src, flow.params);
-    return dst.cpu_field()(4, 4, 4);
+    return dst.read_cpu()(4, 4, 4);
   };
   EXPECT_EQ(moved(), f(3, 4, 4));
   flow.params.velocity = other.params.velocity;
@@ -161,7 +162,7 @@ double carry_round(bool corrected, bool cubic) {
   flow.params.cubic = cubic;
   for (int a = 0; a < 2; ++a)
     test::each_cell(flow.velocity[a].dims(), 0, [&](int i, int j, int k) {
-      flow.velocity[a].cpu_field()(i, j, k) = static_cast<float>(a == 0 ? middle - j : i - middle);
+      flow.velocity[a].write_cpu()(i, j, k) = static_cast<float>(a == 0 ? middle - j : i - middle);
     });
   Field<float> start(64, 64, 32);
   test::each_cell(dims, 0, [&](int i, int j, int k) {
@@ -174,7 +175,7 @@ double carry_round(bool corrected, bool cubic) {
     corrected ? advect(moved, density, flow.params) : advect_sl(moved, density, flow.params);
     density.swap(moved);
   }
-  const Field<float>& end = density.cpu_field();
+  const Field<float>& end = density.read_cpu();
   const double mass = sum(start);
   EXPECT_NEAR(sum(end), mass, 0.05 * mass) << "not conserved, but nothing of size may get lost";
   EXPECT_GE(min(end), 0) << "no stage makes values beyond those it started from";

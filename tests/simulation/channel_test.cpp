@@ -51,7 +51,7 @@ class Reactor : public CombustionSource, public FieldSource {
       if (MField* field = channel->get_field(key)) return field;
     return nullptr;
   }
-  Field<float>& field(int key) { return get_field(key)->cpu_field(); }
+  Field<float>& field(int key) { return get_field(key)->write_cpu(); }
   // Fills the interior of a channel.
   void fill(int key, float value) {
     Field<float>& f = field(key);
@@ -145,7 +145,7 @@ TEST(Channel, ExpansionIsTheVolumeOfWhatBurned) {
   MField target(kCpu, {8, 8, 8});
   target.zero();
   ASSERT_TRUE(r.channels[0]->add_divergence(target, r.s.dt));
-  EXPECT_FLOAT_EQ(target.cpu_field()(3, 3, 3), 2 * 0.8f / kFrame);
+  EXPECT_FLOAT_EQ(target.read_cpu()(3, 3, 3), 2 * 0.8f / kFrame);
   EXPECT_FALSE(r.channels[1]->add_divergence(target, r.s.dt));
   EXPECT_FALSE(r.channels[0]->add_divergence(target, 0));
 }
@@ -165,12 +165,12 @@ TEST(Channel, BuoyancyGivesTheFirstStepItsSpeed) {
   CuslKernels3D fluid(r.s);
   fluid.resize({0, 0, 0});
   r.channels[3]->add_forces(fluid, r.s.dt);
-  const Field<float>& V = fluid.V().cpu_field();
+  const Field<float>& V = fluid.V().read_cpu();
   const float full = 6 * kFrame;
   EXPECT_FLOAT_EQ(V(3, 3, 3), 0.75f * full);
   EXPECT_FLOAT_EQ(V(3, 4, 3), 0.5f * full);
   EXPECT_EQ(V(3, 6, 3), 0);
-  EXPECT_EQ(infnorm(fluid.U().cpu_field()), 0);
+  EXPECT_EQ(infnorm(fluid.U().read_cpu()), 0);
 }
 
 // The heat kernel: after a time t a point of heat has the variance 2 D t on each axis.
@@ -281,7 +281,7 @@ TEST(SourceObject, TheGasTakesTheVelocityOnceAndInItsCells) {
     run.scene.source = {{8, 8, 8}, {11, 11, 11}};
     run.scene.object.direction[axis] = 0.5;
     run.frames(1);
-    const Field<float>& f = run.sim.fluid().component(axis).cpu_field();
+    const Field<float>& f = run.sim.fluid().component(axis).read_cpu();
     EXPECT_GT(infnorm(f), 0.2f);
     float worst = 0;
     test::each_cell({22, 22, 22}, 1, [&](int i, int j, int k) {

@@ -150,8 +150,7 @@ TEST(Container, ExpansionGrowsTheBoxAndGivesItsVolume) {
   const Vec3i low = boom.scene.source.lo - boom.box().lo - Vec3i(1, 1, 1);
   Field<float> in;
   in.resize(boom.channel(kDensity).dims());
-  NegDivergence(in, fluid.U().cpu_field(), fluid.V().cpu_field(), fluid.W().cpu_field(), nullptr,
-                1);
+  NegDivergence(in, fluid.U().read_cpu(), fluid.V().read_cpu(), fluid.W().read_cpu(), nullptr, 1);
   double flux = 0;
   test::each_cell({8, 8, 8}, 0, [&](int i, int j, int k) {
     flux -= static_cast<double>(in(low[0] + i, low[1] + j, low[2] + k));

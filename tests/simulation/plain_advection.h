@@ -53,7 +53,7 @@ class PlainVelocity {
   }
 
  private:
-  const Field<float>& face(int a) const { return params_.velocity[a]->cpu_field(); }
+  const Field<float>& face(int a) const { return params_.velocity[a]->read_cpu(); }
   const AdvectionParams& params_;
   int axis_;  // of the advected grid's faces; 3 for centers
 };

@@ -18,7 +18,7 @@ struct Gas {
     fluid.resize({});
     fluid.set_zero_velocity(false);
   }
-  Field<float>& face(int axis) { return fluid.component(axis).cpu_field(); }
+  Field<float>& face(int axis) { return fluid.component(axis).write_cpu(); }
 
   SimSettings s;
   CuslKernels3D fluid{s};
@@ -28,11 +28,11 @@ struct Gas {
 struct Push : VelocityForce, SolverProgress {
   void add_forces(FluidSystem& fluid, double) override {
     gas = &fluid;
-    before = infnorm(fluid.U().cpu_field());
-    for (int axis = 0; axis < 3; ++axis) set(fluid.component(axis).cpu_field(), 1000);
+    before = infnorm(fluid.U().read_cpu());
+    for (int axis = 0; axis < 3; ++axis) set(fluid.component(axis).overwrite_cpu(), 1000);
   }
   bool add_divergence(MField&, double) override {
-    for (int axis = 0; axis < 3; ++axis) after[axis] = infnorm(gas->component(axis).cpu_field());
+    for (int axis = 0; axis < 3; ++axis) after[axis] = infnorm(gas->component(axis).read_cpu());
     return false;
   }
   bool abort_requested(int, int) override { return false; }
@@ -162,7 +162,7 @@ struct Noise : FieldSource {
       gas.s.noise.driver_spline.rebuild();
     }
     test::each_cell({26, 26, 26}, 0, [&](int i, int j, int k) {
-      density.cpu_field()(i, j, k) = i < 12 ? 0.0f : 1.0f;
+      density.write_cpu()(i, j, k) = i < 12 ? 0.0f : 1.0f;
     });
     for (int axis = 0; axis < 3; ++axis) {
       gas.fluid.detail(axis).resize(kCpu, gas.face(axis).dims());
@@ -173,7 +173,7 @@ struct Noise : FieldSource {
     system.add_detail(gas.fluid);
   }
   MField* get_field(int key) override { return key == kDensity ? &density : nullptr; }
-  float u(int i, int j, int k) { return gas.fluid.detail(0).cpu_field()(i, j, k); }
+  float u(int i, int j, int k) { return gas.fluid.detail(0).read_cpu()(i, j, k); }
 
   Gas gas;
   MField density{kCpu, {26, 26, 26}};

@@ -49,7 +49,7 @@ void set_solids(Simulation3D& sim, Phi phi, float u) {
     if (axis < 3) ++n[axis];
     auto made = std::make_shared<MField>(kCpu, n);
     each_cell(n, 0, [&](int i, int j, int k) {
-      made->cpu_field()(i, j, k) = axis == 3 ? phi(i, j, k) : axis == 0 ? u : 0;
+      made->write_cpu()(i, j, k) = axis == 3 ? phi(i, j, k) : axis == 0 ? u : 0;
     });
     return made;
   };
@@ -67,7 +67,7 @@ struct SceneRun {
   void frames(int count) {
     for (int i = 0; i < count; ++i) sim.update(scene, time, nullptr);
   }
-  const Field<float>& channel(int key) { return sim.channel_field(key)->cpu_field(); }
+  const Field<float>& channel(int key) { return sim.channel_field(key)->read_cpu(); }
 
   BoxScene scene;
   Simulation3D sim;

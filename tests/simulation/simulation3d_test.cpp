@@ -102,7 +102,7 @@ TEST(Simulation3D, SolidsStayToTheEndOfTheFrameAtRest) {
   run.start();
   run.frames(3);
   EXPECT_EQ(call, 1 + 3 + 3) << "there is no motion yet in the first frame";
-  const Field<float>& U = run.sim.fluid().U().cpu_field();
+  const Field<float>& U = run.sim.fluid().U().read_cpu();
   EXPECT_TRUE(std::isfinite(infnorm(U)));
   EXPECT_GT(infnorm(U), 0);
 }
@@ -187,7 +187,7 @@ TEST(Simulation3D, FramesAreStoredAndTheStateComesBack) {
   EXPECT_EQ(shown.sim.settings.active_box, run.sim.settings.active_box);
   shown.frames(3);
   EXPECT_EQ(shown.time, run.time);
-  EXPECT_TRUE(test::same_bits(shown.sim.fluid().V().cpu_field(), run.sim.fluid().V().cpu_field()));
+  EXPECT_TRUE(test::same_bits(shown.sim.fluid().V().read_cpu(), run.sim.fluid().V().read_cpu()));
   EXPECT_TRUE(test::same_bits(shown.channel(kTemperature), run.channel(kTemperature)));
   frame.grids.erase(kGridVelocityY);
   SmokeRun windy;
@@ -195,7 +195,7 @@ TEST(Simulation3D, FramesAreStoredAndTheStateComesBack) {
   windy.sim.settings.wind_speed = 0.5;
   ASSERT_TRUE(windy.sim.load_state(windy.scene, frame));
   EXPECT_FALSE(windy.sim.fluid().zero_velocity());
-  EXPECT_EQ(windy.sim.fluid().V().cpu_field()(7, 7, 7), 0.5f);
+  EXPECT_EQ(windy.sim.fluid().V().read_cpu()(7, 7, 7), 0.5f);
   EXPECT_EQ(windy.sim.fluid().wind_seen().speed, 0.5);
 
   // A grid below 3 cells is refused, and leaves a simulation that can go on.

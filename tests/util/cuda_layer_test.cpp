@@ -1,4 +1,5 @@
 // The CUDA layer over the software device, and the rule that chooses between GPU and CPU.
+#include <cstdlib>
 #include <thread>
 
 #include "support/support.h"
@@ -58,6 +59,24 @@ TEST_F(CudaLayer, FailureOnTheGpuRepeatsOnTheCpuAndStaysThere) {
     EXPECT_EQ(cuda::get_last_error(), cuda::kSuccess) << "the runtime's error is cleared";
     EXPECT_THROW(try_gpu([] {}, [] { throw Exception("the CPU's own"); }), Exception);
   }).join();
+}
+
+// Resets by the first selection of a device on which the process holds `bytes` already.
+int resets_of_first_selection(std::size_t bytes) {
+  software_device::enable(true);
+  void* memory = nullptr;
+  cuda_check(cuda::malloc(&memory, bytes));
+  set_device(cuda_use_flags(), 0);
+  set_device(cuda_use_flags(), -1);
+  set_device(cuda_use_flags(), 0);
+  const bool kept = software_device::bytes_in_use() == bytes && cuda_use_flags().on_gpu();
+  return kept ? static_cast<int>(software_device::resets()) : -1;
+}
+
+TEST(CudaLayerDeathTest, FirstSelectionResetsOnlyADeviceThatNobodyUses) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");  // processes that have selected no device yet
+  EXPECT_EXIT(std::exit(resets_of_first_selection(0)), testing::ExitedWithCode(1), "");
+  EXPECT_EXIT(std::exit(resets_of_first_selection(16)), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

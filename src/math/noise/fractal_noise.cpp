@@ -35,7 +35,10 @@ void fractal3D_field(Field<float>& field, const WaveletNoise& noise, const Noise
 
 void m_fractal3D_field(MField& field, const WaveletNoise& noise, const NoiseParams& params,
                        bool zero_first) {
-  try_gpu(no_kernel, [&] { fractal3D_field(field.cpu_field(), noise, params, zero_first); });
+  try_gpu(no_kernel, [&] {
+    fractal3D_field(zero_first ? field.overwrite_cpu() : field.write_cpu(), noise, params,
+                    zero_first);
+  });
 }
 
 float fractal3D(const WaveletNoise& noise, const NoiseParams& params, const Vec3f& p,

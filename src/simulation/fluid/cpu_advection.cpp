@@ -35,9 +35,9 @@ void for_runs(const Vec3i& dims, const Run& run) {
 }
 
 TraceParams trace_params(const AdvectionParams& params, bool forward, const Vec3i& dims) {
-  const Field<float>& U = params.velocity[0]->cpu_field();
-  const Field<float>& V = params.velocity[1]->cpu_field();
-  const Field<float>& W = params.velocity[2]->cpu_field();
+  const Field<float>& U = params.velocity[0]->read_cpu();
+  const Field<float>& V = params.velocity[1]->read_cpu();
+  const Field<float>& W = params.velocity[2]->read_cpu();
   Vec3i grid = check_mac(U, V, W);
   if (params.lookup != Lookup::kCenter) ++grid[static_cast<int>(params.lookup)];
   if (grid != dims) throw FieldDimensionMismatchException();
@@ -71,8 +71,8 @@ class Positions {
       return;
     }
     for (int a = 0; a < 3; ++a) {
-      check_dims(cache[a]->cpu_field(), advected);
-      data_[a] = cache[a]->cpu_field().data();
+      check_dims(cache[a]->read_cpu(), advected);
+      data_[a] = cache[a]->read_cpu().data();
     }
   }
 
@@ -96,8 +96,8 @@ void cpu_cache_tracer(const AdvectionParams& params, bool forward, const Vec3i& 
   const TraceParams q = trace_params(params, forward, dims);
   const auto trace = tracer(params);
   const std::array<MField*, 3>& cache = forward ? params.trace_back : params.trace_fwd;
-  for (MField* c : cache) c->resize(kCpu, dims);
-  Field<float>&x = cache[0]->cpu_field(), &y = cache[1]->cpu_field(), &z = cache[2]->cpu_field();
+  Field<float>&x = cache[0]->overwrite_cpu(dims), &y = cache[1]->overwrite_cpu(dims),
+  &z = cache[2]->overwrite_cpu(dims);
   for_runs(dims, [&](int i, int j, int k, int n) {
     trace(&x(i, j, k), &y(i, j, k), &z(i, j, k), q, i, j, k, n);
   });

@@ -24,7 +24,7 @@ void clamp_border(Field<float>& f) {
 }
 
 void m_set_border(MField& f, float value) {
-  try_gpu(no_kernel, [&] { set_border(f.cpu_field(), value); });
+  try_gpu(no_kernel, [&] { set_border(f.write_cpu(), value); });
 }
 
 }  // namespace nbx

@@ -82,7 +82,7 @@ void set_channel_inside_solid(const Field<float>& phi, Field<float>& channel, bo
 
 void m_set_channel_inside_solid(MField& phi, MField& channel, bool extrapolate, float value) {
   try_gpu(no_kernel, [&] {
-    set_channel_inside_solid(phi.cpu_field(), channel.cpu_field(), extrapolate, value);
+    set_channel_inside_solid(phi.read_cpu(), channel.write_cpu(), extrapolate, value);
   });
 }
 

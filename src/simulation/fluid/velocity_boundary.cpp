@@ -66,7 +66,7 @@ void VelocityBoundaryW(Field<float>& W, const SimSettings& settings) {
 }
 
 void m_velocity_boundary(int axis, MField& component, const SimSettings& settings) {
-  try_gpu(no_kernel, [&] { velocity_boundary(component.cpu_field(), axis, settings); });
+  try_gpu(no_kernel, [&] { velocity_boundary(component.write_cpu(), axis, settings); });
 }
 
 }  // namespace nbx

@@ -31,7 +31,7 @@ MField* ScalarFluidChannel::driver_field(FieldSource& fields, MField& blurred) c
   blurred.assign(*driver);
   try_gpu(no_kernel, [&] {
     const FieldHandle tmp = acquire_field(blurred.dims());
-    box_blur3D(blurred.cpu_field(), *tmp, params().driver_blur / settings_.dx);
+    box_blur3D(blurred.write_cpu(), *tmp, params().driver_blur / settings_.dx);
   });
   return &blurred;
 }
@@ -77,7 +77,7 @@ void ScalarFluidChannel::diffuse() {
                                               std::max({dims[0], dims[1], dims[2]}));
   try_gpu(no_kernel, [&] {
     const FieldHandle tmp = acquire_field(dims);
-    convolve3D(kernel, field_.cpu_field(), *tmp);
+    convolve3D(kernel, field_.write_cpu(), *tmp);
   });
 }
 

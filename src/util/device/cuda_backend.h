@@ -1,4 +1,4 @@
-// The bodies behind cuda_runtime.h. This base is the machine without a device; the toolkit and the
+// What implements cuda_runtime.h. The base class is a machine without a device; the toolkit and the
 // software device override it.
 #pragma once
 
@@ -17,6 +17,7 @@ class Backend {
   virtual Error get_device_properties(DeviceProperties*, int) { return kErrorNoDevice; }
   virtual Error set_device(int) { return kErrorNoDevice; }
   virtual Error set_device_flags(unsigned) { return kErrorNoDevice; }
+  virtual Error context_active(bool*, int) { return kErrorNoDevice; }
   virtual Error device_reset() { return kErrorNoDevice; }
   virtual Error device_synchronize() { return kErrorNoDevice; }
   virtual Error get_last_error() { return kSuccess; }

@@ -1,4 +1,5 @@
 // The real CUDA runtime. Compiled only where the build carries it.
+#include <cuda.h>
 #include <cuda_runtime_api.h>
 
 #include "util/device/cuda_backend.h"
@@ -21,6 +22,18 @@ cudaMemcpyKind kind_of(CopyKind kind) {
       break;
   }
   return cudaMemcpyDeviceToDevice;
+}
+
+template <class Call>
+Call driver_call(const char* name) {
+  void* call = nullptr;
+#if CUDART_VERSION >= 12050
+  if (cudaGetDriverEntryPointByVersion(name, &call, 12000, cudaEnableDefault) != cudaSuccess)
+    return nullptr;
+#else
+  if (cudaGetDriverEntryPoint(name, &call, cudaEnableDefault) != cudaSuccess) return nullptr;
+#endif
+  return reinterpret_cast<Call>(call);
 }
 
 class Toolkit final : public Backend {
@@ -51,6 +64,17 @@ class Toolkit final : public Backend {
   }
   Error set_device(int device) override { return cudaSetDevice(device); }
   Error set_device_flags(unsigned flags) override { return cudaSetDeviceFlags(flags); }
+  // Asked of the driver: the runtime can't tell, and its own calls may make a context.
+  Error context_active(bool* active, int device) override {
+    *active = true;  // without an answer the device counts as used
+    const auto get_state =
+        driver_call<decltype(&cuDevicePrimaryCtxGetState)>("cuDevicePrimaryCtxGetState");
+    if (!get_state) return cudaSuccess;
+    unsigned flags = 0;
+    int state = 0;
+    if (get_state(device, &flags, &state) == CUDA_SUCCESS) *active = state != 0;
+    return cudaSuccess;
+  }
   Error device_reset() override { return cudaDeviceReset(); }
   Error device_synchronize() override { return cudaDeviceSynchronize(); }
   Error get_last_error() override { return cudaGetLastError(); }

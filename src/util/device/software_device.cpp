@@ -15,8 +15,7 @@ namespace nbx::cuda {
 namespace {
 
 constexpr std::size_t kPitchUnit = 256;  // bytes
-// What new memory holds: as floats, not a number, so that a read of contents that nobody wrote
-// shows.
+// Bytes of new memory. As floats they are NaN, which shows any read of elements that nobody wrote.
 constexpr int kNewMemory = 0xff;
 
 thread_local Error last_error = kSuccess;
@@ -47,6 +46,12 @@ class SoftwareDevice final : public Backend {
     return result(device == 0 ? kSuccess : kErrorInvalidDevice);
   }
   Error set_device_flags(unsigned) override { return kSuccess; }
+  // Whoever holds memory has a context.
+  Error context_active(bool* active, int) override {
+    const std::lock_guard lock(mutex_);
+    *active = !blocks_.empty();
+    return kSuccess;
+  }
   Error device_reset() override {
     const std::lock_guard lock(mutex_);
     while (!blocks_.empty()) drop(blocks_.begin());
