@@ -63,21 +63,21 @@ bool ScatteredLightField::iterate(Field3& source, const SweepMedium& medium, dou
                                   int threadCount, const ProgressCallback& progress) {
   const int units = params_.maxSweeps * kUnitsPerSweep;
   if (progress(0, units, 2, 2)) return false;
-  SweepGrid grid(source.dims, params_.directions, cell_length);
+  const SweepGrid grid(source.dims, params_.directions, cell_length);
   Field3 gathered(source.dims, 0);
   Stopwatch since_report;
   for (int sweep = 0; sweep < params_.maxSweeps; ++sweep) {
     LogMessage() << "sweep " << sweep << " infnrm(U) " << infnorm(source);
     std::fill(gathered.data.begin(), gathered.data.end(), 0.0f);
     int face = 0;
-    const auto plane_done = [&](int planes, int of) {
-      const int done = sweep * kUnitsPerSweep + face * 10 + planes * 10 / of;
-      if (planes == of) ++face;
+    const auto slab_done = [&](int slabs, int of) {
+      const int done = sweep * kUnitsPerSweep + face * 10 + slabs * 10 / of;
+      if (slabs == of) ++face;
       if (since_report.seconds() < 0.5) return true;
       since_report.lap();
       return !progress(done, units, 2, 2);
     };
-    if (!grid.sweep(gathered, source, medium, threadCount, plane_done)) return false;
+    if (!grid.sweep(gathered, source, medium, threadCount, slab_done)) return false;
     std::swap(source, gathered);
     scale_and_add(source, total_, static_cast<float>(grid.gather_factor()));
     if (infnorm(source) < kDark) break;
