@@ -1,21 +1,23 @@
-// Filtered look-ups in grids of light. Points count in cells of the grid.
+// Filtered look-ups in grids of light. Points are in cells of the grid.
 #pragma once
 
 #include <algorithm>
-#include <cmath>
+#include <array>
 
+#include "render/shade/bspline_weights.h"
 #include "render/shade/field3.h"
 
 namespace nbx {
 
-/// The cells around a point: the lower corner, and the point's place between it and the next.
+/// The cells around a point: the lower corner, and the point's position between it and the next
+/// one.
 struct LightCell {
   int lower[3];
   float fraction[3];
 };
 
-/// Trilinear: `corner(i, j, k)` gives the Color of a cell. Black outside of [0, n - 1], for NaN
-/// too. Corners of weight 0 are asked for as well.
+/// Trilinear. `corner(i, j, k)` returns the Color of a cell; it is called for corners of weight 0
+/// too. Black outside of [0, n - 1] and for NaN.
 template <class Corner>
 Color linear_light(const Vec3d& point, const Vec3i& dims, const Corner& corner) {
   LightCell cell;
@@ -34,27 +36,22 @@ Color linear_light(const Vec3d& point, const Vec3i& dims, const Corner& corner) 
       weight *= high ? cell.fraction[axis] : 1 - cell.fraction[axis];
     }
     const Color value = corner(at[0], at[1], at[2]);
-    for (std::size_t c = 0; c < 3; ++c) sum[c] += weight * value[c];
+    for (int c = 0; c < 3; ++c) sum[c] += weight * value[c];
   }
   return sum;
 }
 
-/// By cubic B-splines over 4 x 4 x 4 cells, where these are inside of the grid; else `fallback()`.
+/// Cubic B-splines over 4 x 4 x 4 cells if the grid contains them, otherwise `fallback()`.
 template <class Corner, class Fallback>
 Color cubic_light(const Vec3d& point, const Vec3i& dims, const Corner& corner,
                   const Fallback& fallback) {
-  float weights[3][4];
+  std::array<float, 4> weights[3];
   int first[3];
   for (int axis = 0; axis < 3; ++axis) {
     if (!(point[axis] >= 1 && point[axis] < dims[axis] - 2)) return fallback();
     const int i = static_cast<int>(point[axis]);
-    const auto f = static_cast<float>(point[axis] - i);
-    const float f2 = f * f, f3 = f2 * f;
     first[axis] = i - 1;
-    weights[axis][0] = 1.0f / 6 - f3 / 6 + (f2 - f) / 2;
-    weights[axis][1] = f3 / 2 - f2 + 2.0f / 3;
-    weights[axis][2] = 1.0f / 6 - (f3 - f2 - f) / 2;
-    weights[axis][3] = f3 / 6;
+    weights[axis] = bspline_weights<std::array<float, 4>>(static_cast<float>(point[axis] - i));
   }
   Color sum{0, 0, 0};
   for (int k = 0; k < 4; ++k)
@@ -62,7 +59,7 @@ Color cubic_light(const Vec3d& point, const Vec3i& dims, const Corner& corner,
       const float row = weights[1][j] * weights[2][k];
       for (int i = 0; i < 4; ++i) {
         const Color value = corner(first[0] + i, first[1] + j, first[2] + k);
-        for (std::size_t c = 0; c < 3; ++c) sum[c] += row * weights[0][i] * value[c];
+        for (int c = 0; c < 3; ++c) sum[c] += row * weights[0][i] * value[c];
       }
     }
   return sum;

@@ -6,8 +6,8 @@
 
 namespace nbx {
 
-/// A row of n cells. Extinctions are per meter; `source` is emission per meter over extinction, 0
-/// where there is none.
+/// A row of n cells. Extinctions are per meter. `source` is emission per meter divided by
+/// extinction, and 0 without extinction.
 struct SweepCells {
   const float* extinction;
   const float* scattering[3];
@@ -15,23 +15,22 @@ struct SweepCells {
   float* caught[3];
 };
 
-/// The rays that stand in those cells: their light, and how often they have left the domain
-/// sideways so far.
+/// The rays in those cells: their light, and how often each has left the grid sideways so far.
 struct SweepRays {
   float* light[3];
   std::int32_t* generation;
 };
 
 struct SweepKernels {
-  /// A ray that has wrapped round more often than its last visit says (`generation`) starts fresh,
-  /// with no light.
+  /// Rays whose generation is lower than `generation` have wrapped around since. They start again
+  /// as new rays, without light.
   void (*restart)(const SweepRays& rays, std::int32_t generation, int n);
 
   /// Carries the light over `length` meters of each cell,
   ///
   ///     caught += L (1 - e^(-scattering l)),   L = L e^(-extinction l) + S (1 - e^(-extinction l))
   ///
-  /// the exact solution for a source that is constant in the cell.
+  /// the exact solution for a constant source within the cell.
   void (*cross)(const SweepCells& cells, const SweepRays& rays, float length, int n);
 };
 

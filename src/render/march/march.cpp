@@ -1,6 +1,7 @@
 #include "render/march/march.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <numbers>
 
@@ -11,29 +12,57 @@ namespace nbx {
 
 namespace {
 
-constexpr double kMostSteps = 1e8;  // of one stretch: beyond it steps get longer
+constexpr double kMostSteps = 1e8;  // in a stretch: a longer one gets longer steps
+constexpr int kFirstSteps = 4;      // adaptive steps to evaluate at once after a change of length
 
-bool blurs(const RenderVolume& volume) { return volume.blurTime > 0 && volume.has_velocity(); }
-
-// The samples in an entry's voxel coordinates; those beyond n repeat the last one.
+// The samples of a block in voxel coordinates of an entry. Those beyond n repeat the last one.
 void place(Points& points, const VolumeEntry& entry, const double* t, int n) {
   const Vec3d &o = entry.voxelOrigin, &d = entry.voxelDirection;
   points.n = n;
   for (int i = 0; i < kBlock; ++i) {
-    points.x[i] = static_cast<float>(o[0] + t[i] * d[0]);
-    points.y[i] = static_cast<float>(o[1] + t[i] * d[1]);
-    points.z[i] = static_cast<float>(o[2] + t[i] * d[2]);
-    points.t[i] = static_cast<float>(t[i]);
+    points.x[i] = o[0] + t[i] * d[0];
+    points.y[i] = o[1] + t[i] * d[1];
+    points.z[i] = o[2] + t[i] * d[2];
+    points.t[i] = t[i];
   }
 }
 
-// Calls body(points, share, from) as walk_flow does, or once where nothing moves.
+template <class T, class Element>
+constexpr std::array<T, kBlock> block_of(Element element) {
+  std::array<T, kBlock> block{};
+  for (int i = 0; i < kBlock; ++i) block[i] = element(i);
+  return block;
+}
+
+// Calls body(points, share, from) as walk_flow does. Without motion blur that is one call, in which
+// each point counts in full.
 template <class Body>
 void over_shutter(const RenderVolume& volume, const Points& points, Body body) {
-  if (blurs(volume)) return walk_flow(volume, points, body);
-  static constexpr float whole[kBlock] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
-  static constexpr int same[kBlock] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
-  body(points, whole, same);
+  if (volume.blurTime > 0 && volume.has_velocity()) return walk_flow(volume, points, body);
+  static constexpr auto whole = block_of<float>([](int) { return 1.0f; });
+  static constexpr auto same = block_of<int>([](int i) { return i; });
+  body(points, whole.data(), same.data());
+}
+
+// Adaptive steps that follow one another.
+struct StepRun {
+  int n = 0;
+  double ends[kBlock], middles[kBlock];  // beyond n the last middle is repeated
+  float lengths[kBlock];
+};
+
+// Up to `count` steps from `begin` towards `end`, all of the length `step` but for the first, which
+// ends at `first_end`, and one that reaches the end.
+void plan_steps(StepRun& run, double begin, double first_end, double end, double step, int count) {
+  run.n = 0;
+  for (double from = begin, to = first_end; run.n < count && from < end;) {
+    run.ends[run.n] = to;
+    run.lengths[run.n] = to - from;
+    run.middles[run.n++] = 0.5 * (from + to);
+    from = to;
+    to = std::min(from + step, end);
+  }
+  std::fill(run.middles + run.n, run.middles + kBlock, run.middles[run.n - 1]);
 }
 
 }  // namespace
@@ -44,23 +73,23 @@ March::March(const VolumeRenderer& renderer, RayRecord& ray, std::span<const Vol
 }
 
 void March::finish() {
-  for (std::size_t c = 0; c < 3; ++c) {
+  for (int c = 0; c < 3; ++c) {
     ray_.radiance[c] += static_cast<float>(ray_.transmittance[c] * radiance_[c]);
-    ray_.transmittance[c] = static_cast<float>(ray_.transmittance[c] * transmittance_);
+    ray_.transmittance[c] = ray_.transmittance[c] * transmittance_;
   }
 }
 
-March::Steps March::steps(double RenderVolume::*share) const {
-  Steps steps{HUGE_VAL, HUGE_VAL, true};
+March::StepLengths March::step_lengths(double RenderVolume::*share) const {
+  StepLengths lengths{HUGE_VAL, HUGE_VAL, true};
   for (const VolumeEntry& entry : entries_) {
     if (!entry.active) continue;
     const RenderVolume& v = *entry.volume;
-    steps.least = std::min(steps.least, v.*share * v.voxelLength);
-    steps.most = std::min(steps.most, v.voxelLength);
-    // The proximity doesn't know how far noise moves a look-up.
-    steps.skips = steps.skips && !v.smoke.noise.on() && !v.fire.noise.on();
+    lengths.shortest = std::min(lengths.shortest, v.*share * v.voxelLength);
+    lengths.longest = std::min(lengths.longest, v.voxelLength);
+    // Noise moves look-ups farther than the proximity allows for.
+    if (v.smoke.noise.on() || v.fire.noise.on()) lengths.skip_empty = false;
   }
-  return steps;
+  return lengths;
 }
 
 double March::empty_distance_at(double t) const {
@@ -70,7 +99,7 @@ double March::empty_distance_at(double t) const {
   return least;
 }
 
-void March::evaluate(BlockSums& sums, const double* t, int n) const {
+void March::sum_volumes(BlockSums& sums, const double* t, int n) const {
   sums = {};
   for (const VolumeEntry& entry : entries_) {
     if (!entry.active) continue;
@@ -80,9 +109,9 @@ void March::evaluate(BlockSums& sums, const double* t, int n) const {
     over_shutter(v, points, [&](const Points& q, const float* share, const int* from) {
       Shaded shaded;
       if (v.matte) {
-        // A plain color, as opaque as the gas is.
-        density(shaded.extinction, v, q);
-        for (std::size_t c = 0; c < 3; ++c)
+        // Emission in proportion to extinction shows the plain color, as opaque as the gas.
+        shade_extinction(shaded.extinction, v, q);
+        for (int c = 0; c < 3; ++c)
           for (int i = 0; i < q.n; ++i)
             shaded.emission.c[c][i] = v.matteColor[c] * shaded.extinction[i];
       } else {
@@ -92,7 +121,7 @@ void March::evaluate(BlockSums& sums, const double* t, int n) const {
       for (int i = 0; i < q.n; ++i) {
         const int at = from[i];
         const float s = shaded.extinction[i] * share[i];
-        for (auto c = 0; c < 3; ++c) sums.emission.c[c][at] += shaded.emission.c[c][i] * share[i];
+        for (int c = 0; c < 3; ++c) sums.emission.c[c][at] += shaded.emission.c[c][i] * share[i];
         sums.extinction[at] += s;
         sums.sigma[at] += s * scale;
       }
@@ -100,7 +129,7 @@ void March::evaluate(BlockSums& sums, const double* t, int n) const {
   }
 }
 
-void March::evaluate_shadow(float* sigma, const double* t, int n) const {
+void March::sum_sigma(float* sigma, const double* t, int n) const {
   std::fill_n(sigma, kBlock, 0.0f);
   for (const VolumeEntry& entry : entries_) {
     if (!entry.active) continue;
@@ -108,149 +137,149 @@ void March::evaluate_shadow(float* sigma, const double* t, int n) const {
     place(points, entry, t, n);
     over_shutter(*entry.volume, points, [&](const Points& q, const float* share, const int* from) {
       alignas(64) float extinction[kBlock];
-      density(extinction, *entry.volume, q);
+      shade_extinction(extinction, *entry.volume, q);
       const float scale = entry.volume->sigmaScale;
       for (int i = 0; i < q.n; ++i) sigma[from[i]] += extinction[i] * share[i] * scale;
     });
   }
 }
 
-// With what is left of the ray below the cutoff, every second ray ends, with nothing, and the
-// others count twice: the mean stays, and no ray marches on through darkness.
-bool March::roulette() {
+// Below the cutoff, half of the rays end with transmittance 0 and the others count twice. The mean
+// stays the same, and rays don't march on through darkness.
+bool March::survives_roulette() {
   if (!(transmittance_ * incoming_ < renderer_.cutoff)) return true;
   transmittance_ = random_.coin() ? 0 : 2 * transmittance_;
   return transmittance_ > 0;
 }
 
-// Over a step of length dt, in which E, S and K are constant,
+// Over a step of length dt, with constant E, S and K and with loss = 1 - e^(-K dt),
 //
-//     radiance += T (1 - e^(-K dt)) / S E,   T *= e^(-K dt)
+//     radiance += T loss / S E,   T *= 1 - loss
 //
-// Dividing by S rather than K leaves the color of gas independent of the object's scale.
-bool March::add_step(const BlockSums& sums, const float* loss, int i) {
+// Dividing by S instead of K makes the color of gas independent of the object's scale.
+bool March::add_step(const BlockSums& sums, float loss, int i) {
   if (!(sums.extinction[i] > 0)) return true;
-  const double w = transmittance_ * loss[i] / sums.extinction[i];
-  for (auto c = 0; c < 3; ++c) radiance_[c] += w * sums.emission.c[c][i];
-  transmittance_ *= 1 - static_cast<double>(loss[i]);
-  return roulette();
+  const double w = transmittance_ * loss / sums.extinction[i];
+  for (int c = 0; c < 3; ++c) radiance_[c] += w * sums.emission.c[c][i];
+  transmittance_ *= 1 - static_cast<double>(loss);
+  return survives_roulette();
 }
 
-bool March::view(double a, double b) {
-  const Steps s = steps(&RenderVolume::viewStep);
-  if (!(s.least > 0) || !(b > a)) return true;
-  return renderer_.adaptive ? view_adaptive(a, b, s) : view_fixed(a, b, s);
+double March::contribution(const BlockSums& sums, float loss, int i) const {
+  const Color E = sums.emission.at(i);
+  return transmittance_ * incoming_ * loss / sums.extinction[i] * std::max({E[0], E[1], E[2]});
+}
+
+bool March::view(double begin, double end) {
+  const StepLengths lengths = step_lengths(&RenderVolume::viewStep);
+  if (!(lengths.shortest > 0) || !(end > begin)) return true;
+  return renderer_.adaptive ? view_adaptive(begin, end, lengths) : view_fixed(begin, end, lengths);
 }
 
 template <class Body>
-bool March::each_block(double a, double b, const Steps& steps, const Body& body) {
-  const double count = std::min(std::ceil((b - a) / steps.least), kMostSteps);
-  const double dt = (b - a) / count;
-  const double first = a + random_.uniform() * dt;
-  for (double done = 0; done < count;) {
-    const double start = first + done * dt;
-    if (steps.skips) {
-      const double empty = std::floor(empty_distance_at(start) / dt);
+bool March::for_each_block(double begin, double end, const StepLengths& lengths, const Body& body) {
+  const double count = std::min(std::ceil((end - begin) / lengths.shortest), kMostSteps);
+  const double step = (end - begin) / count;
+  const double first = begin + random_.uniform() * step;
+  for (double taken = 0; taken < count;) {
+    const double start = first + taken * step;
+    if (lengths.skip_empty) {
+      const double empty = std::floor(empty_distance_at(start) / step);
       if (empty >= 1) {
-        done += empty;
+        taken += empty;
         continue;
       }
     }
-    const int n = static_cast<int>(std::min<double>(kBlock, count - done));
+    const int n = std::min<double>(kBlock, count - taken);
     double t[kBlock];
-    for (int i = 0; i < kBlock; ++i) t[i] = start + std::min(i, n - 1) * dt;
-    if (!body(t, n, dt)) return false;
-    done += n;
+    for (int i = 0; i < kBlock; ++i) t[i] = start + std::min(i, n - 1) * step;
+    if (!body(t, n, step)) return false;
+    taken += n;
   }
   return true;
 }
 
-bool March::view_fixed(double a, double b, const Steps& steps) {
+bool March::view_fixed(double begin, double end, const StepLengths& lengths) {
   BlockSums sums;
   alignas(64) float depth[kBlock], loss[kBlock];
-  return each_block(a, b, steps, [&](const double* t, int n, double dt) {
-    evaluate(sums, t, n);
-    for (int i = 0; i < kBlock; ++i) depth[i] = sums.sigma[i] * static_cast<float>(dt);
+  return for_each_block(begin, end, lengths, [&](const double* t, int n, double step) {
+    sum_volumes(sums, t, n);
+    for (int i = 0; i < kBlock; ++i) depth[i] = sums.sigma[i] * static_cast<float>(step);
     march_kernels().absorb(loss, depth, n);
     for (int i = 0; i < n; ++i)
-      if (!add_step(sums, loss, i)) return false;
+      if (!add_step(sums, loss[i], i)) return false;
     return true;
   });
 }
 
-// Steps halve where they contribute much and double where they contribute little. The first one has
-// a random length, which shifts the others; they cover [a, b] exactly. Several steps of the present
-// length are evaluated at once, and dropped when the length changes among them.
-bool March::view_adaptive(double a, double b, const Steps& steps) {
-  const double most = (b - a) / std::min(std::ceil((b - a) / steps.most), kMostSteps);
-  double len = std::max(steps.least, (b - a) / kMostSteps);
-  double lo = a, hi = std::min(a + random_.uniform() * len, b);
-  int width = 4;
+// Steps halve where they contribute much and double where they contribute little. Together they
+// cover [begin, end] exactly.
+bool March::view_adaptive(double begin, double end, const StepLengths& lengths) {
+  const double whole = end - begin;
+  const double longest = whole / std::min(std::ceil(whole / lengths.longest), kMostSteps);
+  double step = std::max(lengths.shortest, whole / kMostSteps);
+  // The first step has a random length. It shifts all others, so that rays side by side don't
+  // sample the gas in the same layers.
+  double done = begin, next_end = std::min(begin + random_.uniform() * step, end);
+  int count = kFirstSteps;
+  StepRun run;
   BlockSums sums;
-  alignas(64) float depth[kBlock], loss[kBlock];
-  while (b > lo) {
-    double ends[kBlock], t[kBlock];
-    int n = 0;
-    for (double from = lo, to = hi; n < width && from < b;) {
-      ends[n] = to;
-      t[n++] = 0.5 * (from + to);
-      from = to;
-      to = std::min(from + len, b);
-    }
-    std::fill(t + n, t + kBlock, t[n - 1]);
-    evaluate(sums, t, n);
-    std::fill_n(depth, kBlock, 0.0f);
-    for (int i = 0; i < n; ++i)
-      depth[i] = sums.sigma[i] * static_cast<float>(ends[i] - (i > 0 ? ends[i - 1] : lo));
-    march_kernels().absorb(loss, depth, n);
+  alignas(64) float depth[kBlock]{}, loss[kBlock];
+  while (done < end) {
+    // Evaluate several steps of the present length at once, each in its middle.
+    plan_steps(run, done, next_end, end, step, count);
+    sum_volumes(sums, run.middles, run.n);
+    for (int i = 0; i < run.n; ++i) depth[i] = sums.sigma[i] * run.lengths[i];
+    march_kernels().absorb(loss, depth, run.n);
 
+    // Take them one by one until the length changes. The others are dropped.
     bool changed = false;
-    for (int i = 0; i < n && !changed; ++i) {
+    for (int i = 0; i < run.n && !changed; ++i) {
       if (!(sums.extinction[i] > 0)) {
-        lo = ends[i];
+        done = run.ends[i];
         continue;
       }
-      const Color E = sums.emission.at(i);
-      const double m =
-          transmittance_ * incoming_ * loss[i] / sums.extinction[i] * std::max({E[0], E[1], E[2]});
-      if (len > steps.least && m > renderer_.adaptiveThreshold) {
-        len *= 0.5;
+      const double light = contribution(sums, loss[i], i);
+      if (step > lengths.shortest && light > renderer_.adaptiveThreshold) {
+        step *= 0.5;  // this step is tried again at half its length
         changed = true;
-        break;
+        continue;
       }
-      if (!add_step(sums, loss, i)) return false;
-      lo = ends[i];
-      if (2 * len <= most && renderer_.adaptiveThreshold * 0.25 > m) {
-        len *= 2;
+      if (!add_step(sums, loss[i], i)) return false;
+      done = run.ends[i];
+      if (2 * step <= longest && light < renderer_.adaptiveThreshold * 0.25) {
+        step *= 2;
         changed = true;
       }
     }
-    hi = std::min(lo + len, b);
-    width = changed ? 4 : std::min(2 * width, kBlock);
+    next_end = std::min(done + step, end);
+    // Near a change of length few steps are dropped; far from it full blocks are evaluated.
+    count = changed ? kFirstSteps : std::min(2 * count, kBlock);
   }
   return true;
 }
 
-bool March::shadow(double a, double b) {
-  const Steps s = steps(&RenderVolume::shadowStep);
-  if (!(s.least > 0) || !(b > a)) return true;
-  // Optical depth so far, less ln 2 for each time that the roulette spared the ray.
-  const double sum = -std::log(transmittance_ * incoming_);
-  const double limit = -std::log(renderer_.cutoff);
+bool March::shadow(double begin, double end) {
+  const StepLengths lengths = step_lengths(&RenderVolume::shadowStep);
+  if (!(lengths.shortest > 0) || !(end > begin)) return true;
+  // Roulette as in survives_roulette, in optical depths. To double the transmittance is to take
+  // ln 2 from the depth.
+  const double depth_before = -std::log(transmittance_ * incoming_);
+  const double cutoff_depth = -std::log(renderer_.cutoff);
+  double depth = 0;  // of this stretch
   alignas(64) float sigma[kBlock];
-  double added = 0;
-  const bool whole = each_block(a, b, s, [&](const double* t, int n, double dt) {
-    evaluate_shadow(sigma, t, n);
+  const bool whole = for_each_block(begin, end, lengths, [&](const double* t, int n, double step) {
+    sum_sigma(sigma, t, n);
     for (int i = 0; i < n; ++i) {
       if (!(sigma[i] > 0)) continue;
-      added += sigma[i] * dt;
-      if (sum + added <= limit) continue;
+      depth += sigma[i] * step;
+      if (depth_before + depth <= cutoff_depth) continue;
       if (random_.coin()) return false;
-      added -= std::numbers::ln2;
+      depth -= std::numbers::ln2;
     }
     return true;
   });
-  transmittance_ *= whole ? std::exp(-added) : 0;
+  transmittance_ *= whole ? std::exp(-depth) : 0;
   return whole;
 }
 

@@ -1,4 +1,4 @@
-// Marches one ray over stretches on which the same volumes are active.
+// Marches one ray over stretches of it. Within a stretch the same volumes are active.
 #pragma once
 
 #include <span>
@@ -9,7 +9,7 @@
 
 namespace nbx {
 
-/// What all active volumes yield at the samples of a block.
+/// Sums over all active volumes at the samples of a block.
 struct BlockSums {
   Colors emission;
   alignas(64) float extinction[kBlock];  // S, per unit of density
@@ -21,38 +21,43 @@ class March {
  public:
   March(const VolumeRenderer& renderer, RayRecord& ray, std::span<const VolumeEntry> entries);
 
-  /// Light and transmittance over [a, b] with the active entries. False once the ray has ended.
-  bool view(double a, double b);
-  /// Transmittance over [a, b].
-  bool shadow(double a, double b);
+  /// Light and transmittance over [begin, end] of the active entries. False once the ray has ended.
+  bool view(double begin, double end);
+  /// Transmittance alone over [begin, end].
+  bool shadow(double begin, double end);
   void finish();
 
  private:
-  struct Steps {
-    double least, most;  // lengths
-    bool skips;          // samples may be left out where the proximity says that nothing shows
+  struct StepLengths {
+    double shortest, longest;  // in world units
+    bool skip_empty;           // samples may be skipped where the proximity says that nothing shows
   };
-  Steps steps(double RenderVolume::*share) const;
-  /// Calls body(t, n, dt) for blocks of n samples that lie dt apart over [a, b], the first at a
-  /// random place within dt, until it gives false, which is then the result.
-  template <class Body>
-  bool each_block(double a, double b, const Steps& steps, const Body& body);
-  bool view_fixed(double a, double b, const Steps& steps);
-  bool view_adaptive(double a, double b, const Steps& steps);
-
-  void evaluate(BlockSums& sums, const double* t, int n) const;
-  void evaluate_shadow(float* sigma, const double* t, int n) const;
+  /// `share` is the step that each volume wants, in voxels: viewStep or shadowStep.
+  StepLengths step_lengths(double RenderVolume::*share) const;
   double empty_distance_at(double t) const;
-  bool add_step(const BlockSums& sums, const float* loss, int i);
-  bool roulette();
+
+  bool view_fixed(double begin, double end, const StepLengths& lengths);
+  bool view_adaptive(double begin, double end, const StepLengths& lengths);
+  /// Covers [begin, end] with samples `step` apart, the first at a random place within a step, and
+  /// calls body(t, n, step) for each block of n samples. Stops if it returns false, and returns
+  /// that.
+  template <class Body>
+  bool for_each_block(double begin, double end, const StepLengths& lengths, const Body& body);
+
+  void sum_volumes(BlockSums& sums, const double* t, int n) const;
+  void sum_sigma(float* sigma, const double* t, int n) const;
+  /// How much light a step adds: the largest channel.
+  double contribution(const BlockSums& sums, float loss, int i) const;
+  bool add_step(const BlockSums& sums, float loss, int i);
+  bool survives_roulette();
 
   const VolumeRenderer& renderer_;
   RayRecord& ray_;
   std::span<const VolumeEntry> entries_;
   RayRandom random_;
-  double transmittance_ = 1;        // of what was marched so far
+  double transmittance_ = 1;        // of the stretches so far
   double radiance_[3] = {0, 0, 0};  // before the record's own transmittance
-  double incoming_;                 // the record's largest transmittance
+  double incoming_;                 // the largest channel of the record's transmittance
 };
 
 }  // namespace nbx

@@ -1,10 +1,8 @@
-// A dense grid of three floats per cell: light. Laid out as Field is, x fastest, with the three
-// values of a cell side by side.
+// A dense grid of light, three floats per cell. Cells lie in memory as in Field, x fastest, and the
+// three values of a cell lie side by side.
 #pragma once
 
-#include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstddef>
 #include <vector>
 
@@ -19,20 +17,17 @@ struct Field3 {
   std::vector<float> data;  // 3 * nx * ny * nz
 
   Field3() = default;
-  /// Throws std::bad_alloc where there is no memory for it.
+  /// Throws std::bad_alloc if there isn't enough memory.
   Field3(const Vec3i& size, float value) : dims(size), data(count() * 3, value) {}
 
-  std::size_t count() const {
-    return static_cast<std::size_t>(dims[0]) * static_cast<std::size_t>(dims[1]) *
-           static_cast<std::size_t>(dims[2]);
+  /// Number of cells.
+  static std::size_t count(const Vec3i& n) { return std::size_t(n[0]) * n[1] * n[2]; }
+  /// Index of a cell, not of a float.
+  static std::size_t index(const Vec3i& n, int i, int j, int k) {
+    return i + std::size_t(n[0]) * (j + std::size_t(n[1]) * k);
   }
-  /// The number of a cell, not of a float.
-  std::size_t index(int i, int j, int k) const {
-    return static_cast<std::size_t>(i) +
-           static_cast<std::size_t>(dims[0]) *
-               (static_cast<std::size_t>(j) +
-                static_cast<std::size_t>(dims[1]) * static_cast<std::size_t>(k));
-  }
+  std::size_t count() const { return count(dims); }
+  std::size_t index(int i, int j, int k) const { return index(dims, i, j, k); }
   float* cell(std::size_t index) { return data.data() + 3 * index; }
   const float* cell(std::size_t index) const { return data.data() + 3 * index; }
 };
