@@ -30,11 +30,11 @@ struct Flow {
       params.trace_fwd[a] = &fwd[a];
     }
     params.dt = params.dx = 1;
-    params.settings = &settings;
+    params.domain = &domain;
   }
 
   MField velocity[3], back[3], fwd[3];
-  SimSettings settings;
+  Domain domain;
   AdvectionParams params;
 };
 

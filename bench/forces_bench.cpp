@@ -2,7 +2,7 @@
 #include "bench/passes.h"
 #include "math/spline_operators.h"
 #include "math/wavelet_noise.h"
-#include "simulation/curl_noise.h"
+#include "simulation/fluid/curl_noise.h"
 #include "simulation/vorticity.h"
 
 namespace nbx {

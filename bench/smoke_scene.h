@@ -10,17 +10,17 @@ inline constexpr int kSmokeCells = 128;
 
 class MovingSource : public SceneEvaluator {
  public:
-  void read_settings(Simulation3D& sim, double) override {
-    SimSettings& s = sim.settings;
-    s.domain_box = {{0, 0, 0}, {kSmokeCells - 1, kSmokeCells - 1, kSmokeCells - 1}};
-    s.face_closed = {0, 0, 1, 0, 0, 0};
-    s.max_substeps = 1;
-    s.dx = 0.02;
-    s.frame_duration = 0.04;
-    s.channel_params[kDensity].buoyancy = 0;
-    s.channel_params[kDensity].box_threshold = -1;
+  StepSettings read_settings(const RunView& run, double) override {
+    StepSettings s{run.params, run.domain};
+    s.domain.domain_box = {{0, 0, 0}, {kSmokeCells - 1, kSmokeCells - 1, kSmokeCells - 1}};
+    s.domain.face_closed = {0, 0, 1, 0, 0, 0};
+    s.domain.dx = 0.02;
+    s.params.max_substeps = 1;
+    s.params.channel_params[kDensity].buoyancy = 0;
+    s.params.channel_params[kDensity].box_threshold = -1;
+    return s;
   }
-  void update_inputs(Simulation3D& sim, double) override {
+  void update_inputs(const RunView&, StepSources& sources, double) override {
     SparseField<float, 3> weights;
     const int x0 = 40 + ++frame_ % 40;
     for (int z = 56; z < 72; ++z)
@@ -30,9 +30,9 @@ class MovingSource : public SceneEvaluator {
               .data[SparseField<float, 3>::voxel_index(x & 7, y & 7, z & 7)] = 1;
     SimulationObjectParameters object;
     object.amounts = {{kDensity, 1}, {kTemperature, 1}};
-    sim.add_source_object(object, weights);
+    sources.add_source_object(object, weights);
   }
-  void update_solids(Simulation3D&, double) override {}
+  Solids update_solids(const RunView&, double) override { return {}; }
 
  private:
   int frame_ = 0;
@@ -41,10 +41,11 @@ class MovingSource : public SceneEvaluator {
 /// A run of `frames` frames: a plume to look at or to move on.
 struct SmokeRun {
   explicit SmokeRun(int frames) {
-    sim.settings.simulated_channels = {kDensity, kTemperature};
-    sim.settings.start_time = sim.settings.sim_time = time;
+    sim.params.simulated_channels = {kDensity, kTemperature};
+    sim.clock.sim_time = time;
+    sim.clock.frame_duration = 0.04;
     sim.init_state(scene);
-    sim.apply_box(sim.settings.domain_box);
+    sim.apply_box(sim.domain.domain_box);
     for (int i = 0; i < frames; ++i) sim.update(scene, time, nullptr);
   }
 

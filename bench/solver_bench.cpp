@@ -3,8 +3,8 @@
 
 #include "bench/passes.h"
 #include "math/multigrid_solver3d.h"
+#include "simulation/fluid/project.h"
 #include "simulation/fluid_tools3d.h"
-#include "simulation/project.h"
 
 namespace nbx::bench {
 namespace {
@@ -30,11 +30,11 @@ struct Jet {
   static constexpr int n = 130;
   Field<float> U{n + 1, n, n}, V{n, n + 1, n}, W{n, n, n + 1}, phi{n, n, n};
   Field<float> Us{n + 1, n, n}, Vs{n, n + 1, n}, Ws{n, n, n + 1};
-  SimSettings settings;
+  Domain domain;
   MultigridSolver3D solver;
 
   Jet() {
-    settings.domain_box = settings.active_box = {{0, 0, 0}, {n - 3, n - 3, n - 3}};
+    domain.domain_box = domain.active_box = {{0, 0, 0}, {n - 3, n - 3, n - 3}};
     for (Field<float>* f : {&Us, &Vs, &Ws}) std::fill_n(f->data(), f->count(), 0.0f);
     for (int k = 0; k < n; ++k)
       for (int j = 0; j < n; ++j)
@@ -71,8 +71,7 @@ void bench_project(benchmark::State& state, bool solid) {
       fields.Ws = &jet.Ws;
     }
     const Timer timer;
-    const SolveResult result =
-        project(jet.solver, fields, jet.settings, closed_faces(jet.settings), 5, nullptr);
+    const SolveResult result = project(jet.solver, fields, jet.domain, {}, 5, nullptr);
     best = std::min(best, timer.seconds());
     cycles = result.cycles;
     residual = result.residual;

@@ -63,7 +63,7 @@ void CommandDialog::started(const RunPlan& plan) {
 }
 
 void CommandDialog::progress(const FrameTime& time, const Simulation3D& sim, int done, int total) {
-  if (done < total) report_->step(time.frame(), sim.settings, sim.steps_remaining(), done, total);
+  if (done < total) report_->step(time.frame(), sim.clock, sim.steps_remaining(), done, total);
 }
 
 void CommandDialog::substep_done(const FrameTime& time, const Simulation3D& sim) {

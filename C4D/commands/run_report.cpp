@@ -43,20 +43,19 @@ std::string RunReport::line(int number, double frames_done) const {
   return result + ", " + format_size(resident_memory(), 2);
 }
 
-void RunReport::step(int frame, const SimSettings& settings, int steps_remaining, int done,
-                     int total) {
+void RunReport::step(int frame, const StepClock& step, int steps_remaining, int done, int total) {
   if (since_line_.seconds() < kSecondsBetweenLines || total <= 0) return;
   since_line_.lap();
   char substep[48];
-  std::snprintf(substep, sizeof substep, ", substep %d of %d", settings.step_index + 1,
-                settings.step_index + steps_remaining);
+  std::snprintf(substep, sizeof substep, ", substep %d of %d", step.step_index + 1,
+                step.step_index + steps_remaining);
   context_.Progress(line(frame + 1, frames_done_ + static_cast<double>(done) / total) + substep,
                     false);
 }
 
 void RunReport::substep(int frame, const Simulation3D& sim) {
   if (!context_.Json()) return;
-  const SimSettings& s = sim.settings;
+  const StepClock& s = sim.clock;
   if (s.step_index == 1) times_before_ = {};
   host::EventFields fields{
       {"frame", std::int64_t{frame + 1}}, {"substep", std::int64_t{s.step_index}}, {"dt", s.dt}};
@@ -82,7 +81,7 @@ void RunReport::frame(int number, Simulation3D& sim) {
   if (!context_.Json()) return;
 
   host::EventFields fields{{"frame", std::int64_t{number}},
-                           {"substeps", std::int64_t{sim.settings.step_index}},
+                           {"substeps", std::int64_t{sim.clock.step_index}},
                            {"seconds", seconds}};
   add_times(fields, sim.stage_times());
   fields.emplace_back("seconds_store", sim.stage_times().sav);
@@ -96,8 +95,7 @@ void RunReport::frame(int number, Simulation3D& sim) {
 void RunReport::note_losses(int number, Simulation3D& sim) {
   const std::array<bool, 6> touches = touched_faces(sim);
   for (std::size_t f = 0; f < 6; ++f)
-    if (touches[f] && sim.settings.face_closed[f] == 0 && !leaves_from_[f])
-      leaves_from_[f] = number;
+    if (touches[f] && sim.domain.face_closed[f] == 0 && !leaves_from_[f]) leaves_from_[f] = number;
 }
 
 std::string RunReport::losses() const {

@@ -19,7 +19,7 @@ class RunReport {
 
   /// A point within the frame after `frame`: `done` of `total` parts are through. Cheap: most calls
   /// show nothing.
-  void step(int frame, const SimSettings& settings, int steps_remaining, int done, int total);
+  void step(int frame, const StepClock& step, int steps_remaining, int done, int total);
 
   /// The end of a substep of the frame after `frame`.
   void substep(int frame, const Simulation3D& sim);

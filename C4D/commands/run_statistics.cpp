@@ -19,7 +19,7 @@ void add_times(host::EventFields& fields, const StageTimes& t) {
 }
 
 void add_extent(host::EventFields& fields, const Simulation3D& sim) {
-  const IntBox& box = sim.settings.active_box;
+  const IntBox& box = sim.domain.active_box;
   std::vector<double> corners;
   std::int64_t cells = 0;
   if (!box.empty()) {

@@ -6,7 +6,6 @@
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/run/run_checks.h"
 #include "C4D/run/simulation_thread.h"
-#include "C4D/run/workspace.h"
 #include "C4D/services/host_access.h"
 #include "C4D/services/host_conversion.h"
 #include "C4D/settings/scene_settings.h"
@@ -14,6 +13,7 @@
 #include "C4D/settings/volume_grid.h"
 #include "cache/bcf_format.h"
 #include "math/field_pool.h"
+#include "simulation/workspace.h"
 #include "util/cuda_use_flags.h"
 #include "util/exception.h"
 #include "util/format_size.h"
@@ -69,28 +69,24 @@ bool SimulationThread::prepare(host::BaseObject* object) {
   block_pool().release_unused();
   make_simulation();
   if (!open_cache()) return give_up("Failed to create cache for sim", false);
-  SimSettings& s = sim_->settings;
-  read_run_settings(s, *object);
+  read_run_settings(sim_->params, sim_->sink, *object);
   if (!render_thread_) post_event(kSimulationEvent, kEventStarted, text_record(object->GetName()));
 
   emitters_ = std::make_unique<EmitterSampler>(*object);
   solids_ = std::make_unique<SolidSampler>(*object);
   source_tags_ = find_source_tags(document);
-  if (s.simulated_channels.empty()) warn("no channel is simulated");
+  if (sim_->params.simulated_channels.empty()) warn("no channel is simulated");
   if (source_tags_.empty()) warn("the scene has no enabled emitter tag");
   const TimeRange range = time_range(*object);
   const Fraction length = frame_length(document.GetFps());
   const auto at = [&length](const host::BaseTime& t) { return FrameTime{to_fraction(t), length}; };
   start_time_ = at(range.start);
   end_time_ = at(range.end);
-  s.start_time = start_time_;
-  s.frame_duration = start_time_.length.value();
+  sim_->clock.frame_duration = start_time_.length.value();
   evaluate_at(range.start);
 
-  const VolumeGrid grid = volume_grid(*object, s.voxel_size);
+  const VolumeGrid grid = volume_grid(*object, sim_->params.voxel_size);
   if (const std::string wrong = what_is_wrong(grid); !wrong.empty()) throw Exception(wrong);
-  s.domain_box = grid.box();
-  s.world_to_grid = grid.world_to_grid;
   if (const std::string question = missing_memory(); !question.empty() && !ask(question))
     return give_up(render_thread_ ? question : "the user stopped the run, which needs more memory",
                    true);
@@ -98,10 +94,10 @@ bool SimulationThread::prepare(host::BaseObject* object) {
   time_ = start_time_;
   const Origin origin = load_state();
   const bool goes_on = origin == Origin::kContinued;
-  s.target_cache->recount_bytes(time_.frame());
+  sim_->sink.target_cache->recount_bytes(time_.frame());
   if (dialog_)
     dialog_->started({goes_on ? time_.frame() + 1 : time_.frame(), end_time_.frame(), grid.dims(),
-                      s.target_cache->directory()});
+                      sim_->sink.target_cache->directory()});
   if (fraction_less(start_time_.time, time_.time)) pre_roll();
   evaluate_at(to_base_time(time_.time));
   finish_state(origin);
@@ -121,11 +117,12 @@ void SimulationThread::make_simulation() {
     const std::lock_guard lock(sim_lock_);
     sim_ = std::move(sim);
   }
+  cuda_use_flags().use_gpu = true;
   if (dialog_) set_device(cuda_use_flags(), dialog_->device());
 }
 
 bool SimulationThread::open_cache() {
-  const std::shared_ptr<BFS> cache = sim_->settings.target_cache = volume_cache(*object_, true);
+  const std::shared_ptr<BFS> cache = sim_->sink.target_cache = volume_cache(*object_, true);
   if (!cache) return false;
   const ParameterReader p(*object_);
   cache->codec = p.flag(OVOLUME_COMPRESS_CACHE) ? Codec::kPredictive : Codec::kRunLength;
@@ -137,13 +134,14 @@ bool SimulationThread::open_cache() {
 
 /// What the machine lacks for a run in a full domain, in a line; empty if nothing.
 std::string SimulationThread::missing_memory() {
-  const VolumeGrid grid = volume_grid(*object_, sim_->settings.voxel_size);
+  const VolumeGrid grid = volume_grid(*object_, sim_->params.voxel_size);
   const Vec3i n = grid.dims();
   const std::string domain = "a domain of " + std::to_string(n[0]) + " x " + std::to_string(n[1]) +
                              " x " + std::to_string(n[2]) + " voxels ";
   if ((n[0] + 3.0) * (n[1] + 3.0) * (n[2] + 3.0) > static_cast<double>(kBcfMaxCells))
     throw Exception(domain + "is more than a frame file can hold");
-  const double need = workspace_bytes(sim_->settings, grid.cells, emitters_->has_solids());
+  const double need =
+      workspace_bytes(sim_->params, sim_->sink, grid.cells, emitters_->has_solids());
   const std::uint64_t have = physical_memory();
   if (have == 0 || need <= static_cast<double>(have)) return {};
   const std::string size = format_size(static_cast<std::uint64_t>(std::min(need, 1e19)), 2);

@@ -18,7 +18,7 @@ void SimulationThread::save_last_state() {
     LogMessage() << "NOT storing simulation state - remaining steps > 0";
     return;
   }
-  save_state(last_state_file(sim_->settings.target_cache->directory()));
+  save_state(last_state_file(sim_->sink.target_cache->directory()));
 }
 
 void SimulationThread::save_state_if_due() {
@@ -27,7 +27,7 @@ void SimulationThread::save_state_if_due() {
   const bool last = stop_at_frame_end_ || !fraction_less(time_.time, end_time_.time);
   if (every < 1 || frame % every != 0 || last) return;
   // Who goes on from a state makes the frames after it, so all others must be there.
-  BFS& store = *sim_->settings.target_cache;
+  BFS& store = *sim_->sink.target_cache;
   if (store.finish_writes())
     save_state(state_file(store.directory(), frame));
   else
@@ -53,7 +53,7 @@ void SimulationThread::save_state(const std::string& path) {
 
 /// States of other runs, and of this one all but the last few.
 void SimulationThread::remove_other_states() {
-  const std::string directory = sim_->settings.target_cache->directory();
+  const std::string directory = sim_->sink.target_cache->directory();
   remove_unfinished_states(directory);
   int kept = 0;
   for (const StateFile& state : list_states(directory)) {

@@ -44,11 +44,11 @@ SimulationThread::Origin SimulationThread::load_state() {
 
 /// Takes what the frame doesn't hold, with the document at the run's time.
 void SimulationThread::finish_state(Origin origin) {
-  SimSettings& s = sim_->settings;
+  StepClock& clock = sim_->clock;
   const Fraction scale = time_scale(*object_);
   // A state that goes on keeps its clock: the scale of time may have changed on the way to it.
-  if (origin != Origin::kContinued) s.sim_time.time = time_.time * scale;
-  s.sim_time.length = time_.length * scale;
+  if (origin != Origin::kContinued) clock.sim_time.time = time_.time * scale;
+  clock.sim_time.length = time_.length * scale;
   if (origin == Origin::kAnew) return;
   const std::optional<StateNotes>& notes = state_->notes;
   if (origin == Origin::kContinued) {
@@ -61,8 +61,8 @@ void SimulationThread::finish_state(Origin origin) {
     sim_->fluid().set_wind_seen(notes->wind);
     tell_differences(*notes);
   } else if (FluidSystem::has_velocity(state_->frame)) {
-    read_step_settings(s, *object_, s.sim_time.length.value());
-    sim_->fluid().set_wind_seen({s.wind_direction, s.wind_speed});
+    const double dt = clock.sim_time.length.value();
+    sim_->fluid().set_wind_seen(read_step_settings(sim_->view(), *object_, dt).domain.wind);
   }
   evaluate(object_->GetDocument(), time_.time.value());  // as the last substep left it
   solids_->remember_points();
@@ -82,7 +82,7 @@ void SimulationThread::tell_differences(const StateNotes& notes) {
 /// Steps the document from the run's start to its time as a run would, so that particles stand
 /// where they would.
 void SimulationThread::pre_roll() {
-  const double length = time_.length.value(), voxel = sim_->settings.voxel_size;
+  const double length = time_.length.value(), voxel = sim_->params.voxel_size;
   const std::int64_t frames = time_.frame() - start_time_.frame();
   for (std::int64_t f = 0; f < frames && !stop_now_; ++f) {
     const double start = start_time_.time.value() + static_cast<double>(f) * length;

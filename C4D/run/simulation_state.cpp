@@ -16,9 +16,9 @@ namespace {
 
 constexpr char kLastState[] = "LastSimState.bcf";
 
-SimSettings with_all_channels(const SimSettings& settings) {
-  SimSettings all = settings;
-  for (int key = kVelocity; key <= kSecondVelocity; ++key) all.cached_channels.insert(key);
+std::set<int> all_channels() {
+  std::set<int> all;
+  for (int key = kVelocity; key <= kSecondVelocity; ++key) all.insert(key);
   return all;
 }
 
@@ -92,8 +92,8 @@ bool write_state(const std::string& path, Simulation3D& sim, const FrameTime& ti
                  const StateNotes& notes, std::string& reason) {
   SimFrame frame;
   frame.ownsData = false;
-  sim.fill_frame(frame, with_all_channels(sim.settings), time);
-  const BFS& store = *sim.settings.target_cache;
+  sim.fill_frame(frame, all_channels(), time);
+  const BFS& store = *sim.sink.target_cache;
   if (write_all(path, frame, notes, store.codec, store.sync, reason)) return true;
   LogMessage() << "Failed to store simulation state: " << reason;
   return false;

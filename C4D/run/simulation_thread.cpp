@@ -50,7 +50,7 @@ void SimulationThread::Main() {
 
 bool SimulationThread::step() {
   if (!evaluate_at(to_base_time(time_.time))) stop(true);
-  sim_->settings.sim_time.length = time_.length * time_scale(*object_);
+  sim_->clock.sim_time.length = time_.length * time_scale(*object_);
   sim_->update(*this, time_, this);
   if (sim_->steps_remaining() > 0) return false;
   if (dialog_) dialog_->frame_done(time_, *sim_);
@@ -72,14 +72,14 @@ void SimulationThread::substep_done(const Simulation3D& sim) {
 }
 
 void SimulationThread::report_lost() {
-  if (dialog_) dialog_->frames_lost(sim_->settings.target_cache->take_lost_frames());
+  if (dialog_) dialog_->frames_lost(sim_->sink.target_cache->take_lost_frames());
 }
 
 void SimulationThread::cleanup() {
-  if (sim_ && sim_->settings.target_cache) {
+  if (sim_ && sim_->sink.target_cache) {
     if (frame_done_) save_last_state();
-    if (!sim_->settings.target_cache->finish_writes() && failure_.empty())
-      failure_ = "frames wait to be saved: " + sim_->settings.target_cache->last_error();
+    if (!sim_->sink.target_cache->finish_writes() && failure_.empty())
+      failure_ = "frames wait to be saved: " + sim_->sink.target_cache->last_error();
     report_lost();
   }
   {
@@ -110,17 +110,17 @@ bool SimulationThread::evaluate_at(const host::BaseTime& time) {
   return document.ExecutePasses(evaluating_thread(), true, true, true);
 }
 
-void SimulationThread::read_settings(Simulation3D& sim, double dt) {
+StepSettings SimulationThread::read_settings(const RunView& run, double dt) {
   if (dialog_) set_device(cuda_use_flags(), dialog_->device());
-  read_step_settings(sim.settings, *object_, dt);
+  return read_step_settings(run, *object_, dt);
 }
 
-void SimulationThread::update_inputs(Simulation3D& sim, double dt) {
-  emitters_->update_inputs(sim, time_.time.value(), dt);
+void SimulationThread::update_inputs(const RunView& run, StepSources& sources, double dt) {
+  emitters_->update_inputs(run, sources, time_.time.value(), dt);
 }
 
-void SimulationThread::update_solids(Simulation3D& sim, double dt) {
-  solids_->update_solids(sim, dt);
+Solids SimulationThread::update_solids(const RunView& run, double dt) {
+  return solids_->update_solids(run, dt);
 }
 
 SimulationThread& simulation_thread() {

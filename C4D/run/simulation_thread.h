@@ -112,9 +112,9 @@ class SimulationThread final : public host::C4DThread, private SceneEvaluator, p
   }
   void report_lost();
 
-  void read_settings(Simulation3D& sim, double dt) override;
-  void update_inputs(Simulation3D& sim, double dt) override;
-  void update_solids(Simulation3D& sim, double dt) override;
+  StepSettings read_settings(const RunView& run, double dt) override;
+  void update_inputs(const RunView& run, StepSources& sources, double dt) override;
+  Solids update_solids(const RunView& run, double dt) override;
   bool progress(int done, int total) override;
   void substep_done(const Simulation3D& sim) override;
 

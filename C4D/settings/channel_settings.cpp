@@ -9,7 +9,7 @@ namespace nbx {
 
 namespace {
 
-constexpr double kMostDecay = 0.999999;  // of an exponential decay, in a frame
+constexpr double kMostDecay = 0.999999;  // largest fraction per frame of an exponential decay
 
 double at_least_0(const ParameterReader& p, std::int32_t id) { return std::max(p.real(id), 0.0); }
 
@@ -62,21 +62,21 @@ int selected_channel(const ParameterReader& p, std::int32_t id) {
   }
 }
 
-void read_channel_sets(SimSettings& s, const ParameterReader& p) {
+void read_channel_sets(SolverParams& params, FrameSink& sink, const ParameterReader& p) {
   const auto channel = [&](int key, std::int32_t simulate, std::int32_t cache) {
     if (!p.flag(simulate)) return;
-    s.simulated_channels.insert(key);
-    if (p.flag(cache)) s.cached_channels.insert(key);
+    params.simulated_channels.insert(key);
+    if (p.flag(cache)) sink.cached_channels.insert(key);
   };
   channel(kDensity, OVOLUME_SIMULATE_DENSITY, OVOLUME_CACHE_DENSITY);
   channel(kTemperature, OVOLUME_SIMULATE_TEMPERATURE, OVOLUME_CACHE_TEMPERATURE);
   channel(kFuel, OVOLUME_SIMULATE_FUEL, OVOLUME_CACHE_FUEL);
   channel(kBurn, OVOLUME_SIMULATE_BURN, OVOLUME_CACHE_BURN);
-  if (p.flag(OVOLUME_CACHE_VELOCITY)) s.cached_channels.insert(kVelocity);
-  if (p.flag(OVOLUME_CACHE_SOLID)) s.cached_channels.insert(kSolid);
+  if (p.flag(OVOLUME_CACHE_VELOCITY)) sink.cached_channels.insert(kVelocity);
+  if (p.flag(OVOLUME_CACHE_SOLID)) sink.cached_channels.insert(kSolid);
 }
 
-void read_channel_params(SimSettings& s, const ParameterReader& p) {
+void read_channel_params(SolverParams& params, const ParameterReader& p) {
   const auto common = [&](int key, std::int32_t diffusion, std::int32_t threshold) {
     ChannelParams channel = default_channel_params(key);
     channel.diffusion = at_least_0(p, diffusion) * 0.01;
@@ -86,17 +86,17 @@ void read_channel_params(SimSettings& s, const ParameterReader& p) {
   ChannelParams temperature =
       common(kTemperature, OVOLUME_DIFFUSION_TEMPERATURE, OVOLUME_BOX_THRESHOLD_TEMPERATURE);
   read_smoke(temperature, p, OVOLUME_BUOYANCY_TEMPERATURE, OVOLUME_DIRECTION_TEMPERATURE,
-             OVOLUME_DECAY_TEMPERATURE, s.unit_scale);
+             OVOLUME_DECAY_TEMPERATURE, params.unit_scale);
   ChannelParams density =
       common(kDensity, OVOLUME_DIFFUSION_DENSITY, OVOLUME_BOX_THRESHOLD_DENSITY);
   read_smoke(density, p, OVOLUME_BUOYANCY_DENSITY, OVOLUME_DIRECTION_DENSITY, OVOLUME_DECAY_DENSITY,
-             s.unit_scale);
+             params.unit_scale);
   ChannelParams fuel = common(kFuel, OVOLUME_DIFFUSION_FUEL, OVOLUME_BOX_THRESHOLD_FUEL);
-  read_fuel(fuel, p, s.unit_scale);
+  read_fuel(fuel, p, params.unit_scale);
   ChannelParams burn = common(kBurn, OVOLUME_DIFFUSION_BURN, OVOLUME_BOX_THRESHOLD_BURN);
   read_burn(burn, p);
   for (ChannelParams* channel : {&temperature, &density, &fuel, &burn})
-    s.channel_params[channel->key] = std::move(*channel);
+    params.channel_params[channel->key] = std::move(*channel);
 }
 
 }  // namespace nbx

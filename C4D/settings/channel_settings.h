@@ -1,19 +1,20 @@
-// Brings what the volume object says of the four channels, and of combustion between them, into the
-// settings of a run.
+// Reads the parameters of the four channels, and of the combustion between them, from a volume
+// object.
 #pragma once
 
 #include "C4D/parameters/parameter_reader.h"
-#include "simulation/sim_settings.h"
+#include "simulation/frame_sink.h"
+#include "simulation/solver_params.h"
 
 namespace nbx {
 
-/// Which channels exist and which are kept in frames.
-void read_channel_sets(SimSettings& settings, const ParameterReader& parameters);
+/// Adds the channels that exist to `params`, and those that frames hold to `sink`.
+void read_channel_sets(SolverParams& params, FrameSink& sink, const ParameterReader& parameters);
 
-/// The parameters of all channels.
-void read_channel_params(SimSettings& settings, const ParameterReader& parameters);
+/// Reads the parameters of all channels.
+void read_channel_params(SolverParams& params, const ParameterReader& parameters);
 
-/// The channel that a parameter selects, kNoChannel for none.
+/// The ChannelKey that a parameter selects, kNoChannel for none.
 int selected_channel(const ParameterReader& parameters, std::int32_t id);
 
 }  // namespace nbx

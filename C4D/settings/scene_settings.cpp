@@ -12,7 +12,7 @@ namespace nbx {
 
 namespace {
 
-/// How far the domain's center moves in world space until `seconds` from now, z negated.
+/// How far the center of the domain moves in world space within the next `seconds`, z negated.
 Vec3d motion(const host::BaseObject& volume, double seconds) {
   const double now = volume.GetDocument().GetTime().Get();
   const host::BaseTime then = host::BaseTime::FromSeconds(now + seconds);
@@ -21,34 +21,51 @@ Vec3d motion(const host::BaseObject& volume, double seconds) {
          to_flipped_vector(volume.GetMg() * center);
 }
 
-/// The wind as the domain feels it: that of the world less the domain's own motion.
-void read_wind(SimSettings& s, host::BaseObject& volume, double dt) {
+/// The wind relative to the domain: the wind of the world minus the motion of the domain.
+Wind read_wind(const RunView& run, const SolverParams& params, host::BaseObject& volume,
+               double dt) {
   const ParameterReader p(volume);
-  s.wind_direction = normalized(to_flipped_vector(p.vector(OVOLUME_WIND_DIRECTION)));
-  s.wind_speed = p.real(OVOLUME_WIND_SPEED) * s.unit_scale;
-  if (dt <= 0 || p.flag(OVOLUME_WIND_WORLD)) return;
-  const double document_dt = dt / s.sim_time.length.value() * s.frame_duration;
+  Wind wind{normalized(to_flipped_vector(p.vector(OVOLUME_WIND_DIRECTION))),
+            p.real(OVOLUME_WIND_SPEED) * params.unit_scale};
+  if (dt <= 0 || p.flag(OVOLUME_WIND_WORLD)) return wind;
+  const double document_dt = dt / run.clock.sim_time.length.value() * run.clock.frame_duration;
   const Vec3d moved = motion(volume, document_dt);
-  if (moved == Vec3d()) return;
-  const Vec3d wind = s.wind_direction * s.wind_speed - moved * (s.unit_scale / dt);
-  s.wind_speed = length(wind);
-  if (s.wind_speed > 0) s.wind_direction = wind * (1 / s.wind_speed);
+  if (moved == Vec3d()) return wind;
+  const Vec3d felt = wind.velocity() - moved * (params.unit_scale / dt);
+  wind.speed = length(felt);
+  if (wind.speed > 0) wind.direction = felt * (1 / wind.speed);
+  return wind;
 }
 
-void read_noise(SimSettings& s, const ParameterReader& p) {
-  set_noise_scale(s.noise, std::max(p.real(OVOLUME_NOISE_SIZE_MIN), 0.0),
-                  std::max(p.real(OVOLUME_NOISE_SIZE_MAX), 0.0), s.voxel_size,
-                  p.real(OVOLUME_NOISE_STRENGTH) * s.unit_scale, p.real(OVOLUME_NOISE_PERIOD));
-  s.noise.persistence = static_cast<float>(p.real(OVOLUME_NOISE_PERSISTENCE));
-  s.noise.driver_key = selected_channel(p, OVOLUME_NOISE_DRIVER);
-  s.noise.driver_spline = to_spline(p.curve(OVOLUME_NOISE_CURVE));
+void read_noise(SolverParams& params, const ParameterReader& p) {
+  NoiseParams& noise = params.noise;
+  set_noise_scale(noise, std::max(p.real(OVOLUME_NOISE_SIZE_MIN), 0.0),
+                  std::max(p.real(OVOLUME_NOISE_SIZE_MAX), 0.0), params.voxel_size,
+                  p.real(OVOLUME_NOISE_STRENGTH) * params.unit_scale, p.real(OVOLUME_NOISE_PERIOD));
+  noise.persistence = p.real(OVOLUME_NOISE_PERSISTENCE);
+  noise.driver_key = selected_channel(p, OVOLUME_NOISE_DRIVER);
+  noise.driver_spline = to_spline(p.curve(OVOLUME_NOISE_CURVE));
 }
 
-void read_motion(SimSettings& s, const ParameterReader& p) {
-  s.drag = std::clamp(p.real(OVOLUME_DRAG), 0.0, 1.0);
-  s.clamp_velocity = p.flag(OVOLUME_CLAMP_VELOCITY);
-  s.vorticity = p.real(OVOLUME_VORTICITY);
-  read_noise(s, p);
+void read_step_params(SolverParams& params, const ParameterReader& p) {
+  params.cfl = p.real(OVOLUME_CFL);
+  params.adaptive_tracer = p.flag(OVOLUME_ADAPTIVE_TRACER);
+  params.max_substeps = p.whole(OVOLUME_MAX_SUBSTEPS);
+  params.velocity_box_threshold = p.real(OVOLUME_VELOCITY_THRESHOLD) * params.unit_scale;
+  params.fit_to_walls = p.flag(OVOLUME_FIT_TO_WALLS);
+  params.mask_channels_by_solid = p.flag(OVOLUME_MASK_SOLID);
+  params.drag = std::clamp(p.real(OVOLUME_DRAG), 0.0, 1.0);
+  params.clamp_velocity = p.flag(OVOLUME_CLAMP_VELOCITY);
+  params.vorticity = p.real(OVOLUME_VORTICITY);
+  read_noise(params, p);
+  read_channel_params(params, p);
+}
+
+void read_walls(DomainSetup& domain, const ParameterReader& p) {
+  // The z axis of the grid is opposite to that of the host, so the two z faces change places.
+  const std::int32_t faces[6] = {OVOLUME_CLOSED_X_MIN, OVOLUME_CLOSED_X_MAX, OVOLUME_CLOSED_Y_MIN,
+                                 OVOLUME_CLOSED_Y_MAX, OVOLUME_CLOSED_Z_MAX, OVOLUME_CLOSED_Z_MIN};
+  for (int f = 0; f < 6; ++f) domain.face_closed[f] = p.flag(faces[f]) ? 1 : 0;
 }
 
 }  // namespace
@@ -58,37 +75,28 @@ Fraction time_scale(const host::BaseObject& volume) {
   return normalize({std::round(scale * 1e6), 1e6});
 }
 
-void read_run_settings(SimSettings& s, const host::BaseObject& volume) {
+void read_run_settings(SolverParams& params, FrameSink& sink, const host::BaseObject& volume) {
   const ParameterReader p(volume);
-  read_channel_sets(s, p);
-  s.voxel_size = p.real(OVOLUME_VOXEL_SIZE);
-  s.dx = s.voxel_size * s.unit_scale;
-  s.interp_points = p.flag(OVOLUME_ADVECT_CUBIC) ? 4 : 3;
-  s.cache_direct = p.flag(OVOLUME_CACHE_DIRECT);
+  read_channel_sets(params, sink, p);
+  params.voxel_size = p.real(OVOLUME_VOXEL_SIZE);
+  params.interp_points = p.flag(OVOLUME_ADVECT_CUBIC) ? 4 : 3;
+  sink.cache_direct = p.flag(OVOLUME_CACHE_DIRECT);
+  params.keep_traces = !sink.cache_direct;
 }
 
-void read_step_settings(SimSettings& s, host::BaseObject& volume, double dt) {
-  const VolumeGrid grid = volume_grid(volume, s.voxel_size);
+StepSettings read_step_settings(const RunView& run, host::BaseObject& volume, double dt) {
+  const VolumeGrid grid = volume_grid(volume, run.params.voxel_size);
   if (const std::string wrong = what_is_wrong(grid); !wrong.empty()) throw Exception(wrong);
-  s.world_to_grid = grid.world_to_grid;
-  s.domain_box = grid.box();
-
   const ParameterReader p(volume);
-  s.cfl = p.real(OVOLUME_CFL);
-  s.adaptive_tracer = p.flag(OVOLUME_ADAPTIVE_TRACER);
-  s.time_scale = time_scale(volume).value();
-  s.max_substeps = p.whole(OVOLUME_MAX_SUBSTEPS);
-  s.velocity_box_threshold = p.real(OVOLUME_VELOCITY_THRESHOLD) * s.unit_scale;
-  s.fit_to_walls = p.flag(OVOLUME_FIT_TO_WALLS);
-  s.mask_channels_by_solid = p.flag(OVOLUME_MASK_SOLID);
-  // The grid's z axis runs against the host's, so the two z faces change places.
-  const std::int32_t faces[6] = {OVOLUME_CLOSED_X_MIN, OVOLUME_CLOSED_X_MAX, OVOLUME_CLOSED_Y_MIN,
-                                 OVOLUME_CLOSED_Y_MAX, OVOLUME_CLOSED_Z_MAX, OVOLUME_CLOSED_Z_MIN};
-  for (std::size_t f = 0; f < 6; ++f) s.face_closed[f] = p.flag(faces[f]) ? 1 : 0;
-
-  read_motion(s, p);
-  read_channel_params(s, p);
-  read_wind(s, volume, dt);
+  StepSettings step{run.params, run.domain};
+  step.params.time_scale = time_scale(volume).value();
+  read_step_params(step.params, p);
+  step.domain.domain_box = grid.box();
+  step.domain.world_to_grid = grid.world_to_grid;
+  step.domain.dx = step.params.voxel_size * step.params.unit_scale;
+  read_walls(step.domain, p);
+  step.domain.wind = read_wind(run, step.params, volume, dt);
+  return step;
 }
 
 }  // namespace nbx

@@ -1,20 +1,22 @@
-// Brings the parameters of a volume object into the settings of a run.
+// Reads the settings of a run from the parameters of a volume object.
 #pragma once
 
 #include "host/interface/scene.h"
-#include "simulation/sim_settings.h"
+#include "simulation/frame_sink.h"
+#include "simulation/scene_evaluator.h"
 
 namespace nbx {
 
-/// What stays the same over a run: channels, voxel, sampling. The voxel's edge must be above 0.
-void read_run_settings(SimSettings& settings, const host::BaseObject& volume);
+/// Reads what is constant over a run: channels, voxel size, sampling, what frames hold. The voxel
+/// size must be above 0.
+void read_run_settings(SolverParams& params, FrameSink& sink, const host::BaseObject& volume);
 
-/// What may be animated, as it is at the document's time; `dt` is the substep's length in seconds
-/// of simulation time, 0 for the first frame. Moves the document in time and back. Throws Exception
-/// if the domain became impossible.
-void read_step_settings(SimSettings& settings, host::BaseObject& volume, double dt);
+/// The settings of a substep at the document's time: `run` with all that may be animated read
+/// again. `dt` is the length of the substep in seconds of simulation time, 0 for the first frame.
+/// Moves the document in time and back. Throws Exception if the domain became impossible.
+StepSettings read_step_settings(const RunView& run, host::BaseObject& volume, double dt);
 
-/// The factor of the simulation's clock, a fraction in millionths.
+/// Seconds of simulation time per second of the document, a fraction in millionths.
 Fraction time_scale(const host::BaseObject& volume);
 
 }  // namespace nbx

@@ -42,7 +42,7 @@ void read_amounts(SimulationObjectParameters& source, const ParameterReader& p, 
 
 }  // namespace
 
-SimulationObjectParameters source_parameters(const host::BaseTag& tag, const SimSettings& settings,
+SimulationObjectParameters source_parameters(const host::BaseTag& tag, const SolverParams& params,
                                              double frames) {
   const ParameterReader p(tag);
   SimulationObjectParameters source;
@@ -51,18 +51,16 @@ SimulationObjectParameters source_parameters(const host::BaseTag& tag, const Sim
   source.transform = to_affine(tag.GetObject()->GetMg());
   source.transform.rows[2] = -source.transform.rows[2];
   source.transform.translation[2] *= -1;
-  source.direction = to_vector(p.vector(TVOLUME_DIRECTION)) * settings.unit_scale;
-  source.normal_force = p.real(TVOLUME_NORMAL_FORCE) * settings.unit_scale * frames;
-  source.velocity_transfer = p.real(TVOLUME_VELOCITY_TRANSFER) * settings.unit_scale;
+  source.direction = to_vector(p.vector(TVOLUME_DIRECTION)) * params.unit_scale;
+  source.normal_force = p.real(TVOLUME_NORMAL_FORCE) * params.unit_scale * frames;
+  source.velocity_transfer = p.real(TVOLUME_VELOCITY_TRANSFER) * params.unit_scale;
 
-  source.thickness = std::max(p.real(TVOLUME_THICKNESS) / settings.voxel_size, kSmallestThickness);
+  source.thickness = std::max(p.real(TVOLUME_THICKNESS) / params.voxel_size, kSmallestThickness);
   source.fill = p.flag(TVOLUME_FILL);
   source.particle_map = particle_map(p.whole(TVOLUME_PARTICLE_MAP));
   source.particle_curve = to_spline(p.curve(TVOLUME_PARTICLE_CURVE));
 
-  source.world_to_grid = settings.world_to_grid;
-  source.time = settings.sim_time.time.value() + settings.frame_elapsed;
-  source.time_scale = settings.time_scale;
+  source.time_scale = params.time_scale;
   return source;
 }
 

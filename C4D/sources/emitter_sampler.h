@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "host/interface/scene.h"
-#include "simulation/simulation3d.h"
+#include "simulation/scene_evaluator.h"
 
 namespace nbx {
 
@@ -14,25 +14,25 @@ class EmitterSampler {
   /// Finds the enabled tags.
   explicit EmitterSampler(host::BaseObject& volume);
 
-  /// Hands every tag's source to `sim`, once for each voxel that the fastest point of any source
-  /// moves in this substep (or as often as the volume object says), so that a fast source leaves no
-  /// gaps; joins the boxes of solids to `sim.keep_box`. `frame_start` is the document time of the
+  /// Adds the source of every tag, once for each voxel that the fastest point of any source moves
+  /// in this substep (or as often as the volume object says), so that a fast source leaves no gaps.
+  /// Adds the boxes of solids to `sources.keep_box`. `frame_start` is the document time of the
   /// frame in seconds. Leaves the document at the end of the substep. Throws what the host's
   /// textures throw.
-  void update_inputs(Simulation3D& sim, double frame_start, double dt);
+  void update_inputs(const RunView& run, StepSources& sources, double frame_start, double dt);
 
   std::size_t tags() const { return tags_.size(); }
   /// Whether the scene has solids.
   bool has_solids() const;
 
  private:
-  void sample(Simulation3D& sim, host::BaseTag& tag, double frames);
-  void add_meshes(Simulation3D& sim, const host::BaseTag& tag,
+  void sample(const RunView& run, StepSources& sources, host::BaseTag& tag, double frames);
+  void add_meshes(const RunView& run, StepSources& sources, const host::BaseTag& tag,
                   const SimulationObjectParameters& source);
 
   host::BaseObject& volume_;
   std::vector<host::BaseTag*> tags_;  // in the order of the tree
-  SparseField<float, 3> weights_;     // of one tag; kept for its memory
+  SparseField<float, 3> weights_;     // of one tag; kept to reuse its memory
 };
 
 }  // namespace nbx

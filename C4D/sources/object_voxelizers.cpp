@@ -9,7 +9,7 @@ namespace nbx {
 
 namespace {
 
-/// A channel of a material, as the tag lays it over a mesh.
+/// A channel of a material, placed on a mesh by a texture tag.
 class MaterialPicture final : public SurfaceTexture {
  public:
   MaterialPicture(const host::BaseMaterial& material, int channel, const host::BaseTag& tag)
@@ -31,7 +31,7 @@ class MaterialPicture final : public SurfaceTexture {
   const double time_;
 };
 
-/// The last texture tag of the object or, if it has none, of the nearest one above that has.
+/// The last texture tag of the object, or of the nearest parent that has one.
 host::BaseTag* texture_tag(host::BaseObject* object) {
   for (; object; object = object->GetUp()) {
     host::BaseTag* last = nullptr;
@@ -42,7 +42,7 @@ host::BaseTag* texture_tag(host::BaseObject* object) {
   return nullptr;
 }
 
-/// Null if the object shows no material that has the channel.
+/// Null if the object has no material with the channel.
 std::shared_ptr<const SurfaceTexture> picture(host::BaseObject& object, int channel) {
   const host::BaseTag* tag = channel < 0 ? nullptr : texture_tag(&object);
   if (!tag) return nullptr;
@@ -60,14 +60,14 @@ DetachedPolygonObject detach(const SourceMesh& source, int channel) {
   host::PolygonObject& mesh = *source.mesh;
   DetachedPolygonObject detached;
   detached.to_world = to_affine(mesh.GetMg());
-  const auto points = static_cast<std::size_t>(mesh.GetPointCount());
+  const std::size_t points = mesh.GetPointCount();
   detached.points.reserve(points);
   for (std::size_t i = 0; i < points; ++i)
     detached.points.push_back(to_vector(mesh.GetPointR()[i]));
   if (const float* weights = mesh.GetWeightR())
     detached.corner_weights.assign(weights, weights + points);
 
-  const auto polygons = static_cast<std::size_t>(mesh.GetPolygonCount());
+  const std::size_t polygons = mesh.GetPolygonCount();
   detached.polygons.reserve(polygons);
   for (std::size_t i = 0; i < polygons; ++i) {
     const host::CPolygon& p = mesh.GetPolygonR()[i];
@@ -76,7 +76,7 @@ DetachedPolygonObject detach(const SourceMesh& source, int channel) {
   if (source.selection) {
     detached.selection.resize(polygons);
     for (std::size_t i = 0; i < polygons; ++i)
-      detached.selection[i] = source.selection->IsSelected(static_cast<std::int32_t>(i));
+      detached.selection[i] = source.selection->IsSelected(i);
   }
 
   detached.texture = picture(mesh, channel);

@@ -1,4 +1,4 @@
-// The host's meshes as the records that voxelizers walk.
+// Copies meshes of the host into the records that voxelizers walk.
 #pragma once
 
 #include <vector>
@@ -8,11 +8,11 @@
 
 namespace nbx {
 
-/// A copy of the mesh, or of the polygons that are selected of it, in the world at the document's
-/// time. `channel` is the number of the host::MaterialChannel that scales a source on the mesh, -1
-/// for none: the copy then has the picture of it, which reads the material as a renderer does and
-/// lasts until the document is evaluated again. A mesh whose material lacks the channel has none;
-/// where a material that isn't tiled ends, the picture is 0.
+/// A copy of the mesh, or of its selected polygons, at the document's time. `channel` is the number
+/// of the host::MaterialChannel that scales a source on the mesh, -1 for none. The copy gets a
+/// texture that reads this channel as a renderer does; it is valid until the document is evaluated
+/// again. A mesh whose material lacks the channel gets none. Outside of a material that isn't tiled
+/// the texture is 0.
 DetachedPolygonObject detach(const SourceMesh& mesh, int channel);
 
 std::vector<DetachedPolygonObject> detach(const std::vector<SourceMesh>& meshes, int channel);

@@ -2,7 +2,6 @@
 
 #include "scene/cell_center_voxelizer.h"
 #include "scene/particle_voxelizer.h"
-#include "scene/velocity_voxelizer.h"
 
 namespace nbx {
 
@@ -30,18 +29,15 @@ void emit(SparseField<float, 3>& weights, const host::BaseObject& object,
   voxelize_particles(CellCenterVoxelizer(weights, box, {parameters.thickness}), spheres);
 }
 
-void push(Simulation3D& sim, const host::BaseObject& object,
-          const SimulationObjectParameters& parameters, double strength) {
+void push(const FaceFields& velocity, const host::BaseObject& object,
+          const SimulationObjectParameters& parameters, const IntBox& box, double strength) {
   ParticleColumns columns = needed(parameters);
   columns.velocity = true;
   const ParticleTable table = make_table(object, columns);
-  const IntBox& box = sim.settings.domain_box;
   const ParticleSpheres spheres(table, parameters, box);
   const std::size_t blocks = spheres.block_bound();
-  for (SparseField<float, 3>* field : sim.velocity_sources())
-    field->hash_resize(field->blocks().size() + blocks);
-  voxelize_particles(
-      VelocityVoxelizer(sim.velocity_sources(), box, {parameters.thickness}, strength), spheres);
+  for (SparseField<float, 3>* field : velocity) field->hash_resize(field->blocks().size() + blocks);
+  voxelize_particles(VelocityVoxelizer(velocity, box, {parameters.thickness}, strength), spheres);
 }
 
 }  // namespace
@@ -75,8 +71,9 @@ ParticleTable make_table(const host::BaseObject& object, const ParticleColumns& 
   return table;
 }
 
-void add_particle_sources(Simulation3D& sim, SparseField<float, 3>& weights,
-                          host::BaseObject& object, const SimulationObjectParameters& parameters) {
+void add_particle_sources(SparseField<float, 3>& weights, const FaceFields& velocity,
+                          host::BaseObject& object, const SimulationObjectParameters& parameters,
+                          const IntBox& box) {
   const double strength = parameters.velocity_transfer * parameters.time_scale;
   const bool emits = has_emission(parameters);
   std::vector<host::BaseObject*> stack{&object};
@@ -85,8 +82,8 @@ void add_particle_sources(Simulation3D& sim, SparseField<float, 3>& weights,
     stack.pop_back();
     if (!top->GetDeformMode()) continue;
     if (is_source(*top)) {
-      if (emits) emit(weights, *top, parameters, sim.settings.domain_box);
-      if (strength > 0) push(sim, *top, parameters, strength);
+      if (emits) emit(weights, *top, parameters, box);
+      if (strength > 0) push(velocity, *top, parameters, box, strength);
     }
     for (host::BaseObject* child = top->GetDown(); child; child = child->GetNext())
       stack.push_back(child);

@@ -3,7 +3,8 @@
 
 #include "host/interface/scene.h"
 #include "scene/particle_table.h"
-#include "simulation/simulation3d.h"
+#include "scene/velocity_voxelizer.h"
+#include "simulation/simulation_object_parameters.h"
 
 namespace nbx {
 
@@ -12,14 +13,15 @@ struct ParticleColumns {
   bool active = true, position = true, velocity = false, age = false, mass = false, size = false;
 };
 
-/// The particles of an emitter or a group at the document's time. An emitter's particles have no
+/// The particles of an emitter or a group at the document's time. Particles of an emitter have no
 /// mass and no size. Any other object gives an empty table.
 ParticleTable make_table(const host::BaseObject& object, const ParticleColumns& columns);
 
-/// Adds the particles of `object` and of what lies under it, without what is switched off: what
-/// they emit to `weights`, and the share of their velocity that the parameters name to the
-/// simulation's velocity sources.
-void add_particle_sources(Simulation3D& sim, SparseField<float, 3>& weights,
-                          host::BaseObject& object, const SimulationObjectParameters& parameters);
+/// Adds the particles of `object` and of all objects below it that are switched on: what they emit
+/// to `weights`, and `velocity_transfer` of their velocity to `velocity`, both in the cells of
+/// `box`.
+void add_particle_sources(SparseField<float, 3>& weights, const FaceFields& velocity,
+                          host::BaseObject& object, const SimulationObjectParameters& parameters,
+                          const IntBox& box);
 
 }  // namespace nbx

@@ -13,7 +13,7 @@ namespace nbx {
 
 namespace {
 
-/// Meshes whose points carry one running index over all of them.
+/// Meshes whose points are numbered through all of them.
 std::vector<DetachedPolygonObject> detach_indexed(const std::vector<SourceMesh>& meshes) {
   std::vector<DetachedPolygonObject> detached = detach(meshes, -1);
   int index = 0;
@@ -24,12 +24,6 @@ std::vector<DetachedPolygonObject> detach_indexed(const std::vector<SourceMesh>&
   return detached;
 }
 
-std::shared_ptr<MField> faces(const Vec3i& cells, int axis) {
-  Vec3i dims = cells;
-  ++dims[axis];
-  return std::make_shared<MField>(kCpu, dims);
-}
-
 }  // namespace
 
 SolidSampler::SolidSampler(host::BaseObject& volume) {
@@ -37,8 +31,8 @@ SolidSampler::SolidSampler(host::BaseObject& volume) {
     if (is_solid(*tag)) tags_.push_back(tag);
 }
 
-/// Motion since the last call, in the world's axes with z negated, whichever way the domain is
-/// turned; remembers where the points are now.
+/// Motion since the last call, times `scale`, along the axes of the world with z negated, even if
+/// the domain is rotated. Keeps where the points are now.
 std::vector<Vec3f> SolidSampler::vertex_velocities(const std::vector<SourceMesh>& meshes,
                                                    double scale) {
   std::vector<Vec3d> vertices;
@@ -69,18 +63,18 @@ std::vector<SourceMesh> SolidSampler::meshes() const {
   return all;
 }
 
-void SolidSampler::update_solids(Simulation3D& sim, double dt) {
-  if (tags_.empty()) return;
+Solids SolidSampler::update_solids(const RunView& run, double dt) {
+  if (tags_.empty()) return {};
   const std::vector<SourceMesh> meshes = this->meshes();
-  const SimSettings& s = sim.settings;
-  const std::vector<Vec3f> velocities = vertex_velocities(meshes, dt > 0 ? s.unit_scale / dt : 0);
-  if (s.active_box.empty() || meshes.empty()) return;
+  const std::vector<Vec3f> velocities =
+      vertex_velocities(meshes, dt > 0 ? run.params.unit_scale / dt : 0);
+  const Domain& domain = run.domain;
+  if (domain.active_box.empty() || meshes.empty()) return {};
 
   Stopwatch watch;
-  const Vec3i origin = s.active_box.lo - Vec3i(1, 1, 1);
-  const Vec3i dims = s.active_box.size() + Vec3i(2, 2, 2);
-  Affine3d to_cells = s.world_to_grid;
-  to_cells.translation -= vector_cast<double>(origin);
+  const Vec3i dims = domain.center_dims();
+  Affine3d to_cells = domain.world_to_grid;
+  to_cells.translation -= vector_cast<double>(domain.origin());
   const std::vector<DetachedPolygonObject> detached = detach_indexed(meshes);
   const PolygonWalk walk(detached, to_cells);
   grid_.reset(dims);
@@ -90,17 +84,18 @@ void SolidSampler::update_solids(Simulation3D& sim, double dt) {
   classify_inside(grid_, PolygonObjectContainer(walk, {Vec3i(), dims - Vec3i(1, 1, 1)}));
   LogMessage() << "solid classification in " << watch.lap();
 
-  Solids& solids = sim.solids;
+  Solids solids;
   solids.phi = std::make_shared<MField>(kCpu, dims);
   post_process_voxelized(solids.phi->overwrite_cpu(), ids_, grid_);
   LogMessage() << "solid post-process in " << watch.lap();
 
-  solids.u = faces(dims, 0);
-  solids.v = faces(dims, 1);
-  solids.w = faces(dims, 2);
+  solids.u = std::make_shared<MField>(kCpu, domain.face_dims(0));
+  solids.v = std::make_shared<MField>(kCpu, domain.face_dims(1));
+  solids.w = std::make_shared<MField>(kCpu, domain.face_dims(2));
   set_solid_velocities(solids.u->overwrite_cpu(), solids.v->overwrite_cpu(),
                        solids.w->overwrite_cpu(), solids.phi->read_cpu(), ids_, velocities);
   LogMessage() << "solid velocities in " << watch.lap();
+  return solids;
 }
 
 }  // namespace nbx

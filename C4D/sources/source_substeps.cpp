@@ -12,7 +12,7 @@ namespace nbx {
 
 namespace {
 
-// A source that jumps across the scene, as at a cut, must not hold up the run.
+// A limit for sources that jump across the scene, as at a cut.
 constexpr double kMostSourceSubsteps = 1024;
 
 /// All points of all sources at a time, in cells.
@@ -40,7 +40,7 @@ int source_substeps(host::BaseObject& volume, const std::vector<host::BaseTag*>&
   if (tags.empty() || end <= start) return 1;
   const std::vector<Vec3d> before = points_at(volume, tags, voxel_size, start);
   const std::vector<Vec3d> after = points_at(volume, tags, voxel_size, end);
-  if (before.size() != after.size()) return 1;  // the points can't be told apart
+  if (before.size() != after.size()) return 1;  // there is no telling which point is which
 
   double farthest = 0;  // squared
   for (std::size_t i = 0; i < before.size(); ++i) {

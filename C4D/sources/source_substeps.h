@@ -7,8 +7,8 @@
 
 namespace nbx {
 
-/// The number that the volume object gives or else one sample for each voxel that the fastest point
-/// of any tag's meshes moves, seen from the domain, between two times in seconds of the document;
+/// The number that the volume object gives. Without one, a sample for each voxel that the fastest
+/// point of the tagged meshes moves, relative to the domain, between two document times in seconds;
 /// at least 1. May leave the document at either time.
 int source_substeps(host::BaseObject& volume, const std::vector<host::BaseTag*>& tags,
                     double voxel_size, double start, double end);

@@ -21,7 +21,7 @@ bool has_particles(host::BaseObject& object) {
   return object.GetType() == host::kParticleEmitter || object.GetType() == host::kParticleGroup;
 }
 
-/// The mesh that an entry of a selection list selects from; null, with a log line, for any other.
+/// The mesh of an entry of a selection list; null, with a log line, if it can't be used.
 host::PolygonObject* selected_mesh(host::BaseList2D& entry) {
   if (entry.GetType() != host::kSelectionTag) {
     LogMessage() << "Unsupported tag in selection list. Type " << entry.GetType();

@@ -7,18 +7,18 @@
 
 namespace nbx {
 
-/// All enabled emitter tags: objects depth first in the order of the tree, tags in that of the
-/// object.
+/// All enabled emitter tags: objects depth first in the order of the tree, the tags of an object in
+/// their order.
 std::vector<host::BaseTag*> find_source_tags(host::BaseDocument& document);
 
-/// The tag's object, if it counts: null, with a log line, if there is none; null if it or anything
-/// above it is switched off.
+/// The object of the tag. Null, with a log line, if there is none; null if it or a parent is
+/// switched off.
 host::BaseObject* source_object(const host::BaseTag& tag);
 
 bool is_solid(const host::BaseTag& tag);
 
-/// The meshes of `object` and of what lies under it, those of generators included, without what is
-/// switched off. Objects with particles have sources of their own kind and add none.
+/// The meshes of `object` and of all objects below it that are switched on, including those of
+/// generators. Particle objects are left out: they are sources of their own kind.
 std::vector<host::PolygonObject*> gather_polygon_objects(host::BaseObject& object);
 
 struct SourceMesh {
@@ -26,11 +26,11 @@ struct SourceMesh {
   host::SelectionTag* selection = nullptr;  // null: all polygons
 };
 
-/// The meshes that a tag emits from: what its selections select or, without any, all that
-/// gather_polygon_objects finds. A selection that can't be used costs a log line.
+/// The meshes that a tag emits from: those of its selections or, without any, all that
+/// gather_polygon_objects finds. A selection that can't be used is logged and skipped.
 std::vector<SourceMesh> source_meshes(const host::BaseTag& tag);
 
-/// The meshes of a solid: always whole, since selections say only where a tag emits.
+/// The meshes of a solid. Selections don't matter: they only say where a tag emits.
 std::vector<SourceMesh> solid_meshes(const host::BaseTag& tag);
 
 }  // namespace nbx

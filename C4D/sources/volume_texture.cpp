@@ -48,7 +48,7 @@ std::unique_ptr<const VolumeTexture> volume_texture(const host::BaseTag& tag, do
 }
 
 void scale_by_texture(SparseField<float, 3>& weights, const VolumeTexture& texture) {
-  const auto blocks = static_cast<std::ptrdiff_t>(weights.blocks().size());
+  const std::ptrdiff_t blocks = weights.blocks().size();
   std::exception_ptr failure;
 #pragma omp parallel for schedule(dynamic, 1)
   for (std::ptrdiff_t i = 0; i < blocks; ++i) {

@@ -9,9 +9,9 @@
 
 namespace nbx {
 
-/// The brightness of the tag's shader at `time` seconds; null if it has none. The shader's
-/// coordinates are meters from the domain's first cell along the grid's axes, so the texture goes
-/// with the domain. It lasts until the document is evaluated again.
+/// The brightness of the shader of the tag at `time` seconds; null if it has none. Its coordinates
+/// are meters from the first cell of the domain along the axes of the grid, so the texture moves
+/// with the domain. It is valid until the document is evaluated again.
 std::unique_ptr<const VolumeTexture> volume_texture(const host::BaseTag& tag, double time,
                                                     double voxel_size);
 

@@ -116,12 +116,11 @@ void save_cache(host::BaseObject& volume, host::SaveAssets& assets) {
     volume.GetDataInstance().SetFilename(OVOLUME_CACHE_NAME, {copied->second});
     return;
   }
-  const CacheDirData copy =
-      free_place(project.absoluteFilePath(kCaches).toStdString(),
-                 QDir(QString::fromStdString(source)).dirName().toStdString(),
-                 [&](const std::string& folder) {
-                   return !is_taken(assets, folder) && store->copy_fits(folder);
-                 });
+  const CacheDirData copy = free_place(
+      project.absoluteFilePath(kCaches).toStdString(),
+      QDir(QString::fromStdString(source)).dirName().toStdString(), [&](const std::string& folder) {
+        return !is_taken(assets, folder) && store->copy_fits(folder);
+      });
   if (!project.mkpath(kCaches)) {
     LogMessage() << "Failed to create cache directory in " << assets.folder.path;
     assets.failures.push_back("volume \"" + name + "\": " + load_string(10009) + ": " +

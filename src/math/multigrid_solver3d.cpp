@@ -45,7 +45,6 @@ double next_width(double h, double s, int n) { return n % 2 == 1 && n != 1 ? h +
 }  // namespace
 
 void MultigridSolver3D::setup(int nx, int ny, int nz, Field<float>& r0, Field<float>& buffer) {
-  const std::lock_guard<std::mutex> guard(lock_);
   levels_.clear();
   if (std::min({nx, ny, nz}) < 3) return;
 
@@ -81,10 +80,7 @@ void MultigridSolver3D::setup(int nx, int ny, int nz, Field<float>& r0, Field<fl
                  << buffer.ny() << "," << buffer.nz() << "])";
 }
 
-void MultigridSolver3D::clear() {
-  const std::lock_guard<std::mutex> guard(lock_);
-  levels_.clear();
-}
+void MultigridSolver3D::clear() { levels_.clear(); }
 
 SolveResult MultigridSolver3D::solve(Field<float>& x, Field<float>& b, int expected_cycles,
                                      int max_cycles, float tolerance, SolverProgress* progress) {

@@ -8,7 +8,6 @@
 #pragma once
 
 #include <array>
-#include <mutex>
 #include <vector>
 
 #include "math/field.h"
@@ -64,7 +63,6 @@ class MultigridSolver3D {
   SolverProgress* progress_ = nullptr;
   int cycle_ = 0;
   int expected_cycles_ = 0;
-  std::mutex lock_;  // guards setup and clear
 };
 
 }  // namespace nbx

@@ -7,7 +7,7 @@ namespace nbx {
 
 namespace {
 
-constexpr double kRounding = 1e-7;  // of a weight to a float, and more
+constexpr double kRounding = 1e-7;  // more than the rounding of a weight to a float
 
 }  // namespace
 
@@ -30,7 +30,7 @@ void CellCenterVoxelizer::voxelize(const VoxelizationTriangle& triangle) const {
   scan.run([&](int x, int y, int z, double q, double) {
     if (q >= reach) return;
     float& cell = at.cell(x, y, z);
-    // Most cells have met a nearer triangle: no root for them.
+    // Most cells have already met a nearer triangle: skip the square root.
     const double within = (1 + kRounding - load(cell)) * thickness;
     if (q > within * within) return;
     const float w = profile_.weight(q);
@@ -51,7 +51,7 @@ void voxelize(SparseField<float, 3>& field, std::span<const VoxelizationTriangle
   for (const VoxelizationTriangle& t : triangles) {
     const int a = static_cast<int>(mesh.points.size());
     for (const Vec3f& p : {t.p0, t.p1, t.p2}) mesh.points.push_back(vector_cast<double>(p));
-    mesh.polygons.push_back({a, a + 2, a + 1, a + 1});  // the walk turns it back
+    mesh.polygons.push_back({a, a + 2, a + 1, a + 1});  // the walk swaps them back
   }
   voxelize(field, PolygonWalk({&mesh, 1}, Affine3d::identity()), box, profile);
 }

@@ -1,4 +1,5 @@
-// Emission from a surface: writes into a sparse field how near each cell is to the triangles.
+// Emission from a surface: writes a weight into each cell of a sparse field that is near a
+// triangle.
 #pragma once
 
 #include <span>
@@ -10,9 +11,9 @@
 
 namespace nbx {
 
-/// Writes the weights of the cells of `box` round triangles. Any number of threads may write into
-/// one field at once, once its map has room (SparseField::hash_resize): a cell near several
-/// triangles keeps the largest weight, whatever the order. A weight of 0 makes no block.
+/// Writes the weights of the cells of `box` around triangles. Any number of threads may write into
+/// one field at once if its map has room (SparseField::hash_resize): a cell near several triangles
+/// keeps the largest weight, whatever the order. A weight of 0 makes no block.
 class CellCenterVoxelizer {
  public:
   using Cursor = BlockCursor;  // of one thread
@@ -38,8 +39,8 @@ class CellCenterVoxelizer {
   ThicknessProfile profile_;
 };
 
-/// Voxelizes all triangles in parallel; what `field` held before is merged in. The values are the
-/// same bits for any number of threads, the order of the blocks isn't.
+/// Voxelizes all triangles in parallel and merges them into `field`. The values are the same bits
+/// for any number of threads; the order of the blocks may differ.
 void voxelize(SparseField<float, 3>& field, const PolygonWalk& walk, const IntBox& box,
               const ThicknessProfile& profile);
 

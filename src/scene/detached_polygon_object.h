@@ -1,5 +1,5 @@
-// A mesh as the scene hands it over: copied out of its host, so that it can be walked by any number
-// of threads and outlives the host's evaluation of the scene.
+// A copy of a mesh of the host: any number of threads may walk it, and it outlives the evaluation
+// of the scene by the host.
 #pragma once
 
 #include <array>
@@ -21,7 +21,7 @@ struct DetachedPolygonObject {
   // Optional: empty, or one entry for each polygon's corner, point or polygon.
   std::vector<std::array<Vec3f, 4>> uvw;  // per polygon
   std::vector<float> corner_weights;      // per point
-  std::vector<bool> selection;            // per polygon: only those that are set are walked
+  std::vector<bool> selection;            // per polygon: others are skipped
   std::shared_ptr<const SurfaceTexture> texture;
 
   int first_id = -1;  // running index of the first point; -1: the points have no ids

@@ -11,28 +11,25 @@ namespace nbx {
 
 namespace {
 
-/// A byte for each cell of a box, x fastest; bit `axis` belongs to the lines along that axis. First
-/// it says that the line crosses the surface just before the cell, in the end that the cell votes.
+/// A byte for each cell of a box, x fastest; bit `axis` belongs to the lines along that axis. At
+/// first it means that the line crosses the surface just before the cell, at the end that the line
+/// votes for "inside".
 struct Votes {
   IntBox box;
   Vec3i size;
   std::vector<std::uint8_t> bits;
 
   explicit Votes(const IntBox& cells) : box(cells), size(cells.size()) {
-    bits.resize(static_cast<std::size_t>(size[0]) * static_cast<std::size_t>(size[1]) *
-                static_cast<std::size_t>(size[2]));
+    bits.resize(std::size_t(size[0]) * size[1] * size[2]);
   }
   std::size_t index(int i, int j, int k) const {
-    return static_cast<std::size_t>(i) +
-           static_cast<std::size_t>(size[0]) *
-               (static_cast<std::size_t>(j) +
-                static_cast<std::size_t>(size[1]) * static_cast<std::size_t>(k));
+    return i + std::size_t(size[0]) * (j + std::size_t(size[1]) * k);
   }
   std::uint8_t* row(int j, int k) { return bits.data() + index(0, j, k); }
   const std::uint8_t* row(int j, int k) const { return bits.data() + index(0, j, k); }
 };
 
-/// The cells of `box` within the triangles' bounds: no other can be inside.
+/// The cells of `box` within the bounds of the triangles. All others are outside.
 IntBox cells_within(const std::vector<Bounds3f>& bounds, const IntBox& box) {
   if (bounds.empty() || box.empty()) return {};
   IntBox cells;
@@ -51,7 +48,7 @@ IntBox cells_within(const std::vector<Bounds3f>& bounds, const IntBox& box) {
   return cells;
 }
 
-/// Marks the crossings of all lines along one axis. A single crossing says nothing about a line.
+/// Marks the crossings of all lines along one axis. A line with a single crossing doesn't count.
 void mark_crossings(Votes& votes, int axis, const KdTree& tree,
                     const std::vector<PolygonObjectContainer::Triangle>& triangles) {
   const int inner = axis == 0 ? 1 : 0, outer = axis == 2 ? 1 : 2;
@@ -84,8 +81,8 @@ void mark_crossings(Votes& votes, int axis, const KdTree& tree,
   }
 }
 
-/// From crossings to votes: along each axis a cell's bit becomes the parity of all crossings up to
-/// it.
+/// From crossings to votes: along each axis the bit of a cell becomes the parity of all crossings
+/// before it.
 void sum_crossings(Votes& votes) {
   const int nx = votes.size[0], ny = votes.size[1], nz = votes.size[2];
 #pragma omp parallel

@@ -1,6 +1,5 @@
-// What lies inside of meshes, though they may have holes: each line of cells along x, y and z
-// counts how often it crosses the surface, and a cell is inside where at least two of the three say
-// so.
+// Finds the cells inside of meshes that may have holes: each line of cells along x, y and z counts
+// how often it crosses the surface, and two of the three lines through a cell decide.
 #pragma once
 
 #include "math/sparse_field.h"

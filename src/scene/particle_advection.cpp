@@ -10,12 +10,12 @@ namespace nbx {
 
 namespace {
 
-// A way of more cells than this is cut.
+// Longer paths, in cells, are cut.
 constexpr int kMostRounds = 10000;
 
 constexpr int kTypes[3] = {kGridVelocityX, kGridVelocityY, kGridVelocityZ};
 
-/// From the host's world to cells: the frame's matrix works on row vectors with z negated.
+/// From the world of the host to cells: the matrix of a frame works on row vectors with z negated.
 Affine3d cell_transform(const FrameGrid& grid) {
   const auto entry = [&](int row, int column) { return grid.gridMatrix[4 * row + column]; };
   Affine3d m;
@@ -51,13 +51,13 @@ Vec3d ParticleAdvection::velocity(const Vec3d& x) const {
   Vec3d v;
   for (int axis = 0; axis < 3; ++axis) {
     Vec3f at = vector_cast<float>(x);
-    at[axis] += 0.5f;  // the samples of an axis stand half a cell lower on it
+    at[axis] += 0.5f;  // the faces of an axis lie half a cell lower on it
     v[axis] = sample_linear(*fields_[axis], at[0], at[1], at[2]);
   }
   return v;
 }
 
-// In rounds of one cell's travel, of which the last two share what is left:
+// In steps of one cell; the last two share what is left:
 //
 //     x += h v(x),  h = 1 / max |v|
 bool ParticleAdvection::trace(Vec3d& moved, const Vec3d& position, double seconds) const {

@@ -1,4 +1,4 @@
-// Particles that follow the gas of a cached frame.
+// Moves particles with the gas of a cached frame.
 #pragma once
 
 #include <array>
@@ -8,18 +8,18 @@
 
 namespace nbx {
 
-/// The velocity of a frame, ready for tracing. It shares the frame's grids. Any number of threads
-/// may trace at once.
+/// The velocity of a frame, ready for tracing. It shares the grids of the frame. Any number of
+/// threads may trace at once.
 class ParticleAdvection {
  public:
-  /// Takes the velocity grids of `frame`; empty if one is missing. Throws what reading them throws.
+  /// Uses the velocity grids of `frame`; empty if one is missing. Throws what reading them throws.
   ParticleAdvection(SimFrame& frame, double unit_scale);
 
   bool empty() const { return !fields_[0]; }
 
-  /// How far a particle at `position` goes in `seconds` of the document: both in the host's world
-  /// coordinates, z not negated. False, with `moved` left alone, if it isn't inside of the gas that
-  /// was simulated.
+  /// How far a particle at `position` moves in `seconds` of the document: both in world coordinates
+  /// of the host, z not negated. False if it isn't inside of the simulated box; `moved` is then
+  /// left alone.
   bool trace(Vec3d& moved, const Vec3d& position, double seconds) const;
 
  private:

@@ -6,11 +6,10 @@ namespace nbx {
 
 namespace {
 
-/// Blocks of 8 cells that a box reaches into.
+/// The number of blocks that a box touches.
 std::size_t blocks(const IntBox& box) {
   std::size_t n = 1;
-  for (int a = 0; a < 3; ++a)
-    n *= static_cast<std::size_t>((box.hi[a] >> 3) - (box.lo[a] >> 3) + 1);
+  for (int a = 0; a < 3; ++a) n *= (box.hi[a] >> 3) - (box.lo[a] >> 3) + 1;
   return n;
 }
 
@@ -32,7 +31,7 @@ ParticleSpheres::ParticleSpheres(const ParticleTable& table,
       active_(table.column("active")),
       position_(vector_columns(table, "position")),
       velocity_(vector_columns(table, "velocity")) {
-  if (active_ && position_[0] && !box.empty()) rows_ = static_cast<std::ptrdiff_t>(table.rows());
+  if (active_ && position_[0] && !box.empty()) rows_ = table.rows();
   switch (parameters.particle_map) {
     case ParticleMap::kAge:
       mapped_ = table.column("age");

@@ -1,4 +1,4 @@
-// Particles as sources: each is a small sphere whose strength falls from its center to its rim.
+// Particles as sources: each is a small sphere whose strength falls from its center to its surface.
 #pragma once
 
 #include <cmath>
@@ -11,8 +11,8 @@
 
 namespace nbx {
 
-/// The particles of a table that can be seen from a box of cells, with all that a voxelizer needs.
-/// The table and the parameters must outlive it.
+/// The particles of a table as spheres in a box of cells. The table and the parameters must outlive
+/// it.
 class ParticleSpheres {
  public:
   /// Without the columns "active" and "position" there are none.
@@ -22,14 +22,14 @@ class ParticleSpheres {
   std::ptrdiff_t rows() const { return rows_; }
   double radius() const { return radius_; }
 
-  /// The cells of one particle's sphere, `center` in cells; empty for a particle that doesn't count
-  /// or whose center lies outside of the box.
+  /// The cells of one sphere, and its center in cells. Empty for a particle that isn't active or
+  /// whose center lies outside of the box.
   IntBox cells(std::ptrdiff_t row, Vec3d& center) const;
   Vec3f velocity(std::ptrdiff_t row) const;  // 0 without the columns
-  /// 1, or what the curve makes of the mapped column.
+  /// 1, or the mapped column through the curve.
   float strength(std::ptrdiff_t row) const;
 
-  /// At least as many blocks of a sparse field as all spheres, and their upper faces, fall into.
+  /// An upper bound for the blocks of a sparse field that the spheres and their upper faces touch.
   std::size_t block_bound() const;
 
  private:
@@ -43,10 +43,10 @@ class ParticleSpheres {
   bool by_speed_ = false;
 };
 
-/// Merges all spheres into the voxelizer's fields, in parallel; their maps must have room
-/// (ParticleSpheres::block_bound). `spheres` must have been made for the voxelizer's box. Where
-/// spheres overlap, the strongest counts, so the values are the same bits for any number of
-/// threads. A velocity voxelizer gets each particle's velocity for its normal.
+/// Merges all spheres into the fields of the voxelizer, in parallel; their maps must have room
+/// (ParticleSpheres::block_bound). Both must have the same box. Where spheres overlap, the
+/// strongest counts, so the values are the same bits for any number of threads. A velocity
+/// voxelizer gets the velocity of a particle as the normal.
 template <class Voxelizer>
 void voxelize_particles(const Voxelizer& voxelizer, const ParticleSpheres& spheres) {
   const double square_radius = spheres.radius() * spheres.radius();

@@ -10,15 +10,15 @@ namespace nbx {
 
 namespace {
 
-/// Whether a line of the box's cells along some axis can meet the triangle: then their bounds
-/// overlap on the two other axes. No comparison holds for NaN.
+/// Whether a line of cells along some axis can meet the triangle: their bounds must overlap on the
+/// two other axes. All comparisons with NaN are false.
 bool can_matter(const VoxelizationTriangle& t, const IntBox& box) {
   int overlaps = 0;
   for (int a = 0; a < 3; ++a) {
     const float x = t.p0[a], y = t.p1[a], z = t.p2[a];
     if (!(std::isfinite(x) && std::isfinite(y) && std::isfinite(z))) return false;
     const auto [low, high] = std::minmax({x, y, z});
-    overlaps += high >= static_cast<float>(box.lo[a]) && low <= static_cast<float>(box.hi[a]);
+    overlaps += high >= box.lo[a] && low <= box.hi[a];
   }
   return overlaps >= 2;
 }

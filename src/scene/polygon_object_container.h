@@ -1,4 +1,4 @@
-// The triangles of a list of meshes, in cells, for finding what lies inside of them.
+// The triangles of a list of meshes, in cells, for finding the cells inside of them.
 #pragma once
 
 #include <array>
@@ -13,8 +13,8 @@ namespace nbx {
 
 class PolygonObjectContainer {
  public:
-  /// Takes the triangles of the walk that can matter for the cells of `box`: those that some grid
-  /// line through a cell of the box can meet. Corners that aren't finite leave their triangle out.
+  /// Keeps the triangles of the walk that a grid line through a cell of `box` can meet. A triangle
+  /// with a corner that isn't finite is left out.
   PolygonObjectContainer(const PolygonWalk& walk, const IntBox& box);
 
   struct Triangle {
@@ -29,7 +29,7 @@ class PolygonObjectContainer {
   IntBox box_;
 };
 
-/// The bounds of each triangle, for a tree over them.
+/// The bounds of each triangle, for a kd-tree.
 std::vector<Bounds3f> triangle_bounds(const PolygonObjectContainer& container);
 
 }  // namespace nbx

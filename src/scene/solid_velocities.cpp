@@ -15,8 +15,8 @@ struct SolidCells {
   std::span<const std::int32_t> ids;
   std::span<const Vec3f> velocities;
 
-  /// The vertex that moves the face between the cells a and b: of their two the one nearer to the
-  /// surface, or else the only one.
+  /// The vertex that moves the face between the cells a and b: the one of the cell nearer to the
+  /// surface, or the only one.
   std::int32_t vertex(std::size_t a, std::size_t b) const {
     if (phi[a] > 0 && phi[b] > 0) return -1;
     if (ids[a] < 0) return ids[b];
@@ -26,10 +26,10 @@ struct SolidCells {
 
 void iterate_solid_velocities(Field<float>& f, int axis, const SolidCells& cells) {
   const Field<float>& phi = cells.phi;
-  Vec3i back, end = phi.dims() - Vec3i(1, 1, 1);  // of the cells after an inner face
+  Vec3i back, end = phi.dims() - Vec3i(1, 1, 1);  // of the cells behind an inner face
   back[axis] = 1;
   ++end[axis];
-  const auto count = static_cast<std::int32_t>(cells.velocities.size());
+  const std::int32_t count = cells.velocities.size();
 #pragma omp parallel for schedule(static)
   for (int k = 1; k < end[2]; ++k)
     for (int j = 1; j < end[1]; ++j)
@@ -40,8 +40,8 @@ void iterate_solid_velocities(Field<float>& f, int axis, const SolidCells& cells
       }
 }
 
-/// The planes across the axis take what lies before them, if it moves outwards; the other sides
-/// are at rest.
+/// The outer planes across the axis take the plane before them where it flows out of the grid. The
+/// other sides are at rest.
 void set_outer_planes(Field<float>& f, int axis) {
   clamp_border(f);
   iterate_slice(f, axis, 0, Min0Oper{});

@@ -17,7 +17,7 @@ int nearest_id(const VoxelizationTriangle& t, const Vec3f& cell) {
   return d1 < d0 ? t.ids[1] : t.ids[0];
 }
 
-/// What a surface leaves in a cell. The smallest stays.
+/// What a surface writes into a cell. The smallest wins.
 struct Surface {
   float dist2;
   std::uint32_t id;
@@ -29,7 +29,7 @@ void merge(VCVDT<float>& grid, std::size_t cell, const Surface& surface) {
   using Grid = VCVDT<float>;
   std::atomic_ref<float> dist2(grid.dist2[cell]);
   float old = dist2.load(std::memory_order_relaxed);
-  do {  // a cell that is nearer to something else needs no lock
+  do {  // no lock for a cell that is nearer to something else
     if (old != Grid::kLocked && old < surface.dist2) return;
     old = dist2.exchange(Grid::kLocked, std::memory_order_acquire);
   } while (old == Grid::kLocked);

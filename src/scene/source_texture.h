@@ -1,5 +1,5 @@
-// What scales a source from place to place. Who reads the scene provides the textures; voxelizers
-// ask them at every cell that they hit, from many threads at once.
+// Textures that scale a source. Voxelizers read them at every cell that they hit, from many threads
+// at once.
 #pragma once
 
 #include "math/vector.h"

@@ -1,10 +1,10 @@
-// A vector distance transform on a dense grid: for each cell the way to the nearest surface of the
-// scene's solids, and whose surface it is.
+// A vector distance transform on a dense grid: for each cell the offset to the nearest surface of
+// the solids of a scene, and the vertex that is nearest.
 //
-// It is filled in steps. `reset` makes every cell far from everything. Triangles are then voxelized
-// into it and the inside is voted for, in any order; any number of threads may write at once, a
-// thread that works on a cell holds kLocked in the cell's dist2. Post-processing then turns that
-// state into distances.
+// It is filled in steps. After `reset` every cell is far from everything. Then triangles are
+// voxelized into it and lines vote for the inside, in any order. Any number of threads may write at
+// once: a thread that works on a cell holds kLocked in its dist2. Post-processing turns that state
+// into distances.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@
 
 namespace nbx {
 
-/// T = float only. Cells are counted from the grid's low corner; the center of cell (i, j, k) lies
+/// T is float. Cells are counted from the grid's low corner; the center of cell (i, j, k) lies
 /// at (i, j, k). All arrays have the grid's dimensions; `label` has the order of the fields.
 template <class T>
 struct VCVDT {
@@ -33,7 +33,8 @@ struct VCVDT {
   Field<T> dx, dy, dz;  // offset from a cell towards the nearest surface, in cells
   Field<T> dist2;       // squared distance of the surface, in squared cells
   std::vector<std::uint32_t> label;
-  int votes = 3;  // passes that vote; more than half of them (1 of 3, rounded down) decide
+  int votes =
+      3;  // passes that vote; a cell with more than votes / 2 of them, rounded down, is inside
 
   /// Sizes all arrays; every cell is far, outside and without an id. Memory is kept.
   void reset(const Vec3i& dims);

@@ -8,8 +8,8 @@ namespace {
 
 using Transform = VCVDT<float>;
 
-/// Majority of the votes; a cell deep inside, which no surface reached, lies on one at first, so
-/// that it is a seed where the surface has a hole.
+/// The majority of the votes decides. A cell deep inside that no surface reached starts with the
+/// distance 0, so that it is a seed if the surface has a hole.
 void resolve_votes(Transform& vdt) {
   const auto n = static_cast<std::ptrdiff_t>(vdt.label.size());
 #pragma omp parallel for schedule(static)
@@ -39,7 +39,7 @@ void clearNonInterfacial(Transform& vdt) {
   const auto outer = [n](int i, int j, int k) {
     return i == 0 || j == 0 || k == 0 || i == n[0] - 1 || j == n[1] - 1 || k == n[2] - 1;
   };
-  // First the distances, by the labels of all; then the labels, by the distances.
+  // First the distances, from all labels; then the labels, from the distances.
 #pragma omp parallel for schedule(static)
   for (int k = 0; k < n[2]; ++k)
     for (int j = 0; j < n[1]; ++j)

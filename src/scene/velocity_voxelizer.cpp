@@ -10,7 +10,7 @@ void VelocityVoxelizer::hit(Cursor& cursor, const Vec3i& cell, double q,
   float w = strength * profile_.weight(q);
   if (!(w > 0)) return;
   if (!profile_.plain()) w *= profile_.scale(triangle, cell);
-  if (!(w > 0)) return;  // a weight never turns the push round
+  if (!(w > 0)) return;  // a negative weight doesn't reverse the push
   const Vec3f v = triangle.normal * (w * static_cast<float>(strength_));
   for (int a = 0; a < 3; ++a) {
     if (!(std::abs(v[a]) > 0)) continue;

@@ -1,5 +1,5 @@
-// Push from a surface: writes velocities along the triangles' normals onto the faces of the cells
-// near them. Particles hand over their own velocities in the same way.
+// Push from a surface: writes velocities along the normals of triangles onto the faces of the cells
+// near them. Particles pass on their velocities in the same way.
 #pragma once
 
 #include <array>
@@ -15,14 +15,14 @@ namespace nbx {
 /// the cells x - 1 and x, and so on.
 using FaceFields = std::array<SparseField<float, 3>*, 3>;
 
-/// Writes v = weight * strength * normal onto both faces of a cell on each axis, where the largest
-/// magnitude stays. A component of 0 touches no block of its axis. Threads as in
-/// CellCenterVoxelizer; all three maps need room.
+/// Writes v = weight * strength * normal onto both faces of a cell on each axis; the largest
+/// magnitude wins. A component of 0 makes no block. Threads as in CellCenterVoxelizer; all three
+/// maps need room.
 class VelocityVoxelizer {
  public:
   using Cursor = std::array<BlockCursor, 3>;  // of one thread
 
-  /// `box` is in cells; the faces go one further and must still lie within the coordinates that a
+  /// `box` is in cells. Its upper faces lie one further and must be within the coordinates that a
   /// sparse field can hold.
   VelocityVoxelizer(const FaceFields& fields, const IntBox& box, ThicknessProfile profile,
                     double strength)
@@ -34,8 +34,8 @@ class VelocityVoxelizer {
     return {BlockCursor(*fields_[0]), BlockCursor(*fields_[1]), BlockCursor(*fields_[2])};
   }
 
-  /// Merges one cell at the squared distance q with the triangle's `normal` as it stands; the
-  /// weight is scaled by `strength` on top of the voxelizer's own.
+  /// Merges one cell at the squared distance q, with the `normal` of the triangle as it is. The
+  /// weight is scaled by `strength` and by that of the voxelizer.
   void hit(Cursor& cursor, const Vec3i& cell, double q, const VoxelizationTriangle& triangle,
            float strength = 1) const;
 
@@ -49,8 +49,8 @@ class VelocityVoxelizer {
   double strength_;
 };
 
-/// Voxelizes all triangles in parallel; what the fields held before is merged in. The values are
-/// the same bits for any number of threads.
+/// Voxelizes all triangles in parallel and merges them into the fields. The values are the same
+/// bits for any number of threads.
 void voxelize_velocity(const FaceFields& fields, const PolygonWalk& walk, const IntBox& box,
                        const ThicknessProfile& profile, double strength);
 

@@ -1,4 +1,4 @@
-// The triangles in which scene geometry reaches the grids.
+// The triangles that voxelizers work on.
 #pragma once
 
 #include <array>
@@ -9,14 +9,13 @@ namespace nbx {
 
 class SurfaceTexture;
 
-/// One triangle in domain cells: the center of cell (i, j, k) lies at (i, j, k). Everything but the
-/// corners has a neutral default.
+/// A triangle in domain cells: the center of cell (i, j, k) lies at (i, j, k).
 struct VoxelizationTriangle {
   Vec3f p0, p1, p2;
-  Vec3f normal{};  // filled by who scans the triangle; a particle puts its velocity here
+  Vec3f normal{};                // set by the scan; particles put their velocity here
   Vec3f uvw0{}, uvw1{}, uvw2{};  // texture coordinates of the corners
   std::array<float, 3> corner_weights{1, 1, 1};
-  std::array<int, 3> ids{-1, -1, -1};  // running index of each corner's vertex; -1: it has none
+  std::array<int, 3> ids{-1, -1, -1};  // running index of the vertex of each corner, or -1
   const SurfaceTexture* surface_texture = nullptr;
 };
 

@@ -1,4 +1,4 @@
-// The names of the simulated quantities, used in settings, in look-ups and in the frame store.
+// The keys of the simulated quantities in settings, look-ups and the frame store.
 #pragma once
 
 namespace nbx {

@@ -1,4 +1,4 @@
-// What makes the four channels of the gas differ from each other.
+// The parameters in which the four channels of the gas differ.
 #pragma once
 
 #include <map>
@@ -11,19 +11,19 @@ namespace nbx {
 
 enum class DecayMode : int { kLinear = 0, kExponential = 1 };
 
-/// What a channel that burns feeds. Added outputs grow with what burned; the others lift their
-/// target up to `amount` times the burn rate, where 1 is what can burn in a whole frame.
+/// What a burning channel feeds. An additive output gets `amount` times what burned. Any other
+/// lifts its target up to `amount` times the burn rate, where 1 is what can burn in a whole frame.
 struct CombustionOutput {
   double amount = 0;
   bool additive = false;
 };
 
-/// Parameters of one channel, read anew each step.
+/// Parameters of one channel.
 struct ChannelParams {
   int grid_type = 0;             // grid type in frames
   int key = 0;                   // ChannelKey
   int driver_key = kNoChannel;   // channel that controls the decay
-  RationalSpline driver_spline;  // maps the driver's value to the most that decays
+  RationalSpline driver_spline;  // maps the driver's value to a limit of the decay
   DecayMode decay_mode = DecayMode::kExponential;
   double decay = 0;      // linear: amount per frame; exponential: fraction per frame; 0 = none
   double diffusion = 0;  // simulation units squared per second
@@ -34,7 +34,6 @@ struct ChannelParams {
   std::map<int, CombustionOutput> outputs;  // by the target's ChannelKey
 };
 
-/// The construction values of a channel.
 ChannelParams default_channel_params(int key);
 
 }  // namespace nbx

@@ -25,20 +25,20 @@ void CuslKernels3D::end_frame() {
 AdvectionParams CuslKernels3D::advection_params(Lookup lookup) {
   AdvectionParams params;
   params.velocity = tracer_velocity();
-  params.dt = settings_.dt;
-  params.dx = settings_.dx;
-  params.tolerance = settings_.trace_tolerance;
-  params.cubic = settings_.interp_points == 4;
-  params.tracer = settings_.adaptive_tracer ? Tracer::kAdaptive : Tracer::kRK2;
+  params.dt = clock_.dt;
+  params.dx = domain_.dx;
+  params.tolerance = params_.trace_tolerance;
+  params.cubic = params_.interp_points == 4;
+  params.tracer = params_.adaptive_tracer ? Tracer::kAdaptive : Tracer::kRK2;
   params.lookup = lookup;
-  params.settings = &settings_;
+  params.domain = &domain_;
   return params;
 }
 
 void CuslKernels3D::prepare_advection() {
   channel_params_ = advection_params(Lookup::kCenter);
-  if (settings_.cache_direct) return;
-  for (std::size_t axis = 0; axis < 3; ++axis) {
+  if (!params_.keep_traces) return;
+  for (int axis = 0; axis < 3; ++axis) {
     channel_params_.trace_back[axis] = &traces_[axis];
     channel_params_.trace_fwd[axis] = &traces_[3 + axis];
   }
@@ -65,20 +65,20 @@ void CuslKernels3D::advect_velocity() {
   const Stopwatch watch;
   const bool detailed = has_detail();
   std::array<MField, 3> moved;
-  std::array<MField, 3> traces;  // each component traces for itself
+  std::array<MField, 3> traces;  // of one component: their samples lie at different places
 
-  for (std::size_t axis = 0; axis < 3; ++axis) {
+  for (int axis = 0; axis < 3; ++axis) {
     AdvectionParams params = advection_params(static_cast<Lookup>(axis));
-    if (!settings_.cache_direct)
-      for (std::size_t i = 0; i < 3; ++i) params.trace_back[i] = &traces[i];
+    if (params_.keep_traces)
+      for (int i = 0; i < 3; ++i) params.trace_back[i] = &traces[i];
     moved[axis].resize(thread_location(), velocity_[axis].dims());
     advect(moved[axis], velocity_[axis], params);
     if (detailed) velocity_[axis].swap(moved[axis]);
   }
-  // Without detail the plain velocity is the tracer, which must stay whole until all three are
-  // done.
+  // Without detail the plain velocity carries itself: it must not change before all three
+  // components are done.
   if (!detailed)
-    for (std::size_t axis = 0; axis < 3; ++axis) velocity_[axis].swap(moved[axis]);
+    for (int axis = 0; axis < 3; ++axis) velocity_[axis].swap(moved[axis]);
   release_detail();
   times_.advection += watch.seconds();
 }
@@ -86,40 +86,40 @@ void CuslKernels3D::advect_velocity() {
 void CuslKernels3D::update(double dt, PressureSystem& pressure, VelocityForce& forces,
                            SolverProgress& progress) {
   Stopwatch watch;
-  if (!zero_velocity_ && settings_.drag > 0) {
-    const double left = std::pow(1 - settings_.drag, dt / settings_.frame_duration);
-    for (MField& component : velocity_) m_scal(component, static_cast<float>(left), component);
+  if (!zero_velocity_ && params_.drag > 0) {
+    const double left = std::pow(1 - params_.drag, dt / clock_.frame_duration);
+    for (MField& component : velocity_) m_scal(component, left, component);
   }
   forces.add_forces(*this, dt);
   if (zero_velocity_)
     zero_velocity_ = std::all_of(velocity_.begin(), velocity_.end(), [](MField& component) {
       return component.empty() || m_infnorm(component) == 0;
     });
-  if (!zero_velocity_ && settings_.clamp_velocity) clamp_to_grid();
+  if (!zero_velocity_ && params_.clamp_velocity) clamp_to_grid();
   times_.forces += watch.lap();
 
-  MField divergence(thread_location(), center_dims());
+  MField divergence(thread_location(), domain_.center_dims());
   divergence.zero();
   const bool expands = forces.add_divergence(divergence, dt);
   if (!expands) divergence.release();
   zero_velocity_ = !pressure.project(*this, expands ? &divergence : nullptr, progress);
   times_.projection += watch.lap();
 
-  if (settings_.noise.amplitude > 0) build_detail(forces);
+  if (params_.noise.amplitude > 0) build_detail(forces);
   times_.detail += watch.lap();
 }
 
-// No sample can cross the whole grid within a frame.
+// Limits each component to the length of the grid per frame.
 void CuslKernels3D::clamp_to_grid() {
-  const double unit = settings_.dx / settings_.sim_time.length.value();
+  const double unit = domain_.dx / clock_.sim_time.length.value();
   for (int axis = 0; axis < 3; ++axis) {
-    const float most = center_dims()[axis] * unit;
+    const float most = domain_.center_dims()[axis] * unit;
     m_clamp(component(axis), -most, most);
   }
 }
 
 void CuslKernels3D::build_detail(VelocityForce& forces) {
-  for (std::size_t axis = 0; axis < 3; ++axis) {
+  for (int axis = 0; axis < 3; ++axis) {
     detail_[axis].resize(thread_location(), velocity_[axis].dims());
     if (zero_velocity_)
       detail_[axis].zero();
@@ -130,17 +130,16 @@ void CuslKernels3D::build_detail(VelocityForce& forces) {
 }
 
 void CuslKernels3D::grow_box(double dt, IntBox& box) {
-  const Vec3i origin = settings_.active_box.lo - Vec3i(1, 1, 1);
-  const IntBox here = box_intersection(box, settings_.active_box);
+  const Vec3i origin = domain_.origin();
+  const IntBox here = box_intersection(box, domain_.active_box);
   const std::array<MField*, 3> tracer = tracer_velocity();
   if (here.empty() || tracer[0]->empty()) return;
   IntBox reached;
   try_gpu(no_kernel, [&] {
-    advection_buffer(reached, static_cast<float>(dt / settings_.dx), tracer[0]->read_cpu(),
-                     tracer[1]->read_cpu(), tracer[2]->read_cpu(),
-                     {here.lo - origin, here.hi - origin});
+    advection_buffer(reached, dt / domain_.dx, tracer[0]->read_cpu(), tracer[1]->read_cpu(),
+                     tracer[2]->read_cpu(), {here.lo - origin, here.hi - origin});
   });
-  box = box_union(box, {reached.lo + origin, reached.hi + origin});
+  box = box_union(box, domain_.in_domain(reached));
 }
 
 double CuslKernels3D::max_step() {
@@ -151,7 +150,7 @@ double CuslKernels3D::max_step() {
       speed = max_velocity(tracer[0]->read_cpu(), tracer[1]->read_cpu(), tracer[2]->read_cpu());
     });
   if (speed == 0) speed = std::numeric_limits<double>::epsilon();
-  return settings_.cfl * settings_.dx / speed;
+  return params_.cfl * domain_.dx / speed;
 }
 
 }  // namespace nbx

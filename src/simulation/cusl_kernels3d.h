@@ -1,8 +1,8 @@
-// The one velocity system: semi-Lagrangian transport with MacCormack correction on a staggered
-// grid, forces, and projection.
+// The velocity system of every run: semi-Lagrangian transport with MacCormack correction on a
+// staggered grid, forces, and projection.
 #pragma once
 
-#include "simulation/advection.h"
+#include "simulation/fluid/advection.h"
 #include "simulation/fluid_system.h"
 
 namespace nbx {
@@ -14,7 +14,7 @@ class CuslKernels3D : public FluidSystem {
   void begin_frame(FieldSource& fields) override;
   /// Writes the velocity line to the log.
   void end_frame() override;
-  /// Sets up the traces that all channels of a substep share.
+  /// Sets up the trace that all channels of a substep share.
   void prepare_advection() override;
   void after_channel_advection() override;
   void clear() override;

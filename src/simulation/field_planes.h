@@ -1,6 +1,6 @@
-// Visits the planes of a field: the bricks of all boundary operators. A plane is named by its axis
-// and its index; each cell of it is handed to a small functor together with the cell at the same
-// place of another plane, `inner`.
+// Visits planes of a field: the building blocks of all boundary operators. A plane has an axis and
+// an index. Each cell of it is passed to a small functor, with the cell at the same place of
+// another plane, `inner`.
 #pragma once
 
 #include <algorithm>
@@ -24,7 +24,7 @@ struct Max0Oper {
   void operator()(float& cell, float) const { cell = std::max(cell, 0.0f); }
 };
 
-// Below this many cells a plane, or a field, isn't worth a team of threads.
+// Smaller planes and fields are processed by one thread.
 inline constexpr int kSmallPlane = 4096;
 inline constexpr std::size_t kSmallField = 50000;
 

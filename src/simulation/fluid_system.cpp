@@ -21,41 +21,34 @@ bool has_all(const SimFrame& frame, const int (&types)[3]) {
 
 }  // namespace
 
-Vec3i FluidSystem::face_dims(int axis) const {
-  Vec3i dims = center_dims();
-  dims[axis] += 1;
-  return dims;
-}
-
 void FluidSystem::resize(const Vec3i& delta) {
   redim(delta, velocity_);
   if (has_detail()) redim(delta, detail_);
 }
 
-// New cells enter at rest relative to the wind: the space outside of the box moves with it.
+// The air outside of the box moves with the wind, and so do new cells.
 void FluidSystem::redim(const Vec3i& delta, std::array<MField, 3>& components) {
   for (int axis = 0; axis < 3; ++axis) {
     MField& component = components[axis];
-    const float fill = settings_.wind_direction[axis] * settings_.wind_speed;
+    const float fill = domain_.wind.direction[axis] * domain_.wind.speed;
     if (component.empty()) {
-      component.resize(thread_location(), face_dims(axis));
+      component.resize(thread_location(), domain_.face_dims(axis));
       m_set(component, fill);
     } else {
-      component.resize_offset(delta, face_dims(axis), fill);
+      component.resize_offset(delta, domain_.face_dims(axis), fill);
     }
     m_set_border(component, fill);
   }
 }
 
 void FluidSystem::begin_step() {
-  const Wind wind{settings_.wind_direction, settings_.wind_speed};
+  const Wind wind = domain_.wind;
   if (wind == wind_seen_) return;
   const Vec3d d = wind.velocity() - wind_seen_.velocity();
   wind_seen_ = wind;
   for (int axis = 0; axis < 3; ++axis) {
     MField& component = velocity_[axis];
-    if (d[axis] != 0 && !component.empty())
-      m_add(component, component, static_cast<float>(d[axis]));
+    if (d[axis] != 0 && !component.empty()) m_add(component, component, d[axis]);
   }
   if (d != Vec3d() && !velocity_[0].empty()) zero_velocity_ = false;
   apply_boundary();
@@ -63,22 +56,19 @@ void FluidSystem::begin_step() {
 
 // The faces that move faster than the threshold.
 void FluidSystem::content_box(IntBox& box) {
-  const double threshold = settings_.velocity_box_threshold;
+  const double threshold = params_.velocity_box_threshold;
   if (threshold < 0) return;
   IntBox local;
   for (auto* components : {&velocity_, &detail_})
     for (MField& component : *components)
-      if (!component.empty())
-        local = box_union(local, m_min_bbox(component, static_cast<float>(threshold)));
-  if (local.empty()) return;
-  const Vec3i origin = settings_.active_box.lo - Vec3i(1, 1, 1);
-  box = {local.lo + origin, local.hi + origin};
+      if (!component.empty()) local = box_union(local, m_min_bbox(component, threshold));
+  if (!local.empty()) box = domain_.in_domain(local);
 }
 
 void FluidSystem::apply_boundary() {
   for (int axis = 0; axis < 3; ++axis)
     if (MField& component = velocity_[axis]; !component.empty())
-      m_velocity_boundary(axis, component, settings_);
+      m_velocity_boundary(axis, component, domain_);
 }
 
 void FluidSystem::clear() {
@@ -94,23 +84,22 @@ void FluidSystem::release_detail() {
 
 std::array<MField*, 3> FluidSystem::tracer_velocity() {
   std::array<MField*, 3> tracer{};
-  for (std::size_t axis = 0; axis < 3; ++axis)
+  for (int axis = 0; axis < 3; ++axis)
     tracer[axis] = detail_[axis].empty() ? &velocity_[axis] : &detail_[axis];
   return tracer;
 }
 
-void FluidSystem::store(SimFrame& frame, const SimSettings& settings, const GridMatrix& matrix) {
-  if (!settings.cached_channels.contains(kVelocity)) return;
-  const Vec3i offset = settings.active_box.lo - Vec3i(1, 1, 1);
+void FluidSystem::store(SimFrame& frame, const std::set<int>& channels, const GridMatrix& matrix) {
+  if (!channels.contains(kVelocity)) return;
   const auto add = [&](MField& field, int type) {
     if (field.empty()) return;
     field.move_to(kCpu);
-    frame.add(field.cpu_handle(), type, offset, matrix);
+    frame.add(field.cpu_handle(), type, domain_.origin(), matrix);
   };
   const std::array<MField*, 3> shown = tracer_velocity();
-  for (std::size_t axis = 0; axis < 3; ++axis) add(*shown[axis], kFrameTypes[axis]);
-  if (!settings.cached_channels.contains(kSecondVelocity)) return;
-  for (std::size_t axis = 0; axis < 3; ++axis) add(velocity_[axis], kSecondSetTypes[axis]);
+  for (int axis = 0; axis < 3; ++axis) add(*shown[axis], kFrameTypes[axis]);
+  if (!channels.contains(kSecondVelocity)) return;
+  for (int axis = 0; axis < 3; ++axis) add(velocity_[axis], kSecondSetTypes[axis]);
 }
 
 bool FluidSystem::has_velocity(const SimFrame& frame) { return has_all(frame, kFrameTypes); }
@@ -119,7 +108,7 @@ void FluidSystem::load(SimFrame& frame) {
   if (!has_velocity(frame)) {
     clear();
     resize({0, 0, 0});
-    wind_seen_ = {settings_.wind_direction, settings_.wind_speed};
+    wind_seen_ = domain_.wind;
     zero_velocity_ = wind_seen_.velocity() == Vec3d();
     return;
   }
@@ -127,7 +116,8 @@ void FluidSystem::load(SimFrame& frame) {
     for (int axis = 0; axis < 3; ++axis) {
       MField& component = components[axis];
       component.assign(*frame.grid(types[axis]));
-      if (component.dims() != face_dims(axis)) component.resize_offset({}, face_dims(axis), 0);
+      if (component.dims() != domain_.face_dims(axis))
+        component.resize_offset({}, domain_.face_dims(axis), 0);
     }
   };
   take(kFrameTypes, detail_);
@@ -139,7 +129,7 @@ void FluidSystem::load(SimFrame& frame) {
 }
 
 bool FluidSystem::detail_is_velocity() {
-  for (std::size_t axis = 0; axis < 3; ++axis) {
+  for (int axis = 0; axis < 3; ++axis) {
     const Field<float>& d = detail_[axis].read_cpu();
     const Field<float>& v = velocity_[axis].read_cpu();
     if (d.dims() != v.dims() || std::memcmp(d.data(), v.data(), d.count() * sizeof(float)) != 0)

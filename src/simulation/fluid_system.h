@@ -1,21 +1,13 @@
-// The velocity of the gas on the faces of the staggered grid, as state: its size, its wind, its
-// place in frames. What moves it is in the derived class.
+// The velocity of the gas on the faces of the staggered grid, as state: its size, its wind, how
+// frames hold it. The derived class moves it.
 #pragma once
 
 #include <array>
 
-#include "simulation/pressure_system.h"
 #include "simulation/sim_system.h"
+#include "simulation/steps/pressure_system.h"
 
 namespace nbx {
-
-/// A wind in grid space: a unit vector, and simulation units per second.
-struct Wind {
-  Vec3d direction{1, 0, 0};
-  double speed = 0;
-  bool operator==(const Wind&) const = default;
-  Vec3d velocity() const { return direction * speed; }
-};
 
 class FluidSystem : public SimSystem, public FrameStorable {
  public:
@@ -30,7 +22,7 @@ class FluidSystem : public SimSystem, public FrameStorable {
                       SolverProgress& progress) = 0;
   /// The longest stable step in seconds.
   virtual double max_step() = 0;
-  /// Extends a box of domain cells by what one step's motion can reach.
+  /// Extends a box of domain cells to what its gas can reach in `dt`.
   virtual void grow_box(double dt, IntBox& box) = 0;
 
   void resize(const Vec3i& delta) override;
@@ -39,9 +31,9 @@ class FluidSystem : public SimSystem, public FrameStorable {
   void content_box(IntBox& box) override;
   void clear() override;
 
-  void store(SimFrame& frame, const SimSettings& settings, const GridMatrix& matrix) override;
-  /// Takes the plain velocity and that with detail. A frame that holds only the one that is shown,
-  /// as frames for rendering do, gives the plain one. Without any, the gas moves with the wind.
+  void store(SimFrame& frame, const std::set<int>& channels, const GridMatrix& matrix) override;
+  /// Loads the plain velocity and the one with detail. Frames for rendering hold only the one that
+  /// is shown: it becomes the plain one. Without any, the gas moves with the wind.
   void load(SimFrame& frame) override;
   /// True if the frame holds the velocity that is shown.
   static bool has_velocity(const SimFrame& frame);
@@ -54,17 +46,17 @@ class FluidSystem : public SimSystem, public FrameStorable {
   /// The velocity with its detail; empty while there is no noise.
   MField& detail(int axis) { return detail_[axis]; }
 
-  /// Nothing moves: the velocity is 0 everywhere, and advection and projection can be skipped.
+  /// The velocity is 0 everywhere: advection and projection can be skipped.
   bool zero_velocity() const { return zero_velocity_; }
   void set_zero_velocity(bool zero) { zero_velocity_ = zero; }
 
-  /// The wind that the velocity carries now. It isn't part of frames: who goes on from one says
-  /// which it was.
+  /// The wind that is part of the velocity now. Frames don't hold it: a run that continues from one
+  /// must set it.
   const Wind& wind_seen() const { return wind_seen_; }
   void set_wind_seen(const Wind& wind) { wind_seen_ = wind; }
 
  protected:
-  /// The velocity that carries everything: each component with its detail where there is one.
+  /// The velocity that carries everything: each component with its detail, if it has one.
   std::array<MField*, 3> tracer_velocity();
   bool has_detail() const { return !detail_[0].empty(); }
   void release_detail();
@@ -75,9 +67,7 @@ class FluidSystem : public SimSystem, public FrameStorable {
   bool zero_velocity_ = true;
 
  private:
-  Vec3i face_dims(int axis) const;
   void redim(const Vec3i& delta, std::array<MField, 3>& components);
-
   bool detail_is_velocity();
 
   Wind wind_seen_;

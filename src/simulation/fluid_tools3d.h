@@ -1,11 +1,11 @@
-// Discrete operators on the staggered grid (Harlow and Welch, 1965) and what keeps the ghost layer
-// and the faces of solids valid. `phi`, where given, is the signed squared distance to the nearest
-// solid in squared voxels: positive in fluid, zero or negative in solid; all tests are on its sign.
+// Discrete operators on the staggered grid (Harlow and Welch, 1965), and the boundaries: ghost
+// layer, walls, solids. `phi`, where given, is the signed squared distance to the nearest solid in
+// squared voxels: positive in fluid, zero or negative in solid. Only its sign is tested.
 #pragma once
 
 #include "math/field.h"
 #include "math/mfield.h"
-#include "simulation/sim_settings.h"
+#include "simulation/domain.h"
 
 namespace nbx {
 
@@ -18,13 +18,13 @@ void NegDivergence(Field<float>& rhs, const Field<float>& U, const Field<float>&
 void subtract_pressure_gradient(Field<float>& U, Field<float>& V, Field<float>& W,
                                 const Field<float>& p, double dx, const Field<float>* phi);
 
-/// The boundary of one velocity component: wind in all outer planes while it blows; else walls on
-/// the closed faces, copies in the ghost planes, flow out of open faces only, 0 on edges and
-/// corners.
-void VelocityBoundaryU(Field<float>& U, const SimSettings& settings);
-void VelocityBoundaryV(Field<float>& V, const SimSettings& settings);
-void VelocityBoundaryW(Field<float>& W, const SimSettings& settings);
-void m_velocity_boundary(int axis, MField& component, const SimSettings& settings);
+/// The boundary of one velocity component. With wind, all outer planes have its velocity. Else
+/// walls on the closed faces, copies in the ghost planes, only outflow through open faces, 0 on
+/// edges and corners.
+void VelocityBoundaryU(Field<float>& U, const Domain& domain);
+void VelocityBoundaryV(Field<float>& V, const Domain& domain);
+void VelocityBoundaryW(Field<float>& W, const Domain& domain);
+void m_velocity_boundary(int axis, MField& component, const Domain& domain);
 
 /// Writes `value` into the planes at index `layer` and n - 1 - layer of each axis.
 void set_border(Field<float>& f, float value, int layer = 0);
@@ -45,7 +45,7 @@ void set_channel_inside_solid(const Field<float>& phi, Field<float>& channel, bo
 void m_set_channel_inside_solid(MField& phi, MField& channel, bool extrapolate, float value);
 
 /// Adds a centered scalar, clamped to [0, 1], to the faces: each face gets the sum of its two cells
-/// times its axis' coefficient. A component whose coefficient is 0 isn't touched. This is how
+/// times the coefficient of its axis. A component whose coefficient is 0 isn't touched. This is how
 /// buoyancy acts.
 void add_center_to_mac(Field<float>& U, Field<float>& V, Field<float>& W, const Field<float>& f,
                        float a, float b, float c);

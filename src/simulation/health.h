@@ -1,4 +1,4 @@
-// What tells whether a run is sound: sums and extremes of the state at the end of a frame.
+// Figures that show whether a run is healthy: sums and extremes of the state at the end of a frame.
 #pragma once
 
 #include <array>
@@ -9,20 +9,20 @@ namespace nbx {
 class Simulation3D;
 
 struct Health {
-  std::map<int, double> mass;  // by ChannelKey: the sum of the channel times the volume of a cell
-  double kinetic_energy = 0;   // per unit of density: half the squared speed, summed over the gas
-  double largest_divergence = 0;  // 1/s, of the velocity in the cells; expansion counts
+  std::map<int, double> mass;     // by ChannelKey: sum over the cells, times the volume of a cell
+  double kinetic_energy = 0;      // per unit of density: half the squared speed, integrated
+  double largest_divergence = 0;  // 1/s, including expansion
   double residual = 0;            // of the last projection
   int cycles = 0;                 // V-cycles of the last projection
-  double cfl = 0;                 // cells that the fastest gas crosses in the last substep
+  double cfl = 0;                 // cells that the fastest gas crossed in the last substep
   // Domain faces, x-, x+, y-, y+, z-, z+, whose outermost cells hold a channel's content.
   std::array<bool, 6> touches{};
 };
 
-/// The faces that Health::touches tells, alone. Cheap while the active box is away from them.
+/// Health::touches alone. Cheap while the active box touches no face of the domain.
 std::array<bool, 6> touched_faces(Simulation3D& sim);
 
-/// To be called between frames, on the simulation thread.
+/// Call it between frames, on the simulation thread.
 Health measure_health(Simulation3D& sim);
 
 }  // namespace nbx

@@ -1,21 +1,22 @@
 // The small interfaces through which the parts of a run know each other. None of them owns what it
-// hands out, and all are called on the simulation thread alone.
+// hands out, and all are called on the thread of the simulation alone.
 #pragma once
+
+#include <set>
 
 #include "cache/sim_frame.h"
 #include "math/mfield.h"
-#include "simulation/sim_settings.h"
 
 namespace nbx {
 
 class FluidSystem;
 class Simulation3D;
 
-/// Finds a channel's field by its key.
+/// Finds the field of a channel.
 class FieldSource {
  public:
   virtual ~FieldSource() = default;
-  /// Null if the key isn't held here or its field is empty.
+  /// Null if there is no such channel or its field is empty.
   virtual MField* get_field(int key) = 0;
 };
 
@@ -27,7 +28,7 @@ class VelocityForce {
   virtual void add_forces(FluidSystem& fluid, double dt) = 0;
   /// Adds the volume that appears per second and volume to a center field; true if it wrote.
   virtual bool add_divergence(MField& /*target*/, double /*dt*/) { return false; }
-  /// Adds to the velocity with detail, which is already projected.
+  /// Adds detail to a copy of the projected velocity.
   virtual void add_detail(FluidSystem& /*fluid*/) {}
 };
 
@@ -39,13 +40,13 @@ class CombustionSource {
   virtual void combustion(MField& target, int key) = 0;
 };
 
-/// State that goes into frames and comes back from them.
+/// State that frames hold.
 class FrameStorable {
  public:
   virtual ~FrameStorable() = default;
-  /// Adds the grids that `settings` wants cached; `matrix` is the frame's gridMatrix.
-  virtual void store(SimFrame& frame, const SimSettings& settings, const GridMatrix& matrix) = 0;
-  /// Takes what the frame holds; a missing grid leaves the state as `clear` made it.
+  /// Adds the grids of the wanted ChannelKeys; `matrix` is the gridMatrix of the frame.
+  virtual void store(SimFrame& frame, const std::set<int>& channels, const GridMatrix& matrix) = 0;
+  /// Loads what the frame holds; a missing grid leaves the state as `clear` made it.
   virtual void load(SimFrame& frame) = 0;
 };
 
@@ -55,20 +56,8 @@ class SimProgress {
   virtual ~SimProgress() = default;
   /// done = total reports a whole frame. False asks to stop at this point.
   virtual bool progress(int done, int total) = 0;
-  /// A substep has ended; the counters in the settings stand after it.
+  /// A substep has ended, and the clock has advanced.
   virtual void substep_done(const Simulation3D& /*sim*/) {}
-};
-
-/// The simulator's view of a scene. `dt` is the substep's length, 0 for the first frame.
-class SceneEvaluator {
- public:
-  virtual ~SceneEvaluator() = default;
-  /// Refreshes `sim.settings`; parameters may be animated.
-  virtual void read_settings(Simulation3D& sim, double dt) = 0;
-  /// Hands the sources of this substep to `sim.add_source_object`.
-  virtual void update_inputs(Simulation3D& sim, double dt) = 0;
-  /// Sets `sim.solids` where the scene has solids.
-  virtual void update_solids(Simulation3D& sim, double dt) = 0;
 };
 
 }  // namespace nbx

@@ -1,7 +1,8 @@
-// One stage of a simulation: a class that overrides some of these hooks. Simulation3D calls each
+// One part of a simulation: a class that overrides some of these hooks. Simulation3D calls each
 // hook on all systems in the order of their creation; the order of the hooks is that of a substep.
 #pragma once
 
+#include "simulation/scene_evaluator.h"
 #include "simulation/sim_interfaces.h"
 #include "simulation/solids.h"
 
@@ -9,7 +10,9 @@ namespace nbx {
 
 class SimSystem {
  public:
-  explicit SimSystem(const SimSettings& settings) : settings_(settings) {}
+  /// The records of the run must outlive the system.
+  explicit SimSystem(const RunView& run)
+      : params_(run.params), clock_(run.clock), domain_(run.domain) {}
   virtual ~SimSystem() = default;
   SimSystem(const SimSystem&) = delete;
   SimSystem& operator=(const SimSystem&) = delete;
@@ -24,19 +27,16 @@ class SimSystem {
   virtual void after_channel_advection() {}
   virtual void after_velocity_advection() {}
   virtual void after_sources() {}
-  /// The box of what this system holds, in domain cells; left empty where it holds nothing.
+  /// The box of what this system holds, in domain cells; left empty if it holds nothing.
   virtual void content_box(IntBox& /*box*/) {}
-  /// The box of what this system received in this substep.
-  virtual void src_bbox(IntBox& /*box*/) {}
   virtual void set_solids(const Solids& /*solids*/) {}
   /// Drops all state.
   virtual void clear() {}
 
  protected:
-  /// Dimensions of a center field of the active box, ghost layer included.
-  Vec3i center_dims() const { return settings_.active_box.size() + Vec3i(2, 2, 2); }
-
-  const SimSettings& settings_;
+  const SolverParams& params_;
+  const StepClock& clock_;
+  const Domain& domain_;
 };
 
 }  // namespace nbx

@@ -1,25 +1,28 @@
-// One run: the settings, the systems that make up the simulation, and the order of a step.
+// A run of the simulation: the state of the gas, and the method that advances it.
 //
-// `update` advances the state by one frame in one or more substeps; a substep is a fixed sequence
-// of hooks called on every system. The frame is the unit of storage, the substep that of
-// integration. The scene is known through a SceneEvaluator alone, so a run needs no host:
+// A run consists of four records (what the user set, the clock, the domain, where frames go) and of
+// systems that hold the fields: the velocity, the pressure, four channels, and forces. `update`
+// advances all of it by one frame, the unit of storage, in one or more substeps, the unit of
+// integration. A substep is operator splitting: transport, sources, forces, projection.
 //
-//     Simulation3D sim;                    // fill sim.settings: domain, channels, where frames go
+// The scene is known through a SceneEvaluator alone, so a run needs no host:
+//
+//     Simulation3D sim;                    // set sim.params, sim.clock, sim.sink
 //     FrameTime time = ...;
 //     sim.start(scene, time);              // the first frame holds the sources of its instant
 //     while (more) sim.update(scene, time, progress);
 //
-// One thread runs all of it; parallelism lies inside of the numeric operators.
+// One thread calls all of it; the numeric operators use more threads inside.
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <vector>
 
 #include "simulation/cusl_kernels3d.h"
-#include "simulation/pressure_system.h"
-#include "simulation/scalar_fluid_channel.h"
-#include "simulation/steps/noise_force_system.h"
+#include "simulation/frame_sink.h"
+#include "simulation/steps/force_systems.h"
+#include "simulation/steps/pressure_system.h"
+#include "simulation/steps/scalar_fluid_channel.h"
 #include "util/stopwatch.h"
 
 namespace nbx {
@@ -42,37 +45,44 @@ class Simulation3D final : private VelocityForce,
                            private CombustionSource,
                            private SolverProgress {
  public:
-  Simulation3D();
-  ~Simulation3D() override;
+  // Who drives the run sets these before it starts, and sim_time between frames. Within `update`
+  // only the run itself writes them.
+  SolverParams params;
+  StepClock clock;
+  Domain domain;
+  FrameSink sink;
+
+  Simulation3D() = default;
+  ~Simulation3D() override = default;
   Simulation3D(const Simulation3D&) = delete;
   Simulation3D& operator=(const Simulation3D&) = delete;
 
-  SimSettings settings;
-  Solids solids;    // of this substep, set by SceneEvaluator::update_solids
-  IntBox keep_box;  // must stay in the active box; set by SceneEvaluator::update_inputs
+  /// The records, for scenes and systems.
+  RunView view() const { return {params, clock, domain}; }
 
-  /// Brings a new run to the start frame: the state holds the sources of that instant.
+  /// Brings a new run to its first frame, which holds the sources of that instant.
   void init_state(SceneEvaluator& scene);
 
-  /// init_state, then stores the first frame. False if that frame could not be stored.
+  /// init_state, then stores the first frame. False if the frame could not be stored.
   bool start(SceneEvaluator& scene, const FrameTime& time);
 
-  /// Goes on from a stored frame, which isn't one that is held in the target cache. False, with a
-  /// log line, for a frame with less than 3 cells on an axis: the state is then that of its time,
-  /// without gas. Throws what reading the frame throws.
+  /// Continues from a stored frame, which must not be held by the target cache. False, with a log
+  /// line, for a frame with less than 3 cells on an axis: the state then has the frame's time but
+  /// no gas. Throws what reading the frame throws.
   bool load_state(SceneEvaluator& scene, SimFrame& frame);
 
-  /// Where the noise stands, which frames have no place for.
+  /// The state of the noise generator, which frames don't hold.
   NoiseState noise_state() const;
-  /// After load_state: lets the noise go on from there.
+  /// After load_state: continues with this noise.
   void restore_noise(const NoiseState& state);
-  /// The same without such a state: as in a run that began at `start`, a time of the simulation,
-  /// and has come to the state's.
+  /// The same without a saved state: the noise of a run that started at the simulation time
+  /// `start`.
   void catch_up_noise(double start);
 
-  /// Advances by one frame and stores it; `time` moves on by its frame length. When `progress` (may
-  /// be null) says stop, the call returns in mid-frame with all state kept: `time` stays, and the
-  /// next call goes on with the next substep. Numeric failures throw; the state isn't rolled back.
+  /// Advances by one frame and stores it; `time` advances by its frame length. If `progress` (may
+  /// be null) asks to stop, the call returns in mid-frame and keeps all state: `time` stays, and
+  /// the next call continues with the next substep. Numeric failures throw; the state isn't rolled
+  /// back.
   void update(SceneEvaluator& scene, FrameTime& time, SimProgress* progress);
 
   /// Hands the current state to the target cache as the frame of `time`; its writer saves it while
@@ -80,19 +90,8 @@ class Simulation3D final : private VelocityForce,
   /// line, without a target cache or if writing it directly failed.
   bool store_frame(const FrameTime& time, int substep);
 
-  /// Puts the whole state into `frame`: every channel in `stored.cached_channels`.
-  void fill_frame(SimFrame& frame, const SimSettings& stored, const FrameTime& time);
-
-  /// Takes one source object's part of the current substep. Doesn't change `weights`.
-  void add_source_object(const SimulationObjectParameters& parameters,
-                         const SparseField<float, 3>& weights);
-
-  /// Velocity that the scene gives in this substep, in simulation units per second, by the faces of
-  /// each axis: face (i, j, k) lies before cell (i, j, k) of the domain. Filled by
-  /// SceneEvaluator::update_inputs, and used up by the forces of the substep.
-  std::array<SparseField<float, 3>*, 3> velocity_sources() {
-    return {&u_sources_, &v_sources_, &w_sources_};
-  }
+  /// Puts the channels of these ChannelKeys into `frame`.
+  void fill_frame(SimFrame& frame, const std::set<int>& channels, const FrameTime& time);
 
   /// Makes `box` the active box; all systems follow.
   void apply_box(const IntBox& box);
@@ -104,50 +103,67 @@ class Simulation3D final : private VelocityForce,
 
   /// Substeps left in a frame that was interrupted; 0 between frames.
   int steps_remaining() const { return steps_remaining_; }
-  /// Of the current `update`, or of the last one.
+  /// Times of the current `update`, or of the last one.
   const StageTimes& stage_times() const { return times_; }
-  /// Frames that `update` could not store so far; those that the cache lost later don't count.
+  /// Frames that `update` could not store. Frames that the cache lost later don't count.
   int frames_not_stored() const { return frames_not_stored_; }
 
  private:
   void setup();
   void reset_run();
   void begin_frame();
+  void log_frame_line(double total);
+  void read_settings(SceneEvaluator& scene);
+
+  // A substep and its phases, in order.
+  struct Phase;
   bool substep(SceneEvaluator& scene);
+  void plan_step(SceneEvaluator& scene);
+  void advect_channels(SceneEvaluator&);
+  void advect_velocity(SceneEvaluator&);
+  void take_sources(SceneEvaluator& scene);
+  void grow_container(SceneEvaluator&);
+  void finish_channels(SceneEvaluator&);
+  void fit_container_to_expansion(SceneEvaluator&);
+  void take_solids(SceneEvaluator& scene);
+  void push_and_project(SceneEvaluator&);
+  void end_substep();
+  template <void (SimSystem::*hook)()>
+  void call_hook(SceneEvaluator&) {
+    call(hook);
+  }
+  void call(void (SimSystem::*hook)()) {
+    for (auto& system : systems_) (system.get()->*hook)();
+  }
+  double choose_step();
+  bool check(int k);
+  bool abort_requested(int done, int total) override;
+
+  void fit_container(const IntBox& wanted);
+  IntBox with_sources_and_walls(const IntBox& content) const;
+  IntBox expanded_box(MField& divergence) const;
+
   bool write_frame(const FrameTime& time, int substep);
   bool queue_frame(const FrameTime& time, int substep);
-  double choose_step();
-  void adapt(double dt, const IntBox& wanted, bool grow_only, bool skip_reach);
-  void adapt_to_expansion();
-  IntBox expanded_box(MField& divergence) const;
-  void clear_sources();
-  void add_expansion(double amount, const SparseField<float, 3>& weights);
-  bool check(int k);
-  void log_frame_line(double total);
 
   void add_forces(FluidSystem& fluid, double dt) override;
   bool add_divergence(MField& target, double dt) override;
   void add_detail(FluidSystem& fluid) override;
   void combustion(MField& target, int key) override;
   MField* get_field(int key) override;
-  bool abort_requested(int done, int total) override;
 
-  std::mutex mutex_;                                 // guards setup and the sources
   std::vector<std::unique_ptr<SimSystem>> systems_;  // in creation order, the order of every hook
   CuslKernels3D* fluid_ = nullptr;
   PressureSystem* pressure_ = nullptr;
   NoiseForceSystem* noise_ = nullptr;
   std::vector<ScalarFluidChannel*> channels_;
-  std::vector<FieldSource*> field_sources_;
   std::vector<VelocityForce*> forces_;
   std::vector<CombustionSource*> combustion_sources_;
   std::vector<FrameStorable*> storables_;
 
-  SparseField<float, 3> divergence_sources_;  // volume that sources give in this substep
-  SparseField<float, 3> u_sources_, v_sources_, w_sources_;  // velocity that they give
+  StepSources sources_{*this, domain};  // of this substep, until they are used up
 
   double remaining_time_ = 0;  // seconds left in this frame
-  double step_limit_ = 1;
   int steps_remaining_ = 0;
   int steps_per_frame_ = 1;  // estimate for the progress
   int frames_not_stored_ = 0;

@@ -139,9 +139,9 @@ TEST(EmitterSampler, FillsTheInsideUnlessItIsSolid) {
 // The heading turns z towards x.
 TEST(EmitterSampler, BlowsAlongTheDirectionOfTheObject) {
   SceneRun run(scene(kCube + R"(, "rotation": [90, 0, 0])", R"("direction": [0, 0, 30])"));
-  run.after_inputs = [&] {
+  run.after_inputs = [&](StepSources& sources) {
     for (std::size_t a = 0; a < 3; ++a)
-      EXPECT_NEAR(run.sim.velocity_sources()[a]->value(30, 10, 10), a == 0 ? 0.3f : 0, 1e-5f) << a;
+      EXPECT_NEAR(sources.velocity_sources()[a]->value(30, 10, 10), a == 0 ? 0.3f : 0, 1e-5f) << a;
   };
   run.frame();
 }
@@ -151,8 +151,8 @@ TEST(EmitterSampler, TexturesScaleTheSource) {
   SceneRun run("textured_source.json");
   EXPECT_EQ(run.density_at({-2.5, 0.5, 0.5}), 0);
   EXPECT_EQ(run.density_at({2.5, 0.5, 0.5}), 1);
-  run.after_inputs = [&] {
-    const SparseField<float, 3>& push = *run.sim.velocity_sources()[1];
+  run.after_inputs = [&](StepSources& sources) {
+    const SparseField<float, 3>& push = *sources.velocity_sources()[1];
     EXPECT_EQ(push.value(27, 16, 10), 0);
     EXPECT_GT(push.value(32, 16, 10), 0);
     EXPECT_LT(push.value(32, 4, 10), 0) << "off the surface";
@@ -203,11 +203,11 @@ TEST(EmitterSampler, SurfaceChannelsScaleTheSource) {
 // Amounts by channel, each in its mode, and lengths and speeds in the units of the run.
 TEST(EmitterSampler, TagsReachTheRecord) {
   test::TestDocument document("tagged_group.json");
-  SimSettings settings;
-  settings.voxel_size = 2;
-  settings.time_scale = 3;
+  SolverParams params;
+  params.voxel_size = 2;
+  params.time_scale = 3;
   const SimulationObjectParameters p =
-      source_parameters(*document.object("m").GetFirstTag(), settings, 0.5);
+      source_parameters(*document.object("m").GetFirstTag(), params, 0.5);
   EXPECT_EQ(p.amounts,
             (std::map<int, double>{
                 {kDensity, 0.5}, {kTemperature, 2}, {kFuel, 1.5}, {kBurn, 4}, {kExpansion, 5}}));
@@ -256,8 +256,8 @@ TEST(EmitterSampler, SelectionsEmitAlone) {
 TEST(EmitterSampler, ParticlesEmitAndHandOverTheirVelocity) {
   SceneRun run("shower.json");
   float speed = 0;
-  run.after_inputs = [&] {
-    const SparseField<float, 3>& u = *run.sim.velocity_sources()[0];
+  run.after_inputs = [&](StepSources& sources) {
+    const SparseField<float, 3>& u = *sources.velocity_sources()[0];
     for (int x = 0; x < 30; ++x) speed = std::max(speed, u.value(x, 10, 9));
   };
   for (int i = 0; i < 5; ++i) run.frame();
@@ -333,7 +333,7 @@ TEST(EmitterSampler, BadInputIsSkipped) {
     SCOPED_TRACE(one);
     SceneRun run(one);
     run.frame();
-    const double total = run.sim.settings.active_box.empty() ? 0 : sum(run.density());
+    const double total = run.sim.domain.active_box.empty() ? 0 : sum(run.density());
     EXPECT_TRUE(std::isfinite(total) && std::isfinite(m_infnorm(run.sim.fluid().U())));
     EXPECT_EQ(total > 1, &one == &objects[5]) << total;
   }

@@ -19,6 +19,7 @@
 #include "C4D/test_document.h"
 #include "render/direct_light_field.h"
 #include "render/scattered_light_field.h"
+#include "simulation/records.h"
 #include "support/support.h"
 
 namespace nbx {
@@ -47,12 +48,13 @@ double number(const RationalSpline& curve) { return curve.evaluate(0.1f) + curve
 const std::pair<int, std::string> kChannels[] = {
     {kDensity, "density"}, {kTemperature, "temperature"}, {kFuel, "fuel"}, {kBurn, "burn"}};
 
-void add_channel(Record& r, const SimSettings& s, int key, const std::string& name) {
+void add_channel(Record& r, const SolverParams& s, const FrameSink& sink, int key,
+                 const std::string& name) {
   const bool on = s.simulated_channels.contains(key);
   r["simulate_" + name] = on;
   if (!on) return;
   const ChannelParams& c = s.channel_params.at(key);
-  r["cache_" + name] = s.cached_channels.contains(key);
+  r["cache_" + name] = sink.cached_channels.contains(key);
   r["box_threshold_" + name] = c.box_threshold, r["diffusion_" + name] = c.diffusion;
   r["buoyancy_" + name] = c.buoyancy, r["direction_" + name] = number(c.direction);
   r["decay_mode_" + name] = static_cast<int>(c.decay_mode);
@@ -68,29 +70,31 @@ void add_channel(Record& r, const SimSettings& s, int key, const std::string& na
 }
 
 Record read_run(host::BaseObject& volume) {
-  SimSettings s;
-  s.sim_time.length = {1, 25};
-  s.frame_duration = 0.04;
-  read_run_settings(s, volume);
-  read_step_settings(s, volume, 0.04);
-  const auto& walls = s.face_closed;
-  const double wind = number(s.wind_direction * s.wind_speed);
-  Record r = named("",
-                   "voxel_size size cfl max_substeps time_scale advect_cubic adaptive_tracer "
-                   "cache_direct cache_velocity cache_solid fit_to_walls velocity_threshold drag "
-                   "mask_solid clamp_velocity vorticity wind_direction wind_speed wind_world",
-                   s.dx, number(vector_cast<double>(s.domain_box.hi)), s.cfl, s.max_substeps,
-                   s.time_scale, s.interp_points, s.adaptive_tracer, s.cache_direct,
-                   s.cached_channels.contains(kVelocity), s.cached_channels.contains(kSolid),
-                   s.fit_to_walls, s.velocity_box_threshold, s.drag, s.mask_channels_by_solid,
-                   s.clamp_velocity, s.vorticity, wind, wind, wind);
+  test::Records run;
+  FrameSink sink;
+  run.clock.sim_time.length = {1, 25};
+  run.clock.frame_duration = 0.04;
+  read_run_settings(run.params, sink, volume);
+  const auto [s, domain] = read_step_settings(run.view, volume, 0.04);
+  const auto& walls = domain.face_closed;
+  const double wind = number(domain.wind.velocity());
+  Record r =
+      named("",
+            "voxel_size size cfl max_substeps time_scale advect_cubic adaptive_tracer "
+            "cache_direct cache_velocity cache_solid fit_to_walls velocity_threshold drag "
+            "mask_solid clamp_velocity vorticity wind_direction wind_speed wind_world",
+            domain.dx, number(vector_cast<double>(domain.domain_box.hi)), s.cfl, s.max_substeps,
+            s.time_scale, s.interp_points, s.adaptive_tracer, sink.cache_direct && !s.keep_traces,
+            sink.cached_channels.contains(kVelocity), sink.cached_channels.contains(kSolid),
+            s.fit_to_walls, s.velocity_box_threshold, s.drag, s.mask_channels_by_solid,
+            s.clamp_velocity, s.vorticity, wind, wind, wind);
   r.merge(named("closed_", "x_min x_max y_min y_max z_max z_min", walls[0], walls[1], walls[2],
                 walls[3], walls[4], walls[5]));
   r.merge(named("noise_", "strength size_min size_max persistence period driver",
                 s.noise.amplitude * s.noise.frequency, s.noise.bands, s.noise.frequency,
                 s.noise.persistence, s.noise.time_frequency, s.noise.driver_key));
   if (s.noise.driver_key != kNoChannel) r["noise_curve"] = number(s.noise.driver_spline);
-  for (const auto& [key, name] : kChannels) add_channel(r, s, key, name);
+  for (const auto& [key, name] : kChannels) add_channel(r, s, sink, key, name);
   return r;
 }
 

@@ -20,9 +20,9 @@ class SceneRun : private SceneEvaluator {
         volume_(document_.object("v")),
         emitters_(volume_),
         solids_(volume_) {
-    read_run_settings(sim.settings, volume_);
-    sim.settings.sim_time.length = {1, 25};
-    sim.settings.frame_duration = 0.04;
+    read_run_settings(sim.params, sim.sink, volume_);
+    sim.clock.sim_time.length = {1, 25};
+    sim.clock.frame_duration = 0.04;
     sim.init_state(*this);
   }
 
@@ -32,38 +32,37 @@ class SceneRun : private SceneEvaluator {
   const Field<float>& density() { return sim.channel_field(kDensity)->read_cpu(); }
   /// The density of a cell, by world coordinates; 0 outside of the simulated box.
   float density_at(const Vec3d& world) {
-    const Vec3d at = sim.settings.world_to_grid(world);
-    const IntBox& box = sim.settings.active_box;
+    const Vec3d at = sim.domain.world_to_grid(world);
     const Vec3i cell(std::lround(at[0]), std::lround(at[1]), std::lround(at[2]));
-    const Vec3i i = cell - box.lo + Vec3i(1, 1, 1);
-    return box.contains(cell) ? density()(i[0], i[1], i[2]) : 0.0f;
+    const Vec3i i = cell - sim.domain.origin();
+    return sim.domain.active_box.contains(cell) ? density()(i[0], i[1], i[2]) : 0.0f;
   }
   std::size_t tags() const { return emitters_.tags(); }
   host::BaseObject& object(const std::string& name) { return document_.object(name); }
 
   Simulation3D sim;
-  // As the sources of the last substep left them.
+  // Of the last substep.
   IntBox keep_box;
   Solids solids;
-  std::function<void()> after_inputs;
+  std::function<void(StepSources&)> after_inputs = [](StepSources&) {};
   bool second_half = false;  // the sources are those of a substep from the frame's middle on
 
  private:
-  void read_settings(Simulation3D&, double dt) override {
-    read_step_settings(sim.settings, volume_, dt);
-    sim.settings.channel_params[kDensity].buoyancy = 0;
-    sim.settings.channel_params[kTemperature].buoyancy = 0;
+  StepSettings read_settings(const RunView& run, double dt) override {
+    StepSettings step = read_step_settings(run, volume_, dt);
+    step.params.channel_params[kDensity].buoyancy = 0;
+    step.params.channel_params[kTemperature].buoyancy = 0;
+    return step;
   }
-  void update_inputs(Simulation3D&, double dt) override {
-    if (second_half) sim.settings.frame_elapsed = dt = dt / 2;
-    emitters_.update_inputs(sim, time_.time.value(), dt);
-    sim.settings.frame_elapsed = 0;
-    keep_box = sim.keep_box;
-    if (after_inputs) after_inputs();
+  void update_inputs(const RunView& run, StepSources& sources, double dt) override {
+    StepClock clock = run.clock;
+    if (second_half) clock.frame_elapsed = dt = dt / 2;
+    emitters_.update_inputs({run.params, clock, run.domain}, sources, time_.time.value(), dt);
+    keep_box = sources.keep_box;
+    after_inputs(sources);
   }
-  void update_solids(Simulation3D&, double dt) override {
-    solids_.update_solids(sim, dt);
-    solids = sim.solids;
+  Solids update_solids(const RunView& run, double dt) override {
+    return solids = solids_.update_solids(run, dt);
   }
 
   TestDocument document_;

@@ -48,14 +48,13 @@ TEST(SolidSampler, APistonPushesOutWhatItSweeps) {
   double out = 0, swept = 0;
   for (int frame = 0; frame < 12; ++frame) {
     run.frame();
-    const SimSettings& s = run.sim.settings;
-    ASSERT_EQ(s.active_box.size(), Vec3i(40, 16, 16));
+    ASSERT_EQ(run.sim.domain.active_box.size(), Vec3i(40, 16, 16));
     if (frame == 0) continue;  // the piston counts as resting until it has been seen
     const Field<float>& U = run.sim.fluid().U().read_cpu();
     double flux = 0;
     for (int k = 1; k <= 16; ++k)
       for (int j = 1; j <= 16; ++j) flux += U(41, j, k);
-    out += flux * s.dt / s.dx;  // cells
+    out += flux * run.sim.clock.dt / run.sim.domain.dx;  // cells
     swept += 0.6 * 16 * 16;
   }
   EXPECT_NEAR(out, swept, 0.05 * swept);
@@ -66,7 +65,7 @@ TEST(SolidSampler, NoGasCrossesAWallOfOneVoxel) {
   SceneRun run("jet_and_wall.json");
   for (int frame = 0; frame < 100; ++frame) run.frame();
   const Field<float>& density = run.density();
-  const int face = 14 - run.sim.settings.active_box.lo[0] + 1;  // the wall's cell
+  const int face = 14 - run.sim.domain.origin()[0];  // the wall's cell
   double before = 0, beyond = 0;
   test::each_cell(density.dims(), 0,
                   [&](int i, int j, int k) { (i <= face ? before : beyond) += density(i, j, k); });

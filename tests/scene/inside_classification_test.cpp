@@ -22,8 +22,8 @@ double inside(const std::vector<Mesh>& meshes, const IntBox& box) {
 
 const IntBox kBox{{0, 0, 0}, {63, 60, 47}};
 
-// Many shells in one another, so that a line meets many triangles, which lie aslant in many leaves
-// of the tree. Inside is what an odd number of them goes round.
+// Nested shells, so that a line meets many triangles in many leaves of the tree. A cell is inside
+// if an odd number of shells surrounds it.
 TEST(InsideClassification, AgreesWithTheWindingNumber) {
   std::vector<Mesh> meshes{test::bent_torus({31.3, 29.6, 23.1}, 18, 7, 60, 30)};
   for (double tube = 6.7; tube > 0.4; tube -= 0.27)
@@ -58,7 +58,7 @@ TEST(InsideClassification, BoxesHaveTheirVolume) {
     const double half_layer = d[0] * d[1] + d[1] * d[2] + d[2] * d[0];  // surface / 2
     const bool on_grid = lo == vector_cast<double>(vector_cast<int>(lo));
     EXPECT_NEAR(inside({test::box(lo, hi)}, kBox), d[0] * d[1] * d[2], on_grid ? 0 : half_layer)
-        << "of two opposite faces one counts";
+        << "one of two opposite faces counts";
   }
   EXPECT_EQ(inside({test::box({-30.5, -30.5, -30.5}, {9.5, 9.5, 9.5})}, kBox), 1000);
 }
@@ -74,10 +74,10 @@ TEST(InsideClassification, BadMeshesFillWhatTheyCan) {
   for (const Mesh::Polygon& p :
        {Mesh::Polygon{0, 8, 1, 1}, {0, 9, 10, 10}, {3, 3, 3, 3}, {0, 1, 0, 1}, {0, 1, 2000, -7}})
     bad.polygons.push_back(p);
-  // A second skin, exactly on the first, twice: an odd number of skins is one.
+  // Two more surfaces exactly on the first: an odd number counts as one.
   for (int i = 0; i < 12; ++i) bad.polygons.push_back(bad.polygons[i % 6]);
   EXPECT_EQ(inside({bad}, kBox), 8000);
-  // What lies in both of two boxes is outside.
+  // The intersection of two boxes is outside.
   EXPECT_EQ(inside({test::box({3.5, 3.5, 3.5}, {13.5, 13.5, 13.5}),
                     test::box({8.5, 8.5, 8.5}, {18.5, 18.5, 18.5})},
                    kBox),

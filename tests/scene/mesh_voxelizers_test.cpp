@@ -1,4 +1,4 @@
-// Meshes with all that they carry: push on faces, the surfaces of solids, what scales a source.
+// Meshes as sources and solids: weights, push on faces, distances, textures.
 #include <numeric>
 
 #include "scene/cell_center_voxelizer.h"
@@ -20,7 +20,7 @@ TEST(CellCenterVoxelizer, EdgesOfTheReach) {
   Sparse field, cut;
   voxelize(field, std::vector{flat, flat}, {{0, 0, 0}, {30, 30, 30}}, {1});
   EXPECT_EQ(field.blocks().size(), 1u) << "cells at the reach need no blocks of their own";
-  // What lies outside of the box isn't written.
+  // Nothing outside of the box is written.
   voxelize(cut, std::vector{flat}, {{10, 0, 0}, {30, 30, 15}}, {2});
   EXPECT_EQ(cut.value(9, 9, 15) + cut.value(10, 9, 16), 0);
   float cell = 0.5f;
@@ -46,7 +46,7 @@ TEST(VelocityVoxelizer, PushesAlongTheNormalOnBothFaces) {
 }
 
 TEST(MeshVoxelizers, SameBitsForAnyNumberOfThreads) {
-  // A torus that lies over itself, so that cells have several nearest triangles.
+  // Two copies of a torus, so that cells have several nearest triangles.
   std::vector<Mesh> meshes(2, test::bent_torus({31.3, 29.6, 23.1}, 18, 7, 90, 45));
   meshes.push_back(test::bent_torus({26.8, 31.1, 20.4}, 16, 6, 80, 50));
   meshes[0].first_id = 7000;  // its twin has none: ties between all and nothing
@@ -73,7 +73,7 @@ TEST(MeshVoxelizers, SameBitsForAnyNumberOfThreads) {
     EXPECT_TRUE(test::same_bits(grids[0].*field, grids[1].*field));
 }
 
-// Weights of sources, and what solids know of their surface, against every triangle.
+// The weights of sources and the distances of solids, compared with a loop over all triangles.
 TEST(MeshVoxelizers, FindTheNearestTriangle) {
   std::vector<Mesh> meshes{test::bent_torus({31.3, 29.6, 23.1}, 18, 7, 40, 20)};
   meshes[0].first_id = 100;
@@ -138,7 +138,7 @@ Mesh stepped_sheet(double edge) {
   return test::in_cells(std::move(mesh));
 }
 
-// Most cells that a triangle smaller than a cell reaches lie beyond its edges.
+// Most cells in reach of a triangle smaller than a cell lie outside of its edges.
 TEST(ThicknessProfile, WeightsAndTexturesStayWithinTheirTriangle) {
   ThicknessProfile profiles[2]{{1.8}, {1.8}};
   profiles[0].use_corner_weights = profiles[1].use_surface_texture = true;
@@ -156,7 +156,7 @@ TEST(ThicknessProfile, WeightsAndTexturesStayWithinTheirTriangle) {
         ASSERT_GE(is, beyond ? most - 1e-5f : 0) << x << " " << y << " " << z;
         ASSERT_LE(is, before ? 0 : most + 1e-5f) << x << " " << y << " " << z;
         ASSERT_LE(std::abs(w.value(x, y, z)), 1.00001f);
-        ASSERT_GE(w.value(x, y, z) * w.value(25, 18, 20), 0) << "one push is turned round";
+        ASSERT_GE(w.value(x, y, z) * w.value(25, 18, 20), 0) << "no push is reversed";
       });
       EXPECT_EQ(std::abs(w.value(25, 18, 20)), 1);
       // On the way up across a quad that is wide enough to hold cells.

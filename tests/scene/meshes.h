@@ -1,4 +1,4 @@
-// Meshes for the voxelizers' tests, and the distance and the winding number to judge them by.
+// Meshes for the tests of voxelizers, with plain forms of distance and winding number.
 #pragma once
 
 #include <algorithm>
@@ -11,8 +11,8 @@ namespace nbx::test {
 
 using Mesh = DetachedPolygonObject;
 
-/// World to cells: the mirror that a walk expects. Tests place their meshes through it again, so
-/// that points are given in cells.
+/// World to cells: the mirror that a walk expects. Tests place their meshes by it too, so that
+/// their points are in cells.
 inline Affine3d mirror() {
   Affine3d m = Affine3d::identity();
   m.rows[2][2] = -1;

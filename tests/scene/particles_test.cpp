@@ -10,7 +10,7 @@ namespace {
 using Sparse = SparseField<float, 3>;
 const IntBox kBox{{0, 0, 0}, {31, 31, 31}};
 
-/// One row of numbers a particle: active, position, velocity, age.
+/// A row of numbers per particle: active, position, velocity, age.
 ParticleTable table(const std::vector<std::array<float, 8>>& rows, bool whole = true) {
   const char* const names[] = {"active",     "position.x", "position.y", "position.z",
                                "velocity.x", "velocity.y", "velocity.z", "age"};

@@ -9,8 +9,8 @@ namespace {
 
 constexpr float kFar = VCVDT<float>::kFar;
 
-/// A ball as triangles would leave it: distances within sqrt(3) of the surface, three votes inside.
-/// The vertex is 1 above the center's plane, 0 below. `with_hole` leaves the top unvoxelized.
+/// A voxelized ball: distances within sqrt(3) of the surface, three votes inside. The vertex is 1
+/// above the plane of the center, 0 below. `with_hole` leaves out the top.
 VCVDT<float> ball(int n, const Vec3f& center, float radius, bool with_hole) {
   VCVDT<float> vdt;
   vdt.reset({n, n, n});
@@ -41,14 +41,14 @@ TEST(PostProcess, GivesSignedDistancesAndTheNearestVertex) {
     const float d = length(r) - radius, value = phi(i, j, k);
     ASSERT_EQ(value < 0, d < 0);
     if (std::abs(value) == kFar) {
-      ASSERT_GT(d, 0.4f) << "all of the inside is reached";
+      ASSERT_GT(d, 0.4f) << "all inside cells are reached";
       ++far;
     } else if (std::abs(d) < 0.4f) {  // it has a neighbor on the other side
       ASSERT_FLOAT_EQ(std::abs(value), d * d);
       ++surface;
     }
     if (d > 0 || d < -radius + 3) return;
-    // The way from a cell at the surface counts as 1 long, which is off by less than 1.
+    // Offsets from cells at the surface count as 1 long, which is wrong by less than 1.
     ASSERT_NEAR(std::sqrt(-value), -d, 1.1f) << i << " " << j << " " << k;
     ASSERT_TRUE(std::abs(r[2]) <= 1 || ids[phi.index(i, j, k)] == (r[2] > 0));
     ++deep;
@@ -57,7 +57,7 @@ TEST(PostProcess, GivesSignedDistancesAndTheNearestVertex) {
   EXPECT_GT(surface, 300);
   EXPECT_GT(far, 4000);
 
-  // Where the surface has a hole the cells inside of it lie on the surface, without a vertex.
+  // In a hole of the surface, inside cells count as lying on it, without a vertex.
   vdt = ball(21, center, radius, true);
   post_process_voxelized(phi, ids, vdt);
   EXPECT_EQ(phi(10, 10, 17), 0);

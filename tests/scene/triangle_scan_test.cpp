@@ -81,7 +81,7 @@ TEST(TriangleScan, CornersOnCellsAndPlanesAlongTheGrid) {
 }
 
 TEST(TriangleScan, StepsStayExactInALargeDomain) {
-  // A sliver along x: its rows are walked from end to end, or cut by a box.
+  // A sliver along x: rows from end to end, or cut by a box.
   for (const auto& [n, bound] : {std::pair{1000, 1e-9}, {500000, 1e-3}}) {
     const auto far_end = static_cast<float>(n);
     const VoxelizationTriangle t{{3, 2, 1}, {far_end + 0.5f, 7, 5}, {far_end - 8.25f, 40, 22}};
@@ -95,7 +95,7 @@ TEST(TriangleScan, BadTrianglesLeaveNoMark) {
   const float inf = std::numeric_limits<float>::infinity();
   const float huge = std::numeric_limits<float>::max();
   const IntBox box{{0, 0, 0}, {20, 20, 20}};
-  // A short edge, corners in a line, no numbers, outside, and beyond all bounds.
+  // A short edge, corners in a line, NaN, outside of the box, huge.
   for (const VoxelizationTriangle& bad :
        {VoxelizationTriangle{{5, 5, 5}, {5.001f, 5, 5}, {9, 9, 9}},
         {{1, 1, 1}, {7, 7, 7}, {19, 19, 19}},

@@ -1,4 +1,4 @@
-#include "simulation/advection.h"
+#include "simulation/fluid/advection.h"
 
 #include <algorithm>
 #include <cmath>
@@ -33,7 +33,7 @@ Vec3i face_dims(Vec3i center, Lookup lookup) {
 struct Flow {
   Flow(const Vec3i& center, const Vec3f& v) {
     params.dt = params.dx = 1;
-    params.settings = &settings;
+    params.domain = &domain;
     for (int a = 0; a < 3; ++a) {
       velocity[a].resize(kCpu, face_dims(center, static_cast<Lookup>(a)));
       params.velocity[a] = &velocity[a];
@@ -50,12 +50,12 @@ struct Flow {
     params.back_stale = params.fwd_stale = true;
   }
   MField velocity[3], back[3], fwd[3];
-  SimSettings settings;
+  Domain domain;
   AdvectionParams params;
 };
 
-// The fast loops give the bits of the plain form for every choice, every instruction set, with
-// traces cached by two threads and live on one.
+// The fast loops give the bits of the plain form for every choice and every instruction set, with
+// traces cached by two threads and computed on the fly by one.
 void expect_plain_bits(const Vec3i& center, bool wild) {
   Flow flow(center, Vec3f());
   AdvectionParams& q = flow.params;
@@ -106,8 +106,8 @@ TEST(Advection, BoundaryOfTheLookup) {
   const Vec3i center(8, 8, 8);
   Flow flow(center, Vec3f(0.1f, 0.1f, 0.1f));
   flow.keep_traces(false);
-  flow.settings.face_closed = {1, 1, 1, 1, 1, 1};
-  flow.settings.domain_box = flow.settings.active_box = {Vec3i(0, 0, 0), Vec3i(5, 5, 5)};
+  flow.domain.face_closed = {1, 1, 1, 1, 1, 1};
+  flow.domain.domain_box = flow.domain.active_box = {Vec3i(0, 0, 0), Vec3i(5, 5, 5)};
   for (const Lookup lookup : kLookups) {
     flow.params.lookup = lookup;
     for (const auto& stage : {advect_sl, advect}) {
@@ -177,16 +177,16 @@ double carry_round(bool corrected, bool cubic) {
   }
   const Field<float>& end = density.read_cpu();
   const double mass = sum(start);
-  EXPECT_NEAR(sum(end), mass, 0.05 * mass) << "not conserved, but nothing of size may get lost";
-  EXPECT_GE(min(end), 0) << "no stage makes values beyond those it started from";
+  EXPECT_NEAR(sum(end), mass, 0.05 * mass) << "not conserved, but nearly";
+  EXPECT_GE(min(end), 0) << "no stage overshoots";
   EXPECT_LE(max(end), 1);
   double error = 0;
   for (std::size_t i = 0; i < start.count(); ++i) error += std::abs(end[i] - start[i]);
   return error / mass;
 }
 
-// Measured: 0.69 and 0.35 with linear samples, 0.17 and 0.12 with cubic ones. The correction must
-// take away a good part of the smearing, and so must cubic samples.
+// Measured: 0.69 and 0.35 with linear samples, 0.17 and 0.12 with cubic ones. The correction and
+// cubic samples must each remove a good part of the smearing.
 TEST(Advection, SphereOnceRound) {
   const double plain = carry_round(false, false), plain_cubic = carry_round(false, true);
   EXPECT_LT(carry_round(true, false), 0.6 * plain);
@@ -194,7 +194,7 @@ TEST(Advection, SphereOnceRound) {
   EXPECT_LT(carry_round(true, true), 0.8 * plain_cubic);
 }
 
-// The ends of the interior count, the ghost layer doesn't, and NaN is passed over.
+// The first and last interior cells count, ghost cells don't, and NaN is skipped.
 TEST(VelocityReach, LargestSpeed) {
   test::Mac v(Vec3i(270, 5, 6));
   for (const auto& [i, expected] : {std::pair{0, 0.0f}, {1, 5.0f}, {269, 5.0f}, {270, 0.0f}}) {

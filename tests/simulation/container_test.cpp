@@ -1,4 +1,4 @@
-// The adaptive container: a box that follows the gas, and gives what the whole domain would give.
+// The adaptive container: a box that follows the gas, with nearly the result of the whole domain.
 #include "math/field_reductions.h"
 #include "simulation/fluid_tools3d.h"
 #include "simulation/health.h"
@@ -7,25 +7,25 @@
 namespace nbx {
 namespace {
 
-// A puff of hot smoke in an open domain, given in the first frame and then left alone.
+// A puff of hot smoke in an open domain, from a source in the first frame.
 struct PuffRun : test::SceneRun {
   PuffRun() {
-    scene.domain = {32, 48, 32};
+    scene.cells = {32, 48, 32};
     scene.source = {{14, 10, 14}, {17, 13, 17}};
     scene.frames_of_source = 1;
-    scene.settings = [this](SimSettings& s) {
-      s.face_closed = {0, 0, floor ? 1 : 0, 0, 0, 0};
-      s.fit_to_walls = fit_to_walls;
-      s.channel_params[kTemperature].buoyancy = 20;
+    scene.settings = [this](StepSettings& s) {
+      s.domain.face_closed = {0, 0, floor ? 1 : 0, 0, 0, 0};
+      s.params.fit_to_walls = fit_to_walls;
+      s.params.channel_params[kTemperature].buoyancy = 20;
       for (const int key : {kDensity, kTemperature})
-        s.channel_params[key].box_threshold = threshold;
-      s.velocity_box_threshold = speed_threshold;
-      s.noise.amplitude = static_cast<float>(noise);
-      s.noise.frequency = 0.2f;
-      s.noise.bands = 2;
+        s.params.channel_params[key].box_threshold = threshold;
+      s.params.velocity_box_threshold = speed_threshold;
+      s.params.noise.amplitude = static_cast<float>(noise);
+      s.params.noise.frequency = 0.2f;
+      s.params.noise.bands = 2;
     };
   }
-  const IntBox& box() { return sim.settings.active_box; }
+  const IntBox& box() { return sim.domain.active_box; }
   // The density in domain cells.
   float density(const Vec3i& p) {
     if (!box().contains(p)) return 0;
@@ -50,7 +50,7 @@ TEST(Container, HoldsTheContentAndNothingElse) {
   EXPECT_LT(run.box().size()[1], 12);
   run.frames(12);
   EXPECT_GT(run.box().hi[1], 18) << "the box rises with the gas";
-  // The outermost cells inside of the box are free of content: nothing is cut off.
+  // The outermost cells of the box have no content: nothing is cut off.
   const Health health = measure_health(run.sim);
   const IntBox content = min_bbox(run.channel(kDensity), static_cast<float>(0.001));
   for (int a = 0; a < 3; ++a) {
@@ -85,10 +85,10 @@ TEST(Container, WallsAreReachedOnlyByContent) {
   EXPECT_FALSE(touched[1] || touched[3] || touched[5]);
 }
 
-// Eight times the domain costs neither memory nor work: the box is the same, and so are the bits.
+// A domain eight times as large costs neither memory nor work: same box, same bits.
 TEST(Container, EmptySpaceIsFree) {
   PuffRun small, large;
-  large.scene.domain = {64, 96, 64};
+  large.scene.cells = {64, 96, 64};
   for (PuffRun* run : {&small, &large}) {
     run->noise = 0.1;
     run->start();
@@ -99,18 +99,18 @@ TEST(Container, EmptySpaceIsFree) {
   EXPECT_TRUE(test::same_bits(large.channel(kDensity), small.channel(kDensity)));
 }
 
-// From one state of a rising puff, a run in a box that holds all air of some speed and a run in the
-// whole domain. The box takes the air outside to be at rest, where it moves by less than the
-// threshold: 0.2 cells in the four frames, where the gas itself moves by several: a few hundredths
-// of what the gas does.
+// Two runs from one state of a rising puff: in a box that holds all air above some speed, and in
+// the whole domain. Outside of the box the air counts as resting, though it moves by up to 0.2
+// cells in the four frames. The gas moves by several cells, so the results differ by a few percent
+// of that.
 TEST(Container, FollowsWhatTheWholeDomainGives) {
   PuffRun seed;
   seed.threshold = -1;  // every cell counts
   seed.start();
-  seed.sim.apply_box(seed.sim.settings.domain_box);
+  seed.sim.apply_box(seed.sim.domain.domain_box);
   seed.frames(6);
   SimFrame state;
-  seed.sim.fill_frame(state, seed.sim.settings, seed.time);
+  seed.sim.fill_frame(state, seed.sim.sink.cached_channels, seed.time);
 
   PuffRun box, whole;
   whole.threshold = -1;
@@ -120,7 +120,7 @@ TEST(Container, FollowsWhatTheWholeDomainGives) {
     ASSERT_TRUE(run->sim.load_state(run->scene, state));
     run->frames(4);
   }
-  EXPECT_EQ(whole.box(), whole.sim.settings.domain_box);
+  EXPECT_EQ(whole.box(), whole.sim.domain.domain_box);
   EXPECT_LT(box.channel(kDensity).count(), whole.channel(kDensity).count() / 2);
   double difference = 0, mass = 0, moved = 0;
   test::each_cell({32, 48, 32}, 0, [&](int x, int y, int z) {
@@ -133,8 +133,7 @@ TEST(Container, FollowsWhatTheWholeDomainGives) {
   EXPECT_LT(difference, 0.02 * moved);
 }
 
-// Gas that expands makes room before it is pushed, and what leaves the cells that expand is what
-// they gave.
+// The box grows before expanding gas is pushed, and the outflow of the source is its volume.
 TEST(Container, ExpansionGrowsTheBoxAndGivesItsVolume) {
   PuffRun still, boom;
   boom.scene.object.amounts[kExpansion] = 40;  // per second: 1.6 times the cells' volume in a frame
@@ -145,7 +144,7 @@ TEST(Container, ExpansionGrowsTheBoxAndGivesItsVolume) {
   }
   for (int a = 0; a < 3; ++a) EXPECT_GT(boom.box().size()[a], still.box().size()[a]);
 
-  // The flux through a box round the source: the sum over the cells within.
+  // The flux through a box around the source: the sum over its cells.
   FluidSystem& fluid = boom.sim.fluid();
   const Vec3i low = boom.scene.source.lo - boom.box().lo - Vec3i(1, 1, 1);
   Field<float> in;
@@ -155,7 +154,7 @@ TEST(Container, ExpansionGrowsTheBoxAndGivesItsVolume) {
   test::each_cell({8, 8, 8}, 0, [&](int i, int j, int k) {
     flux -= static_cast<double>(in(low[0] + i, low[1] + j, low[2] + k));
   });
-  const double given = 64 * 40 * boom.sim.settings.dx;
+  const double given = 64 * 40 * boom.sim.domain.dx;
   EXPECT_NEAR(flux, given, 0.01 * given) << "the projection's tolerance is 0.01 per cell";
 }
 

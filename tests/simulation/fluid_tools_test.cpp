@@ -1,9 +1,9 @@
-// What acts on a velocity on faces, held against plain forms.
+// Operators on velocities on faces, compared with plain forms.
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-#include "simulation/curl_noise.h"
+#include "simulation/fluid/curl_noise.h"
 #include "simulation/fluid_tools3d.h"
 #include "simulation/mac.h"
 #include "simulation/vorticity.h"
@@ -53,7 +53,7 @@ TEST(FluidTools, SubtractPressureGradient) {
   }
 }
 
-// What isn't above 0 counts as 0, what is above 1 as 1.
+// The center field is clamped to [0, 1]; NaN counts as 0.
 TEST(FluidTools, AddCenterToMac) {
   Grid plain;
   const float odd[] = {7, -4, 0.25f, std::numeric_limits<float>::quiet_NaN()};
@@ -74,15 +74,15 @@ TEST(FluidTools, AddCenterToMac) {
   });
 }
 
-SimSettings boxed(const std::array<int, 6>& closed) {
-  SimSettings settings;
-  settings.domain_box = settings.active_box = {{0, 0, 0}, {20, 20, 20}};
-  settings.face_closed = closed;
-  return settings;
+Domain boxed(const std::array<int, 6>& closed) {
+  Domain domain;
+  domain.domain_box = domain.active_box = {{0, 0, 0}, {20, 20, 20}};
+  domain.face_closed = closed;
+  return domain;
 }
 
-void velocity_boundary(int axis, Field<float>& f, const SimSettings& settings) {
-  (axis == 0 ? VelocityBoundaryU : axis == 1 ? VelocityBoundaryV : VelocityBoundaryW)(f, settings);
+void velocity_boundary(int axis, Field<float>& f, const Domain& domain) {
+  (axis == 0 ? VelocityBoundaryU : axis == 1 ? VelocityBoundaryV : VelocityBoundaryW)(f, domain);
 }
 
 TEST(FluidTools, VelocityBoundaryHoldsWallsAndLetsFlowOnlyOut) {
@@ -112,16 +112,15 @@ TEST(FluidTools, VelocityBoundaryHoldsWallsAndLetsFlowOnlyOut) {
 }
 
 TEST(FluidTools, WallsHoldWhereTheActiveBoxTouchesThemAndWithoutWind) {
-  SimSettings settings = boxed({1, 1, 1, 1, 1, 0});
-  settings.active_box = {{1, 0, 0}, {19, 21, 20}};
-  EXPECT_EQ(closed_faces(settings), (std::array<int, 6>{0, 0, 1, 1, 1, 0}));
-  settings.active_box = settings.domain_box;
-  settings.wind_direction = {0.5, -0.25, 0.75};
-  settings.wind_speed = 4;
+  Domain domain = boxed({1, 1, 1, 1, 1, 0});
+  domain.active_box = {{1, 0, 0}, {19, 21, 20}};
+  EXPECT_EQ(domain.closed_faces(), (std::array<int, 6>{0, 0, 1, 1, 1, 0}));
+  domain.active_box = domain.domain_box;
+  domain.wind = {{0.5, -0.25, 0.75}, 4};
   for (int axis = 0; axis < 3; ++axis) {
     Grid g, expected;
-    velocity_boundary(axis, g.face(axis), settings);
-    set_border(expected.face(axis), static_cast<float>(4 * settings.wind_direction[axis]));
+    velocity_boundary(axis, g.face(axis), domain);
+    set_border(expected.face(axis), static_cast<float>(4 * domain.wind.direction[axis]));
     EXPECT_TRUE(same_bits(g.face(axis), expected.face(axis)));
   }
 }
@@ -149,8 +148,8 @@ TEST(FluidTools, FacesOfSolidsTakeTheSolidsVelocity) {
 }
 
 // Solid fills all below `surface` along an axis, and the channel grows by 1 from cell to cell. The
-// point of the surface lies between the cells 5 and 6, and only 6 is fluid. What is deeper than the
-// root of 12 has no such point.
+// surface lies between the cells 5 and 6, and only 6 is fluid. Cells deeper than the root of 12
+// don't find it.
 TEST(FluidTools, ChannelInsideSolid) {
   for (int axis = 0; axis < 3; ++axis)
     for (const float surface : {5.46f, 5.47f})

@@ -1,4 +1,4 @@
-// A velocity on the faces of n cells, as tests fill and compare it.
+// A velocity on the faces of n cells, for tests to fill and compare.
 #pragma once
 
 #include "math/field_operators.h"

@@ -1,4 +1,4 @@
-// Advection written plainly, one cell after the other: what the fast loops must equal bit for bit.
+// Advection written plainly, cell by cell: the fast loops must give the same bits.
 #pragma once
 
 #include <algorithm>
@@ -7,12 +7,12 @@
 #include <limits>
 
 #include "math/interpolation.h"
-#include "simulation/advection.h"
+#include "simulation/fluid/advection.h"
 #include "support/support.h"
 
 namespace nbx::test {
 
-/// U, V, W round a sample of the advected grid.
+/// U, V, W around a sample of the advected grid.
 class PlainVelocity {
  public:
   explicit PlainVelocity(const AdvectionParams& params)

@@ -1,4 +1,4 @@
-#include "simulation/project.h"
+#include "simulation/fluid/project.h"
 
 #include <limits>
 #include <numbers>
@@ -9,7 +9,8 @@
 #include "simulation/cusl_kernels3d.h"
 #include "simulation/fluid_tools3d.h"
 #include "simulation/mac.h"
-#include "simulation/pressure_system.h"
+#include "simulation/records.h"
+#include "simulation/steps/pressure_system.h"
 #include "util/exception.h"
 
 namespace nbx {
@@ -20,22 +21,23 @@ struct Box : test::Mac {
   Vec3i n;
   test::Mac ball;
   Field<float> phi, source;
-  SimSettings settings;
+  Domain domain;
+  ProjectionLimits limits;
   MultigridSolver3D solver;
 
   Box(const Vec3i& interior, const std::array<int, 6>& faces, float speed = 1)
       : Mac(interior + Vec3i(2, 2, 2)), n(interior + Vec3i(2, 2, 2)), ball(n) {
     randomize(1, speed);
-    settings.domain_box = settings.active_box = {{0, 0, 0}, interior - Vec3i(1, 1, 1)};
-    settings.face_closed = faces;
-    settings.dx = 0.5;
-    settings.max_cycles = 60;
+    domain.domain_box = domain.active_box = {{0, 0, 0}, interior - Vec3i(1, 1, 1)};
+    domain.face_closed = faces;
+    domain.dx = 0.5;
+    limits.max_cycles = 60;
   }
   SolveResult run() {
     ProjectionFields f{&U, &V, &W};
     if (phi.count() > 0) f = {&U, &V, &W, &phi, nullptr, &ball.U, &ball.V, &ball.W};
     f.source = source.count() > 0 ? &source : nullptr;
-    return project(solver, f, settings, closed_faces(settings), 5, nullptr);
+    return project(solver, f, domain, limits, 5, nullptr);
   }
   // The largest of |-div + source| in fluid.
   float divergence() {
@@ -46,7 +48,7 @@ struct Box : test::Mac {
       const double dv = double(V(i, j + 1, k)) - double(V(i, j, k));
       const double dw = double(W(i, j, k + 1)) - double(W(i, j, k));
       const double given = source.count() > 0 ? double(source(i, j, k)) : 0;
-      worst = std::max(worst, std::abs(given - (du + dv + dw) / settings.dx));
+      worst = std::max(worst, std::abs(given - (du + dv + dw) / domain.dx));
     });
     return static_cast<float>(worst);
   }
@@ -92,13 +94,13 @@ TEST(Project, LeavesNoDivergence) {
 }
 
 TEST(Project, FacesOfSolidsHoldTheirVelocity) {
-  // The passes round the ball end at the tolerance. What they leave, the last solve takes away with
-  // a pressure that doesn't see the ball, so the faces move by what the tolerance allows.
+  // The passes around the ball end at the tolerance. The final solve removes the rest with a
+  // pressure that ignores the ball, so its faces change by up to the tolerance.
   const auto slip_at = [](const std::array<int, 6>& faces, double tolerance, int passes) {
     Box box({33, 24, 30}, faces, 0.1f);
     box.add_ball();
-    box.settings.pressure_tolerance = tolerance;
-    box.settings.solid_iterations = passes;
+    box.limits.tolerance = tolerance;
+    box.limits.solid_iterations = passes;
     EXPECT_EQ(box.run().end, SolveEnd::kConverged);
     EXPECT_LT(box.divergence(), tolerance + 1e-5);
     return box.slip();
@@ -106,7 +108,8 @@ TEST(Project, FacesOfSolidsHoldTheirVelocity) {
   EXPECT_GT(slip_at({}, 0.01, 0), 0.1f) << "without the passes";
   test::everywhere([&] { EXPECT_LT(slip_at({}, 0.01, 10), 0.025f); });
   EXPECT_LT(slip_at({}, 1e-4, 1000), 0.0012f);
-  // Walls hold in every pass, or the last solve would push what flows against them into the ball.
+  // Walls hold in every pass. Else the final solve would push into the ball what flows against
+  // them.
   EXPECT_LT(slip_at({1, 0, 1, 1, 0, 1}, 1e-4, 1000), 0.0012f);
 }
 
@@ -120,33 +123,32 @@ TEST(Project, FailuresGiveEverythingBack) {
 }
 
 // The vortex of Taylor and Green between walls, U = sin x cos y, V = -cos x sin y on [0, pi]^2, is
-// at rest as a flow: advection and pressure balance, and without viscosity nothing changes. What a
-// run changes is its own error.
+// a steady flow: advection and pressure balance, and there is no viscosity. All change is error.
 struct Nothing : VelocityForce, SolverProgress {
   void add_forces(FluidSystem&, double) override {}
   bool abort_requested(int, int) override { return false; }
 };
 
 struct Outcome {
-  double energy;  // over that at the start
+  double energy;  // relative to the start
   double error;   // root of the mean square of the change, where the largest speed is 1
 };
 
 // Energy and change after a time of 1, in a box of n x n x 4 cells.
 Outcome run(int n) {
-  SimSettings s;
-  s.domain_box = s.active_box = {{0, 0, 0}, {n - 1, n - 1, 3}};
-  s.face_closed = {1, 1, 1, 1, 1, 1};
-  s.dx = std::numbers::pi / n;
-  s.dt = s.dx / 2;  // so that the error in time shrinks with that in space
-  s.pressure_tolerance = 1e-4;
-  s.max_cycles = 40;
-  CuslKernels3D fluid(s);
-  PressureSystem pressure(s);
+  test::Records s;
+  s.domain.domain_box = s.domain.active_box = {{0, 0, 0}, {n - 1, n - 1, 3}};
+  s.domain.face_closed = {1, 1, 1, 1, 1, 1};
+  const double dx = s.domain.dx = std::numbers::pi / n;
+  const double dt = s.clock.dt = dx / 2;  // so that the error in time shrinks with that in space
+  s.params.pressure_tolerance = 1e-4;
+  s.params.max_cycles = 40;
+  CuslKernels3D fluid(s.view);
+  PressureSystem pressure(s.view);
   fluid.resize({0, 0, 0});
   // The low face of cell i is at (i - 1) dx, its center at (i - 0.5) dx.
   const auto start = [&](int axis, int i, int j) {
-    const double c = (axis == 0 ? j - 0.5 : i - 0.5) * s.dx, f = ((axis == 0 ? i : j) - 1) * s.dx;
+    const double c = (axis == 0 ? j - 0.5 : i - 0.5) * dx, f = ((axis == 0 ? i : j) - 1) * dx;
     return static_cast<float>((axis == 0 ? 1 : -1) * std::sin(f) * std::cos(c));
   };
   for (int axis = 0; axis < 2; ++axis) {
@@ -156,15 +158,15 @@ Outcome run(int n) {
   fluid.set_zero_velocity(false);
 
   Nothing none;
-  for (int step = 0; step < std::lround(1 / s.dt); ++step) {
+  for (int step = 0; step < std::lround(1 / dt); ++step) {
     fluid.advect_velocity();
-    fluid.update(s.dt, pressure, none, none);
+    fluid.update(dt, pressure, none, none);
   }
-  // The projection ends with the boundary: another one changes nothing.
+  // The projection has applied the boundary: applying it again changes nothing.
   for (int axis = 0; axis < 3; ++axis) {
     MField again;
     again.assign(fluid.component(axis));
-    m_velocity_boundary(axis, again, s);
+    m_velocity_boundary(axis, again, s.domain);
     EXPECT_TRUE(test::same_bits(again.read_cpu(), fluid.component(axis).read_cpu())) << axis;
   }
   double before = 0, after = 0, change = 0;
@@ -182,8 +184,7 @@ Outcome run(int n) {
   return {after / before, std::sqrt(change / count)};
 }
 
-// Splitting advection from pressure is of first order in the step: half the cells' size, half the
-// error.
+// Operator splitting is of first order: half the size of the cells, half the error.
 TEST(TaylorGreen, StaysAsItIsUpToAnErrorThatShrinks) {
   Outcome coarse = run(16);
   EXPECT_LT(coarse.error, 0.1);

@@ -1,30 +1,28 @@
-// What each setting of a run does to the velocity, held against formulas.
+// What each setting of a run does to the velocity, compared with formulas.
 #include "math/field_operators.h"
 #include "math/field_reductions.h"
 #include "simulation/scene_run.h"
-#include "simulation/steps/vorticity_system.h"
 
 namespace nbx {
 namespace {
 
 // Gas that fills a box of n cells of 0.05 units, in the middle of a frame of two substeps.
-struct Gas {
+struct Gas : test::Records {
   explicit Gas(const Vec3i& n, const Vec3i& lo = {}) {
-    s.active_box = s.domain_box = {lo, lo + n - Vec3i(1, 1, 1)};
-    s.dx = 0.05;
-    s.dt = 0.02;
-    s.frame_duration = 0.04;
-    s.sim_time.length = {1, 25};
+    domain.active_box = domain.domain_box = {lo, lo + n - Vec3i(1, 1, 1)};
+    domain.dx = 0.05;
+    clock.dt = 0.02;
+    clock.frame_duration = 0.04;
+    clock.sim_time.length = {1, 25};
     fluid.resize({});
     fluid.set_zero_velocity(false);
   }
   Field<float>& face(int axis) { return fluid.component(axis).write_cpu(); }
 
-  SimSettings s;
-  CuslKernels3D fluid{s};
+  CuslKernels3D fluid{view};
 };
 
-// Gives the gas a speed, and notes what it was before that and what is left for the projection.
+// Sets the speed of the gas; keeps the one before it, and the one that the projection gets.
 struct Push : VelocityForce, SolverProgress {
   void add_forces(FluidSystem& fluid, double) override {
     gas = &fluid;
@@ -42,35 +40,35 @@ struct Push : VelocityForce, SolverProgress {
   Vec3f after;
 };
 
-TEST(RunSettings, DragIsAShareOfAFrameAndTheClampTheWayAcrossTheGrid) {
+TEST(RunSettings, DragIsPerFrameAndTheClampIsTheLengthOfTheGrid) {
   for (const bool clamp : {false, true}) {
     Gas gas({4, 6, 8});
-    gas.s.drag = 0.36;
-    gas.s.clamp_velocity = clamp;
+    gas.params.drag = 0.36;
+    gas.params.clamp_velocity = clamp;
     set(gas.face(0), 1);
     Push push;
-    PressureSystem pressure(gas.s);
-    gas.fluid.update(gas.s.dt, pressure, push, push);
+    PressureSystem pressure(gas.view);
+    gas.fluid.update(gas.clock.dt, pressure, push, push);
     EXPECT_NEAR(push.before, 0.8, 1e-6) << "half a frame: the root of what a frame leaves";
     EXPECT_EQ(push.after, clamp ? Vec3f(7.5f, 10, 12.5f) : Vec3f(1000, 1000, 1000));
   }
 }
 
-TEST(RunSettings, TheLongestStepIsThatOfTheCflNumber) {
+TEST(RunSettings, TheCflNumberLimitsTheStep) {
   Gas gas({4, 4, 4});
-  gas.s.cfl = 1.5;
+  gas.params.cfl = 1.5;
   set(gas.face(0), 3);
   set(gas.face(1), -4);
   EXPECT_DOUBLE_EQ(gas.fluid.max_step(), 1.5 * 0.05 / 5);
 }
 
-// A field that looks the same along each axis: were one component replaced while the others still
-// need it, it would no longer.
+// A velocity that is symmetric in its axes. It would lose the symmetry if one component changed
+// while the others still move along it.
 TEST(RunSettings, ComponentsMoveAlongOneVelocity) {
   const auto moved = [](bool adaptive, int points) {
     Gas gas({12, 12, 12});
-    gas.s.adaptive_tracer = adaptive;
-    gas.s.interp_points = points;
+    gas.params.adaptive_tracer = adaptive;
+    gas.params.interp_points = points;
     const auto along = [](int i, int j, int k) {
       return static_cast<float>(3 * std::sin(0.5 * i) + 2 * std::cos(0.7 * j) - std::sin(0.4 * k));
     };
@@ -93,23 +91,23 @@ TEST(RunSettings, ComponentsMoveAlongOneVelocity) {
   EXPECT_NE(moved(false, 4), plain) << "cubic sampling";
 }
 
-// In a uniform wind nothing happens but that the gas goes with it, in a box that goes along. The
-// first frame of a wind meets a box that was made without it.
+// In a uniform wind, gas and box move along with it and nothing else happens. In its first frame
+// the box is still that of the frame before.
 TEST(RunSettings, TheWindCarriesGasAndBox) {
   test::SceneRun run;
   double speed = 1;
-  run.scene.domain = {48, 12, 12};
+  run.scene.cells = {48, 12, 12};
   run.scene.source = {{6, 4, 4}, {9, 7, 7}};
   run.scene.frames_of_source = 1;
   run.scene.object.amounts = {{kDensity, 1}};
-  run.scene.settings = [&](SimSettings& s) { s.wind_speed = speed; };
+  run.scene.settings = [&](StepSettings& s) { s.domain.wind.speed = speed; };
   run.start();
   const auto mass_and_place = [&] {
     double mass = 0, moment = 0;
     const Field<float>& d = run.channel(kDensity);
     test::each_cell(d.dims(), 0, [&](int i, int j, int k) {
       mass += d(i, j, k);
-      moment += d(i, j, k) * (i + run.sim.settings.active_box.lo[0] - 1);
+      moment += d(i, j, k) * (i + run.sim.domain.origin()[0]);
     });
     return std::pair(mass, moment / mass);
   };
@@ -118,23 +116,23 @@ TEST(RunSettings, TheWindCarriesGasAndBox) {
     run.frames(1);
     const auto [mass, place] = mass_and_place();
     run.frames(4);
-    EXPECT_NEAR(mass_and_place().first, mass, 0.1 * mass) << "the tracer keeps it so far";
+    EXPECT_NEAR(mass_and_place().first, mass, 0.1 * mass) << "the tracer is accurate to that";
     EXPECT_NEAR(mass_and_place().second, place + 4 * cells, 0.1);
   }
-  EXPECT_GT(run.sim.settings.active_box.lo[0], 9);
+  EXPECT_GT(run.sim.domain.active_box.lo[0], 9);
 }
 
-// A shear U = -a y^2 / 2 turns by a y about z, more and more along y. The confinement
-// e dx (N x w) then points along x.
+// A shear U = -a y^2 / 2 has the vorticity a y about z, which grows along y. So the confinement
+// e dx (N x w) points along x.
 TEST(RunSettings, ConfinementHasTheStrengthOfItsFormula) {
   Gas gas({8, 12, 8});
-  gas.s.vorticity = 0.7;
-  const double a = 3, dx = gas.s.dx;
+  gas.params.vorticity = 0.7;
+  const double a = 3, dx = gas.domain.dx;
   const auto shear = [&](int j) { return static_cast<float>(-a * j * j * dx * dx / 2); };
   test::each_cell(gas.face(0).dims(), 0,
                   [&](int i, int j, int k) { gas.face(0)(i, j, k) = shear(j); });
-  VorticitySystem(gas.s).add_forces(gas.fluid, gas.s.dt);
-  EXPECT_NEAR(gas.face(0)(4, 6, 4) - shear(6), gas.s.dt * 0.7 * dx * a * 6 * dx, 2e-6);
+  VorticitySystem(gas.view).add_forces(gas.fluid, gas.clock.dt);
+  EXPECT_NEAR(gas.face(0)(4, 6, 4) - shear(6), gas.clock.dt * 0.7 * dx * a * 6 * dx, 2e-6);
   EXPECT_NEAR(gas.face(1)(4, 6, 4), 0, 1e-6);
 }
 
@@ -154,12 +152,12 @@ TEST(RunSettings, NoiseIsSetBySizesAndStrength) {
 // The noise alone: one band of eddies of 8 cells.
 struct Noise : FieldSource {
   explicit Noise(const Vec3i& lo, float driven_by = -1) : gas({24, 24, 24}, lo) {
-    set_noise_scale(gas.s.noise, 8, 8, 1, 0.6, 0);
+    set_noise_scale(gas.params.noise, 8, 8, 1, 0.6, 0);
     if (driven_by >= 0) {
-      gas.s.noise.driver_key = kDensity;
-      gas.s.noise.driver_spline.addPoint(0, 0, kLinearTangent, kLinearTangent);
-      gas.s.noise.driver_spline.addPoint(1, driven_by, kLinearTangent, kLinearTangent);
-      gas.s.noise.driver_spline.rebuild();
+      gas.params.noise.driver_key = kDensity;
+      gas.params.noise.driver_spline.addPoint(0, 0, kLinearTangent, kLinearTangent);
+      gas.params.noise.driver_spline.addPoint(1, driven_by, kLinearTangent, kLinearTangent);
+      gas.params.noise.driver_spline.rebuild();
     }
     test::each_cell({26, 26, 26}, 0, [&](int i, int j, int k) {
       density.write_cpu()(i, j, k) = i < 12 ? 0.0f : 1.0f;
@@ -168,7 +166,7 @@ struct Noise : FieldSource {
       gas.fluid.detail(axis).resize(kCpu, gas.face(axis).dims());
       gas.fluid.detail(axis).zero();
     }
-    NoiseForceSystem system(gas.s);
+    NoiseForceSystem system(gas.view);
     system.begin_frame(*this);
     system.add_detail(gas.fluid);
   }
@@ -179,7 +177,7 @@ struct Noise : FieldSource {
   MField density{kCpu, {26, 26, 26}};
 };
 
-TEST(RunSettings, NoiseStandsInTheDomainAndFollowsItsDriver) {
+TEST(RunSettings, NoiseRestsInTheDomainAndFollowsItsDriver) {
   Noise plain({0, 0, 0}), shifted({3, 0, 0}), driven({0, 0, 0}, 0.5f);
   double squares = 0;
   int cells = 0;

@@ -3,6 +3,7 @@
 
 #include <functional>
 
+#include "simulation/records.h"
 #include "simulation/simulation3d.h"
 #include "support/support.h"
 
@@ -13,54 +14,55 @@ using Sparse = SparseField<float, 3>;
 /// Tests set what their scene has, before the run or between its frames.
 class BoxScene : public SceneEvaluator {
  public:
-  Vec3i domain{16, 16, 16};
+  Vec3i cells{16, 16, 16};  ///< of the domain
   IntBox source;
   int frames_of_source = 1 << 30;
   SimulationObjectParameters object;
-  std::function<void(SimSettings&)> settings;
-  std::function<void(Simulation3D&)> solids = [](Simulation3D&) {};
+  std::function<void(StepSettings&)> settings;
+  std::function<Solids(const RunView&)> solids = [](const RunView&) { return Solids(); };
   std::vector<double> steps;  ///< dt of each call of read_settings
 
-  void read_settings(Simulation3D& sim, double dt) override {
-    sim.settings.domain_box = {{0, 0, 0}, domain - Vec3i(1, 1, 1)};
-    sim.settings.max_substeps = 1;
-    sim.settings.dx = 0.05;
-    sim.settings.frame_duration = 0.04;
-    sim.settings.channel_params[kDensity].buoyancy = 0;
-    settings(sim.settings);
+  StepSettings read_settings(const RunView& run, double dt) override {
+    StepSettings step{run.params, run.domain};
+    step.domain.domain_box = {{0, 0, 0}, cells - Vec3i(1, 1, 1)};
+    step.domain.dx = 0.05;
+    step.params.max_substeps = 1;
+    step.params.channel_params[kDensity].buoyancy = 0;
+    settings(step);
     steps.push_back(dt);
+    return step;
   }
-  void update_inputs(Simulation3D& sim, double) override {
+  void update_inputs(const RunView&, StepSources& sources, double) override {
     if (frames_of_source-- <= 0) return;
     Sparse weights;
     each_cell(source.size(), 0, [&](int x, int y, int z) {
       voxel(weights, source.lo[0] + x, source.lo[1] + y, source.lo[2] + z) = 1;
     });
-    sim.add_source_object(object, weights);
+    sources.add_source_object(object, weights);
   }
-  void update_solids(Simulation3D& sim, double) override { solids(sim); }
+  Solids update_solids(const RunView& run, double) override { return solids(run); }
 };
 
-/// Gives the run solids: `phi(i, j, k)` of its cells, which move with `u` along x.
+/// Solids of distance `phi(i, j, k)` in the cells of the run, which move with `u` along x.
 template <class Phi>
-void set_solids(Simulation3D& sim, Phi phi, float u) {
+Solids make_solids(const Domain& domain, Phi phi, float u) {
   const auto field = [&](int axis) {
-    Vec3i n = sim.settings.active_box.size() + Vec3i(2, 2, 2);
-    if (axis < 3) ++n[axis];
+    const Vec3i n = axis < 3 ? domain.face_dims(axis) : domain.center_dims();
     auto made = std::make_shared<MField>(kCpu, n);
     each_cell(n, 0, [&](int i, int j, int k) {
       made->write_cpu()(i, j, k) = axis == 3 ? phi(i, j, k) : axis == 0 ? u : 0;
     });
     return made;
   };
-  sim.solids = {field(3), field(0), field(1), field(2)};
+  return {field(3), field(0), field(1), field(2)};
 }
 
 struct SceneRun {
   SceneRun() {
-    sim.settings.simulated_channels = {kDensity, kTemperature};
-    sim.settings.cached_channels = {kDensity, kTemperature, kVelocity, kSecondVelocity};
-    sim.settings.sim_time = sim.settings.start_time = time;
+    sim.params.simulated_channels = {kDensity, kTemperature};
+    sim.sink.cached_channels = {kDensity, kTemperature, kVelocity, kSecondVelocity};
+    sim.clock.sim_time = time;
+    sim.clock.frame_duration = 0.04;
     scene.object.amounts = {{kDensity, 1}, {kTemperature, 1}};
   }
   void start() { sim.init_state(scene); }

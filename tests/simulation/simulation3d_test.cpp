@@ -1,13 +1,14 @@
-// The spine of a run: substep planning, order of hooks, abort and continue, state in and out.
+// A run as a whole: planning of substeps, progress, abort and continue, saved states.
 #include "simulation/simulation3d.h"
 
+#include "cache/bfs.h"
 #include "math/field_reductions.h"
 #include "simulation/scene_run.h"
 
 namespace nbx {
 namespace {
 
-// Notes the calls, and says stop from the nth on.
+// Records the calls, and asks to stop from the nth on.
 class StopFrom : public SimProgress {
  public:
   explicit StopFrom(std::size_t n) : n_(n) {}
@@ -21,17 +22,17 @@ class StopFrom : public SimProgress {
   std::size_t n_;
 };
 
-// A closed box that takes density and heat from a small cube, like a scene with one emitter.
+// A closed box with a small cube that emits density and heat.
 struct SmokeRun : test::SceneRun {
   explicit SmokeRun(int n = 16) {
-    scene.domain = {n, n, n};
+    scene.cells = {n, n, n};
     scene.source = {{n / 2 - 2, 2, n / 2 - 2}, {n / 2 + 1, 5, n / 2 + 1}};
-    scene.settings = [this](SimSettings& s) {
-      s.face_closed = {1, 1, 1, 1, 1, 1};
-      s.max_substeps = max_substeps;
-      s.cfl = cfl;
-      s.interp_points = interp_points;
-      s.channel_params[kTemperature].decay = 0.1;
+    scene.settings = [this](StepSettings& s) {
+      s.domain.face_closed = {1, 1, 1, 1, 1, 1};
+      s.params.max_substeps = max_substeps;
+      s.params.cfl = cfl;
+      s.params.interp_points = interp_points;
+      s.params.channel_params[kTemperature].decay = 0.1;
     };
   }
   int max_substeps = 1, interp_points = 3;
@@ -46,7 +47,7 @@ TEST(Simulation3D, FirstFrameHoldsTheSourcesAndHotGasRises) {
 
   run.frames(10);
   EXPECT_EQ(run.time.frame(), 10);
-  EXPECT_EQ(run.sim.settings.sim_time.time, (Fraction{2, 5}));
+  EXPECT_EQ(run.sim.clock.sim_time.time, (Fraction{2, 5}));
   double moment = 0, mass = 0;
   const Field<float>& d = run.channel(kDensity);
   test::each_cell(d.dims(), 0, [&](int i, int j, int k) {
@@ -58,50 +59,50 @@ TEST(Simulation3D, FirstFrameHoldsTheSourcesAndHotGasRises) {
 }
 
 TEST(Simulation3D, SubstepsArePlannedEqualAndBounded) {
-  // Gas at rest needs one step however many are allowed.
+  // Gas at rest needs one substep, however many are allowed.
   SmokeRun rest;
   rest.max_substeps = 5;
   rest.start();
   rest.frames(1);
-  EXPECT_EQ(rest.sim.settings.step_index, 1);
-  // A frame of no length runs no substep, but it is a frame.
-  rest.sim.settings.sim_time.length = {0, 1};
+  EXPECT_EQ(rest.sim.clock.step_index, 1);
+  // A frame of length 0 has no substep, but it is a frame.
+  rest.sim.clock.sim_time.length = {0, 1};
   rest.scene.steps.clear();
   rest.frames(1);
   EXPECT_TRUE(rest.scene.steps.empty());
   EXPECT_EQ(rest.time.frame(), 2);
 
-  // Fast gas takes all that are allowed; the limit gives way, not the frame.
+  // Fast gas takes all substeps that are allowed; the CFL limit gives way, not the frame.
   for (int allowed : {1, 3}) {
     SmokeRun fast;
     fast.max_substeps = allowed;
     fast.start();
     fast.frames(2);
     fast.cfl = 1e-4;
-    fast.scene.read_settings(fast.sim, 0);
+    fast.sim.params.cfl = fast.cfl;
     fast.scene.steps.clear();
     fast.frames(1);
     ASSERT_EQ(fast.scene.steps.size(), static_cast<std::size_t>(allowed));
     for (double dt : fast.scene.steps) EXPECT_NEAR(dt, 0.04 / allowed, 1e-12);
-    EXPECT_NEAR(fast.sim.settings.frame_elapsed, 0.04, 1e-12);
+    EXPECT_NEAR(fast.sim.clock.frame_elapsed, 0.04, 1e-12);
   }
 }
 
-// A scene that gives solids in the first substep of each frame alone: they stay for its others.
+// A scene that gives solids only in the first substep of each frame: they stay for the others.
 TEST(Simulation3D, SolidsStayToTheEndOfTheFrameAtRest) {
   SmokeRun run;
   run.max_substeps = 3;
   run.cfl = 1e-4;
   int call = 0;
-  run.scene.solids = [&](Simulation3D& sim) {
+  run.scene.solids = [&](const RunView& view) {
     ++call;
-    if (sim.settings.step_index > 0) return;
+    if (view.clock.step_index > 0) return Solids();
     const auto phi = [](int i, int j, int k) { return i == 5 && j == 5 && k == 5 ? -1.0f : 99; };
-    test::set_solids(sim, phi, 0.5f);
+    return test::make_solids(view.domain, phi, 0.5f);
   };
   run.start();
   run.frames(3);
-  EXPECT_EQ(call, 1 + 3 + 3) << "there is no motion yet in the first frame";
+  EXPECT_EQ(call, 1 + 3 + 3) << "the first frame has no motion";
   const Field<float>& U = run.sim.fluid().U().read_cpu();
   EXPECT_TRUE(std::isfinite(infnorm(U)));
   EXPECT_GT(infnorm(U), 0);
@@ -163,57 +164,56 @@ TEST(Simulation3D, AStopAtAnyPointEndsTheUpdateAndKeepsTheFrame) {
 TEST(Simulation3D, FramesAreStoredAndTheStateComesBack) {
   test::TemporaryFolder folder;
   SmokeRun run;
-  run.sim.settings.target_cache = std::make_shared<BFS>();
-  ASSERT_TRUE(run.sim.settings.target_cache->setDirectory(folder.path()));
+  run.sim.sink.target_cache = std::make_shared<BFS>();
+  ASSERT_TRUE(run.sim.sink.target_cache->setDirectory(folder.path()));
   ASSERT_TRUE(run.sim.start(run.scene, run.time));
   run.frames(4);
-  EXPECT_TRUE(run.sim.settings.target_cache->finish_writes());
-  EXPECT_EQ(run.sim.settings.target_cache->frames(), (std::vector<int>{0, 1, 2, 3, 4}));
+  EXPECT_TRUE(run.sim.sink.target_cache->finish_writes());
+  EXPECT_EQ(run.sim.sink.target_cache->frames(), (std::vector<int>{0, 1, 2, 3, 4}));
 
   SimFrame frame;
-  ASSERT_TRUE(frame.load(run.sim.settings.target_cache->fileName(4, 0)));
+  ASSERT_TRUE(frame.load(run.sim.sink.target_cache->fileName(4, 0)));
   EXPECT_EQ(frame.frameTime, run.time);
   EXPECT_EQ(frame.offset(), Vec3i(-1, -1, -1));
   EXPECT_TRUE(test::same_bits(*frame.grid(kGridDensity), run.channel(kDensity)));
 
-  // A run from the stored state gives the bits of the run that went on. Without the second set it
-  // takes the velocity, without any that of the wind.
+  // A run from the stored state gives the bits of the run that went on. Without the second velocity
+  // it starts from the one that is shown, without any from the wind.
   run.frames(3);
   for (const int type : {kGridSecondVelocityX, kGridSecondVelocityY, kGridSecondVelocityZ})
     frame.grids.erase(type);
   SmokeRun shown;
   ASSERT_TRUE(shown.sim.load_state(shown.scene, frame));
   shown.time = frame.frameTime;
-  EXPECT_EQ(shown.sim.settings.active_box, run.sim.settings.active_box);
+  EXPECT_EQ(shown.sim.domain.active_box, run.sim.domain.active_box);
   shown.frames(3);
   EXPECT_EQ(shown.time, run.time);
   EXPECT_TRUE(test::same_bits(shown.sim.fluid().V().read_cpu(), run.sim.fluid().V().read_cpu()));
   EXPECT_TRUE(test::same_bits(shown.channel(kTemperature), run.channel(kTemperature)));
   frame.grids.erase(kGridVelocityY);
   SmokeRun windy;
-  windy.sim.settings.wind_direction = {0, 1, 0};
-  windy.sim.settings.wind_speed = 0.5;
+  windy.sim.domain.wind = {{0, 1, 0}, 0.5};
   ASSERT_TRUE(windy.sim.load_state(windy.scene, frame));
   EXPECT_FALSE(windy.sim.fluid().zero_velocity());
   EXPECT_EQ(windy.sim.fluid().V().read_cpu()(7, 7, 7), 0.5f);
   EXPECT_EQ(windy.sim.fluid().wind_seen().speed, 0.5);
 
-  // A grid below 3 cells is refused, and leaves a simulation that can go on.
+  // A grid below 3 cells is refused, and the simulation can still run.
   SimFrame small;
   small.add(acquire_field({2, 9, 9}), kGridDensity, {0, 0, 0}, {});
   SmokeRun refused;
   EXPECT_FALSE(refused.sim.load_state(refused.scene, small));
-  EXPECT_TRUE(refused.sim.settings.active_box.empty());
+  EXPECT_TRUE(refused.sim.domain.active_box.empty());
   refused.frames(1);
   EXPECT_GT(infnorm(refused.channel(kDensity)), 0);
 
-  // A frame that doesn't reach the disk is counted, and the run goes on.
-  run.sim.settings.target_cache->finish_writes();
+  // A frame that can't be written is counted, and the run goes on.
+  run.sim.sink.target_cache->finish_writes();
   std::filesystem::remove_all(folder.path());
-  run.sim.settings.cache_direct = true;
+  run.sim.sink.cache_direct = true;
   run.frames(2);
   EXPECT_EQ(run.sim.frames_not_stored(), 2);
-  EXPECT_EQ(run.sim.settings.target_cache->take_lost_frames().size(), 2u);
+  EXPECT_EQ(run.sim.sink.target_cache->take_lost_frames().size(), 2u);
 }
 
 TEST(Simulation3D, SteadyStateAllocatesNothingAndThreadsDontMatter) {
@@ -224,8 +224,7 @@ TEST(Simulation3D, SteadyStateAllocatesNothingAndThreadsDontMatter) {
     run.interp_points = 4;
     run.max_substeps = 2;
     run.start();
-    // Pooled fields grow to the largest use that they meet: ten frames make all of them large
-    // enough.
+    // Pooled fields grow to the largest size that they are used for, within ten frames.
     run.frames(10);
     const std::uint64_t allocated = field_allocations();
     run.frames(10);

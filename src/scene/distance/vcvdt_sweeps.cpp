@@ -4,17 +4,15 @@ namespace nbx {
 
 namespace {
 
-/// One transform with the distances between its neighbors in memory.
+/// A transform, and the distances between neighbors in memory.
 class Sweep {
  public:
   explicit Sweep(VCVDT<float>& vdt)
-      : v_(vdt),
-        n_(vdt.dims()),
-        stride_{1, static_cast<std::size_t>(n_[0]),
-                static_cast<std::size_t>(n_[0]) * static_cast<std::size_t>(n_[1])} {}
+      : v_(vdt), n_(vdt.dims()), stride_{1, std::size_t(n_[0]), std::size_t(n_[0]) * n_[1]} {}
 
-  /// The plane z with rows and cells in ascending or descending order; each cell hears what its
-  /// neighbors before it in that order say, and with `from_plane` the one of the plane before.
+  /// The plane z with rows and cells in ascending or descending order. Each cell takes the shortest
+  /// offset of its neighbors before it in that order, and with `from_plane` that of the plane
+  /// before.
   void plane(int z, bool ascending, bool from_plane, bool plane_below) {
     for (int row = 0; row < n_[1]; ++row)
       for (int cell = 0; cell < n_[0]; ++cell) {
@@ -33,7 +31,7 @@ class Sweep {
  private:
   static constexpr std::uint32_t kFixed = VCVDT<float>::kFixed, kIdMask = VCVDT<float>::kIdMask;
 
-  /// Takes the way of the neighbor on an axis, and one step to it, where that is shorter.
+  /// Takes the offset of the neighbor on an axis plus one step to it, if that is shorter.
   void hear(std::size_t c, std::size_t axis, bool from_below) {
     const std::size_t from = from_below ? c - stride_[axis] : c + stride_[axis];
     if (v_.dist2[from] >= VCVDT<float>::kFar) return;
@@ -55,8 +53,8 @@ class Sweep {
 
 }  // namespace
 
-// Upwards through the planes: a cell hears x - 1, y - 1 and z - 1, then x + 1 and y + 1. Then
-// downwards, the other way round.
+// Upwards through the planes, a cell takes from x - 1, y - 1 and z - 1, then from x + 1 and y + 1.
+// Then downwards, the other way round.
 void sweep_inside(VCVDT<float>& vdt) {
   Sweep sweep(vdt);
   const int planes = sweep.planes();

@@ -1,5 +1,5 @@
-// How many blocks of a sparse field a voxelizer will touch: the map must have room before threads
-// insert into it.
+// An upper bound for the blocks of a sparse field that a voxelizer will touch: the map must have
+// room before threads insert into it.
 #pragma once
 
 #include "math/int_box.h"
@@ -7,8 +7,7 @@
 
 namespace nbx {
 
-/// At least as many blocks as the cells of `box` that lie within `reach` of the walk's triangles,
-/// and their upper faces, fall into.
+/// For the cells of `box` within `reach` of the triangles of the walk, and their upper faces.
 std::size_t block_bound(const PolygonWalk& walk, double reach, const IntBox& box);
 
 }  // namespace nbx

@@ -1,5 +1,5 @@
-// How a voxelizer writes into a sparse field: cell by cell, with the block of the last cell at
-// hand, and in any order with the same result.
+// How a voxelizer writes into a sparse field: cell by cell, with the block of the last cell kept,
+// and with the same result in any order.
 #pragma once
 
 #include <atomic>
@@ -9,7 +9,7 @@
 
 namespace nbx {
 
-/// One thread's place in a field: cells come in rows, so most fall into the block of the last one.
+/// The place of a thread in a field. Cells come in rows, so most lie in the block of the last one.
 class BlockCursor {
  public:
   explicit BlockCursor(SparseField<float, 3>& field) : field_(&field) {}
@@ -30,13 +30,13 @@ class BlockCursor {
   float* data_ = nullptr;
 };
 
-/// What a cell holds while others may merge into it.
+/// Reads a cell while other threads may merge into it.
 inline float load(float& cell) {
   return std::atomic_ref<float>(cell).load(std::memory_order_relaxed);
 }
 
-/// An atomic maximum by magnitude; of two values of one magnitude the positive one stays. So any
-/// number of threads may merge into a cell, and the order leaves no trace.
+/// An atomic maximum by magnitude; of two values of equal magnitude the positive one wins. Any
+/// number of threads may merge into a cell, with the same result in any order.
 inline void merge_largest(float& cell, float value) {
   const auto goes_before = [](float a, float b) {
     return std::abs(a) != std::abs(b) ? std::abs(a) > std::abs(b) : a > b;

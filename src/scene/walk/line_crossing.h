@@ -1,10 +1,9 @@
-// Where a line of cells crosses a triangle, so that the crossings of a closed surface always come
-// in pairs.
+// Where a line of cells crosses a triangle. The crossings of a closed surface always come in pairs.
 //
-// The line is taken as if it ran infinitely little beside its cells, by (e, e^2) in the plane
-// across (Edelsbrunner and Muecke, Simulation of simplicity, 1990). Then it never meets an edge or
-// a corner, and as the two triangles at an edge evaluate it with the same rounding and opposite
-// sign, exactly one of them, or both or none at a fold, is crossed.
+// The line is shifted by an infinitely small (e, e^2) in the plane across it (Edelsbrunner and
+// Muecke, Simulation of simplicity, 1990). So it never meets an edge or a corner. The two triangles
+// at an edge evaluate it with the same rounding and opposite sign: the line crosses exactly one of
+// them, or at a fold both or none.
 #pragma once
 
 #include <algorithm>
@@ -15,8 +14,8 @@
 
 namespace nbx {
 
-/// The side of the edge a -> b on which the point lies, as twice the signed area of the three:
-/// never quite 0 but for an edge without length, whose area and sign are 0.
+/// The side of the edge a -> b on which the point lies, and twice the signed area of the three
+/// points. The sign is 0 only for an edge without length.
 struct EdgeSide {
   double area;
   int sign;
@@ -37,7 +36,7 @@ inline EdgeSide edge_side(const std::array<double, 2>& a, const std::array<doubl
 inline std::optional<double> line_crossing(const std::array<Vec3f, 3>& p, int axis,
                                            const Vec3i& cell) {
   const int u = (axis + 1) % 3, v = (axis + 2) % 3;
-  const std::array<double, 2> point{static_cast<double>(cell[u]), static_cast<double>(cell[v])};
+  const std::array<double, 2> point{1.0 * cell[u], 1.0 * cell[v]};
   std::array<std::array<double, 2>, 3> flat;
   for (std::size_t i = 0; i < 3; ++i) flat[i] = {p[i][u], p[i][v]};
 

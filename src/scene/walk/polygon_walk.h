@@ -1,5 +1,5 @@
-// The walk over all polygons of a list of meshes, triangle by triangle and in parallel, that every
-// voxelizer takes.
+// Walks over all polygons of a list of meshes, triangle by triangle and in parallel. Every
+// voxelizer uses it.
 #pragma once
 
 #include <exception>
@@ -14,19 +14,19 @@ namespace nbx {
 /// Meshes with their points in cells. The objects must outlive the walk.
 class PolygonWalk {
  public:
-  /// `to_cells` takes world coordinates to cells; it must turn the handedness round, as the grid's
-  /// mirrored z axis does.
+  /// `to_cells` maps world coordinates to cells; it must flip the handedness, as the mirrored z
+  /// axis of the grid does.
   PolygonWalk(std::span<const DetachedPolygonObject> objects, const Affine3d& to_cells);
 
   /// Calls body(triangle) on all threads at once, in no order: (a, c, b) for each selected polygon
-  /// a, b, c, d and (a, d, c) for a quad. The corners are swapped against the object's because of
-  /// the turn, so normals look to the same side. A polygon that names a point that doesn't exist is
-  /// skipped. What body throws ends the walk.
+  /// a, b, c, d and also (a, d, c) for a quad. The order is reversed because of the flip, so that
+  /// normals point to the same side. A polygon with an invalid point index is skipped. Rethrows
+  /// what body throws.
   template <class Body>
   void run(Body&& body) const;
 
  private:
-  static constexpr std::ptrdiff_t kChunk = 64;  // polygons that a thread takes at once
+  static constexpr std::ptrdiff_t kChunk = 64;  // polygons per unit of work
 
   template <class Body>
   void polygon(std::size_t object, std::size_t i, Body&& body) const;
@@ -46,15 +46,15 @@ void PolygonWalk::polygon(std::size_t object, std::size_t i, Body&& body) const 
 
   VoxelizationTriangle t;
   t.surface_texture = mesh.texture.get();
-  const auto set = [&](std::size_t k, std::size_t corner, Vec3f& p, Vec3f& uvw) {
-    const auto point = static_cast<std::size_t>(corners[corner]);
+  const auto set = [&](int k, int corner, Vec3f& p, Vec3f& uvw) {
+    const int point = corners[corner];
     p = points[point];
     if (mesh.uvw.size() == mesh.polygons.size()) uvw = mesh.uvw[i][corner];
     if (mesh.corner_weights.size() == points.size())
       t.corner_weights[k] = mesh.corner_weights[point];
-    if (mesh.first_id >= 0) t.ids[k] = mesh.first_id + corners[corner];
+    if (mesh.first_id >= 0) t.ids[k] = mesh.first_id + point;
   };
-  const auto triangle = [&](std::size_t a, std::size_t b, std::size_t c) {
+  const auto triangle = [&](int a, int b, int c) {
     set(0, a, t.p0, t.uvw0);
     set(1, b, t.p1, t.uvw1);
     set(2, c, t.p2, t.uvw2);
@@ -68,11 +68,11 @@ template <class Body>
 void PolygonWalk::run(Body&& body) const {
   std::exception_ptr failure;
   for (std::size_t object = 0; object < objects_.size(); ++object) {
-    const auto n = static_cast<std::ptrdiff_t>(objects_[object].polygons.size());
+    const std::ptrdiff_t n = objects_[object].polygons.size();
 #pragma omp parallel for schedule(dynamic, kChunk)
     for (std::ptrdiff_t i = 0; i < n; ++i) {
       try {
-        polygon(object, static_cast<std::size_t>(i), body);
+        polygon(object, i, body);
       } catch (...) {
 #pragma omp critical(polygon_walk_failure)
         failure = std::current_exception();

@@ -1,4 +1,4 @@
-// What the weight of a cell near a surface depends on.
+// The weight of a cell near a surface.
 #pragma once
 
 #include <algorithm>
@@ -13,18 +13,18 @@ struct ThicknessProfile {
   double thickness = 1;                           // reach in cells, above 0
   bool use_surface_texture = false;               // scale by the triangle's texture
   bool use_corner_weights = false;                // scale by the triangle's corner weights
-  const VolumeTexture* volume_texture = nullptr;  // scales by the cell's place; null: nothing does
+  const VolumeTexture* volume_texture = nullptr;  // scales by the place of the cell; may be null
 
   bool plain() const { return !use_surface_texture && !use_corner_weights && !volume_texture; }
 
   /// 1 on the surface, falling linearly to 0 at the reach.
   float weight(double square_distance) const {
-    return static_cast<float>(std::max(1 - std::sqrt(square_distance) / thickness, 0.0));
+    return std::max(1 - std::sqrt(square_distance) / thickness, 0.0);
   }
 
-  /// The factor by which the textures and the triangle's corner weights scale the cell. On the
-  /// surface it is that of the nearest point of the triangle, so it never leaves the range of the
-  /// triangle's own values, however small the triangle.
+  /// The factor of the textures and the corner weights for the cell. Values on the surface are
+  /// those at the nearest point of the triangle, so they never leave the range of its corners,
+  /// however small the triangle.
   float scale(const VoxelizationTriangle& triangle, const Vec3i& cell) const;
 };
 

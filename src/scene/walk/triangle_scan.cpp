@@ -6,16 +6,16 @@ namespace {
 
 constexpr double kSmallestSquareEdge = 1e-6;
 constexpr double kSlack = TriangleScan::kSlack;
-// An area below this share of the longest edge's square is rounding error, and so would the
-// direction of the normal be.
+// An area below this share of the square of the longest edge is rounding error, and so is its
+// normal.
 constexpr double kSmallestShare = 1e-12;
 
 bool finite(const Vec3f& p) {
   return std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]);
 }
 
-/// Divides rather than multiplies by the inverse: a normal along an axis comes out exact, and with
-/// it the distances to surfaces that lie along the grid.
+/// A division, not a product with the inverse: it makes normals along an axis exact, and so the
+/// distances to surfaces along the grid.
 Vec3d divided(const Vec3d& v, double by) { return {v[0] / by, v[1] / by, v[2] / by}; }
 
 }  // namespace
@@ -26,7 +26,7 @@ IntBox scan_box(const VoxelizationTriangle& triangle, double reach, const IntBox
   IntBox box;
   for (int a = 0; a < 3; ++a) {
     const auto [low, high] = std::minmax({p0[a], p1[a], p2[a]});
-    // Cut before they become integers.
+    // Clamp before the conversion to int.
     const double lo = std::max<double>(std::ceil(low - reach - kSlack), target.lo[a]);
     const double hi = std::min<double>(std::floor(high + reach + kSlack), target.hi[a]);
     if (lo > hi) return {};

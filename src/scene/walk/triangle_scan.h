@@ -1,10 +1,9 @@
-// The walk over the cells round a triangle that all voxelizers share: it visits every cell whose
-// center lies within a reach of the triangle, with the exact squared distance. What a hit does is
-// the caller's functor.
+// Visits every cell whose center lies within a reach of a triangle, with the exact squared
+// distance. All voxelizers share it.
 //
-// The distance comes from the triangle's Voronoi regions (Ericson, Real-Time Collision Detection,
-// 2005, 5.1.5). With the edges e0 = p0 - p2, e1 = p1 - p0, e2 = p2 - p1, seven functions decide
-// about a point c:
+// The distance comes from the Voronoi regions of the triangle (Ericson, Real-Time Collision
+// Detection, 2005, 5.1.5). With the edges e0 = p0 - p2, e1 = p1 - p0, e2 = p2 - p1, seven functions
+// of a point c give its region:
 //
 //     d   signed distance from the plane
 //     ai  position along edge i, 0 at its first corner, 1 at its second
@@ -40,12 +39,12 @@ IntBox scan_box(const VoxelizationTriangle& triangle, double reach, const IntBox
 /// A prepared triangle.
 class TriangleScan {
  public:
-  /// Bounds are widened by so many cells, that rounding may not lose a cell at the reach.
+  /// Bounds are widened by so many cells, so that rounding doesn't lose a cell at the reach.
   static constexpr double kSlack = 1e-6;
 
-  /// Prepares for the cells of `target` within `reach` cells of the triangle. Nothing will be
-  /// visited if no cell qualifies, if a corner isn't finite, or if the triangle is degenerate: a
-  /// squared edge of at most 1e-6, or no area worth the name.
+  /// For the cells of `target` within `reach` cells of the triangle. Visits nothing if a corner
+  /// isn't finite or the triangle is degenerate: a squared edge of at most 1e-6, or an area of
+  /// rounding error.
   TriangleScan(const VoxelizationTriangle& triangle, double reach, const IntBox& target);
 
   /// The cells that can be hit; empty if none can.
@@ -107,7 +106,7 @@ inline double TriangleScan::square_distance(const Values& v, const Vec3d& cell) 
   if (v[kA1] < 0 && v[kA0] > 1) return square_to(0);
   if (v[kA0] < 0 && v[kA2] > 1) return square_to(2);
   if (v[kA2] < 0 && v[kA1] > 1) return square_to(1);
-  return dd;  // the foot is a corner, and rounding has put it into none of the regions
+  return dd;  // the nearest point is a corner; rounding has put c into no region
 }
 
 template <class Hit>

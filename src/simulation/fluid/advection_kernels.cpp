@@ -43,12 +43,12 @@ template <bool cubic>
 NBX_FLATTEN void maccormack(float* dst, const KernelField& src, const KernelField& hat,
                             const TracedRun& back, const TracedRun& fwd, std::size_t begin, int n) {
   sweep(n, [&](int first, auto count) {
-    const std::size_t c = begin + static_cast<std::size_t>(first);
+    const std::size_t c = begin + first;
     const Vector p1 = positions(back, first, count), p2 = positions(fwd, first, count);
     const F a = load(hat.data + c, count);
     const F b = sample<cubic>(hat, p2);
     const F corrected = a - 0.5f * (b - load(src.data + c, count));
-    // A correction beyond the values that the cell came from is dropped, not cut.
+    // A correction outside of the values around the origin is dropped, not clamped.
     const I good = in_range(corners(src, linear_cell(src, p1.x, p1.y, p1.z).at), corrected) &
                    inside(p1, src.nx, src.ny, src.nz) & inside(p2, src.nx, src.ny, src.nz);
     store(dst + c, select(good, corrected, a), count);

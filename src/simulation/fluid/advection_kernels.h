@@ -1,5 +1,5 @@
-// The inner loops of advection, one for each choice that a cell would otherwise branch on, in the
-// form for the running processor.
+// The inner loops of advection, compiled once per instruction set (util/isa.h). Each choice has a
+// loop of its own, so that no cell branches on it.
 #pragma once
 
 #include <cstddef>
@@ -8,14 +8,14 @@
 
 namespace nbx {
 
-/// What a tracer reads. The velocity's grids must be the faces that belong to the advected grid.
+/// What a tracer reads. The velocity must lie on the faces that belong to the advected grid.
 struct TraceParams {
   KernelField velocity[3];
   int nx, ny, nz;  // the advected grid
   double dt, dx, tolerance;
 };
 
-/// Traced positions of a run of cells along x, one array a coordinate.
+/// Traced positions of a run of cells along x, one array per coordinate.
 struct TracedRun {
   const float *x, *y, *z;
 };

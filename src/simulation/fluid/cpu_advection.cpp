@@ -16,7 +16,7 @@ const AdvectionKernels& advection_kernels() { return NBX_SELECT_ISA(kAdvectionKe
 
 namespace {
 
-// Cells handled by one call of a kernel: what it traces stays in the fastest cache.
+// Cells per call of a kernel: few enough for the traces to stay in the first-level cache.
 constexpr int kRun = 256;
 
 KernelField kernel_field(const Field<float>& f) { return {f.data(), f.nx(), f.ny(), f.nz()}; }
@@ -24,8 +24,8 @@ KernelField kernel_field(const Field<float>& f) { return {f.data(), f.nx(), f.ny
 // Four samples along each axis.
 bool fits_cubic(const Field<float>& f) { return std::min({f.nx(), f.ny(), f.nz()}) >= 4; }
 
-// Calls run(i, j, k, n) for runs of n cells along x that cover the interior. One plane after the
-// other goes to the next free thread, since the paths of the adaptive tracer differ in length.
+// Calls run(i, j, k, n) for runs of n cells along x that cover the interior. Planes are scheduled
+// dynamically, since the paths of the adaptive tracer differ in length.
 template <class Run>
 void for_runs(const Vec3i& dims, const Run& run) {
 #pragma omp parallel for schedule(dynamic)
@@ -55,7 +55,7 @@ AdvectionKernels::Trace tracer(const AdvectionParams& params) {
       .trace[static_cast<int>(params.tracer)][static_cast<int>(params.lookup)];
 }
 
-// Where the traced positions of one direction come from: a cache, or the tracer, run by run.
+// The traced positions of one direction, from a cache or traced run by run.
 class Positions {
  public:
   struct Scratch {

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "math/field.h"
-#include "simulation/advection.h"
+#include "simulation/fluid/advection.h"
 
 namespace nbx {
 
@@ -17,7 +17,7 @@ void cpu_cache_tracer(const AdvectionParams& params, bool forward, const Vec3i& 
 void cpu_advect_sl(Field<float>& dst, const Field<float>& src, const AdvectionParams& params);
 
 /// The MacCormack correction of `hat`. A cell whose traces leave the grid, or whose corrected value
-/// lies outside of the 8 values of `src` round its origin, keeps `hat`. The border of `dst` is 0.
+/// lies outside of the 8 values of `src` around its origin, keeps `hat`. The border of `dst` is 0.
 void cpu_maccormack(Field<float>& dst, const Field<float>& src, const Field<float>& hat,
                     const AdvectionParams& params);
 

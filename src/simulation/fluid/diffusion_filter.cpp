@@ -34,7 +34,7 @@ const Field<float>& DiffusionFilter::kernel(double dx, double dt, double diffusi
   if (dx == dx_ && dt == dt_ && diffusion == diffusion_ && longest == longest_) return kernel_;
   const std::vector<double> weights = heat_weights(dx, dt, diffusion, longest);
   kernel_.resize(static_cast<int>(weights.size()), 1, 1);
-  for (std::size_t i = 0; i < weights.size(); ++i) kernel_[i] = static_cast<float>(weights[i]);
+  for (std::size_t i = 0; i < weights.size(); ++i) kernel_[i] = weights[i];
   dx_ = dx;
   dt_ = dt;
   diffusion_ = diffusion;

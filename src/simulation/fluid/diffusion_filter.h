@@ -5,11 +5,11 @@
 
 namespace nbx {
 
-/// Kept between steps, and rebuilt only when what made it changes.
+/// Kept between steps, and rebuilt only when its parameters change.
 class DiffusionFilter {
  public:
-  /// The kernel that `convolve3D` takes: weight at distance d along x, the whole kernel sums to 1.
-  /// It has at most `longest` entries, the longest axis of the grid, but never fewer than 3.
+  /// The kernel for `convolve3D`: entry d is the weight at distance d, and the whole kernel sums
+  /// to 1. It has at most `longest` entries, the longest axis of the grid, but never fewer than 3.
   /// `diffusion` (simulation units squared per second), `dx` and `dt` are above 0.
   const Field<float>& kernel(double dx, double dt, double diffusion, int longest);
 

@@ -9,17 +9,17 @@ namespace nbx {
 
 namespace {
 
-// A surface farther away than about 3.46 voxels isn't looked for.
+// The search for a surface ends at about 3.46 voxels.
 constexpr float kDeepest = -12.0f;
 
-// U = Us on the faces of this row that have solid on either side. `step` leads back from a cell to
-// the one across its face.
+// U = Us on the faces of this row that have solid on either side. The cell across a face lies
+// `step` before.
 void constrain_row(float* U, const float* Us, const float* phi, std::ptrdiff_t step, int count) {
   const float* before = phi - step;
   for (int i = 0; i < count; ++i) U[i] = ((phi[i] <= 0) | (before[i] <= 0)) ? Us[i] : U[i];
 }
 
-// The mean of the channel at `at` over the corners in fluid; `value` if there are none.
+// The weighted mean of the channel at `at` over the corners in fluid; `value` if there are none.
 float mean_over_fluid(const Field<float>& phi, const Field<float>& channel, const Vec3f& at,
                       float value) {
   const CellCoordinates c = linear_cell(channel, at[0], at[1], at[2]);

@@ -1,8 +1,8 @@
 // The tracers: where the content of a sample comes from. Positions are in the grid of the advected
 // field and in floats. For kernel files, on lanes of cells (math/lanes.h).
 //
-// A midpoint outside of [1, n-2] on any axis isn't looked up. So every velocity sample lies inside
-// of all three components, NaN and infinite velocities included, and no sample needs clamping.
+// The velocity at a midpoint outside of [1, n-2] on any axis isn't sampled. So every sample lies
+// inside of all three components, even with NaN and infinite velocities, and none needs clamping.
 #pragma once
 
 #include <cmath>
@@ -65,8 +65,8 @@ class Velocity {
       return (pair(p) + pair(p - stride[own])) * 0.25f;
   }
 
-  // A point on the advected grid, half a cell up along the component's axis and half a cell down
-  // along the own axis of the grid, is the point's place on the component's grid.
+  // From a point on the advected grid to the grid of a component: half a cell up along the axis of
+  // the component, half a cell down along the own axis of the advected grid.
   template <int axis>
   F interpolated(const Vector& p) const {
     const auto shifted = [](F a, int along) {
@@ -81,7 +81,7 @@ class Velocity {
   KernelField faces_[3];
 };
 
-/// The explicit midpoint rule, p - s v(p - s/2 v(p)); one Euler step where the midpoint is outside.
+/// The explicit midpoint rule, p - s v(p - s/2 v(p)); an Euler step if the midpoint is outside.
 template <int own>
 struct RK2Tracer {
   static Vector trace(const TraceParams& q, const Velocity<own>& velocity, Vector p, Vector v) {
@@ -111,15 +111,15 @@ struct AdaptiveTracer {
   }
 
  private:
-  // The time that each lane has left, in doubles.
+  // The time that each lane has left, in double precision.
   struct Clock {
     explicit Clock(const TraceParams& q) {
       for (double& r : remaining) r = std::abs(q.dt) / q.dx;
     }
 
     // The next step, with the sign of dt; `last` where it uses up the time. A path takes at most
-    // kMaxSteps steps, however fast the flow. Choices and no branches, so that the loop runs on
-    // several lanes at once.
+    // kMaxSteps steps, however fast the flow. There are no branches, so that the loop is
+    // vectorized.
     F step(F speed, const TraceParams& q, I& last) {
       const double tolerance = q.tolerance, shortest = std::abs(q.dt) / q.dx / kMaxSteps;
       const double sign = q.dt < 0 ? -1 : 1;
@@ -127,13 +127,13 @@ struct AdaptiveTracer {
       std::int32_t lasts[W];
       store(speeds, speed, Full());
       for (int l = 0; l < W; ++l) {
-        const double v = static_cast<double>(speeds[l]), left = remaining[l];
+        const double v = speeds[l], left = remaining[l];
         double h = v > 0 ? tolerance / v : std::numeric_limits<double>::infinity();
         h = shortest < h ? h : shortest;
         lasts[l] = h >= left ? -1 : 0;
         h = h >= left ? left : 2 * h >= left ? left * 0.5 : h;
         remaining[l] = left - h;
-        steps[l] = static_cast<float>(sign * h);
+        steps[l] = sign * h;
       }
       std::memcpy(&last, lasts, sizeof last);
       return load(steps, Full());

@@ -1,4 +1,4 @@
-// The boundary of the velocity. On the axis of a component the walls lie on its own samples:
+// The boundary of the velocity. Walls across the axis of a component lie on its own samples:
 //
 //        0    1    2   ..  n-3  n-2  n-1      index of the face
 //        |  o |  o |  o      |  o |  o |      o: cells, the outermost ones are ghosts
@@ -8,18 +8,6 @@
 #include "util/cuda_use_flags.h"
 
 namespace nbx {
-
-std::array<int, 6> closed_faces(const SimSettings& settings) {
-  std::array<int, 6> closed{};
-  for (int axis = 0; axis < 3; ++axis) {
-    const auto low = static_cast<std::size_t>(2 * axis), high = low + 1;
-    const bool at_low = settings.active_box.lo[axis] == 0;
-    const bool at_high = settings.active_box.hi[axis] >= settings.domain_box.hi[axis];
-    closed[low] = at_low && settings.face_closed[low] == 1;
-    closed[high] = at_high && settings.face_closed[high] == 1;
-  }
-  return closed;
-}
 
 namespace {
 
@@ -36,15 +24,15 @@ void set_edge(Field<float>& f, int axis, float value) {
     }
 }
 
-void velocity_boundary(Field<float>& f, int axis, const SimSettings& settings) {
+void velocity_boundary(Field<float>& f, int axis, const Domain& domain) {
   if (f.count() == 0) return;
-  if (settings.wind_speed > 0) {
-    set_border(f, static_cast<float>(settings.wind_direction[axis] * settings.wind_speed));
+  if (domain.wind.speed > 0) {
+    set_border(f, domain.wind.direction[axis] * domain.wind.speed);
     return;
   }
   const int n = f.dims()[axis];
-  const std::array<int, 6> closed = closed_faces(settings);
-  const auto low = static_cast<std::size_t>(2 * axis), high = low + 1;
+  const std::array<int, 6> closed = domain.closed_faces();
+  const int low = 2 * axis, high = low + 1;
   if (closed[low] && n >= 2) iterate_slice(f, axis, 1, SetBorderOper{0});
   if (closed[high] && n >= 2) iterate_slice(f, axis, n - 2, SetBorderOper{0});
   clamp_border(f);
@@ -55,18 +43,12 @@ void velocity_boundary(Field<float>& f, int axis, const SimSettings& settings) {
 
 }  // namespace
 
-void VelocityBoundaryU(Field<float>& U, const SimSettings& settings) {
-  velocity_boundary(U, 0, settings);
-}
-void VelocityBoundaryV(Field<float>& V, const SimSettings& settings) {
-  velocity_boundary(V, 1, settings);
-}
-void VelocityBoundaryW(Field<float>& W, const SimSettings& settings) {
-  velocity_boundary(W, 2, settings);
-}
+void VelocityBoundaryU(Field<float>& U, const Domain& domain) { velocity_boundary(U, 0, domain); }
+void VelocityBoundaryV(Field<float>& V, const Domain& domain) { velocity_boundary(V, 1, domain); }
+void VelocityBoundaryW(Field<float>& W, const Domain& domain) { velocity_boundary(W, 2, domain); }
 
-void m_velocity_boundary(int axis, MField& component, const SimSettings& settings) {
-  try_gpu(no_kernel, [&] { velocity_boundary(component.write_cpu(), axis, settings); });
+void m_velocity_boundary(int axis, MField& component, const Domain& domain) {
+  try_gpu(no_kernel, [&] { velocity_boundary(component.write_cpu(), axis, domain); });
 }
 
 }  // namespace nbx

@@ -10,7 +10,7 @@ namespace nbx {
 
 namespace {
 
-// Rows are folded into arrays of this many elements, so that the inner loops run on many at once.
+// Rows are reduced into arrays of this many elements, so that the inner loops are vectorized.
 constexpr int kRun = 256;
 constexpr float kHuge = std::numeric_limits<float>::max();
 
@@ -31,11 +31,11 @@ struct Range {
   }
 };
 
-// Beyond every grid, and safe to add an index to.
+// Outside of every grid, and an index can be added without overflow.
 int bounded(float a) { return static_cast<int>(std::clamp(a, -1e9f, 1e9f)); }
 
-// The reach along `axis` of the faces of `box`. The box is cut into slabs across the y axis for V,
-// else across z; in a slab of V or W all faces have the same index along the axis.
+// The reach along `axis` of the faces of `box`. For V the box is cut into slabs across y, else
+// across z: in a slab of V or W all faces have the same index along the axis.
 void reach(int& lo_out, int& hi_out, float s, const Field<float>& f, const IntBox& box, int axis) {
   const int slab = axis == 1 ? 1 : 2, other = 3 - slab;
   float lo = kHuge, hi = -kHuge;

@@ -51,8 +51,8 @@ void add_force(float* __restrict u, const float* f, const float* f_before, float
   for (int i = 0; i < n; ++i) u[i] += (f[i] + f_before[i]) * c;
 }
 
-// A potential times the mean of the map over the four cells around its edge: `m` is the edge's own
-// cell, `a` and `b` lead to the cells before it.
+// A potential times the mean of the map over the four cells around its edge: `m` is the cell of the
+// edge, `a` and `b` are the steps to the cells before it.
 template <bool kMap>
 float scaled(float p, const float* m, std::ptrdiff_t a, std::ptrdiff_t b) {
   if constexpr (!kMap) return p;

@@ -1,12 +1,12 @@
-// The inner loops of the forces that act through curls, each over one row of cells. Compiled once
-// per instruction set (util/isa.h).
+// The inner loops of vorticity confinement and curl noise, each over one row of cells. Compiled
+// once per instruction set (util/isa.h).
 #pragma once
 
 #include <cstddef>
 
 namespace nbx {
 
-/// Where rows of a field lie from each other: the step to the next row and to the next plane.
+/// Steps in a field to the next row and to the next plane.
 struct RowSteps {
   std::ptrdiff_t y, z;
 };

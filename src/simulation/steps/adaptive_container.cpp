@@ -1,11 +1,10 @@
-// The adaptive container: Simulation3D simulates only the box that holds what exists now and what
-// can appear within a step. It grows, shrinks and moves with the content.
+// The adaptive container: only the box that holds the gas, and what it can reach in a substep, is
+// simulated. It grows, shrinks and moves with the content.
 #include <algorithm>
 #include <cmath>
 #include <string>
 
 #include "math/mfield_operations.h"
-#include "math/sparse_field_operators.h"
 #include "simulation/simulation3d.h"
 #include "util/log.h"
 
@@ -17,64 +16,64 @@ std::string text(const Vec3i& v) {
   return "[" + std::to_string(v[0]) + "," + std::to_string(v[1]) + "," + std::to_string(v[2]) + "]";
 }
 
-// Closed faces stay in the container, so that they act as walls.
-void reach_walls(IntBox& box, const SimSettings& settings) {
+// Closed faces belong to the container, so that they act as walls.
+void reach_walls(IntBox& box, const Domain& domain) {
   for (int axis = 0; axis < 3; ++axis) {
-    const std::size_t low = 2 * static_cast<std::size_t>(axis), high = low + 1;
-    if (settings.face_closed[low] == 1) box.lo[axis] = settings.domain_box.lo[axis];
-    if (settings.face_closed[high] == 1) box.hi[axis] = settings.domain_box.hi[axis];
+    if (domain.face_closed[2 * axis] == 1) box.lo[axis] = domain.domain_box.lo[axis];
+    if (domain.face_closed[2 * axis + 1] == 1) box.hi[axis] = domain.domain_box.hi[axis];
   }
 }
 
 }  // namespace
 
-// Finds the new box and applies it. `grow_only` starts from the present box and adds what was just
-// received; else the box is made from the content. `wanted` is added in either case. Unless
-// `skip_reach`, what a step's motion can reach is added too.
-void Simulation3D::adapt(double dt, const IntBox& wanted, bool grow_only, bool skip_reach) {
-  IntBox box = grow_only ? settings.active_box : IntBox();
-  box = box_union(box, min_bbox(divergence_sources_, 0));
-  for (const SparseField<float, 3>* given : velocity_sources())
-    box = box_union(box, min_bbox(*given, 0));
+// Adds what the scene has just given; keeps all that is there.
+void Simulation3D::grow_container(SceneEvaluator&) {
+  const IntBox box = with_sources_and_walls(domain.active_box);
+  apply_box(box_intersection(box, domain.domain_box));
+}
+
+// Makes the box anew from `wanted`, the content, and what its motion can reach in a substep.
+void Simulation3D::fit_container(const IntBox& wanted) {
+  IntBox box = wanted;
   for (auto& system : systems_) {
-    IntBox part;
-    if (grow_only)
-      system->src_bbox(part);
-    else
-      system->content_box(part);
-    box = box_union(box, part);
+    IntBox content;
+    system->content_box(content);
+    box = box_union(box, content);
   }
-  box = box_union(box, wanted);
-  if (settings.fit_to_walls) {
-    box = box_union(box, keep_box);
-    if (!box.empty()) reach_walls(box, settings);
-  }
-  if (!skip_reach && !box.empty()) fluid_->grow_box(dt, box);
-  apply_box(box_intersection(box, settings.domain_box));
+  box = with_sources_and_walls(box);
+  if (!box.empty()) fluid_->grow_box(clock.dt, box);
+  apply_box(box_intersection(box, domain.domain_box));
+}
+
+IntBox Simulation3D::with_sources_and_walls(const IntBox& content) const {
+  IntBox box = box_union(content, sources_.src_bbox());
+  if (!params.fit_to_walls) return box;
+  box = box_union(box, sources_.keep_box);
+  if (!box.empty()) reach_walls(box, domain);
+  return box;
 }
 
 void Simulation3D::apply_box(const IntBox& box) {
-  const IntBox old = settings.active_box;
+  const IntBox old = domain.active_box;
   if (old == box || (old.empty() && box.empty())) return;
   LogMessage() << "Adapting container: " << text(box.lo) << "->" << text(box.hi) << " = "
                << text(box.size());
-  settings.active_box = box;
+  domain.active_box = box;
   for (auto& system : systems_) system->resize(box.lo - old.lo);
 }
 
-// How far the coming projection will push the gas apart, so that the box can grow before it.
-void Simulation3D::adapt_to_expansion() {
+// Makes room, before the projection, for the gas that expansion will push.
+void Simulation3D::fit_container_to_expansion(SceneEvaluator&) {
   IntBox wanted;
-  if (!settings.active_box.empty()) {
-    MField divergence(thread_location(), settings.active_box.size() + Vec3i(2, 2, 2));
+  if (!domain.active_box.empty()) {
+    MField divergence(thread_location(), domain.center_dims());
     divergence.zero();
-    if (add_divergence(divergence, settings.dt)) wanted = expanded_box(divergence);
+    if (add_divergence(divergence, clock.dt)) wanted = expanded_box(divergence);
   }
-  adapt(settings.dt, wanted, false, false);
+  fit_container(wanted);
 }
 
-// The box of the cells that expand, scaled about its center as the volume V in it grows in the
-// step:
+// The box of the cells that expand, scaled about its center as its volume V grows in the step:
 //
 //     v = S dt + V,  s = (v / V)^(1/3),  each side moves out by g = s |h| - max h
 //
@@ -84,7 +83,7 @@ IntBox Simulation3D::expanded_box(MField& divergence) const {
   if (cells.empty()) return {};
   const Vec3i size = cells.size();
   const double V = static_cast<double>(size[0]) * size[1] * size[2];
-  const double v = m_sum(divergence) * settings.dt + V;
+  const double v = m_sum(divergence) * clock.dt + V;
   if (!(v > V)) return {};
   const double s = std::cbrt(v / V);
 
@@ -93,8 +92,8 @@ IntBox Simulation3D::expanded_box(MField& divergence) const {
   const double g = s * length(h) - std::max({h[0], h[1], h[2]});
   IntBox box;
   for (int axis = 0; axis < 3; ++axis) {
-    const int origin = settings.active_box.lo[axis] - 1;
-    // Beyond the domain nothing counts, and huge expansions must not leave the range of int.
+    const int origin = domain.origin()[axis];
+    // Huge expansions must not leave the range of int.
     const double reach = std::min(h[axis] + g, 1e8);
     box.lo[axis] = origin + static_cast<int>(std::floor(center[axis] - reach));
     box.hi[axis] = origin + static_cast<int>(std::ceil(center[axis] + reach));

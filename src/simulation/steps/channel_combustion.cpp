@@ -1,4 +1,4 @@
-// The part of a channel that decays, burns and spreads.
+// How a channel decays, burns and spreads.
 #include <algorithm>
 #include <cmath>
 
@@ -7,7 +7,7 @@
 #include "math/sparse_field_operators.h"
 #include "math/spline_operators.h"
 #include "simulation/fluid_tools3d.h"
-#include "simulation/scalar_fluid_channel.h"
+#include "simulation/steps/scalar_fluid_channel.h"
 #include "util/cuda_use_flags.h"
 
 namespace nbx {
@@ -16,28 +16,28 @@ bool ScalarFluidChannel::blurs_driver() const {
   return params().driver_key != kNoChannel && params().driver_blur > 0;
 }
 
-// Rates are per frame: a substep takes its share f of them. Linear a = decay f, exponential
-// a = 1 - (1 - decay)^f.
+// Rates are per frame. With f the substep's share of a frame, linear decay takes a = decay f,
+// exponential decay takes the fraction a = 1 - (1 - decay)^f.
 double ScalarFluidChannel::decay_of_step() const {
-  const double f = settings_.dt / settings_.frame_duration;
+  const double f = clock_.share_of_frame();
   const ChannelParams& p = params();
   return p.decay_mode == DecayMode::kLinear ? p.decay * f : 1 - std::pow(1 - p.decay, f);
 }
 
-// The channel that controls the decay, blurred where that is asked for; null if there is none.
+// The channel that controls the decay, blurred if the user wants that; null if there is none.
 MField* ScalarFluidChannel::driver_field(FieldSource& fields, MField& blurred) const {
   MField* driver = fields.get_field(params().driver_key);
   if (!driver || !blurs_driver()) return driver;
   blurred.assign(*driver);
   try_gpu(no_kernel, [&] {
     const FieldHandle tmp = acquire_field(blurred.dims());
-    box_blur3D(blurred.write_cpu(), *tmp, params().driver_blur / settings_.dx);
+    box_blur3D(blurred.write_cpu(), *tmp, params().driver_blur / domain_.dx);
   });
   return &blurred;
 }
 
 void ScalarFluidChannel::decay_and_advect(FluidSystem& fluid, FieldSource& fields) {
-  if (!simulated() || settings_.dt == 0) return;
+  if (!simulated() || clock_.dt == 0) return;
   const ChannelParams& p = params();
   if (p.decay > 0) {
     RationalSpline limit = p.driver_spline;
@@ -60,12 +60,13 @@ void ScalarFluidChannel::decay_and_advect(FluidSystem& fluid, FieldSource& field
   fluid.advect_field(field_);
 }
 
-void ScalarFluidChannel::finish_step(CombustionSource& combustion, FieldSource& fields) {
+void ScalarFluidChannel::finish_step(CombustionSource& combustion, FieldSource& fields,
+                                     SparseField<float, 3>& sources) {
   if (!simulated()) return;
   combustion.combustion(field_, key_);
-  if (settings_.dt > 0 && params().diffusion > 0) diffuse();
-  m_asxpy(settings_.active_box.lo - Vec3i(1, 1, 1), field_, 1, sources_);
-  sources_.clear();
+  if (clock_.dt > 0 && params().diffusion > 0) diffuse();
+  m_asxpy(domain_.origin(), field_, 1, sources);
+  sources.clear();
   m_max_a_x(field_, 0, field_);
   m_set_border(field_, 0);
   if (params().decay > 0 && !params().outputs.empty()) burn(fields);
@@ -73,7 +74,7 @@ void ScalarFluidChannel::finish_step(CombustionSource& combustion, FieldSource& 
 
 void ScalarFluidChannel::diffuse() {
   const Vec3i dims = field_.dims();
-  const Field<float>& kernel = filter_.kernel(settings_.dx, settings_.dt, params().diffusion,
+  const Field<float>& kernel = filter_.kernel(domain_.dx, clock_.dt, params().diffusion,
                                               std::max({dims[0], dims[1], dims[2]}));
   try_gpu(no_kernel, [&] {
     const FieldHandle tmp = acquire_field(dims);
@@ -81,7 +82,7 @@ void ScalarFluidChannel::diffuse() {
   });
 }
 
-// What burns in the next substep.
+// Computes what burns in the next substep.
 void ScalarFluidChannel::burn(FieldSource& fields) {
   const ChannelParams& p = params();
   RationalSpline limit = p.driver_spline;
@@ -107,25 +108,24 @@ void ScalarFluidChannel::combustion(MField& target, int key) {
   if (found == params().outputs.end() || burned_.empty()) return;
   const auto [amount, additive] = found->second;
   if (additive) {
-    m_axpy(target, static_cast<float>(amount), burned_, target);
+    m_axpy(target, amount, burned_, target);
     return;
   }
-  // A target that is lifted sees the rate of a whole frame, whatever the substep's length.
-  const double share = params().decay_mode == DecayMode::kLinear
-                           ? settings_.dt / settings_.frame_duration
-                           : decay_of_step();
-  if (share > 0) m_max_ax_y(target, static_cast<float>(amount / share), burned_, target);
+  // A lifted target sees the rate of a whole frame, whatever the length of the substep.
+  const double share =
+      params().decay_mode == DecayMode::kLinear ? clock_.share_of_frame() : decay_of_step();
+  if (share > 0) m_max_ax_y(target, amount / share, burned_, target);
 }
 
 bool ScalarFluidChannel::add_divergence(MField& target, double dt) {
   if (!simulated() || burned_.empty() || !(dt > 0)) return false;
   const auto found = params().outputs.find(kExpansion);
   if (found == params().outputs.end()) return false;
-  m_axpy(target, static_cast<float>(found->second.amount / dt), burned_, target);
+  m_axpy(target, found->second.amount / dt, burned_, target);
   return true;
 }
 
-// The expansion of a substep and a blurred driver need what burned for longer.
+// What burned is kept only for the expansion and for a blurred driver.
 void ScalarFluidChannel::after_sources() {
   if (burned_.empty() || blurs_driver()) return;
   const auto found = params().outputs.find(kExpansion);

@@ -1,4 +1,4 @@
-#include "simulation/curl_noise.h"
+#include "simulation/fluid/curl_noise.h"
 
 #include "math/field_checks.h"
 #include "simulation/fluid/vorticity_row_kernels.h"
@@ -8,9 +8,9 @@ namespace nbx {
 
 namespace {
 
-// The three operators set the faces beyond the last interior cells so that what enters such a cell
-// through its other faces leaves through this one. They run in this order: a cell at an edge of the
-// grid is put right by the last of its faces.
+// The three operators set the faces behind the last interior cells, so that what enters such a cell
+// through its other faces leaves through this one. Their order matters: in a cell at an edge of the
+// grid, the last of its faces corrects the sum.
 
 void DivFreeUBoundary(Field<float>& U, const Field<float>& V, const Field<float>& W) {
   const int i = W.nx() - 2, ny = W.ny(), nz = V.nz();
@@ -46,7 +46,7 @@ void add_curl_of_scaled(Field<float>& U, Field<float>& V, Field<float>& W, const
   if (nx < 3 || ny < 3 || nz < 3) return;
   const VorticityRowKernels& rows = vorticity_row_kernels();
   const auto add_curl = map ? rows.add_mapped_curl : rows.add_curl;
-  const Field<float>& scales = map ? *map : psi;  // without a map it isn't read
+  const Field<float>& scales = map ? *map : psi;  // not read without a map
 #pragma omp parallel for schedule(static)
   for (int k = 1; k < nz - 1; ++k)
     for (int j = 1; j < ny - 1; ++j) {

@@ -1,10 +1,9 @@
-// What the scene gives the gas within a substep: sources of the channels, volume that appears, and
-// velocity. All passes split their work by block, so the results are the same bits for any number
-// of threads.
+#include "simulation/step_sources.h"
+
 #include <cmath>
 
 #include "math/sparse_field_operators.h"
-#include "simulation/simulation3d.h"
+#include "simulation/channel_key.h"
 
 namespace nbx {
 
@@ -14,7 +13,7 @@ using Sparse = SparseField<float, 3>;
 constexpr int kEdge = Sparse::kEdge;
 
 /// Calls work(block, held, next) for each block of `weights` on all threads: `held` is the block of
-/// `target` at the same place, `next` the one `step` further; they are made where they are missing.
+/// `target` at the same place, `next` the one that lies `step` further. Missing blocks are made.
 template <class Work>
 void for_each_pair(Sparse& target, const Sparse& weights, const Vec3i& step, Work work) {
   std::vector<std::pair<float*, float*>> data;
@@ -23,7 +22,7 @@ void for_each_pair(Sparse& target, const Sparse& weights, const Vec3i& step, Wor
     float* held = target.hash_insert(b.x, b.y, b.z).data;
     data.emplace_back(held, target.hash_insert(b.x + step[0], b.y + step[1], b.z + step[2]).data);
   }
-  const auto count = static_cast<std::ptrdiff_t>(data.size());
+  const std::ptrdiff_t count = data.size();
 #pragma omp parallel for schedule(static)
   for (std::ptrdiff_t i = 0; i < count; ++i) {
     const auto [held, next] = data[i];
@@ -49,9 +48,9 @@ void add_direction(Sparse& faces, const Sparse& weights, int axis, float d) {
   });
 }
 
-/// The object's direction in the world's axes with z negated, with its length. The components count
-/// along the grid's axes, so a domain that is turned turns the direction with it. Normals go by the
-/// inverse transpose, so a direction stays square to the sides that it was square to.
+/// The object's direction in the world's axes with z negated; the length stays. The components are
+/// used along the grid's axes, so a rotated domain rotates the direction with it. Directions are
+/// transformed by the inverse transpose, like normals: they stay perpendicular to the same sides.
 Vec3d grid_direction(const SimulationObjectParameters& parameters) {
   const Affine3d inverted = inverse(parameters.transform);
   Vec3d turned;
@@ -61,28 +60,29 @@ Vec3d grid_direction(const SimulationObjectParameters& parameters) {
 
 }  // namespace
 
-void Simulation3D::add_source_object(const SimulationObjectParameters& parameters,
-                                     const SparseField<float, 3>& weights) {
-  const std::lock_guard lock(mutex_);
-  for (ScalarFluidChannel* channel : channels_) channel->add_source(parameters, weights);
+void StepSources::add_source_object(const SimulationObjectParameters& parameters,
+                                    const Sparse& weights) {
+  for (const auto& [key, amount] : parameters.amounts) {
+    MField* held = gas_.get_field(key);
+    if (!held || !(amount > 0)) continue;
+    const float a = amount;
+    if (parameters.add_keys.contains(key))
+      sparse_axpy(channels_[key], a, weights);
+    else
+      sparse_raise(channels_[key], a, weights, domain_.origin(), held->read_cpu());
+  }
   const auto expansion = parameters.amounts.find(kExpansion);
   if (expansion != parameters.amounts.end() && expansion->second != 0)
     add_expansion(expansion->second, weights);
   if (parameters.direction == Vec3d()) return;
   const Vec3d d = grid_direction(parameters);
-  for (int axis = 0; axis < 3; ++axis)
-    add_direction(*velocity_sources()[axis], weights, axis, static_cast<float>(d[axis]));
-}
-
-void Simulation3D::clear_sources() {
-  divergence_sources_.clear();
-  for (SparseField<float, 3>* given : velocity_sources()) given->clear();
+  for (int axis = 0; axis < 3; ++axis) add_direction(velocity_[axis], weights, axis, d[axis]);
 }
 
 // Where sources overlap, the strongest counts.
-void Simulation3D::add_expansion(double amount, const SparseField<float, 3>& weights) {
+void StepSources::add_expansion(double amount, const Sparse& weights) {
   const float a = amount;
-  for_each_pair(divergence_sources_, weights, {}, [a](const float* w, float* held, float*) {
+  for_each_pair(divergence_, weights, {}, [a](const float* w, float* held, float*) {
     for (int i = 0; i < Sparse::kBlockSize; ++i) {
       const float given = a * w[i];
       if (std::fabs(given) > std::fabs(held[i])) held[i] = given;
@@ -90,26 +90,17 @@ void Simulation3D::add_expansion(double amount, const SparseField<float, 3>& wei
   });
 }
 
-bool Simulation3D::add_divergence(MField& target, double dt) {
-  bool wrote = false;
-  for (VelocityForce* force : forces_) wrote |= force->add_divergence(target, dt);
-  if (!divergence_sources_.empty()) {
-    m_asxpy(settings.active_box.lo - Vec3i(1, 1, 1), target, 1, divergence_sources_);
-    wrote = true;
-  }
-  return wrote;
+IntBox StepSources::src_bbox() const {
+  IntBox box = min_bbox(divergence_, 0);
+  for (const Sparse& faces : velocity_) box = box_union(box, min_bbox(faces, 0));
+  for (const auto& [key, cells] : channels_) box = box_union(box, min_bbox(cells, 0));
+  return box;
 }
 
-// The forces of the systems, then the velocity that the scene gave, which is used up.
-void Simulation3D::add_forces(FluidSystem& fluid, double dt) {
-  for (VelocityForce* force : forces_) force->add_forces(fluid, dt);
-  for (int axis = 0; axis < 3; ++axis) {
-    SparseField<float, 3>& given = *velocity_sources()[axis];
-    if (given.empty()) continue;
-    if (!fluid.component(axis).empty())
-      m_asxpy(settings.active_box.lo - Vec3i(1, 1, 1), fluid.component(axis), 1, given);
-    given.clear();
-  }
+void StepSources::clear() {
+  divergence_.clear();
+  for (Sparse& faces : velocity_) faces.clear();
+  for (auto& [key, cells] : channels_) cells.clear();
 }
 
 }  // namespace nbx

@@ -1,4 +1,4 @@
-#include "simulation/advection.h"
+#include "simulation/fluid/advection.h"
 
 #include <cassert>
 
@@ -15,7 +15,7 @@ void apply_boundary(MField& dst, const AdvectionParams& params) {
   if (params.lookup == Lookup::kCenter)
     m_set_border(dst, 0.0f);
   else
-    m_velocity_boundary(static_cast<int>(params.lookup), dst, *params.settings);
+    m_velocity_boundary(static_cast<int>(params.lookup), dst, *params.domain);
 }
 
 bool present(const std::array<MField*, 3>& cache) { return cache[0] && cache[1] && cache[2]; }

@@ -8,7 +8,7 @@
 #include <array>
 
 #include "math/mfield.h"
-#include "simulation/sim_settings.h"
+#include "simulation/domain.h"
 
 namespace nbx {
 
@@ -22,7 +22,7 @@ struct AdvectionParams {
   std::array<MField*, 3> velocity{};    // U, V, W that carry the field
   std::array<MField*, 3> trace_back{};  // positions for +dt, or null
   std::array<MField*, 3> trace_fwd{};   // positions for -dt, or null
-  bool back_stale = true;               // trace_back must be computed anew
+  bool back_stale = true;               // trace_back must be computed again
   bool fwd_stale = true;
   double dt = 0;         // seconds
   double dx = 1;         // simulation units
@@ -30,7 +30,7 @@ struct AdvectionParams {
   bool cubic = false;    // cubic sampling, else trilinear
   Tracer tracer = Tracer::kRK2;
   Lookup lookup = Lookup::kCenter;
-  const SimSettings* settings = nullptr;  // boundary treatment
+  const Domain* domain = nullptr;  // for the boundary of velocity components
 };
 
 /// The whole step, dst = MacCormack transport of src. `dst` and `src` must differ; `dst` is sized

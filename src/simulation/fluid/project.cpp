@@ -1,4 +1,4 @@
-#include "simulation/project.h"
+#include "simulation/fluid/project.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,7 +13,7 @@ namespace nbx {
 
 namespace {
 
-// The solver's levels for the length of one projection, in fields of the pool.
+// The levels of the solver during one projection, in fields of the pool.
 class Levels {
  public:
   Levels(MultigridSolver3D& solver, const Vec3i& dims)
@@ -29,14 +29,14 @@ class Levels {
   FieldHandle r0_, buffer_;
 };
 
-void velocity_boundary(const ProjectionFields& f, const SimSettings& settings) {
-  VelocityBoundaryU(*f.U, settings);
-  VelocityBoundaryV(*f.V, settings);
-  VelocityBoundaryW(*f.W, settings);
+void velocity_boundary(const ProjectionFields& f, const Domain& domain) {
+  VelocityBoundaryU(*f.U, domain);
+  VelocityBoundaryV(*f.V, domain);
+  VelocityBoundaryW(*f.W, domain);
 }
 
-// Faces next to solids take the solids' velocity. Without one, where a substep has kept the solids
-// of an earlier one, they rest.
+// Faces next to solids take the solids' velocity. Solids that are left from an earlier substep of
+// the frame have none: they rest.
 void constrain_to_solids(const ProjectionFields& f) {
   if (f.Us && f.Vs && f.Ws)
     return constrainBoundaryVelocityT(*f.phi, *f.Us, *f.Vs, *f.Ws, *f.U, *f.V, *f.W);
@@ -54,9 +54,8 @@ void right_hand_side(Field<float>& rhs, const ProjectionFields& f, double dx) {
 
 }  // namespace
 
-SolveResult project(MultigridSolver3D& solver, const ProjectionFields& fields,
-                    const SimSettings& settings, const std::array<int, 6>& closed,
-                    int expected_cycles, SolverProgress* progress) {
+SolveResult project(MultigridSolver3D& solver, const ProjectionFields& fields, const Domain& domain,
+                    const ProjectionLimits& limits, int expected_cycles, SolverProgress* progress) {
   const ProjectionFields& f = fields;
   const Vec3i dims = check_mac(*f.U, *f.V, *f.W);
   if (std::min({dims[0], dims[1], dims[2]}) < 3) return {};
@@ -64,16 +63,16 @@ SolveResult project(MultigridSolver3D& solver, const ProjectionFields& fields,
 
   const FieldHandle rhs = acquire_field(dims), p = acquire_field(dims);
   set(*p, 0);
-  solver.bc = closed;
+  solver.bc = domain.closed_faces();
   const Levels levels(solver, dims);
-  const double dx = settings.dx;
-  const auto tolerance = static_cast<float>(settings.pressure_tolerance);
+  const double dx = domain.dx;
+  const float tolerance = limits.tolerance;
 
-  // Faces of solids hold while the pressure of the fluid settles round them. The pressure of one
-  // pass is the first guess of the next.
+  // Faces of solids keep their velocity while the pressure of the fluid settles around them. The
+  // pressure of one pass is the first guess of the next.
   float residual = 2 * tolerance;
-  for (int pass = 0; f.phi && pass < settings.solid_iterations && residual > tolerance; ++pass) {
-    velocity_boundary(f, settings);
+  for (int pass = 0; f.phi && pass < limits.solid_iterations && residual > tolerance; ++pass) {
+    velocity_boundary(f, domain);
     right_hand_side(*rhs, f, dx);
     const SolveResult cycle = solver.solve(*p, *rhs, expected_cycles, 1, tolerance, progress);
     residual = cycle.residual;
@@ -81,10 +80,10 @@ SolveResult project(MultigridSolver3D& solver, const ProjectionFields& fields,
     subtract_pressure_gradient(*f.U, *f.V, *f.W, *p, dx, f.phi);
   }
 
-  velocity_boundary(f, settings);
+  velocity_boundary(f, domain);
   right_hand_side(*rhs, f, dx);
   const SolveResult result =
-      solver.solve(*p, *rhs, expected_cycles, settings.max_cycles, tolerance, progress);
+      solver.solve(*p, *rhs, expected_cycles, limits.max_cycles, tolerance, progress);
   subtract_pressure_gradient(*f.U, *f.V, *f.W, *p, dx, nullptr);
   if (std::isnan(result.residual)) throw Exception("Floating point error during linear solving");
   return result;

@@ -1,8 +1,6 @@
 // The pressure of the gas: owns the multigrid solver and the solids of the current substep.
 #pragma once
 
-#include <array>
-
 #include "math/multigrid_solver3d.h"
 #include "simulation/sim_system.h"
 
@@ -14,17 +12,17 @@ class PressureSystem : public SimSystem, public FrameStorable {
  public:
   using SimSystem::SimSystem;
 
-  /// Makes the velocity free of divergence, up to `source` (may be null), and applies its boundary.
-  /// Returns whether the velocity may have changed: false while nothing moves and nothing pushes.
+  /// Makes the divergence of the velocity equal to `source` (null: 0) and applies the boundary.
+  /// False if nothing moves and nothing pushes: the velocity has then not changed.
   bool project(FluidSystem& fluid, MField* source, SolverProgress& progress);
 
-  /// Solids are those of one active box.
+  /// Solids belong to one active box.
   void resize(const Vec3i& /*delta*/) override { solids_ = {}; }
   void end_frame() override;
   void set_solids(const Solids& solids) override { solids_ = solids; }
   void clear() override { solids_ = {}; }
 
-  void store(SimFrame& frame, const SimSettings& settings, const GridMatrix& matrix) override;
+  void store(SimFrame& frame, const std::set<int>& channels, const GridMatrix& matrix) override;
   /// Solids come from the scene, not from frames.
   void load(SimFrame& /*frame*/) override {}
 

@@ -1,19 +1,20 @@
-#include "simulation/pressure_system.h"
+#include "simulation/steps/pressure_system.h"
 
 #include "math/mfield_operations.h"
+#include "simulation/fluid/project.h"
 #include "simulation/fluid_system.h"
 #include "simulation/fluid_tools3d.h"
-#include "simulation/project.h"
 #include "util/cuda_use_flags.h"
 
 namespace nbx {
 
 void PressureSystem::end_frame() { solids_.phi.reset(); }
 
-void PressureSystem::store(SimFrame& frame, const SimSettings& settings, const GridMatrix& matrix) {
-  if (!solids_.phi || !settings.cached_channels.contains(kSolid)) return;
+void PressureSystem::store(SimFrame& frame, const std::set<int>& channels,
+                           const GridMatrix& matrix) {
+  if (!solids_.phi || !channels.contains(kSolid)) return;
   solids_.phi->move_to(kCpu);
-  frame.add(solids_.phi->cpu_handle(), kGridSolid, settings.active_box.lo - Vec3i(1, 1, 1), matrix);
+  frame.add(solids_.phi->cpu_handle(), kGridSolid, domain_.origin(), matrix);
 }
 
 // Nothing pushes: no volume source and no moving solid.
@@ -39,14 +40,15 @@ bool PressureSystem::project(FluidSystem& fluid, MField* source, SolverProgress&
     fields.Us = field(solids_.u.get());
     fields.Vs = field(solids_.v.get());
     fields.Ws = field(solids_.w.get());
-    last_solve_ = nbx::project(solver_, fields, settings_, closed_faces(settings_),
-                               last_solve_.cycles, &progress);
+    const ProjectionLimits limits{params_.pressure_tolerance, params_.max_cycles,
+                                  params_.solid_iterations};
+    last_solve_ = nbx::project(solver_, fields, domain_, limits, last_solve_.cycles, &progress);
   });
   solids_.u.reset();
   solids_.v.reset();
   solids_.w.reset();
 
-  for (int axis = 0; axis < 3; ++axis) m_velocity_boundary(axis, fluid.component(axis), settings_);
+  for (int axis = 0; axis < 3; ++axis) m_velocity_boundary(axis, fluid.component(axis), domain_);
   return true;
 }
 

@@ -1,0 +1,23 @@
+// The time of a run. The loop of the run writes it: between frames the one that drives the
+// simulation, within a frame Simulation3D::update.
+#pragma once
+
+#include "cache/frame_time.h"
+
+namespace nbx {
+
+/// Simulation time is the time of the document times `time_scale`.
+struct StepClock {
+  FrameTime sim_time;         // start of the current frame and its length, in simulation time
+  double frame_duration = 1;  // seconds of a frame of the document: the unit of decay and drag
+  int step_index = 0;         // substeps done in this frame
+  double frame_elapsed = 0;   // seconds of simulation time already done in this frame
+  double dt = 0;              // length of the current substep in seconds; 0 for the first frame
+
+  /// Simulation time at the start of the substep, in seconds.
+  double now() const { return sim_time.time.value() + frame_elapsed; }
+  /// The substep's share of a frame.
+  double share_of_frame() const { return dt / frame_duration; }
+};
+
+}  // namespace nbx

@@ -1,0 +1,30 @@
+#include "simulation/workspace.h"
+
+#include <algorithm>
+
+namespace nbx {
+
+double workspace_bytes(const SolverParams& params, const FrameSink& sink, const Vec3d& cells,
+                       bool has_solids) {
+  // The largest field is the one of faces across the shortest axis.
+  const auto shortest = std::min_element(cells.v.begin(), cells.v.end()) - cells.v.begin();
+  double field = sizeof(float);
+  for (int a = 0; a < 3; ++a) field *= cells[a] + (a == shortest ? 3 : 2);
+
+  // Advection: the trace back, the trace forward, the new fields, the first guess. Projection:
+  // right-hand side, pressure and the levels of the multigrid, with solids their masks.
+  const int advection = (params.keep_traces ? 3 : 0) + 3 + 3 + 2;
+  const int projection = has_solids ? 8 : 5;
+  const int solids = has_solids ? 4 : 0;  // distance and velocity
+  const int velocity = 3;
+  const auto frames_hold = [&](int key) { return sink.cached_channels.contains(key) ? 1 : 0; };
+  int cached = 3 * frames_hold(kVelocity) + (has_solids ? frames_hold(kSolid) : 0);
+  for (int key : params.simulated_channels) cached += frames_hold(key);
+
+  const int fields = static_cast<int>(params.simulated_channels.size()) +
+                     std::max(advection, projection) + solids + velocity +
+                     (sink.cache_direct ? 0 : cached);
+  return fields * field;
+}
+
+}  // namespace nbx
