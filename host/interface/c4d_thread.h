@@ -48,7 +48,7 @@ class C4DThread : public BreakTest {
   bool IsRunning() const { return running_; }
 
   /// True once End was called: Main should return soon.
-  bool TestBreak() const override { return stop_; }
+  bool TestBreak() const final { return stop_; }
 
   virtual std::string GetThreadName() const = 0;
 
