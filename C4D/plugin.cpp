@@ -1,6 +1,8 @@
 // The entry of the plug-in: what the host calls from load to unload.
 #include "host/interface/plugin.h"
 
+#include <memory>
+
 #include "C4D/registrations.h"
 #include "C4D/run/simulation_thread.h"
 #include "C4D/services/host_access.h"
@@ -15,19 +17,32 @@ namespace {
 constexpr std::int32_t kFirstApiVersion = 11500;
 constexpr std::int32_t kEndOfApiVersions = 12000;
 
+/// What the process holds of the plug-in.
+struct Plugin {
+  explicit Plugin(const host::HostFunctions& functions) : host(functions) {
+    set_host_services(host.services);
+    set_simulation_thread(&simulation);
+  }
+  ~Plugin() {
+    set_simulation_thread(nullptr);
+    set_host_services(nullptr);
+  }
+
+  const host::HostFunctions& host;
+  SimulationThread simulation;
+};
+
 // From the first load to the last end. Main thread only.
-const host::HostFunctions* host_functions = nullptr;
+std::unique_ptr<Plugin> plugin;
 int load_count = 0;
 
-bool api_version_fits() {
-  return host_functions && host_functions->api_version >= kFirstApiVersion &&
-         host_functions->api_version < kEndOfApiVersions;
-}
+bool api_version_fits() { return plugin && plugin->host.api_version < kEndOfApiVersions; }
 
 std::int32_t load(const host::HostFunctions* functions, const host::Filename* file) {
-  if (load_count == 0) host_functions = functions;
-  if (!host_functions || host_functions->api_version < kFirstApiVersion) return -3;
-  set_host_services(host_functions->services);
+  if (!plugin) {
+    if (!functions || functions->api_version < kFirstApiVersion) return -3;
+    plugin = std::make_unique<Plugin>(*functions);
+  }
   if (file) set_plugin_file(file->path);
   ++load_count;
   return 1;
@@ -35,19 +50,20 @@ std::int32_t load(const host::HostFunctions* functions, const host::Filename* fi
 
 std::int32_t end() {
   if (load_count == 0 || --load_count > 0) return 1;
-  simulation_thread().End(true);  // it calls the host
+  // It uses Qt and the host.
+  plugin->simulation.stop(true);
+  plugin->simulation.End(true);
   if (api_version_fits()) tear_down_qt();
-  host_functions = nullptr;
-  set_host_services(nullptr);
+  plugin.reset();
   return 1;
 }
 
 bool start() {
   if (!api_version_fits()) return false;
-  host::HostServices& services = *host_functions->services;
+  host::HostServices& services = *plugin->host.services;
   if (const host::Filename log = services.GetLogFile(); !log.path.empty()) set_log_file(log.path);
   print_banner(services);
-  report_machine(services, host_functions->api_version);
+  report_machine(services, plugin->host.api_version);
   return register_classes(services);
 }
 
@@ -62,7 +78,7 @@ bool message(std::intptr_t id) {
     case host::kMessageStarted:
       return true;
     case host::kMessageShutdown:  // other plug-ins are to see it too
-      stop_at_shutdown();
+      plugin->simulation.stop_at_shutdown();
       return false;
     default:
       return false;

@@ -27,13 +27,13 @@ std::string clock(double seconds) {
 
 }  // namespace
 
-/// "frame 12 (13 of 101), 0.45 s a frame, 0:40 left, 310.20MB", as far as it is known.
+/// "frame 12 (13 of 101), 0.45 s a frame, 0:40 left, 310.20MB", without what isn't known yet.
 std::string RunReport::line(int number, double frames_done) const {
   char text[96];
   std::snprintf(text, sizeof text, "frame %d (%d of %d)", number,
                 std::min(static_cast<int>(frames_done) + 1, frames_total_), frames_total_);
   std::string result = text;
-  // The first frame is no measure: it holds the sources alone.
+  // The first frame says nothing about the rate: it only holds the sources.
   if (frames_done > 1.2) {
     const double rate = seconds() / frames_done;
     std::snprintf(text, sizeof text, ", %.2f s a frame, %s left", rate,

@@ -1,4 +1,4 @@
-// What the user sees of a run while it goes on: progress lines, and events for programs.
+// What the user sees of a running simulation: progress lines, and events for other programs.
 #pragma once
 
 #include <array>
@@ -17,17 +17,17 @@ class RunReport {
   RunReport(host::CommandContext& context, int frames_total)
       : context_(context), frames_total_(frames_total) {}
 
-  /// A point within the frame after `frame`: `done` of `total` parts are through. Cheap: most calls
-  /// show nothing.
+  /// A point within the frame after `frame`: `done` of `total` parts are done. Cheap, since most
+  /// calls show nothing.
   void step(int frame, const StepClock& step, int steps_remaining, int done, int total);
 
   /// The end of a substep of the frame after `frame`.
   void substep(int frame, const Simulation3D& sim);
 
-  /// A whole frame, handed over to the cache.
+  /// A complete frame has gone to the cache.
   void frame(int number, Simulation3D& sim);
 
-  /// Frames that didn't reach the disk.
+  /// Frames that could not be saved.
   void lost(const std::vector<LostFrame>& frames);
 
   /// "; gas leaves through x+ from frame 31", or nothing.
@@ -45,8 +45,8 @@ class RunReport {
   const int frames_total_;
   int frames_done_ = 0;
   int frames_lost_ = 0;
-  std::array<std::optional<int>, 6> leaves_from_;  // frame that first reached the open face
-  StageTimes times_before_;                        // when the last substep of this frame ended
+  std::array<std::optional<int>, 6> leaves_from_;  // first frame whose gas touches the open face
+  StageTimes times_before_;                        // at the end of the last substep of this frame
   Stopwatch since_start_, since_frame_, since_line_;
 };
 

@@ -1,4 +1,4 @@
-// A run in numbers, as fields of events for programs.
+// Figures of a run, as fields of events for other programs.
 #pragma once
 
 #include <array>
@@ -11,13 +11,13 @@
 
 namespace nbx {
 
-/// The domain's faces as the volume object's parameters name them: x- for closed_x_min. The grid's
-/// z runs against the host's.
+/// The faces of the domain under the names of the volume's parameters: x- for closed_x_min. The z
+/// axis of the grid is opposite to that of the host.
 inline constexpr std::array<const char*, 6> kFaceNames{"x-", "x+", "y-", "y+", "z+", "z-"};
 
 StageTimes difference(const StageTimes& later, const StageTimes& earlier);
 
-/// Seconds by stage, without what passed outside of the update.
+/// Seconds by stage, without the time outside of the update.
 void add_times(host::EventFields& fields, const StageTimes& times);
 
 /// The active box, its cells and the memory in use.

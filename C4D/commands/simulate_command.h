@@ -1,5 +1,5 @@
-// `nimbrix simulate`: runs the simulation of a scene's volume object into its cache; and `nimbrix
-// continue`, which goes on from where the last run stopped.
+// `nimbrix simulate` simulates the volume object of a scene into its cache, and `nimbrix continue`
+// continues the last run of that cache.
 #pragma once
 
 #include "host/interface/plugin.h"

@@ -4,7 +4,8 @@
 #include <memory>
 
 #include "C4D/rendering/frame_placement.h"
-#include "C4D/run/simulation_thread.h"
+#include "C4D/rendering/render_front_end.h"
+#include "C4D/run/simulation_run.h"
 #include "cache/slot_handle.h"
 #include "host/interface/video_post.h"
 #include "render/render_volume.h"
@@ -13,23 +14,10 @@ namespace nbx {
 
 /// A run that a render carries along.
 struct RenderSimulation {
-  /// The renderer, as evaluations of the document know it. It never starts.
-  class Thread final : public host::C4DThread {
-   public:
-    explicit Thread(const host::BaseRender& render) : render_(render) {}
-    std::string GetThreadName() const override { return "Nimbrix Render"; }
-    bool TestBreak() const override { return render_.TestBreak(); }
-
-   protected:
-    void Main() override {}
-
-   private:
-    const host::BaseRender& render_;
-  };
-
-  explicit RenderSimulation(const host::BaseRender& render) : thread(render) {}
-  Thread thread;
-  SimulationThread run;
+  RenderSimulation(host::BaseObject& volume, host::BaseRender& render)
+      : front_end(volume, render), run(&volume, {}, front_end) {}
+  RenderFrontEnd front_end;
+  SimulationRun run;
 };
 
 struct HostVolume {

@@ -1,7 +1,5 @@
 #include "C4D/rendering/simulate_on_render.h"
 
-#include <omp.h>
-
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/parameters/volume_shading_parameters.h"
@@ -27,10 +25,6 @@ FrameSpan frames_of(const host::BaseObject& volume) {
   return {range.start.GetFrame(fps), range.end.GetFrame(fps)};
 }
 
-std::string subject(const HostVolume& volume) {
-  return "volume \"" + volume.object->GetName() + "\": ";
-}
-
 bool wants_simulation(const HostVolume& volume, const host::BaseRender& render) {
   const FrameSpan span = frames_of(*volume.object);
   return !render.IsNetworkClient() && render.GetFirstFrame() != render.GetLastFrame() &&
@@ -38,97 +32,65 @@ bool wants_simulation(const HostVolume& volume, const host::BaseRender& render) 
          render.GetFirstFrame() <= span.last && span.first <= render.GetLastFrame();
 }
 
-bool refuse(const HostVolume& volume, host::BaseRender& render, host::Refusal kind,
-            const std::string& why) {
-  render.Refuse(kind, subject(volume) + why);
-  return false;
-}
-
-/// Where the earlier run of a cache is to stay or to go, as the user says.
-bool settle_earlier_run(const HostVolume& volume, host::BaseRender& render) {
-  if (!must_ask_about_cache(*volume.object)) return true;
-  const host::OldFiles answer = render.AskAboutOldFiles();
-  if (answer == host::OldFiles::Unanswered)
-    return refuse(volume, render, host::Refusal::NotAllowed,
-                  load_string(10085) +
-                      ": give --overwrite to simulate over it, --new-cache to leave it alone, or "
-                      "--set " +
-                      volume.object->GetName() + ".simulate_on_render=false to render its frames");
-  if (answer == host::OldFiles::MakeNew && !move_to_new_cache(*volume.object))
-    return refuse(volume, render, host::Refusal::NotAllowed, load_string(10012));
-  return true;
-}
-
 bool admit(HostVolume& volume, host::BaseRender& render) {
   if (!wants_simulation(volume, render)) return true;
-  if (const std::string lock = what_locks(*volume.object); !lock.empty()) {
-    render.Warning(subject(volume) + load_string(10093) + " (" + lock +
+  host::BaseObject& object = *volume.object;
+  if (const Outcome unlocked = check_unlocked(object); !unlocked) {
+    render.Warning(subject(object) + load_string(10093) + " (" + unlocked.reason() +
                    "): it isn't simulated, and the render shows the frames of the cache");
     return true;
   }
-  if (const std::string shared = what_shares_cache(*volume.object); !shared.empty())
-    return refuse(volume, render, host::Refusal::BadScene, shared);
-  return volume.simulates = settle_earlier_run(volume, render);
+  if (const Outcome own = check_own_cache(object); !own) {
+    render.Refuse(host::Refusal::BadScene, subject(object) + own.reason());
+    return false;
+  }
+  RenderFrontEnd front_end(object, render);
+  return volume.simulates = !must_ask_about_cache(object) || make_room(object, front_end);
 }
 
-/// What went wrong with the run, whose last frames are saved here; empty if nothing did.
-std::string end(HostVolume& volume) {
-  std::string failure;
-  try {
-    volume.simulation->run.cleanup();
-    failure = volume.simulation->run.failure();
-  } catch (...) {
-    failure = run_failure();
-  }
+/// Saves the last frames of the run, and drops it.
+Outcome end(HostVolume& volume) {
+  const Outcome finished = guarded([&] { return volume.simulation->run.finish(); });
   volume.simulation.reset();
-  return failure;
+  return finished;
 }
 
 void give_up(HostVolume& volume, host::BaseRender& render, const std::string& what,
-             const std::string& why) {
-  LogMessage() << what << (why.empty() ? "" : ": ") << why;
-  render.Warning(subject(volume) + what + (why.empty() ? "" : ": " + why) +
-                 "; the render goes on with the frames of the cache");
+             const Outcome& why) {
+  const std::string failure = what + (why ? "" : ": " + why.reason());
+  LogMessage() << failure;
+  render.Warning(subject(*volume.object) + failure +
+                 "; the render continues with the frames of the cache");
   volume.simulates = false;
-  end(volume);
+  static_cast<void>(end(volume));  // the user knows of the first failure
 }
 
 /// False if there is no run.
 bool begin(HostVolume& volume, host::BaseRender& render) {
-  omp_set_num_threads(render.GetThreadCount());
   autosave(*volume.object);
-  volume.simulation = std::make_unique<RenderSimulation>(render);
-  SimulationThread& run = volume.simulation->run;
-  std::string failure;
-  try {
-    if (run.prepare_sim(volume.object, &volume.simulation->thread)) {
-      render.Note(subject(volume) + "simulated into " + find_cache(*volume.object));
-      return true;
-    }
-    failure = run.failure();
-  } catch (...) {
-    failure = run_failure();
-  }
-  if (!render.TestBreak()) give_up(volume, render, "Failed to prepare sim", failure);
-  return false;
+  volume.simulation = std::make_unique<RenderSimulation>(*volume.object, render);
+  const Outcome prepared = guarded([&] { return volume.simulation->run.prepare(); });
+  if (prepared)
+    render.Note(subject(*volume.object) + "simulated into " + find_cache(*volume.object));
+  else if (!render.TestBreak())
+    give_up(volume, render, "Failed to prepare sim", prepared);
+  return static_cast<bool>(prepared);
 }
 
 void step_to(HostVolume& volume, std::int64_t frame, host::BaseRender& render) {
-  SimulationThread& run = volume.simulation->run;
-  const std::int64_t first = run.time().frame();
+  SimulationRun& run = volume.simulation->run;
+  const int first = run.time().frame();
   if (first < frame) render.SetStatusText(load_string(10008));
-  std::string failure;
   while (run.time().frame() < frame && !render.TestBreak()) {
-    const std::int64_t last = run.time().frame();
-    render.SetProgress(static_cast<double>(last - first) / static_cast<double>(frame - first));
+    const int last = run.time().frame();
+    render.SetProgress(static_cast<double>(last - first) / (frame - first));
     bool whole = false;
-    try {
+    const Outcome stepped = guarded([&] {
       whole = run.step();
-    } catch (...) {
-      failure = run_failure();
-    }
+      return Outcome::success();
+    });
     if (whole || render.TestBreak()) continue;
-    give_up(volume, render, "Error while simulating frame " + std::to_string(last + 1), failure);
+    give_up(volume, render, "Error while simulating frame " + std::to_string(last + 1), stepped);
     return;
   }
 }
@@ -161,8 +123,8 @@ bool simulate_up_to_frame(std::span<HostVolume> volumes, host::BaseRender& rende
 void end_simulations(std::span<HostVolume> volumes, host::BaseRender& render) {
   for (HostVolume& volume : volumes) {
     if (!volume.simulation) continue;
-    const std::string failure = end(volume);
-    if (!failure.empty()) render.Warning(subject(volume) + "the run failed: " + failure);
+    if (const Outcome ended = end(volume); !ended)
+      render.Warning(subject(*volume.object) + "the run failed: " + ended.reason());
   }
 }
 

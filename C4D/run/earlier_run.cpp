@@ -1,14 +1,13 @@
-// What becomes of an earlier run when a new one starts in its cache: the new one goes on from it,
-// replaces it, or leaves it alone. On the main thread.
+#include "C4D/run/earlier_run.h"
+
 #include <QDateTime>
 #include <QFileInfo>
 
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/run/run_checks.h"
-#include "C4D/run/simulation_thread.h"
+#include "C4D/run/states/state_directory.h"
 #include "C4D/services/host_conversion.h"
-#include "C4D/services/load_string.h"
 #include "C4D/settings/volume_cache.h"
 #include "cache/frame_names.h"
 
@@ -20,7 +19,7 @@ QFileInfo autosave_in(const std::string& directory) {
   return QFileInfo(QString::fromStdString(directory + "/Autosave.c4d"));
 }
 
-/// A run saves the scene when it starts, and its state when it ends.
+/// A run saves the scene when it starts and its state when it ends.
 bool a_run_started_after(const SavedState& state, const std::string& directory) {
   return autosave_in(directory).lastModified() >
          QFileInfo(QString::fromStdString(state.path)).lastModified();
@@ -38,8 +37,8 @@ void bring(host::BaseDocument& document, const host::BaseTime& time) {
   document.ExecutePasses(nullptr, true, true, true);
 }
 
-/// True for the state at the end of a finished run that has all its frames, if the volume's range
-/// is that of the run but for an end that has moved out.
+/// Whether the state is that of the end of a finished run that has all its frames, and whether the
+/// volume's range is that of the run, except for an end that has moved out.
 bool ends_before_range(const SavedState& state, const TimeRange& range,
                        const std::string& directory) {
   if (!state.notes || !state.notes->range) return false;
@@ -50,57 +49,57 @@ bool ends_before_range(const SavedState& state, const TimeRange& range,
          has_frames(directory, FrameTime{run.start, end.length}.frame(), end.frame());
 }
 
+/// Whether the scene, at the time of the state, is that which the state came from. Leaves the
+/// document at the start of the range.
+bool scene_is_unchanged(host::BaseObject& volume, const SavedState& state, const TimeRange& range) {
+  host::BaseDocument& document = volume.GetDocument();
+  bring(document, to_base_time(state.frame.frameTime.time));
+  const bool same = differences(state.notes->scene, scene_values(volume)).empty() &&
+                    differences(state.notes->frames, frame_values(volume)).empty();
+  bring(document, range.start);
+  return same;
+}
+
+/// The end of the earlier run, if a new one may extend it; else null.
+std::unique_ptr<SavedState> end_to_extend(host::BaseObject& volume, RunFrontEnd& front_end) {
+  if (ParameterReader(volume).flag(OVOLUME_LOAD_STATE)) return nullptr;
+  const std::string directory = find_cache(volume);
+  auto state = std::make_unique<SavedState>();
+  if (!open_state(*state, last_state_file(directory))) return nullptr;
+  const TimeRange range = time_range(volume);
+  if (!ends_before_range(*state, range, directory) || !scene_is_unchanged(volume, *state, range) ||
+      !load_grids(*state))
+    return nullptr;
+  const std::string end = std::to_string(state->frame.frameTime.frame());
+  return front_end.may_extend("the run continues from its end, frame " + end) ? std::move(state)
+                                                                              : nullptr;
+}
+
 }  // namespace
 
-/// Finds the state that a run is to go on from. Where there is none, an empty cache has nothing to
-/// lose by a new run; an earlier run has.
-bool SimulationThread::find_origin(const std::string& directory, std::optional<int> at_most) {
-  std::string problems;
-  state_ = find_state(directory, at_most, problems);
-  if (state_) {
+std::optional<RunOrigin> continue_earlier_run(host::BaseObject& volume, std::optional<int> at_most,
+                                              RunFrontEnd& front_end) {
+  const std::string directory = find_cache(volume);
+  auto [state, problems] = find_state(directory, at_most);
+  if (state) {
     if (!problems.empty())
-      dialog_->warn(problems + "; the run goes on from frame " +
-                    std::to_string(state_->frame.frameTime.frame()));
-    return true;
+      front_end.warn(problems + "; the run continues from frame " +
+                     std::to_string(state->frame.frameTime.frame()));
+    return RunOrigin{true, std::move(state), {}};
   }
-  no_state_ = "there is no state to go on from";
-  if (at_most) no_state_ += " at or before frame " + std::to_string(*at_most);
-  no_state_ += ": " + problems;
-  const bool anything_to_lose = has_autosave(*object_link_) || !list_frames(directory).empty();
-  return !anything_to_lose || dialog_->may_start_over(no_state_);
+  std::string why = "there is no state to continue from";
+  if (at_most) why += " at or before frame " + std::to_string(*at_most);
+  why += ": " + problems;
+  const bool anything_to_lose = has_autosave(volume) || !list_frames(directory).empty();
+  if (anything_to_lose && !front_end.may_start_over(why)) return {};
+  return RunOrigin{true, nullptr, why};
 }
 
-/// Asks what is to become of an earlier run, or goes on from it. False if there is to be no run.
-bool SimulationThread::settle_with_earlier_run(const std::string& directory) {
-  if (!must_ask_about_cache(*object_link_)) return true;
-  if (extends_earlier_run(directory)) return true;
-  const OldCache choice = dialog_->ask_about_cache(load_string(10085), load_string(10086));
-  if (choice == OldCache::kStop) return false;
-  if (choice == OldCache::kOverwrite || move_to_new_cache(*object_link_)) return true;
-  dialog_->refuse(load_string(10009), load_string(10012));
-  return false;
-}
-
-/// A finished run goes on if nothing but its end has changed, since a new run would make the same
-/// frames again.
-bool SimulationThread::extends_earlier_run(const std::string& directory) {
-  host::BaseObject& object = *object_link_;
-  std::string ignored;
-  auto state = open_state(last_state_file(directory), ignored);
-  const TimeRange range = time_range(object);
-  if (!state || ParameterReader(object).flag(OVOLUME_LOAD_STATE) ||
-      !ends_before_range(*state, range, directory))
-    return false;
-  bring(object.GetDocument(), to_base_time(state->frame.frameTime.time));
-  const bool same = differences(state->notes->scene, scene_values(object)).empty() &&
-                    differences(state->notes->frames, frame_values(object)).empty();
-  bring(object.GetDocument(), range.start);
-  const std::string end = std::to_string(state->frame.frameTime.frame());
-  if (!same || !load_grids(*state, ignored) ||
-      !dialog_->may_go_on("the run goes on from its end, frame " + end))
-    return false;
-  state_ = std::move(state);
-  return continue_run_ = true;
+std::optional<RunOrigin> settle_with_earlier_run(host::BaseObject& volume, RunFrontEnd& front_end) {
+  if (!must_ask_about_cache(volume)) return RunOrigin{};
+  if (auto end = end_to_extend(volume, front_end)) return RunOrigin{true, std::move(end), {}};
+  if (!make_room(volume, front_end)) return {};
+  return RunOrigin{};
 }
 
 }  // namespace nbx

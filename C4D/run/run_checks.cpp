@@ -6,6 +6,7 @@
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/services/host_access.h"
+#include "C4D/services/load_string.h"
 #include "C4D/services/preferences.h"
 #include "C4D/settings/volume_cache.h"
 #include "cache/cache_directories.h"
@@ -14,7 +15,13 @@ namespace nbx {
 
 namespace {
 
-/// The same for two paths of one folder. Empty for a volume whose next run makes a folder.
+bool is_in_tree(const host::BaseObject* first, const host::BaseObject& wanted) {
+  for (; first; first = first->GetNext())
+    if (first == &wanted || is_in_tree(first->GetDown(), wanted)) return true;
+  return false;
+}
+
+/// Equal for two paths of one folder. Empty if the volume's next run will make a new folder.
 QString identity(const host::BaseObject& volume) {
   const QFileInfo folder(QString::fromStdString(named_cache(volume)));
   if (folder.filePath().isEmpty()) return {};
@@ -34,29 +41,43 @@ const host::BaseObject* find_sharer(const host::BaseObject* first, const host::B
 
 }  // namespace
 
-std::string what_locks(const host::BaseObject& volume) {
-  if (ParameterReader(volume).flag(OVOLUME_CACHE_LOCK)) return "cache_lock is on";
+Outcome check_unlocked(const host::BaseObject& volume) {
+  if (ParameterReader(volume).flag(OVOLUME_CACHE_LOCK)) return Outcome::failure("cache_lock is on");
   const std::string directory = find_cache(volume);
-  if (directory.empty() || !cache_locked(directory)) return {};
-  return directory + " holds CacheLock.lck";
+  if (directory.empty() || !cache_locked(directory)) return Outcome::success();
+  return Outcome::failure(directory + " holds CacheLock.lck");
 }
 
-std::string what_shares_cache(const host::BaseObject& volume) {
+Outcome check_can_run(const host::BaseObject* volume) {
+  if (!volume) return Outcome::failure("aborting prepare_sim: volobj = NULL");
+  if (!is_in_tree(volume->GetDocument().GetFirstObject(), *volume))
+    return Outcome::failure("Simulation aborted!");
+  const Outcome unlocked = check_unlocked(*volume);
+  return unlocked ? unlocked : Outcome::failure("the cache is locked: " + unlocked.reason());
+}
+
+Outcome check_own_cache(const host::BaseObject& volume) {
   const QString cache = identity(volume);
-  if (cache.isEmpty()) return {};
+  if (cache.isEmpty()) return Outcome::success();
   const auto* other = find_sharer(volume.GetDocument().GetFirstObject(), volume, cache);
-  if (!other) return {};
-  return "its cache " + cache.toStdString() + " is also that of volume \"" + other->GetName() +
-         "\": give each a cache_name of its own, or another name";
+  if (!other) return Outcome::success();
+  return Outcome::failure("its cache " + cache.toStdString() + " is also that of volume \"" +
+                          other->GetName() +
+                          "\": give each a cache_name of its own, or another name");
 }
 
 bool must_ask_about_cache(const host::BaseObject& volume) {
   return preference(PREF_ASK_AUTOSAVE) && has_autosave(volume);
 }
 
-bool move_to_new_cache(host::BaseObject& volume) {
+bool make_room(host::BaseObject& volume, RunFrontEnd& front_end) {
+  const OldCache choice = front_end.ask_about_cache(load_string(10085), load_string(10086));
+  if (choice == OldCache::kStop) return false;
+  if (choice == OldCache::kOverwrite) return true;
   set_cache_dir_data(volume, {cache_dir_data(volume).base, ""});
-  return !make_cache(volume).empty();
+  if (!make_cache(volume).empty()) return true;
+  front_end.refuse(load_string(10009), load_string(10012));
+  return false;
 }
 
 }  // namespace nbx

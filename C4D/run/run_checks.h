@@ -1,26 +1,29 @@
-// What can stand in the way of a run before it starts: a lock, another volume's claim on the cache,
-// the frames of an earlier run. A user's run and a render that simulates ask the same questions.
+// What can prevent a run: a volume that is gone, a lock, another volume that uses the same cache,
+// the frames of an earlier run. A user's run and a render that simulates check the same.
 #pragma once
 
-#include <string>
-
+#include "C4D/run/run_front_end.h"
 #include "host/interface/scene.h"
+#include "util/outcome.h"
 
 namespace nbx {
 
-/// Why no run may write into the volume's cache: OVOLUME_CACHE_LOCK is on, or the folder holds the
-/// lock file. Empty if it isn't locked.
-std::string what_locks(const host::BaseObject& volume);
+/// A failure if the cache is locked, because OVOLUME_CACHE_LOCK is on or the folder holds the lock
+/// file: no run may write into it.
+Outcome check_unlocked(const host::BaseObject& volume);
 
-/// The error, with its cure, if another volume of the scene that is switched on keeps its frames in
-/// the same folder. Empty if the cache is the volume's own.
-std::string what_shares_cache(const host::BaseObject& volume);
+/// A failure if the volume is null, isn't in its document any more, or has a locked cache.
+Outcome check_can_run(const host::BaseObject* volume);
 
-/// True if the user is to be asked before a run goes over what the cache holds.
+/// A failure, with the cure, if another volume of the scene that is switched on keeps its frames in
+/// the same folder.
+Outcome check_own_cache(const host::BaseObject& volume);
+
+/// True if the cache holds an earlier run that the user wants to be asked about.
 bool must_ask_about_cache(const host::BaseObject& volume);
 
-/// Gives the volume a new cache, beside the one that it has. False, after a log line, if none can
-/// be made.
-bool move_to_new_cache(host::BaseObject& volume);
+/// Asks what to do with that run, and gives the volume a new cache if it is to stay. False if there
+/// is to be no run; the user knows why.
+bool make_room(host::BaseObject& volume, RunFrontEnd& front_end);
 
 }  // namespace nbx

@@ -1,11 +1,24 @@
-// What ended a run, as one line.
+// The door at which the exceptions of a run stop.
 #pragma once
 
 #include <string>
 
+#include "util/log.h"
+#include "util/outcome.h"
+
 namespace nbx {
 
-/// The line for the exception that is being handled; to be called in a catch clause.
+/// The line for the exception that is being handled. Only in a catch clause.
 std::string run_failure();
+
+/// What `part`, a part of a run, returns. If it throws, a failure, after a log line.
+template <class Part>
+Outcome guarded(const Part& part) try {
+  return part();
+} catch (...) {
+  const std::string failure = run_failure();
+  LogMessage() << failure;
+  return Outcome::failure(failure);
+}
 
 }  // namespace nbx

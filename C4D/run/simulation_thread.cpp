@@ -1,139 +1,98 @@
 #include "C4D/run/simulation_thread.h"
 
-#include <omp.h>
-
+#include "C4D/run/earlier_run.h"
+#include "C4D/run/run_checks.h"
 #include "C4D/run/run_failure.h"
 #include "C4D/services/host_access.h"
-#include "C4D/services/host_conversion.h"
-#include "C4D/settings/scene_settings.h"
-#include "math/field_pool.h"
-#include "util/cuda_use_flags.h"
+#include "C4D/services/load_string.h"
+#include "C4D/settings/volume_cache.h"
+#include "host/interface/camera.h"
 #include "util/log.h"
 
 namespace nbx {
 
+namespace {
+
+SimulationThread* users_thread = nullptr;
+
+bool renders_at_another_rate(const host::BaseDocument& document) {
+  const double rate =
+      document.GetActiveRenderData().GetDataInstance().GetReal(host::RENDER_FRAME_RATE);
+  std::string ignored;
+  return rate > 0 && host::FrameRate::FromReal(rate, ignored) != document.GetFps();
+}
+
+}  // namespace
+
+SimulationThread* simulation_thread() { return users_thread; }
+void set_simulation_thread(SimulationThread* thread) { users_thread = thread; }
+
+SimulationThread::~SimulationThread() {
+  stop(true);
+  End(true);
+}
+
+bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_run,
+                                        RunFrontEnd& front_end, std::optional<int> at_most) {
+  const auto refuse = [&front_end](int title, int text) {
+    front_end.refuse(load_string(title), load_string(text));
+    return false;
+  };
+  if (!object) return refuse(10043, 10044);
+  if (const Outcome unlocked = check_unlocked(*object); !unlocked) {
+    front_end.refuse(load_string(10093) + " (" + unlocked.reason() + ")", load_string(10094));
+    return false;
+  }
+  if (IsRunning()) {
+    if (!front_end.ask_to_stop(load_string(10028), load_string(10029))) return false;
+    stop(true);
+  }
+  End(true);
+  std::optional<RunOrigin> origin = continue_run ? continue_earlier_run(*object, at_most, front_end)
+                                                 : settle_with_earlier_run(*object, front_end);
+  if (!origin) return false;
+  if (renders_at_another_rate(object->GetDocument()))
+    front_end.message(load_string(10119), load_string(10118));
+  autosave(*object);
+
+  run_.reset();
+  front_end_.emplace(front_end, *this);
+  run_.emplace(object, std::move(*origin), *front_end_);
+  outcome_ = Outcome::success();
+  return Start();
+}
+
 void SimulationThread::stop(bool at_once) {
-  stop_at_frame_end_ = true;
-  if (!at_once) return;
-  stop_now_ = true;
-  answer(false);
+  if (front_end_) front_end_->stop(at_once);
 }
 
 void SimulationThread::answer(bool yes) {
-  question_answer_ = yes;
-  question_done_.release();
+  if (front_end_) front_end_->answer(yes);
+}
+
+void SimulationThread::stop_at_shutdown() {
+  if (!IsRunning()) return;
+  LogMessage() << "waiting for sim thread to terminate";
+  stop(true);
+  End(false);
 }
 
 std::shared_ptr<Simulation3D> SimulationThread::simulation() {
-  const std::lock_guard lock(sim_lock_);
-  return sim_;
+  return run_ ? run_->simulation() : nullptr;
 }
 
 void SimulationThread::Main() {
-  omp_set_num_threads(dialog_->threads() > 0 ? dialog_->threads() : omp_get_num_procs());
-  try {
-    if (prepare_sim(object_link_, nullptr))
-      while (running_ && !stop_at_frame_end_ && fraction_less(time_.time, end_time_.time)) step();
-    reached_end_ = running_ && !fraction_less(time_.time, end_time_.time);
-  } catch (...) {
-    failure_ = run_failure();
-    LogMessage() << failure_;
-  }
-  try {
-    cleanup();
-  } catch (...) {
-    failure_ = run_failure();
-    LogMessage() << failure_;
-    post_event(kSimulationEvent, kEventFinished);
-  }
+  outcome_ = guarded([this] { return prepare_and_step(); });
+  const Outcome finished = guarded([this] { return run_->finish(); });
+  if (outcome_) outcome_ = finished;
+  post_event(kSimulationEvent, kEventFinished);
 }
 
-bool SimulationThread::step() {
-  if (!evaluate_at(to_base_time(time_.time))) stop(true);
-  sim_->clock.sim_time.length = time_.length * time_scale(*object_);
-  sim_->update(*this, time_, this);
-  if (sim_->steps_remaining() > 0) return false;
-  if (dialog_) dialog_->frame_done(time_, *sim_);
-  report_lost();
-  save_state_if_due();
-  return true;
-}
-
-bool SimulationThread::progress(int done, int total) {
-  if (dialog_) dialog_->progress(time_, *sim_, done, total);
-  frame_done_ = done == total;
-  if (evaluating_thread()->TestBreak()) stop(true);
-  if (stop_at_frame_end_ && frame_done_) stop_now_ = true;
-  return !stop_now_;
-}
-
-void SimulationThread::substep_done(const Simulation3D& sim) {
-  if (dialog_) dialog_->substep_done(time_, sim);
-}
-
-void SimulationThread::report_lost() {
-  if (dialog_) dialog_->frames_lost(sim_->sink.target_cache->take_lost_frames());
-}
-
-void SimulationThread::cleanup() {
-  if (sim_ && sim_->sink.target_cache) {
-    if (frame_done_) save_last_state();
-    if (!sim_->sink.target_cache->finish_writes() && failure_.empty())
-      failure_ = "frames wait to be saved: " + sim_->sink.target_cache->last_error();
-    report_lost();
-  }
-  {
-    const std::lock_guard lock(sim_lock_);
-    sim_.reset();
-  }
-  forget_scene();
-  running_ = frame_done_ = false;
-  field_pool().release_unused();
-  LogMessage() << "SparseBlocks: " << block_pool().drop_unused().known;
-  mem_stats();
-  if (!render_thread_) post_event(kSimulationEvent, kEventFinished);
-}
-
-void SimulationThread::forget_scene() {
-  object_ = nullptr;
-  source_tags_.clear();
-  emitters_.reset();
-  solids_.reset();
-  state_.reset();
-  own_states_.clear();
-  continued_from_.reset();
-}
-
-bool SimulationThread::evaluate_at(const host::BaseTime& time) {
-  host::BaseDocument& document = object_->GetDocument();
-  document.SetTime(time);
-  return document.ExecutePasses(evaluating_thread(), true, true, true);
-}
-
-StepSettings SimulationThread::read_settings(const RunView& run, double dt) {
-  if (dialog_) set_device(cuda_use_flags(), dialog_->device());
-  return read_step_settings(run, *object_, dt);
-}
-
-void SimulationThread::update_inputs(const RunView& run, StepSources& sources, double dt) {
-  emitters_->update_inputs(run, sources, time_.time.value(), dt);
-}
-
-Solids SimulationThread::update_solids(const RunView& run, double dt) {
-  return solids_->update_solids(run, dt);
-}
-
-SimulationThread& simulation_thread() {
-  static SimulationThread thread;
-  return thread;
-}
-
-void stop_at_shutdown() {
-  SimulationThread& thread = simulation_thread();
-  if (!thread.IsRunning()) return;
-  LogMessage() << "waiting for sim thread to terminate";
-  thread.stop(true);
-  thread.End(false);  // breaks off an evaluation of the document too
+Outcome SimulationThread::prepare_and_step() {
+  const Outcome prepared = run_->prepare();
+  if (!prepared) post_event(kSimulationEvent, kEventGaveUp);
+  while (run_->goes_on()) run_->step();
+  return prepared;
 }
 
 }  // namespace nbx

@@ -7,13 +7,21 @@
 
 namespace host {
 
+/// Asked by long operations whether they should end early.
+class BreakTest {
+ public:
+  virtual ~BreakTest() = default;
+  /// True once the operation should end. Any thread.
+  virtual bool TestBreak() const = 0;
+};
+
 /// Derive, give Main a body, Start it. Start, End and the destructor belong to one owner thread;
 /// IsRunning and TestBreak may be called from anywhere. A derived class must call End(true) in its
 /// own destructor, before its members go.
-class C4DThread {
+class C4DThread : public BreakTest {
  public:
   C4DThread() = default;
-  virtual ~C4DThread() { End(true); }
+  ~C4DThread() override { End(true); }
   C4DThread(const C4DThread&) = delete;
   C4DThread& operator=(const C4DThread&) = delete;
 
@@ -39,9 +47,8 @@ class C4DThread {
   /// True from Start until Main has returned.
   bool IsRunning() const { return running_; }
 
-  /// True once End was called: Main should return soon. A class that stands for a thread of the
-  /// host's asks the host instead.
-  virtual bool TestBreak() const { return stop_; }
+  /// True once End was called: Main should return soon.
+  bool TestBreak() const final { return stop_; }
 
   virtual std::string GetThreadName() const = 0;
 

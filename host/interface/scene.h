@@ -256,9 +256,9 @@ class BaseDocument {
   /// their keyframes and meshes into their shapes; `expressions` has no work; `caches` lets
   /// generators make their polygons and brings particles to the time. Particles depend on the
   /// document and the time alone, not on the times that were asked for before.
-  /// `thread` is the caller's, null on the main thread. False if its break test fires, with the
-  /// scene half evaluated.
-  virtual bool ExecutePasses(const C4DThread* thread, bool animation, bool expressions,
+  /// False if `breaks`, which may be null, wants the evaluation to end; the scene is then half
+  /// evaluated.
+  virtual bool ExecutePasses(const BreakTest* breaks, bool animation, bool expressions,
                              bool caches) = 0;
 
   /// The first object of the tree; null in an empty document.

@@ -42,15 +42,15 @@ Document::Document() : render_(std::make_unique<SceneRender>()) {
   static_cast<void>(Init(*render_, *RenderClasses().Find(kRenderData), *this));
 }
 
-bool Document::ExecutePasses(const C4DThread* thread, bool animation, bool, bool caches) {
+bool Document::ExecutePasses(const BreakTest* breaks, bool animation, bool, bool caches) {
   const double frame = time_.GetFramePosition(fps);
-  if (thread && thread->TestBreak()) return false;
+  if (breaks && breaks->TestBreak()) return false;
   if (animation) Animate(frame);
   if (!caches) return true;
   for (std::size_t i = 0; i < shaders_.size(); ++i)
     shaders_[i]->Update("textures[" + std::to_string(i) + "]");
   for (SceneObject* object : AllObjects()) object->UpdateCache();
-  return particle_run_.Update(*this, thread);
+  return particle_run_.Update(*this, breaks);
 }
 
 void Document::Animate(double frame) {

@@ -28,7 +28,7 @@ class Document final : public BaseDocument {
   BaseTime GetLoopMaxTime() const override { return BaseTime::FromFrame(preview_end, fps); }
   BaseTime GetTime() const override { return time_; }
   void SetTime(const BaseTime& time) override { time_ = time; }
-  bool ExecutePasses(const C4DThread* thread, bool animation, bool expressions,
+  bool ExecutePasses(const BreakTest* breaks, bool animation, bool expressions,
                      bool caches) override;
   SceneObject* GetFirstObject() const override {
     return objects_.empty() ? nullptr : objects_.front().get();

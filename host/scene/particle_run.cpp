@@ -149,7 +149,7 @@ void ParticleRun::GoOn(Document& document) {
   ++frame_;
 }
 
-bool ParticleRun::Update(Document& document, const C4DThread* thread) {
+bool ParticleRun::Update(Document& document, const BreakTest* breaks) {
   std::vector<SceneObject*> emitters, systems;
   for (SceneObject* object : document.AllObjects()) {
     object->particles.clear();
@@ -169,7 +169,7 @@ bool ParticleRun::Update(Document& document, const C4DThread* thread) {
   while (!stopped && frame_ + 1 <= target) {
     stand_at(frame_);
     GoOn(document);
-    stopped = thread && thread->TestBreak();
+    stopped = breaks && breaks->TestBreak();
   }
   const bool back = target < frame_ && !before_.empty();
   const double from = back ? frame_ - 1 : frame_;

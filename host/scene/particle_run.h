@@ -23,8 +23,9 @@ class Document;
 class ParticleRun {
  public:
   /// Fills the particles of all emitters and systems of the document for its time, at which it must
-  /// stand evaluated, and does again afterwards. False if the thread's break test fires.
-  bool Update(Document& document, const C4DThread* thread);
+  /// stand evaluated, and does again afterwards. False if `breaks`, which may be null, wants the
+  /// end.
+  bool Update(Document& document, const BreakTest* breaks);
 
   /// No emitter holds more particles at once; further ones aren't born.
   static constexpr std::size_t kMostParticles = 10'000'000;

@@ -1,4 +1,4 @@
-// Runs that stop and go on, and runs that are refused.
+// Runs that stop and continue, and runs that are refused.
 #include <algorithm>
 #include <set>
 
@@ -112,17 +112,17 @@ TEST_F(Continue, TellsWhatChangedAndRefusesWhatWouldLoseARun) {
                                   "\"cache_velocity\": true, \"vorticity\": 3");
   ASSERT_EQ(simulate(path, 4, "cache", {"continue"}), host::kDone);
   EXPECT_TRUE(warned("fire.vorticity (0, now 3)"));
-  EXPECT_TRUE(warned("the frames before hold other things: fire.cache_velocity"));
+  EXPECT_TRUE(warned("the earlier frames were stored with other settings: fire.cache_velocity"));
   EXPECT_EQ(context_->all<std::int64_t>("end", "frames").at(0), 2);
 
   // States that can't be read are passed over, one after the other.
   const std::string bytes = test::read_file(state);
   std::ofstream(state, std::ios::binary) << bytes.substr(0, bytes.size() / 2);
   ASSERT_EQ(simulate(path, 4, "cache", {"continue"}), host::kDone);
-  EXPECT_TRUE(warned("the run goes on from frame 3")) << context_->warnings.at(0);
+  EXPECT_TRUE(warned("the run continues from frame 3")) << context_->warnings.at(0);
   EXPECT_EQ(simulate(path, 4, "cache", {}, "1"), host::kFailed);
   EXPECT_TRUE(
-      refused("no state to go on from at or before frame 1: the first state is that of "
+      refused("no state to continue from at or before frame 1: the first state is that of "
               "frame 3: give --overwrite"));
   for (const std::string& name : states("cache")) fs::remove(folder_.file("cache/" + name));
   EXPECT_EQ(simulate(path, 4, "cache", {"continue", "yes"}), host::kFailed);
@@ -150,7 +150,7 @@ TEST_F(Continue, QuestionsAreAnsweredByOptions) {
   EXPECT_EQ(simulate(path, 1, "cache"), host::kFailed);
   EXPECT_TRUE(refused("give --overwrite"));
 
-  // A finished run whose end moves out goes on; with anything else changed it is asked about.
+  // A finished run whose end moves out is extended; with anything else changed the user is asked.
   ASSERT_EQ(simulate(path, 2, "cache"), host::kDone);
   EXPECT_EQ(first_frame(), 2);
   ASSERT_EQ(simulate(path, 2, "whole"), host::kDone);
@@ -198,13 +198,13 @@ TEST_F(Continue, StartsFromOrdinaryFrames) {
   ASSERT_EQ(simulate(path, 4, "still", {}, path_still), host::kDone);
   EXPECT_TRUE(warned("still.bcf holds no velocity"));
 
-  // One without whole grids goes on empty at its time, or doesn't change a run that starts at its
-  // own.
+  // A state without whole grids continues without gas at its time, or doesn't change a run that
+  // starts at its own.
   empty.frameTime = {{3, 24}, {1, 24}};
   empty.add(acquire_field({2, 2, 2}), kGridDensity, {0, 0, 0}, {});
   ASSERT_GT(empty.write(path_empty, Codec::kRaw), 0u);
   ASSERT_EQ(simulate(path, 4, "empty", {}, path_empty), host::kDone);
-  EXPECT_TRUE(warned("less than 3 voxels: the run goes on without gas"));
+  EXPECT_TRUE(warned("less than 3 voxels: the run continues without gas"));
   EXPECT_EQ(first_frame(), 4);
   const std::string text = test::read_file(path);
   std::ofstream(path) << replaced(text, R"("cache_velocity")",

@@ -158,7 +158,7 @@ TEST_F(Plugin, InterruptsAndShutdownEndTheRunAtTheFrameOrAtOnce) {
               std::vector<std::string>{"interrupted"});
     const auto files = frame_files(cache);
     EXPECT_EQ(files.size(), whole_frames + (interrupts == 1 ? 1 : 0));
-    // The state to go on from is that of the last frame, and none is made of half a frame.
+    // The saved state is that of the last frame, and half a frame leaves none.
     const std::string state = folder_.file(cache + "/LastSimState.bcf");
     ASSERT_EQ(fs::exists(state), interrupts == 1);
     if (interrupts == 1) {

@@ -1,4 +1,4 @@
-#include "C4D/run/state_notes.h"
+#include "C4D/run/states/state_notes.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -23,7 +23,7 @@ QJsonObject to_json(const SceneValues& scene) {
   return values;
 }
 
-// A generator is what the standard library makes of it in a stream: some 6000 digits.
+// The standard library writes a generator into a stream as some 6000 digits.
 QString to_json(const std::mt19937& rng) {
   std::ostringstream text;
   text.imbue(std::locale::classic());
@@ -75,7 +75,7 @@ QJsonObject notes_in(const QString& path) {
   return QJsonDocument::fromJson(file.readAll()).object();
 }
 
-// Notes of earlier versions don't know the size of their state.
+// Notes of earlier versions don't hold the size of their state.
 bool belong_to(const QJsonObject& notes, const StateKey& key) {
   Fraction time;
   return take(notes["time"], time) && time == key.time.time &&

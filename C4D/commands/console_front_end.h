@@ -1,34 +1,36 @@
-// A run's dialog for the command line: options answer the questions, progress is a line, and
-// programs get events.
+// The front end of a run on the command line: options answer the questions, progress is a line of
+// text, and other programs get events.
 #pragma once
 
-#include <atomic>
 #include <optional>
 #include <string>
 
 #include "C4D/commands/run_report.h"
-#include "C4D/run/run_dialog.h"
+#include "C4D/run/run_front_end.h"
 #include "host/interface/command_data.h"
+#include "util/outcome.h"
 
 namespace nbx {
 
-class CommandDialog final : public RunDialog {
+class ConsoleFrontEnd final : public RunFrontEnd {
  public:
-  /// `subject` stands before each message: which scene, and which volume in it.
-  CommandDialog(const host::CommandArguments& arguments, host::CommandContext& context,
-                std::string subject);
+  /// Each message begins with `subject`: the scene and the volume in it.
+  ConsoleFrontEnd(const host::CommandArguments& arguments, host::CommandContext& context,
+                  std::string subject);
 
   void refuse(const std::string& title, const std::string& text) override;
   void message(const std::string& title, const std::string& text) override;
   bool ask_to_stop(const std::string&, const std::string&) override { return false; }
   OldCache ask_about_cache(const std::string& title, const std::string& text) override;
-  bool may_go_on(const std::string& text) override;
+  bool may_extend(const std::string& text) override;
   bool may_start_over(const std::string& why) override;
-  /// The question that a run asks while it prepares, on the main thread.
-  bool ask_to_go_on(const std::string& question);
 
-  int device() const override { return device_; }
+  bool may_exceed_memory(const std::string& question) override;
+  Stop wanted_stop() const override { return Stop::kNo; }  // an interrupt stops the thread
+  std::optional<int> device() const override { return device_; }
   int threads() const override { return threads_; }
+
+  void opened(const std::string&) override {}
   void started(const RunPlan& plan) override;
   void warn(const std::string& text) override { context_.Warning(text); }
   void progress(const FrameTime& time, const Simulation3D& sim, int done, int total) override;
@@ -36,8 +38,8 @@ class CommandDialog final : public RunDialog {
   void frame_done(const FrameTime& time, Simulation3D& sim) override;
   void frames_lost(const std::vector<LostFrame>& frames) override;
 
-  /// After the end of the run's thread: tells how it went. `failure` is empty if nothing failed.
-  host::ExitCode finish(const std::string& failure, bool reached_end);
+  /// After the end of the run's thread: reports the result.
+  host::ExitCode finish(const Outcome& outcome, bool reached_end);
 
  private:
   const host::CommandArguments& arguments_;
@@ -45,7 +47,7 @@ class CommandDialog final : public RunDialog {
   const std::string subject_;
   const int device_, threads_;
   RunPlan plan_;
-  std::optional<RunReport> report_;  // from the start of the frames on
+  std::optional<RunReport> report_;  // once the run has started
 };
 
 }  // namespace nbx

@@ -1,4 +1,4 @@
-#include "C4D/run/scene_values.h"
+#include "C4D/run/states/scene_values.h"
 
 #include <charconv>
 #include <cstring>
@@ -44,7 +44,7 @@ struct ValueText {
   }
   template <class Other>
   std::string operator()(const Other&) const {
-    return {};  // of no meaning to a simulation
+    return {};  // means nothing to a simulation
   }
 };
 
@@ -96,12 +96,12 @@ void add_object(SceneValues& values, host::BaseObject& object) {
     add_object(values, *child);
 }
 
-/// What frames hold of the simulation.
+/// They choose what frames hold.
 const std::set<std::int32_t> kFrameParameters{
     OVOLUME_CACHE_TEMPERATURE, OVOLUME_CACHE_FUEL,  OVOLUME_CACHE_DENSITY, OVOLUME_CACHE_VELOCITY,
     OVOLUME_CACHE_BURN,        OVOLUME_CACHE_SOLID, OVOLUME_MASK_SOLID};
 
-/// What neither the gas nor its course depend on.
+/// Parameters that the simulation doesn't depend on.
 std::set<std::int32_t> outside_of_the_simulation() {
   std::set<std::int32_t> ids = kFrameParameters;
   ids.insert({OVOLUME_TIME_MODE, OVOLUME_TIME_START, OVOLUME_TIME_END});

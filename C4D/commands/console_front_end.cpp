@@ -1,58 +1,58 @@
-#include "C4D/commands/command_dialog.h"
+#include "C4D/commands/console_front_end.h"
 
 #include "util/cuda_use_flags.h"
 
 namespace nbx {
 
-CommandDialog::CommandDialog(const host::CommandArguments& arguments, host::CommandContext& context,
-                             std::string subject)
+ConsoleFrontEnd::ConsoleFrontEnd(const host::CommandArguments& arguments,
+                                 host::CommandContext& context, std::string subject)
     : arguments_(arguments),
       context_(context),
       subject_(std::move(subject)),
       device_(cuda_use_flags().on_gpu() ? cuda_use_flags().device.load() : -1),
       threads_(arguments.GetLong("threads")) {}
 
-void CommandDialog::refuse(const std::string& title, const std::string& text) {
+void ConsoleFrontEnd::refuse(const std::string& title, const std::string& text) {
   context_.Error(subject_ + title + (text.empty() ? "" : ": " + text));
 }
 
-void CommandDialog::message(const std::string& title, const std::string& text) {
+void ConsoleFrontEnd::message(const std::string& title, const std::string& text) {
   context_.Warning(subject_ + title + ": " + text);
 }
 
-OldCache CommandDialog::ask_about_cache(const std::string& title, const std::string&) {
+OldCache ConsoleFrontEnd::ask_about_cache(const std::string& title, const std::string&) {
   if (arguments_.Has("new-cache")) return OldCache::kMakeNew;
   if (arguments_.Has("overwrite") || arguments_.Has("yes")) return OldCache::kOverwrite;
   context_.Error(subject_ + title +
                  ": give --overwrite to simulate over it, --new-cache to leave it alone, or "
-                 "--continue to go on from its end");
+                 "--continue to continue from its end");
   return OldCache::kStop;
 }
 
-bool CommandDialog::may_go_on(const std::string& text) {
+bool ConsoleFrontEnd::may_extend(const std::string& text) {
   if (arguments_.Has("overwrite") || arguments_.Has("new-cache")) return false;
   context_.Note(subject_ + text);
   return true;
 }
 
-// No answer to a question: --yes must not cost the earlier run.
-bool CommandDialog::may_start_over(const std::string& why) {
+// --yes isn't enough: it must not cost the earlier run.
+bool ConsoleFrontEnd::may_start_over(const std::string& why) {
   if (arguments_.Has("overwrite")) return true;
   context_.Error(subject_ + why + ": give --overwrite to simulate over the earlier run");
   return false;
 }
 
-bool CommandDialog::ask_to_go_on(const std::string& question) {
+bool ConsoleFrontEnd::may_exceed_memory(const std::string& question) {
   if (arguments_.Has("yes") || arguments_.Has("force")) {
     context_.Warning(subject_ + question);
     return true;
   }
   context_.Error(subject_ + question +
-                 ": make voxel_size larger or size smaller, or give --force to try it");
+                 ": make voxel_size larger or size smaller, or give --force to try");
   return false;
 }
 
-void CommandDialog::started(const RunPlan& plan) {
+void ConsoleFrontEnd::started(const RunPlan& plan) {
   plan_ = plan;
   report_.emplace(context_, std::max(plan.last - plan.first + 1, 0));
   context_.Event("start",
@@ -62,33 +62,34 @@ void CommandDialog::started(const RunPlan& plan) {
                   {"directory", plan.directory}});
 }
 
-void CommandDialog::progress(const FrameTime& time, const Simulation3D& sim, int done, int total) {
+void ConsoleFrontEnd::progress(const FrameTime& time, const Simulation3D& sim, int done,
+                               int total) {
   if (done < total) report_->step(time.frame(), sim.clock, sim.steps_remaining(), done, total);
 }
 
-void CommandDialog::substep_done(const FrameTime& time, const Simulation3D& sim) {
+void ConsoleFrontEnd::substep_done(const FrameTime& time, const Simulation3D& sim) {
   report_->substep(time.frame(), sim);
 }
 
-void CommandDialog::frame_done(const FrameTime& time, Simulation3D& sim) {
+void ConsoleFrontEnd::frame_done(const FrameTime& time, Simulation3D& sim) {
   report_->frame(time.frame(), sim);
 }
 
-void CommandDialog::frames_lost(const std::vector<LostFrame>& frames) {
+void ConsoleFrontEnd::frames_lost(const std::vector<LostFrame>& frames) {
   if (report_) report_->lost(frames);
 }
 
-host::ExitCode CommandDialog::finish(const std::string& failure, bool reached_end) {
+host::ExitCode ConsoleFrontEnd::finish(const Outcome& outcome, bool reached_end) {
   const int done = report_ ? report_->frames_done() : 0;
   const int stored = done - (report_ ? report_->frames_lost() : 0);
-  const char* const end = !failure.empty() ? "failed" : reached_end ? "done" : "interrupted";
+  const char* const end = !outcome ? "failed" : reached_end ? "done" : "interrupted";
   const std::string frames = std::to_string(stored) + (stored == 1 ? " frame" : " frames");
   context_.Event("end", {{"outcome", std::string(end)},
                          {"frames", std::int64_t{done}},
                          {"stored", std::int64_t{stored}},
                          {"seconds", report_ ? report_->seconds() : 0.0}});
-  if (!failure.empty()) {
-    context_.Error(subject_ + "the run failed after " + frames + ": " + failure);
+  if (!outcome) {
+    context_.Error(subject_ + "the run failed after " + frames + ": " + outcome.reason());
     return host::kFailed;
   }
   context_.Result(std::string(end) + ": " + frames + " in " + plan_.directory + report_->losses());

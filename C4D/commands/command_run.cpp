@@ -1,0 +1,124 @@
+#include "C4D/commands/command_run.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryFile>
+
+#include "C4D/commands/console_front_end.h"
+#include "C4D/parameters/parameter_reader.h"
+#include "C4D/parameters/volume_parameters.h"
+#include "C4D/run/run_checks.h"
+#include "C4D/settings/volume_cache.h"
+#include "C4D/settings/volume_grid.h"
+
+namespace nbx {
+
+namespace {
+
+std::string absolute(const std::string& path) {
+  return QDir::cleanPath(QFileInfo(QString::fromStdString(path)).absoluteFilePath()).toStdString();
+}
+
+/// Makes the folder if it is missing.
+Outcome check_writable(const std::string& directory) {
+  const QString folder = QString::fromStdString(directory);
+  const std::string subject = "the cache folder " + directory;
+  if (!QDir().mkpath(folder)) return Outcome::failure(subject + " can't be made");
+  QTemporaryFile probe(folder + "/XXXXXX.tmp");
+  if (probe.open()) return Outcome::success();
+  return Outcome::failure(subject + " can't be written: " + probe.errorString().toStdString());
+}
+
+}  // namespace
+
+CommandRun::CommandRun(const host::CommandArguments& arguments, host::CommandContext& context,
+                       host::BaseObject& volume)
+    : arguments_(arguments),
+      context_(context),
+      volume_(volume),
+      parameters_(volume.GetDataInstance()),
+      subject_(volume.GetDocument().GetDocumentName() + ": volume \"" + volume.GetName() + "\": ") {
+}
+
+int CommandRun::run() {
+  for (const auto step : {&CommandRun::take_frames, &CommandRun::take_state,
+                          &CommandRun::check_scene, &CommandRun::take_cache})
+    if (const Outcome good = (this->*step)(); !good) {
+      context_.Error(subject_ + good.reason());
+      return host::kBadInput;
+    }
+  ConsoleFrontEnd front_end(arguments_, context_, subject_);
+  SimulationThread& thread = *simulation_thread();
+  std::optional<int> from;
+  if (!arguments_.GetStrings("continue").empty()) from = arguments_.GetLong("continue");
+  if (!thread.start_simulation(&volume_, arguments_.Has("continue"), front_end, from))
+    return host::kFailed;
+  wait(thread, front_end);
+  return front_end.finish(thread.outcome(), thread.reached_end());
+}
+
+Outcome CommandRun::take_frames() {
+  const auto& frames = arguments_.GetFrames("frames");
+  if (frames.empty()) return Outcome::success();
+  const std::int32_t first = frames.front(), last = frames.back();
+  if (std::int64_t{last} - first + 1 != std::ssize(frames))
+    return Outcome::failure("--frames: a simulation includes every frame: give FIRST-LAST");
+  const host::FrameRate fps = volume_.GetDocument().GetFps();
+  parameters_.SetLong(OVOLUME_TIME_MODE, OVOLUME_TIME_OWN_RANGE);
+  parameters_.SetTime(OVOLUME_TIME_START, host::BaseTime::FromFrame(first, fps));
+  parameters_.SetTime(OVOLUME_TIME_END, host::BaseTime::FromFrame(last, fps));
+  return Outcome::success();
+}
+
+Outcome CommandRun::take_state() {
+  if (!arguments_.Has("start-from")) return Outcome::success();
+  const std::string path = absolute(arguments_.GetString("start-from"));
+  if (arguments_.Has("continue"))
+    return Outcome::failure("--continue and --start-from exclude each other");
+  if (!QFileInfo(QString::fromStdString(path)).isFile())
+    return Outcome::failure("--start-from: there is no file " + path);
+  parameters_.SetBool(OVOLUME_LOAD_STATE, true);
+  parameters_.SetFilename(OVOLUME_STATE_FILE, {path});
+  return Outcome::success();
+}
+
+/// Nothing is written before the whole scene is known to be good.
+Outcome CommandRun::check_scene() {
+  const double voxel_size = ParameterReader(volume_).real(OVOLUME_VOXEL_SIZE);
+  if (!(voxel_size > 0)) return Outcome::failure("voxel_size must be above 0");
+  const TimeRange range = time_range(volume_);
+  if (range.end < range.start) return Outcome::failure("the last frame is before the first");
+  host::BaseDocument& document = volume_.GetDocument();
+  document.SetTime(range.start);
+  document.ExecutePasses(nullptr, true, true, true);
+  const std::string domain = what_is_wrong(volume_grid(volume_, voxel_size));
+  return domain.empty() ? Outcome::success() : Outcome::failure(domain);
+}
+
+/// A cache with a known place is made here, so that errors name its path.
+Outcome CommandRun::take_cache() {
+  const std::string directory =
+      arguments_.Has("cache") ? absolute(arguments_.GetString("cache")) : named_cache(volume_);
+  if (directory.empty()) return Outcome::success();  // the run makes a new one
+  parameters_.SetFilename(OVOLUME_CACHE_NAME, {directory});
+  if (Outcome own = check_own_cache(volume_); !own) return own;
+  if (!check_unlocked(volume_)) return Outcome::success();  // start_simulation refuses
+  return check_writable(directory);
+}
+
+/// Returns when the thread has ended.
+void CommandRun::wait(SimulationThread& thread, RunFrontEnd& front_end) {
+  for (bool finished = false; !finished;) {
+    host::SpecialEvent event;
+    if (!context_.WaitEvent(event)) {
+      if (const int interrupts = context_.Interrupts()) thread.stop(interrupts > 1);
+    } else if (event.id == kSimulationEvent) {
+      if (event.code == kEventAsk)
+        thread.answer(front_end.may_exceed_memory(event.record.GetString(1)));
+      finished = event.code == kEventFinished;
+    }
+  }
+  thread.End(true);
+}
+
+}  // namespace nbx

@@ -1,0 +1,30 @@
+// The front end of a run that a render carries along.
+#pragma once
+
+#include <string>
+
+#include "C4D/run/silent_front_end.h"
+#include "host/interface/video_post.h"
+
+namespace nbx {
+
+/// Ends the run with the render, and asks the render's user about an earlier run.
+class RenderFrontEnd final : public SilentFrontEnd {
+ public:
+  RenderFrontEnd(const host::BaseObject& volume, host::BaseRender& render)
+      : volume_(volume), render_(render) {}
+
+  void refuse(const std::string& title, const std::string& text) override;
+  OldCache ask_about_cache(const std::string& title, const std::string& text) override;
+  Stop wanted_stop() const override { return render_.TestBreak() ? Stop::kNow : Stop::kNo; }
+  int threads() const override { return render_.GetThreadCount(); }
+
+ private:
+  const host::BaseObject& volume_;
+  host::BaseRender& render_;
+};
+
+/// `volume "smoke": `, the start of messages about a volume.
+std::string subject(const host::BaseObject& volume);
+
+}  // namespace nbx

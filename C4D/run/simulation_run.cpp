@@ -1,0 +1,168 @@
+#include "C4D/run/simulation_run.h"
+
+#include <omp.h>
+
+#include "C4D/run/domain_checks.h"
+#include "C4D/run/run_cache.h"
+#include "C4D/run/run_checks.h"
+#include "C4D/run/state_loader.h"
+#include "C4D/services/host_conversion.h"
+#include "C4D/settings/scene_settings.h"
+#include "C4D/settings/volume_cache.h"
+#include "C4D/settings/volume_grid.h"
+#include "math/field_pool.h"
+#include "util/cuda_use_flags.h"
+#include "util/log.h"
+
+namespace nbx {
+
+Outcome SimulationRun::prepare() {
+  omp_set_num_threads(front_end_.threads() > 0 ? front_end_.threads() : omp_get_num_procs());
+  mem_stats();
+  const Outcome prepared = prepare_in_order();
+  if (!prepared) LogMessage() << prepared.reason();
+  return prepared;
+}
+
+// Where the front end wants to stop now, the run is left unprepared, which is no failure.
+Outcome SimulationRun::prepare_in_order() {
+  // The user may have removed or locked the volume since the start.
+  if (Outcome can = check_can_run(volume_); !can) return can;
+  // Fields of an earlier run must not take memory from this one, and new ones live on the device.
+  make_simulation();
+  // A run without a place for its frames ends before it costs anything.
+  sim_->sink.target_cache = open_run_cache(*volume_);
+  if (!sim_->sink.target_cache) return Outcome::failure("Failed to create cache for sim");
+  front_end_.opened(volume_->GetName());
+  // Channels and voxel size, which everything after this depends on.
+  read_run_settings(sim_->params, sim_->sink, *volume_);
+  // The tags that are enabled before the document moves are those of the whole run.
+  open_scene();
+  // The domain may be animated: it is that of the start.
+  if (!scene_->evaluate_at(time_range(*volume_).start)) return Outcome::success();
+  // The size of the domain decides about memory, so it comes before the first field.
+  const VolumeGrid grid = volume_grid(*volume_, sim_->params.voxel_size);
+  if (Outcome fits = take_domain(grid); !fits) return fits;
+
+  // The gas of a state gives the time that the run begins at.
+  StateLoader state(std::move(origin_), {*scene_, *sim_, times_, front_end_});
+  state.load();
+  report_start(grid, state.continued());
+  // The scene follows the gas to that time. Only then it can be compared with the state's.
+  if (!step_to_state()) return Outcome::success();
+  state.finish(*states_);
+  // The first frame needs all of it. A run that continues has it already.
+  if (!state.continued()) store_first_frame(state.is_new());
+  prepared_ = true;
+  return Outcome::success();
+}
+
+void SimulationRun::make_simulation() {
+  field_pool().release_unused();
+  block_pool().release_unused();
+  auto sim = std::make_shared<Simulation3D>();
+  {
+    const std::lock_guard lock(sim_lock_);
+    sim_ = std::move(sim);
+  }
+  cuda_use_flags().use_gpu = true;
+  if (const auto device = front_end_.device()) set_device(cuda_use_flags(), *device);
+}
+
+void SimulationRun::open_scene() {
+  times_ = run_times(*volume_);
+  sim_->clock.frame_duration = times_.start.length.value();
+  scene_.emplace(*volume_, times_, front_end_);
+  states_.emplace(RunParts{*scene_, *sim_, times_, front_end_});
+  if (sim_->params.simulated_channels.empty()) front_end_.warn("no channel is simulated");
+  if (!scene_->has_sources()) front_end_.warn("the scene has no enabled emitter tag");
+}
+
+Outcome SimulationRun::take_domain(const VolumeGrid& grid) {
+  if (Outcome possible = check_domain(grid); !possible) return possible;
+  Outcome fits = check_memory(sim_->params, sim_->sink, grid, scene_->has_solids());
+  return fits || front_end_.may_exceed_memory(fits.reason()) ? Outcome::success() : fits;
+}
+
+void SimulationRun::report_start(const VolumeGrid& grid, bool continued) {
+  BFS& cache = *sim_->sink.target_cache;
+  const int now = times_.now.frame();
+  cache.recount_bytes(now);
+  front_end_.started(
+      {continued ? now + 1 : now, times_.end.frame(), grid.dims(), cache.directory()});
+}
+
+bool SimulationRun::step_to_state() {
+  if (fraction_less(times_.start.time, times_.now.time) &&
+      !scene_->pre_roll(sim_->params.voxel_size))
+    return false;
+  return scene_->evaluate_at(to_base_time(times_.now.time));
+}
+
+void SimulationRun::store_first_frame(bool with_sources) {
+  if (with_sources)
+    sim_->start(*scene_, times_.now);
+  else
+    sim_->store_frame(times_.now, 0);
+  front_end_.frame_done(times_.now, *sim_);
+  report_lost();
+}
+
+bool SimulationRun::step() {
+  // If the evaluation is broken off, the update ends at its first check.
+  scene_->evaluate_at(to_base_time(times_.now.time));
+  sim_->clock.sim_time.length = times_.now.length * time_scale(*volume_);
+  sim_->update(*scene_, times_.now, this);
+  if (sim_->steps_remaining() > 0) return false;
+  front_end_.frame_done(times_.now, *sim_);
+  report_lost();
+  states_->save_if_due();
+  return true;
+}
+
+bool SimulationRun::goes_on() const {
+  return prepared_ && !times_.at_end() && front_end_.wanted_stop() == Stop::kNo;
+}
+
+bool SimulationRun::progress(int done, int total) {
+  front_end_.progress(times_.now, *sim_, done, total);
+  frame_done_ = done == total;
+  const Stop stop = front_end_.wanted_stop();
+  return stop == Stop::kNo || (stop == Stop::kAtFrameEnd && !frame_done_);
+}
+
+void SimulationRun::substep_done(const Simulation3D& sim) {
+  front_end_.substep_done(times_.now, sim);
+}
+
+void SimulationRun::report_lost() {
+  front_end_.frames_lost(sim_->sink.target_cache->take_lost_frames());
+}
+
+Outcome SimulationRun::finish() {
+  Outcome saved = Outcome::success();
+  if (sim_ && sim_->sink.target_cache) {
+    BFS& cache = *sim_->sink.target_cache;
+    if (frame_done_) states_->save_last();
+    if (!cache.finish_writes())
+      saved = Outcome::failure("frames wait to be saved: " + cache.last_error());
+    report_lost();
+  }
+  states_.reset();
+  scene_.reset();
+  {
+    const std::lock_guard lock(sim_lock_);
+    sim_.reset();
+  }
+  field_pool().release_unused();
+  LogMessage() << "SparseBlocks: " << block_pool().drop_unused().known;
+  mem_stats();
+  return saved;
+}
+
+std::shared_ptr<Simulation3D> SimulationRun::simulation() {
+  const std::lock_guard lock(sim_lock_);
+  return sim_;
+}
+
+}  // namespace nbx

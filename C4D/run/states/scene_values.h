@@ -1,0 +1,26 @@
+// The values of a scene that a simulation depends on, as text under the names that users know. Two
+// runs are compared by them.
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "host/interface/scene.h"
+
+namespace nbx {
+
+/// Values by "object.parameter" at the document's time: the parameters of the volume that the
+/// simulation reads, and for each emitter its tag, its object and all objects below that, with
+/// parameters, matrix and a checksum of the points.
+using SceneValues = std::map<std::string, std::string>;
+
+SceneValues scene_values(host::BaseObject& volume);
+
+/// The parameters of the volume that choose what its frames hold.
+SceneValues frame_values(const host::BaseObject& volume);
+
+/// "smoke.vorticity (2, now 3), knot.density (1, now nothing)": the first few differences, and how
+/// many more there are. Empty if there are none.
+std::string differences(const SceneValues& then, const SceneValues& now);
+
+}  // namespace nbx
