@@ -11,10 +11,6 @@ namespace {
 
 thread_local bool query_open = false;
 
-Color to_color(const host::Vector& v) {
-  return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
-}
-
 }  // namespace
 
 bool C4DLighting::in_query() { return query_open; }

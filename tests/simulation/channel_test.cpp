@@ -216,7 +216,7 @@ TEST(Channel, SourcesAreAddedOrLiftTo) {
 using test::Sparse;
 
 /// A closed domain of 20 cells with density in all of it.
-struct GasRun : test::SceneRun {
+struct GasRun : test::BoxRun {
   GasRun() {
     sim.settings.simulated_channels = {kDensity};
     sim.settings.cached_channels = {kDensity, kSolid};

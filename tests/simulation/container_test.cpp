@@ -8,7 +8,7 @@ namespace nbx {
 namespace {
 
 // A puff of hot smoke in an open domain, given in the first frame and then left alone.
-struct PuffRun : test::SceneRun {
+struct PuffRun : test::BoxRun {
   PuffRun() {
     scene.domain = {32, 48, 32};
     scene.source = {{14, 10, 14}, {17, 13, 17}};

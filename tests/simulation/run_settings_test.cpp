@@ -96,7 +96,7 @@ TEST(RunSettings, ComponentsMoveAlongOneVelocity) {
 // In a uniform wind nothing happens but that the gas goes with it, in a box that goes along. The
 // first frame of a wind meets a box that was made without it.
 TEST(RunSettings, TheWindCarriesGasAndBox) {
-  test::SceneRun run;
+  test::BoxRun run;
   double speed = 1;
   run.scene.domain = {48, 12, 12};
   run.scene.source = {{6, 4, 4}, {9, 7, 7}};

@@ -56,8 +56,8 @@ void set_solids(Simulation3D& sim, Phi phi, float u) {
   sim.solids = {field(3), field(0), field(1), field(2)};
 }
 
-struct SceneRun {
-  SceneRun() {
+struct BoxRun {
+  BoxRun() {
     sim.settings.simulated_channels = {kDensity, kTemperature};
     sim.settings.cached_channels = {kDensity, kTemperature, kVelocity, kSecondVelocity};
     sim.settings.sim_time = sim.settings.start_time = time;

@@ -22,7 +22,7 @@ class StopFrom : public SimProgress {
 };
 
 // A closed box that takes density and heat from a small cube, like a scene with one emitter.
-struct SmokeRun : test::SceneRun {
+struct SmokeRun : test::BoxRun {
   explicit SmokeRun(int n = 16) {
     scene.domain = {n, n, n};
     scene.source = {{n / 2 - 2, 2, n / 2 - 2}, {n / 2 + 1, 5, n / 2 + 1}};
