@@ -5,6 +5,7 @@
 #include "host/base/json_place.h"
 #include "host/format/document_writer.h"
 #include "host/interface/material.h"
+#include "host/scene/builtin_classes.h"
 #include "tests/host/scene_support.h"
 
 namespace host::test {
@@ -84,6 +85,10 @@ TEST(Textures, ShowTheirColors) {
   EXPECT_EQ(sample(1, {-1, -1, 1}), (Vector{1, 0, 0}));
   EXPECT_EQ(sample(2, {9, 2, 9}), (Vector{0.25, 0.25, 0.25}));
   EXPECT_EQ(sample(2, {0, 99, 0}), (Vector{1, 1, 1}));
+
+  document->Shaders()[1]->GetDataInstance().SetVector(kShaderColorA, {0, 1, 0});
+  document->ExecutePasses(nullptr, true, true, true);
+  EXPECT_EQ(sample(1, {1, 1, 1}), (Vector{0, 1, 0})) << "a texture follows its parameters";
 
   // Noise: gray on average, with contrast, continuous in space and time.
   double sum = 0, squares = 0, step = 0;

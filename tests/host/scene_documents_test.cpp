@@ -21,6 +21,8 @@ TEST(SceneDocument, WritingGivesTheTextThatWasRead) {
     GoToFrame(*document, 5);
     EXPECT_EQ(WriteDocument(*document, "/"), text);
   }
+  const std::string plain = WriteDocument(*Read(R"({"materials": [{}]})"), "/");
+  EXPECT_NE(plain.find("[\n    {}\n  ]"), std::string::npos) << "objects are on their own lines";
 }
 
 TEST(SceneDocument, KeepsTheFormOfItsRate) {
@@ -105,14 +107,14 @@ TEST(WholeFile, ReplacesAFileOrLeavesItAlone) {
   std::ofstream(path) << "old";
   { WholeFile(path).Write("half"); }
   EXPECT_EQ(nbx::test::read_file(path), "old");
+  using Entry = std::filesystem::directory_iterator;
+  EXPECT_EQ(std::distance(Entry(folder.path()), Entry()), 1) << "a temporary file is left";
   {
     const WholeFile file(path);
     file.Write("new");
     file.Commit();
   }
   EXPECT_EQ(nbx::test::read_file(path), "new");
-  using Entry = std::filesystem::directory_iterator;
-  EXPECT_EQ(std::distance(Entry(folder.path()), Entry()), 1) << "a temporary file is left";
   EXPECT_THROW(WholeFile(folder.file("no/file")).Write("x"), std::filesystem::filesystem_error);
 }
 
