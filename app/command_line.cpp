@@ -21,75 +21,75 @@ OptionInfo Describe(CommonOption option) {
       return {.name = "frames",
               .type = OptionType::Frames,
               .value_name = "RANGE",
-              .help = "frames to work on: 0-100, 0-100x2 (every second), 1,5,9-12"};
+              .help = "Frames to process: 0-100, 0-100x2 (every second frame), 1,5,9-12"};
     case CommonOption::Object:
       return {.name = "object",
               .value_name = "NAME",
-              .help = "object to work on, where the scene has several"};
+              .help = "Object to process if the scene has several"};
     case CommonOption::Cache:
       return {.name = "cache",
               .value_name = "DIR",
-              .help = "folder that the frames lie in, made if missing"};
+              .help = "Folder of the frames; created if it is missing"};
     case CommonOption::Threads:
       return {.name = "threads",
               .type = OptionType::Long,
               .value_name = "N",
-              .help = "threads to compute with, default: one for each processor",
+              .help = "Number of threads; default: one per processor",
               .minimum = 1,
               .maximum = 4096};
     case CommonOption::Device:
       return {.name = "device",
               .type = OptionType::Device,
               .value_name = "DEVICE",
-              .help = "cpu, or the number of a GPU, default: cpu"};
+              .help = "cpu, or the number of a GPU; default: cpu"};
     case CommonOption::Fps:
-      return {.name = "fps",
-              .type = OptionType::Rate,
-              .value_name = "RATE",
-              .help =
-                  "frames per second, as 25, 29.97 or 30000/1001, where the scene is a model "
-                  "file with animation"};
+      return {
+          .name = "fps",
+          .type = OptionType::Rate,
+          .value_name = "RATE",
+          .help = "Frames per second, such as 25, 29.97 or 30000/1001, for an animated model file"};
     case CommonOption::Force:
-      return {.name = "force",
-              .type = OptionType::Flag,
-              .help =
-                  "begins work that is refused for its size: very many polygons, particles, "
-                  "samples, or voxels for the memory"};
+      return {
+          .name = "force",
+          .type = OptionType::Flag,
+          .help =
+              "Runs jobs that are refused for their size: too many polygons, particles or samples, "
+              "or more voxels than fit into memory"};
     case CommonOption::Set:
       break;
   }
   return {.name = "set",
           .value_name = "OBJECT.parameter=VALUE",
-          .help = "sets a parameter for all time; * stands for every object that has it",
+          .help = "Sets a parameter for the whole run; * means every object that has it",
           .repeatable = true};
 }
 
-/// The command's own options, the common ones that it takes, and those that all take.
+/// All options of a command: its own, the common ones that it uses, and those of every command.
 std::vector<OptionInfo> AllOptions(const host::CommandInfo& command) {
   std::vector<OptionInfo> options = command.options;
   for (const CommonOption common : command.common) options.push_back(Describe(common));
   options.push_back(
-      {.name = "quiet", .type = OptionType::Flag, .help = "no progress and no notes on stderr"});
+      {.name = "quiet", .type = OptionType::Flag, .help = "No progress and no notes on stderr"});
   options.push_back(
-      {.name = "json", .type = OptionType::Flag, .help = "results as JSON, one event a line"});
-  options.push_back({.name = "log-file", .value_name = "FILE", .help = "where the log goes"});
+      {.name = "json", .type = OptionType::Flag, .help = "Results as JSON, one event per line"});
+  options.push_back({.name = "log-file", .value_name = "FILE", .help = "Log file"});
   return options;
 }
 
-/// An option and the words that the line has for it.
+/// An option and its words from the command line.
 struct Slot {
   OptionInfo info;
   std::vector<std::string> words;
-  std::size_t count = 0;  ///< of mentions without a value
+  std::size_t count = 0;  ///< occurrences without a value
 };
 
-/// As it stands in the help.
+/// The name as shown in the help.
 std::string Shown(const OptionInfo& info) {
   if (!info.positional) return "--" + info.name;
   return info.value_name.empty() ? info.name : info.value_name;
 }
 
-/// The options' slots must stay where they are.
+/// The slots must not move afterwards: CLI11 keeps pointers to them.
 void AddOptions(CLI::App& line, std::deque<Slot>& slots) {
   for (Slot& slot : slots) {
     const OptionInfo& info = slot.info;
@@ -100,15 +100,15 @@ void AddOptions(CLI::App& line, std::deque<Slot>& slots) {
     CLI::Option* option = line.add_option(Shown(info), slot.words, info.help);
     const std::string value = info.value_optional ? "[" + info.value_name + "]" : info.value_name;
     option->type_name(info.positional ? "" : value)->required(info.required);
-    // Each mention takes one word, so that what follows can be a positional argument.
+    // Each occurrence takes one word, so that a positional argument can follow.
     option->expected(1)->allow_extra_args(info.positional && info.repeatable);
     option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     if (info.positional && info.repeatable) option->expected(info.required ? 1 : 0, 1 << 20);
   }
 }
 
-/// The line without the options that are given without their value. One whose value may be left out
-/// takes the next word only if that is a value.
+/// The command line without the options that are given without a value. An option with an optional
+/// value takes the next word only if that word is a valid value.
 std::vector<std::string> TakeBare(const std::vector<std::string>& words, std::deque<Slot>& slots) {
   std::vector<std::string> rest;
   for (auto word = words.begin(); word != words.end(); ++word) {
@@ -126,7 +126,7 @@ std::vector<std::string> TakeBare(const std::vector<std::string>& words, std::de
   return rest;
 }
 
-/// Words that the line has no place for.
+/// Rejects words that match no option or argument.
 void RefuseExtras(const CLI::App& line, const std::deque<Slot>& slots) {
   std::vector<std::string> known = {"--help", "--version"};
   for (const Slot& slot : slots)
@@ -160,8 +160,8 @@ void TakeSlot(const Slot& slot, host::CommandArguments& arguments) {
 
 ParsedLine ParseLine(const host::CommandInfo& command, const std::vector<std::string>& words) {
   CLI::App line(command.help, "nimbrix " + command.verb);
-  line.set_help_flag("-h,--help", "prints this help");
-  line.set_version_flag("--version", VersionText(), "prints the version");
+  line.set_help_flag("-h,--help", "Prints this help");
+  line.set_version_flag("--version", VersionText(), "Prints the version");
   line.allow_extras();
   std::deque<Slot> slots;
   for (OptionInfo& info : AllOptions(command)) slots.push_back({std::move(info), {}, 0});
@@ -179,7 +179,7 @@ ParsedLine ParseLine(const host::CommandInfo& command, const std::vector<std::st
     parsed.text_to_print = VersionText() + "\n";
     return parsed;
   } catch (const CLI::ParseError& error) {
-    // An unknown option is the likelier reason for an argument that is missing.
+    // If an argument is missing, an unknown option is the most likely reason.
     RefuseExtras(line, slots);
     throw UsageError(error.what());
   }

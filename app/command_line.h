@@ -1,4 +1,4 @@
-// The command line of one command, made from what the command says of itself.
+// The command line of one command, built from its CommandInfo.
 #pragma once
 
 #include <stdexcept>
@@ -9,7 +9,7 @@
 
 namespace app {
 
-/// A mistake of the user's, in one line.
+/// A user error. The message is one line.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -17,17 +17,17 @@ class UsageError : public std::runtime_error {
 
 struct ParsedLine {
   host::CommandArguments arguments;
-  /// Of --help or --version; the command then isn't to be run.
+  /// Output of --help or --version. If it is not empty, the command must not run.
   std::string text_to_print;
   bool quiet = false;
   bool json = false;
 };
 
-/// Parses what follows the verb. Throws UsageError.
+/// Parses the words after the verb. Throws UsageError.
 ParsedLine ParseLine(const host::CommandInfo& command, const std::vector<std::string>& words);
 
-/// The value of --log-file, wherever it stands in the line, or an empty text: the log begins
-/// before the commands are known.
+/// The value of --log-file anywhere on the line, or an empty text. The log starts before the
+/// commands are known.
 std::string FindLogFile(const std::vector<std::string>& words);
 
 /// "nimbrix 1.0"

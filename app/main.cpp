@@ -30,8 +30,9 @@ std::string HelpText(const host::SmallHost& small_host) {
     text += "  " + verb + std::string(width - verb.size() + 2, ' ') + command.info.help + "\n";
   }
   return text +
-         "\nnimbrix COMMAND --help tells what a command takes, nimbrix --version which one "
-         "this is.\n";
+         "\nUse \"nimbrix COMMAND --help\" for the options of a command and \"nimbrix --version\" "
+         "for "
+         "the version.\n";
 }
 
 const host::SmallHost::Command& FindCommand(const host::SmallHost& small_host,
@@ -70,7 +71,7 @@ int Run(const std::vector<std::string>& words, host::Terminal& terminal) {
   host::SmallHost small_host;
   small_host.AddCommand(std::make_unique<host::RenderCommand>(app::VersionText()));
   small_host.SetLogFile(app::FindLogFile(words));
-  small_host.GetWorld().Open(app::PreferencesFile());
+  small_host.Preferences().Open(app::PreferencesFile());
   const host::PluginModule plugin(app::FindPlugin(), small_host);
   if (words.empty()) {
     std::fputs(HelpText(small_host).c_str(), stderr);
@@ -87,9 +88,8 @@ int Run(const std::vector<std::string>& words, host::Terminal& terminal) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  // Workers that wait for each other soon sleep: on a machine that does other work too, long
-  // waiting in a loop costs many times what it saves. To be set before the plug-in brings in the
-  // OpenMP runtime.
+  // Let waiting OpenMP workers sleep soon. On a busy machine, spinning costs many times what it
+  // saves. This must be set before the plug-in loads the OpenMP runtime.
   setenv("GOMP_SPINCOUNT", "1000", 0);
   host::Terminal terminal = host::Terminal::ForThisProcess();
   int code = host::kFailed;

@@ -10,7 +10,7 @@
 namespace app {
 namespace {
 
-/// The whole text as a number.
+/// True if the whole text is a number.
 template <class Number>
 bool Parse(const std::string& text, Number& number) {
   const char* const end = text.data() + text.size();

@@ -7,8 +7,8 @@
 
 namespace app {
 
-/// What keeps the text from being a value of the option, in words that follow it: "isn't a whole
-/// number"; empty if nothing does.
+/// Why the text is not a valid value of the option, in words that follow the value: "isn't a whole
+/// number". Empty if it is valid.
 std::string WhatIsWrong(const host::OptionInfo& option, const std::string& text);
 
 }  // namespace app

@@ -15,8 +15,8 @@ std::string FindPlugin() {
   for (const fs::path& place :
        {folder / "nimbrix.so", folder.parent_path() / "lib" / "nimbrix" / "nimbrix.so"})
     if (fs::is_regular_file(place, error)) return place.string();
-  throw std::runtime_error("the plug-in nimbrix.so is missing: it belongs beside the program, in " +
-                           folder.string());
+  throw std::runtime_error(
+      "the plug-in nimbrix.so is missing: it must be next to the program, in " + folder.string());
 }
 
 std::string PreferencesFile() {

@@ -13,7 +13,7 @@ PluginModule::PluginModule(const std::string& path, SmallHost& host) : host_(hos
   library_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (!library_) throw std::runtime_error("the plug-in can't be loaded: " + std::string(dlerror()));
   entry_ = reinterpret_cast<PluginEntry>(dlsym(library_, "c4d_main"));
-  if (!entry_) throw std::runtime_error(Quoted(path) + " is no plug-in: it has no c4d_main");
+  if (!entry_) throw std::runtime_error(Quoted(path) + " isn't a plug-in: it has no c4d_main");
 
   Filename own_path{path};
   if (entry_(kActionLoad, &functions_, &own_path, nullptr) != 1)
@@ -32,7 +32,7 @@ PluginModule::PluginModule(const std::string& path, SmallHost& host) : host_(hos
   throw std::runtime_error("the plug-in " + Quoted(path) + " didn't start" + printed);
 }
 
-// The library stays in memory: threads and window classes of its libraries may outlive the end.
+// The library stays loaded: its threads and window classes may outlive the plug-in.
 PluginModule::~PluginModule() {
   Send(kMessageShutdown);
   host_.DropCommands();

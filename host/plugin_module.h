@@ -1,4 +1,4 @@
-// A plug-in's shared library, from load to unload.
+// The shared library of a plug-in, from load to unload.
 #pragma once
 
 #include <memory>
@@ -8,18 +8,19 @@
 
 namespace host {
 
-/// The plug-in is started while this lives. Documents with its objects must go before it.
+/// Keeps the plug-in running during its lifetime. Documents with objects of the plug-in must be
+/// destroyed first.
 class PluginModule {
  public:
-  /// Loads and starts. Throws std::runtime_error with one line: the file can't be loaded, isn't a
-  /// plug-in, doesn't fit this host, or didn't start (with what it printed to the console).
+  /// Loads and starts the plug-in. Throws std::runtime_error with one line if the file can't be
+  /// loaded, isn't a plug-in, doesn't fit this host, or didn't start (with its console output).
   PluginModule(const std::string& path, SmallHost& host);
-  /// Tells the plug-in that the host shuts down, and ends it.
+  /// Announces the shutdown to the plug-in and ends it.
   ~PluginModule();
   PluginModule(const PluginModule&) = delete;
   PluginModule& operator=(const PluginModule&) = delete;
 
-  /// Sends a message, as the host does when the moment for it has come. True if it was taken.
+  /// Sends a message to the plug-in. True if the plug-in handled it.
   bool Send(PluginMessageId message);
 
  private:

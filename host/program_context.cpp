@@ -20,7 +20,7 @@
 namespace host {
 namespace {
 
-/// The object to work on, by name or as the only one of its type.
+/// The object to process: by name, or the only one of its type.
 SceneObject* Choose(const Document& document, const ElementClass& type, const std::string& name) {
   const std::string kind = type.description.name;
   std::vector<SceneObject*> found = document.AllObjects();

@@ -1,4 +1,4 @@
-// The small host's CommandContext: a command that runs in the program.
+// The CommandContext of the small host: the program that runs a command.
 #pragma once
 
 #include <string>
@@ -13,8 +13,8 @@ namespace host {
 
 class ProgramContext final : public CommandContext {
  public:
-  /// All three must outlive the context. The arguments' "set", "object", "fps" and "force" are
-  /// obeyed.
+  /// All three must outlive the context. It applies the arguments "set", "object", "fps" and
+  /// "force".
   ProgramContext(SmallHost& host, Terminal& terminal, const CommandArguments& arguments)
       : host_(host), terminal_(terminal), arguments_(arguments) {}
 

@@ -1,4 +1,4 @@
-// The host itself: what plug-ins register with, and the operations that belong to no element.
+// The host: registrations of plug-ins, and the services that belong to no element.
 #pragma once
 
 #include <atomic>
@@ -10,7 +10,7 @@
 
 #include "host/interface/plugin.h"
 #include "host/program/event_queue.h"
-#include "host/program/world.h"
+#include "host/program/plugin_preferences.h"
 #include "host/scene/element_class.h"
 
 namespace host {
@@ -24,7 +24,7 @@ class SmallHost : public HostServices {
     std::unique_ptr<CommandData> data;
   };
 
-  /// Knows the host's own types of objects, and the commands `describe` and `help`.
+  /// Registers the built-in types and the commands `describe` and `help`.
   SmallHost();
 
   bool RegisterObjectPlugin(std::int32_t id, const std::string& name, ObjectFactory factory,
@@ -45,10 +45,10 @@ class SmallHost : public HostServices {
   void EventAdd() override { ++events_; }
   void SpecialEventAdd(SpecialEvent event) override { queue_.Add(std::move(event)); }
   const BaseContainer* GetWorldPluginData(std::int32_t id) const override {
-    return world_.Find(id);
+    return preferences_.Find(id);
   }
   bool SetWorldPluginData(std::int32_t id, const BaseContainer& data) override {
-    return world_.Set(id, data);
+    return preferences_.Set(id, data);
   }
   bool SaveDocument(const BaseDocument& document, const Filename& path,
                     std::int32_t format) override;
@@ -60,7 +60,7 @@ class SmallHost : public HostServices {
   }
   Filename FileDialog(FileDialogKind, const std::string&) override { return chosen_file_; }
 
-  /// A command of the host's own. Its verb must be free.
+  /// Adds a command of the host. Its verb must be free.
   void AddCommand(std::unique_ptr<CommandData> command) {
     CommandInfo info = command->GetInfo();
     commands_.push_back({0, info.verb, info, std::move(command)});
@@ -68,23 +68,23 @@ class SmallHost : public HostServices {
 
   const SceneClasses& Classes() const { return classes_; }
   const std::vector<Command>& Commands() const { return commands_; }
-  /// Calls of EventAdd so far.
+  /// Number of calls of EventAdd so far.
   int Events() const { return events_; }
 
   EventQueue& Queue() { return queue_; }
-  World& GetWorld() { return world_; }
-  /// What all dialogs get for an answer.
+  PluginPreferences& Preferences() { return preferences_; }
+  /// Sets the answers of all dialogs.
   void SetAnswers(DialogAnswer answer, const Filename& file) {
     answer_ = answer;
     chosen_file_ = file;
   }
 
   void SetLogFile(const std::string& path) { log_file_ = {path}; }
-  /// The lines of the console so far, which become empty. A start that goes well is silent: they
-  /// are shown after one that doesn't.
+  /// Returns the console lines and clears them. They are shown only if the start of the plug-in
+  /// fails.
   std::vector<std::string> TakeConsole();
 
-  /// Destroys all commands, before the plug-in that they came from ends.
+  /// Destroys all commands. Must run before their plug-in ends.
   void DropCommands() { commands_.clear(); }
 
  private:
@@ -97,7 +97,7 @@ class SmallHost : public HostServices {
   std::vector<std::string> console_;
   std::atomic<int> events_{0};
   EventQueue queue_;
-  World world_;
+  PluginPreferences preferences_;
   DialogAnswer answer_ = DialogAnswer::No;
   Filename chosen_file_;
 };

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "cache/frame_time.h"
@@ -13,6 +14,9 @@
 namespace nbx {
 
 inline Vec3d to_vector(const host::Vector& v) { return {v.x, v.y, v.z}; }
+inline std::array<float, 3> to_color(const host::Vector& v) {
+  return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
+}
 inline Vec3d to_flipped_vector(const host::Vector& v) { return {v.x, v.y, -v.z}; }
 
 inline Affine3d to_affine(const host::Matrix& m) {

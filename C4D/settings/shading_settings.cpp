@@ -75,10 +75,6 @@ ShaderParams shader_params(const ParameterReader& data, const ShaderIds& id) {
   return shader;
 }
 
-Color to_color(const host::Vector& v) {
-  return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
-}
-
 std::shared_ptr<const ColorRamp> gradient_ramp(const host::Gradient& gradient, double scale) {
   using Interpolation = GradientKnot::Interpolation;
   std::vector<GradientKnot> knots;

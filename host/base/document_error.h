@@ -1,4 +1,4 @@
-// The mistake in a scene that ends its reading.
+// The exception for errors in scenes.
 #pragma once
 
 #include <stdexcept>
@@ -6,12 +6,12 @@
 
 namespace host {
 
-/// One line for the user: "scene.json: objects[2].parameters: unknown parameter ...". The file's
-/// name is put in front by whoever knows it.
+/// One line for the user: "scene.json: objects[2].parameters: unknown parameter ...". The caller
+/// that knows the file name puts it in front.
 class DocumentError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
-  /// `place` is the path of a value in the document; empty for the document as a whole.
+  /// `place` is the path of a value in the document. Empty for the document as a whole.
   DocumentError(const std::string& place, const std::string& what)
       : std::runtime_error(place.empty() ? what : place + ": " + what) {}
 };

@@ -10,10 +10,10 @@
 namespace host {
 namespace {
 
-// Far more than a scene needs, and few enough for functions that call themselves.
+// Far more than scenes need, and safe for recursive functions.
 constexpr int kDeepestNesting = 500;
 
-/// "line:column" of a byte, both from 1.
+/// "line:column" of a byte, both counted from 1.
 std::string LineAndColumn(const std::string& text, std::size_t byte) {
   const std::string_view before = std::string_view(text).substr(0, byte);
   const auto line = 1 + std::count(before.begin(), before.end(), '\n');
@@ -22,7 +22,7 @@ std::string LineAndColumn(const std::string& text, std::size_t byte) {
   return std::to_string(line) + ":" + std::to_string(column + 1);
 }
 
-/// What the parser has to say about the text, without its own preamble.
+/// The message of the parser without its preamble.
 std::string Reason(const std::string& message) {
   const std::size_t at = message.find("syntax error");
   return at == std::string::npos ? message : message.substr(at);
@@ -31,19 +31,19 @@ std::string Reason(const std::string& message) {
 }  // namespace
 
 Json ParseJson(const std::string& text) {
-  std::vector<std::set<std::string>> open;  // keys seen in each object that is being read
+  std::vector<std::set<std::string>> open;  // keys of each object that is being read
   const auto check = [&open](int depth, Json::parse_event_t event, Json& value) {
     if (depth > kDeepestNesting) throw DocumentError("the text is nested too deeply");
     if (event == Json::parse_event_t::object_start) open.emplace_back();
     if (event == Json::parse_event_t::object_end) open.pop_back();
     if (event == Json::parse_event_t::key && !open.back().insert(value).second)
-      throw DocumentError("the key " + value.dump() + " stands twice in one object");
+      throw DocumentError("the key " + value.dump() + " occurs twice in one object");
     return true;
   };
   try {
     return Json::parse(text, check);
   } catch (const Json::parse_error& error) {
-    // The parser names the byte after the one that it choked on.
+    // The parser reports the byte after the one that caused the error.
     const std::size_t byte = error.byte > 0 ? error.byte - 1 : 0;
     throw DocumentError(LineAndColumn(text, std::min(byte, text.size())), Reason(error.what()));
   } catch (const Json::out_of_range&) {

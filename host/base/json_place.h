@@ -1,4 +1,4 @@
-// One value of a scene's JSON text, with its place in the text for error messages.
+// A JSON value together with its place in the text, for error messages.
 #pragma once
 
 #include <cstdint>
@@ -12,14 +12,14 @@
 
 namespace host {
 
-/// Keeps the order of the keys.
+/// Preserves the order of the keys.
 using Json = nlohmann::ordered_json;
 
-/// Parses a JSON text. Throws DocumentError: "3:17: ..." for broken text, with line and column, or
-/// for a key that stands twice in one object.
+/// Parses a JSON text. Throws DocumentError for broken text ("3:17: ...", with line and column) and
+/// for duplicate keys in an object.
 Json ParseJson(const std::string& text);
 
-/// Reads throw DocumentError if the value isn't what is asked for: "fps: expected a whole number,
+/// Read access throws DocumentError if the value has the wrong type: "fps: expected a whole number,
 /// found \"fast\"".
 class JsonPlace {
  public:
@@ -29,10 +29,11 @@ class JsonPlace {
   const std::string& Place() const { return place_; }
   [[noreturn]] void Fail(const std::string& what) const;
 
-  /// An object whose keys are all among these; the first other one is told, with its nearest name.
+  /// Fails unless the value is an object whose keys are all allowed. The message names the first
+  /// other key and the nearest allowed one.
   void ExpectKeys(const std::vector<std::string>& allowed, std::string_view what = "key") const;
   bool Has(const char* key) const { return value_->contains(key); }
-  JsonPlace At(const std::string& key) const;  ///< of an object that has the key
+  JsonPlace At(const std::string& key) const;  ///< the key must exist
   void ExpectObject() const;
 
   void ExpectArray() const;

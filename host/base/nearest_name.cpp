@@ -7,10 +7,10 @@
 namespace host {
 namespace {
 
-/// Letters to change, insert, leave out, or exchange with their neighbor: F. J. Damerau, A
-/// technique for computer detection and correction of spelling errors, Comm. ACM 7 (1964).
+/// Number of letters to change, insert, remove or swap with a neighbor: F. J. Damerau, A technique
+/// for computer detection and correction of spelling errors, Comm. ACM 7 (1964).
 std::size_t EditDistance(const std::string& a, const std::string& b) {
-  // d[i][j]: from the first i letters of a to the first j of b.
+  // d[i][j]: distance from the first i letters of a to the first j letters of b.
   std::vector<std::vector<std::size_t>> d(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
   for (std::size_t i = 0; i <= a.size(); ++i) {
     for (std::size_t j = 0; j <= b.size(); ++j) {
@@ -34,7 +34,7 @@ std::string Quoted(const std::string& text) {
 }
 
 std::string DidYouMean(const std::string& name, const std::vector<std::string>& candidates) {
-  // A name of that length is no slip, and the table would be large.
+  // A name this long is not a typing mistake, and the table would be large.
   if (name.size() > 100) return {};
   std::size_t best = std::max<std::size_t>(name.size() / 3, 1) + 1;
   const std::string* nearest = nullptr;

@@ -1,6 +1,6 @@
-// Curves as they stand in scene documents: an array of points, each [x, y], or an object
+// Curves in scene documents: an array of points, each [x, y], or an object
 //     {"x": 0, "y": 1, "in": "linear", "out": "smooth", "bias": 0.5}
-// of which only x and y must be there.
+// in which only x and y are required.
 #pragma once
 
 #include "host/base/json_place.h"
@@ -8,10 +8,10 @@
 
 namespace host {
 
-/// Throws DocumentError for anything but a curve.
+/// Throws DocumentError for anything that isn't a curve.
 CurvePoints ReadCurve(const JsonPlace& json);
 
-/// In the form that ReadCurve takes; a point is an object where it differs from the usual.
+/// The inverse of ReadCurve. A point is written as an object only if it has unusual values.
 Json WriteCurve(const CurvePoints& curve);
 
 }  // namespace host

@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <limits>
 #include <set>
 #include <system_error>
 #include <utility>
@@ -14,6 +13,7 @@
 #include "host/base/json_place.h"
 #include "host/base/nearest_name.h"
 #include "host/format/keyframe_text.h"
+#include "host/format/mesh_text.h"
 #include "host/format/parameter_value.h"
 
 namespace host {
@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::int32_t kLargestFrame = 10'000'000;
 
-/// Reads one document. Links may name any object, so the parameters are read in a second pass.
+/// Reads one document. Links may refer to any object, so parameters are read in a second pass.
 class DocumentReader {
  public:
   explicit DocumentReader(const SceneClasses& classes) : classes_(classes) {}
@@ -60,9 +60,9 @@ class DocumentReader {
     d.end = frame("end", std::max(d.start, d.end));
     d.preview_start = frame("preview_start", d.start);
     d.preview_end = frame("preview_end", d.end);
-    if (d.end < d.start) json.Fail("the end lies before the start");
+    if (d.end < d.start) json.Fail("the end is before the start");
     if (d.preview_end < d.preview_start)
-      json.Fail("the preview's end lies before the preview's start");
+      json.Fail("the preview's end is before the preview's start");
   }
 
   /// Render settings, materials and textures.
@@ -83,7 +83,7 @@ class DocumentReader {
               });
   }
 
-  /// All classes have one; the scene may say more of it.
+  /// Every class has one effect. The scene may set its parameters.
   void ReadVideoPosts(const JsonPlace& json) {
     for (const ElementClass& type : classes_.post_effects.All())
       if (!document_->AddVideoPost(type))
@@ -93,7 +93,7 @@ class DocumentReader {
     ReadRow(json.At("post_effects"), {"type", "name", "parameters", "keyframes"},
             [&](const JsonPlace& place) {
               const ElementClass& type = ReadType(place, classes_.post_effects);
-              if (!named.insert(&type).second) place.Fail("the post effect stands here twice");
+              if (!named.insert(&type).second) place.Fail("the post effect occurs twice");
               const auto& all = document_->VideoPosts();
               return std::find_if(all.begin(), all.end(),
                                   [&](const auto& e) { return e->State().type == &type; })
@@ -138,10 +138,7 @@ class DocumentReader {
     if (json.Has("position")) transform.position = json.At("position").VectorValue();
     if (json.Has("rotation")) transform.rotation = json.At("rotation").VectorValue();
     if (json.Has("scale")) transform.scale = ReadScale(json.At("scale"));
-    if (json.Has("points") || json.Has("polygons")) ReadPolygons(json, *object);
-    if (json.Has("uvs")) ReadUvs(json.At("uvs"), *object);
-    if (json.Has("weights")) ReadWeights(json.At("weights"), *object);
-    if (json.Has("shapes")) ReadShapes(json.At("shapes"), *object);
+    ReadMesh(json, *object);
     if (json.Has("tags")) ReadTags(json.At("tags"), *object);
     if (json.Has("children")) ReadObjects(json.At("children"), object);
   }
@@ -170,94 +167,6 @@ class DocumentReader {
     json.At("type").Fail("unknown type " + Quoted(name) + DidYouMean(name, classes.Names()));
   }
 
-  static void ReadPolygons(const JsonPlace& json, SceneObject& object) {
-    if (!json.Has("points") || !json.Has("polygons"))
-      json.Fail("\"points\" and \"polygons\" go together; one of them is missing");
-    const JsonPlace points = json.At("points"), polygons = json.At("polygons");
-    points.ExpectArray();
-    for (std::size_t i = 0; i < points.Size(); ++i)
-      object.points.push_back(points.At(i).VectorValue());
-    const std::int32_t last = object.GetPointCount() - 1;
-    polygons.ExpectArray();
-    if (polygons.Size() == 0) polygons.Fail("the mesh has no polygons");
-    for (std::size_t i = 0; i < polygons.Size(); ++i) {
-      const JsonPlace corners = polygons.At(i);
-      corners.ExpectLength(3, 4);
-      const auto corner = [&](std::size_t k) { return corners.At(k).Whole(0, last); };
-      object.polygons.push_back(
-          {corner(0), corner(1), corner(2), corner(corners.Size() == 4 ? 3 : 2)});
-    }
-    object.inline_mesh = true;
-  }
-
-  /// One array of corners [u, v] for each polygon.
-  static void ReadUvs(const JsonPlace& json, SceneObject& object) {
-    const std::size_t count = object.polygons.size();
-    json.ExpectLength(count, count);
-    if (!object.inline_mesh) json.Fail("belong to \"points\" and \"polygons\"");
-    for (std::size_t i = 0; i < count; ++i) {
-      const JsonPlace corners = json.At(i);
-      const std::size_t sides = object.polygons[i].c == object.polygons[i].d ? 3 : 4;
-      corners.ExpectLength(sides, sides);
-      const auto corner = [&](std::size_t k) {
-        corners.At(k).ExpectLength(2, 2);
-        return Vector{corners.At(k).At(std::size_t{0}).Number(), corners.At(k).At(1).Number(), 0};
-      };
-      object.uvws.push_back({corner(0), corner(1), corner(2), corner(sides - 1)});
-    }
-  }
-
-  static void ReadWeights(const JsonPlace& json, SceneObject& object) {
-    if (!object.inline_mesh) json.Fail("belong to \"points\" and \"polygons\"");
-    json.ExpectLength(object.points.size(), object.points.size());
-    for (std::size_t i = 0; i < json.Size(); ++i) {
-      const double weight = json.At(i).Number();
-      if (weight < 0 || weight > 1) json.At(i).Fail("expected a weight from 0 to 1");
-      object.weights.push_back(static_cast<float>(weight));
-    }
-  }
-
-  /// Two or more of {"frame": number, "points": [...]}, which the mesh goes through in time.
-  static void ReadShapes(const JsonPlace& json, SceneObject& object) {
-    json.ExpectArray();
-    if (!object.inline_mesh) json.Fail("belong to \"points\" and \"polygons\"");
-    if (json.Size() < 2) json.Fail("expected at least two shapes");
-    for (std::size_t i = 0; i < json.Size(); ++i) {
-      const JsonPlace place = json.At(i);
-      place.ExpectKeys({"frame", "points"});
-      if (!place.Has("frame") || !place.Has("points")) place.Fail("frame or points is missing");
-      MeshShape shape{place.At("frame").Number(), {}};
-      if (i > 0 && shape.frame <= object.shapes.back().frame)
-        place.At("frame").Fail("the frames of shapes must ascend");
-      const JsonPlace points = place.At("points");
-      points.ExpectLength(object.points.size(), object.points.size());
-      for (std::size_t k = 0; k < points.Size(); ++k)
-        shape.points.push_back(points.At(k).VectorValue());
-      object.shapes.push_back(std::move(shape));
-    }
-    object.points = object.shapes.front().points;
-  }
-
-  /// Whole numbers and pairs [first, last], in any order.
-  static IndexRanges ReadRanges(const JsonPlace& json) {
-    constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max() - 1;
-    IndexRanges all, joined;
-    json.ExpectArray();
-    for (std::size_t i = 0; i < json.Size(); ++i) {
-      const JsonPlace one = json.At(i);
-      if (one.Value().is_array()) one.ExpectLength(2, 2);
-      const std::int32_t first =
-          one.Value().is_array() ? one.At(std::size_t{0}).Whole(0, most) : one.Whole(0, most);
-      all.emplace_back(first, one.Value().is_array() ? one.At(1).Whole(first, most) : first);
-    }
-    std::sort(all.begin(), all.end());
-    for (const auto& range : all) {
-      if (joined.empty() || range.first > joined.back().second + 1) joined.push_back(range);
-      joined.back().second = std::max(joined.back().second, range.second);
-    }
-    return joined;
-  }
-
   void ReadParameters(ElementState& element, const JsonPlace& json) {
     if (!json.Has("parameters")) return;
     const JsonPlace parameters = json.At("parameters");
@@ -273,7 +182,7 @@ class DocumentReader {
   static void CheckTransformTracks(const SceneObject& object, const JsonPlace& json) {
     const auto check = [&json](bool animated, const char* key) {
       if (animated && json.Has(key))
-        json.At(key).Fail("there are keyframes too; leave one of them out");
+        json.At(key).Fail("there are keyframes too; remove one of them");
     };
     check(object.position_track.has_value(), "position");
     check(object.rotation_track.has_value(), "rotation");

@@ -1,4 +1,4 @@
-// Scene documents from JSON text. The form is described in docs/scene_format.md.
+// Reads scene documents from JSON text. docs/scene_format.md describes the format.
 #pragma once
 
 #include <memory>
@@ -8,14 +8,14 @@
 
 namespace host {
 
-/// Reads a whole text; `folder` is the absolute path that relative file names count from. Nothing
-/// but the text is read: Document::Open fetches the meshes. Throws DocumentError at the first
-/// mistake: broken text, unknown keys, types, parameters and choices, wrong kinds of values, values
-/// out of bounds. `classes` must outlive the document.
+/// Reads a document from text. Relative file names are relative to `folder`, an absolute path.
+/// Document::Open loads the meshes later. Throws DocumentError at the first error: invalid JSON,
+/// unknown keys, types, parameters or choices, and values of the wrong type. `classes` must outlive
+/// the document.
 std::unique_ptr<Document> ReadDocument(const std::string& text, const std::string& folder,
                                        const SceneClasses& classes);
 
-/// The same from a file. The message of the DocumentError begins with the path as given.
+/// Reads a document from a file. The message of the DocumentError starts with the path as given.
 std::unique_ptr<Document> ReadDocumentFile(const std::string& path, const SceneClasses& classes);
 
 }  // namespace host

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <system_error>
 
 #include "host/base/document_error.h"
-#include "host/base/json_place.h"
+#include "host/base/json_text.h"
+#include "host/base/whole_file.h"
 #include "host/format/keyframe_text.h"
+#include "host/format/mesh_text.h"
 #include "host/format/parameter_value.h"
 
 namespace host {
@@ -42,7 +42,7 @@ class DocumentWriter {
   }
 
  private:
-  /// In the form in which it was read.
+  /// Keeps the form in which the rate was read.
   static Json WriteRate(const Document& d) {
     if (!d.fps_text.empty()) return Json::parse(d.fps_text);
     return d.fps.IsWhole() ? Json(d.fps.Numerator()) : Json(d.fps.Text());
@@ -67,7 +67,7 @@ class DocumentWriter {
     write_vector("position", t.position, {}, object.position_track.has_value());
     write_vector("rotation", t.rotation, {}, object.rotation_track.has_value());
     write_vector("scale", t.scale, {1, 1, 1}, object.scale_track.has_value());
-    if (object.inline_mesh) WritePolygons(object, json);
+    WriteMesh(object, json);
     WriteParameters(object.State(), json);
     AddIfFilled(json, "keyframes", WriteKeyframes(object, document_));
     Json tags = Json::array();
@@ -97,50 +97,11 @@ class DocumentWriter {
     return json;
   }
 
-  /// The head with parameters and keyframes.
+  /// Adds parameters and keyframes to the head.
   Json WriteBody(const ElementState& element, Json json) const {
     WriteParameters(element, json);
     AddIfFilled(json, "keyframes", WriteKeyframes(element, document_));
     return json;
-  }
-
-  static Json WriteRanges(const IndexRanges& ranges) {
-    Json json = Json::array();
-    for (const auto& [first, last] : ranges)
-      json.push_back(first == last ? Json(first) : Json::array({first, last}));
-    return json;
-  }
-
-  static Json WritePoints(const std::vector<Vector>& points) {
-    Json json = Json::array();
-    for (const Vector& p : points) json.push_back(WriteVector(p));
-    return json;
-  }
-
-  static void WritePolygons(const SceneObject& object, Json& json) {
-    Json polygons = Json::array();
-    const std::vector<Vector>& first =
-        object.shapes.empty() ? object.points : object.shapes.front().points;
-    for (const CPolygon& p : object.polygons)
-      polygons.push_back(p.c == p.d ? Json::array({p.a, p.b, p.c})
-                                    : Json::array({p.a, p.b, p.c, p.d}));
-    json["points"] = WritePoints(first);
-    json["polygons"] = std::move(polygons);
-    Json uvs = Json::array();
-    for (std::size_t i = 0; i < object.uvws.size(); ++i) {
-      const UvwPolygon& uvw = object.uvws[i];
-      const CPolygon& p = object.polygons[i];
-      Json corners = Json::array();
-      for (const Vector* corner : {&uvw.a, &uvw.b, &uvw.c, &uvw.d})
-        if (corner != &uvw.d || p.c != p.d) corners.push_back(Json::array({corner->x, corner->y}));
-      uvs.push_back(std::move(corners));
-    }
-    AddIfFilled(json, "uvs", std::move(uvs));
-    AddIfFilled(json, "weights", Json(object.weights));
-    Json shapes = Json::array();
-    for (const MeshShape& shape : object.shapes)
-      shapes.push_back({{"frame", shape.frame}, {"points", WritePoints(shape.points)}});
-    AddIfFilled(json, "shapes", std::move(shapes));
   }
 
   void WriteParameters(const ElementState& element, Json& json) const {
@@ -161,29 +122,18 @@ class DocumentWriter {
   bool moved_;
 };
 
-bool HoldsObjects(const Json& json) {
-  return json.is_object() ||
-         (json.is_array() && std::any_of(json.begin(), json.end(), HoldsObjects));
-}
-
-/// One line for each key, and for each element of an array, but for short arrays without objects:
-/// points, polygons and keyframes stand on a line.
-void AppendText(const Json& json, const std::string& indent, std::string& text) {
-  if (json.is_primitive()) {
-    text += json.dump();
-    return;
+/// The text of a short array without objects, such as a point, a polygon or a key of a track. Empty
+/// for a value that needs several lines.
+std::string OneLine(const Json& json) {
+  if (json.is_primitive() || json.empty()) return json.dump();
+  if (json.size() > 4 || json.is_object()) return {};
+  std::string text;
+  for (const Json& element : json) {
+    const std::string line = OneLine(element);
+    if (line.empty() || element.is_object()) return {};
+    text += (text.empty() ? "[" : ", ") + line;
   }
-  const bool one_line = json.empty() || (json.size() <= 4 && !HoldsObjects(json));
-  const std::string line_break = one_line ? "" : "\n" + indent;
-  text += json.is_array() ? "[" : "{";
-  std::string separator = one_line ? "" : line_break + "  ";
-  for (const auto& [key, value] : json.items()) {
-    text += separator;
-    if (json.is_object()) text += Json(key).dump() + ": ";
-    AppendText(value, indent + "  ", text);
-    separator = one_line ? ", " : "," + line_break + "  ";
-  }
-  text += line_break + (json.is_array() ? "]" : "}");
+  return text + "]";
 }
 
 }  // namespace
@@ -191,30 +141,21 @@ void AppendText(const Json& json, const std::string& indent, std::string& text) 
 std::string WriteDocument(const Document& document, const std::string& folder) {
   const Json json = DocumentWriter(document, folder != document.folder).Write();
   try {
-    std::string text;
-    AppendText(json, "", text);
-    return text + "\n";
+    return JsonText(json, 2, [](const Json& value, std::size_t) { return OneLine(value); }) + "\n";
   } catch (const Json::exception&) {
     throw DocumentError("a name or a text of the scene isn't UTF-8");
   }
 }
 
 void WriteDocumentFile(const Document& document, const std::string& path) {
+  namespace fs = std::filesystem;
   try {
-    namespace fs = std::filesystem;
     const fs::path absolute = fs::absolute(path).lexically_normal();
-    const std::string text = WriteDocument(document, absolute.parent_path().string());
-    const std::string part = absolute.string() + ".part";
-    std::ofstream file(part, std::ios::binary);
-    file << text;
-    file.close();
-    std::error_code error;
-    if (file) fs::rename(part, absolute, error);
-    if (!file || error) {
-      std::error_code ignored;
-      fs::remove(part, ignored);
-      throw DocumentError("can't be written");
-    }
+    const WholeFile file(absolute.string());
+    file.Write(WriteDocument(document, absolute.parent_path().string()));
+    file.Commit();
+  } catch (const fs::filesystem_error& error) {
+    throw DocumentError(path, "can't be written: " + error.code().message());
   } catch (const DocumentError& error) {
     throw DocumentError(path, error.what());
   }

@@ -1,4 +1,4 @@
-// Scene documents as JSON text, in the form that document_reader.h reads.
+// Writes scene documents as JSON text, in the format that document_reader.h reads.
 #pragma once
 
 #include <string>
@@ -7,14 +7,14 @@
 
 namespace host {
 
-/// Parameters are written that the user has set, or that differ from their defaults; numbers so
-/// that they read back as the same bits. Reading the text gives an equal document, and writing that
-/// one the same text. Relative file names are kept for a document that stays in its folder, else
-/// they become absolute. Throws DocumentError for a text that isn't UTF-8.
+/// Writes the parameters that the user has set or that differ from their defaults. Numbers read
+/// back as the same bits. Reading the text gives an equal document, and writing that gives the same
+/// text. Relative file names stay relative if `folder` is the document's folder, otherwise they
+/// become absolute. Throws DocumentError for a text that isn't UTF-8.
 std::string WriteDocument(const Document& document, const std::string& folder);
 
-/// Writes a file, in one step: it is there whole, or as it was before. Throws DocumentError, with
-/// the path as given in front.
+/// Writes the document to a file, completely or not at all. Throws DocumentError with the path as
+/// given in front.
 void WriteDocumentFile(const Document& document, const std::string& path);
 
 }  // namespace host

@@ -17,7 +17,7 @@ double Share(const JsonPlace& json) {
 
 Vector ReadColor(const JsonPlace& json) {
   const Vector color = json.VectorValue();
-  if (color.x < 0 || color.y < 0 || color.z < 0) json.Fail("a color has no part below 0");
+  if (color.x < 0 || color.y < 0 || color.z < 0) json.Fail("a color component is below 0");
   return color;
 }
 

@@ -1,4 +1,4 @@
-// Gradients as they stand in scene documents.
+// Gradients in scene documents.
 #pragma once
 
 #include "host/base/json_place.h"
@@ -6,9 +6,8 @@
 
 namespace host {
 
-/// [[position, [r, g, b]], ...], with an object {"at", "color", "alpha", "mode"} for a knot of
-/// which more is to be said. Throws DocumentError for anything else, for numbers out of their
-/// ranges and for knots that aren't in order.
+/// [[position, [r, g, b]], ...]. A knot may also be an object {"at", "color", "alpha", "mode"}.
+/// Throws DocumentError for anything else, for numbers out of range and for knots out of order.
 Gradient ReadGradient(const JsonPlace& json);
 Json WriteGradient(const Gradient& gradient);
 

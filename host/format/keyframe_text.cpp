@@ -40,9 +40,9 @@ template <class WriteKeyValue>
 Json WriteTrack(const Track& track, WriteKeyValue write) {
   Json keys = Json::array();
   for (const Key& key : track.keys) {
-    // Whole frames are written without a fraction, as people write them.
+    // Whole frames are written without a fraction.
     const auto whole = static_cast<std::int64_t>(key.frame);
-    const Json frame = static_cast<double>(whole) == key.frame ? Json(whole) : Json(key.frame);
+    const Json frame = whole == key.frame ? Json(whole) : Json(key.frame);
     keys.push_back(Json::array({frame, write(key.value)}));
   }
   if (track.interpolation == Interpolation::Linear) return keys;
@@ -63,7 +63,7 @@ void ReadParameterTracks(ElementState& element, const JsonPlace& json, Document&
     const ParameterInfo& info =
         *element.type->description.Find(key.substr(kParameterPrefix.size()));
     if (element.written.count(info.id) != 0)
-      place.Fail("the parameter has a value and keyframes; leave one of them out");
+      place.Fail("the parameter has a value and keyframes; remove one of them");
     element.tracks[info.id] =
         ReadTrack(place, [&](const JsonPlace& at) { return ReadValue(info, at, document); });
   }

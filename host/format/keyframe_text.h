@@ -1,4 +1,4 @@
-// Keyframes as they stand in scene documents.
+// Keyframes in scene documents.
 #pragma once
 
 #include "host/base/json_place.h"
@@ -6,16 +6,16 @@
 
 namespace host {
 
-/// Reads the "keyframes" of an object, transform and parameters, or of any other element,
-/// parameters alone. Throws DocumentError.
+/// Reads the "keyframes" of an object (transform and parameters) or of any other element
+/// (parameters only). Throws DocumentError.
 void ReadKeyframes(SceneObject& object, const JsonPlace& json, Document& document);
 void ReadKeyframes(ElementState& element, const JsonPlace& json, Document& document);
 
-/// What the readers take; an empty object if nothing has keyframes.
+/// The inverse of the readers. An empty object if there are no keyframes.
 Json WriteKeyframes(const SceneObject& object, const Document& document);
 Json WriteKeyframes(const ElementState& element, const Document& document);
 
-/// A scale; no component may be 0, or the object would have no inverse.
+/// Reads a scale. No component may be 0, otherwise the object would have no inverse.
 Vector ReadScale(const JsonPlace& json);
 
 }  // namespace host

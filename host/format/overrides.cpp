@@ -16,7 +16,7 @@ struct Setting {
 
 Setting Split(const std::string& text, const std::string& place) {
   const std::size_t equals = text.find('=');
-  // Names of objects may hold points; those of parameters don't.
+  // Names of objects may contain dots, names of parameters don't.
   const std::size_t point =
       equals == std::string::npos ? equals : text.substr(0, equals).rfind('.');
   if (point == std::string::npos || point == 0 || point + 1 == equals)
@@ -25,8 +25,8 @@ Setting Split(const std::string& text, const std::string& place) {
           text.substr(equals + 1)};
 }
 
-/// Null for a text that is none.
-Json SwitchToJson(std::string text) {
+/// Null if the text isn't a bool.
+Json BoolToJson(std::string text) {
   for (char& c : text)
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   for (const char* on : {"true", "on", "yes", "1"})
@@ -38,7 +38,7 @@ Json SwitchToJson(std::string text) {
 
 Json ToJson(const ParameterInfo& info, const std::string& text) {
   if (info.type == ParameterType::Bool)
-    if (Json json = SwitchToJson(text); !json.is_null()) return json;
+    if (Json json = BoolToJson(text); !json.is_null()) return json;
   const bool is_text = info.type == ParameterType::String || info.type == ParameterType::Filename ||
                        info.type == ParameterType::Link || !info.cycle.empty();
   if (is_text) return text;
@@ -47,11 +47,11 @@ Json ToJson(const ParameterInfo& info, const std::string& text) {
   try {
     return ParseJson(text);
   } catch (const DocumentError&) {
-    return text;  // of the wrong kind, which the reader tells with the kind that it expects
+    return text;  // wrong type; the reader reports the expected type
   }
 }
 
-/// True if the element has the parameter.
+/// Sets the parameter. False if the element doesn't have it.
 bool Apply(ElementState& element, const Setting& setting, const std::string& place,
            Document& document) {
   const ParameterInfo* info = element.type->description.Find(setting.parameter);
@@ -65,7 +65,7 @@ bool Apply(ElementState& element, const Setting& setting, const std::string& pla
   return true;
 }
 
-/// What can be set under one name: an element and, for what it lacks, those that belong to it.
+/// The elements that one name can set: an element, and its tags for parameters that it lacks.
 using Settable = std::vector<ElementState*>;
 
 bool Apply(const Settable& settable, const Setting& setting, const std::string& place,
@@ -77,8 +77,8 @@ bool Apply(const Settable& settable, const Setting& setting, const std::string& 
   return found;
 }
 
-/// Objects with their tags, materials, textures, post effects, and the render settings under their
-/// type's name.
+/// Objects with their tags, materials, textures, post effects, and the render settings (named after
+/// their type).
 std::vector<Settable> AllSettable(Document& document) {
   std::vector<Settable> all;
   for (SceneObject* object : document.AllObjects()) {

@@ -12,7 +12,7 @@
 namespace host {
 namespace {
 
-/// A whole frame where the seconds name one, else the nearest millionth.
+/// The frame at that time if there is one, otherwise the nearest millionth of a second.
 BaseTime ReadTime(const JsonPlace& json, const FrameRate& rate) {
   const double seconds = json.Number();
   if (std::fabs(seconds) > 1e6) json.Fail("is more than a million seconds");
@@ -36,7 +36,7 @@ std::int32_t ReadCycle(const ParameterInfo& info, const JsonPlace& json) {
             (nearest.empty() ? ", choose from " + all : nearest));
 }
 
-/// An element that a parameter may link to.
+/// An element that a parameter can link to.
 struct Linkable {
   BaseList2D* element;
   std::string place;
@@ -65,7 +65,7 @@ std::string KindText(const ParameterInfo& info) {
   return kinds[static_cast<std::size_t>(info.target)];
 }
 
-/// By the element's name, or by its place where several have that name.
+/// Finds the element by its name, or by its place if several have that name.
 BaseList2D* ReadLink(const ParameterInfo& info, const JsonPlace& json, const Document& document) {
   const std::string name = json.Text(), kind = KindText(info);
   const std::vector<Linkable> all = Linkables(info, document);
@@ -77,8 +77,8 @@ BaseList2D* ReadLink(const ParameterInfo& info, const JsonPlace& json, const Doc
   }
   if (found.size() == 1) return found.front().element;
   if (found.size() > 1)
-    json.Fail("several " + kind + "s are named " + Quoted(name) + "; name it by its place, as in " +
-              Quoted(found.front().place));
+    json.Fail("several " + kind + "s are named " + Quoted(name) +
+              "; use its place instead, such as " + Quoted(found.front().place));
   for (const Linkable& one : all)
     if (one.place == name) return one.element;
   json.Fail("no " + kind + " is named " + Quoted(name) + DidYouMean(name, names));
@@ -143,7 +143,7 @@ ParameterValue ReadAny(const ParameterInfo& info, const JsonPlace& json, const D
   json.Fail("a button has no value");
 }
 
-/// The number within the parameter's bounds.
+/// Clamps a number to the bounds of its parameter.
 double Bounded(const ParameterInfo& info, double number, const JsonPlace& json,
                Document& document) {
   const double bounded = std::clamp(number, info.minimum, info.maximum);
@@ -151,7 +151,7 @@ double Bounded(const ParameterInfo& info, double number, const JsonPlace& json,
     std::ostringstream text;
     text.precision(10);
     text << json.Place() << ": " << number << (number < bounded ? " is below " : " is above ")
-         << bounded << ", which is taken instead";
+         << bounded << ", which is used instead";
     document.warnings.push_back(text.str());
   }
   return bounded;

@@ -1,4 +1,4 @@
-// Parameter values as they stand in scene documents.
+// Parameter values in scene documents.
 #pragma once
 
 #include <string>
@@ -9,12 +9,12 @@
 
 namespace host {
 
-/// Reads a value. Links are looked up in the document, which must be complete. A number out of
-/// bounds becomes the nearer bound, with a line in the document's warnings. Throws DocumentError
-/// for a value of another kind, or that names nothing known.
+/// Reads a value. Links are looked up in the document, which must already contain all elements.
+/// Numbers out of bounds are clamped, with a warning in the document. Throws DocumentError for a
+/// value of the wrong type or an unknown name.
 ParameterValue ReadValue(const ParameterInfo& info, const JsonPlace& json, Document& document);
 
-/// What the container holds under the parameter's id, in the form that ReadValue takes.
+/// Writes the value of a parameter in the form that ReadValue reads.
 Json WriteValue(const ParameterInfo& info, const BaseContainer& data, const Document& document);
 
 Json WriteVector(const Vector& vector);

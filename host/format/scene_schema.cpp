@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "host/base/json_place.h"
+#include "host/base/json_text.h"
 #include "host/format/parameter_value.h"
 #include "host/scene/document.h"
 
@@ -65,7 +65,7 @@ Json ParameterSchema(const ParameterInfo& info) {
   return json;
 }
 
-/// Keys [frame, value], as they are or with an interpolation.
+/// An array of keys [frame, value], or an object with an interpolation.
 Json TrackSchema(const Json& value) {
   Json keys = ArrayOf({{"type", "array"},
                        {"prefixItems", Json::array({{{"type", "number"}}, value})},
@@ -77,14 +77,14 @@ Json TrackSchema(const Json& value) {
   return {{"anyOf", Json::array({std::move(keys), std::move(with_mode)})}};
 }
 
-/// The definition of tracks of that parameter.
+/// The name of the definition for tracks of this parameter.
 const char* TrackName(const ParameterInfo& info) {
   if (info.type == ParameterType::Vector) return "vector_track";
   if (info.type == ParameterType::Bool) return "switch_track";
   return info.cycle.empty() ? "number_track" : "choice_track";
 }
 
-/// "parameters" and "keyframes" of a class.
+/// Adds "parameters" and "keyframes" of a class.
 void AddBody(Json& properties, const ClassDescription& description, bool transform) {
   Json parameters = Json::object(), tracks = Json::object();
   if (transform)
@@ -106,7 +106,7 @@ Json Named(const ElementClass& type, bool with_type) {
   return properties;
 }
 
-/// An element of a row: a tag, a material, a texture, a post effect.
+/// An element of an array: a tag, a material, a texture or a post effect.
 Json ElementSchema(const ElementClass& type, bool with_type) {
   Json properties = Named(type, with_type);
   AddBody(properties, type.description, false);
@@ -138,29 +138,11 @@ Json ObjectSchema(const ElementClass& type) {
   return json;
 }
 
-/// What fits a line stands on one.
-void AppendText(const Json& json, const std::string& indent, std::string& text) {
-  const std::string line = json.dump();
-  if (json.is_primitive() || line.size() + indent.size() <= 160) {
-    text += line;
-    return;
-  }
-  text += json.is_array() ? "[" : "{";
-  const char* separator = "\n";
-  for (const auto& [key, value] : json.items()) {
-    text += separator + indent + " ";
-    if (json.is_object()) text += Json(key).dump() + ": ";
-    AppendText(value, indent + " ", text);
-    separator = ",\n";
-  }
-  text += "\n" + indent + (json.is_array() ? "]" : "}");
-}
-
 template <class Make>
 Json AnyOf(const ElementClasses& classes, Make make) {
   Json all = Json::array();
   for (const ElementClass& type : classes.All()) all.push_back(make(type));
-  // An empty "anyOf" is no schema: no class, no element.
+  // An empty "anyOf" is not valid. Without classes no element is allowed.
   return all.empty() ? Json(false) : Json{{"anyOf", std::move(all)}};
 }
 
@@ -228,9 +210,11 @@ Json MakeSchema(const SceneClasses& classes) {
 }  // namespace
 
 std::string SceneSchema(const SceneClasses& classes) {
-  std::string text;
-  AppendText(MakeSchema(classes), "", text);
-  return text;
+  constexpr std::size_t kLineLength = 160;
+  return JsonText(MakeSchema(classes), 1, [](const Json& json, std::size_t column) {
+    std::string line = json.dump();
+    return line.size() + column <= kLineLength ? line : std::string();
+  });
 }
 
 }  // namespace host

@@ -1,4 +1,4 @@
-// The form of scene documents as a JSON schema (draft 2020-12), made from the registered classes.
+// A JSON schema (draft 2020-12) of scene documents, made from the registered classes.
 #pragma once
 
 #include <string>
@@ -7,9 +7,9 @@
 
 namespace host {
 
-/// For editors and programs that write scenes. Every document that the reader takes validates, but
-/// for numbers beyond their bounds, which the reader brings back with a warning. What needs more
-/// than one place to be checked, such as links, is left to the reader.
+/// For editors and programs that write scenes. Every document that the reader accepts validates,
+/// except for numbers out of bounds, which the reader clamps with a warning. The schema doesn't
+/// check relations between places, such as links.
 std::string SceneSchema(const SceneClasses& classes);
 
 }  // namespace host

@@ -3,37 +3,22 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <numbers>
-#include <set>
 
 #include "host/base/document_error.h"
 #include "host/import/model_lens.h"
 #include "host/import/model_materials.h"
 #include "host/import/model_roles.h"
+#include "host/import/node_motion.h"
 #include "host/interface/camera.h"
 #include "host/interface/light.h"
 #include "host/interface/material.h"
 #include "host/model/model_animation.h"
-#include "host/model/model_check.h"
-#include "host/scene/own_classes.h"
+#include "host/scene/builtin_classes.h"
 
 namespace host {
 namespace {
 
-constexpr double kMostShear = 1e-3;
-
-/// Without the noise of the file's floats.
-Vector Tidy(const Vector& v, double steps) {
-  const auto round = [steps](double x) { return std::round(x * steps) / steps + 0.0; };
-  return {round(v.x), round(v.y), round(v.z)};
-}
-
-/// To 0.00001 units and degrees, and 0.000001 of a scale.
-Transform Tidy(const Transform& t) {
-  return {Tidy(t.position, 1e5), Tidy(t.rotation, 1e5), Tidy(t.scale, 1e6)};
-}
-
-/// Without the digits after the point.
+/// The number without its decimals.
 std::string Whole(double number) {
   const std::string text = std::to_string(number);
   return text.substr(0, text.find('.'));
@@ -44,10 +29,10 @@ class ModelImport {
   ModelImport(const ModelFile& file, const FrameRate& fps, const SceneClasses& classes, bool force)
       : file_(file),
         classes_(classes),
-        force_(force),
         animation_(file.Scene(), fps.Value()),
         lenses_(ReadLenses(file)),
-        scale_(file.IsGltf() ? 100 : 1) {
+        scale_(file.IsGltf() ? 100 : 1),
+        motion_(animation_, scale_, force) {
     const std::filesystem::path path = std::filesystem::absolute(file.Path()).lexically_normal();
     document_->name = path.filename().string();
     document_->folder = path.parent_path().string();
@@ -58,8 +43,9 @@ class ModelImport {
     const double farthest =
         std::max(std::abs(animation_.Range().first), std::abs(animation_.Range().second));
     if (!(farthest < 1e7))
-      throw DocumentError("its animation goes to frame " + Whole(farthest) +
-                          ", but scenes go up to 10000000; mend the file or give a lower --fps");
+      throw DocumentError(
+          "its animation reaches frame " + Whole(farthest) +
+          ", but the last possible frame is 10000000; repair the file or pass a lower --fps");
     if (!animation_.IsEmpty()) {
       document_->start = static_cast<std::int32_t>(std::floor(animation_.Range().first));
       document_->end = static_cast<std::int32_t>(std::ceil(animation_.Range().second));
@@ -68,7 +54,7 @@ class ModelImport {
     document_->preview_end = document_->end;
     for (const ElementClass& type : classes_.post_effects.All()) document_->AddVideoPost(type);
     materials_ = ImportMaterials(file_, *document_, classes_);
-    // The importer's own node above those of the file says nothing.
+    // Skip the extra node that the importer adds above the top nodes of the file.
     const aiNode& root = *file_.Scene().mRootNode;
     if (file_.IsGltf() && file_.GltfIndex(root) < 0)
       AddRow(root, nullptr);
@@ -93,13 +79,13 @@ class ModelImport {
                               : has_lens && !turned ? lens->second.type
                                                     : kNullObject;
     SceneObject& object = Make(type, node.mName.C_Str(), parent);
-    Place(object, node);
+    if (!motion_.Place(object, node)) WarnOfShear(node);
     if (type == kPolygonObject) AddMesh(object, node);
     if (roles.object && node.mNumMeshes > 0)
-      Warn(node, "its mesh is left out, since its extras make it another object");
+      Warn(node, "its mesh is ignored, because its extras turn it into another object");
     if (has_lens) {
       SceneObject& lens_object = turned ? Make(lens->second.type, "", &object) : object;
-      if (turned) SetTransform(lens_object, lens->second.turn, node);
+      if (turned && !SetTransform(lens_object, lens->second.turn)) WarnOfShear(node);
       lens->second.Apply(lens_object, scale_);
       if (lens->second.type == kCameraObject) FitPicture(lens->second);
     }
@@ -109,7 +95,7 @@ class ModelImport {
     AddRow(node, &object);
   }
 
-  /// Parameters may link to any object, so that they come last.
+  /// Parameters may link to any object, so they are set last.
   void ApplyRoles() {
     for (const auto& [element, parameters] : roles_)
       ApplyRole(*element, parameters, file_, *document_);
@@ -126,66 +112,22 @@ class ModelImport {
     document_->warnings.push_back("node " + std::string(node.mName.C_Str()) + ": " + what);
   }
 
-  /// From the file's space: with F = diag(1, 1, -1), the matrix M becomes F M F.
-  Matrix ToHost(const Matrix4& m) const {
-    return {Vector{m.a4, m.b4, -m.c4} * scale_,
-            {m.a1, m.b1, -m.c1},
-            {m.a2, m.b2, -m.c2},
-            {-m.a3, -m.b3, m.c3}};
-  }
-
-  void SetTransform(SceneObject& object, const Matrix& matrix, const aiNode& node) {
-    double shear = 0;
-    object.transform = Tidy(ToTransform(matrix, {}, shear));
-    if (shear > kMostShear) Warn(node, "its axes aren't at right angles; they are set upright");
-  }
-
-  void Place(SceneObject& object, const aiNode& node) {
-    SetTransform(object, ToHost(animation_.Local(node, animation_.Range().first)), node);
-    const std::vector<double> keys = animation_.KeyFrames(node);
-    if (keys.empty()) return;
-    // Rotations run along arcs in the file and along angles here: they get keys at each frame.
-    baked_keys_ += keys.back() - keys.front();
-    if (!force_) RefuseBeyond(baked_keys_, kMostModelKeys, "keys of rotations");
-    std::set<double> frames(keys.begin(), keys.end());
-    for (double frame = std::ceil(keys.front()); frame < keys.back(); ++frame) frames.insert(frame);
-
-    Track position, rotation, scale;
-    Vector former = object.transform.rotation;
-    double shear = 0;
-    for (const double frame : frames) {
-      const Transform t = Tidy(ToTransform(ToHost(animation_.Local(node, frame)), former, shear));
-      former = t.rotation;
-      rotation.keys.push_back({frame, t.rotation});
-      if (!std::binary_search(keys.begin(), keys.end(), frame)) continue;
-      position.keys.push_back({frame, t.position});
-      scale.keys.push_back({frame, t.scale});
-    }
-    const auto keep = [](Track& track, std::optional<Track>& kept) {
-      const Vector first = std::get<Vector>(track.keys.front().value);
-      const bool moves = std::any_of(track.keys.begin(), track.keys.end(), [&](const Key& key) {
-        const Vector v = std::get<Vector>(key.value);
-        return Length(v - first) > 1e-5 * std::max(1.0, Length(first));
-      });
-      if (moves) kept = std::move(track);
-    };
-    keep(position, object.position_track);
-    keep(rotation, object.rotation_track);
-    keep(scale, object.scale_track);
+  void WarnOfShear(const aiNode& node) {
+    Warn(node, "its axes aren't at right angles; the shear is removed");
   }
 
   void AddMesh(SceneObject& object, const aiNode& node) {
     BaseContainer& data = object.GetDataInstance();
     data.SetFilename(kMeshFile, {document_->name});
     data.SetString(kMeshFileNode, file_.NodeName(node));
-    // Polygons stand in the order of the node's meshes, lines and points left out.
+    // Polygons are in the order of the node's meshes, without lines and points.
     std::map<SceneMaterial*, IndexRanges> polygons_of;
     std::int32_t next = 0;
     for (unsigned i = 0; i < node.mNumMeshes; ++i) {
       const aiMesh& mesh = *file_.Scene().mMeshes[node.mMeshes[i]];
-      const auto count = static_cast<std::int32_t>(
+      const std::int32_t count =
           std::count_if(mesh.mFaces, mesh.mFaces + mesh.mNumFaces,
-                        [](const aiFace& face) { return face.mNumIndices == 3; }));
+                        [](const aiFace& face) { return face.mNumIndices == 3; });
       if (count > 0)
         polygons_of[materials_[mesh.mMaterialIndex]].emplace_back(next, next + count - 1);
       next += count;
@@ -211,7 +153,7 @@ class ModelImport {
     tag->GetDataInstance().SetString(TEXTURETAG_SELECTION, material.GetName());
   }
 
-  /// Pictures have the sides of the first camera.
+  /// The picture gets the aspect ratio of the first camera.
   void FitPicture(const ModelLens& lens) {
     BaseContainer& render = document_->GetActiveRenderData().GetDataInstance();
     if (lens.aspect <= 0 || fitted_) return;
@@ -222,11 +164,10 @@ class ModelImport {
 
   const ModelFile& file_;
   const SceneClasses& classes_;
-  const bool force_;
-  double baked_keys_ = 0;
   ModelAnimation animation_;
   std::map<const aiNode*, ModelLens> lenses_;
   double scale_;
+  NodeMotion motion_;
   std::unique_ptr<Document> document_ = std::make_unique<Document>();
   std::vector<SceneMaterial*> materials_;
   std::vector<std::pair<ElementState*, JsonPlace>> roles_;
@@ -240,7 +181,7 @@ std::unique_ptr<Document> ImportModel(const std::string& path, std::optional<Fra
   try {
     const ModelFile file(path, force);
     if (!fps && !ModelAnimation(file.Scene(), 25).IsEmpty())
-      throw DocumentError("the file has animation but no frame rate; give it with --fps RATE");
+      throw DocumentError("the file is animated but has no frame rate; pass one with --fps RATE");
     auto document = ModelImport(file, fps.value_or(25), classes, force).Import();
     for (std::string& warning : document->warnings) warning = path + ": " + warning;
     return document;

@@ -1,4 +1,4 @@
-// Scene documents from the files of modeling programs.
+// Turns model files into scene documents.
 #pragma once
 
 #include <memory>
@@ -9,27 +9,26 @@
 
 namespace host {
 
-/// Makes a document of a model file: its tree of nodes with their meshes, which stay in the file,
-/// lights, cameras, materials, pictures and keyframes; and what the key "nimbrix" in the "extras"
-/// of a glTF node says.
+/// Makes a document from a model file: its node tree with meshes (which stay in the file), lights,
+/// cameras, materials, pictures and keyframes, and the key "nimbrix" in the "extras" of glTF nodes.
 ///
-/// The file's right-handed space becomes the host's: z is negated, and glTF's meters count 100
-/// units. Keyframes of rotations are baked to each frame, as three angles.
+/// The right-handed space of the file becomes left-handed by negating z. Lengths in glTF are
+/// meters, 100 units each. Rotations get one key per frame, as three angles.
 ///
 ///     "extras": {"nimbrix": {"volume": {"voxel_size": 4}, "emitter": {"solid": 1}}}
 ///
-/// Each name is a type: one of an object makes the node that object, one of a tag puts the tag on
-/// it. Below stand the parameters, as in documents, but for whole numbers that serve as bools. A
-/// program whose own z points up, and that exports such numbers as its user wrote them, is known by
-/// the file's generator: y and z of vectors with a unit are then exchanged.
+/// Each name is a type. An object type turns the node into that object, a tag type adds that tag.
+/// Parameters follow as in scene documents, except that integers are accepted for bools. Files of
+/// z-up programs that export extras unconverted are recognized by their generator string: y and z
+/// of vectors with a unit are swapped.
 ///
-/// `fps` is the rate of the document; a file with animation needs one. Without `force` work beyond
-/// the bounds of model_check.h is refused. Throws DocumentError, with
-/// the path as given in front: the file can't be read, the rate is missing, or extras are wrong.
+/// `fps` is the frame rate of the document; it is required for animated files. Files beyond the
+/// limits of model_check.h are refused unless `force` is set. Throws DocumentError, with the path
+/// as given in front, if the file can't be read, the rate is missing, or the extras are wrong.
 std::unique_ptr<Document> ImportModel(const std::string& path, std::optional<FrameRate> fps,
                                       const SceneClasses& classes, bool force = false);
 
-/// True if the file has animation, so that ImportModel needs a rate. False for a file that can't be
+/// True if the file is animated, so that ImportModel needs a rate. False for a file that can't be
 /// read.
 bool NeedsRate(const std::string& path);
 

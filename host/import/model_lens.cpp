@@ -16,7 +16,7 @@ namespace {
 constexpr double kDegree = 180 / std::numbers::pi;
 constexpr double kLumensPerWatt = 683;
 
-/// Sets color and intensity from a color of any strength.
+/// Splits a color of any strength into color and intensity.
 void SetColor(BaseContainer& data, const Vector& color) {
   const double strength = std::max({color.x, color.y, color.z});
   data.SetReal(LIGHT_INTENSITY, strength);
@@ -64,7 +64,7 @@ ModelLens GltfCamera(const Json& json) {
   return lens;
 }
 
-/// The matrix whose z axis, in the host's space, is the file's direction.
+/// A matrix whose z axis is the direction from the file, in the host's space.
 Matrix TurnTo(const aiVector3D& direction, const aiVector3D& up) {
   const auto wide = [](const aiVector3D& v) { return Vector{v.x, v.y, -v.z}; };
   Vector z = wide(direction);
@@ -109,7 +109,7 @@ void ReadGltf(const ModelFile& file, const aiNode& node, std::map<const aiNode*,
       lights("/extensions/KHR_lights_punctual/lights");
   const int index = file.GltfIndex(node);
   if (index >= 0) {
-    const Json& json = file.Gltf().at("nodes").at(static_cast<std::size_t>(index));
+    const Json& json = file.Gltf().at("nodes").at(index);
     if (json.contains("camera"))
       all[&node] = GltfCamera(file.Gltf().at("cameras").at(json.at("camera").get<std::size_t>()));
     if (json.contains(light_of) && file.Gltf().contains(lights))
@@ -136,7 +136,7 @@ std::map<const aiNode*, ModelLens> ReadLenses(const ModelFile& file) {
     try {
       ReadGltf(file, *scene.mRootNode, all);
     } catch (const Json::exception&) {
-      throw DocumentError("a light or a camera isn't as glTF has it; export the file anew");
+      throw DocumentError("a light or a camera isn't valid glTF; export the file again");
     }
     return all;
   }

@@ -9,7 +9,7 @@
 #include <assimp/scene.h>
 
 #include "host/interface/material.h"
-#include "host/scene/own_classes.h"
+#include "host/scene/builtin_classes.h"
 
 namespace host {
 namespace {
@@ -31,7 +31,7 @@ class MaterialImport {
     if (source.Get(AI_MATKEY_ROUGHNESS_FACTOR, roughness) == AI_SUCCESS) {
       const double plain = 0.04 * (1 - metallic);
       data.SetVector(MATERIAL_REFLECTION, Vector{plain, plain, plain} + color * metallic);
-      data.SetReal(MATERIAL_ROUGHNESS, std::clamp(static_cast<double>(roughness), 0.0, 1.0));
+      data.SetReal(MATERIAL_ROUGHNESS, std::clamp<double>(roughness, 0, 1));
     }
     data.SetVector(MATERIAL_COLOR, color * (1 - metallic));
     aiColor3D emission;
@@ -56,8 +56,7 @@ class MaterialImport {
   static double Number(const aiMaterial& source, const char* key, unsigned type, unsigned index,
                        double fallback) {
     float number = 0;
-    return source.Get(key, type, index, number) == AI_SUCCESS ? static_cast<double>(number)
-                                                              : fallback;
+    return source.Get(key, type, index, number) == AI_SUCCESS ? number : fallback;
   }
 
   static Vector ColorOf(const aiMaterial& source) {
@@ -68,13 +67,13 @@ class MaterialImport {
     return {0.8, 0.8, 0.8};
   }
 
-  /// The picture of the first of two types that the material has; null if it has none.
+  /// The picture of the first texture type that the material has, or null.
   SceneShader* Picture(const aiMaterial& source, aiTextureType first, aiTextureType second) {
     aiString path;
     if (source.GetTexture(first, 0, &path) != AI_SUCCESS &&
         source.GetTexture(second, 0, &path) != AI_SUCCESS)
       return nullptr;
-    // A picture inside of the model file has a number: "*0".
+    // Pictures inside the model file are numbered: "*0".
     std::string name = path.C_Str();
     name =
         name.front() == '*' ? std::filesystem::path(file_.Path()).filename().string() + name : name;
@@ -103,7 +102,7 @@ std::vector<SceneMaterial*> ImportMaterials(const ModelFile& file, Document& doc
   for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
     const unsigned index = scene.mMeshes[i]->mMaterialIndex;
     aiString name;
-    // The importers give meshes without a material one of their own making.
+    // The importer adds a default material to meshes without one.
     const bool made_up = scene.mMaterials[index]->Get(AI_MATKEY_NAME, name) != AI_SUCCESS ||
                          name == aiString(AI_DEFAULT_MATERIAL_NAME) || name.length == 0;
     if (!materials[index] && !made_up) materials[index] = import.Add(*scene.mMaterials[index]);

@@ -8,11 +8,11 @@
 
 namespace host {
 
-/// Adds the file's materials that its meshes use to the document, with their pictures as textures;
-/// one entry for each of the file's, null for one that isn't used.
+/// Adds the materials that the meshes of the file use to the document, and their pictures as
+/// textures. Returns one entry per material of the file, null for unused ones.
 ///
-/// Of base color c, metallic m and roughness r of glTF comes the scattered share c (1 - m), the
-/// mirrored share 0.04 (1 - m) + c m, and the roughness r.
+/// For base color c, metallic m and roughness r of glTF, the diffuse color is c (1 - m), the
+/// reflection is 0.04 (1 - m) + c m, and the roughness is r.
 std::vector<SceneMaterial*> ImportMaterials(const ModelFile& file, Document& document,
                                             const SceneClasses& classes);
 

@@ -12,16 +12,17 @@ namespace {
 
 const Json kNothing = Json::object();
 
-/// True if the file comes from a program with z up whose exporter turns the scene, but not the
-/// numbers in extras.
+/// True if the file comes from a z-up program whose exporter rotates the scene but not the numbers
+/// in extras.
 bool HasExtrasWithZUp(const ModelFile& file) {
   static const Json::json_pointer place("/asset/generator");
   const Json& json = file.Gltf();
-  const bool told = json.contains(place) && json.at(place).is_string();
-  return told && json.at(place).get<std::string>().find("Blender") != std::string::npos;
+  const bool has_generator = json.contains(place) && json.at(place).is_string();
+  return has_generator && json.at(place).get<std::string>().find("Blender") != std::string::npos;
 }
 
-/// The value as documents have it: modeling programs know no bools, and numbers with a point only.
+/// Converts a value to the form used in documents. Modeling programs may lack bools, and may write
+/// integers as floats.
 Json AsInDocuments(const ParameterInfo& info, const Json& value) {
   if (info.type == ParameterType::Bool && value.is_number_integer()) return value != 0;
   const bool whole = info.type == ParameterType::Long && value.is_number_float() &&
@@ -36,7 +37,7 @@ NodeRoles ReadRoles(const ModelFile& file, const aiNode& node, const SceneClasse
   NodeRoles roles{nullptr, JsonPlace(kNothing, ""), {}};
   const int index = file.GltfIndex(node);
   if (index < 0) return roles;
-  const Json& json = file.Gltf().at("nodes").at(static_cast<std::size_t>(index));
+  const Json& json = file.Gltf().at("nodes").at(index);
   static const Json::json_pointer path("/extras/nimbrix");
   if (!json.contains(path)) return roles;
   const JsonPlace all(json.at(path), "nodes[" + std::to_string(index) + "].extras.nimbrix");
@@ -52,7 +53,7 @@ NodeRoles ReadRoles(const ModelFile& file, const aiNode& node, const SceneClasse
       for (const std::string& tag : classes.tags.Names()) known.push_back(tag);
       all.Fail("unknown type " + Quoted(name) + DidYouMean(name, known));
     }
-    if (roles.object) all.Fail("a node can be one object only; leave one of its types out");
+    if (roles.object) all.Fail("a node can only be one object; remove one of its types");
     roles.object = type;
     roles.object_parameters = all.At(name);
   }
@@ -69,7 +70,7 @@ void ApplyRole(ElementState& element, const JsonPlace& parameters, const ModelFi
     const ParameterInfo& info = *description.Find(key);
     const Json json = AsInDocuments(info, value);
     ParameterValue read = ReadValue(info, {json, parameters.At(key).Place()}, document);
-    // (x, y, z) with z up is (x, z, -y) with y up, of which z is negated. Colors have no unit.
+    // (x, y, z) with z up is (x, z, -y) with y up, and z is negated again. Colors have no unit.
     auto* v = std::get_if<Vector>(&read);
     if (v && !info.unit.empty() && HasExtrasWithZUp(file)) std::swap(v->y, v->z);
     element.data.Set(info.id, read);

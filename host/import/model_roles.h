@@ -1,4 +1,4 @@
-// What a model file's "extras" say of its nodes.
+// Roles of nodes, from the "extras" of a glTF file.
 #pragma once
 
 #include <utility>
@@ -12,16 +12,17 @@ namespace host {
 
 /// The roles of one node.
 struct NodeRoles {
-  const ElementClass* object = nullptr;  ///< null: what the node is by itself
+  const ElementClass* object = nullptr;  ///< null: the node keeps its type
   JsonPlace object_parameters;
   std::vector<std::pair<const ElementClass*, JsonPlace>> tags;
 };
 
-/// Reads the roles of the node. Throws DocumentError with the place in the file's text for a name
-/// that is no type.
+/// Reads the roles of the node. Throws DocumentError, with the place in the JSON text, for a name
+/// that isn't a type.
 NodeRoles ReadRoles(const ModelFile& file, const aiNode& node, const SceneClasses& classes);
 
-/// Sets an element's parameters from a role. Throws DocumentError, with the place in the text.
+/// Sets the parameters of an element from a role. Throws DocumentError with the place in the JSON
+/// text.
 void ApplyRole(ElementState& element, const JsonPlace& parameters, const ModelFile& file,
                Document& document);
 

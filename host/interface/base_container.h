@@ -1,7 +1,7 @@
-// The host's store of parameter values: a map from an id to a value.
+// The host's storage for parameter values: a map from ids to values.
 //
-// Every scene element carries one. Readers ask with the value to take if the id is missing, so a
-// plug-in works on documents that were written before a parameter existed.
+// Every element of a scene has one. Readers pass a default for missing ids, so a plug-in works with
+// documents that were written before a parameter existed.
 #pragma once
 
 #include <algorithm>
@@ -22,21 +22,21 @@ namespace host {
 
 class BaseList2D;
 
-/// A path. In a container a relative one counts from the folder of the document
-/// (BaseDocument::Resolve); elsewhere from the current folder.
+/// A path. In a container, a relative path is relative to the folder of the document
+/// (BaseDocument::Resolve), elsewhere to the current folder.
 struct Filename {
   std::string path;
   friend bool operator==(const Filename&, const Filename&) = default;
 };
 
-/// How a curve comes to a point, or leaves it.
+/// How a curve arrives at a point, or leaves it.
 enum class CurveMode : std::int32_t {
   Linear = 0,  ///< straight to the neighbor
   Smooth = 1,  ///< along the chord from neighbor to neighbor; level at the curve's ends
 };
 
-/// A point of a curve that the user draws. `bias`, above 0 and below 1, pulls the span to the right
-/// of the point towards one of its ends; at 0.5 it pulls to neither.
+/// A point of a user-defined curve. `bias`, above 0 and below 1, pulls the segment to the right of
+/// the point toward one of its ends. 0.5 is neutral.
 struct CurvePoint {
   double x = 0, y = 0;
   CurveMode in_mode = CurveMode::Smooth, out_mode = CurveMode::Smooth;
@@ -44,24 +44,24 @@ struct CurvePoint {
   friend bool operator==(const CurvePoint&, const CurvePoint&) = default;
 };
 
-/// A function of one variable, in any order of its points.
+/// A function of one variable. The points may be in any order.
 using CurvePoints = std::vector<CurvePoint>;
 
 /// Elements of the document, in any order.
 using LinkList = std::vector<BaseList2D*>;
 
-/// One value. The order of the alternatives is that of ParameterType; a button has none.
+/// One value. The alternatives are in the order of ParameterType. A button has no value.
 using ParameterValue =
     std::variant<bool, std::int32_t, double, Vector, BaseTime, std::string, Filename, BaseList2D*,
                  CurvePoints, Gradient, LinkList, std::monostate>;
 
-/// No locks: the thread that evaluates the document, and no other, may use the containers of its
+/// Not thread-safe: only the thread that evaluates the document may use the containers of its
 /// elements.
 class BaseContainer {
  public:
-  /// The value under `id`, or `fallback` if there is none or it is of another kind. Bool, long and
-  /// real are read as one another: a real as a long loses its fraction and stays within its range,
-  /// anything but 0 is true.
+  /// The value with this id, or `fallback` if there is none or it has another type. Bool, long and
+  /// real convert to each other: a real loses its fraction and is clamped to the range of a long,
+  /// and any number except 0 is true.
   bool GetBool(std::int32_t id, bool fallback = false) const { return Number<bool>(id, fallback); }
   std::int32_t GetLong(std::int32_t id, std::int32_t fallback = 0) const {
     return Number<std::int32_t>(id, fallback);
@@ -87,9 +87,9 @@ class BaseContainer {
   Gradient GetGradient(std::int32_t id, const Gradient& fallback = {}) const {
     return Get<Gradient>(id, fallback);
   }
-  /// Elements owned by their document, none of them null.
+  /// The linked elements, owned by their document. None is null.
   LinkList GetLinks(std::int32_t id) const { return Get<LinkList>(id, {}); }
-  /// The element linked to, owned by its document; null if there is none.
+  /// The linked element, owned by its document. Null if there is none.
   BaseList2D* GetLink(std::int32_t id) const { return Get<BaseList2D*>(id, nullptr); }
 
   void SetBool(std::int32_t id, bool value) { Set(id, value); }
@@ -107,7 +107,7 @@ class BaseContainer {
   void Set(std::int32_t id, ParameterValue value) {
     values_.insert_or_assign(id, std::move(value));
   }
-  /// Null if there is no value under `id`; valid until the id is removed.
+  /// Null if there is no value with this id. Valid until the id is removed.
   const ParameterValue* Find(std::int32_t id) const {
     const auto found = values_.find(id);
     return found == values_.end() ? nullptr : &found->second;

@@ -1,6 +1,6 @@
-// Time in the host: a fraction of whole numbers, in seconds.
+// Times of the host: fractions of integers, in seconds.
 //
-// A frame's time is frame / rate, so no sum of frame lengths ever drifts.
+// The time of a frame is frame / rate, so sums of frame lengths never drift.
 #pragma once
 
 #include <cmath>
@@ -11,14 +11,14 @@
 
 namespace host {
 
-/// numerator / denominator seconds. The denominator is above 0; fractions aren't reduced.
+/// numerator / denominator seconds. The denominator is above 0. Fractions are not reduced.
 class BaseTime {
  public:
   constexpr BaseTime() = default;
   constexpr BaseTime(std::int64_t numerator, std::int64_t denominator)
       : numerator_(numerator), denominator_(denominator) {}
 
-  /// The nearest millionth of a second.
+  /// Rounds to a millionth of a second.
   static BaseTime FromSeconds(double seconds) { return {std::llround(seconds * 1e6), 1000000}; }
   static constexpr BaseTime FromFrame(std::int64_t frame, const FrameRate& rate) {
     return {frame * rate.Denominator(), rate.Numerator()};
@@ -30,13 +30,13 @@ class BaseTime {
   /// Seconds.
   double Get() const { return static_cast<double>(numerator_) / static_cast<double>(denominator_); }
 
-  /// The frame that is showing at this time: floor(time * rate), below 0 too.
+  /// The frame at this time: floor(time * rate), also for negative times.
   constexpr std::int64_t GetFrame(const FrameRate& rate) const {
     const auto [n, d] = InFrames(rate);
     return static_cast<std::int64_t>(n / d - (n % d < 0 ? 1 : 0));
   }
-  /// Where between two frames the time lies: 2.5 is halfway from frame 2 to frame 3. A frame's own
-  /// time gives exactly its number.
+  /// The position between frames: 2.5 is halfway from frame 2 to frame 3. The time of a frame gives
+  /// exactly its number.
   double GetFramePosition(const FrameRate& rate) const {
     const auto [n, d] = InFrames(rate);
     return static_cast<double>(n) / static_cast<double>(d);
@@ -49,7 +49,7 @@ class BaseTime {
   friend constexpr bool operator<(const BaseTime& a, const BaseTime& b) {
     return Wide{a.numerator_} * b.denominator_ < Wide{b.numerator_} * a.denominator_;
   }
-  /// In lowest terms; the nearest millionth where these don't fit.
+  /// In lowest terms. Rounded to a millionth if these don't fit.
   friend BaseTime operator+(const BaseTime& a, const BaseTime& b) {
     const auto [n, d] =
         Reduced({Wide{a.numerator_} * b.denominator_ + Wide{b.numerator_} * a.denominator_,

@@ -1,4 +1,4 @@
-// A thread of the plug-in as the host knows it.
+// A thread of a plug-in.
 #pragma once
 
 #include <atomic>
@@ -15,9 +15,9 @@ class BreakTest {
   virtual bool TestBreak() const = 0;
 };
 
-/// Derive, give Main a body, Start it. Start, End and the destructor belong to one owner thread;
-/// IsRunning and TestBreak may be called from anywhere. A derived class must call End(true) in its
-/// own destructor, before its members go.
+/// Derive a class, implement Main, call Start. Start, End and the destructor belong to one owner
+/// thread. IsRunning and TestBreak may be called from any thread. A derived class must call
+/// End(true) in its own destructor, before its members are destroyed.
 class C4DThread : public BreakTest {
  public:
   C4DThread() = default;
@@ -25,7 +25,7 @@ class C4DThread : public BreakTest {
   C4DThread(const C4DThread&) = delete;
   C4DThread& operator=(const C4DThread&) = delete;
 
-  /// Runs Main on a new thread. False, and nothing happens, while the former one still runs.
+  /// Runs Main on a new thread. False, without any effect, while the previous run is still active.
   bool Start() {
     if (IsRunning()) return false;
     End(true);
@@ -38,7 +38,7 @@ class C4DThread : public BreakTest {
     return true;
   }
 
-  /// Asks the thread to stop; with `wait`, returns when it has.
+  /// Asks the thread to stop. With `wait`, returns after it has stopped.
   void End(bool wait) {
     stop_ = true;
     if (wait && thread_.joinable()) thread_.join();
@@ -47,7 +47,7 @@ class C4DThread : public BreakTest {
   /// True from Start until Main has returned.
   bool IsRunning() const { return running_; }
 
-  /// True once End was called: Main should return soon.
+  /// True after End was called; Main should then return soon.
   bool TestBreak() const final { return stop_; }
 
   virtual std::string GetThreadName() const = 0;

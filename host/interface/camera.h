@@ -5,10 +5,10 @@
 
 namespace host {
 
-/// Parameters of a camera object. It looks along its z axis, with y up, in central perspective.
+/// Parameters of a camera object. It looks along its z axis, with y up, in perspective.
 enum CameraParameter : std::int32_t {
-  CAMERA_FIELD_OF_VIEW = 1201,  ///< real, degrees: angle over the picture's width
-  CAMERA_NEAR = 1202,           ///< real, units: nothing closer is seen, measured along z
+  CAMERA_FIELD_OF_VIEW = 1201,  ///< real, degrees: angle across the picture's width
+  CAMERA_NEAR = 1202,           ///< real, units: nothing closer is visible, measured along z
 };
 
 /// Parameters of the document's render settings (BaseDocument::GetActiveRenderData).
@@ -18,9 +18,9 @@ enum RenderParameter : std::int32_t {
   RENDER_SAMPLES = 5003,     ///< long: per pixel
   RENDER_BACKGROUND = 5004,  ///< vector: radiance of a ray that hits nothing
   RENDER_CAMERA = 5005,      ///< link to a camera; none: the first one of the document
-  RENDER_SHUTTER = 5006,     ///< real, frames: surfaces and camera blur by their way in this time,
-                             ///< from the frame on; 0 for none
-  RENDER_BOUNCES = 5007,     ///< long: how often light goes on from one diffuse surface to another
+  RENDER_SHUTTER = 5006,     ///< real, frames: how long the shutter is open for motion blur,
+                             ///< starting at the frame; 0 for none
+  RENDER_BOUNCES = 5007,     ///< long: number of diffuse bounces of light
   RENDER_FRAME_RATE = 5020,  ///< real, frames per second; 0: the document's
 };
 

@@ -1,5 +1,5 @@
-// Frame rates: fractions of whole numbers. 29.97 stands for 30000/1001, so frames and their times
-// agree for as long as a scene runs.
+// Frame rates: fractions of integers. 29.97 means 30000/1001, so frames and times agree however
+// long a scene is.
 #pragma once
 
 #include <charconv>
@@ -11,7 +11,7 @@
 
 namespace host {
 
-/// Frames per second, in lowest terms. A whole number converts by itself.
+/// Frames per second, in lowest terms. Integers convert implicitly.
 class FrameRate {
  public:
   static constexpr double kLowest = 0.001, kHighest = 10000;
@@ -22,9 +22,10 @@ class FrameRate {
       : numerator_(numerator / std::gcd(numerator, denominator)),
         denominator_(denominator / std::gcd(numerator, denominator)) {}
 
-  /// The rate that people mean by a decimal number: a whole one; for 23.976, 29.97, 59.94 and
-  /// their like the exact rate of video, a multiple of 24 or 30 times 1000/1001; else the simplest
-  /// fraction. Nothing, and `error` in words that follow the number, for one out of the bounds.
+  /// The rate that people mean by a decimal number: an integer; the exact video rate for 23.976,
+  /// 29.97, 59.94 and similar (a multiple of 24 or 30, times 1000/1001); otherwise the simplest
+  /// fraction. Out of bounds it returns nothing, and `error` is set to words that follow the
+  /// number.
   static std::optional<FrameRate> FromReal(double real, std::string& error);
   /// "25", "29.97" as FromReal, or "30000/1001".
   static std::optional<FrameRate> Parse(const std::string& text, std::string& error);
@@ -58,14 +59,14 @@ inline std::optional<FrameRate> FrameRate::FromReal(double real, std::string& er
   if (!error.empty()) return {};
   const double whole = std::round(real);
   if (whole > 0 && std::abs(real - whole) < 1e-6) return static_cast<std::int32_t>(whole);
-  const double nominal = std::round(real * 1.001);  // 23.98 is written for 23.976 too
+  const double nominal = std::round(real * 1.001);  // people also write 23.98 for 23.976
   const bool of_video = std::fmod(nominal, 24) == 0 || std::fmod(nominal, 30) == 0;
   if (nominal > 0 && of_video && std::abs(real - nominal / 1.001) < 0.005)
     return FrameRate(static_cast<std::int64_t>(nominal) * 1000, 1001);
   return Simplest(real);
 }
 
-/// The first convergent of the continued fraction that a double can't tell from `real`.
+/// The first convergent of the continued fraction that equals `real` in double precision.
 inline FrameRate FrameRate::Simplest(double real) {
   std::int64_t p = 1, q = 0, p_before = 0, q_before = 1;
   double rest = real;
@@ -98,7 +99,7 @@ inline std::optional<FrameRate> FrameRate::Parse(const std::string& text, std::s
   if (!is_fraction || at != end || numerator <= 0 || denominator <= 0) return {};
   const FrameRate rate(numerator, denominator);
   if (rate.numerator_ > kMostNumerator || rate.denominator_ > kMostDenominator) {
-    error = "has too large numbers; give a simpler fraction";
+    error = "has too large numbers; use a simpler fraction";
     return {};
   }
   if (!FromReal(rate.Value(), error)) return {};

@@ -1,4 +1,4 @@
-// A color and an opacity that change along the unit interval.
+// Color and opacity as functions on the unit interval.
 #pragma once
 
 #include <algorithm>
@@ -9,26 +9,27 @@
 
 namespace host {
 
-/// How a gradient goes from a knot to the next one.
+/// Interpolation from a knot to the next one.
 enum class GradientMode : std::int32_t {
   Linear = 0,
   Smooth = 1,  ///< level at both knots
-  Step = 2,    ///< the knot's own values, up to the next one
+  Step = 2,    ///< the knot's values up to the next knot
 };
 
 struct GradientKnot {
   double position = 0;  ///< 0 to 1
-  Vector color;         ///< linear light, at least 0; above 1 is fine
+  Vector color;         ///< linear light, at least 0, may exceed 1
   double alpha = 1;     ///< 0 to 1
   GradientMode mode = GradientMode::Linear;
   friend bool operator==(const GradientKnot&, const GradientKnot&) = default;
 };
 
 struct Gradient {
-  std::vector<GradientKnot> knots;  ///< by position; of two at one place the second one counts
+  std::vector<GradientKnot>
+      knots;  ///< sorted by position; of two knots at one position the second counts
 
-  /// Color and opacity at a position: the first knot's before it, the last one's after it. Black
-  /// and opaque without knots. The result's own position and mode mean nothing.
+  /// Color and opacity at a position. Constant before the first knot and after the last. Black and
+  /// opaque without knots. Position and mode of the result have no meaning.
   GradientKnot Evaluate(double position) const {
     const auto right =
         std::upper_bound(knots.begin(), knots.end(), position,

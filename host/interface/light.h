@@ -1,37 +1,37 @@
-// Lights: objects that shine along their z axis, or all around.
+// Lights: objects that shine along their z axis or in all directions.
 #pragma once
 
 #include "host/interface/scene.h"
 
 namespace host {
 
-/// Measure of light: `color` times `intensity` is the radiance, and so the picture's value, of a
-/// white diffuse surface that faces the light. With LIGHT_FALLOFF_INVERSE_SQUARE that holds at the
-/// distance LIGHT_FALLOFF_DISTANCE from the light, and elsewhere it goes with the inverse square.
+/// `color` times `intensity` is the radiance, and so the pixel value, of a white diffuse surface
+/// that faces the light. With LIGHT_FALLOFF_INVERSE_SQUARE this holds at the distance
+/// LIGHT_FALLOFF_DISTANCE; elsewhere it follows the inverse square.
 enum LightParameter : std::int32_t {
   LIGHT_TYPE = 1100,              ///< cycle of LightType
   LIGHT_COLOR = 1101,             ///< vector
   LIGHT_INTENSITY = 1102,         ///< real, at least 0
-  LIGHT_FALLOFF = 1103,           ///< cycle of LightFalloff; of no account for a directional light
+  LIGHT_FALLOFF = 1103,           ///< cycle of LightFalloff; not used by directional lights
   LIGHT_FALLOFF_DISTANCE = 1104,  ///< real, units, above 0
-  LIGHT_INNER_ANGLE = 1105,       ///< real, degrees: whole opening of the cone of full light
-  LIGHT_OUTER_ANGLE = 1106,       ///< real, degrees: whole opening beyond which a spot is dark
+  LIGHT_INNER_ANGLE = 1105,       ///< real, degrees: full angle of the inner, bright cone
+  LIGHT_OUTER_ANGLE = 1106,       ///< real, degrees: full angle outside of which a spot is dark
   LIGHT_SIZE_X = 1107,            ///< real, units: width of an area light along x
   LIGHT_SIZE_Y = 1108,            ///< real, units: height of an area light along y
-  LIGHT_RADIUS = 1109,            ///< real, units: of the ball that a point or spot light is, for
+  LIGHT_RADIUS = 1109,            ///< real, units: radius of a point or spot light, for
                                   ///< soft shadows
   LIGHT_ANGLE = 1110,             ///< real, degrees: apparent diameter of a directional light
   LIGHT_SHADOW = 1111,            ///< cycle of LightShadow
-  LIGHT_EXCLUDE = 100000,         ///< links: objects that the light doesn't reach; nor what lies
-                                  ///< under them
+  LIGHT_EXCLUDE = 100000,         ///< links: objects that the light does not reach, and
+                                  ///< everything under them
 };
 
 enum LightType : std::int32_t {
   LIGHT_TYPE_POINT = 0,
-  LIGHT_TYPE_SPOT = 1,         ///< along z; between the two angles it fades smoothly
-  LIGHT_TYPE_DIRECTIONAL = 2,  ///< parallel light along z, from everywhere
-  LIGHT_TYPE_AREA = 3,         ///< a rectangle around the origin, which shines towards z by the
-                               ///< cosine; its measure holds straight in front of it
+  LIGHT_TYPE_SPOT = 1,         ///< along z; fades smoothly between the two angles
+  LIGHT_TYPE_DIRECTIONAL = 2,  ///< parallel light along z
+  LIGHT_TYPE_AREA = 3,         ///< a rectangle around the origin that emits toward z with the
+                               ///< cosine; its color applies straight in front of it
 };
 
 enum LightFalloff : std::int32_t {
@@ -40,9 +40,9 @@ enum LightFalloff : std::int32_t {
 };
 
 enum LightShadow : std::int32_t {
-  LIGHT_SHADOW_NONE = 0,  ///< nothing stands in the light's way
-  LIGHT_SHADOW_HARD = 1,  ///< as from a point, or of angle 0; an area light as from its center
-  LIGHT_SHADOW_SOFT = 2,  ///< by the light's size
+  LIGHT_SHADOW_NONE = 0,  ///< no shadows
+  LIGHT_SHADOW_HARD = 1,  ///< as if from a point or of angle 0; an area light from its center
+  LIGHT_SHADOW_SOFT = 2,  ///< depending on the size of the light
 };
 
 }  // namespace host

@@ -1,4 +1,4 @@
-// Materials: what surfaces are made of, and how they lie on an object.
+// Materials of surfaces, and their placement on objects.
 #pragma once
 
 #include <cmath>
@@ -10,22 +10,22 @@ namespace host {
 /// The one type of material.
 inline constexpr std::int32_t kMaterial = 5703;
 
-/// Parameters of a material. A color's texture, where there is one, multiplies it.
+/// Parameters of a material. A texture multiplies its color.
 enum MaterialParameter : std::int32_t {
-  MATERIAL_COLOR = 2100,             ///< vector: share of the light that is scattered back
-  MATERIAL_COLOR_TEXTURE = 2101,     ///< link to a shader
-  MATERIAL_EMISSION = 2200,          ///< vector: light that the surface sends out
-  MATERIAL_EMISSION_TEXTURE = 2201,  ///< link to a shader
-  MATERIAL_TRANSPARENCY = 2300,      ///< vector: share of the light that passes straight through
+  MATERIAL_COLOR = 2100,                 ///< vector: fraction of light scattered diffusely
+  MATERIAL_COLOR_TEXTURE = 2101,         ///< link to a shader
+  MATERIAL_EMISSION = 2200,              ///< vector: emitted light
+  MATERIAL_EMISSION_TEXTURE = 2201,      ///< link to a shader
+  MATERIAL_TRANSPARENCY = 2300,          ///< vector: fraction of light that passes through
   MATERIAL_TRANSPARENCY_TEXTURE = 2301,  ///< link to a shader
-  MATERIAL_REFRACTION = 2302,            ///< real: index of refraction, 1 bends nothing
-  MATERIAL_REFLECTION = 2500,            ///< vector: share that is mirrored, facing the surface
-  MATERIAL_ROUGHNESS = 2501,  ///< real: 0 a mirror, 1 as wide as diffuse; the square of it is the
-                              ///< width of the microfacet distribution
-  MATERIAL_MASK_TEXTURE = 2800,  ///< link to a shader: where it is black there is no surface
+  MATERIAL_REFRACTION = 2302,            ///< real: index of refraction, 1 for none
+  MATERIAL_REFLECTION = 2500,            ///< vector: mirrored fraction at normal incidence
+  MATERIAL_ROUGHNESS = 2501,     ///< real: 0 a mirror, 1 as wide as diffuse; its square is the
+                                 ///< width of the microfacet distribution
+  MATERIAL_MASK_TEXTURE = 2800,  ///< link to a shader: black means no surface
 };
 
-/// Channels by number, as SampleChannel takes them.
+/// Channel numbers for SampleChannel.
 enum MaterialChannel : std::int32_t {
   kChannelColor = 0,
   kChannelEmission = 1,
@@ -38,32 +38,33 @@ class BaseMaterial : public BaseList2D {
  public:
   virtual BaseMaterial* GetNext() const = 0;
 
-  /// True if the channel adds something: its texture is set or its color isn't black. False for a
-  /// number that is no channel.
+  /// True if the channel has an effect: its texture is set or its color isn't black. False for an
+  /// unknown channel.
   virtual bool HasChannel(std::int32_t channel) const = 0;
-  /// The channel's color, texture included, at (u, v, 0) of the surface; white where there is no
-  /// such channel. Threads as Texture::Sample.
+  /// The color of the channel including its texture, at (u, v, 0) of the surface. White for an
+  /// unknown channel. May be called from the same threads as Texture::Sample.
   virtual Vector SampleChannel(std::int32_t channel, const Vector& uvw, double time) const = 0;
 };
 
-/// Parameters of a texture tag (type kTextureTag), which puts a material on its object and, where
-/// they have no such tag of their own, on what lies under it. Of several the last one counts.
+/// Parameters of a texture tag (type kTextureTag). It assigns a material to its object, and to
+/// objects under it that have no such tag. If there are several, the last one counts.
 ///
-/// TexturePlacement says which coordinate of the material a coordinate of the mesh is.
+/// TexturePlacement maps coordinates of the mesh to coordinates of the material.
 enum TextureTagParameter : std::int32_t {
   TEXTURETAG_OFFSET_U = 1000,
   TEXTURETAG_OFFSET_V = 1001,
-  TEXTURETAG_LENGTH_U = 1002,  ///< 0 counts as 1
-  TEXTURETAG_LENGTH_V = 1003,  ///< 0 counts as 1
+  TEXTURETAG_LENGTH_U = 1002,  ///< 0 means 1
+  TEXTURETAG_LENGTH_V = 1003,  ///< 0 means 1
   TEXTURETAG_TILE = 1007,
   TEXTURETAG_MIRROR = 1008,
-  TEXTURETAG_MATERIAL = 1010,   ///< link to a material
-  TEXTURETAG_SELECTION = 1011,  ///< text: name of a selection tag of the object; empty: all of it
+  TEXTURETAG_MATERIAL = 1010,  ///< link to a material
+  TEXTURETAG_SELECTION =
+      1011,  ///< text: name of a selection tag of the object; empty: all polygons
 };
 
-/// How a texture tag lays its material over an object: a texture coordinate u of the mesh becomes
-/// (u - offset_u) / length_u, and v likewise. With `mirror` every second repetition runs backwards.
-/// Without `tile` there is no material beyond 0 and 1.
+/// How a texture tag places its material on an object: a texture coordinate u of the mesh becomes
+/// (u - offset_u) / length_u, and v likewise. With `mirror`, every second repetition is mirrored.
+/// Without `tile`, there is no material outside of 0 to 1.
 struct TexturePlacement {
   double offset_u = 0, offset_v = 0, length_u = 1, length_v = 1;
   bool tile = true, mirror = false;
@@ -80,7 +81,7 @@ struct TexturePlacement {
     if (length_v == 0) length_v = 1;
   }
 
-  /// Turns coordinates of the mesh into those of the material; false where there is no material.
+  /// Converts coordinates of the mesh to those of the material. False outside the material.
   bool Place(Vector& uvw) const {
     uvw.x = (uvw.x - offset_u) / length_u;
     uvw.y = (uvw.y - offset_v) / length_v;

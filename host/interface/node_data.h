@@ -1,9 +1,8 @@
-// Base classes of what a plug-in adds to the scene: the part of an object or a tag that is the
-// plug-in's own.
+// Base classes for the plug-in's part of objects, tags and post effects.
 //
-// The host makes one instance per element through the factory given at registration, and destroys
-// it with the element. Each call names the element; the instance may keep the reference. All calls
-// come on the thread that uses the document.
+// The host creates one instance per element through the registered factory, and destroys it with
+// the element. Each call passes the element; the instance may keep the reference. All calls come
+// from the thread that uses the document.
 #pragma once
 
 #include <cstdint>
@@ -16,8 +15,8 @@ class NodeData {
  public:
   virtual ~NodeData() = default;
 
-  /// Called once, after the container was filled with the defaults of the description and before
-  /// anything of a document is read into it. False: the element can't be made.
+  /// Called once, after the container was filled with the defaults and before a document is read
+  /// into it. False: the element can't be created.
   virtual bool Init(BaseList2D& node) {
     static_cast<void>(node);
     return true;
@@ -29,16 +28,15 @@ class NodeData {
     return false;
   }
 
-  /// What a panel shows of a parameter where that isn't the container's value: texts and marks that
-  /// no document holds, and values that follow others. True if `value` was set; it is left alone
-  /// otherwise.
+  /// Values for a panel that differ from the container: texts that are not stored, and values that
+  /// depend on others. True if `value` was set; otherwise it must stay unchanged.
   virtual bool GetDParameter(BaseList2D& node, std::int32_t id, ParameterValue& value) {
     static_cast<void>(node), static_cast<void>(id), static_cast<void>(value);
     return false;
   }
 
-  /// False for a parameter or a button that has no effect while the other parameters are as they
-  /// are.
+  /// False for a parameter or button that has no effect with the current values of the other
+  /// parameters.
   virtual bool GetDEnabling(const BaseList2D& node, std::int32_t id) const {
     static_cast<void>(node), static_cast<void>(id);
     return true;
@@ -47,16 +45,16 @@ class NodeData {
 
 class ObjectData : public NodeData {
  public:
-  /// Center and half edges of the bounding box in the object's own space.
+  /// Center and half the edge lengths of the bounding box, in object space.
   virtual void GetDimension(const BaseObject& object, Vector& center, Vector& radius) const {
     static_cast<void>(object);
     center = radius = {};
   }
 
-  /// Moves particles: `particles` are those of one emitter at the document's time, from where they
-  /// go on for `step` seconds. For each one that the object has a say on, add the velocity that it
-  /// wants to the entry of `changes` with the same index, and 1 to its count. Called in
-  /// ExecutePasses, for objects that are switched on, in steps of one frame of the document.
+  /// Moves particles. `particles` are those of one emitter at the document's time, before they move
+  /// for `step` seconds. For each particle that the object affects, add the desired velocity to the
+  /// entry of `changes` with the same index, and 1 to its count. Called in ExecutePasses, for
+  /// enabled objects, in steps of one document frame.
   virtual void ModifyParticles(const BaseObject& object, const Particles& particles,
                                std::vector<ParticleModification>& changes, double step) {
     static_cast<void>(object), static_cast<void>(particles), static_cast<void>(changes);

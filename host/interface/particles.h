@@ -1,4 +1,4 @@
-// Particles, as the host hands them out and as plug-ins move them.
+// Particles, and how plug-ins move them.
 #pragma once
 
 #include <cstdint>
@@ -8,9 +8,9 @@
 
 namespace host {
 
-/// Types of objects with particles (BaseObject::GetParticles). An emitter makes them. A system
-/// holds the particles of all emitters under it. A group shows those of the system that its
-/// parameter kGroupSystem links to; one with children shows none.
+/// Types of objects with particles (BaseObject::GetParticles). An emitter creates them. A system
+/// contains the particles of all emitters under it. A group shows the particles of the system
+/// linked in kGroupSystem. A group with children shows none.
 inline constexpr std::int32_t kParticleEmitter = 5109;
 inline constexpr std::int32_t kParticleGroup = 1001414;
 inline constexpr std::int32_t kParticleSystem = 1001428;
@@ -19,10 +19,10 @@ inline constexpr std::int32_t kGroupSystem = 1001428;
 
 enum ParticleBits : std::uint32_t {
   kParticleVisible = 1,
-  kParticleAlive = 2,  ///< with kParticleVisible: the particle counts
+  kParticleAlive = 2,  ///< a particle counts if it is alive and visible
 };
 
-/// One particle at the document's time, in the world's space.
+/// One particle at the document's time, in world space.
 struct Particle {
   Vector position;
   Vector velocity;  ///< units per second
@@ -33,12 +33,12 @@ struct Particle {
   Vector spin{0, 0, 1};     ///< axis of rotation, of length 1
   double spin_speed = 0;    ///< radians per second about it
   std::uint32_t bits = 0;   ///< of ParticleBits
-  std::int32_t number = 0;  ///< of its birth in its emitter, from 0 on: stays with the particle
+  std::int32_t number = 0;  ///< order of birth in its emitter, from 0; never changes
 };
 using Particles = std::vector<Particle>;
 
-/// What modifiers want of one particle in one step: where any of them has a say, the mean of their
-/// velocities takes the place of the particle's own.
+/// The effect of modifiers on one particle in one step. If any modifier affects it, the mean of
+/// their velocities replaces the particle's velocity.
 struct ParticleModification {
   Vector velocity;         ///< sum over the modifiers, units per second
   std::int32_t count = 0;  ///< of modifiers that added to it

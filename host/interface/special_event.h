@@ -1,4 +1,4 @@
-// Special events: how a thread of a plug-in wakes the main thread and tells it what has happened.
+// Special events: how a thread of a plug-in wakes the main thread and notifies it.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +8,8 @@
 namespace host {
 
 struct SpecialEvent {
-  std::int32_t id = 0;    ///< the plug-in's own
-  std::int32_t code = 0;  ///< what has happened, by the plug-in's count
+  std::int32_t id = 0;    ///< id of the plug-in
+  std::int32_t code = 0;  ///< what happened; defined by the plug-in
   BaseContainer record = {};
 };
 

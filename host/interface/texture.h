@@ -7,34 +7,33 @@
 
 namespace host {
 
-/// What stands behind a shader of the scene, ready for its time. Colors are scene-linear and need
-/// not stay within 0 and 1; where a number is asked for, take Brightness of the color.
+/// The texture of a shader, ready for its time. Colors are scene-linear and may be outside of 0 to
+/// 1. Where a number is needed, use the Brightness of the color.
 ///
-/// A texture never changes once it is made. Sample may be called from any number of threads.
+/// A texture never changes after construction. Sample may be called from any number of threads.
 class Texture {
  public:
   virtual ~Texture() = default;
 
-  /// The color at a point, at `time` seconds. On surfaces the point is (u, v, 0); an image shows
-  /// its whole picture over u and v from 0 to 1, with v downwards, repeats itself beyond, and takes
-  /// no notice of the third coordinate and the time. In space the textures fill all of it.
+  /// The color at a point, at `time` seconds. On surfaces the point is (u, v, 0). An image covers u
+  /// and v from 0 to 1, with v pointing down, repeats beyond, and ignores the third coordinate and
+  /// the time. Other textures fill all of space.
   virtual Vector Sample(const Vector& point, double time) const = 0;
 };
 
-/// The number that a color counts for: the mean of its components.
+/// The number that a color represents: the mean of its components.
 inline double Brightness(const Vector& color) { return (color.x + color.y + color.z) / 3; }
 
 /// An entry of the document's "textures".
 class BaseShader : public BaseList2D {
  public:
   virtual BaseShader* GetNext() const = 0;
-  /// As it is at the document's time. The next ExecutePasses may put another texture in its place:
-  /// who needs this one longer keeps a copy of the pointer. Never null: an image that can't be read
-  /// is an error of the reading.
+  /// The texture at the document's time. The next ExecutePasses may replace it; copy the pointer to
+  /// keep this one. Never null, since an unreadable image is an error when the scene is read.
   virtual const std::shared_ptr<const Texture>& GetTexture() const = 0;
 };
 
-/// The host's own textures.
+/// Built-in textures.
 inline constexpr std::int32_t kImageShader = 5801;
 inline constexpr std::int32_t kNoiseShader = 5802;
 inline constexpr std::int32_t kCheckerShader = 5803;

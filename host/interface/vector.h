@@ -1,8 +1,8 @@
-// Points, directions and matrices of the host's space, as plain values.
+// Points, directions and matrices in the host's space.
 //
-// The space is left-handed: x right, y up, z away from the viewer. One unit is 0.01 m. A polygon's
-// outer side is the one that (b - a) x (c - a) points to, computed with the usual formula of the
-// cross product: seen from outside, its corners run clockwise.
+// The space is left-handed: x right, y up, z away from the viewer. One unit is 0.01 m. The outer
+// side of a polygon is the one that (b - a) x (c - a) points to, with the usual formula of the
+// cross product. Seen from outside, its corners run clockwise.
 #pragma once
 
 #include <cmath>
@@ -31,7 +31,7 @@ inline bool IsFinite(const Vector& a) {
   return std::isfinite(a.x) && std::isfinite(a.y) && std::isfinite(a.z);
 }
 
-/// An affine map: the images of the three axes, and of the origin. A point p goes to
+/// An affine map, given by the images of the three axes and of the origin. A point p maps to
 ///     off + v1 p.x + v2 p.y + v3 p.z.
 struct Matrix {
   Vector off;

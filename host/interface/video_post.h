@@ -1,15 +1,15 @@
-// Post effects: what a plug-in adds to the pictures of the host's renderer.
+// Post effects: plug-in contributions to the pictures of the host's renderer.
 //
-// The host draws surfaces. Along every ray that it casts it asks each post effect for the color
-// that the space adds and the share of light that passes. All colors are linear light.
+// The host renders surfaces. Along every ray it asks each post effect for the color that space adds
+// and the fraction of light that passes. All colors are linear light.
 //
 // A render calls, on the thread of the command, in this order:
 //     Execute(kPhaseSequence, open)
 //       for each frame: Execute(kPhaseFrame, open), rays, Execute(kPhaseFrame, close)
 //     Execute(kPhaseSequence, close)
-// At the opening of a frame the document stands evaluated at the frame, and lights and surfaces are
-// in place. What was opened is closed, after failures and breaks too. In a sequence the document
-// isn't exchanged and no object comes or goes.
+// When a frame opens, the document is evaluated at the frame, and lights and surfaces are ready.
+// Whatever was opened is closed, also after failures and interrupts. Within a sequence the document
+// isn't replaced, and no object is added or removed.
 #pragma once
 
 #include <algorithm>
@@ -23,44 +23,44 @@
 
 namespace host {
 
-/// What kind of ray it is: an or of all that befell the light path from the camera on. 0: a camera
-/// ray, or in CalcShadow a ray to a light. Rays to lights are cast with 0 wherever they start.
+/// The kind of a ray: the bitwise OR of every event on the path since it left the camera. 0 is a
+/// camera ray or, in CalcShadow, a shadow ray. Shadow rays are always cast with 0.
 enum RayType : std::uint32_t {
   kRayCamera = 0,
   kRayReflection = 0x0001,
-  kRayTransparency = 0x0002,  ///< went straight through a surface
+  kRayTransparency = 0x0002,  ///< passed straight through a surface
   kRayRefraction = 0x0004,
   kRayRoughReflection = 0x0010,
   kRayRoughTransparency = 0x0020,
   kRayRoughRefraction = 0x0040,
-  kRayIndirect = 0x0400,   ///< gathers light for a diffuse surface
-  kRayOcclusion = 0x2000,  ///< asks how open the surroundings are; not cast by the small host
-  kRayNotCamera = 0x1980,  ///< other purposes; any of these bits: no camera ray
+  kRayIndirect = 0x0400,   ///< gathers indirect light for a diffuse surface
+  kRayOcclusion = 0x2000,  ///< ambient occlusion; not cast by the small host
+  kRayNotCamera = 0x1980,  ///< other purposes; any of these bits: not a camera ray
 };
 
 struct VolumeRay {
   Vector origin;
   Vector direction;  ///< of unit length
-  /// Where the ray ends, from the origin: at a surface, or at the light. Infinite: nowhere.
+  /// Distance from the origin to the end of the ray: a surface or the light. Infinite if it hits
+  /// nothing.
   double surface_distance = std::numeric_limits<double>::infinity();
   std::uint32_t type = kRayCamera;
   std::int32_t thread = 0;  ///< from 0 to the render's thread count - 1
-  /// Pixel of the whole picture, from its upper left corner, and number of the sample in it. -1 in
-  /// rays that belong to no pixel.
+  /// Pixel of the whole picture, from its upper left corner, and index of the sample. -1 for rays
+  /// that belong to no pixel.
   std::int32_t x = -1, y = -1, sample = -1;
-  /// Where to start random numbers: differs from ray to ray, and is the same for any number of
-  /// threads.
+  /// Seed for random numbers. Differs from ray to ray and doesn't depend on the number of threads.
   std::uint64_t seed = 0;
   bool light_query = false;  ///< cast by VolumeData::Illuminate
 };
 
-/// A light, as it is at the frame.
+/// A light at the frame.
 struct RayLight {
   BaseObject* object = nullptr;  ///< null for a light that the host adds to a scene without any
-  Vector position;               ///< far away for a light without a place
+  Vector position;               ///< far away for a directional light
   Vector color;                  ///< with its brightness
-  std::int32_t type = 0;         ///< as the light object's parameter has it
-  /// Objects that the light passes by as if it weren't there, ascending by address.
+  std::int32_t type = 0;         ///< LightType
+  /// Objects that the light ignores, sorted by address.
   std::vector<const BaseObject*> excluded = {};
 
   bool Reaches(const BaseObject* lit) const {
@@ -68,59 +68,61 @@ struct RayLight {
   }
 };
 
-/// One ray, its results, and what can be asked along it. Belongs to one thread.
+/// One ray, its results, and queries along it. Belongs to one thread.
 class VolumeData {
  public:
   virtual ~VolumeData() = default;
 
   VolumeRay ray;
 
-  /// Results of CalcVolumetric: light that is added, already dimmed on its way to the ray's origin.
+  /// Result of CalcVolumetric: light that is added, already attenuated on its way to the ray's
+  /// origin.
   Vector color;
-  /// Results of CalcVolumetric and CalcShadow: the share that passes from end to end, per channel.
+  /// Result of CalcVolumetric and CalcShadow: the fraction of light that passes from end to end,
+  /// per channel.
   Vector transparency{1, 1, 1};
-  /// A result too: `color`, and but for camera rays 1 - `transparency`, went through the sRGB
-  /// curve. The host, which mixes light in linear form, takes them back through it.
+  /// Result: `color` and, except for camera rays, 1 - `transparency` are sRGB encoded. The host
+  /// decodes them, because it works in linear light.
   bool encoded = false;
 
-  /// Lights of the render; the list stays the same while a frame is open.
+  /// Lights of the render. The list doesn't change while a frame is open.
   virtual std::int32_t GetLightCount() const = 0;
   virtual const RayLight& GetLight(std::int32_t index) const = 0;
 
-  /// Light that arrives at a point of the world from one light, as a surface facing it would get it
-  /// (irradiance over pi), with the shadows of surfaces and post effects: CalcShadow is called on
-  /// this thread, with another VolumeData of the same ray.thread. Whether the light reaches who
-  /// asks (RayLight::Reaches) is the asker's business. `direction` goes from the point towards the
-  /// light, with unit length, or is zero. The answer depends on the point alone, for any number of
-  /// threads. False, with color black: the light doesn't reach the point.
+  /// Light from one light at a point of the world, as received by a surface that faces it
+  /// (irradiance over pi), with shadows of surfaces and post effects. CalcShadow is called on this
+  /// thread with another VolumeData of the same ray.thread. The caller must check whether the light
+  /// reaches its object (RayLight::Reaches). `direction` is a unit vector from the point toward the
+  /// light, or zero. The result depends only on the point, not on the number of threads. False,
+  /// with black `color`: the light doesn't reach the point.
   virtual bool Illuminate(std::int32_t light, const Vector& point, Vector& color,
                           Vector& direction) = 0;
 };
 
-/// What a post effect answers to Execute. The values are the host's own.
+/// The result of Execute. The values are those of the host.
 enum class RenderResult : std::int32_t {
   Ok = 0,
   OutOfMemory = 1,
   Failed = 2,
-  UserBreak = 6,  ///< broken off by the user, or for a reason that the effect has told
+  UserBreak = 6,  ///< stopped by the user, or for a reason that the effect has reported
 };
 
 enum class RenderPhase { Sequence, Frame };
 
-/// What the user says about files of an earlier run that an effect would write over.
+/// What the user wants to do with files of an earlier run that an effect would overwrite.
 enum class OldFiles {
-  Unanswered,  ///< nobody could be asked: they must stay as they are
+  Unanswered,  ///< no answer: they must stay
   Overwrite,
   MakeNew,  ///< they stay, and the effect writes elsewhere
 };
 
-/// Why an effect doesn't begin.
+/// Why an effect refuses to start.
 enum class Refusal {
   BadScene,    ///< the scene must be changed
-  NotAllowed,  ///< the user's leave is missing
+  NotAllowed,  ///< the user has not allowed it
 };
 
-/// A render, from the opening of its sequence to the closing. Main thread only, but for TestBreak,
+/// A render, from the opening of its sequence to the closing. Main thread only, except TestBreak,
 /// SetProgress and the contexts.
 class BaseRender {
  public:
@@ -130,34 +132,34 @@ class BaseRender {
   virtual std::int32_t GetWidth() const = 0;  ///< of the whole picture, in pixels
   virtual std::int32_t GetHeight() const = 0;
   virtual std::int32_t GetThreadCount() const = 0;
-  /// Document frames: the one that is open, and the ends of the sequence.
+  /// Document frames: the open one, and the first and last of the sequence.
   virtual std::int32_t GetFrame() const = 0;
   virtual std::int32_t GetFirstFrame() const = 0;
   virtual std::int32_t GetLastFrame() const = 0;
-  /// Where the frame's camera stands, whether the scene has one or not.
+  /// Position of the frame's camera, whether or not the scene has one.
   virtual Vector GetCameraPosition() const = 0;
-  /// True on a machine that renders frames for another one.
+  /// True on a machine that renders frames for another machine.
   virtual bool IsNetworkClient() const = 0;
 
-  /// A context for queries outside of rays, from thread 0 .. thread count - 1, while a frame is
+  /// A context for queries outside of rays, for threads 0 .. thread count - 1, while a frame is
   /// open. Each thread uses its own.
   virtual VolumeData& GetVolumeData(std::int32_t thread) = 0;
 
   virtual void SetStatusText(const std::string& text) = 0;
-  virtual void SetProgress(double share) = 0;  ///< 0 to 1 of what the status text names
-  /// True once the user wants the render to end.
+  virtual void SetProgress(double share) = 0;  ///< 0 to 1, for the task in the status text
+  /// True if the user wants to end the render.
   virtual bool TestBreak() const = 0;
 
-  /// While the sequence opens: the effect doesn't begin. `why` is one line for the user, with the
-  /// place and the cure. The effect then returns Failed.
+  /// Call while the sequence opens, if the effect can't start. `why` is one line for the user, with
+  /// the place and advice. The effect then returns Failed.
   virtual void Refuse(Refusal kind, const std::string& why) = 0;
   virtual OldFiles AskAboutOldFiles() = 0;
 
-  /// While a frame opens: data that it needs can't be had, and the effect leaves it out of the
-  /// picture. `what` is one line for the user, with the place and the cure. The host decides
-  /// whether the render ends, the frame is passed over, or the picture is made without.
+  /// Call while a frame opens, if data is missing and the effect leaves it out of the picture.
+  /// `what` is one line for the user, with the place and advice. The host then ends the render,
+  /// skips the frame, or renders without the data.
   virtual void ReportMissing(const std::string& what) = 0;
-  /// A line for the user about something that isn't as it should be, and one that only tells.
+  /// A line for the user: about a problem (Warning), or for information only (Note).
   virtual void Warning(const std::string& text) = 0;
   virtual void Note(const std::string& text) = 0;
 };
@@ -167,14 +169,14 @@ class BaseVideoPost : public BaseList2D {};
 
 class VideoPostData : public NodeData {
  public:
-  /// Anything but Ok from an opening ends the render; the result of a closing is ignored. What is
-  /// thrown ends it as well.
+  /// Any result except Ok when opening ends the render. The result of closing is ignored. An
+  /// exception ends the render too.
   virtual RenderResult Execute(BaseVideoPost& node, RenderPhase phase, bool open,
                                BaseRender& render) = 0;
 
-  /// Only while a frame is open, from all render threads at once, and during its opening from the
-  /// effect's own queries of light; they must not throw. `data` comes
-  /// with black and full transparency, which stand for empty space.
+  /// Called while a frame is open, from all render threads at once, and during its opening for the
+  /// effect's own light queries. They must not throw. `data` starts as empty space: black and fully
+  /// transparent.
   virtual void CalcVolumetric(VolumeData& data) = 0;
   virtual void CalcShadow(VolumeData& data) = 0;
 };

@@ -8,7 +8,7 @@
 namespace host {
 namespace {
 
-/// The keys around a time, as indices, and the share of the way from the one to the other.
+/// The keys before and after a time, and the fraction of the way between them.
 template <class Key>
 struct Between {
   Between(const Key* keys, unsigned count, double ticks) {
@@ -49,7 +49,7 @@ double ModelAnimation::ToFrame(double ticks, double ticks_per_second) const {
 ModelAnimation::ModelAnimation(const aiScene& scene, double fps) : scene_(scene), fps_(fps) {
   double first = std::numeric_limits<double>::infinity(), last = -first;
   const auto note = [&](const auto* keys, unsigned count, double rate) {
-    if (count < 2) return;  // a value for all time
+    if (count < 2) return;  // constant
     first = std::min(first, ToFrame(keys[0].mTime, rate));
     last = std::max(last, ToFrame(keys[count - 1].mTime, rate));
   };
@@ -122,7 +122,7 @@ std::vector<double> ModelAnimation::MorphWeights(const aiMesh& mesh, const aiNod
                                                  double frame) const {
   std::vector<double> weights;
   for (unsigned i = 0; i < mesh.mNumAnimMeshes; ++i)
-    weights.push_back(static_cast<double>(mesh.mAnimMeshes[i]->mWeight));
+    weights.push_back(mesh.mAnimMeshes[i]->mWeight);
   const auto found = morphs_.find(node.mName.C_Str());
   if (found == morphs_.end() || found->second.keys->mNumKeys == 0) return weights;
   const auto& [keys, rate] = found->second;
@@ -150,7 +150,7 @@ std::vector<aiVector3t<double>> ModelAnimation::Pose(const aiMesh& mesh, const a
   }
   if (mesh.mNumBones == 0) return points;
 
-  // Linear blend skinning: each bone carries the vertices from the pose in which they were bound.
+  // Linear blend skinning: each bone moves the vertices from the bind pose.
   std::vector<aiVector3t<double>> skinned(points.size());
   std::vector<double> sums(points.size());
   const Matrix4 to_node = Global(node, frame).Inverse();
@@ -163,7 +163,7 @@ std::vector<aiVector3t<double>> ModelAnimation::Pose(const aiMesh& mesh, const a
       const auto [vertex, weight] = bone.mWeights[i];
       if (vertex >= points.size()) continue;
       skinned[vertex] += carry * points[vertex] * static_cast<double>(weight);
-      sums[vertex] += static_cast<double>(weight);
+      sums[vertex] += weight;
     }
   }
   for (std::size_t v = 0; v < points.size(); ++v)

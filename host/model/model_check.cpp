@@ -18,9 +18,9 @@
 
 namespace Assimp {
 
-// The library calls this where a file leads to what its authors held for impossible. Its own
-// definition ends the program. This one, which the loader finds first, ends the reading: what is
-// thrown becomes the library's error text.
+// The library calls this function when a file violates an assumption of its authors. The library's
+// own definition ends the program. The loader finds this definition first. It throws, and the
+// library turns the exception into its error text.
 __attribute__((visibility("default"))) void aiAssertViolation(const char* condition, const char*,
                                                               int);
 void aiAssertViolation(const char* condition, const char*, int) {
@@ -37,7 +37,7 @@ constexpr std::array kCrashes = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
 thread_local const std::string* last_words = nullptr;
 std::array<struct sigaction, kCrashes.size()> former_actions;
 std::string guarded_line;
-alignas(16) char handler_stack[16384];  // the crash may have used up the thread's own
+alignas(16) char handler_stack[16384];  // the crash may have exhausted the stack of the thread
 
 void EndProgram(int signal) {
   if (last_words) {
@@ -55,7 +55,7 @@ std::string Figure(double number) {
   return text.str();
 }
 
-/// The least bytes that the elements of a .ply file need by its header; 0 for any other file.
+/// The minimum number of bytes that the header of a .ply file implies.
 double PlyBytes(std::istream& file) {
   static const std::map<std::string, int> sizes = {
       {"char", 1},  {"uchar", 1},   {"int8", 1},   {"uint8", 1},  {"short", 2}, {"ushort", 2},
@@ -71,15 +71,15 @@ double PlyBytes(std::istream& file) {
     if (key == "format") is_text = type == "ascii";
     if (key == "element" && !(words >> count)) count = 0;
     if (key != "property") continue;
-    if (type == "list") words >> type;  // an empty list has its length alone
+    if (type == "list") words >> type;  // an empty list is only a length
     const auto size = sizes.find(type);
     all += count * (is_text ? 2 : size == sizes.end() ? 1 : size->second);
   }
-  if (!file) throw DocumentError("its head has no end");  // the importer would look for it for ever
+  if (!file) throw DocumentError("its header has no end");  // the importer would search forever
   return all;
 }
 
-/// The bytes that the chunks of a .glb file need by their heads.
+/// The number of bytes that the chunk headers of a .glb file imply.
 double GlbBytes(std::istream& file) {
   double all = 12;
   file.seekg(12);
@@ -102,7 +102,7 @@ void CheckClaims(const std::string& path) {
   if (!is_ply && std::memcmp(magic, "glTF", 4) != 0) return;
   file.seekg(0);
   const auto fail = [&path](const std::string& what) {
-    throw DocumentError(Quoted(path) + " can't be read as a mesh (" + what + "); export it anew");
+    throw DocumentError(Quoted(path) + " can't be read as a mesh (" + what + "); export it again");
   };
   double claimed = 0;
   try {
@@ -110,9 +110,10 @@ void CheckClaims(const std::string& path) {
   } catch (const DocumentError& error) {
     fail(error.what());
   }
-  const auto bytes = static_cast<double>(std::filesystem::file_size(path));
+  const double bytes = std::filesystem::file_size(path);
   if (claimed > bytes)
-    fail("by its head it has at least " + Figure(claimed) + " bytes, but it has " + Figure(bytes));
+    fail("its header claims at least " + Figure(claimed) + " bytes, but the file has " +
+         Figure(bytes));
 }
 
 void CheckPolygons(const aiScene& scene) {
@@ -127,13 +128,13 @@ void CheckPolygons(const aiScene& scene) {
 
 void RefuseBeyond(double count, double most, const std::string& what) {
   if (count > most)
-    throw DocumentError("it asks for " + Figure(count) + " " + what + ", more than " +
-                        Figure(most) + "; mend the file, or give --force to read it all the same");
+    throw DocumentError("it needs " + Figure(count) + " " + what + ", more than " + Figure(most) +
+                        "; repair the file, or pass --force to read it anyway");
 }
 
 ModelGuard::ModelGuard(const std::string& path) {
   guarded_line = "nimbrix: error: " + Quoted(path) +
-                 " is damaged, and the import library broke down on it; export it anew\n";
+                 " is damaged and crashed the import library; export it again\n";
   last_words = &guarded_line;
   stack_t stack = {};
   stack.ss_sp = handler_stack;

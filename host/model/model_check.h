@@ -1,5 +1,5 @@
-// What is looked at before and while the import library reads a model file: files come from
-// anywhere, and the library takes them at their word.
+// Checks before and during the import of a model file. Files may come from anywhere, and the import
+// library trusts them.
 #pragma once
 
 #include <string>
@@ -8,25 +8,26 @@ struct aiScene;
 
 namespace host {
 
-/// What a model may ask for where the user hasn't given --force.
-inline constexpr double kMostModelPolygons = 2e7;  ///< of all places at which its meshes stand
-inline constexpr double kMostModelPoints = 1e8;    ///< of all shapes of a mesh that moves
-inline constexpr double kMostModelKeys = 1e7;      ///< of rotations, which get one at each frame
-inline constexpr double kMostCornerPairs = 1e10;   ///< of large polygons, which are cut up
+/// Limits of a model. --force lifts them.
+inline constexpr double kMostModelPolygons = 2e7;  ///< over all instances of its meshes
+inline constexpr double kMostModelPoints = 1e8;    ///< over all shapes of an animated mesh
+inline constexpr double kMostModelKeys = 1e7;      ///< of rotations, one per frame
+inline constexpr double kMostCornerPairs = 1e10;   ///< of large polygons that must be triangulated
 
-/// Throws DocumentError for a .ply or .glb file that claims to hold more than its bytes can.
+/// Throws DocumentError for a .ply or .glb file whose header claims more data than the file has.
 void CheckClaims(const std::string& path);
 
-/// Throws DocumentError where polygons have so many corners that it would take very long to cut
-/// them into triangles. The scene is as it was read.
+/// Throws DocumentError if polygons have so many corners that triangulation would take very long.
+/// The scene must not be triangulated yet.
 void CheckPolygons(const aiScene& scene);
 
-/// Throws DocumentError: `what` ("polygons") are `count`, more than `most`.
+/// Throws DocumentError if `count` exceeds `most`. `what` names the things counted, such as
+/// "polygons".
 void RefuseBeyond(double count, double most, const std::string& what);
 
-/// While one lives, a crash of this thread ends the program with a line on stderr that names the
-/// file, and with exit code 2: damaged files bring the import library to it. The program must have
-/// nothing to lose meanwhile.
+/// While it exists, a crash of this thread ends the program with exit code 2 and one line on stderr
+/// that names the file. Damaged files can crash the import library. The program must have nothing
+/// to lose at that moment.
 class ModelGuard {
  public:
   explicit ModelGuard(const std::string& path);

@@ -28,8 +28,8 @@ std::string ExtensionOf(const std::string& path) {
   return extension;
 }
 
-/// The JSON text of a .gltf file, or of the first chunk of a .glb file: after 12 bytes of header
-/// come the chunk's length and its type. Empty if there is none.
+/// The JSON text of a .gltf file, or of the first chunk of a .glb file (after a 12-byte header, the
+/// length and the type of the chunk). Empty if there is none.
 std::string GltfText(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   std::string text((std::istreambuf_iterator<char>(file)), {});
@@ -40,7 +40,7 @@ std::string GltfText(const std::string& path) {
   return text.substr(20, length);
 }
 
-/// Notes which files the importer reads.
+/// Records which files the importer reads.
 class NotingFiles final : public Assimp::DefaultIOSystem {
  public:
   explicit NotingFiles(std::set<std::string>& files) : files_(files) {}
@@ -54,7 +54,7 @@ class NotingFiles final : public Assimp::DefaultIOSystem {
   std::set<std::string>& files_;
 };
 
-/// Calls visit(node, way) for the node and all under it.
+/// Calls visit(node, path) for the node and everything under it.
 template <class Visit>
 void Walk(const aiNode& node, const std::string& way, Visit visit) {
   visit(node, way);
@@ -70,7 +70,7 @@ ModelFile::ModelFile(const std::string& path, bool force)
   if (!std::filesystem::is_regular_file(path, ignored))
     throw DocumentError("there is no file " + Quoted(path));
   CheckClaims(path);
-  // The nodes of the file alone, without those that stand for single steps of a transform.
+  // Read only the nodes of the file, without helper nodes for single steps of a transform.
   importer_->SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
   importer_->SetIOHandler(new NotingFiles(files_));  // the importer owns it
   try {
@@ -79,17 +79,17 @@ ModelFile::ModelFile(const std::string& path, bool force)
     if (scene_ && !force) CheckPolygons(*scene_);
     if (scene_) scene_ = importer_->ApplyPostProcessing(aiProcess_Triangulate);
   } catch (const std::bad_alloc&) {
-    throw DocumentError(Quoted(path) + " needs more memory than there is; give a smaller file");
+    throw DocumentError(Quoted(path) + " needs more memory than available; use a smaller file");
   }
   if (!scene_ || !scene_->mRootNode)
     throw DocumentError(Quoted(path) + " can't be read as a mesh (" + importer_->GetErrorString() +
-                        "); give a sound OBJ, PLY, STL, glTF or FBX file");
+                        "); use a valid OBJ, PLY, STL, glTF or FBX file");
   const std::string extension = ExtensionOf(path);
   if (extension != ".gltf" && extension != ".glb") return;
   try {
     ReadGltf();
   } catch (const Json::exception&) {
-    throw DocumentError(Quoted(path) + " has nodes that can't be told apart; export it anew");
+    throw DocumentError(Quoted(path) + " has an invalid list of nodes; export it again");
   }
 }
 
@@ -98,7 +98,8 @@ ModelFile::~ModelFile() = default;
 void ModelFile::ReadGltf() {
   json_ = Json::parse(GltfText(path_), nullptr, false);
   if (!json_.is_object()) json_ = Json::object();
-  // The importer keeps the order of the nodes. A scene of several has a node more, above them.
+  // The importer keeps the order of the nodes. If the scene has several top nodes, it adds a node
+  // above them.
   const Json::json_pointer place("/scenes/" + std::to_string(json_.value("scene", 0)) + "/nodes");
   const Json tops = json_.contains(place) ? json_.at(place) : Json::array();
   const aiNode& root = *scene_->mRootNode;
@@ -110,7 +111,7 @@ void ModelFile::ReadGltf() {
 
 void ModelFile::MapNode(const aiNode& node, int index) {
   gltf_index_[&node] = index;
-  const Json& json = json_.at("nodes").at(static_cast<std::size_t>(index));
+  const Json& json = json_.at("nodes").at(index);
   const Json children = json.value("children", Json::array());
   for (unsigned i = 0; i < node.mNumChildren && i < children.size(); ++i)
     MapNode(*node.mChildren[i], children.at(i).get<int>());

@@ -17,11 +17,12 @@ class Importer;
 
 namespace host {
 
-/// One file in memory. Faces are triangles, lines or points.
+/// A file in memory. Faces are triangles, lines or points.
 class ModelFile {
  public:
-  /// Throws DocumentError, with a cure but without a place: the file is missing or is no model, or
-  /// without `force` it asks for more work than model_check.h lets pass. A thread at a time.
+  /// Throws DocumentError, with advice but without a place, if the file is missing, isn't a model,
+  /// or exceeds the limits in model_check.h (unless `force`). Only one thread at a time may call
+  /// it.
   explicit ModelFile(const std::string& path, bool force = false);
   ~ModelFile();
   ModelFile(const ModelFile&) = delete;
@@ -29,18 +30,18 @@ class ModelFile {
 
   const aiScene& Scene() const { return *scene_; }
   const std::string& Path() const { return path_; }
-  /// All files that were read, with absolute paths: this one, and those that it refers to.
+  /// Absolute paths of all files that were read: this one and those it refers to.
   const std::set<std::string>& Files() const { return files_; }
-  /// glTF's 1 is a meter; of other files nothing is known.
+  /// True for glTF, where a length of 1 is a meter. Other formats don't define their unit.
   bool IsGltf() const { return !json_.is_null(); }
-  /// The text of a glTF file, with its `nodes`, `extras` and lights; null for any other file.
+  /// The JSON text of a glTF file. Null for any other file.
   const Json& Gltf() const { return json_; }
-  /// Index in the text's `nodes`; -1 for a node that doesn't stand there, and in other files.
+  /// Index in the `nodes` of the JSON text. -1 for a node that isn't there, and in other files.
   int GltfIndex(const aiNode& node) const;
 
-  /// A node by the text that NodeName gives for it; null if there is none.
+  /// The node with a name returned by NodeName. Null if there is none.
   const aiNode* FindNode(const std::string& name) const;
-  /// The node's name where no other one has it, else its way through the tree: "/0/2".
+  /// The name of the node if it is unique, otherwise its path through the tree: "/0/2".
   std::string NodeName(const aiNode& node) const;
 
  private:
@@ -55,11 +56,11 @@ class ModelFile {
   std::map<const aiNode*, int> gltf_index_;
 };
 
-/// Files that are read once for many uses.
+/// A cache of model files that are used several times.
 class ModelFiles {
  public:
   explicit ModelFiles(bool force = false) : force_(force) {}
-  /// Throws as ModelFile's constructor.
+  /// Throws like the constructor of ModelFile.
   const ModelFile& Get(const std::string& path);
 
  private:
@@ -67,8 +68,8 @@ class ModelFiles {
   std::map<std::string, ModelFile> files_;
 };
 
-/// True for the names of files that hold models and no scene documents: .gltf, .glb, .obj, .ply,
-/// .fbx and others that Assimp reads.
+/// True for names of model files, as opposed to scene documents: .gltf, .glb, .obj, .ply, .fbx and
+/// others that Assimp reads.
 bool IsModelName(const std::string& path);
 
 }  // namespace host

@@ -93,14 +93,14 @@ void DescribeAll(const ElementClasses& classes, const char* kind, CommandContext
 
 CommandInfo DescribeCommand::GetInfo() const {
   return {.verb = "describe",
-          .help = "Tells what a scene can hold: types of objects and tags, and their parameters",
+          .help = "Lists the types that a scene can contain, with their parameters",
           .options = {{.name = "TYPE",
                        .value_name = "TYPE",
-                       .help = "an object's or a tag's type, default: all",
+                       .help = "Type of an object, tag, material or texture; default: all",
                        .positional = true},
                       {.name = "schema",
                        .type = OptionType::Flag,
-                       .help = "the form of scenes as a JSON schema instead"}}};
+                       .help = "Prints a JSON schema of scenes instead"}}};
 }
 
 int DescribeCommand::Execute(const CommandArguments& arguments, CommandContext& context) {

@@ -1,4 +1,4 @@
-// The host's own command `describe`: the types that scenes can hold, and their parameters.
+// The built-in command `describe`: lists the types that scenes can contain, and their parameters.
 #pragma once
 
 #include "host/interface/command_data.h"
@@ -6,12 +6,12 @@
 
 namespace host {
 
-/// Tells of all classes of a row; `kind` is what they are, in a word.
+/// Prints all classes. `kind` is their kind in one word, such as "object".
 void DescribeAll(const ElementClasses& classes, const char* kind, CommandContext& context);
 
 class DescribeCommand final : public CommandData {
  public:
-  /// The classes are looked up when the command runs.
+  /// The classes are read when the command runs.
   explicit DescribeCommand(const SceneClasses& classes) : classes_(classes) {}
   CommandInfo GetInfo() const override;
   int Execute(const CommandArguments& arguments, CommandContext& context) override;

@@ -25,7 +25,7 @@ void EventQueue::Add(SpecialEvent event) {
 }
 
 void EventQueue::Wake() const {
-  const int before = errno;  // of what a signal came between
+  const int before = errno;  // a signal handler must not change it
   const std::uint64_t one = 1;
   [[maybe_unused]] const ssize_t written = write(wake_, &one, sizeof one);
   errno = before;

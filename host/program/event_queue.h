@@ -1,4 +1,4 @@
-// The host's queue of special events, at which the main thread waits without using the processor.
+// The queue of special events. The main thread waits here without using the processor.
 #pragma once
 
 #include <deque>
@@ -15,12 +15,11 @@ class EventQueue {
   EventQueue(const EventQueue&) = delete;
   EventQueue& operator=(const EventQueue&) = delete;
 
-  /// Any thread.
+  /// May be called from any thread.
   void Add(SpecialEvent event);
-  /// Lets `Wait` return. Any thread, and signal handlers.
+  /// Makes `Wait` return. May be called from any thread and from signal handlers.
   void Wake() const;
-  /// Takes the oldest event; waits for one if there is none. False if it was woken without one,
-  /// now or since the last wait.
+  /// Takes the oldest event, or waits for one. False if Wake was called and there is no event.
   bool Wait(SpecialEvent& event);
 
  private:
@@ -28,7 +27,7 @@ class EventQueue {
 
   std::mutex mutex_;  ///< guards events_
   std::deque<SpecialEvent> events_;
-  int wake_;  ///< an eventfd; above 0 once something happened
+  int wake_;  ///< an eventfd; above 0 after an event or a wake-up
 };
 
 }  // namespace host

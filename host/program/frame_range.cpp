@@ -7,14 +7,14 @@
 namespace host {
 namespace {
 
-// Far above any animation, and small enough to be listed.
+// Longer than any animation, and small enough to list.
 constexpr std::int32_t kLargestFrame = 10'000'000;
 
-/// Takes a whole number off the front of the text.
+/// Reads an integer and removes it from the front of the text.
 bool TakeNumber(std::string_view& text, std::int32_t& number) {
   const auto [end, status] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (status != std::errc() || number < -kLargestFrame || number > kLargestFrame) return false;
-  text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+  text.remove_prefix(end - text.data());
   return true;
 }
 

@@ -1,4 +1,4 @@
-// Frame ranges as people write them.
+// Frame ranges on the command line.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +7,8 @@
 
 namespace host {
 
-/// Reads "0-100", "0-100x2" (every second), "1,5,9-12", and negative frames as in "-5--1". The
-/// result is ascending, each frame once. On a mistake it is empty, and `error` says what is wrong,
+/// Reads "0-100", "0-100x2" (every second frame), "1,5,9-12", and negative frames such as "-5--1".
+/// The result is sorted and has no duplicates. On error it is empty, and `error` says what is wrong
 /// in words that follow the quoted text.
 std::vector<std::int32_t> ParseFrames(const std::string& text, std::string& error);
 

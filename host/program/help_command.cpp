@@ -6,19 +6,20 @@
 namespace host {
 
 CommandInfo HelpCommand::GetInfo() const {
-  return {.verb = "help",
-          .help = "Tells what can be set: help parameters volume|emitter|render|preferences",
-          .options = {{.name = "TOPIC",
-                       .type = OptionType::Choice,
-                       .value_name = "TOPIC",
-                       .help = "parameters: names, types, defaults, bounds and units",
-                       .positional = true,
-                       .required = true,
-                       .choices = {"parameters"}},
-                      {.name = "OF",
-                       .value_name = "OF",
-                       .help = "of what, default: all; render: settings and post effects",
-                       .positional = true}}};
+  return {
+      .verb = "help",
+      .help = "Lists parameters: help parameters volume|emitter|render|preferences",
+      .options = {{.name = "TOPIC",
+                   .type = OptionType::Choice,
+                   .value_name = "TOPIC",
+                   .help = "parameters: names, types, defaults, ranges and units",
+                   .positional = true,
+                   .required = true,
+                   .choices = {"parameters"}},
+                  {.name = "OF",
+                   .value_name = "OF",
+                   .help = "Type to list; default: all. render: render settings and post effects",
+                   .positional = true}}};
 }
 
 int HelpCommand::Execute(const CommandArguments& arguments, CommandContext& context) {

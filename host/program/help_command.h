@@ -1,4 +1,4 @@
-// The host's own command `help`: what can be set, by class.
+// The built-in command `help`: lists parameters by class.
 #pragma once
 
 #include "host/interface/command_data.h"
@@ -8,7 +8,7 @@ namespace host {
 
 class HelpCommand final : public CommandData {
  public:
-  /// The classes are looked up when the command runs.
+  /// The classes are read when the command runs.
   explicit HelpCommand(const SceneClasses& classes) : classes_(classes) {}
   CommandInfo GetInfo() const override;
   int Execute(const CommandArguments& arguments, CommandContext& context) override;

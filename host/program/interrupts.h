@@ -5,13 +5,13 @@ namespace host {
 
 class EventQueue;
 
-/// Counts interrupts from now on. The third ends the process at once, with exit code 130, in case
-/// nobody looks at the count.
+/// Starts counting interrupts. The third one ends the process at once with exit code 130, in case
+/// nothing checks the count.
 void WatchInterrupts();
-/// Lets each interrupt wake a queue, which must live until another or null is set.
+/// Makes each interrupt wake the queue. It must exist until another queue or null is set.
 void WakeOnInterrupt(const EventQueue* queue);
 
-/// Interrupts so far; any thread.
+/// Number of interrupts so far. May be called from any thread.
 int InterruptCount();
 
 }  // namespace host

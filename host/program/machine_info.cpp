@@ -16,7 +16,7 @@ BaseContainer ReadMachineInfo() {
     info.SetString(kMachineOs, system.sysname);
     info.SetString(kMachineOsVersion, system.release);
   }
-  // Lines of the form "model name\t: ..."; the first processor stands for all.
+  // Lines have the form "model name\t: ...". We read the first processor only.
   std::ifstream processors("/proc/cpuinfo");
   for (std::string line; std::getline(processors, line) && !line.empty();) {
     const std::size_t colon = line.find(": ");

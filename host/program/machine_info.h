@@ -1,11 +1,11 @@
-// What the host can tell about the machine.
+// Information about the machine.
 #pragma once
 
 #include "host/interface/base_container.h"
 
 namespace host {
 
-/// Texts under the ids of MachineInfo; one that can't be found out is missing.
+/// Texts under the ids of MachineInfo. Unknown ones are missing.
 BaseContainer ReadMachineInfo();
 
 }  // namespace host

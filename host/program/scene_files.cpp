@@ -10,6 +10,7 @@
 
 #include "host/base/document_error.h"
 #include "host/base/nearest_name.h"
+#include "host/base/whole_file.h"
 #include "host/model/model_file.h"
 #include "host/scene/image_texture.h"
 
@@ -31,13 +32,12 @@ bool SameBytes(const fs::path& a, const fs::path& b) {
   return first && second && std::equal(Bytes(first), Bytes(), Bytes(second), Bytes());
 }
 
-/// Whole or not at all.
 void CopyFile(const fs::path& from, const fs::path& to) {
   if (fs::exists(to)) return;
-  const fs::path part = to.string() + ".part";
-  fs::create_directories(to.parent_path());
-  fs::copy_file(from, part, fs::copy_options::overwrite_existing);
-  fs::rename(part, to);
+  const WholeFile copy(to.string());
+  copy.MakeFolder();
+  fs::copy_file(from, copy.Part(), fs::copy_options::overwrite_existing);
+  copy.Commit();
 }
 
 /// "ball.obj", "ball 2.obj", "ball 3.obj" ...
@@ -47,7 +47,7 @@ fs::path Numbered(const fs::path& file, int number) {
          (file.stem().string() + " " + std::to_string(number) + file.extension().string());
 }
 
-/// The file, and for a model all that is read with it.
+/// The file and, for a model, all files that it refers to.
 std::vector<fs::path> FilesOf(const fs::path& file) {
   std::vector<fs::path> all = {file};
   if (!IsModelName(file.string())) return all;
@@ -56,7 +56,7 @@ std::vector<fs::path> FilesOf(const fs::path& file) {
     for (const std::string& other : model.Files())
       if (other != file) all.emplace_back(other);
   } catch (const DocumentError&) {
-    // What can't be read as a model refers to nothing.
+    // A file that can't be read as a model refers to nothing.
   }
   return all;
 }
@@ -106,11 +106,11 @@ class FileCollector {
     }
   }
 
-  /// The path from the folder, or as it was where the file can't be taken along.
+  /// The path relative to the folder, or the old path if the file can't be copied.
   std::string NewPlace(const fs::path& file, const std::string& place) {
     try {
       if (IsInside(file, folder_)) return file.lexically_relative(folder_).string();
-      if (fs::is_directory(file)) return file.string();  // its owner's own business
+      if (fs::is_directory(file)) return file.string();  // the owner of the folder copies it
       if (fs::is_regular_file(file)) return Copied(file).lexically_relative(folder_).string();
       failures_.push_back(place + ": there is no file " + Quoted(file.string()));
     } catch (const fs::filesystem_error& error) {
@@ -127,7 +127,7 @@ class FileCollector {
     if (found != copies_.end()) return found->second;
     const std::vector<fs::path> files = FilesOf(file);
     const fs::path root = CommonFolder(files);
-    // One file lies in "files" itself, several in a folder of theirs.
+    // A single file goes directly into "files", several files go into a subfolder.
     fs::path wanted = folder_ / "files" / (files.size() > 1 ? file.stem() : file.filename());
     const auto target = [&](const fs::path& each, const fs::path& place) {
       return files.size() > 1 ? place / each.lexically_relative(root) : place;
@@ -145,7 +145,7 @@ class FileCollector {
     return copies_[file] = copy;
   }
 
-  /// A model that names its files by full paths would go on reading the old ones.
+  /// A model that refers to files by absolute paths would still read the old ones.
   static void CheckReferences(const fs::path& copy, const fs::path& folder) {
     const ModelFile model(copy.string(), true);
     for (const std::string& file : model.Files())

@@ -1,4 +1,4 @@
-// The files that a scene names, brought together in one folder.
+// Collects the files of a scene in one folder.
 #pragma once
 
 #include <string>
@@ -8,10 +8,10 @@
 
 namespace host {
 
-/// What CommandContext::CollectFiles asks for. Copies go into the folder's "files", each under its
-/// own name, or with a number behind it where another file has that name. A model that refers to
-/// more files gets a folder for them all, in which they lie to one another as before. A copy that
-/// is there already, byte for byte, isn't made again; no file is replaced.
+/// Implements CommandContext::CollectFiles. Copies go into the subfolder "files" under their own
+/// names. A number is appended if another file has that name. A model that refers to other files
+/// gets a folder for all of them, in which their relative paths stay the same. An identical copy is
+/// not made again, and no file is replaced.
 std::vector<std::string> CollectFiles(Document& document, const std::string& folder);
 
 }  // namespace host

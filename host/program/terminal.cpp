@@ -11,7 +11,7 @@
 namespace host {
 namespace {
 
-/// Columns of the terminal at stderr.
+/// Width of the terminal at stderr in columns.
 std::size_t Width() {
   winsize size{};
   return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
@@ -59,7 +59,7 @@ void Terminal::Progress(const std::string& text, bool whole) {
     std::fprintf(stderr, "%s\n", text.c_str());
     return;
   }
-  // A line that wraps could not be redrawn; the last column is left free.
+  // A wrapped line can't be redrawn, so the last column stays free.
   std::fprintf(stderr, "\r\033[K%s", text.substr(0, Width() - 1).c_str());
   std::fflush(stderr);
   line_open_ = true;
@@ -80,7 +80,7 @@ void Terminal::Event(const std::string& name, const EventFields& fields) {
       json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
   const std::lock_guard lock(mutex_);
   std::fprintf(stdout, "%s\n", line.c_str());
-  std::fflush(stdout);  // whoever reads the events wants them as they happen
+  std::fflush(stdout);  // readers want each event when it happens
 }
 
 bool Terminal::Finish() { return std::fflush(stdout) == 0 && std::ferror(stdout) == 0; }

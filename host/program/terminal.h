@@ -1,4 +1,4 @@
-// What the program writes: results to stdout, messages and progress to stderr.
+// Output of the program: results to stdout, messages and progress to stderr.
 #pragma once
 
 #include <mutex>
@@ -8,12 +8,14 @@
 
 namespace host {
 
-/// Operations may be called from any thread; the choices are made before there is a second one.
+/// The output functions may be called from any thread. Set the options before a second thread
+/// starts.
 class Terminal {
  public:
-  /// `redraw`: stderr is a terminal that can overwrite its last line. `color`: and may be colored.
+  /// `redraw`: stderr is a terminal that can overwrite its last line. `color`: it also supports
+  /// colors.
   Terminal(bool redraw, bool color) : redraw_(redraw), color_(color) {}
-  /// As stderr, TERM and NO_COLOR say.
+  /// Uses stderr, TERM and NO_COLOR.
   static Terminal ForThisProcess();
   ~Terminal() { EndProgress(); }
   Terminal(const Terminal&) = delete;
@@ -30,7 +32,7 @@ class Terminal {
   void Result(const std::string& line);
   void Event(const std::string& name, const EventFields& fields);
 
-  /// Flushes stdout; false if anything of it was lost.
+  /// Flushes stdout. False if output was lost.
   bool Finish();
 
  private:

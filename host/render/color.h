@@ -1,16 +1,17 @@
-// Colors and directions as the renderer computes with them: three components in linear light.
+// Colors (three components in linear light) and directions of the renderer.
 #pragma once
 
 #include <algorithm>
 #include <cmath>
 
+#include "host/base/srgb.h"
 #include "host/interface/vector.h"
 
 namespace host {
 
 inline constexpr double kPi = 3.14159265358979323846;
 
-/// Component by component.
+/// Componentwise.
 inline Vector Times(const Vector& a, const Vector& b) { return {a.x * b.x, a.y * b.y, a.z * b.z}; }
 inline Vector Mix(const Vector& a, const Vector& b, double share) {
   return a * (1 - share) + b * share;
@@ -19,14 +20,14 @@ inline double Mean(const Vector& c) { return (c.x + c.y + c.z) / 3; }
 inline double Largest(const Vector& c) { return std::max({c.x, c.y, c.z}); }
 inline bool IsBlack(const Vector& c) { return Largest(c) <= 0; }
 
-/// Of unit length; zero stays zero.
+/// The vector with unit length. Zero stays zero.
 inline Vector Normalized(const Vector& v) {
   const double length = Length(v);
   return length > 0 ? v * (1 / length) : Vector{};
 }
 
-/// Two axes that stand upright on n and on each other. After T. Duff et al., Building an
-/// orthonormal basis, revisited, JCGT 6(1), 2017.
+/// Two axes perpendicular to n and to each other. After T. Duff et al., Building an orthonormal
+/// basis, revisited, JCGT 6(1), 2017.
 struct Basis {
   explicit Basis(const Vector& normal) : n(normal) {
     const double sign = std::copysign(1.0, n.z);
@@ -39,7 +40,7 @@ struct Basis {
   Vector t, s, n;
 };
 
-/// A point of the unit disk, with equal areas staying equal: P. Shirley and K. Chiu, A low
+/// An area-preserving map from the unit square to the unit disk: P. Shirley and K. Chiu, A low
 /// distortion map between disk and square, JGT 2(3), 1997.
 inline Vector OnDisk(double u, double v) {
   const double a = 2 * u - 1, b = 2 * v - 1;
@@ -50,19 +51,12 @@ inline Vector OnDisk(double u, double v) {
   return {r * std::cos(angle), r * std::sin(angle), 0};
 }
 
-/// A direction about +z, with a density that goes with the cosine.
+/// A cosine-distributed direction about +z.
 inline Vector CosineDirection(double u, double v) {
   const Vector d = OnDisk(u, v);
   return {d.x, d.y, std::sqrt(std::max(0.0, 1 - d.x * d.x - d.y * d.y))};
 }
 
-/// The curve of IEC 61966-2-1, from linear light to a display's signal, and back.
-inline double ToSrgb(double x) {
-  return x <= 0.0031308 ? 12.92 * x : 1.055 * std::pow(x, 1 / 2.4) - 0.055;
-}
-inline double FromSrgb(double x) {
-  return x <= 0.04045 ? x / 12.92 : std::pow((x + 0.055) / 1.055, 2.4);
-}
 inline Vector FromSrgb(const Vector& c) { return {FromSrgb(c.x), FromSrgb(c.y), FromSrgb(c.z)}; }
 
 }  // namespace host

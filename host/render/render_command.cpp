@@ -8,8 +8,8 @@
 namespace host {
 namespace {
 
-/// Gives the scene's only object with a cache another one. Throws std::runtime_error where that
-/// isn't clear.
+/// Sets the cache of the only object in the scene that has one. Throws std::runtime_error if there
+/// isn't exactly one.
 void ChooseCache(const Document& document, const std::string& directory) {
   SceneObject* chosen = nullptr;
   const ParameterInfo* parameter = nullptr;
@@ -18,7 +18,7 @@ void ChooseCache(const Document& document, const std::string& directory) {
     if (!found) continue;
     if (chosen)
       throw std::runtime_error("--cache: \"" + chosen->GetName() + "\" and \"" + object->GetName() +
-                               "\" have caches: give each its own with --set NAME.cache_name=DIR");
+                               "\" have caches; set each of them with --set NAME.cache_name=DIR");
     chosen = object;
     parameter = found;
   }

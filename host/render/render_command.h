@@ -1,4 +1,4 @@
-// The host's own command `render`: pictures of a scene.
+// The built-in command `render`: renders pictures of a scene.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@ namespace host {
 
 class RenderCommand final : public CommandData {
  public:
-  /// `software` names the program and its version in the pictures.
+  /// `software` is the name and version of the program, for the metadata of pictures.
   explicit RenderCommand(std::string software) : software_(std::move(software)) {}
   CommandInfo GetInfo() const override;
   int Execute(const CommandArguments& arguments, CommandContext& context) override;

@@ -10,7 +10,7 @@ std::uint32_t Reversed(std::uint32_t x) {
   return __builtin_bswap32(x);
 }
 
-/// Flips each bit depending on the bits below it alone: S. Laine and T. Karras, Stratified sampling
+/// Flips each bit depending only on the bits below it: S. Laine and T. Karras, Stratified sampling
 /// for stochastic transparency, CGF 30(4), 2011, with Burley's constants.
 std::uint32_t Permuted(std::uint32_t x, std::uint32_t seed) {
   x += seed;
@@ -25,7 +25,7 @@ std::uint32_t Scrambled(std::uint32_t x, std::uint32_t seed) {
   return Reversed(Permuted(Reversed(x), seed));
 }
 
-/// The second dimension of Sobol's sequence; the first one is the index with its bits reversed.
+/// The second dimension of the Sobol sequence. The first is the index with reversed bits.
 std::uint32_t SecondSobol(std::uint32_t index) {
   std::uint32_t x = 0;
   for (std::uint32_t column = 1U << 31; index != 0; index >>= 1, column ^= column >> 1)

@@ -1,17 +1,17 @@
-// Well-spread random numbers for one sample of one pixel.
+// Well-distributed random numbers for one sample of a pixel.
 //
-// Sobol's sequence in two dimensions, scrambled after Owen by hashing: B. Burley, Practical
-// hash-based Owen scrambling, JCGT 9(4), 2020. Each pair of dimensions is shuffled by itself, so
-// the samples of a pixel are spread evenly in each pair, and pixels are independent of one another.
-// The numbers depend on the pixel's seed and the sample's index alone.
+// A two-dimensional Sobol sequence with hash-based Owen scrambling: B. Burley, Practical hash-based
+// Owen scrambling, JCGT 9(4), 2020. Each pair of dimensions is shuffled separately, so the samples
+// of a pixel are evenly distributed in each pair, and pixels are independent of each other. The
+// numbers depend only on the seed of the pixel and the index of the sample.
 #pragma once
 
 #include <cstdint>
 
 namespace host {
 
-/// A hash with all bits of the result depending on all bits of both: the finaliser of SplitMix64
-/// (G. Steele, D. Lea, C. Flood, 2014).
+/// A hash in which every bit of the result depends on every bit of both arguments: the finalizer of
+/// SplitMix64 (G. Steele, D. Lea, C. Flood, 2014).
 inline std::uint64_t HashOf(std::uint64_t a, std::uint64_t b) {
   std::uint64_t x = a + 0x9e3779b97f4a7c15ULL * (b + 1);
   x = (x ^ (x >> 30)) * 0xbf58476d1ce4e5b9ULL;
@@ -24,11 +24,11 @@ class Sampler {
   Sampler(std::uint64_t seed, std::uint32_t sample) : seed_(seed), sample_(sample) {}
 
   struct Pair {
-    double u = 0, v = 0;  ///< each from 0 on, below 1
+    double u = 0, v = 0;  ///< each in [0, 1)
   };
   Pair Next2D();
   double Next1D() { return Next2D().u; }
-  /// A number that no other ray of the picture has.
+  /// A number that is unique to one ray of the picture.
   std::uint64_t NextSeed() { return HashOf(HashOf(seed_, sample_), ~dimension_++); }
 
  private:

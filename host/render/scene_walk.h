@@ -1,4 +1,4 @@
-// The objects of a document, for those who look for some of them.
+// Lists of the objects of a document.
 #pragma once
 
 #include <vector>
@@ -7,9 +7,9 @@
 
 namespace host {
 
-/// All objects that are switched on, as is everything above them, parents first.
+/// All objects that are switched on together with all their parents. Parents come first.
 std::vector<BaseObject*> EnabledObjects(const BaseDocument& document);
-/// Those of them that pictures show (IsVisibleInRender).
+/// The enabled objects that are visible in pictures (IsVisibleInRender).
 std::vector<BaseObject*> VisibleObjects(const BaseDocument& document);
 
 }  // namespace host

@@ -29,7 +29,7 @@ std::string WhatIsWrong(const ParameterInfo& info) {
   if (info.default_value.index() != static_cast<std::size_t>(info.type))
     return "has a default of another type";
   if (!info.cycle.empty() && info.type != ParameterType::Long)
-    return "has cycle entries but is no Long";
+    return "has cycle entries but isn't a Long";
   if (info.animatable && IsConstant(info.type)) return "is animatable but can't be interpolated";
   const std::string wrong = WhatIsWrong(info, info.default_value);
   return wrong.empty() ? wrong : "has a default that " + wrong;
@@ -43,7 +43,7 @@ std::string WhatIsWrong(const ParameterInfo& info, const ParameterValue& value) 
     const bool known = info.cycle.empty() ||
                        std::any_of(info.cycle.begin(), info.cycle.end(),
                                    [&](const CycleEntry& entry) { return entry.value == *number; });
-    return known ? WhatIsWrong(info, static_cast<double>(*number)) : "is none of the choices";
+    return known ? WhatIsWrong(info, static_cast<double>(*number)) : "isn't one of the choices";
   }
   if (const auto* vector = std::get_if<Vector>(&value)) {
     for (const double component : {vector->x, vector->y, vector->z}) {
@@ -61,8 +61,9 @@ std::string WhatIsWrong(const ClassDescription& description) {
   for (const ParameterInfo& info : description.parameters) {
     const std::string wrong = WhatIsWrong(info);
     if (!wrong.empty()) return "parameter " + info.symbol + " " + wrong;
-    if (!ids.insert(info.id).second) return "parameter " + info.symbol + " has an id twice used";
-    if (!names.insert(info.Name()).second) return "parameter " + info.symbol + " is there twice";
+    if (!ids.insert(info.id).second)
+      return "parameter " + info.symbol + " has the id of another parameter";
+    if (!names.insert(info.Name()).second) return "parameter " + info.symbol + " is defined twice";
   }
   return {};
 }

@@ -1,4 +1,4 @@
-// Checks of a class's description, and of single values against it.
+// Checks of class descriptions and of parameter values.
 #pragma once
 
 #include <string>
@@ -7,11 +7,11 @@
 
 namespace host {
 
-/// What is wrong with a description, or an empty text. The rules stand in parameter_info.h.
+/// What is wrong with a description, or an empty text. parameter_info.h lists the rules.
 std::string WhatIsWrong(const ClassDescription& description);
 
-/// What keeps a value of the right type from being one of the parameter's, in words that follow
-/// it: "is below 0", or an empty text.
+/// Why a value of the right type is invalid, in words that follow the value: "is below 0". Empty if
+/// it is valid.
 std::string WhatIsWrong(const ParameterInfo& info, const ParameterValue& value);
 
 }  // namespace host

@@ -17,7 +17,7 @@ void AddWithChildren(const std::vector<std::unique_ptr<SceneObject>>& row,
   }
 }
 
-/// Defaults, then the plug-in's part.
+/// Sets the defaults, then initializes the plug-in's part.
 template <class Interface>
 bool Init(Element<Interface>& element, const ElementClass& type, BaseDocument& document) {
   ElementState& state = element.State();
@@ -34,7 +34,7 @@ bool Init(Element<Interface>& element, const ElementClass& type, BaseDocument& d
 
 Filename Document::Resolve(const Filename& path) const {
   if (path.path.empty()) return path;
-  // A path that is absolute already replaces the folder.
+  // An absolute path replaces the folder.
   return {(std::filesystem::path(folder) / path.path).lexically_normal().string()};
 }
 

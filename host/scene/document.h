@@ -1,7 +1,7 @@
-// A scene in memory: the host's BaseDocument.
+// A scene in memory: the BaseDocument of the host.
 //
-// Making one that is ready for use takes three steps: read it (document_reader.h), change it
-// (overrides.h), then Open it.
+// A document gets ready in three steps: read it (document_reader.h), apply overrides (overrides.h),
+// then Open it.
 #pragma once
 
 #include <memory>
@@ -43,42 +43,42 @@ class Document final : public BaseDocument {
   }
   SceneRender& GetActiveRenderData() const override { return *render_; }
 
-  /// A new last object under `parent`, or in the tree's top row if that is null. Its parameters
-  /// have their defaults. Null if the class's plug-in refuses.
+  /// Adds an object at the end of the children of `parent`, or of the top level if that is null.
+  /// Its parameters have their defaults. Null if the plug-in refuses.
   SceneObject* AddObject(const ElementClass& type, SceneObject* parent);
-  /// A new last tag of the object; null if the class's plug-in refuses.
+  /// Adds a tag at the end of the object's tags. Null if the plug-in refuses.
   SceneTag* AddTag(const ElementClass& type, SceneObject& object);
   SceneMaterial* AddMaterial(const ElementClass& type);
   SceneShader* AddShader(const ElementClass& type);
   SceneVideoPost* AddVideoPost(const ElementClass& type);
 
-  /// Moves all elements along their keyframes to that frame.
+  /// Evaluates all keyframes at that frame.
   void Animate(double frame);
 
-  /// Reads the mesh files and pictures, stands the document at its first frame and sends
-  /// kMessageDocumentLoaded. Throws DocumentError for a mesh or a picture that can't be had.
+  /// Reads the mesh files and pictures, evaluates the document at its first frame and sends
+  /// kMessageDocumentLoaded. Throws DocumentError for a mesh or picture that can't be read.
   void Open();
 
   const std::vector<std::unique_ptr<SceneObject>>& Objects() const { return objects_; }
-  /// All objects in the order of the document, parents first.
+  /// All objects in document order, parents first.
   std::vector<SceneObject*> AllObjects() const;
   std::vector<SceneObject*> FindByName(const std::string& object_name) const;
-  /// The object's place in the document: "objects[2].children[0]".
+  /// The place of the object in the document: "objects[2].children[0]".
   std::string PlaceOf(const SceneObject& object) const;
   const std::vector<std::unique_ptr<SceneMaterial>>& Materials() const { return materials_; }
   const std::vector<std::unique_ptr<SceneShader>>& Shaders() const { return shaders_; }
-  /// One of each class that was known at the reading.
+  /// One for each post effect class that was registered when the document was read.
   const std::vector<std::unique_ptr<SceneVideoPost>>& VideoPosts() const { return video_posts_; }
 
-  std::string name;    ///< file name; empty if never on disk
+  std::string name;    ///< file name; empty if it was never saved
   std::string folder;  ///< absolute
   FrameRate fps = 25;
-  std::string fps_text;  ///< the rate as the document has it, in JSON; empty: none was read
-  bool force = false;    ///< files are read however much work that is
+  std::string fps_text;  ///< the JSON text of the rate as read; empty if there was none
+  bool force = false;    ///< reads files of any size
   std::int32_t start = 0, end = 100;  ///< frames
   std::int32_t preview_start = 0, preview_end = 100;
 
-  /// What the user should know of the reading: values that were brought into their bounds.
+  /// Warnings of the reader, such as clamped values.
   std::vector<std::string> warnings;
 
  private:

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "host/scene/builtin_classes.h"
 #include "host/scene/primitive_mesh.h"
+#include "host/scene/texture.h"
 
 namespace host {
 
@@ -67,6 +69,13 @@ bool SceneTag::IsSelected(std::int32_t polygon) const {
       std::upper_bound(selected.begin(), selected.end(), polygon,
                        [](std::int32_t index, const auto& range) { return index < range.first; });
   return after != selected.begin() && polygon <= std::prev(after)->second;
+}
+
+void SceneShader::Update(const std::string& place) {
+  if (texture_ && made_from_ == state_.data) return;
+  const std::string file = state_.document->Resolve(state_.data.GetFilename(kShaderFile)).path;
+  texture_ = MakeTexture(state_.type->id, state_.data, file, place);
+  made_from_ = state_.data;
 }
 
 void SceneObject::UpdateCache() {

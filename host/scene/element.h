@@ -1,4 +1,5 @@
-// The host's side of objects and tags: what stands behind BaseObject and BaseTag.
+// The implementation of objects, tags, materials and textures: the classes behind BaseObject,
+// BaseTag and so on.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +22,7 @@
 
 namespace host {
 
-/// What objects and tags have in common.
+/// Data that all elements have.
 struct ElementState {
   BaseDocument* document = nullptr;
   const ElementClass* type = nullptr;
@@ -29,15 +30,15 @@ struct ElementState {
   BaseContainer data;
   std::set<std::int32_t> written;         ///< parameters that the user has set
   std::map<std::int32_t, Track> tracks;   ///< keyframes by parameter
-  std::unique_ptr<NodeData> plugin_part;  ///< null for the host's own classes
+  std::unique_ptr<NodeData> plugin_part;  ///< null for built-in classes
 
-  /// Puts the values of all tracks at `frame` into the container.
+  /// Stores the values of all tracks at `frame` in the container.
   void Evaluate(double frame);
-  /// The container's value, else the description's.
+  /// The value in the container, or else the default.
   ParameterValue Shown(std::int32_t parameter) const;
 };
 
-/// BaseList2D by an ElementState.
+/// Implements BaseList2D with an ElementState.
 template <class Interface>
 class Element : public Interface {
  public:
@@ -76,11 +77,11 @@ class Element : public Interface {
 
 class SceneObject;
 
-/// Whole numbers from the first of a pair to its second. Pairs ascend and leave gaps between them.
+/// Ranges of integers, both ends included, sorted and with gaps between them.
 using IndexRanges = std::vector<std::pair<std::int32_t, std::int32_t>>;
 
-/// Any tag. Each one can be asked for polygons, since ToSelection looks at the type; only
-/// selections have some.
+/// Any tag. All tags implement SelectionTag, because ToSelection checks the type. Only selections
+/// contain polygons.
 class SceneTag final : public Element<SelectionTag> {
  public:
   SceneTag* GetNext() const override { return next_; }
@@ -111,8 +112,8 @@ class SceneShader final : public Element<BaseShader> {
   SceneShader* GetNext() const override { return next_; }
   const std::shared_ptr<const Texture>& GetTexture() const override { return texture_; }
 
-  /// Makes the texture anew where a parameter has changed. Throws DocumentError for an image that
-  /// can't be read.
+  /// Recreates the texture if a parameter has changed. Throws DocumentError for an image that can't
+  /// be read.
   void Update(const std::string& place);
 
  private:
@@ -125,14 +126,14 @@ class SceneShader final : public Element<BaseShader> {
 using SceneRender = Element<BaseList2D>;
 using SceneVideoPost = Element<BaseVideoPost>;
 
-/// The points of a mesh at a frame.
+/// The points of a mesh at one frame.
 struct MeshShape {
   double frame = 0;
   std::vector<Vector> points;
 };
 
-/// Any object. Each one can be asked for points, since ToPoly looks at the type; only meshes have
-/// some.
+/// Any object. All objects implement PolygonObject, because ToPoly checks the type. Only meshes
+/// have points.
 class SceneObject final : public Element<PolygonObject> {
  public:
   SceneObject* GetUp() const override { return up_; }
@@ -162,35 +163,35 @@ class SceneObject final : public Element<PolygonObject> {
   const float* GetWeightR() const override { return weights.empty() ? nullptr : weights.data(); }
   const UvwPolygon* GetUvwR() const override { return uvws.empty() ? nullptr : uvws.data(); }
 
-  /// False if the object or one above it is switched off.
+  /// False if the object or one of its parents is switched off.
   bool IsOn() const { return enabled && (!up_ || up_->IsOn()); }
   bool IsUnder(const SceneObject& other) const {
     return up_ && (up_ == &other || up_->IsUnder(other));
   }
-  /// The matrix to the world at that frame, whatever the document's time is.
+  /// The matrix to world space at that frame. Independent of the document's time.
   Matrix MatrixAt(double frame) const;
 
   const std::vector<std::unique_ptr<SceneObject>>& Children() const { return children_; }
   const std::vector<std::unique_ptr<SceneTag>>& Tags() const { return tags_; }
 
-  /// Moves the object, its parameters and those of its tags to `frame`; not its children.
+  /// Evaluates the object, its parameters and those of its tags at `frame`, but not its children.
   void Evaluate(double frame);
-  /// Makes a primitive's polygons anew where a parameter has changed.
+  /// Recreates the polygons of a primitive if a parameter has changed.
   void UpdateCache();
 
   bool enabled = true;
   RenderMode render_mode = RenderMode::Inherited;
   Transform transform;
-  /// Keyframes of the transform; empty where there are none.
+  /// Keyframes of the transform, if there are any.
   std::optional<Track> position_track, rotation_track, scale_track;
   std::vector<Vector> points;
   std::vector<CPolygon> polygons;
-  std::vector<UvwPolygon> uvws;  ///< as many as polygons, or none
-  std::vector<float> weights;    ///< of the points; empty if there are none
-  /// Of a mesh that changes its shape: at least two, frames ascending, as many points in each.
+  std::vector<UvwPolygon> uvws;  ///< one per polygon, or empty
+  std::vector<float> weights;    ///< one per point, or empty
+  /// Shapes of an animated mesh: at least two, with ascending frames and the same number of points.
   std::vector<MeshShape> shapes;
   Particles particles;
-  bool inline_mesh = false;  ///< the document holds the points itself
+  bool inline_mesh = false;  ///< the points are stored in the document
 
  private:
   friend class Document;
@@ -203,7 +204,7 @@ class SceneObject final : public Element<PolygonObject> {
   std::vector<std::unique_ptr<SceneObject>> children_;
   std::vector<std::unique_ptr<SceneTag>> tags_;
   std::unique_ptr<SceneObject> cache_;
-  BaseContainer made_from_;  ///< the cache
+  BaseContainer made_from_;  ///< parameters from which the cache was made
 };
 
 }  // namespace host

@@ -1,4 +1,4 @@
-// The classes of objects and tags that this host knows: its own, and what plug-ins register.
+// The classes that this host knows: the built-in ones and those registered by plug-ins.
 #pragma once
 
 #include <cstdint>
@@ -20,10 +20,11 @@ struct ElementClass {
   std::function<std::unique_ptr<NodeData>()> make;  ///< empty: the class has no plug-in part
 };
 
-/// The classes of one kind. They keep their addresses.
+/// The classes of one kind. Their addresses are stable.
 class ElementClasses {
  public:
-  /// An empty text, or what is wrong: the id or the name is taken, or the description is bad.
+  /// Returns an empty text, or what is wrong: the id or the name is taken, or the description is
+  /// invalid.
   [[nodiscard]] std::string Add(ElementClass added);
 
   /// Null if there is none.
@@ -37,18 +38,18 @@ class ElementClasses {
   std::deque<ElementClass> classes_;
 };
 
-/// The mesh, as in all SceneClasses.
+/// The class of meshes, the same as in every SceneClasses.
 const ElementClass& MeshClass();
 /// The one class of render settings.
 const ElementClasses& RenderClasses();
 
-/// All that a scene document can hold.
+/// All classes of elements in a scene document.
 struct SceneClasses {
-  SceneClasses();  ///< the host's own (own_classes.h)
+  SceneClasses();  ///< adds the built-in classes (builtin_classes.h)
   ElementClasses objects;
   ElementClasses tags;
   ElementClasses post_effects;
-  ElementClasses materials;  ///< one
+  ElementClasses materials;  ///< only one
   ElementClasses shaders;
   const ElementClasses& render = RenderClasses();
   ElementClasses preferences;  ///< not in documents

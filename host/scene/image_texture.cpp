@@ -10,14 +10,11 @@
 
 #include "host/base/document_error.h"
 #include "host/base/nearest_name.h"
+#include "host/base/srgb.h"
 #include "host/model/model_file.h"
 
 namespace host {
 namespace {
-
-double FromSrgb(double coded) {
-  return coded <= 0.04045 ? coded / 12.92 : std::pow((coded + 0.055) / 1.055, 2.4);
-}
 
 struct Rgb {
   float r, g, b;
@@ -28,10 +25,10 @@ class Image final : public Texture {
   Image(const QImage& image, bool linear) : width_(image.width()), height_(image.height()) {
     std::vector<float> light(65536);
     for (std::size_t i = 0; i < light.size(); ++i) {
-      const double coded = static_cast<double>(i) / 65535;
+      const double coded = i / 65535.0;
       light[i] = static_cast<float>(linear ? coded : FromSrgb(coded));
     }
-    pixels_.reserve(static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_));
+    pixels_.reserve(static_cast<std::size_t>(width_) * height_);
     for (int y = 0; y < height_; ++y) {
       const auto* row = reinterpret_cast<const QRgba64*>(image.constScanLine(y));
       for (int x = 0; x < width_; ++x)
@@ -53,15 +50,14 @@ class Image final : public Texture {
  private:
   static double Wrapped(double u) {
     u -= std::floor(u);
-    return u < 1 ? u : 0;  // NaN and the infinities too
+    return u < 1 ? u : 0;  // also for NaN and infinities
   }
 
-  /// The indices may lie one pixel outside.
+  /// The indices may be off by one pixel; they wrap around.
   Vector Pixel(int x, int y) const {
     x = (x + width_) % width_;
     y = (y + height_) % height_;
-    const Rgb& c = pixels_[static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
-                           static_cast<std::size_t>(x)];
+    const Rgb& c = pixels_[static_cast<std::size_t>(y) * width_ + x];
     return {c.r, c.g, c.b};
   }
 
@@ -69,16 +65,15 @@ class Image final : public Texture {
   std::vector<Rgb> pixels_;
 };
 
-/// Picture `number`, "*0", of those that a model file holds.
+/// Picture `number` (such as "*0") inside a model file.
 QImage FromModel(const std::string& file, const std::string& number, const std::string& place) {
   try {
     const ModelFile model(file, true);
     const aiTexture* texture = model.Scene().GetEmbeddedTexture(number.c_str());
     if (!texture) throw DocumentError(Quoted(file) + " has no picture " + Quoted(number));
-    // Without a height it is a picture file of so many bytes, else so many pixels.
+    // If the height is 0, the data is an encoded file of `width` bytes. Otherwise it is raw pixels.
     const auto* bytes = reinterpret_cast<const uchar*>(texture->pcData);
-    const auto width = static_cast<int>(texture->mWidth),
-               height = static_cast<int>(texture->mHeight);
+    const int width = texture->mWidth, height = texture->mHeight;
     if (height == 0) return QImage::fromData(bytes, width);
     return QImage(bytes, width, height, QImage::Format_ARGB32).copy();
   } catch (const DocumentError& error) {
@@ -96,13 +91,13 @@ std::string PictureNumber(const std::string& path) {
 
 std::unique_ptr<Texture> ReadImage(const std::string& path, bool linear, const std::string& place) {
   const std::string file_place = place + ".parameters.file";
-  if (path.empty()) throw DocumentError(file_place, "the image names no file");
+  if (path.empty()) throw DocumentError(file_place, "the image has no file");
   std::error_code ignored;
   const std::string number = PictureNumber(path);
   const std::string file = path.substr(0, path.size() - number.size());
   if (!std::filesystem::is_regular_file(file, ignored))
-    throw DocumentError(
-        file_place, "there is no file " + Quoted(file) + "; paths count from the scene's folder");
+    throw DocumentError(file_place, "there is no file " + Quoted(file) +
+                                        "; paths are relative to the scene's folder");
   QImageReader reader(QString::fromStdString(path));
   reader.setDecideFormatFromContent(true);
   QImage image = number.empty() ? reader.read() : FromModel(file, number, file_place);
@@ -110,7 +105,7 @@ std::unique_ptr<Texture> ReadImage(const std::string& path, bool linear, const s
   if (image.isNull())
     throw DocumentError(file_place, Quoted(path) + " can't be read as a picture (" +
                                         reader.errorString().toStdString() +
-                                        "); give a sound PNG or JPEG file");
+                                        "); use a valid PNG or JPEG file");
   return std::make_unique<Image>(image, linear);
 }
 

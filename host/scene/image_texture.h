@@ -8,14 +8,14 @@
 
 namespace host {
 
-/// The "*N" at the end of a name of the form MODEL*N: picture N of those in the model file. Empty
-/// in any other name.
+/// The "*N" at the end of a path MODEL*N, which means picture N inside the model file. Empty for
+/// any other path.
 std::string PictureNumber(const std::string& path);
 
-/// Reads a picture: PNG, JPEG, BMP, PPM and whatever else Qt's plug-ins read. A name that ends with
-/// "*N", after the name of a model file, is picture N of those in the model. `linear` says that its
-/// numbers are light; else they are sRGB-coded. Between pixels it is interpolated linearly. Throws
-/// DocumentError, with `place` in front, for a file that is missing or no picture.
+/// Reads a picture: PNG, JPEG, BMP, PPM and other formats supported by Qt, or picture N inside a
+/// model file for a path MODEL*N. `linear` means that the values are linear light, otherwise they
+/// are sRGB. Sampling interpolates linearly between pixels. Throws DocumentError, with `place` in
+/// front, for a file that is missing or isn't a picture.
 std::unique_ptr<Texture> ReadImage(const std::string& path, bool linear, const std::string& place);
 
 }  // namespace host

@@ -5,7 +5,7 @@
 namespace host {
 namespace {
 
-/// Parameters of a channel, 0 where it has none.
+/// The parameters of a channel; 0 if it has none.
 struct ChannelParameters {
   std::int32_t color = 0, texture = 0;
 };

@@ -12,13 +12,13 @@
 #include "host/base/nearest_name.h"
 #include "host/model/model_animation.h"
 #include "host/model/model_check.h"
-#include "host/scene/own_classes.h"
+#include "host/scene/builtin_classes.h"
 
 namespace host {
 namespace {
 
 using Point = aiVector3t<double>;
-/// The vertices of one mesh of the file, in one shape after the other.
+/// The vertices of one mesh, one row per shape.
 using Poses = std::vector<std::vector<Point>>;
 
 /// Collects the polygons of a file in the host's space.
@@ -26,7 +26,7 @@ class MeshBuilder {
  public:
   MeshBuilder(SceneObject& mesh, double scale) : mesh_(mesh), scale_(scale) {}
 
-  /// All of the file, in the space of its root.
+  /// Adds all meshes under the node, in the space of the root.
   void AddTree(const aiScene& scene, const aiNode& node, const Matrix4& parent) {
     const Matrix4 to_world = parent * Matrix4(node.mTransformation);
     for (unsigned i = 0; i < node.mNumMeshes; ++i) {
@@ -34,13 +34,13 @@ class MeshBuilder {
       Poses poses(1);
       for (unsigned v = 0; v < mesh.mNumVertices; ++v)
         poses[0].push_back(to_world * Point(mesh.mVertices[v]));
-      // A mirror in the file's tree turns the polygons over once more.
+      // A mirroring transform flips the polygons once more.
       AddMesh(mesh, poses, to_world.Determinant() < 0);
     }
     for (unsigned i = 0; i < node.mNumChildren; ++i) AddTree(scene, *node.mChildren[i], to_world);
   }
 
-  /// The meshes of one node, in its own space. Several frames: one shape for each.
+  /// Adds the meshes of one node, in its own space, with one shape per frame.
   void AddNode(const aiScene& scene, const aiNode& node, const ModelAnimation& animation,
                const std::vector<double>& frames) {
     for (double frame : frames) mesh_.shapes.push_back({frame, {}});
@@ -66,7 +66,7 @@ class MeshBuilder {
   };
 
   void AddMesh(const aiMesh& mesh, const Poses& poses, bool mirrored) {
-    // Lines and points are left out, and with them the vertices that only they use.
+    // Lines and points are skipped, together with the vertices that only they use.
     std::vector<std::int32_t> point_of(mesh.mNumVertices, -1);
     const auto point = [&](unsigned vertex) {
       if (point_of[vertex] < 0) point_of[vertex] = AddPoint(poses, vertex);
@@ -75,7 +75,7 @@ class MeshBuilder {
     const bool has_uvws = mesh.HasTextureCoords(0);
     const auto uvw = [&](unsigned vertex) {
       const aiVector3D t = has_uvws ? mesh.mTextureCoords[0][vertex] : aiVector3D();
-      return has_uvws ? Vector{t.x, 1.0 - static_cast<double>(t.y), 0} : Vector{};
+      return has_uvws ? Vector{t.x, 1.0 - t.y, 0} : Vector{};
     };
     if (has_uvws) mesh_.uvws.resize(mesh_.polygons.size());
     for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
@@ -95,14 +95,14 @@ class MeshBuilder {
     return v;
   }
 
-  /// The index of the point, which is a new one unless there is one at the same places.
+  /// The index of the point. Points that coincide in all shapes share an index.
   std::int32_t AddPoint(const Poses& poses, unsigned vertex) {
     std::vector<Vector> places;
     for (const std::vector<Point>& pose : poses) places.push_back(ToHost(pose[vertex]));
     const Place key{places[0].x, places[0].y, places[0].z};
     const auto [begin, end] = index_of_.equal_range(key);
     for (auto found = begin; found != end; ++found)
-      if (IsAt(static_cast<std::size_t>(found->second), places)) return found->second;
+      if (IsAt(found->second, places)) return found->second;
     const std::int32_t next = count_++;
     index_of_.emplace(key, next);
     if (mesh_.shapes.empty())
@@ -133,7 +133,7 @@ double CountPolygons(const aiScene& scene, const aiNode& node) {
   return count;
 }
 
-/// One frame for a mesh that keeps its shape, else all whole frames of the file's animation.
+/// A single frame for a mesh that isn't deformed, otherwise every frame of the animation.
 std::vector<double> FramesOf(const ModelAnimation& animation, const aiScene& scene,
                              const aiNode& node, bool force) {
   const auto [first, last] = animation.Range();
@@ -149,59 +149,69 @@ std::vector<double> FramesOf(const ModelAnimation& animation, const aiScene& sce
   return frames;
 }
 
+/// Opens the file of the mesh object. Throws DocumentError.
+const ModelFile& OpenFile(const std::string& path, const std::string& place,
+                          const Document& document, ModelFiles& files) {
+  try {
+    return files.Get(path);
+  } catch (const DocumentError& error) {
+    throw DocumentError(place, error.what() + ("; paths are relative to the scene's folder " +
+                                               Quoted(document.folder)));
+  }
+}
+
+/// Adds the polygons of the node, or of the whole file if `node` is null.
+void AddPolygons(const ModelFile& file, const aiNode* node, const Document& document,
+                 MeshBuilder& builder) {
+  const aiScene& scene = file.Scene();
+  if (!node) {
+    if (!document.force)
+      RefuseBeyond(CountPolygons(scene, *scene.mRootNode), kMostModelPolygons, "polygons");
+    builder.AddTree(scene, *scene.mRootNode, {});
+    return;
+  }
+  const ModelAnimation animation(scene, document.fps.Value());
+  builder.AddNode(scene, *node, animation, FramesOf(animation, scene, *node, document.force));
+}
+
 }  // namespace
 
 void LoadMesh(SceneObject& object, const Document& document, ModelFiles& files) {
   const BaseContainer& data = object.GetDataInstance();
   const Filename file = data.GetFilename(kMeshFile);
   const std::string place = document.PlaceOf(object), node_name = data.GetString(kMeshFileNode);
-  if (object.inline_mesh) {
-    if (file.path.empty()) return;
-    throw DocumentError(place, "the mesh has a \"file\" and \"points\"; leave one of them out");
-  }
+  if (object.inline_mesh && file.path.empty()) return;
+  if (object.inline_mesh)
+    throw DocumentError(place, "the mesh has a \"file\" and \"points\"; remove one of them");
   if (file.path.empty())
     throw DocumentError(place,
                         "the mesh has no polygons; give parameters.file, or \"points\" and "
                         "\"polygons\"");
 
   const std::string path = document.Resolve(file).path, file_place = place + ".parameters.file";
-  const auto fail = [&](const std::string& what) { throw DocumentError(file_place, what); };
-  const ModelFile* model = nullptr;
-  try {
-    model = &files.Get(path);
-  } catch (const DocumentError& error) {
-    fail(error.what() + ("; paths count from the scene's folder " + Quoted(document.folder)));
-  }
-  double scale = data.GetReal(kMeshFileScale);
-  if (scale == 0) scale = model->IsGltf() ? 100 : 1;
+  const ModelFile& model = OpenFile(path, file_place, document, files);
+  const aiNode* node = node_name.empty() ? nullptr : model.FindNode(node_name);
+  if (!node && !node_name.empty())
+    throw DocumentError(place + ".parameters.file_node",
+                        Quoted(path) + " has no node " + Quoted(node_name));
   object.points.clear();
   object.polygons.clear();
   object.uvws.clear();
   object.shapes.clear();
-  const aiNode* node = node_name.empty() ? nullptr : model->FindNode(node_name);
-  if (!node && !node_name.empty())
-    throw DocumentError(place + ".parameters.file_node",
-                        Quoted(path) + " has no node " + Quoted(node_name));
-  const bool force = document.force;
-  MeshBuilder builder(object, scale);
+  const double scale = data.GetReal(kMeshFileScale);
+  MeshBuilder builder(object, scale != 0 ? scale : model.IsGltf() ? 100 : 1);
+  const auto fail = [&](const std::string& what) {
+    throw DocumentError(file_place, Quoted(path) + what);
+  };
   try {
-    if (node_name.empty() && !force)
-      RefuseBeyond(CountPolygons(model->Scene(), *model->Scene().mRootNode), kMostModelPolygons,
-                   "polygons");
-    if (node_name.empty()) {
-      builder.AddTree(model->Scene(), *model->Scene().mRootNode, {});
-    } else {
-      const ModelAnimation animation(model->Scene(), document.fps.Value());
-      builder.AddNode(model->Scene(), *node, animation,
-                      FramesOf(animation, model->Scene(), *node, force));
-    }
+    AddPolygons(model, node, document, builder);
   } catch (const DocumentError& error) {
-    fail(Quoted(path) + ": " + error.what());
+    fail(std::string(": ") + error.what());
   }
-  if (object.polygons.empty()) fail(Quoted(path) + " has no polygons; export it with its faces");
+  if (object.polygons.empty()) fail(" has no polygons; export it with its faces");
   if (!builder.AllFinite())
-    fail(Quoted(path) +
-         " has a point that isn't a finite number; mend the file, or choose a smaller file_scale");
+    fail(
+        " has a point that isn't a finite number; repair the file, or choose a smaller file_scale");
 }
 
 }  // namespace host

@@ -6,16 +6,17 @@
 
 namespace host {
 
-/// Gives a mesh object its points, polygons and texture coordinates from the file that its
-/// parameters name. Without the name of a node all meshes of the file become one, each where the
-/// file's own tree puts it. With one it is the node's meshes, in the node's space, and where bones
-/// or morphs of the file deform them, their shape at each frame. A right-handed file lands in the
-/// left-handed space with z negated and the corners reversed, so that it looks as it did and its
-/// outer sides stay outer. Points that are at the same place in all shapes become one. An object
-/// whose document holds the points itself is left as it is.
+/// Loads the points, polygons and texture coordinates of a mesh object from its file. Without a
+/// node name, all meshes of the file are merged, each placed by the node tree of the file. With a
+/// node name, only the meshes of that node are loaded, in its own space; if bones or morph targets
+/// deform them, there is one shape per frame.
 ///
-/// Throws DocumentError, with the object's place and the cure in it: no mesh is named, the file is
-/// missing, is no mesh, has no such node, no polygons, or a point that isn't finite.
+/// z is negated and the corners of polygons are reversed, so that a right-handed file looks the
+/// same in the left-handed space. Points that coincide in all shapes are merged. An inline mesh is
+/// not changed.
+///
+/// Throws DocumentError, with the object's place and advice, if no file is given, or the file is
+/// missing, isn't a mesh, lacks the node, or has no polygons or a point that isn't finite.
 void LoadMesh(SceneObject& object, const Document& document, ModelFiles& files);
 
 }  // namespace host

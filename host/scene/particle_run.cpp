@@ -5,23 +5,22 @@
 #include <numbers>
 #include <utility>
 
+#include "host/scene/builtin_classes.h"
 #include "host/scene/document.h"
-#include "host/scene/own_classes.h"
 
 namespace host {
 namespace {
 
-/// Random numbers of one particle: the mixing function of G. Steele, D. Lea and C. Flood, Fast
+/// Random numbers of one particle, with the mixing function of G. Steele, D. Lea and C. Flood, Fast
 /// splittable pseudorandom number generators, OOPSLA 2014.
 class Random {
  public:
   Random(std::int32_t seed, std::int64_t number)
-      : state_(Mix(static_cast<std::uint64_t>(seed) + kGamma) +
-               static_cast<std::uint64_t>(number) * 16 * kGamma) {}
+      : state_(Mix(seed + kGamma) + 16 * kGamma * number) {}
 
-  /// From 0 up to 1.
-  double Next() { return static_cast<double>(Mix(state_ += kGamma) >> 11) * 0x1p-53; }
-  /// 1, but for up to `share` more or less.
+  /// In [0, 1).
+  double Next() { return (Mix(state_ += kGamma) >> 11) * 0x1p-53; }
+  /// In [1 - share, 1 + share).
   double Around(double share) { return 1 + share * (2 * Next() - 1); }
 
  private:
@@ -34,7 +33,7 @@ class Random {
   std::uint64_t state_;
 };
 
-/// A direction whose angle to z is at most `degrees`, evenly over the cap of the sphere.
+/// A direction at most `degrees` away from z, distributed uniformly over the cap of the sphere.
 Vector DirectionInCone(double degrees, Random& random) {
   const double z = 1 - random.Next() * (1 - std::cos(degrees * std::numbers::pi / 180));
   const double angle = 2 * std::numbers::pi * random.Next();
@@ -63,14 +62,14 @@ Particle Birth(const BaseContainer& data, const Matrix& place, std::int64_t numb
   return p;
 }
 
-/// The flight for dt seconds under a constant acceleration.
+/// Moves the particle for dt seconds under constant acceleration.
 void Fly(Particle& p, const Vector& gravity, double dt) {
   p.position = p.position + p.velocity * dt + gravity * (0.5 * dt * dt);
   p.velocity = p.velocity + gravity * dt;
   p.age += dt;
 }
 
-/// What the objects of the document want of the particles.
+/// Applies the modifiers of the document to the particles.
 void Modify(Particles& particles, Document& document, double step) {
   if (particles.empty()) return;
   std::vector<ParticleModification> changes(particles.size());
@@ -122,7 +121,7 @@ ParticleRun::Emitter ParticleRun::Step(const Emitter& emitter, Document& documen
   Modify(next.particles, document, dt);
   for (Particle& p : next.particles) Fly(p, gravity, dt);
 
-  // Birth number j comes when the integral of the rate reaches j.
+  // Particle j is born when the integral of the rate reaches j.
   const double rate = data.GetReal(kEmitterRate) / fps;  // per frame
   const double begin = std::max(from, FrameOf(data.GetTime(kEmitterStart), document));
   const double end = std::min(to, FrameOf(data.GetTime(kEmitterEnd), document));
@@ -140,8 +139,8 @@ ParticleRun::Emitter ParticleRun::Step(const Emitter& emitter, Document& documen
   return next;
 }
 
-/// One frame further.
-void ParticleRun::GoOn(Document& document) {
+/// Advances by one frame.
+void ParticleRun::Advance(Document& document) {
   std::vector<Emitter> next;
   for (const Emitter& emitter : emitters_)
     next.push_back(Step(emitter, document, frame_, frame_ + 1));
@@ -168,7 +167,7 @@ bool ParticleRun::Update(Document& document, const BreakTest* breaks) {
   bool stopped = false;
   while (!stopped && frame_ + 1 <= target) {
     stand_at(frame_);
-    GoOn(document);
+    Advance(document);
     stopped = breaks && breaks->TestBreak();
   }
   const bool back = target < frame_ && !before_.empty();

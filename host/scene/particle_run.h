@@ -1,4 +1,4 @@
-// The particles of a document: makes them, moves them, and lets them die.
+// Simulates the particles of a document.
 #pragma once
 
 #include <cstdint>
@@ -12,42 +12,43 @@ namespace host {
 
 class Document;
 
-/// Steps all emitters of a document together, from one frame to the next. The particles at a time
-/// between two frames come from the earlier frame by a shorter step, which leaves no trace. So they
-/// depend on the document and the time alone: births on exact times, where the emitter's keyframes
-/// have it then; random numbers by the emitter's seed and the particle's number.
+/// Advances all emitters of a document together, one frame at a time. Particles at a time between
+/// two frames come from a shorter step from the earlier frame, whose result is not kept. The
+/// particles therefore depend only on the document and the time. Particles are born at exact times,
+/// at the position of the emitter at that time. Their random numbers depend on the emitter's seed
+/// and the particle's number.
 ///
-/// The run keeps the frame that it has come to and the one before it, so that a substep, or the
-/// opening of a shutter, may look ahead into the next frame and go back. What starts it anew: an
-/// earlier time than that, and a change of an emitter's parameters.
+/// The run keeps its current frame and the frame before it, so that a substep or a shutter can look
+/// ahead into the next frame and return. It restarts if an earlier time is requested or if the
+/// parameters of an emitter change.
 class ParticleRun {
  public:
-  /// Fills the particles of all emitters and systems of the document for its time, at which it must
-  /// stand evaluated, and does again afterwards. False if `breaks`, which may be null, wants the
-  /// end.
+  /// Computes the particles of all emitters and systems at the document's time. The document must
+  /// be evaluated at that time, and is again afterwards. `breaks` may be null. False if it stops
+  /// the computation.
   bool Update(Document& document, const BreakTest* breaks);
 
-  /// No emitter holds more particles at once; further ones aren't born.
+  /// The limit of particles per emitter. At the limit no more are born.
   static constexpr std::size_t kMostParticles = 10'000'000;
 
  private:
-  /// What one emitter has come to at a frame.
+  /// The state of one emitter at a frame.
   struct Emitter {
     SceneObject* object = nullptr;
-    BaseContainer made_from;  ///< its parameters without those that have keyframes
+    BaseContainer made_from;  ///< its parameters except those with keyframes
     Particles particles;
-    double born = 0;  ///< births up to the frame, as the integral of the rate
+    double born = 0;  ///< integral of the rate up to the frame
   };
 
   void Start(const std::vector<SceneObject*>& emitters, const Document& document);
   bool IsOutdated(const std::vector<SceneObject*>& emitters, double frame) const;
-  void GoOn(Document& document);
-  /// The emitter from the frame `from` on to the frame `to`, no later than the next.
+  void Advance(Document& document);
+  /// Advances the emitter from frame `from` to frame `to`, at most one frame later.
   static Emitter Step(const Emitter& emitter, Document& document, double from, double to);
 
   std::vector<Emitter> emitters_;
-  std::vector<Emitter> before_;  ///< a frame earlier; empty at the start
-  double frame_ = 0;             ///< a whole number
+  std::vector<Emitter> before_;  ///< one frame earlier; empty at the start
+  double frame_ = 0;             ///< an integer
 };
 
 }  // namespace host

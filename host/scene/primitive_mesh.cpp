@@ -3,27 +3,27 @@
 #include <cmath>
 #include <numbers>
 
-#include "host/scene/own_classes.h"
+#include "host/scene/builtin_classes.h"
 
 namespace host {
 namespace {
 
 constexpr double kTurn = 2 * std::numbers::pi;
 
-/// A point of the outline that turns about the y axis.
+/// A point of the outline that revolves about the y axis.
 struct OutlinePoint {
   double radius, y;
 };
 
 /// A surface of revolution.
 ///
-/// The outline runs upwards on the outside, so that at a polygon
+/// The outline runs upward on the outside, so that at a polygon
 ///
 ///     b - c
-///     |   |    up x around, with around = (-sin, 0, cos), points outwards.
+///     |   |    up x around points outward, with around = (-sin, 0, cos).
 ///     a - d
 ///
-/// Points on the axis are made once, and the polygons that meet there are triangles.
+/// Points on the axis exist once, and the polygons there are triangles.
 PrimitiveMesh Revolve(const std::vector<OutlinePoint>& outline, bool closed,
                       std::int32_t segments) {
   PrimitiveMesh mesh;
@@ -41,14 +41,14 @@ PrimitiveMesh Revolve(const std::vector<OutlinePoint>& outline, bool closed,
     }
   }
   if (closed) rows.push_back(rows.front());
-  const auto last = static_cast<double>(rows.size() - 1);
+  const double last = rows.size() - 1, around = segments;
   for (std::size_t j = 0; j + 1 < rows.size(); ++j)
     for (std::int32_t i = 0; i < segments; ++i) {
-      const auto i0 = static_cast<std::size_t>(i);
-      const auto i1 = static_cast<std::size_t>((i + 1) % segments);
-      const std::int32_t a = rows[j][i0], b = rows[j + 1][i0], c = rows[j + 1][i1], d = rows[j][i1];
-      const double u0 = static_cast<double>(i) / segments, u1 = (i + 1.0) / segments;
-      const double v0 = 1 - static_cast<double>(j) / last, v1 = 1 - (j + 1.0) / last;
+      const std::int32_t next = (i + 1) % segments;
+      const std::int32_t a = rows[j][i], b = rows[j + 1][i], c = rows[j + 1][next],
+                         d = rows[j][next];
+      const double u0 = i / around, u1 = (i + 1) / around;
+      const double v0 = 1 - j / last, v1 = 1 - (j + 1) / last;
       const Vector ta{u0, v0, 0}, tb{u0, v1, 0}, tc{u1, v1, 0}, td{u1, v0, 0};
       if (a == d) {
         mesh.polygons.push_back({a, b, c, c});
@@ -115,7 +115,7 @@ PrimitiveMesh Plane(double width, double depth, std::int32_t segments) {
   return mesh;
 }
 
-/// Bits 0, 1 and 2 of a corner's index tell its sides along x, y and z.
+/// Bits 0, 1 and 2 of a corner's index give its sides along x, y and z.
 PrimitiveMesh Box(const Vector& size) {
   PrimitiveMesh mesh;
   for (int i = 0; i < 8; ++i)
@@ -123,7 +123,7 @@ PrimitiveMesh Box(const Vector& size) {
         {size.x * ((i & 1) - 0.5), size.y * ((i >> 1 & 1) - 0.5), size.z * ((i >> 2 & 1) - 0.5)});
   for (int axis = 0; axis < 3; ++axis)
     for (int side = 0; side < 2; ++side) {
-      // The axes after this one, in the cyclic order of u x v = axis; turned for the low side.
+      // The other two axes, in the cyclic order u x v = axis; swapped for the low side.
       const int u = 1 << (axis + 1 + (1 - side)) % 3, v = 1 << (axis + 1 + side) % 3;
       const int a = side << axis;
       mesh.polygons.push_back({a, a + u, a + u + v, a + v});

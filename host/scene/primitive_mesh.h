@@ -15,13 +15,13 @@ struct PrimitiveMesh {
   std::vector<UvwPolygon> uvws;
 };
 
-/// True for the types of objects that MakePrimitive knows.
+/// True for the object types that MakePrimitive supports.
 bool IsPrimitive(std::int32_t type);
 
-/// How many polygons MakePrimitive makes.
+/// The number of polygons that MakePrimitive makes.
 double PrimitivePolygons(std::int32_t type, const BaseContainer& data);
 
-/// The mesh of a primitive with those parameters, outer sides out. Points are shared: spheres,
+/// The mesh of a primitive with these parameters. Outer sides face out. Points are shared: spheres,
 /// boxes, tori and cylinders with caps are closed.
 PrimitiveMesh MakePrimitive(std::int32_t type, const BaseContainer& data);
 

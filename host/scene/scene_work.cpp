@@ -4,15 +4,15 @@
 #include <cmath>
 
 #include "host/base/document_error.h"
+#include "host/scene/builtin_classes.h"
 #include "host/scene/document.h"
-#include "host/scene/own_classes.h"
 #include "host/scene/particle_run.h"
 #include "host/scene/primitive_mesh.h"
 
 namespace host {
 namespace {
 
-/// The largest that a number is at any time.
+/// The largest value of a number at any time.
 double Most(const SceneObject& object, std::int32_t id) {
   const auto track = object.State().tracks.find(id);
   if (track == object.State().tracks.end()) return object.GetDataInstance().GetReal(id);
@@ -25,20 +25,20 @@ double Most(const SceneObject& object, std::int32_t id) {
 double Polygons(const SceneObject& object) {
   if (IsPrimitive(object.GetType()))
     return PrimitivePolygons(object.GetType(), object.GetDataInstance());
-  return static_cast<double>(object.polygons.size());
+  return object.polygons.size();
 }
 
-/// How many particles an emitter may hold at once.
+/// The largest number of particles that an emitter can have at once.
 double HeldParticles(const SceneObject& object) {
   if (object.GetType() != kParticleEmitter || !object.IsOn()) return 0;
   const BaseContainer& data = object.GetDataInstance();
   const double life = Most(object, kEmitterLife) * (1 + data.GetReal(kEmitterLifeVariation));
   const double births = data.GetTime(kEmitterEnd).Get() - data.GetTime(kEmitterStart).Get();
   const double held = Most(object, kEmitterRate) * std::clamp(births, 0.0, life);
-  return std::min(std::ceil(held), static_cast<double>(ParticleRun::kMostParticles));
+  return std::min<double>(std::ceil(held), ParticleRun::kMostParticles);
 }
 
-/// Steps of its particles until the document's first frame; a step without particles costs too.
+/// The number of particle steps before the first frame. A step without particles has a cost too.
 double ParticleSteps(const SceneObject& object, const Document& document) {
   if (object.GetType() != kParticleEmitter || !object.IsOn()) return 0;
   const double start =
@@ -46,7 +46,7 @@ double ParticleSteps(const SceneObject& object, const Document& document) {
   return std::max(document.start - start, 0.0) * (HeldParticles(object) + 100);
 }
 
-/// Throws if all objects together ask for more than `most`.
+/// Throws if all objects together exceed `most`.
 template <class Count>
 void Check(const Document& document, Count count, double most, const std::string& what,
            const std::string& cure) {
@@ -60,9 +60,9 @@ void Check(const Document& document, Count count, double most, const std::string
   }
   if (!(all > most)) return;
   throw DocumentError(document.PlaceOf(*where),
-                      "the scene asks for " + std::to_string(std::llround(all)) + " " + what +
+                      "the scene needs " + std::to_string(std::llround(all)) + " " + what +
                           ", more than " + std::to_string(std::llround(most)) +
-                          "; most of them are here: " + cure + ", or give --force");
+                          "; most of them are here: " + cure + ", or pass --force");
 }
 
 }  // namespace

@@ -5,14 +5,14 @@
 #include <cmath>
 #include <cstdint>
 
+#include "host/scene/builtin_classes.h"
 #include "host/scene/image_texture.h"
-#include "host/scene/own_classes.h"
 
 namespace host {
 namespace {
 
-/// What the procedural textures share: a share of the way from one color to another, at a point
-/// that is counted from an offset in units of the scale.
+/// Common part of the procedural textures: a blend of two colors, and coordinates relative to an
+/// offset in units of a scale.
 class TwoColors {
  public:
   explicit TwoColors(const BaseContainer& data)
@@ -60,7 +60,7 @@ class GradientTexture final : public Texture {
 
 constexpr std::uint32_t kPrimes[4] = {0x9e3779b1U, 0x85ebca77U, 0xc2b2ae3dU, 0x27d4eb2fU};
 
-/// The finishing steps of MurmurHash3.
+/// The finalizer of MurmurHash3.
 std::uint32_t Scramble(std::uint32_t h) {
   h = (h ^ (h >> 16)) * 0x85ebca6bU;
   h = (h ^ (h >> 13)) * 0xc2b2ae35U;
@@ -69,7 +69,8 @@ std::uint32_t Scramble(std::uint32_t h) {
 
 double Fade(double t) { return t * t * t * (t * (t * 6 - 15) + 10); }
 
-/// One of the 32 vectors with three components of 1 or -1 and one of 0, times d.
+/// The dot product of d and one of the 32 vectors that have three components of 1 or -1 and one of
+/// 0.
 double GradientTimes(std::uint32_t hash, const double (&d)[4]) {
   const std::uint32_t zero = hash & 3;
   double sum = 0;
@@ -78,7 +79,7 @@ double GradientTimes(std::uint32_t hash, const double (&d)[4]) {
   return sum;
 }
 
-/// Between about -1 and 1, and 0 at whole coordinates.
+/// Roughly in [-1, 1], and 0 at integer coordinates.
 double GradientNoise(const std::array<double, 4>& p, std::uint32_t seed) {
   std::uint32_t cell[4];
   double t[4], weight[4];
@@ -86,7 +87,7 @@ double GradientNoise(const std::array<double, 4>& p, std::uint32_t seed) {
     const double low = std::floor(p[k]);
     t[k] = p[k] - low;
     weight[k] = Fade(t[k]);
-    // Coordinates beyond the numbers of cells start over.
+    // Coordinates wrap around at 2^32.
     cell[k] = static_cast<std::uint32_t>(static_cast<std::int64_t>(std::fmod(low, 4294967296.0)));
   }
   double sum = 0;
@@ -111,7 +112,7 @@ class Noise final : public Texture {
         speed_(data.GetReal(kShaderSpeed)),
         contrast_(data.GetReal(kShaderContrast, 1)),
         octaves_(data.GetLong(kShaderOctaves, 4)),
-        seed_(static_cast<std::uint32_t>(data.GetLong(kShaderSeed))) {}
+        seed_(data.GetLong(kShaderSeed)) {}
 
   Vector Sample(const Vector& point, double time) const override {
     const Vector p = colors_.Place(point);
@@ -119,7 +120,7 @@ class Noise final : public Texture {
     for (int i = 0; i < octaves_; ++i, frequency *= 2, weight /= 2)
       sum += weight * GradientNoise({p.x * frequency, p.y * frequency, p.z * frequency,
                                      time * speed_ * frequency},
-                                    seed_ + static_cast<std::uint32_t>(i));
+                                    seed_ + i);
     return colors_.Mix(std::clamp(0.5 + 0.5 * contrast_ * sum, 0.0, 1.0));
   }
 

@@ -1,4 +1,4 @@
-// The textures that stand behind the host's shaders.
+// The textures behind the built-in shaders.
 #pragma once
 
 #include <memory>
@@ -9,11 +9,11 @@
 
 namespace host {
 
-/// The texture of a shader of that type with those parameters. Files are read from `file`, the
-/// resolved name. Throws DocumentError, with `place` in front, for an image that can't be read.
+/// Makes the texture of a shader of that type with these parameters. An image is read from `file`,
+/// an absolute path. Throws DocumentError, with `place` in front, for an image that can't be read.
 ///
-/// The noise is the gradient noise of K. Perlin, Improving noise, SIGGRAPH 2002, in the three
-/// coordinates and the time, summed over octaves.
+/// The noise is the gradient noise of K. Perlin, Improving noise, SIGGRAPH 2002, in space and time,
+/// summed over octaves.
 std::unique_ptr<Texture> MakeTexture(std::int32_t type, const BaseContainer& data,
                                      const std::string& file, const std::string& place);
 

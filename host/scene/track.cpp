@@ -6,8 +6,8 @@
 namespace host {
 namespace {
 
-/// The slope at a key, from the slopes d0 and d1 of the chords before and after it, of widths h0
-/// and h1. Zero at an extremum; else a weighted harmonic mean,
+/// The slope at a key. d0 and d1 are the slopes of the chords before and after it, h0 and h1 their
+/// widths. Zero at an extremum, otherwise a weighted harmonic mean:
 ///     m = d0 d1 / (alpha d1 + (1 - alpha) d0),   alpha = (h0 + 2 h1) / (3 (h0 + h1)).
 double MonotoneSlope(double d0, double d1, double h0, double h1) {
   if (d0 * d1 <= 0) return 0;
@@ -15,7 +15,7 @@ double MonotoneSlope(double d0, double d1, double h0, double h1) {
   return d0 * d1 / (alpha * d1 + (1 - alpha) * d0);
 }
 
-/// Slope of one component at key i of the track.
+/// The slope of one component at key i.
 template <class Component>
 double SlopeAt(const std::vector<Key>& keys, std::size_t i, Component component) {
   if (i == 0 || i + 1 == keys.size()) return 0;
@@ -25,7 +25,7 @@ double SlopeAt(const std::vector<Key>& keys, std::size_t i, Component component)
                        h1);
 }
 
-/// One component at the share t, in [0, 1), of the way from key i to key i + 1.
+/// One component at fraction t, in [0, 1), of the way from key i to key i + 1.
 template <class Component>
 double Between(const Track& track, std::size_t i, double t, Component component) {
   const double p0 = component(track.keys[i]), p1 = component(track.keys[i + 1]);
@@ -44,7 +44,7 @@ ParameterValue Track::Evaluate(double frame) const {
   const auto after = std::upper_bound(keys.begin(), keys.end(), frame,
                                       [](double f, const Key& key) { return f < key.frame; });
   if (after == keys.begin()) return keys.front().value;
-  const auto i = static_cast<std::size_t>(after - keys.begin()) - 1;
+  const std::size_t i = after - keys.begin() - 1;
   if (after == keys.end()) return keys[i].value;
   const double t = (frame - keys[i].frame) / (keys[i + 1].frame - keys[i].frame);
 

@@ -1,4 +1,4 @@
-// Keyframes of one quantity, and its value between them.
+// Keyframes of one quantity, with interpolation.
 #pragma once
 
 #include <vector>
@@ -9,7 +9,7 @@ namespace host {
 
 enum class Interpolation {
   Linear,
-  /// A cubic through the keys that never leaves the range between two neighbors, with level ends:
+  /// A monotone cubic with level ends, which never leaves the range between two neighboring keys:
   /// F. N. Fritsch and J. Butland, A method for constructing local monotone piecewise cubic
   /// interpolants, SIAM J. Sci. Stat. Comput. 5 (1984).
   Smooth,
@@ -20,16 +20,16 @@ struct Key {
   ParameterValue value;
 };
 
-/// At least one key; frames ascending, each once; all values of one kind.
+/// At least one key. Frames ascend strictly. All values have the same type.
 struct Track {
   Interpolation interpolation = Interpolation::Linear;
   std::vector<Key> keys;
 
-  /// Before the first key its value, after the last one that one's. Reals and vectors are
-  /// interpolated; values of other kinds hold until the next key.
+  /// Reals and vectors are interpolated. Other values hold until the next key. Before the first key
+  /// and after the last, the value is constant.
   ParameterValue Evaluate(double frame) const;
 
-  /// Multiplies reals and vectors, and leaves all else.
+  /// Multiplies reals and vectors by the factor. Other values stay.
   void Scale(double factor);
 };
 

@@ -55,15 +55,16 @@ Vector Nearest(const Vector& angles, const Vector& former) {
 Transform ToTransform(const Matrix& matrix, const Vector& former, double& shear) {
   const auto length = [](const Vector& axis) { return std::max(Length(axis), 1e-6); };
   Transform t;
-  t.position = matrix.off + Vector{};  // no zero below 0
+  t.position = matrix.off + Vector{};  // turns -0 into 0
   t.scale = {length(matrix.v1), length(matrix.v2), length(matrix.v3)};
   if (Determinant(matrix) < 0) t.scale.x = -t.scale.x;
   const Vector x = matrix.v1 * (1 / t.scale.x), y = matrix.v2 * (1 / t.scale.y),
                z = matrix.v3 * (1 / t.scale.z);
   shear = std::max({std::fabs(Dot(x, y)), std::fabs(Dot(y, z)), std::fabs(Dot(z, x))});
 
-  // z = (sin h cos p, -sin p, cos h cos p), and the y components of x and y are cos p sin b and
-  // cos p cos b. Straight up or down, heading and bank turn about one axis: the bank is left as 0.
+  // z = (sin h cos p, -sin p, cos h cos p). The y components of x and y are cos p sin b and cos p
+  // cos b. If z points straight up or down, heading and bank rotate about the same axis, and bank
+  // is set to 0.
   const double degree = 180 / std::numbers::pi;
   const double pitch = std::atan2(-z.y, std::hypot(z.x, z.z));
   const bool steep = std::hypot(z.x, z.z) < 1e-7;

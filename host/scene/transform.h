@@ -1,12 +1,12 @@
-// Where an object sits in its parent's space, as the user gives it.
+// The position of an object in its parent's space.
 #pragma once
 
 #include "host/interface/vector.h"
 
 namespace host {
 
-/// Scale first, then rotation, then position. The rotation is heading, pitch, bank in degrees:
-/// bank turns x towards y, then pitch turns y towards z, then heading turns z towards x, each
+/// Scale is applied first, then rotation, then position. The rotation is heading, pitch, bank in
+/// degrees: bank turns x toward y, then pitch turns y toward z, then heading turns z toward x, each
 /// about an axis of the parent.
 struct Transform {
   Vector position;
@@ -16,14 +16,12 @@ struct Transform {
   friend bool operator==(const Transform&, const Transform&) = default;
 };
 
-/// heading * pitch * bank * scale, with the position as offset. Multiples of 90 degrees turn
-/// exactly.
+/// heading * pitch * bank * scale, with the position as offset. Multiples of 90 degrees are exact.
 Matrix ToMatrix(const Transform& transform);
 
-/// The other way around. A mirror is a negative scale along x. What a matrix has of shear is lost;
-/// `shear`, the largest cosine between two axes, tells how much there was. A column without length
-/// counts as one of 1e-6. Of the angles that give the rotation, those nearest to `former` are
-/// taken.
+/// The inverse of ToMatrix. A mirroring matrix gives a negative scale along x. Shear is lost;
+/// `shear` returns its amount, the largest cosine between two axes. A zero column counts as a
+/// column of length 1e-6. Among equivalent angles, those nearest to `former` are returned.
 Transform ToTransform(const Matrix& matrix, const Vector& former, double& shear);
 
 }  // namespace host

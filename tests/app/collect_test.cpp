@@ -1,6 +1,6 @@
-// A scene with all that belongs to it in one folder, which works wherever it goes. data/collect has
-// two volumes whose caches have one name, a model whose numbers lie in another folder, used twice,
-// two pictures of one name, and a volume that nobody has simulated.
+// A scene collected in one folder works wherever the folder goes. data/collect has two volumes
+// whose caches have the same name, a model whose numbers are in another folder and that is used
+// twice, two pictures with the same name, and a volume that was never simulated.
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -15,8 +15,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The bytes of all files under a folder, by their paths from there. Names of frames begin with a
-/// word that tells where they were made.
+/// The bytes of all files under a folder, by relative path. Frame names start with a word that
+/// depends on where they were made.
 std::map<std::string, std::string> Files(const std::string& folder) {
   std::map<std::string, std::string> files;
   for (const auto& entry : fs::recursive_directory_iterator(folder))
@@ -70,7 +70,7 @@ TEST(Collect, FolderIsWholeWhereverItGoes) {
       EXPECT_EQ(bytes, at_home.at(original)) << name;
     }
 
-  // Another run at home makes the copies out of date: the new ones get places of their own.
+  // Another run at home makes the copies outdated: the new copies get new names.
   run(home, "simulate scene.json --object left --overwrite --set left.voxel_size=4");
   run(home, "collect scene.json --output ../project");
   auto all = Files(project);

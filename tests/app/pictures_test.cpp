@@ -1,6 +1,5 @@
-// Scenes simulated and rendered by the program, coarsely, beside the pictures in
-// tests/app/pictures. With NBX_WRITE_PICTURES set those are made anew; look at them before they are
-// kept.
+// Scenes simulated and rendered coarsely by the program, compared with tests/app/pictures. With
+// NBX_WRITE_PICTURES set, the pictures are written instead; look at them before you commit them.
 #include <QImage>
 #include <cstdlib>
 #include <filesystem>
@@ -50,8 +49,8 @@ void expect_known_look(const std::string& name, const std::vector<std::string>& 
       sum += difference / 3.0;
       far += difference > 60;
     }
-  // Another processor or compiler changes last bits, and by them single samples: a few pixels, and
-  // little on the whole. A picture shifted by a pixel differs by a mean of 0.96 or more.
+  // Another processor or compiler changes last bits, and through them single samples: a few pixels,
+  // little on average. A picture shifted by one pixel differs by a mean of 0.96 or more.
   EXPECT_LT(sum / (96 * 72), 0.5);
   EXPECT_LT(far, 96 * 72 / 100);
 }

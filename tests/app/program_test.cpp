@@ -1,4 +1,4 @@
-// The program as users see it: what it prints where, and its exit codes.
+// The program as users see it: its output and exit codes.
 #include <cstdlib>
 #include <fstream>
 #include <string>
@@ -17,12 +17,12 @@ struct Outcome {
   std::string out, err;
 };
 
-/// The program with the test plug-in, and a folder with a scene to run it on.
+/// The program with the test plug-in, and a folder with a scene.
 class Program : public ::testing::Test {
  protected:
   Program() { std::filesystem::copy(NBX_SOURCES "/tests/app/data/program", folder_.path()); }
 
-  /// Runs a line of the shell in that folder; `$P` is the program.
+  /// Runs a shell command in that folder. `$P` is the program.
   Outcome Shell(const std::string& line) {
     std::filesystem::remove(folder_.file("err"));
     const int status = std::system(("cd '" + folder_.path() + "'; P='" NBX_PROGRAM "'; export " +
@@ -39,8 +39,8 @@ class Program : public ::testing::Test {
   std::string plugin_ = NBX_TEST_PLUGIN;
 };
 
-/// Calls body(words, line) for each line in a file of data/ after the words of its command, which
-/// begin with a dollar sign.
+/// Calls body(words, line) for each line in a file of data/, where `words` are the arguments from
+/// the preceding line that starts with a dollar sign.
 template <class Body>
 void EachLine(const char* file, Body body) {
   std::ifstream in(std::string(NBX_SOURCES "/tests/app/data/") + file);
@@ -78,7 +78,7 @@ TEST_F(Program, OptionsReachTheCommand) {
   EXPECT_EQ(outcome.err, "frame -2\nframe -1\n");
 
   EXPECT_EQ(Run("probe much.json --force").code, 0);
-  // A value that may be left out never swallows the next argument.
+  // An optional value never swallows the next argument.
   for (const auto& [words, since] : {std::pair{"--since scene.json", "since ever"},
                                      {"scene.json --since", "since ever"},
                                      {"--since -3 scene.json", "since -3"},
@@ -102,7 +102,7 @@ TEST_F(Program, FailuresGiveCodeOne) {
 
 TEST_F(Program, AnInterruptReachesTheCommand) {
   for (const std::string signal : {"INT", "TERM"}) {
-    // Its note on stderr tells that it waits.
+    // Its note on stderr shows that it is waiting.
     const Outcome outcome = Shell(
         "$P probe scene.json --wait >out 2>err & while kill -0 $! && ! [ -s err ]; "
         "do sleep 0.01; done; kill -" +

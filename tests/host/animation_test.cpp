@@ -1,6 +1,5 @@
-// What changes with time: keyframes, transforms and the world matrices that they add up to;
-// particles, where and when they are born, how they fly, and that the road to a time doesn't
-// matter.
+// Animation: keyframes, transforms and the resulting world matrices; births, motion and deaths of
+// particles, which depend on the time but not on the times evaluated before.
 
 #include "host/scene/track.h"
 #include "host/scene/transform.h"
@@ -69,7 +68,7 @@ TEST(Animation, WorldMatricesFollowTheParentsKeyframes) {
     Vector place;
     double edge, amount;
   } cases[] = {{0, {2, 0, 20}, 1, 0},
-               {25, {100 - 2, 0, -20}, 2, 50},  // turned by 180 degrees: z to -z, x to -x
+               {25, {100 - 2, 0, -20}, 2, 50},  // rotated by 180 degrees: z to -z, x to -x
                {75, {100 - 2, 0, -20}, 3, 50}};
   for (const auto& c : cases) {
     GoToFrame(*document, c.frame);
@@ -78,7 +77,7 @@ TEST(Animation, WorldMatricesFollowTheParentsKeyframes) {
     EXPECT_EQ(box->GetDataInstance().GetBool(test_plugin::kActive), c.frame > 0) << c.frame;
     EXPECT_EQ(box->GetFirstTag()->GetDataInstance().GetReal(test_plugin::kAmount), c.amount);
   }
-  // Between frames, as substeps are: half the way, where z has gone to x, and x to -z.
+  // Between frames, like a substep: halfway, where z has turned to x, and x to -z.
   GoToFrame(*document, 12.5);
   ExpectNear(box->GetMg().off, Vector{50 + 20, 0, -2});
   box->GetFirstTag()->ScaleKeys(test_plugin::kAmount, 0.1);
@@ -86,8 +85,8 @@ TEST(Animation, WorldMatricesFollowTheParentsKeyframes) {
   EXPECT_EQ(box->GetFirstTag()->GetDataInstance().GetReal(test_plugin::kAmount), 5);
 }
 
-// 10 births a second at 25 frames a second, from an emitter that goes 100 units a second along x,
-// turned so that its z points along the world's x: heading turns z towards x.
+// 10 births per second at 25 frames per second, from an emitter that moves along x at 100 units per
+// second and is rotated so that its z points along the world's x: heading turns z toward x.
 const char* const kEmitter = R"({"type": "particle_system", "children": [
   {"type": "particle_emitter", "rotation": [90, 0, 0],
    "keyframes": {"position": [[0, [0, 0, 0]], [100, [400, 0, 0]]]},
@@ -105,7 +104,7 @@ TEST(Particles, AreBornOnTimeAndFlyTheirParabola) {
   for (const double frame : {0.0, 0.5, 7.5, 24.0, 63.25}) {
     GoToFrame(*document, frame);
     const double t = frame / 25;
-    // Birth j comes at j / 10 s; the particle lives for a second.
+    // Particle j is born at j / 10 s and lives for a second.
     const auto born = static_cast<std::size_t>(std::ceil(t * 10 - 1e-9));
     const std::size_t dead = t < 1 ? 0 : static_cast<std::size_t>(std::floor((t - 1) * 10)) + 1;
     const Particles& particles = group.GetParticles();
@@ -145,7 +144,7 @@ TEST(Particles, DependOnTheTimeAlone) {
       direct);
 }
 
-/// Lifts all particles left of x = 20, and counts how often it was asked.
+/// Lifts all particles left of x = 20 and counts the calls.
 class Lift final : public ObjectData {
  public:
   void ModifyParticles(const BaseObject& object, const Particles& particles,
@@ -163,7 +162,7 @@ class Lift final : public ObjectData {
   inline static double longest = 0;
 };
 
-/// A scene of an emitter with these parameters, and lifts that go a unit a frame.
+/// A scene with an emitter with these parameters, and modifiers that lift by one unit per frame.
 std::unique_ptr<Document> ReadLifted(const std::string& parameters,
                                      const std::vector<std::string>& lifts) {
   static const SceneClasses classes = [] {
@@ -182,8 +181,8 @@ std::unique_ptr<Document> ReadLifted(const std::string& parameters,
   return ReadDocument(text + "]}", "/", classes);
 }
 
-// Substeps and shutters look a frame ahead and go back.
-TEST(Particles, LookingAheadDoesntStartAnew) {
+// Substeps and shutters look one frame ahead and return.
+TEST(Particles, LookingAheadDoesNotRestart) {
   const auto document = ReadLifted(R"("life": 99)", {R"("enabled": true)"});
   Lift::calls = 0;
   for (int frame = 1; frame <= 100; ++frame)
@@ -192,7 +191,7 @@ TEST(Particles, LookingAheadDoesntStartAnew) {
   EXPECT_LE(Lift::calls, 320) << "one whole step and two parts of one in each frame";
 }
 
-TEST(Particles, FollowTheMeanOfTheModifiersThatHaveASay) {
+TEST(Particles, FollowTheMeanOfTheirModifiers) {
   const auto document = ReadLifted(
       R"("rate": 100, "speed": 0, "life": 9, "size": [80, 0, 0])",
       {R"("parameters": {"force": [0, 30, 0]})", R"("parameters": {"force": [0, 0, 10]})",
@@ -204,7 +203,7 @@ TEST(Particles, FollowTheMeanOfTheModifiersThatHaveASay) {
   for (const Particle& p : document->GetFirstObject()->GetParticles()) {
     const bool lifted = p.position.x < 20;
     moved += lifted ? 1 : 0;
-    // The step of its birth is without modifiers.
+    // Modifiers don't act in the step of the birth.
     const double whole = lifted ? (49 - std::floor(p.number * 0.25)) / 25 : 0;
     EXPECT_NEAR(p.position.y, 15 * whole, 1e-6) << p.age;
     EXPECT_NEAR(p.position.z, 5 * whole, 1e-6);

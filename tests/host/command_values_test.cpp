@@ -1,5 +1,5 @@
-// Values that come from the command line: frame ranges, frame rates and parameters; and what the
-// program writes on a terminal.
+// Values from the command line (frame ranges, frame rates, parameters), and the output on a
+// terminal.
 #include <algorithm>
 #include <sstream>
 
@@ -32,7 +32,8 @@ TEST(FrameRange, ListsFramesOnceAndInOrder) {
   EXPECT_EQ(error, "ends before it begins");
 }
 
-// A frame's time has the frame's number, and the instant before it that of the frame before.
+// The time of a frame has the frame's number. The instant before has the number of the previous
+// frame.
 TEST(FrameRate, IsTheFractionThatPeopleMean) {
   std::istringstream rates(
       "23.976 24000 1001  23.98 24000 1001  29.97 30000 1001  29.9700299700299 30000 1001 "
@@ -72,7 +73,7 @@ const char* const kTwoBoxes = R"(
    "keyframes": {"parameters.edge_length": [[0, 1], [10, 9]]}},
   {"type": "null", "name": "B", "children": [{"type": "box", "name": "C"}]})";
 
-/// Edges of the two boxes, and the amounts of the first one's tags.
+/// Edges of the two boxes, and the amounts of the tags of the first one.
 std::vector<double> Numbers(const Document& document) {
   const auto objects = document.AllObjects();
   const BaseTag* tag = objects[0]->GetFirstTag();
@@ -96,7 +97,7 @@ TEST(Overrides, ReachTheNamedObjectsAndTheirTagsForAllTime) {
     GoToFrame(*document, 10);
     EXPECT_EQ(Numbers(*document), numbers) << settings[0];
   }
-  // 2 is the default; what the user has set is written all the same.
+  // 2 is the default, but values set by the user are always written.
   const auto document = ReadObjects(kTwoBoxes);
   ApplyOverrides(*document, {"A.1.edge_length=2"});
   EXPECT_NE(WriteDocument(*document, "/").find("\"edge_length\": 2.0"), std::string::npos);
@@ -119,7 +120,7 @@ TEST(Overrides, TakeEveryTypeOfValue) {
   EXPECT_EQ(data.GetCurve(test_plugin::kShape), (CurvePoints{{0, 1}, {2, 3}}));
   EXPECT_EQ(
       document->warnings,
-      std::vector<std::string>{"--set C.edge_length=0: 0 is below 0.5, which is taken instead"});
+      std::vector<std::string>{"--set C.edge_length=0: 0 is below 0.5, which is used instead"});
   EXPECT_EQ(data.GetLink(test_plugin::kTarget), nullptr);
   bool on = true;
   for (const char* word : {"false", "true", "0", "1", "off", "on", "NO", "Yes"}) {
@@ -129,7 +130,7 @@ TEST(Overrides, TakeEveryTypeOfValue) {
   }
 }
 
-TEST(Overrides, MistakesAreToldWithTheSetting) {
+TEST(Overrides, MistakesAreReportedWithTheSetting) {
   const std::pair<std::string, const char*> mistakes[] = {
       {"A.1.edge_length", "expected OBJECT.parameter=VALUE"},
       {"D.edge_length=1", "no object is named \"D\", did you mean \"B\"?"},
@@ -143,7 +144,7 @@ TEST(Overrides, MistakesAreToldWithTheSetting) {
   }
 }
 
-// Progress is one line that is redrawn; whatever else is written begins below it.
+// Progress is one line that is redrawn. Other output starts below it.
 TEST(Terminal, RedrawsItsProgressAndEndsItBeforeOtherLines) {
   for (const bool quiet : {false, true}) {
     testing::internal::CaptureStderr();

@@ -1,5 +1,4 @@
-// Meshes and scenes from files of modeling programs: where things land at each time, which side is
-// outside, and what extras make of them.
+// Meshes and scenes from model files: positions over time, outer sides, and roles from extras.
 #include <csignal>
 #include <numbers>
 
@@ -14,9 +13,9 @@
 namespace host::test {
 namespace {
 
-/// data/arm.gltf: an arm that turns half around y in one second and carries a triangle that grows a
-/// corner; a ring that turns 170 degrees about x; a skinned triangle whose bone rises; lamp, eye
-/// and roles.
+/// data/arm.gltf contains an arm that makes half a turn around y in one second and carries a
+/// triangle whose corner grows; a ring that turns by 170 degrees about x; a skinned triangle whose
+/// bone rises; a lamp, a camera and roles.
 std::string WriteScene(const nbx::test::TemporaryFolder& folder, const std::string& name,
                        const std::string& generator, const std::string& extras) {
   std::string text = Data("arm.gltf");
@@ -30,14 +29,14 @@ SceneObject& Find(const Document& document, const char* name) {
   return *document.FindByName(name).at(0);
 }
 
-/// The point of the mesh that its polygon has in the place of the file's vertex `corner`.
+/// The point of the mesh at vertex `corner` of the file.
 Vector InWorld(const SceneObject& mesh, int corner) {
   const CPolygon& p = mesh.polygons.at(0);
-  const std::int32_t index = corner == 0 ? p.a : corner == 1 ? p.c : p.b;  // b and c are exchanged
+  const std::int32_t index = corner == 0 ? p.a : corner == 1 ? p.c : p.b;  // b and c are swapped
   return mesh.GetMg() * mesh.points.at(static_cast<std::size_t>(index));
 }
 
-/// A scene with the mesh of a file of the data.
+/// A scene with a mesh from a file in data.
 std::unique_ptr<Document> OpenMesh(const std::string& name, const std::string& more = "") {
   auto document =
       ReadObjects(R"({"type": "mesh", "parameters": {"file": ")" + name + "\"" + more + "}}",
@@ -46,7 +45,7 @@ std::unique_ptr<Document> OpenMesh(const std::string& name, const std::string& m
   return document;
 }
 
-// The box from (0, 0, 0) to (1, 2, 3) of a right-handed space; under a node in the later files.
+// The box from (0, 0, 0) to (1, 2, 3) in right-handed space; in the later files under a node.
 TEST(MeshFile, LandsInTheHostsSpaceWithItsOutsideOut) {
   const struct {
     std::string name, more;
@@ -75,7 +74,7 @@ TEST(MeshFile, PartsJoinWithTheirTexturePlacesAndWithoutLinesAndLoosePoints) {
   const SceneObject& mesh = *document->GetFirstObject();
   EXPECT_EQ(mesh.GetPointCount(), 3);
   EXPECT_EQ(mesh.GetRad(), (Vector{0.5, 0.5, 0}));
-  // Corners go the other way round, and v runs downwards.
+  // The order of the corners is reversed, and v points down.
   ASSERT_EQ(mesh.uvws.size(), 2U);
   EXPECT_EQ(mesh.uvws[0], UvwPolygon());
   EXPECT_EQ(mesh.uvws[1], (UvwPolygon{{0.25, 0, 0}, {0, 0.5, 0}, {1, 1, 0}, {1, 1, 0}}));
@@ -86,7 +85,7 @@ TEST(Import, ThingsAreWhereTheFileHasThemAtAllTimes) {
   const std::string path = WriteScene(folder, "arm.gltf", "", "{}");
   auto imported = ImportModel(path, 10, Classes());
   EXPECT_EQ(imported->end, 10);
-  // What is saved, elsewhere, and read again is the same scene.
+  // Saving to another folder and reading again gives the same scene.
   const std::string text = WriteDocument(*imported, "/elsewhere");
   auto read = Read(text, "/elsewhere");
   EXPECT_EQ(WriteDocument(*read, "/elsewhere"), text);
@@ -96,10 +95,10 @@ TEST(Import, ThingsAreWhereTheFileHasThemAtAllTimes) {
       SCOPED_TRACE(frame);
       GoToFrame(*document, frame);
       const double share = frame / 10.0, turn = std::numbers::pi * share;
-      // About y, x turns towards -z in the file, and so towards z here.
+      // About y, x turns toward -z in the file, and so toward z here.
       ExpectNear(InWorld(Find(*document, "Grow"), 1),
                  {100 + 100 * std::cos(turn), 200, -300 + 100 * std::sin(turn)}, 2e-3);
-      const double out = 2 * share;  // of the third corner, along the arm's z
+      const double out = 2 * share;  // offset of the third corner along the arm's z
       ExpectNear(InWorld(Find(*document, "Grow"), 2),
                  {100 + 100 * out * std::sin(turn), 300, -300 - 100 * out * std::cos(turn)}, 2e-3);
       const double roll = 170 * share * std::numbers::pi / 180;
@@ -110,7 +109,7 @@ TEST(Import, ThingsAreWhereTheFileHasThemAtAllTimes) {
   }
   const Matrix eye = Find(*imported, "Eye").GetMg();
   ExpectNear(eye.off, {0, 0, -500}, 2e-3);
-  EXPECT_EQ(eye.v3, (Vector{0, 0, 1}));  // the file's cameras look along -z
+  EXPECT_EQ(eye.v3, (Vector{0, 0, 1}));  // cameras of the file look along -z
   const BaseContainer& camera = Find(*imported, "Eye").GetDataInstance();
   EXPECT_NEAR(std::tan(camera.GetReal(CAMERA_FIELD_OF_VIEW) * std::numbers::pi / 360),
               2 * std::tan(0.5), 1e-6);
@@ -148,7 +147,7 @@ TEST(Import, ExtrasMakeObjectsAndTags) {
     EXPECT_EQ(domain.GetFirstTag()->GetDataInstance().GetReal(test_plugin::kAmount), 1);
     EXPECT_EQ(domain.GetDown()->GetName(), "Bone");
   }
-  // A program with z up leaves the numbers as they are: a place or an extent has y and z exchanged.
+  // Files of z-up programs: y and z of positions and sizes are swapped.
   const std::string light = R"({"particle_emitter": {"size": [1, 2, 3]}})";
   EXPECT_EQ(Find(*import(light, "a Blender"), "Domain").GetDataInstance().GetVector(1006),
             (Vector{1, 3, 2}));
@@ -160,13 +159,13 @@ TEST(Import, ExtrasMakeObjectsAndTags) {
   EXPECT_EQ(error(R"({"box": {"stops": 1}})"),
             place + ".box: unknown parameter \"stops\", did you mean \"steps\"?");
   EXPECT_EQ(error(R"({"box": {}, "null": {}})"),
-            place + ": a node can be one object only; leave one of its types out");
+            place + ": a node can only be one object; remove one of its types");
   EXPECT_EQ(ErrorOf([&] { ImportModel(folder.file("roles.gltf"), {}, Classes()); }),
             folder.file("roles.gltf") +
-                ": the file has animation but no frame rate; give it with --fps RATE");
+                ": the file is animated but has no frame rate; pass one with --fps RATE");
 }
 
-// Files that the import library would die of or be at for ever, and work beyond the bounds.
+// Files that would crash the import library or block it forever, and files beyond the limits.
 TEST(Import, DamagedAndEndlessFilesAreRefused) {
   const nbx::test::TemporaryFolder folder;
   std::string polygon = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf";
@@ -175,11 +174,11 @@ TEST(Import, DamagedAndEndlessFilesAreRefused) {
   const std::string data = NBX_HOST_TEST_DATA "/";
   const std::pair<std::string, const char*> cases[] = {
       {data + "many.ply", "at least 8000000018 bytes"},
-      {data + "open.ply", "its head has no end"},
+      {data + "open.ply", "its header has no end"},
       {data + "none.ply", "can't be read as a mesh (the file is damaged: numOut"},
       {data + "head.glb", "at least 1073741844"},
-      {folder.file("large.obj"), "it asks for 10000400004 pairs of corners"},
-      {data + "far.gltf", "its animation goes to frame 24999999897,"}};
+      {folder.file("large.obj"), "it needs 10000400004 pairs of corners"},
+      {data + "far.gltf", "its animation reaches frame 24999999897,"}};
   for (const auto& [path, expected] : cases) {
     const std::string error = ErrorOf([&, p = path] { ImportModel(p, 25, Classes()); });
     EXPECT_NE(error.find(expected), std::string::npos) << error;

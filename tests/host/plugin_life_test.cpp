@@ -14,7 +14,7 @@
 namespace host::test {
 namespace {
 
-/// The module's own record; the module must be loaded.
+/// The journal of the module, which must be loaded.
 std::string Journal() {
   void* library = dlopen(NBX_TEST_PLUGIN, RTLD_NOW | RTLD_NOLOAD);
   if (!library) return "not loaded";
@@ -30,7 +30,7 @@ TEST(PluginLife, RunsFromLoadToEnd) {
       << R"({"objects": [{"type": "box", "name": "A", "parameters": {"edge_length": 4},
              "tags": [{"type": "source"}]}, {"type": "null"}]})";
   SmallHost small_host;
-  small_host.GetWorld().Open(folder.file("settings/world.json"));
+  small_host.Preferences().Open(folder.file("settings/preferences.json"));
   {
     const PluginModule plugin(NBX_TEST_PLUGIN, small_host);
     ASSERT_FALSE(small_host.Commands().empty());
@@ -43,7 +43,7 @@ TEST(PluginLife, RunsFromLoadToEnd) {
     ASSERT_NE(document, nullptr);
     BaseObject* box = context.FindObject(*document, test_plugin::kBox);
     ASSERT_NE(box, nullptr);
-    // The size comes from the plug-in's part, which sees the parameters.
+    // The size comes from the plug-in, which reads the parameters.
     EXPECT_EQ(box->GetMp(), (Vector{0, 2, 0}));
     EXPECT_EQ(box->GetRad(), (Vector{2, 2, 2}));
     EXPECT_FALSE(box->Message(7));
@@ -51,21 +51,21 @@ TEST(PluginLife, RunsFromLoadToEnd) {
   EXPECT_TRUE(small_host.Commands().empty());
   EXPECT_EQ(Journal(),
             "load, path given\nmessage 1\nstart 1, kept 1\n"
-            "probe freed\n"  // the one that couldn't be registered a second time
+            "probe freed\n"  // the second registration failed
             "message 1000\nmessage 1001\nbox init, size 2.000000\nsource init\nA message 1001\n"
             "A message 7\nbox freed\nmessage 1001084\nprobe freed\nend\n");
 
-  // Another start finds what this one kept.
+  // The next start finds the stored values.
   SmallHost again;
-  again.GetWorld().Open(folder.file("settings/world.json"));
+  again.Preferences().Open(folder.file("settings/preferences.json"));
   const PluginModule plugin(NBX_TEST_PLUGIN, again);
   const BaseContainer* kept = again.GetWorldPluginData(test_plugin::kBox);
   ASSERT_NE(kept, nullptr);
   EXPECT_EQ(kept->GetLong(1), 2);
   EXPECT_EQ(kept->GetReal(2), 0.1);
   EXPECT_EQ(kept->GetFilename(3).path, "/caches");
-  std::ofstream(folder.file("settings/world.json")) << "{\"x\": {}}";
-  EXPECT_THROW(again.GetWorld().Open(folder.file("settings/world.json")), DocumentError);
+  std::ofstream(folder.file("settings/preferences.json")) << "{\"x\": {}}";
+  EXPECT_THROW(again.Preferences().Open(folder.file("settings/preferences.json")), DocumentError);
 }
 
 TEST(PluginLife, EventsAndInterruptsWakeTheMainThread) {
@@ -109,9 +109,9 @@ TEST(PluginLife, FailuresOfTheStartAreReported) {
   ClassDescription box = test_plugin::BoxDescription();
   box.parameters[1].id = box.parameters[0].id;
   EXPECT_FALSE(small_host.RegisterObjectPlugin(test_plugin::kBox, "Box", nullptr, box));
-  EXPECT_EQ(
-      small_host.TakeConsole(),
-      std::vector<std::string>{"registration of Box: parameter OBOX_ACTIVE has an id twice used"});
+  EXPECT_EQ(small_host.TakeConsole(),
+            std::vector<std::string>{
+                "registration of Box: parameter OBOX_ACTIVE has the id of another parameter"});
 }
 
 }  // namespace

@@ -1,11 +1,11 @@
-// The host's own classes: what stands in documents comes back, primitives are closed, textures show
-// what they should.
+// Built-in classes: documents round-trip, primitives are closed, textures have the expected colors.
 #include <map>
 #include <numbers>
 
 #include "host/base/json_place.h"
 #include "host/format/document_writer.h"
 #include "host/interface/material.h"
+#include "host/scene/builtin_classes.h"
 #include "tests/host/scene_support.h"
 
 namespace host::test {
@@ -33,7 +33,7 @@ TEST(Primitives, AreClosedAndLookOutwards) {
   const double pi = std::numbers::pi;
   const struct {
     const char* text;
-    double volume, relative;  ///< of the shape that the polygons stand for
+    double volume, relative;  ///< of the exact shape
   } cases[] = {
       {R"("cube", "parameters": {"size": [1, 2, 3]})", 6, 1e-12},
       {R"("sphere", "parameters": {"radius": 2, "segments": 96, "rings": 48})", pi * 32 / 3, 4e-3},
@@ -75,7 +75,7 @@ TEST(Textures, ShowTheirColors) {
   const auto sample = [&](std::size_t i, const Vector& p, double time = 0) {
     return document->Shaders()[i]->GetTexture()->Sample(p, time);
   };
-  // The middles of the pixels, then half way between them, and around the border.
+  // At pixel centers, halfway between them, and across the border.
   EXPECT_EQ(sample(0, {0.25, 0.5, 9}), (Vector{1, 0, 0}));
   EXPECT_NEAR(sample(0, {1.75, -3.5, 0}).y, 0.5029, 1e-3);  // sRGB 188
   EXPECT_NEAR(sample(0, {0.5, 0.5, 0}).x, 0.5, 1e-6);
@@ -86,7 +86,11 @@ TEST(Textures, ShowTheirColors) {
   EXPECT_EQ(sample(2, {9, 2, 9}), (Vector{0.25, 0.25, 0.25}));
   EXPECT_EQ(sample(2, {0, 99, 0}), (Vector{1, 1, 1}));
 
-  // Noise: gray in the mean, spread out, without jumps in space and time.
+  document->Shaders()[1]->GetDataInstance().SetVector(kShaderColorA, {0, 1, 0});
+  document->ExecutePasses(nullptr, true, true, true);
+  EXPECT_EQ(sample(1, {1, 1, 1}), (Vector{0, 1, 0})) << "a texture follows its parameters";
+
+  // Noise: gray on average, with contrast, continuous in space and time.
   double sum = 0, squares = 0, step = 0;
   const int n = 20000;
   for (int i = 0; i < n; ++i) {

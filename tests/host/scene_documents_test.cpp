@@ -1,6 +1,7 @@
-// Scene documents: reading, writing, and what is said about mistakes.
+// Scene documents: reading, writing, and error messages.
 
 #include "host/base/json_place.h"
+#include "host/base/whole_file.h"
 #include "host/format/document_writer.h"
 #include "host/scene/primitive_mesh.h"
 #include "host/scene/scene_work.h"
@@ -9,17 +10,19 @@
 namespace host::test {
 namespace {
 
-// Every key, class and type of value; numbers that have no short binary form.
+// Every key, class and value type, and numbers without a short binary form.
 TEST(SceneDocument, WritingGivesTheTextThatWasRead) {
   for (const char* name : {"values.json", "classes.json"}) {
     const std::string text = Data(name);
     const auto document = Read(text);
     EXPECT_EQ(WriteDocument(*document, "/"), text);
-    // The state at some time of the animation isn't the document's.
+    // Evaluating the animation does not change the document.
     document->Open();
     GoToFrame(*document, 5);
     EXPECT_EQ(WriteDocument(*document, "/"), text);
   }
+  const std::string plain = WriteDocument(*Read(R"({"materials": [{}]})"), "/");
+  EXPECT_NE(plain.find("[\n    {}\n  ]"), std::string::npos) << "objects are on their own lines";
 }
 
 TEST(SceneDocument, KeepsTheFormOfItsRate) {
@@ -35,11 +38,11 @@ TEST(SceneDocument, KeepsTheFormOfItsRate) {
     EXPECT_EQ(document->GetMaxTime(), BaseTime(100 * rate.Denominator(), rate.Numerator()));
     const std::string written = WriteDocument(*document, "/");
     EXPECT_NE(written.find("\"fps\": " + std::string(text) + ","), std::string::npos) << written;
-    // Seconds with a few digits mean the frame that they are nearest to, and are kept as such.
+    // Rates with a few digits mean the nearest video rate, and are kept as written.
     EXPECT_EQ(document->GetFirstObject()->GetDataInstance().GetTime(test_plugin::kStart) ==
                   BaseTime::FromFrame(100, rate),
               rate == film);
-    document->fps_text.clear();  // as in an imported scene
+    document->fps_text.clear();  // like an imported scene
     EXPECT_EQ(Read(WriteDocument(*document, "/"))->GetFps(), rate);
   }
 }
@@ -54,11 +57,11 @@ TEST(SceneDocument, FilesKeepTheirPlaceWhenTheDocumentMoves) {
   EXPECT_EQ(moved->GetFirstObject()->GetDataInstance().GetFilename(test_plugin::kFolder).path,
             folder.file("cache"));
   EXPECT_EQ(ErrorOf([&] { WriteDocumentFile(*document, folder.file("no/such/x.json")); }),
-            folder.file("no/such/x.json") + ": can't be written");
+            folder.file("no/such/x.json") + ": can't be written: No such file or directory");
 }
 
-// data/mistakes.json: parts of scenes, each with the error that begins with the place. FOLDER is
-// that of the data, and a star stands for the rest of an error.
+// data/mistakes.json contains parts of scenes, each with its error, which starts with the place.
+// FOLDER stands for the folder of the data, and a star for the rest of an error.
 TEST(SceneDocument, MistakesAreReportedWithTheirPlace) {
   const std::string folder = NBX_HOST_TEST_DATA;
   for (const Json& group : Json::parse(Data("mistakes.json")))
@@ -87,9 +90,9 @@ TEST(SceneDocument, NumbersOutOfBoundsTakeTheNearerBoundWithAWarning) {
   EXPECT_EQ(
       document->warnings,
       (std::vector<std::string>{
-          "objects[0].parameters.edge_length: 0.4 is below 0.5, which is taken instead",
+          "objects[0].parameters.edge_length: 0.4 is below 0.5, which is used instead",
           "objects[2].keyframes.parameters.edge_length[1][1]: 1000001 is above 1000000, which "
-          "is taken instead"}));
+          "is used instead"}));
   document->Open();
   GoToFrame(*document, 1);
   std::vector<double> edges;
@@ -98,24 +101,41 @@ TEST(SceneDocument, NumbersOutOfBoundsTakeTheNearerBoundWithAWarning) {
   EXPECT_EQ(edges, (std::vector<double>{0.5, 1e6, 1e6}));
 }
 
-TEST(SceneDocument, WorkBeyondAllMeasureIsRefusedBeforeItBegins) {
+TEST(WholeFile, ReplacesAFileOrLeavesItAlone) {
+  const nbx::test::TemporaryFolder folder;
+  const std::string path = folder.file("file");
+  std::ofstream(path) << "old";
+  { WholeFile(path).Write("half"); }
+  EXPECT_EQ(nbx::test::read_file(path), "old");
+  using Entry = std::filesystem::directory_iterator;
+  EXPECT_EQ(std::distance(Entry(folder.path()), Entry()), 1) << "a temporary file is left";
+  {
+    const WholeFile file(path);
+    file.Write("new");
+    file.Commit();
+  }
+  EXPECT_EQ(nbx::test::read_file(path), "new");
+  EXPECT_THROW(WholeFile(folder.file("no/file")).Write("x"), std::filesystem::filesystem_error);
+}
+
+TEST(SceneDocument, ExcessiveScenesAreRefusedBeforeWorkStarts) {
   const std::string fine = R"({"type": "sphere", "parameters": {"segments": 4096, "rings": 4000}})";
   const std::string emitter = R"({"type": "particle_emitter", "parameters": {"rate": )";
   const std::pair<std::string, std::string> cases[] = {
       {fine, ""},
       {R"({"type": "null", "children": [{"type": "cube"}, )" + fine + "]}, " +
            R"({"type": "plane", "parameters": {"segments": 2000}})",
-       "objects[0].children[1]: the scene asks for 20384006 polygons, more than 20000000; "},
+       "objects[0].children[1]: the scene needs 20384006 polygons, more than 20000000; "},
       {emitter + R"(1e6, "life": 4}})", ""},
       {emitter + R"(1e6, "life": 4, "life_variation": 0.5}})",
-       "objects[0]: the scene asks for 6000000 particles at once"},
+       "objects[0]: the scene needs 6000000 particles at once"},
       {emitter + R"(1e9, "life": 9, "end": 0.001}})", ""},
       {R"({"type": "particle_emitter", "parameters": {"life": 9},
            "keyframes": {"parameters.rate": [[0, 1], [5, 1e6]]}})",
-       "objects[0]: the scene asks for 9000000 particles at once"},
+       "objects[0]: the scene needs 9000000 particles at once"},
       {emitter + R"(1e9}, "enabled": false})", ""},
       {emitter + R"(1, "life": 1, "start": -900000}})",
-       "objects[0]: the scene asks for 2272500000 steps of particles before its first frame"}};
+       "objects[0]: the scene needs 2272500000 steps of particles before its first frame"}};
   for (const auto& [objects, message] : cases) {
     const std::string error = ErrorOf([&, o = objects] { CheckWork(*ReadObjects(o)); });
     EXPECT_EQ(error.substr(0, message.size()), message) << objects;

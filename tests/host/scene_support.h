@@ -1,4 +1,4 @@
-// What the tests of scenes share: classes to read them with, and short ways to read and to fail.
+// Helpers for tests of scenes: classes, reading, and error messages.
 #pragma once
 
 #include <memory>
@@ -14,7 +14,7 @@
 
 namespace host::test {
 
-/// The host's own classes, and those of the test plug-in without its code.
+/// The built-in classes, and those of the test plug-in without its code.
 inline const SceneClasses& Classes() {
   static const SceneClasses classes = [] {
     SceneClasses all;
@@ -31,13 +31,13 @@ inline std::unique_ptr<Document> Read(const std::string& text, const std::string
   return ReadDocument(text, folder, Classes());
 }
 
-/// The same for the text of the objects alone.
+/// Reads a scene from the text of its objects.
 inline std::unique_ptr<Document> ReadObjects(const std::string& objects,
                                              const std::string& folder = "/") {
   return Read("{\"objects\": [" + objects + "]}", folder);
 }
 
-/// The message of the DocumentError that the action ends with; empty if it ends well.
+/// The message of the DocumentError thrown by the action. Empty if there is none.
 template <class Action>
 std::string ErrorOf(Action action) {
   try {
@@ -48,7 +48,7 @@ std::string ErrorOf(Action action) {
   }
 }
 
-/// The text of a file of the tests' own data.
+/// The text of a file in data.
 inline std::string Data(const std::string& name) {
   return nbx::test::read_file(NBX_HOST_TEST_DATA "/" + name);
 }
@@ -57,7 +57,7 @@ inline void ExpectNear(const Vector& a, const Vector& b, double tolerance = 1e-1
   EXPECT_LE(Length(a - b), tolerance) << a.x << " " << a.y << " " << a.z;
 }
 
-/// Six times the volume that the polygons enclose; above 0 if their outer sides look outwards.
+/// Six times the volume enclosed by the polygons. Positive if the outer sides face out.
 inline double SixVolumes(const PolygonObject& mesh) {
   double sum = 0;
   const Vector* points = mesh.GetPointR();

@@ -14,7 +14,7 @@ using namespace host;
 HostServices* services = nullptr;
 std::string journal;
 
-/// What goes wrong, as the environment wants it: "refuse", "start".
+/// The failure requested by the environment: "refuse" or "start".
 bool Fails(const std::string& what) {
   const char* wanted = std::getenv("NBX_TEST_PLUGIN_FAILS");
   return wanted && what == wanted;
@@ -46,7 +46,7 @@ class Source final : public TagData {
   }
 };
 
-/// Tells what it sees of a scene, and what it was given.
+/// Prints what it sees of a scene and its arguments.
 class Probe final : public CommandData {
  public:
   ~Probe() override { journal += "probe freed\n"; }
@@ -113,14 +113,14 @@ bool Start() {
   return services->RegisterCommandPlugin(kProbe, "Probe", MakeProbe) &&
          services->RegisterObjectPlugin(kBox, "Box", MakeBox, BoxDescription()) &&
          services->RegisterTagPlugin(kSource, "Source", MakeSource, SourceDescription()) &&
-         // What is taken already can't be registered again.
+         // An id that is taken can't be registered again.
          !services->RegisterObjectPlugin(kBox, "Box", MakeBox, SourceDescription()) &&
          !services->RegisterCommandPlugin(kProbe + 1, "Probe", MakeProbe);
 }
 
 }  // namespace
 
-/// What has happened so far.
+/// The events so far.
 extern "C" __attribute__((visibility("default"))) const char* test_plugin_journal() {
   return journal.c_str();
 }

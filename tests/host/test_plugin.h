@@ -1,4 +1,4 @@
-// The plug-in of the tests: an object, a tag and a command, whose life it writes down.
+// The test plug-in: an object, a tag and a command that record their life cycle.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@ namespace test_plugin {
 
 enum Id : std::int32_t { kBox = 2000001, kSource = 2000002, kProbe = 2000003 };
 
-/// Parameters of the box, one of each type, and of the source.
+/// Parameters of the box (one of each type) and of the source.
 enum Parameter : std::int32_t {
   kSize = 1,
   kActive = 2,

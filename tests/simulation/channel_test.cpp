@@ -221,7 +221,7 @@ TEST(Channel, SourcesAreAddedOrLiftTo) {
 using test::Sparse;
 
 /// A closed domain of 20 cells with density in all of it.
-struct GasRun : test::SceneRun {
+struct GasRun : test::BoxRun {
   GasRun() {
     sim.params.simulated_channels = {kDensity};
     sim.sink.cached_channels = {kDensity, kSolid};

@@ -8,7 +8,7 @@ namespace nbx {
 namespace {
 
 // A puff of hot smoke in an open domain, from a source in the first frame.
-struct PuffRun : test::SceneRun {
+struct PuffRun : test::BoxRun {
   PuffRun() {
     scene.cells = {32, 48, 32};
     scene.source = {{14, 10, 14}, {17, 13, 17}};

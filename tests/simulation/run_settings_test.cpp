@@ -94,7 +94,7 @@ TEST(RunSettings, ComponentsMoveAlongOneVelocity) {
 // In a uniform wind, gas and box move along with it and nothing else happens. In its first frame
 // the box is still that of the frame before.
 TEST(RunSettings, TheWindCarriesGasAndBox) {
-  test::SceneRun run;
+  test::BoxRun run;
   double speed = 1;
   run.scene.cells = {48, 12, 12};
   run.scene.source = {{6, 4, 4}, {9, 7, 7}};

@@ -57,8 +57,8 @@ Solids make_solids(const Domain& domain, Phi phi, float u) {
   return {field(3), field(0), field(1), field(2)};
 }
 
-struct SceneRun {
-  SceneRun() {
+struct BoxRun {
+  BoxRun() {
     sim.params.simulated_channels = {kDensity, kTemperature};
     sim.sink.cached_channels = {kDensity, kTemperature, kVelocity, kSecondVelocity};
     sim.clock.sim_time = time;

@@ -23,7 +23,7 @@ class StopFrom : public SimProgress {
 };
 
 // A closed box with a small cube that emits density and heat.
-struct SmokeRun : test::SceneRun {
+struct SmokeRun : test::BoxRun {
   explicit SmokeRun(int n = 16) {
     scene.cells = {n, n, n};
     scene.source = {{n / 2 - 2, 2, n / 2 - 2}, {n / 2 + 1, 5, n / 2 + 1}};

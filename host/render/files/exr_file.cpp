@@ -16,7 +16,7 @@
 namespace host {
 namespace {
 
-/// A layer's channel, and where it stands in a Pixel.
+/// The name of a channel and its value in a Pixel.
 struct ChannelPlace {
   const char* name;
   const float* (*of)(const Pixel&);
@@ -35,7 +35,7 @@ constexpr ChannelPlace kChannels[] = {
     {"transmittance.B", [](const Pixel& p) { return &p.transmittance[2]; }},
 };
 
-/// Points as rows, as the library has them: p' = p M.
+/// For points as row vectors, like the library: p' = p M.
 Imath::M44f WorldToCamera(const Matrix& camera) {
   const Vector &x = camera.v1, &y = camera.v2, &z = camera.v3, &o = camera.off;
   const auto f = [](double v) { return static_cast<float>(v); };
@@ -43,7 +43,7 @@ Imath::M44f WorldToCamera(const Matrix& camera) {
           f(x.z), f(y.z), f(z.z), 0, f(-Dot(o, x)), f(-Dot(o, y)), f(-Dot(o, z)), 1};
 }
 
-/// The picture's edges at -1 and 1, after the division by the distance.
+/// Maps the edges of the picture to -1 and 1, after the division by the distance.
 Imath::M44f CameraToScreen(double half_width, double half_height) {
   return {static_cast<float>(1 / half_width),
           0,
@@ -84,11 +84,12 @@ Imf::Header MakeHeader(const Picture& picture, const PictureMetadata& metadata,
   return header;
 }
 
-/// Where the library finds the first pixel of the picture, had it all of it.
+/// Describes the buffer to the library. The base pointer refers to the first pixel of the whole
+/// picture.
 template <class T>
 Imf::Slice SliceOf(const std::vector<T>& values, std::size_t stride, const PictureWindow& window,
                    Imf::PixelType type) {
-  const auto row = static_cast<std::size_t>(window.Width()) * stride;
+  const std::size_t row = window.Width() * stride;
   return Imf::Slice::Make(type, values.data(), Imath::V2i(window.x0, window.y0), window.Width(),
                           window.Height(), stride, row);
 }

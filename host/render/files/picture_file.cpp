@@ -1,10 +1,9 @@
 #include "host/render/files/picture_file.h"
 
-#include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <stdexcept>
-#include <system_error>
+
+#include "host/base/whole_file.h"
 
 namespace host {
 namespace {
@@ -39,45 +38,38 @@ std::string PathOfFrame(const std::string& pattern, std::int32_t frame, bool sev
 
 namespace {
 
-/// Runs `write` with the path of a file beside the picture's, whose ending stays the last, and puts
-/// that one into the picture's place if `keep`. The file is gone afterwards in any case.
+/// Runs `write` and adds the path to what it throws.
 template <class Write>
-void WriteBeside(const std::string& path, bool keep, const Write& write) {
-  const fs::path whole(path);
-  const fs::path part =
-      whole.parent_path() / (whole.stem().string() + ".part" + whole.extension().string());
-  std::string wrong;
+void Writing(const std::string& path, const Write& write) {
+  const auto fail = [&path](const std::string& why) {
+    throw std::runtime_error(path + " can't be written: " + why);
+  };
   try {
-    if (whole.has_parent_path()) fs::create_directories(whole.parent_path());
-    write(part.string());
-    if (keep) fs::rename(part, whole);
+    const WholeFile file(path);
+    file.MakeFolder();
+    write(file);
   } catch (const fs::filesystem_error& error) {
-    wrong = error.code().message();
+    fail(error.code().message());
   } catch (const std::exception& error) {
-    wrong = error.what();
+    fail(error.what());
   }
-  std::error_code ignored;
-  fs::remove(part, ignored);
-  if (!wrong.empty()) throw std::runtime_error(path + " can't be written: " + wrong);
 }
 
 }  // namespace
 
 void CheckWritable(const std::string& path) {
   if (fs::is_directory(path)) throw std::runtime_error(path + " can't be written: it is a folder");
-  WriteBeside(path, false, [](const std::string& part) {
-    if (!std::ofstream(part, std::ios::binary))
-      throw std::runtime_error(std::generic_category().message(errno));
-  });
+  Writing(path, [](const WholeFile& file) { file.Write(""); });
 }
 
 void WritePicture(const Picture& picture, const PictureMetadata& metadata, PictureDepth depth,
                   double exposure, const std::string& path) {
-  WriteBeside(path, true, [&](const std::string& part) {
+  Writing(path, [&](const WholeFile& file) {
     if (EndsWith(path, ".exr"))
-      WriteExr(picture, metadata, depth, part);
+      WriteExr(picture, metadata, depth, file.Part());
     else
-      WritePng(picture, metadata, exposure, part);
+      WritePng(picture, metadata, exposure, file.Part());
+    file.Commit();
   });
 }
 

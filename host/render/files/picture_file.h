@@ -1,4 +1,4 @@
-// Pictures as files.
+// Writes pictures to files.
 #pragma once
 
 #include <string>
@@ -9,40 +9,38 @@ namespace host {
 
 enum class PictureDepth { Half, Float };
 
-/// Writes by the ending of the path: .exr or .png. The folder is made if missing. The file is there
-/// whole, or as it was before. Throws std::runtime_error with the path and the reason.
+/// Writes an .exr or .png file, completely or not at all. Creates the folder if it is missing.
+/// Throws std::runtime_error with the path and the reason.
 void WritePicture(const Picture& picture, const PictureMetadata& metadata, PictureDepth depth,
                   double exposure, const std::string& path);
 
-/// An empty text, or why no picture can be written to a path of that form.
+/// Why no picture can be written to a path of this form. Empty if it can.
 std::string WhatIsWrongWithPath(const std::string& path);
 
-/// Makes the folder that a picture goes to, and tries whether a file can be made there. Throws
+/// Creates the folder of the picture and checks that a file can be created there. Throws
 /// std::runtime_error with the path and the reason.
 void CheckWritable(const std::string& path);
 
-/// The path for a frame: a run of # becomes the frame's number with at least as many digits.
-/// Without a run the number goes in front of the ending, after a point, if there are `several`
-/// frames.
+/// The path for a frame. A run of # is replaced by the frame number with at least that many digits.
+/// Without a run, and if there are `several` frames, the number is inserted before the extension.
 std::string PathOfFrame(const std::string& pattern, std::int32_t frame, bool several);
 
 /// OpenEXR, scene-linear, premultiplied:
-///     R G B A            the picture, without the background
-///     volume.R .G .B     what the post effects add along camera rays
-///     transmittance.R .G .B   what they let pass there
-///     depth.Z            distance along the camera's axis to the nearest surface, in units; float
-/// With the attributes frame, framesPerSecond, software, complete, worldToCamera and worldToNDC.
-/// Of a window of the picture the data window tells the place.
+///     R G B A            the picture without the background
+///     volume.R .G .B     light that post effects add along camera rays
+///     transmittance.R .G .B   the fraction of light that they let pass
+///     depth.Z            distance to the nearest surface along the view axis, in units; float
+/// The attributes are frame, framesPerSecond, software, complete, worldToCamera and worldToNDC. The
+/// data window is the window of the picture.
 void WriteExr(const Picture& picture, const PictureMetadata& metadata, PictureDepth depth,
               const std::string& path);
 
-/// PNG of the window, opaque over the background: exposed by `exposure` stops, up to a value of 0.7
-/// as it is and from there on bent towards 1 (ToneMapped), through the sRGB curve, to eight bits
-/// with a fixed noise that keeps smooth shades free of bands.
+/// PNG of the window, opaque over the background: exposed by `exposure` stops, tone mapped
+/// (ToneMapped), through the sRGB curve, and dithered to eight bits.
 void WritePng(const Picture& picture, const PictureMetadata& metadata, double exposure,
               const std::string& path);
 
-/// x up to 0.7; above, an exponential that starts with slope 1 and comes to 1.
+/// x up to 0.7. Above, an exponential that starts with slope 1 and approaches 1.
 double ToneMapped(double x);
 
 }  // namespace host

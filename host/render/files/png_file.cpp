@@ -11,9 +11,9 @@ namespace {
 
 constexpr double kShoulder = 0.7;
 
-/// Rounds with a share of chance, so that the mean of neighbors is the value itself.
-int ToByte(double signal, std::uint64_t noise) {
-  const double chance = static_cast<double>(noise >> 11) * 0x1p-53;
+/// Rounds with dithering: the mean over neighboring pixels keeps the value.
+uchar ToByte(double signal, std::uint64_t noise) {
+  const double chance = (noise >> 11) * 0x1p-53;
   return std::clamp(static_cast<int>(signal * 255 + chance), 0, 255);
 }
 
@@ -36,9 +36,8 @@ void WritePng(const Picture& picture, const PictureMetadata& metadata, double ex
       for (int c = 0; c < 3; ++c) {
         const Pixel& pixel = picture.At(x, y);
         const double light = static_cast<double>(pixel.color[c]) + pixel.backdrop[c];
-        const auto place = static_cast<std::uint64_t>(y) * 0x10000 + static_cast<std::uint64_t>(x);
-        *row++ = static_cast<uchar>(
-            ToByte(ToSrgb(ToneMapped(gain * light)), HashOf(place, static_cast<std::uint64_t>(c))));
+        const auto place = static_cast<std::uint64_t>(y) * 0x10000 + x;
+        *row++ = ToByte(ToSrgb(ToneMapped(gain * light)), HashOf(place, c));
       }
   }
   image.setText("Software", QString::fromStdString(metadata.software));

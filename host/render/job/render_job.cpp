@@ -20,7 +20,7 @@ constexpr int kLargestSize = 16384;
 
 const std::vector<std::string> kMissingNames{"error", "skip", "empty"};
 
-/// The whole numbers of a text, between separators; empty if it isn't `count` of them.
+/// The integers of a text, between separators. Empty unless there are exactly `count`.
 std::vector<int> ReadNumbers(const std::string& text, char separator, std::size_t count) {
   std::vector<int> numbers;
   const char* at = text.data();
@@ -45,7 +45,8 @@ void ReadSize(const CommandArguments& arguments, const BaseContainer& settings, 
   const std::vector<int> size = ReadNumbers(text, 'x', 2);
   const auto good = [](int n) { return n >= 1 && n <= kLargestSize; };
   if (size.empty() || !good(size[0]) || !good(size[1]))
-    throw std::invalid_argument("--size: " + Quoted(text) + " isn't WIDTHxHEIGHT, each from 1 to " +
+    throw std::invalid_argument("--size: " + Quoted(text) +
+                                " isn't WIDTHxHEIGHT with values from 1 to " +
                                 std::to_string(kLargestSize));
   job.width = size[0];
   job.height = size[1];
@@ -62,7 +63,7 @@ PictureWindow ReadWindow(const CommandArguments& arguments, int width, int heigh
   return {n[0], n[1], n[2], n[3]};
 }
 
-/// "scenes/fire.json" becomes "fire.####.png" in the current folder.
+/// "scenes/fire.json" gives "fire.####.png" in the current folder.
 std::string DefaultOutput(const BaseDocument& document) {
   return std::filesystem::path(document.GetDocumentName()).stem().string() + ".####.png";
 }
@@ -87,42 +88,44 @@ std::vector<OptionInfo> RenderOptions() {
        .required = true},
       {.name = "output",
        .value_name = "PATTERN",
-       .help = "Pictures, .exr or .png, with #### for the frame; without it SCENE.####.png in "
-               "this folder"},
+       .help = "Path of the pictures, .exr or .png; #### is replaced by the frame number. Default: "
+               "SCENE.####.png in the current folder"},
       {.name = "size",
        .value_name = "WxH",
-       .help = "Pixels of the picture; without it as the scene says"},
+       .help = "Size of the picture in pixels; default: that of the scene"},
       {.name = "region",
        .value_name = "X0,Y0,X1,Y1",
-       .help = "Only the pixels from X0,Y0 to before X1,Y1, counted from the upper left corner"},
+       .help = "Renders only the pixels from X0,Y0 up to, but not including, X1,Y1. 0,0 is the "
+               "upper left corner"},
       {.name = "samples",
        .type = OptionType::Long,
        .value_name = "N",
-       .help = "Samples per pixel; without it as the scene says",
+       .help = "Samples per pixel; default: that of the scene",
        .minimum = 1,
        .maximum = 65536},
       {.name = "missing",
        .type = OptionType::Choice,
        .value_name = "WHAT",
-       .help = "What a frame without its cached data is: an error (the default), skipped, or "
-               "rendered without (empty)",
+       .help =
+           "What to do if a frame is missing from a cache: error (the default), skip the frame, "
+           "or render it without the volume (empty)",
        .choices = kMissingNames},
       {.name = "precision",
        .type = OptionType::Choice,
        .value_name = "TYPE",
-       .help = "Numbers in EXR files: half (the default) or float",
+       .help = "Precision of EXR files: half (the default) or float",
        .choices = {"half", "float"}},
       {.name = "overwrite",
        .type = OptionType::Flag,
-       .help = "Volumes that simulate while rendering do it over the frames of an earlier run"},
+       .help = "Lets volumes that simulate while rendering overwrite the frames of an earlier run"},
       {.name = "new-cache",
        .type = OptionType::Flag,
-       .help = "They leave an earlier run alone and make a new cache beside it"},
+       .help = "Lets such volumes keep the earlier run and create a new cache"},
       {.name = "yes", .type = OptionType::Flag, .help = "Answers yes to all questions"},
       {.name = "exposure",
        .type = OptionType::Real,
        .value_name = "STOPS",
-       .help = "Brightens PNG pictures by two to the power of STOPS (0)",
+       .help = "Brightens PNG pictures by a factor of 2^STOPS; default: 0",
        .minimum = -64,
        .maximum = 64}};
 }
@@ -158,8 +161,7 @@ void CheckWork(const RenderJob& job) {
   const double pixels = static_cast<double>(job.window.Width()) * job.window.Height();
   const double samples = pixels * job.quality.samples;
   const double bytes = pixels * sizeof(Pixel);
-  const double memory =
-      static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE));
+  const double memory = static_cast<double>(sysconf(_SC_PHYS_PAGES)) * sysconf(_SC_PAGESIZE);
   char text[200];
   if (samples > kMostPictureSamples)
     std::snprintf(text, sizeof text, "takes %.3g samples, more than %.3g", samples,
@@ -171,7 +173,7 @@ void CheckWork(const RenderJob& job) {
     return;
   throw std::invalid_argument("a picture of " + std::to_string(job.window.Width()) + "x" +
                               std::to_string(job.window.Height()) + " pixels " + text +
-                              ": lower --size or --samples, or give --force");
+                              "; lower --size or --samples, or pass --force");
 }
 
 }  // namespace host

@@ -1,4 +1,4 @@
-// What the user asked to be rendered.
+// What the user wants to render.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 namespace host {
 
-/// What to do about a frame of which a post effect lacks something.
+/// What to do if data of a post effect is missing for a frame.
 enum class MissingFrames { Error, Skip, Empty };
 
 struct RenderJob {
@@ -20,9 +20,9 @@ struct RenderJob {
   PictureWindow window;
   RenderQuality quality;
   int threads = 1;
-  std::string output = {};  ///< a path, perhaps with #### for the frame
+  std::string output = {};  ///< a path; #### is replaced by the frame number
   PictureDepth depth = PictureDepth::Half;
-  double exposure = 0;  ///< stops, of PNG
+  double exposure = 0;  ///< stops, for PNG
   MissingFrames missing = MissingFrames::Error;
   OldFiles old_files = OldFiles::Unanswered;
 
@@ -31,15 +31,14 @@ struct RenderJob {
   }
 };
 
-/// The options that ReadJob looks at.
+/// The options that ReadJob reads.
 std::vector<OptionInfo> RenderOptions();
 
-/// From the options, and from the render settings of the document what they don't say. Throws
+/// Reads the options, and the render settings of the document as defaults. Throws
 /// std::invalid_argument with a line for the user.
 RenderJob ReadJob(const CommandArguments& arguments, const BaseDocument& document);
 
-/// Throws std::invalid_argument with the figure where a picture takes very many samples, or more
-/// memory than the machine has.
+/// Throws std::invalid_argument if a picture has too many samples or doesn't fit into memory.
 void CheckWork(const RenderJob& job);
 
 }  // namespace host

@@ -13,7 +13,7 @@ namespace {
 
 class Clock {
  public:
-  /// Seconds since the last call, or the making.
+  /// Seconds since the last call or the construction.
   double Lap() {
     const auto now = std::chrono::steady_clock::now();
     const double seconds = std::chrono::duration<double>(now - start_).count();
@@ -38,7 +38,7 @@ std::string PartialPath(const std::string& path) {
 
 }  // namespace
 
-/// Closes, in reverse order, what was opened of a phase.
+/// Closes everything that was opened in a phase, in reverse order.
 class RenderRun::OpenPhase {
  public:
   OpenPhase(RenderPhase phase, RenderSession& session) : phase_(phase), session_(session) {}
@@ -73,7 +73,7 @@ int RenderRun::Run() {
   } catch (const std::exception& error) {
     context_.Error("frame " + std::to_string(session_.GetFrame()) + ": " + error.what());
   }
-  if (session_.Refused() == kDone) TellEnd(code, clock.Lap());
+  if (session_.Refused() == kDone) ReportEnd(code, clock.Lap());
   return code;
 }
 
@@ -124,7 +124,7 @@ int RenderRun::RunFrame(std::int32_t frame) {
 
 int RenderRun::OpenFrame(RenderScene& scene, OpenPhase& phase) {
   for (const Effect& effect : effects_) {
-    scene.effects.push_back(effect.data);  // its own queries meet it already
+    scene.effects.push_back(effect.data);  // queries during the opening already see it
     if (const int code = Opened(phase.Open(effect), *effect.node); code != kDone) return code;
   }
   return kDone;
@@ -162,7 +162,8 @@ int RenderRun::HandleMissing(bool& skip) {
     is_error ? context_.Error(frame + what) : context_.Warning(frame + what);
   if (session_.Missing().empty()) return kDone;
   if (is_error) {
-    context_.Note("--missing skip passes over such frames, --missing empty renders them without");
+    context_.Note(
+        "--missing skip skips such frames, --missing empty renders them without the volume");
     return kFailed;
   }
   skip = job_.missing == MissingFrames::Skip;
@@ -179,15 +180,15 @@ int RenderRun::Deliver(const Picture& picture, const RenderScene& scene, Times t
       scene.camera.Place(), scene.camera.HalfWidth(), scene.camera.HalfHeight()};
   WritePicture(picture, metadata, job_.depth, job_.exposure, path);
   times.write = clock.Lap();
-  TellFrame(picture, path, times, counts);
+  ReportFrame(picture, path, times, counts);
   if (!picture.complete) return kInterrupted;
   ++pictures_;
   return kDone;
 }
 
-void RenderRun::TellFrame(const Picture& picture, const std::string& path, const Times& times,
-                          const RayCounts& counts) {
-  const auto samples = static_cast<std::int64_t>(picture.pixels.size()) * job_.quality.samples;
+void RenderRun::ReportFrame(const Picture& picture, const std::string& path, const Times& times,
+                            const RayCounts& counts) {
+  const std::int64_t samples = picture.pixels.size() * job_.quality.samples;
   if (picture.complete) samples_ += samples;
   const double seconds = times.surfaces + times.effects + times.rays + times.write;
   context_.Progress("frame " + std::to_string(session_.GetFrame()) + ": " + path + ", " +
@@ -209,17 +210,17 @@ void RenderRun::TellFrame(const Picture& picture, const std::string& path, const
                              {"seconds_write", times.write}});
 }
 
-void RenderRun::TellEnd(int code, double seconds) {
+void RenderRun::ReportEnd(int code, double seconds) {
   const double per_second = ray_seconds_ > 0 ? 1 / ray_seconds_ : 0;
-  const double each = pictures_ > 0 ? seconds / static_cast<double>(pictures_) : 0;
-  const double rays = static_cast<double>(rays_) * per_second;
-  const double samples = static_cast<double>(samples_) * per_second;
+  const double each = pictures_ > 0 ? seconds / pictures_ : 0;
+  const double rays = rays_ * per_second;
+  const double samples = samples_ * per_second;
   const std::string outcome = code == kDone          ? "done"
                               : code == kInterrupted ? "interrupted"
                                                      : "failed";
   context_.Note(outcome + ": " + std::to_string(pictures_) + " pictures, " +
                 Rounded(each, "%.2f s each, ") + Rounded(rays * 1e-6, "%.2f million rays and ") +
-                Rounded(samples * 1e-6, "%.2f million samples a second"));
+                Rounded(samples * 1e-6, "%.2f million samples per second"));
   context_.Event("end", {{"outcome", outcome},
                          {"pictures", pictures_},
                          {"seconds", seconds},

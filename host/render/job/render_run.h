@@ -1,4 +1,4 @@
-// A render from its first frame to its last.
+// Renders a sequence from its first frame to its last.
 #pragma once
 
 #include <memory>
@@ -13,7 +13,7 @@ namespace host {
 /// Renders the frames of a job and writes their pictures, with the document's post effects.
 class RenderRun {
  public:
-  /// All must outlive the run. `software` goes into the pictures: "nimbrix 1.0".
+  /// All must outlive the run. `software` is stored in the pictures: "nimbrix 1.0".
   RenderRun(Document& document, const RenderJob& job, const std::string& software,
             CommandContext& context)
       : document_(document),
@@ -22,7 +22,7 @@ class RenderRun {
         context_(context),
         session_(document, job, context) {}
 
-  /// An exit code; everything has been told.
+  /// Returns an exit code. All messages have been printed.
   int Run();
 
  private:
@@ -38,16 +38,17 @@ class RenderRun {
   int RunFrames();
   int RunFrame(std::int32_t frame);
   int OpenFrame(RenderScene& scene, OpenPhase& phase);
-  /// Probes where the effects glow, for bounced light.
+  /// Finds out where the effects glow, for bounced light.
   void FindGlow(RenderScene& scene);
-  /// kDone; else the frame isn't to be rendered.
+  /// Returns kDone, or the exit code if the render must end. Sets `skip` if the frame must be
+  /// skipped.
   int HandleMissing(bool& skip);
   int Opened(RenderResult result, const BaseVideoPost& node);
   int Deliver(const Picture& picture, const RenderScene& scene, Times times,
               const RayCounts& counts);
-  void TellFrame(const Picture& picture, const std::string& path, const Times& times,
-                 const RayCounts& counts);
-  void TellEnd(int code, double seconds);
+  void ReportFrame(const Picture& picture, const std::string& path, const Times& times,
+                   const RayCounts& counts);
+  void ReportEnd(int code, double seconds);
 
   Document& document_;
   const RenderJob& job_;

@@ -1,4 +1,4 @@
-// The small host's BaseRender: a render as post effects see it.
+// The BaseRender of the small host: a render as post effects see it.
 #pragma once
 
 #include <mutex>
@@ -26,9 +26,7 @@ class RenderSession final : public BaseRender {
   std::int32_t GetLastFrame() const override { return job_.frames.back(); }
   Vector GetCameraPosition() const override { return camera_position_; }
   bool IsNetworkClient() const override { return false; }
-  VolumeData& GetVolumeData(std::int32_t thread) override {
-    return queries_.at(static_cast<std::size_t>(thread));
-  }
+  VolumeData& GetVolumeData(std::int32_t thread) override { return queries_.at(thread); }
   void SetStatusText(const std::string& text) override;
   void SetProgress(double share) override;
   bool TestBreak() const override { return context_.Interrupts() >= 2; }
@@ -38,10 +36,10 @@ class RenderSession final : public BaseRender {
   void Warning(const std::string& text) override { context_.Warning(text); }
   void Note(const std::string& text) override { context_.Note(text); }
 
-  /// Begins a frame: contexts are ready from then on, and what is missing is empty.
+  /// Starts a frame: creates the contexts and clears the list of missing data.
   void SetFrame(std::int32_t frame, const RenderScene& scene);
   const std::vector<std::string>& Missing() const { return missing_; }
-  /// The exit code of an effect's refusal, whose reason has been told; kDone if there was none.
+  /// The exit code if an effect has refused (its reason has been printed), otherwise kDone.
   ExitCode Refused() const { return refused_; }
 
  private:
@@ -50,7 +48,7 @@ class RenderSession final : public BaseRender {
   CommandContext& context_;
   std::int32_t frame_;
   Vector camera_position_;
-  std::vector<RayCounts> counts_;  ///< a thread
+  std::vector<RayCounts> counts_;  ///< one per thread
   std::vector<VolumeQuery> queries_;
   std::vector<std::string> missing_;
   ExitCode refused_ = kDone;

@@ -28,13 +28,12 @@ GlowGrid::GlowGrid(const Vector& low, const Vector& high,
       for (int i = 0; i < count_[0]; ++i) {
         double sum = 0;
         for (int axis = 0; axis < 3; ++axis) {
-          // Through the middle of the cell, from side to side.
+          // Through the center of the cell, from side to side.
           std::array<double, 3> p{i + 0.5, j + 0.5, k + 0.5};
-          const auto a = static_cast<std::size_t>(axis);
-          p[a] -= 0.5;
+          p[axis] -= 0.5;
           const Vector from{low_[0] + p[0] * edge_[0], low_[1] + p[1] * edge_[1],
                             low_[2] + p[2] * edge_[2]};
-          sum += glow(from, axis, edge_[a]) / edge_[a];
+          sum += glow(from, axis, edge_[axis]) / edge_[axis];
         }
         share_.push_back(std::isfinite(sum) ? std::max(sum, 0.0) : 0);
       }
@@ -49,14 +48,14 @@ GlowGrid::GlowGrid(const Vector& low, const Vector& high,
 
 Vector GlowGrid::Sample(double cell, double x, double y, double z) const {
   const auto found = std::upper_bound(sum_.begin(), sum_.end() - 1, cell * sum_.back());
-  const auto index = static_cast<int>(found - sum_.begin());
+  const int index = found - sum_.begin();
   const int i = index % count_[0], j = index / count_[0] % count_[1];
   const int k = index / (count_[0] * count_[1]);
   return {low_[0] + (i + x) * edge_[0], low_[1] + (j + y) * edge_[1], low_[2] + (k + z) * edge_[2]};
 }
 
 double GlowGrid::Density(const Vector& point, const Vector& direction) const {
-  // The ray's way through the box: r from enter to leave.
+  // The ray is inside the box from r = enter to r = leave.
   const std::array<double, 3> o = ToArray(point), d = ToArray(direction);
   double enter = 0, leave = INFINITY;
   for (std::size_t a = 0; a < 3; ++a) {
@@ -73,11 +72,10 @@ double GlowGrid::Density(const Vector& point, const Vector& direction) const {
     const double side = low_[a] + (cell[a] + (d[a] > 0 ? 1 : 0)) * edge_[a];
     next[a] = d[a] == 0 ? INFINITY : (side - o[a]) / d[a];
   }
-  // A volume density p of points has the density of directions: integral of p r^2 dr.
+  // Points with volume density p have the directional density: integral of p r^2 dr.
   double sum = 0, r = enter;
   while (r < leave) {
-    const auto a =
-        static_cast<std::size_t>(std::min_element(next.begin(), next.end()) - next.begin());
+    const std::size_t a = std::min_element(next.begin(), next.end()) - next.begin();
     const double to = std::clamp(next[a], r, leave);
     sum += share_[Index(cell)] * (to * to * to - r * r * r);
     r = to;

@@ -1,4 +1,4 @@
-// What a surface is made of at a point: materials and their placement, read once per frame.
+// Materials and their placement, read once per frame.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 namespace host {
 
-/// A material as it lies on an object. It holds its textures as they were when it was read.
+/// A material placed on an object. It keeps the textures that existed when it was read.
 struct SurfaceMaterial {
   struct Channel {
     Vector color;
@@ -17,24 +17,24 @@ struct SurfaceMaterial {
     Vector At(const Vector& uvw, double time) const;
   };
   Channel color{{0.8, 0.8, 0.8}}, emission, transparency, mask{{1, 1, 1}};
-  Vector reflection;      ///< share that is mirrored, facing the surface
-  double roughness = 0;   ///< its square is the width of the microfacet distribution
+  Vector reflection;      ///< mirrored fraction at normal incidence
+  double roughness = 0;   ///< the width of the microfacet distribution is its square
   double refraction = 1;  ///< index
 
   TexturePlacement placement;
-  /// The material's coordinates for those of the mesh; false where the material doesn't reach.
+  /// Converts texture coordinates of the mesh to those of the material. False outside the material.
   bool Place(Vector& uvw) const { return placement.Place(uvw); }
-  /// Lets any light through in some place, bent or not.
+  /// True if any light can pass, straight or refracted.
   bool IsTransparent() const { return transparency.color != Vector{} || mask.texture; }
-  /// The share of light that goes straight on at a point, for rays to lights.
+  /// The fraction of light that passes straight through at a point, for shadow rays.
   Vector Passing(Vector uvw, double time) const;
 };
 
-/// The material that a texture tag puts on its object.
+/// The material of a texture tag.
 SurfaceMaterial ReadMaterial(const BaseTag& texture_tag);
 
-/// The texture tags that count for an object: its own, else those of the nearest parent that has
-/// some; in the order of the document.
+/// The texture tags that apply to an object, in document order: its own, otherwise those of the
+/// nearest parent that has some.
 std::vector<BaseTag*> TextureTags(const BaseObject& object);
 
 }  // namespace host

@@ -45,14 +45,14 @@ SelectionTag* FindSelection(BaseObject& object, const std::string& name) {
   return nullptr;
 }
 
-/// Index of the material of each polygon; the materials go into the mesh.
+/// The material index of each polygon. Adds the materials to the mesh.
 std::vector<std::uint32_t> ReadMaterials(SurfaceMesh& mesh, BaseObject& owner,
                                          std::int32_t polygon_count) {
   mesh.materials.emplace_back();
   std::vector<std::uint32_t> index(polygon_count, 0);
   for (BaseTag* tag : TextureTags(owner)) {
     if (!tag->GetDataInstance().GetLink(TEXTURETAG_MATERIAL)) continue;
-    const auto material = static_cast<std::uint32_t>(mesh.materials.size());
+    const std::uint32_t material = mesh.materials.size();
     mesh.materials.push_back(ReadMaterial(*tag));
     const std::string selected = tag->GetDataInstance().GetString(TEXTURETAG_SELECTION);
     const SelectionTag* selection = selected.empty() ? nullptr : FindSelection(owner, selected);
@@ -63,7 +63,7 @@ std::vector<std::uint32_t> ReadMaterials(SurfaceMesh& mesh, BaseObject& owner,
   return index;
 }
 
-/// A matte object is all of one color, and neither lit nor mirrored.
+/// A matte object has one flat color. It isn't lit and doesn't reflect.
 void MakeMatte(SurfaceMesh& mesh, const Vector& color) {
   for (SurfaceMaterial& material : mesh.materials) {
     material.color = {};
@@ -72,7 +72,8 @@ void MakeMatte(SurfaceMesh& mesh, const Vector& color) {
   }
 }
 
-/// Area vectors of triangles, and sums of them over neighbors that lie nearly in one plane.
+/// Computes smooth normals: sums the area vectors of adjacent triangles that lie nearly in one
+/// plane.
 class NormalMaker {
  public:
   NormalMaker(const std::vector<Vector>& points, const std::vector<SurfaceMesh::Corners>& triangles)
@@ -80,8 +81,7 @@ class NormalMaker {
     for (std::size_t t = 0; t < triangles.size(); ++t) {
       const auto& [a, b, c] = triangles[t];
       areas_.push_back(Cross(points[b] - points[a], points[c] - points[a]));
-      for (const std::uint32_t corner : triangles[t])
-        around_[corner].push_back(static_cast<std::uint32_t>(t));
+      for (const std::uint32_t corner : triangles[t]) around_[corner].push_back(t);
     }
   }
 
@@ -134,7 +134,7 @@ SurfaceMesh ReadMesh(PolygonObject& polygons, BaseObject& owner) {
 }
 
 bool AddStep(SurfaceMesh& mesh, PolygonObject& polygons, BaseObject& owner) {
-  const auto count = static_cast<std::size_t>(polygons.GetPointCount());
+  const std::size_t count = polygons.GetPointCount();
   if (!mesh.points.empty() && mesh.points.front().size() != count) return false;
   const Matrix to_world = owner.GetMg();
   std::vector<Vector> world;

@@ -1,4 +1,4 @@
-// The triangles of one object in world space, over the time that the shutter is open.
+// The triangles of one object in world space while the shutter is open.
 #pragma once
 
 #include <array>
@@ -10,9 +10,9 @@
 
 namespace host {
 
-/// Which rays meet a surface.
+/// Which rays can hit a surface.
 struct SurfaceVisibility {
-  /// Classes of rays (RayType) that pass it; kHiddenFromCamera stands for camera rays.
+  /// Types of rays (RayType) that ignore the surface. kHiddenFromCamera stands for camera rays.
   std::uint32_t hidden_from = 0;
   bool casts_shadows = true;
   static constexpr std::uint32_t kHiddenFromCamera = 1U << 31;
@@ -26,25 +26,25 @@ struct SurfaceMesh {
   using Corners = std::array<std::uint32_t, 3>;
   using Point = std::array<float, 3>;
 
-  /// One entry for each step of the shutter; the first is the frame's own time.
+  /// One entry per step of the shutter. The first is the time of the frame.
   std::vector<std::vector<Point>> points;
-  /// Unit normals of the triangles' corners, on the outer side, three a triangle; steps as above.
+  /// Unit normals at the corners, on the outer side, three per triangle, one entry per step.
   std::vector<std::vector<Point>> normals;
   std::vector<Corners> triangles;
-  std::vector<std::array<Vector, 3>> uvws;  ///< a triangle; empty without coordinates
-  std::vector<std::uint32_t> material;      ///< a triangle: index into `materials`
-  std::vector<SurfaceMaterial> materials;   ///< the first is that of bare surfaces
+  std::vector<std::array<Vector, 3>> uvws;  ///< one per triangle; empty without coordinates
+  std::vector<std::uint32_t> material;      ///< one per triangle: index into `materials`
+  std::vector<SurfaceMaterial> materials;   ///< the first is for surfaces without a material
   SurfaceVisibility visibility;
   const BaseObject* owner = nullptr;
 
   std::size_t Steps() const { return points.size(); }
 };
 
-/// The object's triangles as they are at the document's time, as a mesh of one step. Polygons that
-/// meet at less than 40 degrees look round.
+/// Reads the triangles of the object at the document's time, as a mesh with one step. Edges with an
+/// angle below 40 degrees are smoothed.
 SurfaceMesh ReadMesh(PolygonObject& polygons, BaseObject& owner);
-/// Adds the object's points and normals at the document's present time as a further step. False,
-/// and nothing happens, if the polygons aren't those of the mesh.
+/// Adds the points and normals at the document's current time as another step. False, without any
+/// change, if the polygons don't match the mesh.
 bool AddStep(SurfaceMesh& mesh, PolygonObject& polygons, BaseObject& owner);
 
 }  // namespace host

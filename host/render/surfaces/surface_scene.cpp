@@ -22,9 +22,9 @@ namespace {
 
 constexpr int kShutterSteps = 3;
 
-/// What travels with a ray through Embree.
+/// Data of a query that Embree passes to the filters.
 struct RayContext {
-  RTCIntersectContext base;  // first, so that Embree's pointer to it is one to the whole
+  RTCIntersectContext base;  // must be first: Embree passes a pointer to it
   const std::vector<SurfaceMesh>* meshes = nullptr;
   std::uint32_t type = 0;
   double time = 0;
@@ -37,14 +37,14 @@ Vector CornerUvw(const SurfaceMesh& mesh, std::size_t triangle, double u, double
   return a * (1 - u - v) + b * u + c * v;
 }
 
-/// Lets rays pass that don't meet the surface.
+/// Ignores surfaces that this type of ray doesn't see.
 void FilterByType(const RTCFilterFunctionNArguments* arguments) {
   const auto& context = *reinterpret_cast<const RayContext*>(arguments->context);
   const unsigned mesh = RTCHitN_geomID(arguments->hit, arguments->N, 0);
   if (!(*context.meshes)[mesh].visibility.Meets(context.type)) *arguments->valid = 0;
 }
 
-/// Collects what transparent surfaces let pass; stops at the first that lets nothing.
+/// Multiplies the transparency of surfaces. Stops at the first opaque one.
 void FilterShadow(const RTCFilterFunctionNArguments* arguments) {
   auto& context = *reinterpret_cast<RayContext*>(arguments->context);
   const SurfaceMesh& mesh = (*context.meshes)[RTCHitN_geomID(arguments->hit, arguments->N, 0)];
@@ -76,7 +76,7 @@ RTCRay ToEmbree(const SurfaceRay& ray) {
 
 void AddGeometry(RTCDevice device, RTCScene scene, const SurfaceMesh& mesh, unsigned id) {
   RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_TRIANGLE);
-  const auto steps = static_cast<unsigned>(mesh.Steps());
+  const unsigned steps = mesh.Steps();
   rtcSetGeometryTimeStepCount(geometry, steps);
   for (unsigned step = 0; step < steps; ++step) {
     const auto& points = mesh.points[step];
@@ -93,7 +93,7 @@ void AddGeometry(RTCDevice device, RTCScene scene, const SurfaceMesh& mesh, unsi
   rtcReleaseGeometry(geometry);
 }
 
-/// The value of corners' normals in a triangle, at a time between two steps.
+/// The interpolated normal in a triangle, at a time between two steps.
 Vector NormalAt(const SurfaceMesh& mesh, std::size_t triangle, double u, double v, double shutter) {
   const auto at_step = [&](std::size_t step) {
     const SurfaceMesh::Point* n = &mesh.normals[step][3 * triangle];
@@ -101,16 +101,16 @@ Vector NormalAt(const SurfaceMesh& mesh, std::size_t triangle, double u, double 
     return corner(0) * (1 - u - v) + corner(1) * u + corner(2) * v;
   };
   if (mesh.Steps() == 1) return Normalized(at_step(0));
-  const double at = shutter * static_cast<double>(mesh.Steps() - 1);
+  const double at = shutter * (mesh.Steps() - 1);
   const std::size_t step = std::min(static_cast<std::size_t>(at), mesh.Steps() - 2);
-  return Normalized(Mix(at_step(step), at_step(step + 1), at - static_cast<double>(step)));
+  return Normalized(Mix(at_step(step), at_step(step + 1), at - step));
 }
 
-/// What is to be known beyond distance and normal, which are set.
+/// Fills in the hit. Distance and normal are already set.
 void Describe(const SurfaceRay& ray, const SurfaceMesh& mesh, std::size_t triangle, double u,
               double v, SurfaceHit& hit) {
   hit.point = ray.origin + ray.direction * hit.distance;
-  // Single precision keeps some seven digits of the largest coordinate.
+  // Single precision keeps about seven digits of the largest coordinate.
   const Vector& p = hit.point;
   hit.offset =
       1e-5 + 1e-6 * (std::max({std::abs(p.x), std::abs(p.y), std::abs(p.z)}) + hit.distance);
@@ -119,7 +119,7 @@ void Describe(const SurfaceRay& ray, const SurfaceMesh& mesh, std::size_t triang
   hit.material = &mesh.materials[mesh.material[triangle]];
   if (!hit.material->Place(hit.uvw)) hit.material = &mesh.materials.front();
 
-  // The corners' normals know which side is the outer one.
+  // The normals at the corners point to the outer side.
   hit.smooth = NormalAt(mesh, triangle, u, v, ray.shutter);
   if (Dot(hit.normal, hit.smooth) < 0) hit.normal = hit.normal * -1;
   hit.outer = Dot(hit.normal, ray.direction) <= 0;
@@ -127,13 +127,13 @@ void Describe(const SurfaceRay& ray, const SurfaceMesh& mesh, std::size_t triang
     hit.normal = hit.normal * -1;
     hit.smooth = hit.smooth * -1;
   }
-  // A smooth normal that faces away from the ray would show the surface from behind.
+  // If the smooth normal faces away from the ray, the surface would be shaded from behind.
   if (Dot(hit.smooth, ray.direction) >= 0) hit.smooth = hit.normal;
 }
 
 bool IsFiniteFloat(const Vector& v) {
   constexpr double most = std::numeric_limits<float>::max();
-  return std::abs(v.x) <= most && std::abs(v.y) <= most && std::abs(v.z) <= most;  // NaN neither
+  return std::abs(v.x) <= most && std::abs(v.y) <= most && std::abs(v.z) <= most;  // false for NaN
 }
 
 }  // namespace
@@ -146,7 +146,7 @@ void ForShutterSteps(BaseDocument& document, double shutter, const std::function
   const BaseTime frame = document.GetTime();
   at_step();
   if (shutter <= 0) return;
-  // Thousandths of a frame, so that times stay fractions.
+  // Use thousandths of a frame, so that times stay fractions.
   const auto thousandths = static_cast<std::int64_t>(shutter * 1000 / (kShutterSteps - 1));
   for (int step = 1; step < kShutterSteps; ++step) {
     const FrameRate rate = document.GetFps();
@@ -171,7 +171,7 @@ SurfaceScene::SurfaceScene(BaseDocument& document, double shutter)
       if (first)
         meshes_.push_back(ReadMesh(*polygons, *object));
       else if (!AddStep(meshes_[index], *polygons, *object))
-        throw std::runtime_error("the mesh " + object->GetName() + " changes its polygons");
+        throw std::runtime_error("the mesh " + object->GetName() + " changes its number of points");
       ++index;
     }
     first = false;
@@ -183,13 +183,13 @@ SurfaceScene::~SurfaceScene() = default;
 
 void SurfaceScene::Commit() {
   handles_->device = rtcNewDevice(nullptr);
-  if (!handles_->device) throw std::runtime_error("Embree doesn't start");
+  if (!handles_->device) throw std::runtime_error("Embree can't be started");
   handles_->scene = rtcNewScene(handles_->device);
   rtcSetSceneFlags(
       handles_->scene,
       static_cast<RTCSceneFlags>(RTC_SCENE_FLAG_ROBUST | RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION));
   for (std::size_t i = 0; i < meshes_.size(); ++i)
-    AddGeometry(handles_->device, handles_->scene, meshes_[i], static_cast<unsigned>(i));
+    AddGeometry(handles_->device, handles_->scene, meshes_[i], i);
   rtcCommitScene(handles_->scene);
   if (const RTCError error = rtcGetDeviceError(handles_->device); error != RTC_ERROR_NONE)
     throw std::runtime_error(error == RTC_ERROR_OUT_OF_MEMORY

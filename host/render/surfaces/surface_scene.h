@@ -1,4 +1,4 @@
-// All surfaces of a scene at one frame, and rays through them, by Embree.
+// All surfaces of a scene at one frame, and ray queries with Embree.
 #pragma once
 
 #include <functional>
@@ -11,15 +11,15 @@
 
 namespace host {
 
-/// Where a ray meets a surface.
+/// Where a ray hits a surface.
 struct SurfaceHit {
   double distance = 0;
   Vector point;
-  Vector normal;      ///< of the triangle, on the side that the ray comes from
-  Vector smooth;      ///< for shading, on the same side
-  bool outer = true;  ///< the ray comes from the outer side
-  Vector uvw;         ///< as Place of the material gave it
-  double offset = 0;  ///< how far a new ray has to start from the surface
+  Vector normal;      ///< of the triangle, on the side of the ray's origin
+  Vector smooth;      ///< smooth normal for shading, on the same side
+  bool outer = true;  ///< the ray hits the outer side
+  Vector uvw;         ///< coordinates of the material
+  double offset = 0;  ///< distance from the surface at which a new ray must start
   const SurfaceMaterial* material = nullptr;
   const BaseObject* object = nullptr;
 };
@@ -31,28 +31,28 @@ struct SurfaceRay {
   double shutter = 0;      ///< 0 open .. 1 closed
 };
 
-/// False for a ray that can't be followed, since a scene of absurd size gave it numbers that single
-/// precision doesn't have, or no direction. It meets nothing and brings no light.
+/// False for a ray that can't be traced, because it has no direction or its numbers exceed single
+/// precision. Such a ray hits nothing and gets no light.
 bool IsTraceable(const Vector& origin, const Vector& direction);
 
-/// Built once per frame, then asked from any number of threads.
+/// Built once per frame. The queries may be called from any number of threads.
 class SurfaceScene {
  public:
-  /// Takes the meshes of all visible objects. With `shutter` above 0, in frames, the
-  /// document is evaluated at further times, and stands at its present time again in the end.
+  /// Reads the meshes of all visible objects. If `shutter` (in frames) is above 0, the document is
+  /// also evaluated at later times and returns to its current time.
   SurfaceScene(BaseDocument& document, double shutter);
   ~SurfaceScene();
   SurfaceScene(const SurfaceScene&) = delete;
   SurfaceScene& operator=(const SurfaceScene&) = delete;
 
-  /// The nearest surface that the ray's type meets.
+  /// The nearest surface that this type of ray can hit.
   std::optional<SurfaceHit> Intersect(const SurfaceRay& ray) const;
-  /// The share of light that passes all surfaces along a ray to a light.
+  /// The fraction of light that passes all surfaces along a shadow ray.
   Vector Passing(const SurfaceRay& ray) const;
 
   const std::vector<SurfaceMesh>& Meshes() const { return meshes_; }
 
-  struct Handles;  ///< Embree's; complete in surface_scene.cpp alone
+  struct Handles;  ///< Embree objects, defined in surface_scene.cpp
 
  private:
   void Commit();
@@ -62,8 +62,8 @@ class SurfaceScene {
   std::unique_ptr<Handles> handles_;
 };
 
-/// Runs `at_step` with the document evaluated at each of the shutter's steps: once, or thrice if
-/// the shutter is above 0. Afterwards the document stands at the frame again.
+/// Calls `at_step` with the document evaluated at each step of the shutter: once, or three times if
+/// the shutter is above 0. Afterwards the document is evaluated at the frame again.
 void ForShutterSteps(BaseDocument& document, double shutter, const std::function<void()>& at_step);
 
 }  // namespace host

@@ -5,7 +5,7 @@ namespace {
 
 constexpr Vector kWhite{1, 1, 1};
 
-/// Below this width a light's picture on the surface is too small to be hit by chance.
+/// Below this width, highlights are too small to be hit by chance.
 constexpr double kMirrorAlpha = 0.01;
 
 Vector Clamped(const Vector& c) {
@@ -16,7 +16,7 @@ Vector MirrorAbout(const Vector& v, const Vector& normal) {
   return normal * (2 * Dot(v, normal)) - v;
 }
 
-/// Smith's function of a direction with that cosine.
+/// Smith's Lambda for a direction with that cosine.
 double Lambda(double cosine, double alpha) {
   const double c2 = cosine * cosine;
   return 0.5 * (std::sqrt(1 + alpha * alpha * (1 - c2) / std::max(c2, 1e-12)) - 1);
@@ -49,7 +49,7 @@ Vector SurfaceShading::Share(const Vector& to_light) const {
   if (light.z <= 0) return {};
   Vector share = diffuse_ * light.z;
   if (!IsRough() || IsBlack(reflection_)) return share;
-  // pi D G / (4 cos cos) times the light's cosine; D = a2 / (pi (cos2 (a2 - 1) + 1)^2)
+  // The light's cosine times pi D G / (4 cos cos), with D = a2 / (pi (cos2 (a2 - 1) + 1)^2).
   const Vector half = Normalized(light + viewer_);
   const double a2 = alpha_ * alpha_, d = half.z * half.z * (a2 - 1) + 1;
   const double masking = 1 / (1 + Lambda(viewer_.z, alpha_) + Lambda(light.z, alpha_));
@@ -99,7 +99,7 @@ SurfaceShading::Bounce SurfaceShading::Transmit(Sampler& sampler, double probabi
   if (index == 1)
     return {basis_.ToWorld(viewer_ * -1), weight,
             IsRough() ? kRayRoughTransparency : kRayTransparency};
-  // Snell's law about the normal.
+  // Snell's law.
   const Vector normal = MicroNormal(sampler);
   const double eta = hit_.outer ? 1 / index : index;
   const double cosine = Dot(viewer_, normal);
@@ -116,12 +116,12 @@ SurfaceShading::Bounce SurfaceShading::Transmit(Sampler& sampler, double probabi
 Vector SurfaceShading::MicroNormal(Sampler& sampler) const {
   if (!IsRough()) return {0, 0, 1};
   const auto [u, v] = sampler.Next2D();
-  // Stretch to a hemisphere, draw there from what the viewer sees of it, and press back.
+  // Stretch to a hemisphere, sample its visible part, and unstretch.
   const Vector stretched =
       Normalized({alpha_ * viewer_.x, alpha_ * viewer_.y, std::max(viewer_.z, 1e-6)});
   const Basis about(stretched);
   Vector on_disk = OnDisk(u, v);
-  // The part of the hemisphere that faces away is not seen: its half of the disk is squeezed.
+  // Half of the disk is compressed, because that part of the hemisphere faces away.
   const Vector up = Normalized(Vector{0, 0, 1} - stretched * stretched.z);
   const bool upright = Length(up) <= 0;
   const Vector t2 = upright ? about.s : up, t1 = Cross(t2, stretched);

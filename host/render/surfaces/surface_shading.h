@@ -1,10 +1,10 @@
-// How a surface scatters light at a point: a diffuse ground, under it what passes through, and over
-// both a layer that reflects.
+// How a surface scatters light at a point: a diffuse layer, transmission below it, and a reflecting
+// layer on top.
 //
-// The layer's share follows C. Schlick, An inexpensive BRDF model for physically-based rendering,
-// CGF 13(3), 1994, and is rough after B. Walter et al., Microfacet models for refraction through
-// rough surfaces, EGSR 2007 (the GGX distribution), with directions drawn after E. Heitz, Sampling
-// the GGX distribution of visible normals, JCGT 7(4), 2018.
+// The reflectance follows C. Schlick, An inexpensive BRDF model for physically-based rendering, CGF
+// 13(3), 1994. Rough reflection uses the GGX distribution (B. Walter et al., Microfacet models for
+// refraction through rough surfaces, EGSR 2007) and samples visible normals (E. Heitz, Sampling the
+// GGX distribution of visible normals, JCGT 7(4), 2018).
 #pragma once
 
 #include "host/render/color.h"
@@ -16,22 +16,23 @@ namespace host {
 
 class SurfaceShading {
  public:
-  /// Of the hit, seen along `direction`.
+  /// `direction` is the direction of the ray that hit the surface.
   SurfaceShading(const SurfaceHit& hit, const Vector& direction, double time);
 
   const Vector& Emission() const { return emission_; }
 
-  /// What of light from a direction goes to the viewer: times its color, which is irradiance over
-  /// pi on a surface that faces it, it is the radiance.
+  /// The fraction of light from a direction that goes to the viewer. Multiplied by the light's
+  /// color (irradiance over pi on a surface facing the light) it gives the radiance.
   Vector Share(const Vector& to_light) const;
 
-  /// A way on for a path. The weight is what the path's light counts for from then on.
+  /// The next segment of a path. `weight` is the factor on the light of the rest of the path.
   struct Bounce {
     Vector direction;
     Vector weight;
-    std::uint32_t type = 0;  ///< what befell the path: a RayType; 0: it ends here
+    std::uint32_t type = 0;  ///< RayType of the event; 0: the path ends here
   };
-  /// Chooses one of the ways; diffuse ones only with `indirect`, and then often towards the glow.
+  /// Chooses the next segment. Diffuse bounces only happen with `indirect`; many of them go toward
+  /// the glow.
   Bounce Choose(Sampler& sampler, bool indirect, const GlowGrid& glow) const;
 
  private:
@@ -45,7 +46,7 @@ class SurfaceShading {
 
   const SurfaceHit& hit_;
   Basis basis_;
-  Vector viewer_;  ///< towards it, in the basis
+  Vector viewer_;  ///< direction to the viewer, in the basis
   Vector diffuse_, passing_, reflection_, emission_;
   double alpha_ = 0;  ///< width of the microfacet distribution; 0 for a mirror
 };

@@ -27,7 +27,7 @@ std::vector<PictureWindow> MakeTiles(const PictureWindow& window) {
   return tiles;
 }
 
-/// Sums samples in double, so that the mean doesn't hang on their number.
+/// Sums samples in double precision, so that the mean doesn't degrade with their number.
 class PixelSum {
  public:
   void Add(const PathSample& sample) {
@@ -62,7 +62,7 @@ class PixelSum {
   double alpha_ = 0;
 };
 
-/// The tiles of a picture, and the threads' way through them.
+/// The tiles of a picture and the threads that render them.
 class TileWork {
  public:
   TileWork(const RenderScene& scene, const FrameTask& task, Picture& picture)
@@ -83,7 +83,7 @@ class TileWork {
     PathTracer tracer(scene_, thread);
     try {
       for (std::size_t i = next_++; i < tiles_.size() && !stopped_; i = next_++)
-        if (RenderTile(tracer, tiles_[i])) TellDone();
+        if (RenderTile(tracer, tiles_[i])) CountDone();
     } catch (...) {
       const std::lock_guard lock(mutex_);
       if (!error_) error_ = std::current_exception();
@@ -95,15 +95,14 @@ class TileWork {
     counts.broken += tracer.Counts().broken;
   }
 
-  /// False, with the tile left empty, if the work was ended meanwhile.
+  /// Renders a tile. False, with the tile left empty, if the work was stopped.
   bool RenderTile(PathTracer& tracer, const PictureWindow& tile) {
     std::vector<Pixel> pixels;
     for (int y = tile.y0; y < tile.y1; ++y)
       for (int x = tile.x0; x < tile.x1; ++x) {
         if (stopped_ || task_.stop()) return stopped_ = true, false;
         PixelSum sum;
-        for (int s = 0; s < task_.samples; ++s)
-          sum.Add(tracer.Trace(x, y, static_cast<std::uint32_t>(s)));
+        for (int s = 0; s < task_.samples; ++s) sum.Add(tracer.Trace(x, y, s));
         pixels.push_back(sum.Mean(task_.samples));
       }
     auto from = pixels.begin();
@@ -112,10 +111,10 @@ class TileWork {
     return true;
   }
 
-  void TellDone() {
+  void CountDone() {
     const std::lock_guard lock(mutex_);
     ++done_;
-    task_.progress(static_cast<double>(done_) / static_cast<double>(tiles_.size()));
+    task_.progress(static_cast<double>(done_) / tiles_.size());
   }
 
   const RenderScene& scene_;
@@ -124,7 +123,7 @@ class TileWork {
   const std::vector<PictureWindow> tiles_;
   std::atomic<std::size_t> next_{0};
   std::atomic<bool> stopped_{false};
-  std::mutex mutex_;  ///< guards what follows, and the sums of counts
+  std::mutex mutex_;  ///< guards the members below and the sums of counts
   std::size_t done_ = 0;
   std::exception_ptr error_;
 };
@@ -136,8 +135,7 @@ Picture RenderFrame(const RenderScene& scene, const FrameTask& task, RayCounts& 
   picture.width = task.width;
   picture.height = task.height;
   picture.window = task.window;
-  picture.pixels.resize(static_cast<std::size_t>(task.window.Width()) *
-                        static_cast<std::size_t>(task.window.Height()));
+  picture.pixels.resize(static_cast<std::size_t>(task.window.Width()) * task.window.Height());
   TileWork(scene, task, picture).Run(counts);
   return picture;
 }

@@ -1,4 +1,4 @@
-// Renders the picture of one frame, in tiles on several threads.
+// Renders the picture of one frame in tiles, with several threads.
 #pragma once
 
 #include <functional>
@@ -12,15 +12,15 @@ struct FrameTask {
   PictureWindow window;
   int samples = 16;
   int threads = 1;
-  /// Asked before each pixel, from all threads; true ends the work.
+  /// Called before each pixel, from all threads. True stops the work.
   std::function<bool()> stop = [] { return false; };
-  /// Share of the work that is done; from one thread at a time.
+  /// Receives the fraction of work done. Never called from two threads at once.
   std::function<void(double)> progress = [](double) {};
 };
 
-/// The same pixels for any number of threads. Tiles come from the middle outwards, and a picture
-/// that was broken off holds those that were finished. `counts` gets what was done. Throws what a
-/// post effect throws.
+/// The pixels don't depend on the number of threads. Tiles are rendered from the center outward; an
+/// interrupted picture contains the finished tiles. Adds to `counts`. Rethrows exceptions of post
+/// effects.
 Picture RenderFrame(const RenderScene& scene, const FrameTask& task, RayCounts& counts);
 
 }  // namespace host

@@ -8,7 +8,7 @@
 namespace host {
 namespace {
 
-/// How far a light without a place is said to be, in units.
+/// The distance of a directional light, in units.
 constexpr double kFar = 1e9;
 
 double CosineOfHalf(double degrees) { return std::cos(degrees * (kPi / 360)); }
@@ -19,7 +19,7 @@ double SmoothStep(double low, double high, double x) {
   return t * t * (3 - 2 * t);
 }
 
-/// Those objects, and all that lies under them.
+/// These objects and everything under them, sorted.
 std::vector<const BaseObject*> FindExcluded(const BaseDocument& document, const LinkList& links) {
   std::vector<const BaseObject*> excluded;
   if (links.empty()) return excluded;
@@ -73,7 +73,7 @@ std::optional<LightSample> LightSource::Sample(const Vector& point, double u, do
   if (!HasSize()) u = v = 0.5;
   if (info_.type == LIGHT_TYPE_DIRECTIONAL) return SampleDirectional(u, v);
   if (info_.type == LIGHT_TYPE_AREA) return SampleArea(point, u, v);
-  // A ball, which from afar is a disk that faces the point.
+  // A sphere, seen from a distance as a disk that faces the point.
   const Vector to_point = Normalized(point - info_.position);
   const Vector on_disk = HasSize() ? OnDisk(u, v) * radius_ : Vector{};
   return FromPlace(info_.position + Basis(to_point).ToWorld(on_disk), point);
@@ -98,7 +98,8 @@ std::optional<LightSample> LightSource::SampleArea(const Vector& point, double u
 }
 
 std::optional<LightSample> LightSource::SampleDirectional(double u, double v) const {
-  // Equal solid angles of the cap that the light fills: the disk's radius goes with 1 - cos.
+  // Uniform over the solid angle of the cap: 1 - cos is proportional to the squared radius in the
+  // disk.
   const Vector d = OnDisk(u, v);
   const double r2 = HasSize() ? d.x * d.x + d.y * d.y : 0;
   const double cosine = 1 - r2 * (1 - cone_cosine_);
@@ -109,7 +110,7 @@ std::optional<LightSample> LightSource::SampleDirectional(double u, double v) co
 
 Vector LightSource::ColorAt(double distance) const {
   if (falloff_distance_ <= 0) return info_.color;
-  // A point within the light gets no more than one that is a thousandth of the measure away.
+  // Limit the light very close to the source.
   const double r = falloff_distance_ / std::max(distance, 1e-3 * falloff_distance_);
   return info_.color * (r * r);
 }

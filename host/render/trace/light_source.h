@@ -1,4 +1,4 @@
-// The lights of a scene at one frame, as the renderer asks them.
+// The lights of a scene at one frame.
 #pragma once
 
 #include <optional>
@@ -9,11 +9,11 @@
 
 namespace host {
 
-/// Light from one place of a light, on its way to a point.
+/// Light from one point of a light source to a point of the scene.
 struct LightSample {
-  Vector direction;  ///< from the point towards the light, of unit length
+  Vector direction;  ///< from the point toward the light, of unit length
   double distance = 0;
-  /// What arrives, shadows apart, at a surface that faces the direction: irradiance over pi.
+  /// Unshadowed light at a surface that faces the direction: irradiance over pi.
   Vector color;
 };
 
@@ -21,15 +21,15 @@ class LightSource {
  public:
   /// Reads a light object at the document's time.
   explicit LightSource(BaseObject& object);
-  /// The light of a scene without one: a soft sun that shines along a direction.
+  /// The light of a scene that has none: a soft sun with this direction.
   static LightSource Default(const Vector& direction);
 
-  /// Light from the place of the light that (u, v) of the unit square chooses; the mean over the
-  /// square is what the whole light gives. Nothing, if none of it reaches the point.
+  /// Samples the light with (u, v) in the unit square. The mean over the square is the light of the
+  /// whole source. Nothing if the sample doesn't reach the point.
   std::optional<LightSample> Sample(const Vector& point, double u, double v) const;
 
   bool IsShadowed() const { return shadow_ != LIGHT_SHADOW_NONE; }
-  /// True if (u, v) makes a difference.
+  /// True if the sample depends on (u, v).
   bool HasSize() const;
   const RayLight& Info() const { return info_; }
 
@@ -48,10 +48,10 @@ class LightSource {
   double falloff_distance_ = 0;  ///< 0: no falloff
   double inner_cosine_ = 1, outer_cosine_ = -1;
   double radius_ = 0;
-  double cone_cosine_ = 1;  ///< of the half angle that a directional light fills
+  double cone_cosine_ = 1;  ///< cosine of the angular radius of a directional light
 };
 
-/// All lights of the document that are switched on.
+/// All lights of the document that are visible in renders.
 std::vector<LightSource> ReadLights(const BaseDocument& document);
 
 }  // namespace host

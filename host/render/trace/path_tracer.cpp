@@ -6,12 +6,12 @@ namespace host {
 namespace {
 
 constexpr int kMostSegments = 32;
-constexpr int kSureSegments = 5;  ///< after them paths end by chance
-/// Light that comes by way of a diffuse surface counts at most this much in one sample: a rare ray
-/// that meets a small bright flame would else leave a speck.
+constexpr int kSureSegments = 5;  ///< later segments are subject to Russian roulette
+/// Clamps indirect light from diffuse surfaces, per sample. Otherwise a rare ray that hits a small
+/// bright flame leaves a firefly.
 constexpr double kIndirectLimit = 4;
 
-/// A place in a pixel: within a tent of twice its width, which smooths edges without a seam.
+/// Tent filter with twice the width of a pixel: smooths edges without seams.
 double Tent(double u) { return u < 0.5 ? std::sqrt(2 * u) - 0.5 : 1.5 - std::sqrt(2 - 2 * u); }
 
 }  // namespace
@@ -24,7 +24,7 @@ struct PathTracer::Path {
   Vector weight = {1, 1, 1};
   Vector color = {};
   int bounces_left = 0;
-  /// Only straight transparent surfaces so far.
+  /// True if the path has only passed straight through transparent surfaces so far.
   bool IsStraight() const { return (type & ~(kRayTransparency | kRayRoughTransparency)) == 0; }
 
   void Add(const Vector& light) {
@@ -34,6 +34,14 @@ struct PathTracer::Path {
     color = color + share;
   }
 };
+
+/// Russian roulette. False if the path ends here.
+bool PathTracer::Survives(Path& path, Sampler& sampler) {
+  const double survival = std::min(0.95, Largest(path.weight));
+  if (sampler.Next1D() >= survival) return false;
+  path.weight = path.weight * (1 / survival);
+  return true;
+}
 
 PathSample PathTracer::Trace(std::int32_t x, std::int32_t y, std::uint32_t sample) {
   const std::uint64_t pixel = static_cast<std::uint64_t>(static_cast<std::uint32_t>(y)) << 32 |
@@ -67,11 +75,8 @@ PathSample PathTracer::Trace(std::int32_t x, std::int32_t y, std::uint32_t sampl
       }
       break;
     }
-    if (!GoOn(path, *hit, sampler)) break;
-    if (segment < kSureSegments) continue;
-    const double survival = std::min(0.95, Largest(path.weight));
-    if (sampler.Next1D() >= survival) break;
-    path.weight = path.weight * (1 / survival);
+    if (!Continue(path, *hit, sampler)) break;
+    if (segment >= kSureSegments && !Survives(path, sampler)) break;
   }
   result.color = path.color;
   return result;
@@ -85,8 +90,9 @@ VolumeQuery PathTracer::AskSpace(const Path& path, Sampler& sampler, double dist
   return space;
 }
 
-/// Adds the surface's light to the path and turns the path where it goes on; false if it ends.
-bool PathTracer::GoOn(Path& path, const SurfaceHit& hit, Sampler& sampler) {
+/// Adds the light of the surface to the path and chooses the next direction. False if the path
+/// ends.
+bool PathTracer::Continue(Path& path, const SurfaceHit& hit, Sampler& sampler) {
   const SurfaceMaterial& material = *hit.material;
   if (material.mask.texture) {
     const double covered = Mean(material.mask.At(hit.uvw, scene_.time));

@@ -1,4 +1,4 @@
-// Light along a path from the camera: surfaces, lights and post effects together.
+// Traces light along paths from the camera: surfaces, lights and post effects.
 #pragma once
 
 #include "host/render/sampler.h"
@@ -7,18 +7,18 @@
 
 namespace host {
 
-/// What one sample of a pixel sees.
+/// The result of one sample of a pixel.
 struct PathSample {
-  Vector color;                   ///< without the background behind it
-  Vector backdrop;                ///< the background, as far as it shows through
-  double alpha = 1;               ///< 1 less what of the background shows through
-  Vector volume;                  ///< what post effects add along the camera ray
-  Vector transmittance{1, 1, 1};  ///< what they let pass there
-  /// Of the first surface, along the camera's axis, in units; infinite without one.
+  Vector color;                   ///< without the background
+  Vector backdrop;                ///< the visible part of the background
+  double alpha = 1;               ///< 1 minus the visible fraction of the background
+  Vector volume;                  ///< light that post effects add along the camera ray
+  Vector transmittance{1, 1, 1};  ///< fraction of light that they let pass
+  /// Distance to the first surface along the view axis, in units. Infinite without one.
   double depth = std::numeric_limits<double>::infinity();
 };
 
-/// Follows paths for one thread.
+/// Traces paths on one thread.
 class PathTracer {
  public:
   PathTracer(const RenderScene& scene, std::int32_t thread) : scene_(scene), thread_(thread) {}
@@ -33,7 +33,8 @@ class PathTracer {
   VolumeQuery AskSpace(const Path& path, Sampler& sampler, double distance);
   Vector DirectLight(const Path& path, const SurfaceShading& shading, const SurfaceHit& hit,
                      Sampler& sampler);
-  bool GoOn(Path& path, const SurfaceHit& hit, Sampler& sampler);
+  bool Continue(Path& path, const SurfaceHit& hit, Sampler& sampler);
+  static bool Survives(Path& path, Sampler& sampler);
 
   const RenderScene& scene_;
   std::int32_t thread_;

@@ -12,14 +12,14 @@ namespace {
 
 constexpr double kDefaultFieldOfView = 45;
 
-/// With axes of unit length at right angles: a camera's scale has no meaning.
+/// Removes scale and shear: a camera's scale has no meaning.
 Matrix WithoutScale(const Matrix& m) {
   const Vector z = Normalized(m.v3);
   const Vector x = Normalized(Cross(m.v2, z));
   return {m.off, x, Cross(z, x), z};
 }
 
-/// The corners of the boxes of all visible objects that are wanted and have an extent.
+/// The bounding box of all visible objects that are wanted and have an extent.
 template <class Wanted>
 SceneBounds BoundsOf(const BaseDocument& document, const Wanted& wanted) {
   SceneBounds bounds;
@@ -54,7 +54,7 @@ RenderCamera DefaultCamera(const BaseDocument& document, int width, int height) 
   if (bounds.empty) bounds = BoundsOf(document, [](const BaseObject&) { return true; });
   if (bounds.empty) bounds.low = {-100, -100, -100}, bounds.high = {100, 100, 100};
   const Vector center = (bounds.low + bounds.high) * 0.5;
-  // From so far that the nearest face of the box fits, whichever side of the picture is tight.
+  // So far away that the nearest face of the box fits into the picture.
   const Vector half = (bounds.high - bounds.low) * 0.5;
   const double tangent = std::tan(kDefaultFieldOfView * kPi / 360);
   const double across = half.x / tangent, up = half.y * width / (height * tangent);
@@ -79,9 +79,9 @@ void RenderCamera::AddStep(const Matrix& place) { places_.push_back(WithoutScale
 
 Matrix RenderCamera::PlaceAt(double shutter) const {
   if (places_.size() == 1) return places_.front();
-  const double at = shutter * static_cast<double>(places_.size() - 1);
+  const double at = shutter * (places_.size() - 1);
   const std::size_t step = std::min(static_cast<std::size_t>(at), places_.size() - 2);
-  const double share = at - static_cast<double>(step);
+  const double share = at - step;
   const Matrix &a = places_[step], &b = places_[step + 1];
   return WithoutScale({Mix(a.off, b.off, share), Mix(a.v1, b.v1, share), Mix(a.v2, b.v2, share),
                        Mix(a.v3, b.v3, share)});
@@ -105,12 +105,12 @@ BaseObject* FindCamera(const BaseDocument& document) {
 
 namespace {
 
-/// Throws if rays from there would be beyond single precision.
+/// Throws if positions exceed single precision.
 void CheckPlace(const Matrix& place, const std::string& whose, const std::string& cure) {
   constexpr double kFarthest = 1e30;
   const Vector& p = place.off;
   if (!(std::max({std::abs(p.x), std::abs(p.y), std::abs(p.z)}) < kFarthest))
-    throw std::runtime_error(whose + " stands farther away than 1e30 units: " + cure);
+    throw std::runtime_error(whose + " is farther away than 1e30 units: " + cure);
 }
 
 }  // namespace
@@ -119,8 +119,8 @@ RenderCamera ReadCamera(BaseDocument& document, double shutter, int width, int h
   BaseObject* object = FindCamera(document);
   if (!object) {
     RenderCamera camera = DefaultCamera(document, width, height);
-    CheckPlace(camera.Place(), "the camera that would see all of the scene",
-               "give the scene a camera, or make its objects smaller");
+    CheckPlace(camera.Place(), "the default camera",
+               "add a camera to the scene, or make its objects smaller");
     return camera;
   }
   const BaseContainer& data = object->GetDataInstance();
@@ -128,8 +128,8 @@ RenderCamera ReadCamera(BaseDocument& document, double shutter, int width, int h
   const Matrix place = object->GetMg();
   if (!(angle > 0 && angle < 180) || Length(Cross(place.v2, place.v3)) <= 0)
     throw std::runtime_error("the camera \"" + object->GetName() +
-                             "\" has no angle of view between 0 and 180 degrees, or no direction");
-  CheckPlace(place, "the camera \"" + object->GetName() + "\"", "move it nearer");
+                             "\" has no field of view between 0 and 180 degrees, or no direction");
+  CheckPlace(place, "the camera \"" + object->GetName() + "\"", "move it closer");
   RenderCamera camera(place, angle, std::max(0.0, data.GetReal(CAMERA_NEAR)), width, height);
   bool first = true;
   ForShutterSteps(document, shutter, [&] {

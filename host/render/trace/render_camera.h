@@ -1,4 +1,4 @@
-// The camera of a picture: from a place on the picture to a ray.
+// The camera: maps a position in the picture to a ray.
 #pragma once
 
 #include <vector>
@@ -9,8 +9,9 @@ namespace host {
 
 class RenderCamera {
  public:
-  /// Looks along z, y up, x to the right, from the matrix's offset. `field_of_view`, degrees above
-  /// 0 and below 180, spans the picture's width; nothing closer than `near` along z is seen.
+  /// Looks along z, with y up and x to the right, from the matrix's offset. `field_of_view` is the
+  /// angle across the width of the picture, above 0 and below 180 degrees. Nothing closer than
+  /// `near` along z is visible.
   RenderCamera(const Matrix& place, double field_of_view, double near, int width, int height);
 
   struct Ray {
@@ -19,13 +20,13 @@ class RenderCamera {
   /// (x, y) in pixels from the upper left corner of the picture; `shutter` from 0 to 1.
   Ray At(double x, double y, double shutter) const;
 
-  /// Where the camera stands at a further, later step of the shutter.
+  /// Adds the camera's position at the next step of the shutter.
   void AddStep(const Matrix& place);
 
-  /// At the opening of the shutter. The axes have unit length.
+  /// The position when the shutter opens. The axes have unit length.
   const Matrix& Place() const { return places_.front(); }
   double FieldOfView() const { return field_of_view_; }
-  /// Half of the picture's width and height at distance 1.
+  /// Half the width and height of the picture at distance 1.
   double HalfWidth() const { return half_width_; }
   double HalfHeight() const { return half_width_ * height_ / width_; }
   double Near() const { return near_; }
@@ -38,10 +39,10 @@ class RenderCamera {
   int width_, height_;
 };
 
-/// The render settings' camera, else the document's first one, over the shutter's steps. Without
-/// any camera one that looks, slightly from above and along z, at all objects that plug-ins give an
-/// extent, else at all meshes, so that they fill the picture. Throws std::runtime_error for a
-/// camera that can't work.
+/// The camera of the render settings, otherwise the first camera of the document, over the steps of
+/// the shutter. Without a camera, a default one that shows all plug-in objects with an extent, or
+/// else all meshes, from slightly above and along z. Throws std::runtime_error for an invalid
+/// camera.
 RenderCamera ReadCamera(BaseDocument& document, double shutter, int width, int height);
 
 struct SceneBounds {
@@ -49,10 +50,10 @@ struct SceneBounds {
   bool empty = true;
   void Add(const Vector& point);
 };
-/// The box round all objects that plug-ins give an extent.
+/// The bounding box of all plug-in objects with an extent.
 SceneBounds PluginBounds(const BaseDocument& document);
 
-/// Where the document has a camera, that one; null if there is none.
+/// The camera of the document, or null.
 BaseObject* FindCamera(const BaseDocument& document);
 
 }  // namespace host

@@ -15,8 +15,8 @@ RenderScene::RenderScene(BaseDocument& document, const RenderQuality& quality, i
       bounces(quality.bounces),
       has_shutter(quality.shutter > 0),
       time(document.GetTime().Get()),
-      seed(HashOf(static_cast<std::uint64_t>(document.GetTime().GetFrame(document.GetFps())), 0)) {
-  // Over the left shoulder of who looks.
+      seed(HashOf(document.GetTime().GetFrame(document.GetFps()), 0)) {
+  // From over the left shoulder of the viewer.
   if (lights.empty())
     lights.push_back(LightSource::Default(camera.Place().Turn(Normalized({0.5, -0.7, 0.6}))));
 }

@@ -1,4 +1,4 @@
-// All that the rays of one frame need: surfaces, lights, camera, background, post effects.
+// Everything that rays need in one frame: surfaces, lights, camera, background, post effects.
 #pragma once
 
 #include <string>
@@ -11,27 +11,27 @@
 
 namespace host {
 
-/// What the render settings say of the way of light.
+/// Quality settings of light paths.
 struct RenderQuality {
   int samples = 16;    ///< per pixel
-  double shutter = 0;  ///< frames that it is open
+  double shutter = 0;  ///< time that it is open, in frames
   int bounces = 0;     ///< of light between diffuse surfaces
 };
 
 struct RenderScene {
-  /// Reads the document as it stands. Throws std::runtime_error.
+  /// Reads the document at its current time. Throws std::runtime_error.
   RenderScene(BaseDocument& document, const RenderQuality& quality, int width, int height);
 
   SurfaceScene surfaces;
   std::vector<LightSource> lights;
   RenderCamera camera;
   Vector background;
-  GlowGrid glow;  ///< of the effects; empty without bounces
+  GlowGrid glow;  ///< glow of the effects; empty without bounces
   int bounces = 0;
   bool has_shutter = false;
   double time = 0;                      ///< of the frame, in seconds
   std::uint64_t seed = 0;               ///< of the frame
-  std::vector<VideoPostData*> effects;  ///< those that are open
+  std::vector<VideoPostData*> effects;  ///< the open effects
 };
 
 }  // namespace host

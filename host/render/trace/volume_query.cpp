@@ -8,8 +8,8 @@
 namespace host {
 namespace {
 
-/// Places of a light with a size that a query of a point in space looks at.
-constexpr std::uint32_t kLightPlaces = 4;
+/// Number of samples of an area light in a query from a point in space.
+constexpr std::uint32_t kLightSamples = 4;
 
 std::uint64_t SeedOf(const Vector& point) {
   const auto bits = [](double x) { return std::bit_cast<std::uint64_t>(x); };
@@ -68,10 +68,10 @@ Vector VolumeQuery::LightFrom(const LightSource& light, const LightSample& sampl
 bool VolumeQuery::Illuminate(std::int32_t light, const Vector& point, Vector& light_color,
                              Vector& direction) {
   const LightSource& source = scene_.lights[light];
-  const std::uint64_t seed = HashOf(SeedOf(point), static_cast<std::uint64_t>(light));
-  const std::uint32_t places = source.HasSize() ? kLightPlaces : 1;
+  const std::uint64_t seed = HashOf(SeedOf(point), light);
+  const std::uint32_t places = source.HasSize() ? kLightSamples : 1;
   light_color = direction = {};
-  VolumeQuery asker(scene_, ray.thread, counts_);  // belongs to no pixel
+  VolumeQuery asker(scene_, ray.thread, counts_);  // not part of a pixel
   asker.ray.light_query = true;
   for (std::uint32_t place = 0; place < places; ++place) {
     Sampler sampler(seed, place);

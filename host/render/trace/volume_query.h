@@ -1,4 +1,4 @@
-// Asking the post effects about rays, and answering what they ask meanwhile.
+// Queries of the post effects along rays, and answers to their own queries.
 #pragma once
 
 #include <atomic>
@@ -7,14 +7,14 @@
 
 namespace host {
 
-/// Counts of one thread, or their sum over all.
+/// Statistics of one thread, or of all threads.
 struct RayCounts {
-  std::int64_t rays = 0;         ///< camera rays and those that go on from surfaces
+  std::int64_t rays = 0;         ///< camera rays and their continuations from surfaces
   std::int64_t shadow_rays = 0;  ///< to lights
-  std::int64_t broken = 0;       ///< answers of post effects that weren't finite
+  std::int64_t broken = 0;       ///< results of post effects that weren't finite
 };
 
-/// The small host's VolumeData. Cheap to make, one for each ray.
+/// The VolumeData of the small host. Cheap to construct, one per ray.
 class VolumeQuery final : public VolumeData {
  public:
   VolumeQuery(const RenderScene& scene, std::int32_t thread, RayCounts& counts)
@@ -22,11 +22,11 @@ class VolumeQuery final : public VolumeData {
     ray.thread = thread;
   }
 
-  /// What the space along `ray` does: sets color and transparency, decoded, from all effects.
+  /// Queries all effects along `ray`. Sets color and transparency, decoded to linear light.
   void AskVolumetric();
 
-  /// Light from one place of a light at a point, shadows included; black where there is none.
-  /// `seed` starts the random numbers of the shadow ray.
+  /// Light from one sample of a light at a point, with shadows. `seed` starts the random numbers of
+  /// the shadow ray.
   Vector LightFrom(const LightSource& light, const LightSample& sample, const Vector& point,
                    double shutter, std::uint64_t seed);
 

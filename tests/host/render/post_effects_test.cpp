@@ -25,7 +25,7 @@ TEST(RenderPostEffects, FogFillsTheLayersByItsDepth) {
   EXPECT_NEAR(free.color[2], 1 - passing, kPixelSpan);
   EXPECT_NEAR(free.volume[0], 0.5 * (1 - passing), kPixelSpan);
   EXPECT_TRUE(std::isinf(free.depth));
-  // A wall through the ball's middle ends the ray there.
+  // A wall through the center of the ball ends the ray there.
   const std::string wall = R"({"type": "plane", "rotation": [0, -90, 0]})";
   const Pixel half = Shot{.samples = 4}.Take(scene + wall, FogOf(0.01)).pixels.front();
   EXPECT_NEAR(half.transmittance[1], std::exp(-0.01 * 50), kPixelSpan);
@@ -33,7 +33,7 @@ TEST(RenderPostEffects, FogFillsTheLayersByItsDepth) {
   EXPECT_NEAR(half.depth, 300, 1e-3);
 }
 
-TEST(RenderPostEffects, FogCastsItsShadowAndStandsInMirrors) {
+TEST(RenderPostEffects, FogCastsShadowsAndShowsInMirrors) {
   const std::string floor = R"({"type": "plane", "position": [0, -60, 0]})";
   for (const double x : {0.0, 30.0, 45.0, 60.0}) {
     const double chord = x < 50 ? 2 * std::sqrt(2500 - x * x) : 0;
@@ -41,7 +41,7 @@ TEST(RenderPostEffects, FogCastsItsShadowAndStandsInMirrors) {
     const Vector color = Shot{}.Color(kSun + camera + floor, FogOf(0.02));
     EXPECT_NEAR(color.x, 0.8 * std::exp(-0.02 * chord), kPixelSpan) << x;
   }
-  // The camera stands between fog and mirror with its back to the fog.
+  // The camera is between fog and mirror, facing away from the fog.
   const std::string mirror =
       R"({"type": "plane", "position": [0, 0, 200], "rotation": [0, -90, 0], "tags": [{"type": "texture", "parameters": {"material": "mirror"}}]})";
   const std::string scene = kSun + Camera("[0, 0, 100]", "[0, 0, 0]") + mirror;
@@ -68,7 +68,7 @@ TEST(RenderPostEffects, ScenesKeepTheirParameters) {
       DocumentError);
 }
 
-TEST(RenderPostEffects, LightIsToldForPointsInSpace) {
+TEST(RenderPostEffects, LightQueriesWorkForPointsInSpace) {
   const auto document = Opened(
       kSun +
           R"({"type": "light", "position": [0, 0, 90], "parameters": {"radius": 20, "color": [4, 2, 1]}},)"
@@ -92,7 +92,7 @@ TEST(RenderPostEffects, LightIsToldForPointsInSpace) {
   ExpectColor(color, Vector{1, 1, 1} * std::exp(-0.7), 1e-9);
   query.Illuminate(0, {0, -201, 0}, color, direction);
   ExpectColor(color, {}, 0);
-  // A light with a size: the same answer wherever it is asked for.
+  // An area light gives the same answer in every query.
   EXPECT_TRUE(query.Illuminate(1, {0, 0, 0}, color, direction));
   EXPECT_GT(direction.z, 0.99);
   EXPECT_NEAR(color.x, 4 * std::exp(-0.5), 0.01);

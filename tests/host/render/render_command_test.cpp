@@ -20,8 +20,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The scene of data/floor.json, a lit floor 300 units below the camera and fog that is missing in
-/// odd frames, and a folder for its pictures.
+/// The scene of data/floor.json (a lit floor 300 units below the camera, and fog that is missing in
+/// odd frames), and a folder for its pictures.
 class RenderCommandTest : public testing::Test {
  protected:
   int Run(const std::string& output,
@@ -66,7 +66,7 @@ TEST_F(RenderCommandTest, ExrHoldsLayersAndMetadataOfTheWindow) {
     EXPECT_EQ(header.typedAttribute<Imf::IntAttribute>("frame").value(), 0);
     EXPECT_EQ(header.typedAttribute<Imf::StringAttribute>("software").value(), "test 1.2");
     EXPECT_EQ(Imf::framesPerSecond(header).n, 24);
-    // The floor's origin lies 7 units left of the axis and 300 before the camera.
+    // The origin of the floor is 7 units left of the axis and 300 in front of the camera.
     EXPECT_EQ(Imath::V3f(0, 0, 0) * Imf::worldToCamera(header), Imath::V3f(-7, 0, 300));
     const auto type = precision == "half" ? Imf::HALF : Imf::FLOAT;
     for (const char* name : {"R", "A", "volume.G", "transmittance.B"})
@@ -100,7 +100,7 @@ TEST_F(RenderCommandTest, PngGoesThroughTheDisplayCurve) {
   EXPECT_LT(ToneMapped(3), 1);
 }
 
-TEST_F(RenderCommandTest, MissingDataIsAnErrorUnlessTheUserSaysElse) {
+TEST_F(RenderCommandTest, MissingDataIsAnErrorUnlessTheUserSaysOtherwise) {
   EXPECT_EQ(kFailed, Run("c.####.png", {{"size", "4x4"}}));
   EXPECT_EQ(Files(), (Names{"c.0000.png"}));
   ASSERT_EQ(context_.errors.size(), 1U);
@@ -113,7 +113,7 @@ TEST_F(RenderCommandTest, MissingDataIsAnErrorUnlessTheUserSaysElse) {
   EXPECT_EQ(Fog::open_phases, 0) << "every opened phase was closed";
 }
 
-TEST_F(RenderCommandTest, AnInterruptLeavesWholeFilesAndTellsPartialOnes) {
+TEST_F(RenderCommandTest, AnInterruptLeavesWholeFilesAndMarksPartialOnes) {
   for (const int interrupts : {1, 2}) {
     SCOPED_TRACE(interrupts);
     context_.interrupts = 0;
@@ -128,7 +128,7 @@ TEST_F(RenderCommandTest, AnInterruptLeavesWholeFilesAndTellsPartialOnes) {
   EXPECT_EQ(partial.header().typedAttribute<Imf::IntAttribute>("complete").value(), 0);
 }
 
-TEST_F(RenderCommandTest, BadInputIsToldBeforeAnythingIsRendered) {
+TEST_F(RenderCommandTest, BadInputIsReportedBeforeRendering) {
   std::ofstream(folder_.file("file")) << "no folder";
   const std::vector<std::array<std::string, 3>> cases = {
       {"size", "0x5", "isn't WIDTHxHEIGHT"},

@@ -1,4 +1,4 @@
-// Pictures of scenes given as text, with a post effect whose result is known.
+// Renders scenes given as text, with a post effect of known result.
 #pragma once
 
 #include <atomic>
@@ -14,7 +14,7 @@
 
 namespace host::test {
 
-/// A ball of fog round the origin: evenly dense, dark or glowing.
+/// A ball of fog around the origin, uniform, dark or glowing.
 class Fog final : public VideoPostData {
  public:
   static constexpr double kRadius = 50;
@@ -56,7 +56,7 @@ class Fog final : public VideoPostData {
   void CalcShadow(VolumeData& data) override {
     data.transparency = Vector{1, 1, 1} * Passing(data.ray);
   }
-  /// Beer and Lambert's law along the chord.
+  /// The Beer-Lambert law along the chord.
   double Passing(const VolumeRay& ray) const {
     const double b = Dot(ray.origin, ray.direction);
     const double d = b * b - Dot(ray.origin, ray.origin) + kRadius * kRadius;
@@ -76,14 +76,14 @@ class Fog final : public VideoPostData {
 
 inline SmallHost& FogHost() {
   static SmallHost* const small_host = [] {
-    auto* made = new SmallHost;  // lives as long as the documents of the tests
+    auto* made = new SmallHost;  // must outlive the documents of the tests
     Fog::Register(*made);
     return made;
   }();
   return *small_host;
 }
 
-/// The scene with these objects, at its start.
+/// The scene with these objects, opened at its first frame.
 inline std::unique_ptr<Document> Opened(const std::string& objects, const std::string& more = "") {
   auto document =
       ReadDocument("{" + more + "\"objects\": [" + objects + "]}", "/", FogHost().Classes());
@@ -117,7 +117,7 @@ struct Shot {
         static_cast<VideoPostData*>(node->GetNodeData())->Execute(*node, phase, false, session);
     return picture;
   }
-  /// The color of a picture of one pixel, with the background.
+  /// The color of a one-pixel picture, including the background.
   Vector Color(const std::string& objects, const std::string& more = "") const {
     const Pixel p = Take(objects, more).pixels.front();
     return Vector{p.color[0], p.color[1], p.color[2]} +
@@ -125,8 +125,8 @@ struct Shot {
   }
 };
 
-/// A camera that looks from a place along a direction given by heading and pitch, as narrowly as
-/// cameras may: its pixel spans 0.1 degrees, over which light may differ by kPixelSpan.
+/// A camera at a position, with heading and pitch and the smallest possible field of view: its
+/// pixel spans 0.1 degrees, over which light may differ by kPixelSpan.
 inline constexpr double kPixelSpan = 2e-4;
 inline std::string Camera(const std::string& position, const std::string& rotation) {
   return R"({"type": "camera", "position": )" + position + R"(, "rotation": )" + rotation +

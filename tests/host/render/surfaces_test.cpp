@@ -30,15 +30,15 @@ std::string Sun(double pitch, const std::string& more = "\"angle\": 0") {
 const std::string kFromAbove = Camera("[0, 40, 0]", "[0, 90, 0]");
 
 TEST(RenderSurfaces, LightFallsByTheCosineAndTheSquareOfTheDistance) {
-  const Vector clay{1.5, 0.6, 1.5};  // color of the light times that of the clay
+  const Vector clay{1.5, 0.6, 1.5};  // light color times clay color
   for (const double pitch : {90.0, 30.0, 5.0, -30.0}) {
     SCOPED_TRACE(pitch);
     const double cosine = std::max(0.0, std::sin(pitch * kPi / 180));
     ExpectColor(Shot{}.Color(Sun(pitch) + kFromAbove + Solid("plane", "clay"), kMaterials),
                 clay * cosine, 1e-6);
   }
-  // A lamp above the point (100, 0, 0), whose measure holds at 50: at 125 by the square, with a
-  // cosine of 0.6. A spot's axis is 53.13 degrees away from where the point lies.
+  // A lamp above the point (100, 0, 0) with reference distance 50: at distance 125 by the inverse
+  // square, with a cosine of 0.6. The axis of the spot is 53.13 degrees away from the point.
   for (const auto& [parameters, share] :
        {std::pair(R"("falloff": "none")", 1.0),
         {R"("falloff": "inverse_square")", 0.16},
@@ -56,7 +56,7 @@ TEST(RenderSurfaces, LightFallsByTheCosineAndTheSquareOfTheDistance) {
 
 TEST(RenderSurfaces, AnAreaLightAgreesWithItsFormFactor) {
   // A rectangle of 120 x 80 at height 100, parallel to the floor: four times the factor of a
-  // quarter seen from under its corner (J. R. Howell, A catalog of radiation heat transfer
+  // quarter seen from below its corner (J. R. Howell, A catalog of radiation heat transfer
   // configuration factors, B-3).
   const double x = 0.6, y = 0.4, rx = std::sqrt(1 + x * x), ry = std::sqrt(1 + y * y);
   const double factor = 4 / (2 * kPi) * (x / rx * std::atan(y / rx) + y / ry * std::atan(x / ry));
@@ -66,7 +66,7 @@ TEST(RenderSurfaces, AnAreaLightAgreesWithItsFormFactor) {
       R"("type": "area", "size_x": 120, "size_y": 80, "falloff": "inverse_square"}},)";
   const Vector color =
       Shot{.samples = 4096}.Color(lamp + kFromAbove + Solid("plane", "clay"), kMaterials);
-  // The places of the light differ by a fifth; three standard errors of independent samples.
+  // The samples of the light differ by a fifth; three standard errors of independent samples.
   EXPECT_NEAR(color.x, 0.5 * expected, 0.5 * expected * 3 * 0.2 / 64);
 }
 
@@ -81,7 +81,7 @@ TEST(RenderSurfaces, ShadowsAreSoftByTheSizeOfTheLight) {
   };
   const std::string soft = Sun(90, "\"angle\": 20"), none = Sun(90, R"("shadow": "none")"),
                     hard = Sun(90, R"("angle": 20, "shadow": "hard")");
-  // Light reaches under the roof's edge at x = 0 by 50 tan 10 = 8.8 units.
+  // Light reaches below the edge of the roof at x = 0 by 50 tan 10 = 8.8 units.
   double before = -0.01;
   for (const double x : {-12.0, -7.0, -4.0, -2.0, 0.0, 2.0, 4.0, 7.0, 12.0}) {
     const double share = at(x, soft);
@@ -104,15 +104,15 @@ TEST(RenderSurfaces, MirrorsGlassAndFoilTreatTheBackgroundAsTheyShould) {
   ExpectColor(seen(Solid("plane", "foil"), 64), Times(background, {0.5, 0.25, 1}), 1e-6);
   ExpectColor(seen(Solid("sphere", "glass", R"("position": [0, -120, 0], )"), 16), background,
               1e-6);
-  // A rough mirror of width 0.25 seen head-on: facets tilted by t, tan2 t = 0.0625 u / (1 - u) for
-  // u evenly from 0 to 1, send light out at 2 t, less what their neighbors hide.
+  // A rough mirror of width 0.25 seen head-on. Facets tilted by t, with tan2 t = 0.0625 u / (1 - u)
+  // for u uniform in [0, 1], reflect light at 2 t, minus masking.
   double whole = 0;
   for (int i = 0; i < 10000; ++i) {
     const double u = (i + 0.5) * 1e-4, out = 2 * std::atan(0.25 * std::sqrt(u / (1 - u)));
     if (out < kPi / 2) whole += 2e-4 / (1 + std::sqrt(1 + std::pow(0.25 * std::tan(out), 2)));
   }
   EXPECT_NEAR(seen(Solid("plane", "dull"), 4096).y, 0.5 * whole, 1e-3);
-  // Under the foil, light comes in its color.
+  // Below the foil, light has its color.
   const std::string foil = Solid("plane", "foil", R"("position": [0, 80, 0], )");
   ExpectColor(Shot{}.Color(Sun(90) + kFromAbove + foil + "," + Solid("plane", "clay"), kMaterials),
               Times({1.5, 0.6, 1.5}, {0.5, 0.25, 1}), 1e-6);
@@ -135,8 +135,8 @@ TEST(RenderSurfaces, LightsAndRaysPassByWhatIsExcluded) {
   ExpectColor(seen("\"angle\": 0", "\"seen_by_reflection\": false"), lit, 1e-6);
   ExpectColor(seen("\"angle\": 0", R"("matte": true, "matte_color": [0.1, 0.2, 0.3])"),
               {0.1, 0.2, 0.3}, 1e-6);
-  // Above the floor: planes that the camera doesn't see, with and without a shadow, a roof and the
-  // sun in a group that pictures leave out.
+  // Above the floor: planes hidden from the camera, with and without a shadow; a roof and the sun
+  // in a group hidden in renders.
   const std::string roof = R"({"type": "plane", "position": [0, 20, 0])";
   const std::string hidden = R"({"type": "null", "visible_in_render": false, "children": [)";
   std::string sun = Sun(90);
@@ -151,8 +151,8 @@ TEST(RenderSurfaces, LightsAndRaysPassByWhatIsExcluded) {
     ExpectColor(Shot{}.Color(kFromAbove + objects + R"(, {"type": "plane"})"), color, 1e-6);
 }
 
-// The shutter's further steps, and evaluations while the frame is open, put other textures in the
-// places of those that the surfaces were read with.
+// Later steps of the shutter, and evaluations while the frame is open, must not replace the
+// textures that the surfaces were read with.
 TEST(RenderSurfaces, TexturesStayThoseOfTheFrame) {
   const auto document = Opened(
       kFromAbove + Solid("plane", "picture"),
@@ -171,7 +171,7 @@ TEST(RenderSurfaces, TexturesStayThoseOfTheFrame) {
 }
 
 TEST(RenderSurfaces, LightBouncesAsOftenAsAskedFor) {
-  // In a closed ball that glows and scatters half, each bounce adds half of the one before.
+  // In a closed glowing ball with albedo 1/2, each bounce adds half of the previous one.
   const std::string inside = Camera("[0, 0, 0]", "[0, 0, 0]") + Solid("sphere", "lamp");
   for (const int bounces : {0, 1, 3}) {
     SCOPED_TRACE(bounces);
@@ -181,8 +181,8 @@ TEST(RenderSurfaces, LightBouncesAsOftenAsAskedFor) {
   }
 }
 
-TEST(RenderSurfaces, DirectionsTowardsTheGlowHaveTheDensityThatIsTold) {
-  // The density is 1 in all, and its mean direction is that of the points that are drawn.
+TEST(RenderSurfaces, DirectionsTowardsTheGlowHaveTheReportedDensity) {
+  // The density integrates to 1, and its mean direction is that of the sampled points.
   const GlowGrid grid({-30, 0, -20}, {30, 90, 20}, [](const Vector& from, int, double length) {
     return length * std::max(0.0, from.y - 40);
   });

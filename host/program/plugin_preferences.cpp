@@ -1,4 +1,4 @@
-#include "host/program/world.h"
+#include "host/program/plugin_preferences.h"
 
 #include <charconv>
 #include <filesystem>
@@ -7,13 +7,12 @@
 
 #include "host/base/document_error.h"
 #include "host/base/json_place.h"
+#include "host/base/whole_file.h"
 
 namespace host {
 namespace {
 
-namespace fs = std::filesystem;
-
-/// Bools, numbers, texts and paths; other kinds of values aren't kept.
+/// Stores bools, numbers, texts and paths. Other types are not kept.
 void Put(Json& json, std::int32_t id, const ParameterValue& value) {
   const std::string key = std::to_string(id);
   if (const auto* b = std::get_if<bool>(&value)) json[key] = *b;
@@ -36,13 +35,13 @@ std::int32_t Id(const JsonPlace& json, const std::string& text) {
   std::int32_t id = 0;
   const char* const end = text.data() + text.size();
   if (std::from_chars(text.data(), end, id).ptr != end || text.empty())
-    json.Fail("\"" + text + "\" is no id");
+    json.Fail("\"" + text + "\" isn't an id");
   return id;
 }
 
 }  // namespace
 
-void World::Open(const std::string& path) {
+void PluginPreferences::Open(const std::string& path) {
   path_ = path;
   containers_.clear();
   std::ifstream file(path, std::ios::binary);
@@ -58,34 +57,35 @@ void World::Open(const std::string& path) {
       for (const auto& [id, value] : values.items()) data.Set(Id(place, id), Get(place.At(id)));
     }
   } catch (const DocumentError& error) {
-    throw DocumentError(path, std::string(error.what()) + "; mend the file or remove it");
+    throw DocumentError(path, std::string(error.what()) + "; repair the file or remove it");
   }
 }
 
-const BaseContainer* World::Find(std::int32_t id) const {
+const BaseContainer* PluginPreferences::Find(std::int32_t id) const {
   const auto found = containers_.find(id);
   return found == containers_.end() ? nullptr : &found->second;
 }
 
-bool World::Set(std::int32_t id, const BaseContainer& data) {
+bool PluginPreferences::Set(std::int32_t id, const BaseContainer& data) {
   containers_[id] = data;
   return path_.empty() || Write();
 }
 
-bool World::Write() const {
+bool PluginPreferences::Write() const {
   Json json = Json::object();
   for (const auto& [plugin, data] : containers_) {
     Json& values = json[std::to_string(plugin)] = Json::object();
     for (const auto& [id, value] : data.Values()) Put(values, id, value);
   }
-  std::error_code error;
-  fs::create_directories(fs::path(path_).parent_path(), error);
-  const std::string part = path_ + ".part";
-  std::ofstream file(part, std::ios::binary);
-  file << json.dump(2, ' ', false, Json::error_handler_t::replace) << "\n";
-  file.close();
-  if (file) fs::rename(part, path_, error);
-  return file && !error;
+  try {
+    const WholeFile file(path_);
+    file.MakeFolder();
+    file.Write(json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+    file.Commit();
+    return true;
+  } catch (const std::filesystem::filesystem_error&) {
+    return false;
+  }
 }
 
 }  // namespace host

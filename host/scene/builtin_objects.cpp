@@ -1,6 +1,6 @@
 #include "host/interface/camera.h"
 #include "host/interface/light.h"
-#include "host/scene/own_classes.h"
+#include "host/scene/builtin_classes.h"
 #include "host/scene/parameter_lines.h"
 
 namespace host {
@@ -8,27 +8,28 @@ namespace host {
 using namespace line;
 
 SceneClasses::SceneClasses() {
-  AddOwnObjects(objects);
+  AddBuiltinObjects(objects);
   AddParticleObjects(objects);
-  AddOwnTags(tags);
+  AddBuiltinTags(tags);
   AddMaterial(materials);
-  AddOwnShaders(shaders);
+  AddBuiltinShaders(shaders);
 }
 
 namespace {
 
 void AddMesh(ElementClasses& objects) {
   Add(objects, kPolygonObject, "Mesh", "mesh",
-      "Polygons from a file, or given as \"points\" and \"polygons\" beside the name",
+      "Polygons from a file, or from \"points\" and \"polygons\" in the scene",
       {Any(kMeshFile, "MESH_FILE", Filename{}, "",
-           "OBJ, PLY, STL, glTF, FBX ... file. Files are right-handed with y up: z is negated, and "
-           "the corners of each polygon are put in reverse order"),
-       Still(Real(kMeshFileScale, "MESH_FILE_SCALE", 0, 0, kLongest, "units",
-                  "Length of 1 of the file. 0: 100 for glTF, whose 1 is a meter, and 1 for all "
-                  "others")),
+           "OBJ, PLY, STL, glTF, FBX ... file. Files are right-handed with y up; the import "
+           "negates z and reverses the corners of each polygon"),
+       Still(Real(
+           kMeshFileScale, "MESH_FILE_SCALE", 0, 0, kLongest, "units",
+           "Scene units per unit of the file. 0: 100 for glTF, whose unit is a meter, and 1 for "
+           "other formats")),
        Any(kMeshFileNode, "MESH_FILE_NODE", std::string(), "",
-           "A node of the file, for its meshes in its own space, with their bones and morphs; "
-           "empty: all of the file as one")});
+           "Node of the file whose meshes to use, in its own space, with bones and morph targets; "
+           "empty: the whole file")});
 }
 
 }  // namespace
@@ -46,29 +47,29 @@ namespace {
 
 void AddLight(ElementClasses& objects) {
   Add(objects, kLightObject, "Light", "light",
-      "Shines along its z axis, or all around. Color times intensity is the picture's value of a "
-      "white surface that faces it",
+      "Shines along its z axis or in all directions. A white surface that faces it gets the value "
+      "color times intensity",
       {Cycle(LIGHT_TYPE, "LIGHT_TYPE", LIGHT_TYPE_POINT,
              {{LIGHT_TYPE_POINT, "point"},
               {LIGHT_TYPE_SPOT, "spot"},
               {LIGHT_TYPE_DIRECTIONAL, "directional"},
               {LIGHT_TYPE_AREA, "area"}},
-             "From a point, in a cone, parallel, or from a rectangle"),
+             "Shape: a point, a cone, parallel rays, or a rectangle"),
        Color(LIGHT_COLOR, "LIGHT_COLOR", {1, 1, 1}, "Color of the light, scene-linear"),
        Real(LIGHT_INTENSITY, "LIGHT_INTENSITY", 1, 0, kUnbounded, "", "Strength of the light"),
        Cycle(LIGHT_FALLOFF, "LIGHT_FALLOFF", LIGHT_FALLOFF_NONE,
              {{LIGHT_FALLOFF_NONE, "none"}, {LIGHT_FALLOFF_INVERSE_SQUARE, "inverse_square"}},
-             "How the light weakens with the distance; of no account where it is directional"),
+             "How the light weakens with distance; not used by directional lights"),
        Real(LIGHT_FALLOFF_DISTANCE, "LIGHT_FALLOFF_DISTANCE", 100, 1e-6, kLongest, "units",
-            "Where the intensity holds, if the light weakens"),
+            "Distance at which a light with falloff has its full intensity"),
        Real(LIGHT_INNER_ANGLE, "LIGHT_INNER_ANGLE", 30, 0, 180, "degrees",
-            "Opening of a spot's cone of full light"),
+            "Full angle of the inner cone of a spot, where it is fully bright"),
        Real(LIGHT_OUTER_ANGLE, "LIGHT_OUTER_ANGLE", 45, 0, 180, "degrees",
-            "Opening of the cone beyond which a spot is dark"),
+            "Full angle of the outer cone of a spot, outside of which it is dark"),
        Real(LIGHT_SIZE_X, "LIGHT_SIZE_X", 100, 0, kLongest, "units", "Width of an area light"),
        Real(LIGHT_SIZE_Y, "LIGHT_SIZE_Y", 100, 0, kLongest, "units", "Height of an area light"),
        Real(LIGHT_RADIUS, "LIGHT_RADIUS", 0, 0, kLongest, "units",
-            "Radius of the ball that a point or spot light is, for soft shadows"),
+            "Radius of a point or spot light, for soft shadows"),
        Real(LIGHT_ANGLE, "LIGHT_ANGLE", 0.53, 0, 180, "degrees",
             "Apparent diameter of a directional light, for soft shadows"),
        Cycle(
@@ -124,7 +125,7 @@ void AddPrimitives(ElementClasses& objects) {
 
 }  // namespace
 
-void AddOwnObjects(ElementClasses& objects) {
+void AddBuiltinObjects(ElementClasses& objects) {
   Add(objects, kNullObject, "Null", "null", "Groups and moves what lies under it", {});
   AddMesh(objects);
   AddLight(objects);

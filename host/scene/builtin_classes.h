@@ -1,6 +1,6 @@
-// Parameters of the host's own classes that no plug-in reads. Those that plug-ins read stand in
-// host/interface. The tables of all of them are in own_objects.cpp, own_particles.cpp and
-// own_surfaces.cpp.
+// Parameters of the built-in classes that no plug-in reads. Those that plug-ins read are in
+// host/interface. The tables are in builtin_objects.cpp, builtin_particles.cpp and
+// builtin_surfaces.cpp.
 #pragma once
 
 #include "host/scene/element_class.h"
@@ -13,7 +13,7 @@ enum MeshParameter : std::int32_t {
   kMeshFileNode = 1002,
 };
 
-/// Of all primitives; each has some of them.
+/// Each primitive has some of these.
 enum PrimitiveParameter : std::int32_t {
   kPrimitiveRadius = 1000,
   kPrimitiveTubeRadius = 1001,
@@ -56,10 +56,10 @@ enum ShaderParameter : std::int32_t {
   kShaderDirection = 1010,
 };
 
-void AddOwnObjects(ElementClasses& objects);
+void AddBuiltinObjects(ElementClasses& objects);
 void AddParticleObjects(ElementClasses& objects);
-void AddOwnTags(ElementClasses& tags);
+void AddBuiltinTags(ElementClasses& tags);
 void AddMaterial(ElementClasses& materials);
-void AddOwnShaders(ElementClasses& shaders);
+void AddBuiltinShaders(ElementClasses& shaders);
 
 }  // namespace host
