@@ -8,6 +8,7 @@
 #include "C4D/sources/solid_sampler.h"
 #include "C4D/test_document.h"
 #include "math/field_reductions.h"
+#include "simulation/simulation3d.h"
 #include "support/support.h"
 
 namespace nbx::test {

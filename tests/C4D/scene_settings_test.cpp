@@ -115,31 +115,28 @@ TEST(VolumeCache, ShowsCachedFramesAtDocumentTimes) {
   EXPECT_EQ(at(own + R"(, "frame_stride": 2)", 9), 8);
 }
 
-// What a run in a domain full of gas holds at most, beside the frame that is cached.
+// What a run in a domain full of gas holds at most, beside the frame that is cached. Vorticity
+// takes its fields when those of the advection are free again.
 TEST(Workspace, CoversWhatARunHolds) {
   for (const std::string direct : {"true", "false"})
-    for (const std::string solid : {"true", "false"})
-      for (const std::string noise : {"0", "5"}) {
-        field_pool().release_unused();
-        const std::uint64_t before = field_bytes();
-        test::SceneRun run(volume(R"("size": [30, 24, 28], "closed_x_min": true, "vorticity": 1,
-          "noise_driver": "density", "simulate_density": true, "cache_direct": )" +
-                                  direct + R"(, "noise_strength": )" + noise) +
-                           R"(, {"type": "cube", "parameters": {"size": [90, 90, 90]},
+    for (const std::string solid : {"true", "false"}) {
+      field_pool().release_unused();
+      const std::uint64_t before = field_bytes();
+      test::SceneRun run(volume(R"("size": [30, 24, 28], "closed_x_min": true, "vorticity": 1,
+          "simulate_density": true, "cache_direct": )" +
+                                direct) +
+                         R"(, {"type": "cube", "parameters": {"size": [90, 90, 90]},
           "tags": [{"type": "emitter", "parameters": {"density": 1, "temperature": 1,
                    "direction": [9, 9, 9]}}]}, {"type": "sphere", "parameters": {"radius": 4},
           "tags": [{"type": "emitter", "parameters": {"solid": )" +
-                           solid + "}}]}");
-        for (int i = 0; i < 3; ++i) run.frame();
-        ASSERT_EQ(run.sim.domain.active_box, run.sim.domain.domain_box);
-        const double held = field_bytes() - before;
-        const double told =
-            workspace_bytes(run.sim.params, run.sim.sink, {30, 24, 28}, solid == "true");
-        EXPECT_TRUE(held <= told && held > 0.65 * told) << held << " of " << told;
-        const double f = 4 * 33 * 27 * 31;
-        std::cerr << direct << solid << noise << " held " << held / f << " told " << told / f
-                  << " peak " << (field_bytes_peak() - before) / f << "\n";
-      }
+                         solid + "}}]}");
+      for (int i = 0; i < 3; ++i) run.frame();
+      ASSERT_EQ(run.sim.domain.active_box, run.sim.domain.domain_box);
+      const double held = field_bytes() - before;
+      const double told =
+          workspace_bytes(run.sim.params, run.sim.sink, {30, 24, 28}, solid == "true");
+      EXPECT_TRUE(held <= told && held > 0.65 * told) << held << " of " << told;
+    }
   EXPECT_GT(physical_memory(), resident_memory());
 }
 

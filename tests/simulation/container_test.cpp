@@ -62,6 +62,20 @@ TEST(Container, HoldsTheContentAndNothingElse) {
   EXPECT_LT(health.largest_divergence, 0.01 * 1.01);
 }
 
+TEST(Container, HoldsWhatIsPushedAndWhatTheSceneKeeps) {
+  PuffRun run;
+  run.scene.object.amounts = {};
+  run.scene.object.direction = {0, 1, 0};
+  run.start();
+  EXPECT_EQ(run.box(), (IntBox{{14, 11, 14}, {17, 14, 17}})) << "the faces with a velocity";
+  run.scene.keep = {{2, 30, 2}, {4, 33, 4}};
+  run.frames(1);
+  EXPECT_TRUE(run.box().contains({2, 30, 2}) && run.box().contains({4, 33, 4}));
+  run.scene.keep = {};
+  run.frames(1);
+  EXPECT_FALSE(run.box().contains({4, 30, 4}));
+}
+
 TEST(Container, WallsAreReachedOnlyByContent) {
   PuffRun run;
   run.floor = true;
@@ -156,6 +170,18 @@ TEST(Container, ExpansionGrowsTheBoxAndGivesItsVolume) {
   });
   const double given = 64 * 40 * boom.sim.domain.dx;
   EXPECT_NEAR(flux, given, 0.01 * given) << "the projection's tolerance is 0.01 per cell";
+
+  // It ends with its source. A run from a state gets nothing from sources before it.
+  boom.frames(1);
+  EXPECT_LT(measure_health(boom.sim).largest_divergence, 0.1);
+  SimFrame state;
+  boom.sim.fill_frame(state, boom.sim.sink.cached_channels, boom.time);
+  PuffRun loaded;
+  loaded.scene.object.amounts[kExpansion] = 40;
+  loaded.scene.frames_of_source = 1;
+  ASSERT_TRUE(loaded.sim.load_state(loaded.scene, state));
+  loaded.frames(1);
+  EXPECT_LT(measure_health(loaded.sim).largest_divergence, 0.1);
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ using Sparse = SparseField<float, 3>;
 class BoxScene : public SceneEvaluator {
  public:
   Vec3i cells{16, 16, 16};  ///< of the domain
-  IntBox source;
+  IntBox source, keep;
   int frames_of_source = 1 << 30;
   SimulationObjectParameters object;
   std::function<void(StepSettings&)> settings;
@@ -33,6 +33,7 @@ class BoxScene : public SceneEvaluator {
     return step;
   }
   void update_inputs(const RunView&, StepSources& sources, double) override {
+    sources.keep_box = box_union(sources.keep_box, keep);
     if (frames_of_source-- <= 0) return;
     Sparse weights;
     each_cell(source.size(), 0, [&](int x, int y, int z) {
