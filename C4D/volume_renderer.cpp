@@ -20,8 +20,8 @@ float srgb(float x) {
   return x <= 0.0031308f ? 12.92f * x : 1.055f * std::pow(x, 1 / 2.4f) - 0.055f;
 }
 
-// The classes of a ray; `plain` for one that is none of the others.
-std::uint32_t ray_classes(std::uint32_t type, std::uint32_t plain) {
+// The classes of a ray; `plain` if it is in none of the others.
+std::uint32_t ray_classes(const host::VolumeRay& ray, std::uint32_t plain) {
   std::uint32_t classes = 0;
   const struct {
     std::uint32_t types, bit;
@@ -33,9 +33,9 @@ std::uint32_t ray_classes(std::uint32_t type, std::uint32_t plain) {
       {host::kRayOcclusion, kOcclusionRay},
   };
   for (const auto& [types, bit] : kinds)
-    if (type & types) classes |= bit;
-  if (!classes && !(type & host::kRayNotCamera)) classes = plain;
-  return C4DLighting::in_query() ? classes | kLightQueryRay : classes;
+    if (ray.type & types) classes |= bit;
+  if (!classes && !(ray.type & host::kRayNotCamera)) classes = plain;
+  return ray.light_query ? classes | kLightQueryRay : classes;
 }
 
 class VPvolume final : public host::VideoPostData {
@@ -48,11 +48,11 @@ class VPvolume final : public host::VideoPostData {
       return host::RenderResult::Ok;
     }
     if (!open) {
-      release_frames(renderer_);
+      release_frames(volumes_);
       return host::RenderResult::Ok;
     }
     gamma_ = ParameterReader(node).flag(VPVOLUME_GAMMA);
-    return prepare_all(renderer_, &render, render.GetDocument(), node)
+    return prepare_all(volumes_, &render, render.GetDocument(), node)
                ? host::RenderResult::Ok
                : host::RenderResult::UserBreak;
   }
@@ -62,10 +62,10 @@ class VPvolume final : public host::VideoPostData {
   }
 
   void CalcVolumetric(host::VolumeData& data) override {
-    if (!renderer_.active) return;
+    if (!volumes_.renderer.active) return;
     C4DLighting lighting(data);
     RayRecord ray = record(data.ray, kCameraRay, lighting);
-    if (!traceVolumes(renderer_, ray)) return;
+    if (!traceVolumes(volumes_.renderer, ray)) return;
     if (gamma_) encode(ray);
     data.encoded = gamma_;
     data.color = {ray.radiance[0], ray.radiance[1], ray.radiance[2]};
@@ -73,10 +73,10 @@ class VPvolume final : public host::VideoPostData {
   }
 
   void CalcShadow(host::VolumeData& data) override {
-    if (!renderer_.active) return;
+    if (!volumes_.renderer.active) return;
     C4DLighting lighting(data);
     RayRecord ray = record(data.ray, kShadowRay, lighting);
-    if (!traceShadow(renderer_, ray)) return;
+    if (!traceShadow(volumes_.renderer, ray)) return;
     data.transparency = {ray.transmittance[0], ray.transmittance[1], ray.transmittance[2]};
   }
 
@@ -88,7 +88,7 @@ class VPvolume final : public host::VideoPostData {
     ray.origin = to_vector(from.origin);
     ray.direction = to_vector(from.direction);
     ray.tMax = from.surface_distance;
-    ray.mask = ray_classes(from.type, plain);
+    ray.mask = ray_classes(from, plain);
     ray.seed = from.seed;
     return ray;
   }
@@ -100,18 +100,19 @@ class VPvolume final : public host::VideoPostData {
   }
 
   host::RenderResult open_sequence(host::BaseRender& render) {
-    collect_volumes(renderer_, render.GetDocument().GetFirstObject());
-    return admit_simulations(renderer_, render) ? host::RenderResult::Ok
-                                                : host::RenderResult::Failed;
+    collect_volumes(volumes_, render.GetDocument().GetFirstObject());
+    return admit_simulations(volumes_.hosted, render) ? host::RenderResult::Ok
+                                                      : host::RenderResult::Failed;
   }
 
   void close_sequence(host::BaseRender& render) {
-    end_simulations(renderer_, render);
-    renderer_.volumes.clear();
+    end_simulations(volumes_.hosted, render);
+    volumes_.hosted.clear();
+    volumes_.renderer.volumes.clear();
     field_pool().release_unused();
   }
 
-  VolumeRenderer renderer_;
+  RenderVolumes volumes_;
   bool gamma_ = true;
 };
 

@@ -30,10 +30,8 @@ void light_sweep(benchmark::State& state) {
 class Lamp final : public Lighting {
  public:
   int lightCount() override { return 1; }
-  int lightFlag(int) override { return 0; }
   Vec3d lightPosition(int) override { return {0, 0, 0}; }
-  Color lightColor(int) override { return {1, 1, 1}; }
-  bool illuminate(int, const RenderVolume&, const Vec3d&, Color& color, Vec3d&) override {
+  bool illuminate(int, const RenderVolume&, const Vec3d&, Color& color, Vec3d&, int) override {
     color = {1, 1, 1};
     return true;
   }

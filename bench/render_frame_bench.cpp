@@ -20,11 +20,9 @@ class Sun final : public Lighting {
  public:
   explicit Sun(const VolumeRenderer& renderer) : renderer_(renderer) {}
   int lightCount() override { return 1; }
-  int lightFlag(int) override { return 0; }
   Vec3d lightPosition(int) override { return {0, 1e9, 0}; }
-  Color lightColor(int) override { return {1, 1, 1}; }
-  bool illuminate(int, const RenderVolume&, const Vec3d& point, Color& color,
-                  Vec3d& direction) override {
+  bool illuminate(int, const RenderVolume&, const Vec3d& point, Color& color, Vec3d& direction,
+                  int) override {
     RayRecord ray;
     ray.origin = point;
     ray.direction = direction = {0, 1, 0};

@@ -1,4 +1,4 @@
-// The lights of the host's renderer, as volumes ask for them.
+// The lights of the host's renderer, as volumes see them.
 #pragma once
 
 #include "host/interface/video_post.h"
@@ -6,27 +6,20 @@
 
 namespace nbx {
 
-/// Serves HostVolumes.
 class C4DLighting final : public Lighting {
  public:
-  /// As the thread of a ray sees the lights.
+  /// For the ray of one thread.
   explicit C4DLighting(host::VolumeData& data) : data_(&data) {}
-  /// For preparations: each thread of an OpenMP team has a context of its own.
+  /// For LightField::prepare, in which each thread of the team uses its own context of the render.
   explicit C4DLighting(host::BaseRender& render) : render_(&render) {}
 
   int lightCount() override;
-  int lightFlag(int index) override;
   Vec3d lightPosition(int index) override;
-  Color lightColor(int index) override;
   bool illuminate(int index, const RenderVolume& volume, const Vec3d& point, Color& color,
-                  Vec3d& direction) override;
-
-  /// True while the calling thread asks for a volume's light: rays that it casts then are
-  /// kLightQueryRay.
-  static bool in_query();
+                  Vec3d& direction, int thread) override;
 
  private:
-  host::VolumeData& context();
+  host::VolumeData& context(int thread);
 
   host::VolumeData* data_ = nullptr;
   host::BaseRender* render_ = nullptr;

@@ -1,8 +1,7 @@
-// A volume of a render with what belongs to it on the host's side.
+// The host's side of a volume in a render.
 #pragma once
 
 #include <memory>
-#include <vector>
 
 #include "C4D/rendering/frame_placement.h"
 #include "C4D/run/simulation_thread.h"
@@ -33,16 +32,16 @@ struct RenderSimulation {
   SimulationThread run;
 };
 
-/// What the post effect puts into VolumeRenderer::volumes.
-struct HostVolume final : RenderVolume {
-  host::BaseObject* object = nullptr;
+struct HostVolume {
+  explicit HostVolume(host::BaseObject& from) : object(&from) {}
+
+  host::BaseObject* object;
+  /// The same volume as the ray marcher sees it.
+  std::shared_ptr<RenderVolume> traced = std::make_shared<RenderVolume>();
   FramePlacement placement;
   SlotHandle frame;                              // held while the render's frame is open
-  std::vector<bool> excludedBy;                  // by light: it doesn't shine on this volume
   bool simulates = false;                        // in this sequence; off once a run has failed
   std::unique_ptr<RenderSimulation> simulation;  // from its first frame to the sequence's end
 };
-
-inline HostVolume& host_volume(RenderVolume& volume) { return static_cast<HostVolume&>(volume); }
 
 }  // namespace nbx

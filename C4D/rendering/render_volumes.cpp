@@ -6,7 +6,6 @@
 #include "C4D/parameters/post_effect_parameters.h"
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/rendering/c4d_lighting.h"
-#include "C4D/rendering/host_volume.h"
 #include "C4D/rendering/simulate_on_render.h"
 #include "C4D/services/host_conversion.h"
 #include "C4D/services/load_string.h"
@@ -36,7 +35,7 @@ void report_missing(const HostVolume& volume, int frame, const std::shared_ptr<B
         " has no cache: simulate it, and choose the cache with --cache or cache_name");
 }
 
-// Says which channels the frame lacks, so that an empty picture explains itself.
+// Reports channels that the frame doesn't contain, to explain an empty picture.
 void warn_of_channels(const HostVolume& volume, const VolumeParams& params, int frame,
                       host::BaseRender& render) {
   const auto missing = [&](const ShaderParams& shader, bool on, const char* what) {
@@ -44,20 +43,20 @@ void warn_of_channels(const HostVolume& volume, const VolumeParams& params, int 
       render.Warning(place(volume, frame) + " holds no " + grid_type_name(shader.channel) +
                      ", so there is no " + what);
   };
-  missing(params.smoke, volume.smoke.on, "smoke");
-  missing(params.fire, volume.fire.on, "fire");
+  missing(params.smoke, volume.traced->smoke.on, "smoke");
+  missing(params.fire, volume.traced->fire.on, "fire");
 }
 
-// Asked once a frame, since a light's list may be long.
+// Read once per frame, since the exclusion list of a light may be long.
 void read_light_exclusions(HostVolume& volume, host::BaseRender& render) {
   const host::VolumeData& lights = render.GetVolumeData(0);
-  volume.excludedBy.clear();
+  std::vector<bool>& excluded = volume.traced->excluded_lights;
+  excluded.clear();
   for (std::int32_t n = 0; n < lights.GetLightCount(); ++n)
-    volume.excludedBy.push_back(!lights.GetLight(n).Reaches(volume.object));
+    excluded.push_back(!lights.GetLight(n).Reaches(volume.object));
 }
 
-void prepare_volume(HostVolume& volume, host::BaseRender* render,
-                    const host::BaseDocument& document) {
+void prepare(HostVolume& volume, host::BaseRender* render, const host::BaseDocument& document) {
   const host::BaseTime now = document.GetTime();
   VolumeParams params = shading_params(*volume.object);
   if (!wants_frame(params)) return;
@@ -75,14 +74,15 @@ void prepare_volume(HostVolume& volume, host::BaseRender* render,
   params.world_to_object = inverse(to_affine(volume.object->GetMg()));
   params.object_to_cell =
       volume.placement.object_to_cells(*volume.object, *volume.frame, cache->directory());
-  nbx::prepare_volume(volume, *volume.frame, params);
-  read_compositing(volume, *volume.object);
+  RenderVolume& traced = *volume.traced;
+  prepare_volume(traced, *volume.frame, params);
+  read_compositing(traced, *volume.object);
   if (render) warn_of_channels(volume, params, number, *render);
 
-  volume.light_field.reset();
-  if (!volume.smoke.on || !render) return;
+  traced.light_field.reset();
+  if (!traced.smoke.on || !render) return;
   read_light_exclusions(volume, *render);
-  volume.light_field = make_light_field(*volume.object, to_vector(render->GetCameraPosition()));
+  traced.light_field = make_light_field(*volume.object, to_vector(render->GetCameraPosition()));
 }
 
 bool prepare_light(HostVolume& volume, host::BaseRender& render) {
@@ -94,46 +94,47 @@ bool prepare_light(HostVolume& volume, host::BaseRender& render) {
     return render.TestBreak();
   };
   C4DLighting lighting(render);
-  return volume.light_field->prepare(lighting, volume, render.GetThreadCount(), progress);
+  return volume.traced->light_field->prepare(lighting, *volume.traced, render.GetThreadCount(),
+                                             progress);
 }
 
 }  // namespace
 
-void collect_volumes(VolumeRenderer& renderer, host::BaseObject* first) {
+void collect_volumes(RenderVolumes& volumes, host::BaseObject* first) {
   for (host::BaseObject* object = first; object; object = object->GetNext()) {
     if (!object->GetDeformMode()) continue;
     if (object->GetType() == kVolumeObject && host::IsVisibleInRender(*object)) {
-      auto volume = std::make_shared<HostVolume>();
-      volume->object = object;
-      renderer.volumes.push_back(std::move(volume));
+      const HostVolume& added = volumes.hosted.emplace_back(*object);
+      volumes.renderer.volumes.push_back(added.traced);
     }
-    collect_volumes(renderer, object->GetDown());
+    collect_volumes(volumes, object->GetDown());
   }
 }
 
-bool prepare_all(VolumeRenderer& renderer, host::BaseRender* render,
+bool prepare_all(RenderVolumes& volumes, host::BaseRender* render,
                  const host::BaseDocument& document, const host::BaseVideoPost& node) {
-  if (render && !simulate_up_to_frame(renderer, *render)) return false;
+  if (render && !simulate_up_to_frame(volumes.hosted, *render)) return false;
   if (render) render->SetStatusText(load_string(10077));
+  VolumeRenderer& renderer = volumes.renderer;
   renderer.active = false;
-  for (const auto& volume : renderer.volumes) {
-    prepare_volume(host_volume(*volume), render, document);
-    renderer.active = renderer.active || (volume->ready && volume->shows());
+  for (HostVolume& volume : volumes.hosted) {
+    prepare(volume, render, document);
+    renderer.active = renderer.active || (volume.traced->ready && volume.traced->shows());
     if (render && render->TestBreak()) return false;
   }
   const ParameterReader data(node);
   renderer.adaptive = data.flag(VPVOLUME_ADAPTIVE);
-  renderer.adaptiveThreshold = static_cast<float>(data.real(VPVOLUME_ADAPTIVE_THRESHOLD));
+  renderer.adaptiveThreshold = data.real(VPVOLUME_ADAPTIVE_THRESHOLD);
   if (!renderer.active || !render) return true;
-  for (const auto& volume : renderer.volumes)
-    if (volume->light_field && !prepare_light(host_volume(*volume), *render)) return false;
+  for (HostVolume& volume : volumes.hosted)
+    if (volume.traced->light_field && !prepare_light(volume, *render)) return false;
   return true;
 }
 
-void release_frames(VolumeRenderer& renderer) {
-  for (auto volume = renderer.volumes.rbegin(); volume != renderer.volumes.rend(); ++volume) {
-    (*volume)->release_frame();
-    host_volume(**volume).frame.release();
+void release_frames(RenderVolumes& volumes) {
+  for (auto volume = volumes.hosted.rbegin(); volume != volumes.hosted.rend(); ++volume) {
+    volume->traced->release_frame();
+    volume->frame.release();
   }
 }
 

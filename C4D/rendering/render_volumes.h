@@ -2,23 +2,31 @@
 // cached frame of the document's time.
 #pragma once
 
+#include <vector>
+
+#include "C4D/rendering/host_volume.h"
 #include "host/interface/video_post.h"
 #include "render/volume_renderer.h"
 
 namespace nbx {
 
-/// All volume objects that pictures show, in the order of the tree.
-void collect_volumes(VolumeRenderer& renderer, host::BaseObject* first);
+/// The volumes of a render, in the order of the tree: for the ray marcher, and for the host.
+struct RenderVolumes {
+  VolumeRenderer renderer;
+  std::vector<HostVolume> hosted;
+};
 
-/// Brings every volume to the document's time: first the runs of those that simulate, then frames
-/// and fields, then the light, which shines through all of them. `render` is null in previews,
-/// which neither simulate nor have light. False if the user broke it off.
-/// A frame that isn't there is told to the render, and its volume shows nothing. Throws
-/// std::bad_alloc.
-[[nodiscard]] bool prepare_all(VolumeRenderer& renderer, host::BaseRender* render,
+/// Adds all volume objects that are visible in pictures.
+void collect_volumes(RenderVolumes& volumes, host::BaseObject* first);
+
+/// Prepares every volume for the document's time: first the simulations that run with the render,
+/// then frames and fields, then the light, which all volumes may shadow. `render` is null in
+/// previews, which have neither simulation nor light. False if the user canceled.
+/// A missing frame is reported to the render, and its volume shows nothing. Throws std::bad_alloc.
+[[nodiscard]] bool prepare_all(RenderVolumes& volumes, host::BaseRender* render,
                                const host::BaseDocument& document, const host::BaseVideoPost& node);
 
-/// Lets frames and fields go.
-void release_frames(VolumeRenderer& renderer);
+/// Releases frames and fields.
+void release_frames(RenderVolumes& volumes);
 
 }  // namespace nbx

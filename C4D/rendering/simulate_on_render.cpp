@@ -5,7 +5,6 @@
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/parameters/volume_shading_parameters.h"
-#include "C4D/rendering/host_volume.h"
 #include "C4D/run/run_checks.h"
 #include "C4D/run/run_failure.h"
 #include "C4D/services/load_string.h"
@@ -136,19 +135,18 @@ void step_to(HostVolume& volume, std::int64_t frame, host::BaseRender& render) {
 
 }  // namespace
 
-bool admit_simulations(VolumeRenderer& renderer, host::BaseRender& render) {
-  for (const auto& volume : renderer.volumes)
-    if (!admit(host_volume(*volume), render)) return false;
+bool admit_simulations(std::span<HostVolume> volumes, host::BaseRender& render) {
+  for (HostVolume& volume : volumes)
+    if (!admit(volume, render)) return false;
   return true;
 }
 
-bool simulate_up_to_frame(VolumeRenderer& renderer, host::BaseRender& render) {
+bool simulate_up_to_frame(std::span<HostVolume> volumes, host::BaseRender& render) {
   host::BaseDocument& document = render.GetDocument();
   const host::BaseTime now = document.GetTime();
   const std::int64_t frame = now.GetFrame(document.GetFps());
   bool moved = false;  // a run has taken the document to another time
-  for (const auto& each : renderer.volumes) {
-    HostVolume& volume = host_volume(*each);
+  for (HostVolume& volume : volumes) {
     if (!volume.simulates || !frames_of(*volume.object).contains(frame)) continue;
     moved = true;
     if (volume.simulation || begin(volume, render)) step_to(volume, frame, render);
@@ -160,9 +158,8 @@ bool simulate_up_to_frame(VolumeRenderer& renderer, host::BaseRender& render) {
   return true;
 }
 
-void end_simulations(VolumeRenderer& renderer, host::BaseRender& render) {
-  for (const auto& each : renderer.volumes) {
-    HostVolume& volume = host_volume(*each);
+void end_simulations(std::span<HostVolume> volumes, host::BaseRender& render) {
+  for (HostVolume& volume : volumes) {
     if (!volume.simulation) continue;
     const std::string failure = end(volume);
     if (!failure.empty()) render.Warning(subject(volume) + "the run failed: " + failure);

@@ -51,6 +51,7 @@ struct VolumeRay {
   /// Where to start random numbers: differs from ray to ray, and is the same for any number of
   /// threads.
   std::uint64_t seed = 0;
+  bool light_query = false;  ///< cast by VolumeData::Illuminate
 };
 
 /// A light, as it is at the frame.

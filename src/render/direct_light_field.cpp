@@ -20,7 +20,7 @@ double phase(const Vec3d& to_light, const Vec3d& ray, double g) {
 }
 
 void add_scaled(Color& sum, const Color& color, double share) {
-  for (std::size_t c = 0; c < 3; ++c) sum[c] += color[c] * static_cast<float>(share);
+  for (int c = 0; c < 3; ++c) sum[c] += color[c] * float(share);
 }
 
 Vec3d direction_from(const Vec3d& start, const Vec3d& end) {
@@ -29,9 +29,9 @@ Vec3d direction_from(const Vec3d& start, const Vec3d& end) {
   return length > 0 ? way * (1 / length) : Vec3d();
 }
 
-// Cells are written by any thread that misses them. All that compute one store the same value, and
-// the third part last, by which readers know that the cell is whole.
-bool whole(float* cell, Color& value) {
+// Any thread that finds a cell empty computes it. Several threads may do so at once; they all store
+// the same value. The third component is stored last and tells readers that the cell is complete.
+bool load_cell(float* cell, Color& value) {
   value[2] = std::atomic_ref(cell[2]).load(std::memory_order_acquire);
   if (value[2] < 0) return false;
   value[0] = std::atomic_ref(cell[0]).load(std::memory_order_relaxed);
@@ -39,7 +39,7 @@ bool whole(float* cell, Color& value) {
   return true;
 }
 
-void keep(float* cell, const Color& value) {
+void store_cell(float* cell, const Color& value) {
   std::atomic_ref(cell[0]).store(value[0], std::memory_order_relaxed);
   std::atomic_ref(cell[1]).store(value[1], std::memory_order_relaxed);
   std::atomic_ref(cell[2]).store(value[2], std::memory_order_release);
@@ -70,7 +70,7 @@ void DirectLightField::query(Colors& light, Lighting& lighting, const RayRecord&
   for (int i = 0; i < points.n; ++i) {
     const Vec3d point{points.x[i], points.y[i], points.z[i]};
     const Color color = query_at(lighting, ray, point);
-    for (std::size_t c = 0; c < 3; ++c) light.c[c][i] = color[c];
+    for (int c = 0; c < 3; ++c) light.c[c][i] = color[c];
   }
 }
 
@@ -80,12 +80,12 @@ Color DirectLightField::query_at(Lighting& lighting, const RayRecord& ray, const
   switch (params_.mode) {
     case LightCache::kLinear:
     case LightCache::kCubic:
-      return cached(0, lighting, cell);
+      return cached(0, lighting, ray.thread, cell);
     case LightCache::kPerLight: {
       const Vec3d world = volume_->voxelToWorld(point);
       for (std::size_t n = 0; n < caches_.size(); ++n) {
-        const Color color = cached(n, lighting, cell);
-        const Vec3d place = lighting.lightPosition(static_cast<int>(n));
+        const Color color = cached(n, lighting, ray.thread, cell);
+        const Vec3d place = lighting.lightPosition(n);
         add_scaled(sum, color,
                    phase(direction_from(world, place), ray.direction, params_.anisotropy));
       }
@@ -98,23 +98,24 @@ Color DirectLightField::query_at(Lighting& lighting, const RayRecord& ray, const
   for (int n = 0; n < lighting.lightCount(); ++n) {
     Color color{0, 0, 0};
     Vec3d direction;
-    if (lighting.illuminate(n, *volume_, world, color, direction))
+    if (lighting.illuminate(n, *volume_, world, color, direction, ray.thread))
       add_scaled(sum, color, phase(direction, ray.direction, params_.anisotropy));
   }
   lighting.finish(sum);
   return sum;
 }
 
-Color DirectLightField::cached(std::size_t cache, Lighting& lighting, const Vec3d& cell) {
+Color DirectLightField::cached(std::size_t cache, Lighting& lighting, int thread,
+                               const Vec3d& cell) {
   Field3& grid = caches_[cache];
   const auto corner = [&](int i, int j, int k) {
     float* at = grid.cell(grid.index(i, j, k));
     Color value;
-    if (!whole(at, value)) {
+    if (!load_cell(at, value)) {
       const double voxels = 1 / params_.gridScale;
-      value =
-          cell_light(cache, lighting, volume_->voxelToWorld({i * voxels, j * voxels, k * voxels}));
-      keep(at, value);
+      value = cell_light(cache, lighting, thread,
+                         volume_->voxelToWorld({i * voxels, j * voxels, k * voxels}));
+      store_cell(at, value);
     }
     return value;
   };
@@ -123,16 +124,17 @@ Color DirectLightField::cached(std::size_t cache, Lighting& lighting, const Vec3
   return cubic_light(cell, grid.dims, corner, linear);
 }
 
-Color DirectLightField::cell_light(std::size_t cache, Lighting& lighting, const Vec3d& world) {
+Color DirectLightField::cell_light(std::size_t cache, Lighting& lighting, int thread,
+                                   const Vec3d& world) {
   Color sum{0, 0, 0};
   const bool one_light = params_.mode == LightCache::kPerLight;
-  const int first = one_light ? static_cast<int>(cache) : 0;
+  const int first = one_light ? cache : 0;
   const int end = one_light ? first + 1 : lighting.lightCount();
   const Vec3d sight = direction_from(params_.eye, world);
   for (int n = first; n < end; ++n) {
     Color color{0, 0, 0};
     Vec3d direction;
-    if (!lighting.illuminate(n, *volume_, world, color, direction)) continue;
+    if (!lighting.illuminate(n, *volume_, world, color, direction, thread)) continue;
     add_scaled(sum, color, one_light ? 1 : phase(direction, sight, params_.anisotropy));
   }
   lighting.finish(sum);

@@ -1,12 +1,12 @@
-// Light that reaches a volume straight from the lights, with their shadows: computed where rays
-// come by and kept in a grid.
+// Light that reaches a volume directly from the lights, with their shadows. It is computed where
+// rays pass and cached in a grid.
 //
 // A light of color C from direction l adds to a ray of direction r
 //
 //     C (1 - g^2) / (1 - g l.r)^2
 //
-// the shape of L. G. Henyey and J. L. Greenstein, "Diffuse radiation in the galaxy" (Astrophysical
-// Journal 93, 1941), with exponent 2 and without a constant.
+// This is the phase function of L. G. Henyey and J. L. Greenstein, "Diffuse radiation in the
+// galaxy" (Astrophysical Journal 93, 1941), but with exponent 2 and without its constant.
 #pragma once
 
 #include <vector>
@@ -16,21 +16,21 @@
 
 namespace nbx {
 
-/// Where light is kept.
+/// Where light is cached.
 enum class LightCache {
   kLinear = 1,    ///< one grid, looked up trilinearly
   kCubic = 2,     ///< one grid, by cubic B-splines
-  kPerLight = 3,  ///< one grid a light; the phase term is that of each sample's own ray
-  kNone = 4,      ///< lights are asked at every sample
+  kPerLight = 3,  ///< one grid per light; each sample uses the phase term of its own ray
+  kNone = 4,      ///< not at all: lights are evaluated at every sample
 };
 
 struct DirectLightParams {
   LightCache mode = LightCache::kLinear;
   double gridScale = 1;   // cells per voxel, above 0
   double anisotropy = 0;  // g, within (-1, 1)
-  /// The camera, in world space. A cell of the modes with one grid holds the phase term of the
-  /// line of sight from here: with that of whichever ray came first, pictures would depend on the
-  /// order of rays.
+  /// The camera, in world space. In the modes with one grid, a cell contains the phase term for the
+  /// line of sight from here. The phase term of the first ray that needs the cell would make
+  /// pictures depend on the order of rays.
   Vec3d eye = {};
 };
 
@@ -46,12 +46,12 @@ class DirectLightField final : public LightField {
 
  private:
   Color query_at(Lighting& lighting, const RayRecord& ray, const Vec3d& point);
-  Color cached(std::size_t cache, Lighting& lighting, const Vec3d& cell);
-  Color cell_light(std::size_t cache, Lighting& lighting, const Vec3d& world);
+  Color cached(std::size_t cache, Lighting& lighting, int thread, const Vec3d& cell);
+  Color cell_light(std::size_t cache, Lighting& lighting, int thread, const Vec3d& world);
 
   DirectLightParams params_;
   const RenderVolume* volume_ = nullptr;
-  std::vector<Field3> caches_;  // a cell of (-1, -1, -1) isn't computed yet
+  std::vector<Field3> caches_;  // a cell of (-1, -1, -1) is not computed yet
 };
 
 }  // namespace nbx

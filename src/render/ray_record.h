@@ -1,4 +1,4 @@
-// One ray through the volumes of a render: what the caller asks and what the marcher answers.
+// One ray through the volumes of a render: the query of the caller and the result of the marcher.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@ namespace nbx {
 
 class Lighting;
 
-/// Classes of rays, as bits of RayRecord::mask and of the masks by which a volume hides from them.
+/// Classes of rays, as bits of RayRecord::mask and of the masks that hide a volume from rays.
 enum RayClass : std::uint32_t {
   kCameraRay = 1,
   kShadowRay = 2,
@@ -20,22 +20,21 @@ enum RayClass : std::uint32_t {
   kRefractionRay = 16,
   kIndirectRay = 32,
   kOcclusionRay = 64,
-  /// Cast while a volume asks for its light: volumes answer by `innerExcludeMask`.
+  /// Cast to compute the light in a volume: `innerExcludeMask` applies.
   kLightQueryRay = 128,
 };
 
-/// Lives on the stack of the call that casts the ray. World space is the one that
-/// RenderVolume::worldToVoxel starts from.
+/// Lives on the stack of the caller. World space is the source of RenderVolume::worldToVoxel.
 struct RayRecord {
   int thread = 0;                // of the render, from 0
-  Lighting* lighting = nullptr;  // as this thread sees the lights; null: light fields aren't asked
+  Lighting* lighting = nullptr;  // the lights, for this thread; null: light fields are ignored
   Vec3d origin, direction;       // direction of unit length
-  double tMin = 0, tMax = std::numeric_limits<double>::infinity();  // the part that counts
+  double tMin = 0, tMax = std::numeric_limits<double>::infinity();  // the part to trace
   std::uint32_t mask = 0;
-  std::uint64_t seed = 0;  // differs from ray to ray, and not with the number of threads
+  std::uint64_t seed = 0;  // differs between rays, but not with the number of threads
 
-  Color radiance{0, 0, 0};       // light added, dimmed on its way to the origin
-  Color transmittance{1, 1, 1};  // share that passes from end to end
+  Color radiance{0, 0, 0};       // light that arrives at the origin
+  Color transmittance{1, 1, 1};  // share of light that passes from end to end
 };
 
 }  // namespace nbx

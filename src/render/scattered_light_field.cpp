@@ -15,8 +15,8 @@ namespace nbx {
 
 namespace {
 
-constexpr float kDark = 0.01f;      // light below which no further sweep is made
-constexpr int kUnitsPerSweep = 60;  // of the progress: ten a face
+constexpr float kDark = 0.01f;      // no further sweep once all light is below this
+constexpr int kUnitsPerSweep = 60;  // of progress, ten per face
 
 float infnorm(const Field3& f) {
   float largest = 0;
@@ -46,8 +46,7 @@ bool ScatteredLightField::prepare(Lighting& lighting, const RenderVolume& volume
   total_ = Field3(dims, 0);
   Field3 source(dims, 0);
   const RenderVolume still = bake_displacement(volume);
-  if (!initial_light(total_, source, still, volume, lighting, params_, threads, progress))
-    return false;
+  if (!initial_light(total_, source, still, lighting, params_, threads, progress)) return false;
   const SweepMedium medium = scatter_medium(still, dims, params_, threads);
 
   const auto& axes = volume.worldToVoxel.rows;
@@ -79,7 +78,7 @@ bool ScatteredLightField::iterate(Field3& source, const SweepMedium& medium, dou
     };
     if (!grid.sweep(gathered, source, medium, threadCount, slab_done)) return false;
     std::swap(source, gathered);
-    scale_and_add(source, total_, static_cast<float>(grid.gather_factor()));
+    scale_and_add(source, total_, grid.gather_factor());
     if (infnorm(source) < kDark) break;
   }
   const bool canceled = progress(units, units, 2, 2);
@@ -104,7 +103,7 @@ void ScatteredLightField::query(Colors& light, Lighting&, const RayRecord&, cons
     } else {
       color = linear(cell);
     }
-    for (std::size_t c = 0; c < 3; ++c) light.c[c][n] = color[c];
+    for (int c = 0; c < 3; ++c) light.c[c][n] = color[c];
   }
 }
 

@@ -1,6 +1,7 @@
-// Light that was scattered in the gas, any number of times: solved before the first ray, as a
-// source iteration over sweeps of ray bundles (sweep_grid.h). Each sweep catches a share of the
-// light that the one before sent out, until little is left. The result is the same from all sides.
+// Light that the gas scatters any number of times. It is solved before the first ray, by a source
+// iteration over sweeps of ray bundles (sweep_grid.h). Each sweep catches a share of the light that
+// the sweep before sent out, until little is left. The result does not depend on the direction of
+// view.
 #pragma once
 
 #include "render/light/sweep_grid.h"
@@ -10,7 +11,7 @@
 namespace nbx {
 
 struct ScatteredLightParams {
-  bool cubic = false;    // look up by cubic B-splines, else trilinearly
+  bool cubic = false;    // look-up by cubic B-splines, otherwise trilinear
   double gridScale = 1;  // cells per voxel, above 0
   int maxSweeps = 1;     // at least 1
   int directions = 3;    // per side of a face, at least 1
@@ -21,8 +22,7 @@ class ScatteredLightField final : public LightField {
  public:
   explicit ScatteredLightField(const ScatteredLightParams& params) : params_(params) {}
 
-  /// Asks the lights from `threadCount` threads at once; the lighting must tell them apart by
-  /// omp_get_thread_num().
+  /// Evaluates the lights in a team of `threadCount` threads; below 1 means all.
   [[nodiscard]] bool prepare(Lighting& lighting, const RenderVolume& volume, int threadCount,
                              const ProgressCallback& progress) override;
   void query(Colors& light, Lighting& lighting, const RayRecord& ray,

@@ -10,9 +10,9 @@ namespace nbx {
 
 namespace {
 
-// Moves points along the curl of the shader's noise. Noise stays with the gas where coordinates
-// traveled with it, else in the domain while the container moves, and fades where the flow
-// doesn't turn.
+// Moves points along the curl of the shader's noise. The noise follows the gas if the frame has
+// advected coordinates. Otherwise it stays in place in the domain, even while the container moves,
+// and fades where the flow doesn't turn.
 void displace_by_noise(Points& q, const RenderVolume& volume, const DetailNoise& noise) {
   const AdvectedCoords& coords = volume.advectedCoords;
   Points c = q;
@@ -42,32 +42,46 @@ void displace_by_noise(Points& q, const RenderVolume& volume, const DetailNoise&
   }
 }
 
-bool displaces(const RenderVolume& volume, const VolumeShader& shader) {
-  return (shader.displace != 0 && volume.has_velocity()) || shader.noise.on();
+void evaluate_curve(float* out, const RationalSpline& curve, const float* v, int n) {
+  spline_kernels().evaluate(out, v, n, curve.table());
 }
 
-// Calls body(q) with the shader's own points.
-template <class Body>
-void at_shader_points(const RenderVolume& volume, const VolumeShader& shader, const Points& points,
-                      Body body) {
-  if (!displaces(volume, shader)) return body(points);
-  Points q;
-  displace(q, volume, shader, points);
-  body(q);
-}
+// c and b of one shader.
+struct ShaderValues {
+  alignas(64) float color[kBlock], density[kBlock];
+};
 
-// b for shadows.
-void plain_density(float* b, const RenderVolume& volume, const VolumeShader& shader,
-                   const Points& points) {
-  at_shader_points(volume, shader, points, [&](const Points& q) {
+void look_up(ShaderValues& out, const VolumeShader& shader, const Points& points, bool linear,
+             bool colors) {
+  const auto values = [&](float* result, const ChannelSampler& sampler,
+                          const RationalSpline& curve) {
     alignas(64) float v[kBlock];
-    shader.extinction_sampler().sample_linear(v, q);
-    evaluate_curve(b, shader.extinction_curve(), v, q.n);
-  });
+    linear ? sampler.sample_linear(v, points) : sampler.sample(v, points);
+    evaluate_curve(result, curve, v, points.n);
+  };
+  values(out.density, shader.extinction_sampler(), shader.extinction_curve());
+  if (!colors) return;
+  if (shader.density_sampler)
+    values(out.color, shader.color_sampler, shader.color_curve);
+  else
+    std::copy_n(out.density, points.n, out.color);
 }
 
-// Multiplies the color of points that have any by their light. The others aren't asked: light may
-// be costly there, and nobody sees it.
+void look_up(ShaderValues& out, const RenderVolume& volume, const VolumeShader& shader,
+             const Points& points, bool linear, const ShaderLookup& how) {
+  const bool moves = (shader.displace != 0 && volume.has_velocity()) || shader.noise.on();
+  if (!how.displaced || !moves) return look_up(out, shader, points, linear, how.colors);
+  Points moved;
+  displace(moved, volume, shader, points);
+  look_up(out, shader, moved, linear, how.colors);
+}
+
+void clear(Colors& colors) {
+  for (auto& channel : colors.c) std::fill_n(channel, kBlock, 0.0f);
+}
+
+// Multiplies colors by the light at their points. Black points stay black, so they don't query the
+// light, which may be expensive.
 void light_up(Colors& color, LightField& field, const RayRecord& ray, const Points& points) {
   Points lit;
   int from[kBlock];
@@ -86,14 +100,7 @@ void light_up(Colors& color, LightField& field, const RayRecord& ray, const Poin
     for (int i = 0; i < lit.n; ++i) color.c[c][from[i]] *= light.c[c][i];
 }
 
-// The share of the smoke that fire of density b leaves.
-float mask_of(float b, float scale) { return std::min(std::max(1 - b * scale, 0.0f), 1.0f); }
-
 }  // namespace
-
-void evaluate_curve(float* out, const RationalSpline& curve, const float* v, int n) {
-  spline_kernels().evaluate(out, v, n, curve.table());
-}
 
 void displace(Points& out, const RenderVolume& volume, const VolumeShader& shader,
               const Points& points) {
@@ -111,81 +118,66 @@ void displace(Points& out, const RenderVolume& volume, const VolumeShader& shade
   if (shader.noise.on()) displace_by_noise(out, volume, shader.noise);
 }
 
-void evaluate_shader(ShaderValues& out, const VolumeShader& shader, const Points& points) {
-  alignas(64) float v[kBlock];
-  shader.color_sampler.sample(v, points);
-  evaluate_curve(out.color, shader.color_curve, v, points.n);
-  if (!shader.density_sampler) return std::copy_n(out.color, points.n, out.density), void();
-  shader.density_sampler.sample(v, points);
-  evaluate_curve(out.density, shader.density_curve, v, points.n);
+void fire_and_smoke(FireAndSmoke& out, const RenderVolume& volume, const Points& points,
+                    const ShaderLookup& how) {
+  const int n = points.n;
+  ShaderValues values;
+  const float *c = values.color, *b = values.density;
+  if (volume.fire.on) {
+    look_up(values, volume, volume.fire, points, how.linear_fire, how);
+    if (how.colors) volume.fire.ramp->lookup(out.fire_color, c, n);
+    const float scale = volume.fire.density_scale, mask_scale = volume.fireMaskScale;
+    for (int i = 0; i < n; ++i) {
+      out.fire_extinction[i] = scale * b[i];
+      out.mask[i] = std::min(std::max(1 - b[i] * mask_scale, 0.0f), 1.0f);
+    }
+  } else {
+    clear(out.fire_color);
+    std::fill_n(out.fire_extinction, kBlock, 0.0f);
+    std::fill_n(out.mask, kBlock, 1.0f);
+  }
+
+  if (volume.smoke.on) {
+    look_up(values, volume, volume.smoke, points, how.linear_smoke, how);
+    const float scale = volume.smoke.density_scale, color_scale = volume.smokeColorScale;
+    if (how.colors) {
+      volume.smoke.ramp->lookup(out.smoke_color, c, n);
+      for (auto& channel : out.smoke_color.c)
+        for (int i = 0; i < n; ++i) channel[i] *= color_scale * (out.mask[i] * b[i]);
+    }
+    for (int i = 0; i < n; ++i) out.smoke_extinction[i] = scale * (out.mask[i] * b[i]);
+  } else {
+    clear(out.smoke_color);
+    std::fill_n(out.smoke_extinction, kBlock, 0.0f);
+  }
 }
 
 void shade(Shaded& out, const RenderVolume& volume, const RayRecord& ray, const Points& points) {
-  const int n = points.n;
-  ShaderValues values;
-  alignas(64) float mask[kBlock];
-  std::fill_n(mask, kBlock, 1.0f);
-  if (volume.fire.on) {
-    at_shader_points(volume, volume.fire, points,
-                     [&](const Points& q) { evaluate_shader(values, volume.fire, q); });
-    volume.fire.ramp->lookup(out.emission, values.color, n);
-    const float scale = volume.fire.density_scale;
-    const float mask_scale = volume.fireMaskScale;
-    for (int i = 0; i < n; ++i) {
-      out.extinction[i] = scale * values.density[i];
-      mask[i] = mask_of(values.density[i], mask_scale);
-    }
-  } else {
-    for (auto& channel : out.emission.c) std::fill_n(channel, kBlock, 0.0f);
-    std::fill_n(out.extinction, kBlock, 0.0f);
-  }
+  FireAndSmoke gas;
+  fire_and_smoke(gas, volume, points, {});
+  if (volume.light_field && ray.lighting)
+    light_up(gas.smoke_color, *volume.light_field, ray, points);
+  for (int c = 0; c < 3; ++c)
+    for (int i = 0; i < points.n; ++i)
+      out.emission.c[c][i] = gas.fire_color.c[c][i] + gas.smoke_color.c[c][i];
+  for (int i = 0; i < points.n; ++i)
+    out.extinction[i] = gas.fire_extinction[i] + gas.smoke_extinction[i];
 
-  if (volume.smoke.on) {
-    at_shader_points(volume, volume.smoke, points,
-                     [&](const Points& q) { evaluate_shader(values, volume.smoke, q); });
-    const float scale = volume.smoke.density_scale;
-    const float color_scale = volume.smokeColorScale;
-    Colors albedo;
-    volume.smoke.ramp->lookup(albedo, values.color, n);
-    for (int i = 0; i < n; ++i) {
-      const float d = mask[i] * values.density[i];
-      for (auto c = 0; c < 3; ++c) albedo.c[c][i] *= color_scale * d;
-      out.extinction[i] += scale * d;
-    }
-    if (volume.light_field && ray.lighting) light_up(albedo, *volume.light_field, ray, points);
-    for (auto c = 0; c < 3; ++c)
-      for (int i = 0; i < n; ++i) out.emission.c[c][i] += albedo.c[c][i];
-  }
-
-  if (volume.depth_fade) {
-    alignas(64) float depth[kBlock], fade[kBlock];
-    for (int i = 0; i < n; ++i) depth[i] = points.t[i] * 0.01f;
-    evaluate_curve(fade, *volume.depth_fade, depth, n);
-    for (int i = 0; i < n; ++i) {
-      for (auto c = 0; c < 3; ++c) out.emission.c[c][i] *= fade[i];
-      out.extinction[i] *= fade[i];
-    }
+  if (!volume.depth_fade) return;
+  alignas(64) float depth[kBlock], fade[kBlock];
+  for (int i = 0; i < points.n; ++i) depth[i] = points.t[i] * 0.01f;
+  evaluate_curve(fade, *volume.depth_fade, depth, points.n);
+  for (int i = 0; i < points.n; ++i) {
+    for (auto& channel : out.emission.c) channel[i] *= fade[i];
+    out.extinction[i] *= fade[i];
   }
 }
 
-void density(float* extinction, const RenderVolume& volume, const Points& points) {
-  alignas(64) float b[kBlock], mask[kBlock];
-  std::fill_n(mask, kBlock, 1.0f);
-  std::fill_n(extinction, kBlock, 0.0f);
-  if (volume.fire.on) {
-    plain_density(b, volume, volume.fire, points);
-    const float scale = volume.fire.density_scale;
-    const float mask_scale = volume.fireMaskScale;
-    for (int i = 0; i < points.n; ++i) {
-      extinction[i] = scale * b[i];
-      mask[i] = mask_of(b[i], mask_scale);
-    }
-  }
-  if (volume.smoke.on) {
-    plain_density(b, volume, volume.smoke, points);
-    const float scale = volume.smoke.density_scale;
-    for (int i = 0; i < points.n; ++i) extinction[i] += scale * mask[i] * b[i];
-  }
+void shade_extinction(float* extinction, const RenderVolume& volume, const Points& points) {
+  FireAndSmoke gas;
+  fire_and_smoke(gas, volume, points, {.linear_fire = true, .linear_smoke = true, .colors = false});
+  for (int i = 0; i < points.n; ++i)
+    extinction[i] = gas.fire_extinction[i] + gas.smoke_extinction[i];
 }
 
 }  // namespace nbx

@@ -1,39 +1,50 @@
 // The shaders: from grids to emission and extinction at points of a volume.
 //
-//     fire    E  = ramp(c)              s  = density_scale b,   mask = clamp(1 - b fireMaskScale)
-//     smoke   E += ramp(c) light smokeColorScale mask b        s += density_scale mask b
+//     fire    E  = ramp(c)                            s  = density_scale b
+//     smoke   E += ramp(c) smokeColorScale d light    s += density_scale d
 //
-// c and b as for VolumeShader. Extinction is the same in all three channels.
+//     mask = clamp(1 - b fireMaskScale, 0, 1) of the fire,   d = mask b of the smoke
+//
+// See VolumeShader for c and b. Extinction is the same in all three channels.
 #pragma once
 
 #include "render/render_volume.h"
 
 namespace nbx {
 
+/// Fire and smoke at the points of a block, before light reaches the smoke.
+struct FireAndSmoke {
+  Colors fire_color, smoke_color;  // what the fire emits; the smoke under white light
+  alignas(64) float fire_extinction[kBlock], smoke_extinction[kBlock];
+  alignas(64) float mask[kBlock];  // share of the smoke that is left by the fire in its voxel
+};
+
+/// How the shaders look up their channels.
+struct ShaderLookup {
+  bool displaced = true;                           // at each shader's displaced points
+  bool linear_fire = false, linear_smoke = false;  // trilinear, whatever the filter
+  bool colors = true;                              // false: leaves both colors undefined
+};
+
+/// The formula above, which the view, shadows and scattering share. A shader that is off counts as
+/// black without extinction.
+void fire_and_smoke(FireAndSmoke& out, const RenderVolume& volume, const Points& points,
+                    const ShaderLookup& how);
+
 struct Shaded {
   Colors emission;
   alignas(64) float extinction[kBlock];
 };
 
-/// c and b of one shader.
-struct ShaderValues {
-  alignas(64) float color[kBlock], density[kBlock];
-};
-
-/// All of it, with light and depth fade.
+/// What a view ray sees, with light and depth fade.
 void shade(Shaded& out, const RenderVolume& volume, const RayRecord& ray, const Points& points);
 
-/// The extinction alone, for shadows: linear filter, no depth fade.
-void density(float* extinction, const RenderVolume& volume, const Points& points);
+/// What shadow rays and matte volumes need: extinction alone, by the linear filter and without
+/// depth fade.
+void shade_extinction(float* extinction, const RenderVolume& volume, const Points& points);
 
-/// c and b at the points as they are, without displacement. The shader must be on.
-void evaluate_shader(ShaderValues& out, const VolumeShader& shader, const Points& points);
-
-/// The points where a shader looks its channels up.
+/// The points where a shader looks up its channels.
 void displace(Points& out, const RenderVolume& volume, const VolumeShader& shader,
               const Points& points);
-
-/// out = curve(v) for n values; a curve without knots is 0.
-void evaluate_curve(float* out, const RationalSpline& curve, const float* v, int n);
 
 }  // namespace nbx

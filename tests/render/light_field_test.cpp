@@ -21,11 +21,9 @@ struct TestLighting final : Lighting {
   int lights = 2;
   bool curved = false;  // the green of the first is y^2
   int lightCount() override { return lights; }
-  int lightFlag(int) override { return 0; }
   Vec3d lightPosition(int n) override { return n == 0 ? Vec3d{0, 1e9, 0} : Vec3d{1e9, 0, 0}; }
-  Color lightColor(int) override { return {1, 1, 1}; }
-  bool illuminate(int n, const RenderVolume&, const Vec3d& p, Color& color,
-                  Vec3d& direction) override {
+  bool illuminate(int n, const RenderVolume&, const Vec3d& p, Color& color, Vec3d& direction,
+                  int) override {
     ++calls;
     direction = n == 0 ? Vec3d{0, 1, 0} : Vec3d{1, 0, 0};
     color = n == 0

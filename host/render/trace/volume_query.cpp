@@ -55,9 +55,12 @@ Vector VolumeQuery::LightFrom(const LightSource& light, const LightSample& sampl
       scene_.surfaces.Passing({point, sample.direction, sample.distance, kRayCamera, shutter});
   if (IsBlack(passing)) return {};
   VolumeQuery shadow(scene_, ray.thread, counts_);
-  shadow.ray = {point,      sample.direction, sample.distance,
-                kRayCamera, ray.thread,       ray.x,
-                ray.y,      ray.sample,       seed};
+  shadow.ray = ray;
+  shadow.ray.origin = point;
+  shadow.ray.direction = sample.direction;
+  shadow.ray.surface_distance = sample.distance;
+  shadow.ray.type = kRayCamera;
+  shadow.ray.seed = seed;
   shadow.Ask(&VideoPostData::CalcShadow, false);
   return Times(sample.color, Times(passing, shadow.transparency));
 }
@@ -69,6 +72,7 @@ bool VolumeQuery::Illuminate(std::int32_t light, const Vector& point, Vector& li
   const std::uint32_t places = source.HasSize() ? kLightPlaces : 1;
   light_color = direction = {};
   VolumeQuery asker(scene_, ray.thread, counts_);  // belongs to no pixel
+  asker.ray.light_query = true;
   for (std::uint32_t place = 0; place < places; ++place) {
     Sampler sampler(seed, place);
     const auto [u, v] = sampler.Next2D();

@@ -1,4 +1,4 @@
-// From fields and blocks of points to the kernels that look values up.
+// Look-ups of fields at blocks of points, by the kernels.
 #pragma once
 
 #include "math/field.h"
@@ -11,13 +11,13 @@ inline KernelField kernel_field(const Field<float>& f) {
   return {f.data(), f.nx(), f.ny(), f.nz()};
 }
 
-/// Trilinear at the nearest point of the grid, which needs 2 cells on each axis.
+/// Trilinear at the nearest point of the grid. The grid must have 2 cells on each axis.
 inline void sample_clamped(float* out, const Field<float>& field, const Points& points) {
   march_kernels().clamped(out, kernel_field(field), points.x, points.y, points.z, points.n);
 }
 
-/// The three components of a staggered velocity at points in cell coordinates. `look` is the rule
-/// for points outside: MarchKernels::linear or clamped.
+/// The three components of a staggered velocity at points in cell coordinates. `look` decides about
+/// points outside: MarchKernels::linear or clamped.
 inline void sample_velocity(Colors& out, MarchKernels::Sample look, const Field<float>& U,
                             const Field<float>& V, const Field<float>& W, const Points& points) {
   alignas(64) float shifted[kBlock];

@@ -110,7 +110,7 @@ void March::sum_volumes(BlockSums& sums, const double* t, int n) const {
       Shaded shaded;
       if (v.matte) {
         // Emission in proportion to extinction shows the plain color, as opaque as the gas.
-        density(shaded.extinction, v, q);
+        shade_extinction(shaded.extinction, v, q);
         for (int c = 0; c < 3; ++c)
           for (int i = 0; i < q.n; ++i)
             shaded.emission.c[c][i] = v.matteColor[c] * shaded.extinction[i];
@@ -137,7 +137,7 @@ void March::sum_sigma(float* sigma, const double* t, int n) const {
     place(points, entry, t, n);
     over_shutter(*entry.volume, points, [&](const Points& q, const float* share, const int* from) {
       alignas(64) float extinction[kBlock];
-      density(extinction, *entry.volume, q);
+      shade_extinction(extinction, *entry.volume, q);
       const float scale = entry.volume->sigmaScale;
       for (int i = 0; i < q.n; ++i) sigma[from[i]] += extinction[i] * share[i] * scale;
     });
