@@ -1,4 +1,4 @@
-// The post effect "VPvolume": smoke and fire in the host's pictures.
+// The post effect "VPvolume", which adds smoke and fire to the host's pictures.
 #pragma once
 
 #include "host/interface/plugin.h"

@@ -23,14 +23,14 @@ Affine3d flip_z() {
   return flip;
 }
 
-// World coordinates of the host to domain cells, as they were when the frame was simulated.
+// From world coordinates of the host to domain cells, at the time of the simulation.
 Affine3d world_to_cells(const SimFrame& frame) {
   const GridMatrix& m = frame.grids.begin()->second.gridMatrix;  // for row vectors, z flipped
   Affine3d to_cells;
   for (std::size_t row = 0; row < 3; ++row) {
     for (std::size_t column = 0; column < 3; ++column)
-      to_cells.rows[row][static_cast<int>(column)] = m[4 * column + row];
-    to_cells.translation[static_cast<int>(row)] = m[12 + row];
+      to_cells.rows[row][column] = m[4 * column + row];
+    to_cells.translation[row] = m[12 + row];
   }
   return to_cells * flip_z();
 }
@@ -48,7 +48,7 @@ bool same_voxels(const Affine3d& a, const Affine3d& b) {
   return std::abs(x - y) <= 1e-6 * y;
 }
 
-// Whether this can be a domain in its object's space: cubes along the axes, and a whole number of
+// Whether this can be a domain in its object's space: cubes along the axes, with a whole number of
 // them on each side of the origin.
 bool is_domain(const Affine3d& to_cells) {
   const double g = to_cells.rows[0][0];
@@ -65,8 +65,8 @@ bool is_domain(const Affine3d& to_cells) {
   return true;
 }
 
-// In the space of the object as it was saved. A frame's matrix is that of some time within the
-// frame; while the object moves only its size tells the domain.
+// From the space of the saved object to domain cells. The matrix of a frame belongs to some time
+// within the frame, so if the object moved then, the domain is taken from the object's size.
 std::optional<Affine3d> as_saved(const host::BaseObject& saved, const SimFrame& frame) {
   host::BaseDocument& document = saved.GetDocument();
   const auto object_at = [&](const host::BaseTime& time) {
@@ -79,18 +79,18 @@ std::optional<Affine3d> as_saved(const host::BaseObject& saved, const SimFrame& 
   const Affine3d object = object_at(to_base_time(t.time));
   const Affine3d stored = world_to_cells(frame) * object;
   if (object == before && is_domain(stored)) return stored;
-  const Affine3d told = object_to_domain(saved);
-  if (same_voxels(stored, told)) return told;
+  const Affine3d from_size = object_to_domain(saved);
+  if (same_voxels(stored, from_size)) return from_size;
   return {};
 }
 
-// Fits the frame into the domain that the object has now, or else leaves it in the world.
+// Places the frame in the current domain of the object if it fits, otherwise in the world.
 Affine3d as_it_is_now(const host::BaseObject& volume, const SimFrame& frame) {
   const Affine3d stored = world_to_cells(frame), object = to_affine(volume.GetMg());
   const VolumeGrid grid = domain(volume);
   const IntBox box = frame.box();
   const Affine3d now = object_to_domain(volume);
-  // A frame without a saved scene may come from an object that wasn't scaled.
+  // Without a saved scene the object may have had no scale when the run was made.
   const bool fits = same_voxels(stored, grid.world_to_grid) || same_voxels(stored, now);
   return fits && grid.box().contains(box.lo) && grid.box().contains(box.hi) ? now : stored * object;
 }
@@ -105,7 +105,7 @@ void find_volumes(std::vector<const host::BaseObject*>& found, const host::BaseO
 
 }  // namespace
 
-// The volume of the same name, or with several of that name the one at the same place among them.
+// The volume of the same name; if several have that name, the one at the same place among them.
 const host::BaseObject* FramePlacement::saved_volume(const host::BaseObject& volume,
                                                      const std::string& directory) {
   const std::string path = directory + "/Autosave.c4d";

@@ -11,17 +11,17 @@
 
 namespace nbx {
 
-/// A frame knows where it lay in the world. To go along with its object it also needs to know how
-/// the object lay, and that is in the scene that the run saved beside the frames ("Autosave.c4d").
-/// One placement serves one volume; it reads that scene once.
+/// A frame stores its position in the world. To follow its object, the position of the object at
+/// that time is needed as well; it is in the scene that the run saved with the frames
+/// ("Autosave.c4d"). One placement serves one volume and reads that scene once.
 class FramePlacement {
  public:
-  /// From the object's space to the indices of the frame's grids, z negated. So gas goes with an
-  /// object that was moved, turned or scaled after the run, and a new size of the domain leaves it
-  /// where it is. `directory` is that of the cache.
+  /// From the object's space to the indices of the frame's grids, with z negated. With this matrix
+  /// the gas follows an object that was moved, rotated or scaled after the run, and stays in place
+  /// if the size of the domain changed. `directory` is the directory of the cache.
   ///
-  /// Without the saved scene, the frame counts as one of the object's present domain if its voxels
-  /// and its box fit that; else it stays where it lay in the world. Main thread only.
+  /// Without the saved scene, a frame whose voxels and box fit the current domain of the object
+  /// follows the object; any other stays at its position in the world. Main thread only.
   Affine3d object_to_cells(const host::BaseObject& volume, const SimFrame& frame,
                            const std::string& directory);
 
@@ -30,8 +30,8 @@ class FramePlacement {
                                        const std::string& directory);
 
   std::unique_ptr<host::BaseDocument> saved_;
-  std::string path_;  // of `saved_`, as it was at that time
-  std::filesystem::file_time_type written_;
+  std::string path_;                         // of the file of `saved_`
+  std::filesystem::file_time_type written_;  // when that file was written
 };
 
 }  // namespace nbx

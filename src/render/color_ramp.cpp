@@ -17,7 +17,7 @@ GradientRamp::GradientRamp(std::vector<GradientKnot> knots, double scale)
     return a.position < b.position;
   });
   for (GradientKnot& knot : knots_)
-    for (float& c : knot.color) c *= static_cast<float>(scale);
+    for (float& c : knot.color) c *= float(scale);
 }
 
 void GradientRamp::lookup(Colors& out, const float* values, int n) const {
@@ -28,21 +28,21 @@ void GradientRamp::lookup(Colors& out, const float* values, int n) const {
     while (next < count && values[i] >= knots_[next].position) ++next;
     if (next == 0 || next == count) {
       const Color end = count == 0 ? Color{} : knots_[std::min(next, count - 1)].color;
-      for (std::size_t c = 0; c < 3; ++c) out.c[c][i] = end[c];
+      for (int c = 0; c < 3; ++c) out.c[c][i] = end[c];
       continue;
     }
     const GradientKnot &a = knots_[next - 1], &b = knots_[next];
     float t = (values[i] - a.position) / (b.position - a.position);
     if (a.interpolation == Interpolation::kSmooth) t = t * t * (3 - 2 * t);
     if (a.interpolation == Interpolation::kStep) t = 0;
-    for (std::size_t c = 0; c < 3; ++c) out.c[c][i] = a.color[c] + (b.color[c] - a.color[c]) * t;
+    for (int c = 0; c < 3; ++c) out.c[c][i] = a.color[c] + (b.color[c] - a.color[c]) * t;
   }
 }
 
 Color GradientRamp::maxColor() const {
   Color most{0, 0, 0};
   for (std::size_t k = 0; k < knots_.size(); ++k)
-    for (std::size_t c = 0; c < 3; ++c)
+    for (int c = 0; c < 3; ++c)
       most[c] = k == 0 ? knots_[k].color[c] : std::max(most[c], knots_[k].color[c]);
   return most;
 }

@@ -1,5 +1,4 @@
-// From a value to a color, in linear light: what smoke of a value looks like, or how fire of a
-// value glows.
+// From a value to a color, in linear light: the color of smoke, or the glow of fire.
 #pragma once
 
 #include <array>
@@ -9,12 +8,12 @@
 
 namespace nbx {
 
-/// Constant once made; any number of threads may look up.
+/// Immutable. Any number of threads may look up colors.
 class ColorRamp {
  public:
   virtual ~ColorRamp() = default;
 
-  /// The colors of n <= kBlock values, which are aligned and readable up to kBlock (see
+  /// The colors of n <= kBlock values. `values` is aligned and readable up to kBlock (see
   /// march_kernels.h). NaN counts as the lowest value.
   virtual void lookup(Colors& out, const float* values, int n) const = 0;
   /// The largest value of each channel over the ramp.
@@ -27,10 +26,11 @@ struct GradientKnot {
   enum class Interpolation { kLinear, kSmooth, kStep };
   float position = 0;
   Color color{0, 0, 0};
-  Interpolation interpolation = Interpolation::kLinear;  // towards the next knot
+  Interpolation interpolation = Interpolation::kLinear;  // up to the next knot
 };
 
-/// Colors between knots; beyond the outer knots their colors go on. Without knots it is black.
+/// Interpolates between knots. Beyond the first and the last knot the color is constant. Without
+/// knots it is black.
 class GradientRamp final : public ColorRamp {
  public:
   /// Knots in any order. Their colors are multiplied by `scale`.
@@ -46,13 +46,13 @@ class GradientRamp final : public ColorRamp {
 
 struct BlackbodyParams {
   double min_kelvin = 600, max_kelvin = 2200;  // a maximum below the minimum counts as the minimum
-  double exposure = 1;                         // colors are divided by it; 0 counts as the least
-  double compression = 5;  // 0 keeps physical brightness, large a 4th-root curve
+  double exposure = 1;     // divides the colors; 0 counts as the machine epsilon
+  double compression = 5;  // 0 keeps the physical brightness; large values approach its 4th root
   Color tint{1, 1, 1};
 };
 
-/// The glow of a black body; values 0 to 1 run over the range of temperatures. The first entry is
-/// black.
+/// The glow of a black body. Values 0 to 1 cover the range of temperatures; the first table entry
+/// is black.
 class BlackbodyRamp final : public ColorRamp {
  public:
   static constexpr int kCount = 256;
@@ -64,7 +64,8 @@ class BlackbodyRamp final : public ColorRamp {
   using ColorRamp::lookup;
 
  private:
-  std::array<std::array<float, kCount + 1>, 3> channels_{};  // with the float that kernels read
+  std::array<std::array<float, kCount + 1>, 3>
+      channels_{};  // with the extra float that kernels read
 };
 
 }  // namespace nbx

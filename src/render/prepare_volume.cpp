@@ -16,7 +16,7 @@ namespace {
 constexpr double kLeast = std::numeric_limits<double>::epsilon();
 constexpr double kMetersPerUnit = 0.01;
 
-// Grids of coordinates that traveled with the gas.
+// Grids of coordinates that were advected with the gas: x, y, z and age.
 constexpr int kCoordinateGrids[4] = {8, 9, 27, 32};
 
 // Voxels per object unit.
@@ -47,15 +47,15 @@ void prepare_shader(VolumeShader& shader, SimFrame& frame, const ShaderParams& s
   set_detail_noise(shader.noise, shader_params.noise, 1 / g, params.seconds);
 }
 
-// |curl u| of the flow, at most the frame rate and 0 in the outermost layer: noise appears where
-// the flow turns, and dies out where it doesn't.
+// |curl u| of the flow, at most the frame rate and 0 in the outermost layer. With it noise appears
+// where the flow turns and disappears where it doesn't.
 FieldHandle vorticity_mask(const RenderVolume& volume, double dx, double frames_per_second) {
   const Field<float>&U = *volume.velU, &V = *volume.velV, &W = *volume.velW;
   const Vec3i n(V.nx(), U.ny(), U.nz());
   const FieldHandle mask = acquire_field(n), wx = acquire_field(n), wy = acquire_field(n),
                     wz = acquire_field(n);
-  VelocityCurl(*wx, *wy, *wz, *mask, U, V, W, static_cast<float>(dx));
-  min_a_x(*mask, static_cast<float>(frames_per_second), *mask);
+  VelocityCurl(*wx, *wy, *wz, *mask, U, V, W, dx);
+  min_a_x(*mask, frames_per_second, *mask);
   for (int k = 0; k < n[2]; ++k)
     for (int j = 0; j < n[1]; ++j) {
       const bool outer = k == 0 || j == 0 || k == n[2] - 1 || j == n[1] - 1;
@@ -66,7 +66,7 @@ FieldHandle vorticity_mask(const RenderVolume& volume, double dx, double frames_
   return mask;
 }
 
-// The three components, if they are there and fit each other.
+// Binds the three components if all exist and have matching dimensions.
 void bind_velocity(RenderVolume& volume, SimFrame& frame) {
   volume.velU = frame.grid(kGridVelocityX);
   volume.velV = frame.grid(kGridVelocityY);
@@ -93,7 +93,7 @@ void prepareFields(RenderVolume& volume, SimFrame& frame, const VolumeParams& pa
   const double s = length(Vec3d(rows[0][0], rows[1][0], rows[2][0]));  // 1 over the object's scale
   volume.metresPerUnit = kMetersPerUnit;
   volume.voxelLength = 1 / g / (s > 0 ? s : kLeast);
-  // A step of the object's scale counts as one of the unscaled object, so that its opacity stays.
+  // Lengths count as in the unscaled object, so scaling an object keeps its opacity.
   volume.sigmaScale = s * kMetersPerUnit;
   volume.metresPerVoxel = kMetersPerUnit / g;
   volume.voxelsPerMetre = 1 / volume.metresPerVoxel;

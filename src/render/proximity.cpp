@@ -15,19 +15,19 @@ namespace nbx {
 
 namespace {
 
-constexpr float kVisible = 1e-5f;  // the least extinction that counts
+constexpr float kVisible = 1e-5f;  // lower extinctions count as empty
 constexpr float kNoZone = -1;
-constexpr float kReach = 3.5f;  // voxels left for cubic look-ups
+constexpr float kReach = 3.5f;  // of cubic look-ups, in voxels
 
-// Values at which a curve begins or ceases to show, in rising order. Each span is looked at in 256
-// places: nothing narrower is found.
+// Values at which a curve becomes visible or invisible, in rising order. Each span is sampled at
+// 256 places, so narrower stretches are not found.
 std::vector<float> visible_limits(const RationalSpline& curve, float scale) {
   std::vector<float> limits;
   if (curve.knots().empty()) return limits;
   bool visible = curve.knots().front().y * scale > kVisible;
   for (const SplineSpan& span : curve.spans())
     for (int n = 1; n <= 256; ++n) {
-      const float v = span.x + span.width * static_cast<float>(n) / 256;
+      const float v = span.x + span.width * float(n) / 256;
       if ((curve.evaluate(v) * scale > kVisible) == visible) continue;
       visible = !visible;
       limits.push_back(v);
@@ -53,9 +53,9 @@ void mark_visible(Field<float>& seen, Field<float>& scratch, const VolumeShader&
       for (int i = 1; i < nx - 1; ++i) row[i] = b[i] * scale > kVisible ? 1.0f : row[i];
     }
 
-  // Where values pass through a visible stretch between two cells that don't show themselves, as
-  // on the hull of a flame, both count. The stretches between the limits are numbered; cells that
-  // show have no number.
+  // Two neighbors that show nothing count as visible if the values between theirs are visible, as
+  // on the hull of a flame. The zones between the limits are numbered; visible cells have no
+  // number.
   const std::vector<float> limits = visible_limits(curve, scale);
   if (limits.size() < 2) return;
 #pragma omp parallel for schedule(static)
@@ -65,13 +65,13 @@ void mark_visible(Field<float>& seen, Field<float>& scratch, const VolumeShader&
         const float v = grid(i, j, k);
         int zone = 0;
         for (float limit : limits) zone += v >= limit;
-        scratch(i, j, k) = seen(i, j, k) != 0 ? kNoZone : static_cast<float>(zone);
+        scratch(i, j, k) = seen(i, j, k) != 0 ? kNoZone : zone;
       }
   const auto mark_jump = [&](std::size_t at, std::size_t next) {
     if (scratch[next] != scratch[at] && scratch[next] != kNoZone) seen[at] = 1;
   };
   const std::size_t row = seen.nx();
-  const std::size_t plane = row * static_cast<std::size_t>(seen.ny());
+  const std::size_t plane = row * seen.ny();
 #pragma omp parallel for schedule(static)
   for (int k = 1; k < nz - 1; ++k)
     for (int j = 1; j < ny - 1; ++j)
@@ -87,7 +87,7 @@ void mark_visible(Field<float>& seen, Field<float>& scratch, const VolumeShader&
       }
 }
 
-// An inner cell all of whose 26 neighbors show isn't on the surface.
+// A cell is inside of the region, not on its surface, if all of its 26 neighbors are visible.
 bool is_surface(const Field<float>& seen, int i, int j, int k) {
   for (int c = k - 1; c <= k + 1; ++c)
     for (int b = j - 1; b <= j + 1; ++b)
@@ -119,7 +119,7 @@ void build_proximity(RenderVolume& volume) {
 
   if (infnorm(*seen) == 0) {
     const int largest = std::max({dims[0], dims[1], dims[2]});
-    set(*distance, 1.75f * static_cast<float>(largest) - kReach);
+    set(*distance, 1.75f * largest - kReach);
   } else {
     square_distances(*distance);
     const std::ptrdiff_t count = distance->count();
@@ -148,9 +148,9 @@ void widen_proximity(RenderVolume& volume) {
     reach += fastest * std::abs(k - volume.proximityShift);
     volume.proximityShift = k;
   }
-  // Meters that the flow moves while the shutter is open, in voxels.
+  // How far the flow moves while the shutter is open.
   if (volume.blurTime > 0) reach += fastest * volume.blurTime * volume.voxelsPerMetre;
-  if (reach > 0) add(*volume.proximity, *volume.proximity, static_cast<float>(-reach));
+  if (reach > 0) add(*volume.proximity, *volume.proximity, -reach);
 }
 
 }  // namespace nbx

@@ -27,8 +27,8 @@ struct Plane {
   std::vector<float> values;
 };
 
-// Where the cells of the picture lie in the grid: those of pixel (u, v), counted from the top left,
-// at start + u * right + v * down, those behind it every `away`.
+// Where the cells of the picture lie in the grid. The front cell of pixel (u, v), counted from the
+// top left, is at start + u * right + v * down; the cells behind it follow at steps of `away`.
 struct View {
   std::ptrdiff_t start = 0, right = 0, down = 0, away = 0;
   int width = 0, height = 0, depth = 0;
@@ -37,7 +37,7 @@ struct View {
 View view_along(const Field<float>& grid, int axis) {
   const std::ptrdiff_t dx = 1, dy = grid.nx(), dz = dy * grid.ny();
   const int nx = grid.nx() - 2, ny = grid.ny() - 2, nz = grid.nz() - 2;
-  const std::ptrdiff_t first = dx + dy + dz;  // the inner cell of lowest indices
+  const std::ptrdiff_t first = dx + dy + dz;  // the inner cell with the lowest indices
   switch (axis) {
     case 0:
       return {first + (ny - 1) * dy + (nz - 1) * dz, -dz, -dy, dx, nz, ny, nx};
@@ -55,12 +55,12 @@ void fold(Plane& plane, const Field<float>& grid, const View& view, float start,
   for (int d = 0; d < view.depth; ++d)
     for (int v = 0; v < view.height; ++v) {
       const float* cell = grid.data() + view.start + v * view.down + d * view.away;
-      float* value = plane.values.data() + static_cast<std::ptrdiff_t>(v) * plane.width;
+      float* value = plane.values.data() + std::ptrdiff_t(v) * plane.width;
       for (int u = 0; u < view.width; ++u) value[u] = op(value[u], cell[u * view.right]);
     }
 }
 
-// NaN if one of them is: a later number doesn't win over it.
+// NaN if either is NaN.
 float larger(float a, float b) { return b > a || std::isnan(b) ? b : a; }
 
 float largest(const Plane& plane) {
@@ -79,7 +79,7 @@ void absorb(Plane& plane, const std::optional<float>& absorption) {
 Plane project(const Field<float>& grid, const SliceOptions& options) {
   View view = view_along(grid, options.axis);
   Plane plane{view.width, view.height, {}};
-  plane.values.resize(static_cast<std::size_t>(view.width) * static_cast<std::size_t>(view.height));
+  plane.values.resize(std::size_t(view.width) * view.height);
   const auto add = [](float a, float b) { return a + b; };
   switch (options.projection) {
     case Projection::kNone: {
@@ -97,7 +97,7 @@ Plane project(const Field<float>& grid, const SliceOptions& options) {
       break;
     case Projection::kMean:
       fold(plane, grid, view, 0, add);
-      for (float& v : plane.values) v /= static_cast<float>(view.depth);
+      for (float& v : plane.values) v /= view.depth;
       break;
     case Projection::kSmoke:
       fold(plane, grid, view, 0, add);
@@ -114,14 +114,12 @@ std::pair<float, float> value_range(const Plane& plane, const SliceOptions& opti
   float magnitude = 0;
   for (float v : plane.values)
     if (std::isfinite(v)) magnitude = std::max(magnitude, std::abs(v));
-  if (magnitude == 0) magnitude = 1;  // 0 is the middle, and so white
+  if (magnitude == 0) magnitude = 1;  // keeps 0 in the middle, which is white
   return {-magnitude, magnitude};
 }
 
 QRgb color(ColorMap map, float t) {
-  const auto level = [](float v) {
-    return static_cast<int>(std::lround(255 * std::clamp(v, 0.0f, 1.0f)));
-  };
+  const auto level = [](float v) { return std::lround(255 * std::clamp(v, 0.0f, 1.0f)); };
   switch (map) {
     case ColorMap::kHeat:  // one channel after the other
       return qRgb(level(3 * t), level(3 * t - 1), level(3 * t - 2));
@@ -145,13 +143,13 @@ void check(const Field<float>& grid, const SliceOptions& options) {
 
 }  // namespace
 
-SliceOptions slice_options(int gridType) {
+SliceOptions slice_options(int grid_type) {
   SliceOptions options;
-  if (gridType == kGridDensity) {
-    // Hidden light is linear light; 2.2 is about a screen's response.
+  if (grid_type == kGridDensity) {
+    // Opacity is linear in light; a screen has a gamma of about 2.2.
     options.projection = Projection::kSmoke;
     options.gamma = 2.2f;
-  } else if (gridType == kGridSolid || staggered_axis(gridType) >= 0) {
+  } else if (grid_type == kGridSolid || staggered_axis(grid_type) >= 0) {
     options.colors = ColorMap::kDiverging;
   } else {
     options.projection = Projection::kMax;
@@ -171,7 +169,7 @@ QImage slice_picture(const Field<float>& grid, const SliceOptions& options) {
   if (picture.isNull()) throw std::bad_alloc();
   for (int y = 0; y < picture.height(); ++y) {
     auto* row = reinterpret_cast<QRgb*>(picture.scanLine(y));
-    const float* values = plane.values.data() + static_cast<std::ptrdiff_t>(y) * plane.width;
+    const float* values = plane.values.data() + std::ptrdiff_t(y) * plane.width;
     for (int x = 0; x < picture.width(); ++x) {
       const float v = values[x];
       const float t = hi != lo ? std::clamp((v - lo) / (hi - lo), 0.0f, 1.0f) : 0.0f;

@@ -9,7 +9,7 @@ namespace nbx {
 
 namespace {
 
-// Volumes up to this number in a render need no memory from the heap.
+// Renders with at most this many volumes allocate nothing per ray.
 constexpr std::size_t kFew = 4;
 
 class EntryList {
@@ -35,7 +35,7 @@ class EntryList {
   std::size_t count_ = 0;
 };
 
-// Marches from one entrance or exit to the next, with the volumes that are open in between.
+// Marches from each entrance or exit to the next. In between the set of active volumes is constant.
 template <class Stretch>
 bool trace(const VolumeRenderer& renderer, RayRecord& ray, Stretch stretch) {
   if (!renderer.active) return false;

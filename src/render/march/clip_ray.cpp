@@ -28,9 +28,9 @@ double proximity_at(const RenderVolume& volume, const Vec3d& p) {
   return sample_linear(*volume.proximity, q[0], q[1], q[2]);
 }
 
-// Walks from 0 towards `end` along the ray through `origin`, by steps as long as the distance to
-// what shows, and back a little where that overshot. How far it is safe to skip. `voxel` is the
-// length of the ray in a voxel.
+// The distance from `origin` along the ray that can be skipped, at most `end`. Walks by steps as
+// long as the proximity, and then back in small steps if it is inside. `voxel` is
+// VolumeEntry::voxelLength.
 double skip_empty(const RenderVolume& volume, const Vec3d& origin, const Vec3d& direction,
                   double end, double voxel) {
   double t = 0, d = 0;

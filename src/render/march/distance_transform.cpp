@@ -9,24 +9,20 @@ namespace nbx {
 
 namespace {
 
-// Lines that are handled together, so that reads across the grid fill lines of the cache.
+// Lines to transform together, so that reads across the grid use whole cache lines.
 constexpr int kLines = 16;
 
-// What a thread needs for lines of up to n cells.
+// The memory of a thread, for lines of up to n cells.
 struct Scratch {
-  explicit Scratch(int n)
-      : lines(static_cast<std::size_t>(n) * kLines),
-        parabola(static_cast<std::size_t>(n)),
-        begin(static_cast<std::size_t>(n)),
-        value(static_cast<std::size_t>(n)) {}
+  explicit Scratch(int n) : lines(std::size_t(n) * kLines), parabola(n), begin(n), value(n) {}
   std::vector<float> lines;
-  std::vector<int> parabola;  // of the lower envelope: where its apex lies
-  std::vector<double> begin;  // from where on it is the lowest
+  std::vector<int> parabola;  // of the lower envelope: the cell of its apex
+  std::vector<double> begin;  // where it becomes the lowest
   std::vector<float> value;   // its height at the apex
 };
 
 // f(q) = min over p of (q - p)^2 + f(p): the lower envelope of parabolas with their apexes at p.
-// Those of kFar don't take part. Cells of the line are kLines apart.
+// Cells with kFar have no parabola. Cells of the line are kLines apart.
 void transform_line(float* f, int n, Scratch& s) {
   int count = 0;
   for (int q = 0; q < n; ++q) {
@@ -34,13 +30,13 @@ void transform_line(float* f, int n, Scratch& s) {
     if (height >= kFar) continue;
     double from = -1e30;
     for (; count > 0; --count) {
-      const auto top = static_cast<std::size_t>(count - 1);
+      const int top = count - 1;
       const double p = s.parabola[top];
       from = ((height + double{1} * q * q) - (s.value[top] + p * p)) / (2 * (q - p));
       if (from > s.begin[top]) break;
     }
     if (count == 0) from = -1e30;
-    const auto next = static_cast<std::size_t>(count++);
+    const int next = count++;
     s.parabola[next] = q;
     s.begin[next] = from;
     s.value[next] = height;
@@ -49,13 +45,12 @@ void transform_line(float* f, int n, Scratch& s) {
   int at = 0;
   for (int q = 0; q < n; ++q) {
     while (at + 1 < count && s.begin[at + 1] < q) ++at;
-    const auto a = static_cast<std::size_t>(at);
-    const float d = q - s.parabola[a];
-    f[q * kLines] = d * d + s.value[a];
+    const float d = q - s.parabola[at];
+    f[q * kLines] = d * d + s.value[at];
   }
 }
 
-// The distance along x: one scan forth and one back.
+// The squared distance along x: one scan in each direction.
 void transform_row(float* f, int n) {
   float d = kFar;
   for (int i = 0; i < n; ++i) f[i] = d = f[i] == 0 ? 0 : d + 1;
@@ -63,20 +58,18 @@ void transform_row(float* f, int n) {
   for (int i = 0; i < n; ++i) f[i] = f[i] < kFar ? f[i] * f[i] : kFar;
 }
 
-// Up to kLines lines that begin side by side and whose cells are `stride` apart.
+// Up to kLines lines that start side by side, with cells `stride` apart.
 void transform_lines(float* f, int lines, int n, std::size_t stride, Scratch& s) {
-  for (int q = 0; q < n; ++q)
-    std::copy_n(f + static_cast<std::size_t>(q) * stride, lines, s.lines.data() + q * kLines);
+  for (int q = 0; q < n; ++q) std::copy_n(f + q * stride, lines, s.lines.data() + q * kLines);
   for (int l = 0; l < lines; ++l) transform_line(s.lines.data() + l, n, s);
-  for (int q = 0; q < n; ++q)
-    std::copy_n(s.lines.data() + q * kLines, lines, f + static_cast<std::size_t>(q) * stride);
+  for (int q = 0; q < n; ++q) std::copy_n(s.lines.data() + q * kLines, lines, f + q * stride);
 }
 
 }  // namespace
 
 void square_distances(Field<float>& field) {
   const int nx = field.nx(), ny = field.ny(), nz = field.nz();
-  const std::size_t row = static_cast<std::size_t>(nx), plane = row * static_cast<std::size_t>(ny);
+  const std::size_t row = nx, plane = row * ny;
   std::vector<Scratch> scratch(omp_get_max_threads(), Scratch(std::max(ny, nz)));
 #pragma omp parallel
   {

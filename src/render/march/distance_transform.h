@@ -7,9 +7,10 @@
 
 namespace nbx {
 
-/// Replaces each cell by its squared distance, in cells, from the nearest cell that held 0. Other
-/// cells come in as kFar, and stay so if there is no 0 at all. In parallel, with the same bits for
-/// any number of threads; exact where squared distances are below 2^24. Throws std::bad_alloc.
+/// Replaces each cell by its squared distance, in cells, to the nearest cell that contains 0. All
+/// other cells must contain kFar, and keep it if no cell contains 0. Runs in parallel, with the
+/// same bits for any number of threads. Exact for squared distances below 2^24. Throws
+/// std::bad_alloc.
 void square_distances(Field<float>& field);
 
 inline constexpr float kFar = 1e18f;

@@ -1,5 +1,5 @@
-// Motion blur within a volume: a sample becomes the mean along the flow over the shutter time,
-// found by walking back against the velocity.
+// Motion blur within a volume: a sample becomes the mean over the shutter time along the flow,
+// found by walking against the velocity.
 #pragma once
 
 #include <algorithm>
@@ -10,9 +10,9 @@
 
 namespace nbx {
 
-/// Calls body(q, share, from) for places on the walks of all points, several at a time: place i of
-/// q belongs to point from[i] and counts with share[i]; the shares of a point add up to 1. A step
-/// is at most blurStep voxels long, but for walks of more than 1024 steps. Needs velocity and a
+/// Calls body(q, share, from) for blocks of places on the walks of all points. Place i of q belongs
+/// to point from[i] and has the weight share[i]; the weights of a point add up to 1. A step is at
+/// most blurStep voxels long, unless a walk would take more than 1024 steps. Needs velocity and a
 /// blurTime above 0.
 template <class Body>
 void walk_flow(const RenderVolume& volume, const Points& points, Body body) {
@@ -38,14 +38,14 @@ void walk_flow(const RenderVolume& volume, const Points& points, Body body) {
       last[i] = !(allowed < remaining[i]) || remaining[i] <= least;
       dt[i] = last[i] ? remaining[i] : std::max(std::min(0.5 * remaining[i], allowed), least);
       dt[i] = std::min(dt[i], remaining[i]);
-      share[i] = static_cast<float>(dt[i] / volume.blurTime);
+      share[i] = dt[i] / volume.blurTime;
     }
     body(p, share, from);
     int kept = 0;
     for (int i = 0; i < p.n; ++i) {
       if (last[i]) continue;
-      const auto moved = [&](float x, float v) {
-        return static_cast<float>(x - v * dt[i] * volume.voxelsPerMetre);
+      const auto moved = [&](float x, float v) -> float {
+        return x - v * dt[i] * volume.voxelsPerMetre;
       };
       p.x[kept] = moved(p.x[i], u.c[0][i]);
       p.y[kept] = moved(p.y[i], u.c[1][i]);

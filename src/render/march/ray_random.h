@@ -1,6 +1,6 @@
 // Random numbers of one ray: PCG32 (M. E. O'Neill, "PCG: A family of simple fast space-efficient
 // statistically good algorithms for random number generation", Harvey Mudd College
-// HMC-CS-2014-0905, 2014). A generator is made anew for each ray from the ray's seed, so that a
+// HMC-CS-2014-0905, 2014). Each ray has its own generator, made from the ray's seed, so that a
 // picture is the same for any number of threads.
 #pragma once
 
@@ -20,9 +20,9 @@ class RayRandom {
     return word >> turn | word << (-turn & 31);
   }
 
-  /// Evenly within (0, 1), without the ends.
+  /// Uniform in (0, 1), without the ends.
   double uniform() { return (next() + 1.0) / 4294967297.0; }
-  /// One time out of two.
+  /// True with probability 1/2.
   bool coin() { return next() >= 0x80000000u; }
 
  private:

@@ -1,15 +1,16 @@
-// A few samples of a ray, handled side by side: the unit in which the marcher asks for shading.
+// A block of samples of a ray. The marcher shades one block at a time.
 #pragma once
 
 #include "render/shade/field3.h"
 
 namespace nbx {
 
-/// The most samples in a block. A whole number of rows of lanes (math/lanes.h).
+/// The largest number of samples in a block. A multiple of the number of lanes
+/// (math/lanes/lanes.h).
 inline constexpr int kBlock = 16;
 
-/// Points in voxel coordinates of one volume. The first n count; kernels look at the others of a
-/// row of lanes too.
+/// Points in voxel coordinates of one volume. The first n count; kernels read others as well, up to
+/// a whole row of lanes.
 struct Points {
   int n = 0;
   alignas(64) float x[kBlock]{}, y[kBlock]{}, z[kBlock]{};

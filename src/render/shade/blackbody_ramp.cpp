@@ -12,8 +12,8 @@ namespace {
 
 // Planck's law times the color matching functions, summed over the visible wavelengths:
 //
-//     (X, Y, Z) = 5e-9 sum M(lambda) (x, y, z)(lambda),   M = c1 / (lambda^5 (e^(c2 / lambda T) -
-//     1))
+//     (X, Y, Z) = 5e-9 sum M(lambda) (x, y, z)(lambda)
+//     M(lambda) = c1 / (lambda^5 (e^(c2 / (lambda T)) - 1))
 Vec3d tristimulus(double T) {
   constexpr double c1 = 3.7417717674870777e-16, c2 = 0.014387758028320428;
   Vec3d XYZ;
@@ -25,7 +25,7 @@ Vec3d tristimulus(double T) {
   return XYZ;
 }
 
-// With s = 1 the color keeps its physical brightness, with s = 0 that grows with the fourth root.
+// With s = 1 the color keeps its physical brightness, with s = 0 it gets the fourth root of it.
 Vec3d compress(const Vec3d& XYZ, double s) {
   const double S = XYZ[0] + XYZ[1] + XYZ[2];
   const Vec3d chromaticity = S != 0 ? XYZ * (1 / S) : XYZ;
@@ -33,8 +33,8 @@ Vec3d compress(const Vec3d& XYZ, double s) {
   return root + (XYZ - root) * s;
 }
 
-// Linear RGB with the primaries of ITU-R BT.709 and white D65; colors that these can't show are
-// lifted until none is negative.
+// Linear RGB with the primaries of ITU-R BT.709 and white D65. Colors outside of this gamut are
+// desaturated by adding gray until no channel is negative.
 Vec3d to_rgb(const Vec3d& XYZ) {
   const Vec3d rgb(dot(Vec3d(3.240479, -1.53715, -0.498535), XYZ),
                   dot(Vec3d(-0.969256, 1.875992, 0.041556), XYZ),
@@ -53,8 +53,7 @@ BlackbodyRamp::BlackbodyRamp(const BlackbodyParams& params) {
   for (int i = 0; i < kCount; ++i) {
     const double T = low + i / (kCount - 1.0) * (high - low);
     const Vec3d rgb = i > 0 ? to_rgb(compress(tristimulus(T), s)) : Vec3d();
-    for (std::size_t c = 0; c < 3; ++c)
-      channels_[c][i] = static_cast<float>(rgb[static_cast<int>(c)] * params.tint[c] * gain);
+    for (int c = 0; c < 3; ++c) channels_[c][i] = rgb[c] * params.tint[c] * gain;
   }
 }
 
@@ -66,7 +65,7 @@ void BlackbodyRamp::lookup(Colors& out, const float* values, int n) const {
 
 Color BlackbodyRamp::maxColor() const {
   Color most;
-  for (std::size_t c = 0; c < 3; ++c)
+  for (int c = 0; c < 3; ++c)
     most[c] = *std::max_element(channels_[c].begin(), channels_[c].end() - 1);
   return most;
 }

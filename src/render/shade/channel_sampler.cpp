@@ -58,7 +58,10 @@ void ChannelSampler::sample(float* out, const Points& points) const {
 }
 
 void ChannelSampler::sample_linear(float* out, const Points& points) const {
-  if (!field) return std::fill_n(out, kBlock, 0.0f), void();
+  if (!field) {
+    std::fill_n(out, kBlock, 0.0f);
+    return;
+  }
   march_kernels().linear(out, kernel_field(*field), points.x, points.y, points.z, points.n);
 }
 

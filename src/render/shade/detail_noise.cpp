@@ -17,7 +17,7 @@ namespace {
 
 constexpr double kLeast = std::numeric_limits<double>::epsilon();
 
-// Each row with its first three floats once more at its end.
+// A copy whose rows repeat their first three floats at the end.
 FieldHandle with_rows_closed(const Field<float>& tile) {
   const int n = tile.nx();
   const FieldHandle closed = acquire_field({n + 3, n, n});
@@ -37,15 +37,15 @@ void set_detail_noise(DetailNoise& noise, const DetailNoiseParams& params, doubl
   const double a = std::max(params.scale_a, 0.0), b = std::max(params.scale_b, 0.0);
   const double small = std::max({std::min(a, b), voxel, kLeast});
   const double large = std::max({a, b, small});
-  noise.frequency = static_cast<float>(std::max(voxel, kLeast) / large);
+  noise.frequency = std::max(voxel, kLeast) / large;
   noise.amplitude = static_cast<float>(params.percent * 0.01) / noise.frequency;
-  // Beyond 64 octaves float coordinates tell no cells apart.
-  noise.octaves = static_cast<float>(std::min(std::log2(large / small) + 1, 64.0));
-  noise.gain = static_cast<float>(std::clamp(params.gain, 0.001, 1.0));
+  // Beyond 64 octaves float coordinates can't distinguish cells.
+  noise.octaves = std::min(std::log2(large / small) + 1, 64.0);
+  noise.gain = std::clamp(params.gain, 0.001, 1.0);
   if (noise.amplitude == 0) return;
   if (!noise.noise) noise.noise = std::make_shared<WaveletNoise>();
   const double phase = params.period != 0 ? time / params.period : 0;
-  advance_tile_from_start(*noise.noise, static_cast<float>(phase), true, false);
+  advance_tile_from_start(*noise.noise, phase, true, false);
   noise.tile = with_rows_closed(noise.noise->tile);
 }
 

@@ -1,5 +1,5 @@
-// Fine structure that the grid doesn't hold: points are moved along the curl of wavelet noise
-// before a shader looks its channels up. A curl has no divergence, so gas keeps its volume.
+// Structure finer than the grid: points move along the curl of wavelet noise before a shader looks
+// up its channels. A curl has no divergence, so the gas keeps its volume.
 #pragma once
 
 #include <memory>
@@ -9,17 +9,17 @@
 
 namespace nbx {
 
-/// As the user sets it.
+/// The settings of the noise.
 struct DetailNoiseParams {
   double percent = 0;               // strength; 0: off
-  double scale_a = 1, scale_b = 1;  // the ends of the range of sizes, in object units
-  double gain = 0.56;               // amplitude of one octave over that of the octave before
-  double period = 1;                // seconds in which the noise becomes another one; 0: never
+  double scale_a = 1, scale_b = 1;  // smallest and largest size in either order, in object units
+  double gain = 0.56;               // amplitude of an octave relative to the one before
+  double period = 1;                // seconds until the noise has changed completely; 0: never
 };
 
 /// Copies share the noise.
 struct DetailNoise {
-  std::shared_ptr<WaveletNoise> noise;  // its tile is made where the amplitude isn't 0
+  std::shared_ptr<WaveletNoise> noise;  // its tile is made if the amplitude isn't 0
   FieldHandle tile;                     // the same for the kernels, see NoiseTile
   float frequency = 1;                  // noise cells per voxel in the first octave
   float amplitude = 0;                  // of the first octave, in voxels
@@ -28,14 +28,14 @@ struct DetailNoise {
 
   bool on() const { return amplitude != 0 && tile; }
 
-  /// d = curl (N1, N2, N3) at points c in voxels of the domain: how far they move, in voxels. The
-  /// three potentials are taken from far apart in one noise, whose slopes are minus the partial
-  /// derivatives: that turns d round, and is as good.
+  /// d = -curl (N1, N2, N3) at points c in voxels of the domain: how far they move, in voxels. The
+  /// three potentials are places far apart in the same noise. The sign comes from the noise's
+  /// slopes, which are minus its partial derivatives, and makes no visible difference.
   void curl(Colors& d, const Points& c) const;
 };
 
-/// `voxel` is the edge of a voxel in object units, `time` the document's in seconds. The noise
-/// depends on the time alone, so a sequence may be rendered in parts and in any order.
+/// `voxel` is the edge of a voxel in object units, `time` the document's time in seconds. The noise
+/// depends only on the time, so a sequence may be rendered in parts and in any order.
 void set_detail_noise(DetailNoise& noise, const DetailNoiseParams& params, double voxel,
                       double time);
 

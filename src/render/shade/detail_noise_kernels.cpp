@@ -6,7 +6,7 @@ namespace nbx::NBX_ISA {
 
 namespace {
 
-// The three cells that meet in a coordinate, by their weights in the noise and in its slope (see
+// The three cells around a coordinate, with their weights in the noise and in its slope (see
 // evaluate() in math/wavelet_noise.h).
 struct Axis {
   I cell;  // the first one, not wrapped
@@ -26,7 +26,7 @@ struct Slopes {
   F x, y, z;
 };
 
-// The noise's slopes against all axes; what the caller leaves aside isn't computed.
+// The noise's slopes along all axes. The compiler removes those that the caller doesn't use.
 Slopes slopes_at(const NoiseTile& tile, F px, F py, F pz) {
   const Axis x = axis_at(px), y = axis_at(py), z = axis_at(pz);
   const int wrap = tile.edge - 1, row = tile.edge + 3;

@@ -3,8 +3,8 @@
 
 namespace nbx {
 
-/// A tile of wavelet noise, periodic over its edge, a power of two. Each row along x holds three
-/// more floats, its first ones again.
+/// A tile of wavelet noise, periodic over its edge, which is a power of two. Each row along x
+/// repeats its first three floats at the end.
 struct NoiseTile {
   const float* data;
   int edge;
@@ -16,8 +16,8 @@ struct NoiseBands {
 };
 
 struct DetailNoiseKernels {
-  /// (dx, dy, dz) = curl of three noise potentials at points in voxels. Arrays as for MarchKernels.
-  /// Coordinates beyond 2^31 noise cells give some noise or other.
+  /// (dx, dy, dz) as in DetailNoise::curl, at points in voxels. Arrays as for MarchKernels.
+  /// Beyond 2^31 noise cells the result is arbitrary noise.
   void (*curl)(float* const* d, const NoiseTile& tile, const NoiseBands& bands, const float* x,
                const float* y, const float* z, int n);
 };
