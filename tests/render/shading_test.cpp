@@ -169,20 +169,24 @@ TEST(Proximity, IsTheDistanceToWhatShows) {
   EXPECT_EQ((*make_volume(empty, smoke_params())->proximity)(5, 5, 5), 1.75f * 23 - 3.5f);
 }
 
-// Fire with c = b = 1 and smoke with c = b = 1/2, in a voxel of which the fire hides a quarter.
+// Fire with c = b = 1 and smoke whose density is a parabola, in a voxel of which the fire hides a
+// quarter. The view and finer grids of light filter by B-splines, which add h^2 / 6 times the
+// second derivative; the others look up linearly.
 TEST(Shading, SameFormulaForViewShadowAndScattering) {
   const Vec3i dims{6, 6, 6};
-  DensityFrame frame(dims, [](int, int, int) { return 0.5f; });
+  DensityFrame frame(dims, [](int i, int, int) { return 0.06f * static_cast<float>(i * i); });
   add_grid(frame, kGridTemperature, dims, [](int, int, int) { return 1.0f; });
   VolumeParams params = smoke_params();
   params.fire.channel = kGridTemperature;
   params.fire.density = 2;
   params.occlusion = 4;
   params.albedo = 0.5;
+  params.filter = Filter::kBSpline;
   const auto volume = make_volume(frame, params);
   const Color fire{1, 0.5f, 0.25f};
-  const float smoke = 0.75f * 0.5f, extinction = 2 * 1 + 3 * smoke;
-  const auto smoke_color = [&](int c) { return fire[c] * 3 * 0.5f * smoke; };
+  const float linear = 0.75f * 0.24f, spline = 0.75f * 0.26f;
+  const auto extinction = [](float smoke) { return 2 * 1 + 3 * smoke; };
+  const auto smoke_color = [&](int c, float smoke) { return fire[c] * 3 * 0.5f * smoke; };
 
   const Points points = points_at({{2, 3, 2}});
   Shaded view;
@@ -190,18 +194,20 @@ TEST(Shading, SameFormulaForViewShadowAndScattering) {
   shade(view, *volume, {}, points);
   shade_extinction(shadow, *volume, points);
   const SweepMedium medium = scatter_medium(*volume, dims, {.extinctionScale = 8}, 2);
+  const SweepMedium fine = scatter_medium(*volume, dims * 2, {.gridScale = 2}, 2);
   Field3 direct(dims, 0), source(dims, 0);
   HeadLighting light;
   ASSERT_TRUE(initial_light(direct, source, *volume, light,
                             {.directWeight = 0.5f, .emissionWeight = 3}, 2,
                             [](int, int, int, int) { return false; }));
-  const auto cell = direct.index(2, 3, 2);
-  EXPECT_FLOAT_EQ(view.extinction[0], extinction);
-  EXPECT_FLOAT_EQ(shadow[0], extinction);
-  EXPECT_FLOAT_EQ(medium.cells[cell].extinction, 8 * extinction);
+  const auto cell = direct.index(2, 3, 2), fine_cell = Field3::index(fine.dims, 4, 6, 4);
+  EXPECT_FLOAT_EQ(view.extinction[0], extinction(spline));
+  EXPECT_FLOAT_EQ(shadow[0], extinction(linear));
+  EXPECT_FLOAT_EQ(medium.cells[cell].extinction, 8 * extinction(linear));
+  EXPECT_FLOAT_EQ(fine.cells[fine_cell].extinction, extinction(spline));
   for (int c = 0; c < 3; ++c) {
-    EXPECT_FLOAT_EQ(view.emission.c[c][0], fire[c] + smoke_color(c));
-    EXPECT_FLOAT_EQ(medium.cells[cell].scattering[c], smoke_color(c));
+    EXPECT_FLOAT_EQ(view.emission.c[c][0], fire[c] + smoke_color(c, spline));
+    EXPECT_FLOAT_EQ(medium.cells[cell].scattering[c], smoke_color(c, linear));
     EXPECT_FLOAT_EQ(direct.cell(cell)[c], 1);
     EXPECT_FLOAT_EQ(source.cell(cell)[c], 3 * fire[c] + 0.5f);
   }
