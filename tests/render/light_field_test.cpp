@@ -1,8 +1,11 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <map>
 #include <mutex>
+#include <set>
 #include <thread>
 
 #include "render/direct_light_field.h"
@@ -18,10 +21,13 @@ using namespace test;
 bool go_on(int, int, int, int) { return false; }
 
 // Two lights: one from above whose color depends on the place, one from the side. Counts its calls,
-// and notices if two threads call by the same number.
+// holds them up until `team` threads have called, and notices if two call by the same number.
 struct TestLighting final : Lighting {
   std::atomic<int> calls{0};
-  std::mutex lock;
+  std::mutex mutex;
+  std::condition_variable complete;
+  std::size_t team = 0;
+  std::set<std::thread::id> threads;
   std::map<int, std::thread::id> callers;
   bool mixed_up = false;
   int lights = 2;
@@ -32,8 +38,12 @@ struct TestLighting final : Lighting {
                   int thread) override {
     ++calls;
     const auto me = std::this_thread::get_id();
-    const std::lock_guard guard(lock);
+    std::unique_lock lock(mutex);
     mixed_up = mixed_up || callers.try_emplace(thread, me).first->second != me;
+    threads.insert(me);
+    complete.notify_all();
+    EXPECT_TRUE(
+        complete.wait_for(lock, std::chrono::minutes(1), [&] { return threads.size() >= team; }));
     direction = n == 0 ? Vec3d{0, 1, 0} : Vec3d{1, 0, 0};
     color = n == 0
                 ? Color{static_cast<float>(p[0]), curved ? static_cast<float>(p[1] * p[1]) : 1, 2}
@@ -83,6 +93,7 @@ TEST(DirectLightField, KeepsWhatLightsGiveToAllThreads) {
       ray.thread = 4;
       const Points points = points_at({{4.25f, 4.5f, 4.125f}, {4, 4, 4}, {0.5f, 0.5f, 0.5f}});
       std::array<Colors, 4> lights;  // of threads that meet in cells not computed yet
+      lighting.team = lights.size();
       std::vector<std::thread> threads;
       for (int n = 0; n < 4; ++n)
         threads.emplace_back([&, n] {
@@ -146,6 +157,7 @@ TEST(ScatteredLightField, SpreadsLightOfFireAndLamps) {
 
   // Lights: their own light and what the smoke scatters, in the smoke's color.
   ScatteredLightField lit({.maxSweeps = 3});
+  lighting.team = 2;
   ASSERT_TRUE(lit.prepare(lighting, volume, 2, go_on));
   EXPECT_FALSE(lighting.mixed_up);
   lit.query(light, lighting, ray, middle);
