@@ -89,9 +89,9 @@ class VolumeData {
 
   /// Light that arrives at a point of the world from one light, as a surface facing it would get it
   /// (irradiance over pi), with the shadows of surfaces and post effects: CalcShadow is called on
-  /// this thread, with another VolumeData of the same ray.thread. Whether the light reaches who
-  /// asks (RayLight::Reaches) is the asker's business. `direction` goes from the point towards the
-  /// light, with unit length, or is zero. The answer depends on the point alone, for any number of
+  /// this thread, with another VolumeData of the same ray.thread and with ray.light_query set. The
+  /// caller checks RayLight::Reaches itself. `direction` points from the point towards the light,
+  /// with unit length, or is zero. The result depends on the point alone, for any number of
   /// threads. False, with color black: the light doesn't reach the point.
   virtual bool Illuminate(std::int32_t light, const Vector& point, Vector& color,
                           Vector& direction) = 0;
