@@ -7,7 +7,7 @@
 namespace nbx::bench {
 namespace {
 
-// One sweep with nine directions a face through smoke that fills the grid.
+// One sweep with nine directions per face through smoke that fills the grid.
 void light_sweep(benchmark::State& state) {
   const Vec3i dims{96, 96, 96};
   SweepMedium medium;
@@ -24,9 +24,9 @@ void light_sweep(benchmark::State& state) {
     best = std::min(best, timer.seconds());
   }
   report_iteration(state, source.count(), best);
-  state.counters["cell_directions_per_s"] = 54.0 * static_cast<double>(source.count()) / best;
+  state.counters["cell_directions_per_s"] = 54.0 * source.count() / best;
 }
-// A lamp that costs nothing: what is measured is the cache.
+// A lamp without cost, so that the benchmark measures the cache.
 class Lamp final : public Lighting {
  public:
   int lightCount() override { return 1; }
@@ -53,7 +53,7 @@ void light_direct(benchmark::State& state) {
     points.n = kBlock;
     const float x = place(engine), y = place(engine), z = place(engine);
     for (int i = 0; i < kBlock; ++i) {
-      points.x[i] = x + 0.25f * static_cast<float>(i);
+      points.x[i] = x + 0.25f * i;
       points.y[i] = y;
       points.z[i] = z;
     }

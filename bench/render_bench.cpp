@@ -1,5 +1,5 @@
-// Ray marching through smoke. A sample is a point at which one channel is shaded, lit by direct
-// light that is kept in a grid.
+// Ray marching through smoke. A sample is a point at which one channel is shaded and lit by direct
+// light from a cache.
 #include <cmath>
 #include <ctime>
 
@@ -20,7 +20,7 @@ namespace {
 constexpr int kPixels = 192;
 
 // Smoke in a cube of n cells: a cloud of the given radius in its middle, with some structure. It is
-// thin enough for every ray to come through. One voxel is one unit long.
+// so thin that every ray passes through it. A voxel is one unit long.
 class Smoke {
  public:
   Smoke(int n, double radius, Filter filter, double noise = 0) {
@@ -51,7 +51,7 @@ class Smoke {
     renderer_.adaptive = false;
   }
 
-  /// A picture of the cloud from the front, from so far that all rays are nearly parallel.
+  /// A picture of the cloud from the front, from so far away that all rays are nearly parallel.
   template <class Trace>
   void picture(double width, Trace trace) {
 #pragma omp parallel for schedule(dynamic, 4)
@@ -70,7 +70,7 @@ class Smoke {
     ray.origin = {middle, middle, middle - eye};
     ray.direction = normalized(Vec3d(place(x), place(y), eye));
     ray.mask = kCameraRay;
-    ray.seed = static_cast<std::uint64_t>(y) * kPixels + static_cast<std::uint64_t>(x);
+    ray.seed = y * kPixels + x;
     return ray;
   }
 
@@ -80,7 +80,7 @@ class Smoke {
       for (int x = 0; x < kPixels; ++x) {
         VolumeEntry entry;
         if (clipRay(entry, *volume_, ray(width, x, y)))
-          count += static_cast<std::size_t>(std::ceil((entry.tExit - entry.tEnter) / step));
+          count += std::ceil((entry.tExit - entry.tEnter) / step);
       }
     return count;
   }
@@ -117,9 +117,9 @@ void march_shadow(benchmark::State& state) {
 }
 BENCHMARK(march_shadow);
 
-// `ratio`: the same picture of the same cloud in a cube of twice the width, over that in the small
-// one, in seconds of the processor: other work on the machine would drown the difference in wall
-// time. Cells are samples of the small one.
+// `ratio`: the time for the same picture of the same cloud in a cube of twice the width, divided by
+// that in the small one. It is CPU time, since other work on the machine would hide the difference
+// in wall time. Cells are samples of the small cube.
 void march_empty(benchmark::State& state) {
   constexpr double radius = 40, width = 90;
   Smoke small(96, radius, Filter::kLinear), large(192, radius, Filter::kLinear);

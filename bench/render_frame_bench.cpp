@@ -1,5 +1,5 @@
-// A frame from its grids to a picture: fields prepared, smoke lit by a sun that shines through it,
-// and a ray for every pixel.
+// A frame from its grids to a picture: prepares fields, lights the smoke by a sun that shines
+// through it, and traces a ray for every pixel.
 #include <cmath>
 
 #include <omp.h>
@@ -91,7 +91,7 @@ void render_frame(benchmark::State& state) {
         ray.origin = {kCells / 2.0, kCells / 2.0, -2.0 * kCells};
         ray.direction = normalized(Vec3d(x - kWidth / 2.0, kHeight / 2.0 - y, kWidth * 1.1));
         ray.mask = kCameraRay;
-        ray.seed = static_cast<std::uint64_t>(y) * kWidth + static_cast<std::uint64_t>(x);
+        ray.seed = y * kWidth + x;
         traceVolumes(renderer, ray);
       }
     rays = std::min(rays, timer.seconds());

@@ -91,10 +91,10 @@ class VolumeData {
 
   /// Light from one light at a point of the world, as received by a surface that faces it
   /// (irradiance over pi), with shadows of surfaces and post effects. CalcShadow is called on this
-  /// thread with another VolumeData of the same ray.thread. The caller must check whether the light
-  /// reaches its object (RayLight::Reaches). `direction` is a unit vector from the point toward the
-  /// light, or zero. The result depends only on the point, not on the number of threads. False,
-  /// with black `color`: the light doesn't reach the point.
+  /// thread with another VolumeData of the same ray.thread, whose ray.light_query is set. The
+  /// caller must check whether the light reaches its object (RayLight::Reaches). `direction` is a
+  /// unit vector from the point toward the light, or zero. The result depends only on the point,
+  /// not on the number of threads. False, with black `color`: the light doesn't reach the point.
   virtual bool Illuminate(std::int32_t light, const Vector& point, Vector& color,
                           Vector& direction) = 0;
 };

@@ -30,7 +30,7 @@ Vec3d direction_from(const Vec3d& start, const Vec3d& end) {
 }
 
 // Any thread that finds a cell empty computes it. Several threads may do so at once; they all store
-// the same value. The third component is stored last and tells readers that the cell is complete.
+// the same value. The third component is stored last: once it is there, the cell is complete.
 bool load_cell(float* cell, Color& value) {
   value[2] = std::atomic_ref(cell[2]).load(std::memory_order_acquire);
   if (value[2] < 0) return false;

@@ -122,32 +122,37 @@ void fire_and_smoke(FireAndSmoke& out, const RenderVolume& volume, const Points&
                     const ShaderLookup& how) {
   const int n = points.n;
   ShaderValues values;
-  const float *c = values.color, *b = values.density;
   if (volume.fire.on) {
     look_up(values, volume, volume.fire, points, how.linear_fire, how);
-    if (how.colors) volume.fire.ramp->lookup(out.fire_color, c, n);
+    if (how.colors) volume.fire.ramp->lookup(out.fire_color, values.color, n);
     const float scale = volume.fire.density_scale, mask_scale = volume.fireMaskScale;
     for (int i = 0; i < n; ++i) {
-      out.fire_extinction[i] = scale * b[i];
-      out.mask[i] = std::min(std::max(1 - b[i] * mask_scale, 0.0f), 1.0f);
+      const float b = values.density[i];
+      out.fire_extinction[i] = scale * b;
+      out.mask[i] = std::min(std::max(1 - b * mask_scale, 0.0f), 1.0f);
     }
   } else {
-    clear(out.fire_color);
+    if (how.colors) clear(out.fire_color);
     std::fill_n(out.fire_extinction, kBlock, 0.0f);
     std::fill_n(out.mask, kBlock, 1.0f);
   }
 
   if (volume.smoke.on) {
     look_up(values, volume, volume.smoke, points, how.linear_smoke, how);
+    float* d = values.density;  // b, until the mask is applied
+    if (volume.fire.on)
+      for (int i = 0; i < n; ++i) d[i] *= out.mask[i];
     const float scale = volume.smoke.density_scale, color_scale = volume.smokeColorScale;
+    for (int i = 0; i < n; ++i) out.smoke_extinction[i] = scale * d[i];
     if (how.colors) {
-      volume.smoke.ramp->lookup(out.smoke_color, c, n);
-      for (auto& channel : out.smoke_color.c)
-        for (int i = 0; i < n; ++i) channel[i] *= color_scale * (out.mask[i] * b[i]);
+      volume.smoke.ramp->lookup(out.smoke_color, values.color, n);
+      for (int i = 0; i < n; ++i) {
+        const float gain = color_scale * d[i];
+        for (auto& channel : out.smoke_color.c) channel[i] *= gain;
+      }
     }
-    for (int i = 0; i < n; ++i) out.smoke_extinction[i] = scale * (out.mask[i] * b[i]);
   } else {
-    clear(out.smoke_color);
+    if (how.colors) clear(out.smoke_color);
     std::fill_n(out.smoke_extinction, kBlock, 0.0f);
   }
 }

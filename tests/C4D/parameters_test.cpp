@@ -291,8 +291,9 @@ TEST(Parameters, OfThePostEffectReachTheRenderer) {
       "", R"("post_effects": [{"type": "smoke", "parameters": {"adaptive": true}}], )");
   host::BaseVideoPost* effect = document->GetActiveVideoPost(kPostEffect);
   const auto read = [&](host::BaseList2D&) {
-    VolumeRenderer renderer;
-    EXPECT_TRUE(prepare_all(renderer, nullptr, *document, *effect));
+    RenderVolumes volumes;
+    EXPECT_TRUE(prepare_all(volumes, nullptr, *document, *effect));
+    const VolumeRenderer& renderer = volumes.renderer;
     Record r{{"adaptive", renderer.adaptive}};
     if (renderer.adaptive) r["adaptive_threshold"] = renderer.adaptiveThreshold;
     return r;

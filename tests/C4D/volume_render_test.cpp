@@ -88,11 +88,16 @@ double chord(double x) {
 }
 
 TEST_F(VolumeRender, BallCastsTheShadowOfABall) {
+  // The object was moved after the run, and the smoke with it. Smoke that doesn't shadow itself
+  // still shadows the plane.
+  const std::string moved = R"("position": [100, 0, 0], )";
+  const std::string no_self_shadow =
+      R"("tags": [{"type": "compositing", "parameters": {"self_shadow": false}}], )";
   for (const double x : {0.0, 12.0, 24.0, 40.0}) {
-    // The object was moved after the run, and the smoke with it.
     const auto seen = pixel(
         sun() + host::test::Camera("[" + std::to_string(100 + x) + ", -55, 0]", "[0, 90, 0]") +
-        R"({"type": "plane", "position": [100, -60, 0]},)" + smoke(R"("position": [100, 0, 0], )"));
+        R"({"type": "plane", "position": [100, -60, 0]},)" +
+        smoke(x == 12 ? moved + no_self_shadow : moved));
     EXPECT_NEAR(seen.color[0], 0.8 * std::exp(-0.02 * chord(x)), x > kRadius ? 1e-3 : 0.008) << x;
   }
 }
@@ -133,8 +138,8 @@ std::map<std::uint32_t, Seen> seen_by_types(const std::string& objects, const ch
   return seen;
 }
 
-// Each type of ray passes the volumes that are hidden from it and no others, and all see the same
-// light and shade, whether the effect hands it over in encoded form or not.
+// Each type of ray ignores the volumes that are hidden from it and no others. All types see the
+// same light and shade, whether the effect returns it encoded or not.
 TEST_F(VolumeRender, TypesOfRaysSeeWhatIsntHiddenFromThem) {
   const struct {
     const char* hidden;
@@ -165,8 +170,8 @@ TEST_F(VolumeRender, TypesOfRaysSeeWhatIsntHiddenFromThem) {
   }
 }
 
-// What the run saved beside the frames tells where the ball lies in its object, whatever became of
-// the object and its domain. The ball of the frame is in the middle of the run's object.
+// The scene that the run saved determines where the ball lies in its object, however the object and
+// its domain have changed since. The ball of the frame is in the middle of the run's object.
 TEST_F(VolumeRender, GasStaysWhereItWasInItsObject) {
   const std::string moved = R"("position": [100, 0, 0], )", size = R"("size": [80, 80, 80], )";
   // Now the domain is larger, smaller, and as it was.
@@ -178,7 +183,7 @@ TEST_F(VolumeRender, GasStaysWhereItWasInItsObject) {
               smoke(now, sizes[domain]));
     return -std::log(seen.transmittance[0]) / 0.02;
   };
-  // Nothing was saved: a frame that isn't of the object's domain stays in the world.
+  // Without a saved scene, a frame that doesn't fit the object's domain stays in the world.
   EXPECT_NEAR(depth_at(18, "", 1), chord(18), 2);
   EXPECT_NEAR(depth_at(118, moved, 2), chord(18), 2);
   const struct {
@@ -186,13 +191,13 @@ TEST_F(VolumeRender, GasStaysWhereItWasInItsObject) {
   } cases[] = {
       {"", "", size},
       {moved, "", size},
-      // While the object moved, and a frame's matrix is that of some time within it.
+      // The object moved during the frame, and the frame's matrix belongs to some time within it.
       {moved, R"("keyframes": {"position": [[-1, [0, 0, 0]], [0, [4, 0, 0]]]}, )", size},
-      // While the domain grew: its size at the frame's end isn't the one of the frame.
+      // The domain grew during the frame, so its size at the frame's end isn't that of the frame.
       {"", R"("keyframes": {"parameters.size": [[-1, [80, 80, 80]], [0, [100, 100, 100]]]}, )",
        ""}};
   for (const auto& [now, then, then_size] : cases) {
-    // Each run has a cache of its own.
+    // Each run has its own cache.
     std::filesystem::copy(folder.file("ball"), cache += "+");
     host::WriteDocumentFile(*Scene(smoke(then, then_size)), cache + "/Autosave.c4d");
     for (const double x : {0.0, 18.0, 27.0})
@@ -213,7 +218,7 @@ TEST_F(VolumeRender, ObeysWhatHidesIt) {
   const auto dark = pixel(sun("\"smoke\"") + kFront + smoke());
   EXPECT_EQ(dark.color[0], 0);
   EXPECT_GT(dark.alpha, 0.6);
-  // Out of pictures by its own setting or by that of what is above it.
+  // Hidden by its own setting or by that of its parent.
   const std::string off = R"("visible_in_render": false, )", on = R"("visible_in_render": true, )";
   for (const auto& [group, own, seen] :
        {std::tuple(off, std::string(), false), {"", off, false}, {off, on, true}, {on, "", true}}) {

@@ -1,6 +1,11 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <set>
 #include <thread>
 
 #include "render/direct_light_field.h"
@@ -15,16 +20,30 @@ using namespace test;
 
 bool go_on(int, int, int, int) { return false; }
 
-// Two lights: one from above with the color of the place, one from the side; counts its calls.
+// Two lights: one from above whose color depends on the place, one from the side. Counts its calls,
+// holds them up until `team` threads have called, and notices if two call by the same number.
 struct TestLighting final : Lighting {
   std::atomic<int> calls{0};
+  std::mutex mutex;
+  std::condition_variable complete;
+  std::size_t team = 0;
+  std::set<std::thread::id> threads;
+  std::map<int, std::thread::id> callers;
+  bool mixed_up = false;
   int lights = 2;
   bool curved = false;  // the green of the first is y^2
   int lightCount() override { return lights; }
   Vec3d lightPosition(int n) override { return n == 0 ? Vec3d{0, 1e9, 0} : Vec3d{1e9, 0, 0}; }
   bool illuminate(int n, const RenderVolume&, const Vec3d& p, Color& color, Vec3d& direction,
-                  int) override {
+                  int thread) override {
     ++calls;
+    const auto me = std::this_thread::get_id();
+    std::unique_lock lock(mutex);
+    mixed_up = mixed_up || callers.try_emplace(thread, me).first->second != me;
+    threads.insert(me);
+    complete.notify_all();
+    EXPECT_TRUE(
+        complete.wait_for(lock, std::chrono::minutes(1), [&] { return threads.size() >= team; }));
     direction = n == 0 ? Vec3d{0, 1, 0} : Vec3d{1, 0, 0};
     color = n == 0
                 ? Color{static_cast<float>(p[0]), curved ? static_cast<float>(p[1] * p[1]) : 1, 2}
@@ -71,15 +90,22 @@ TEST(DirectLightField, KeepsWhatLightsGiveToAllThreads) {
       ASSERT_TRUE(field.prepare(lighting, volume, 4, go_on));
       EXPECT_EQ(lighting.calls, 0);
       RayRecord ray;
+      ray.thread = 4;
       const Points points = points_at({{4.25f, 4.5f, 4.125f}, {4, 4, 4}, {0.5f, 0.5f, 0.5f}});
-      std::array<Colors, 4> lights;  // of threads that meet in cells that none has seen yet
+      std::array<Colors, 4> lights;  // of threads that meet in cells not computed yet
+      lighting.team = lights.size();
       std::vector<std::thread> threads;
-      for (Colors& mine : lights)
-        threads.emplace_back([&] { field.query(mine, lighting, ray, points); });
+      for (int n = 0; n < 4; ++n)
+        threads.emplace_back([&, n] {
+          RayRecord own;
+          own.thread = n;
+          field.query(lights[n], lighting, own, points);
+        });
       for (std::thread& thread : threads) thread.join();
       Colors& light = lights[0];
-      // Where light is linear, along x, all look-ups are exact. To a square a trilinear one adds
-      // h^2 f (1 - f) in the share f of a cell of edge h, and a spline h^2 / 3, but near the rim.
+      // Light is linear along x, where all look-ups are exact. Along y it is a square. There, at
+      // the fraction f of a cell of edge h, trilinear look-up is h^2 f (1 - f) too high, and a
+      // spline h^2 / 3, except near the rim.
       for (int i = 0; i < points.n; ++i) {
         const Color color = light.at(i);
         const double y = points.y[i], h = 1 / scale, f = y / h - std::floor(y / h);
@@ -93,6 +119,7 @@ TEST(DirectLightField, KeepsWhatLightsGiveToAllThreads) {
       const int calls = lighting.calls;
       field.query(light, lighting, ray, points);
       EXPECT_EQ(lighting.calls - calls, mode == LightCache::kNone ? 2 * points.n : 0);
+      EXPECT_FALSE(lighting.mixed_up);
       if (mode == LightCache::kNone) continue;
       field.query(light, lighting, ray, points_at({{-0.1f, 4, 4}, {4, 4, 8.6f}, {NAN, 4, 4}}));
       for (int i = 0; i < 3; ++i) EXPECT_EQ(light.at(i), (Color{0, 0, 0})) << i;
@@ -128,9 +155,11 @@ TEST(ScatteredLightField, SpreadsLightOfFireAndLamps) {
   const Points middle = points_at({{4, 4, 3}, {1.5f, 4, 3}});
   TestLighting lighting;
 
-  // Lamps: their own light and what the smoke sends on, in the smoke's color.
+  // Lights: their own light and what the smoke scatters, in the smoke's color.
   ScatteredLightField lit({.maxSweeps = 3});
+  lighting.team = 2;
   ASSERT_TRUE(lit.prepare(lighting, volume, 2, go_on));
+  EXPECT_FALSE(lighting.mixed_up);
   lit.query(light, lighting, ray, middle);
   EXPECT_GT(light.at(0)[0], 4 * 1.2);
   EXPECT_LT(light.at(0)[0], 4 * 4.0);
@@ -144,7 +173,6 @@ TEST(ScatteredLightField, SpreadsLightOfFireAndLamps) {
 
   lighting.lights = 0;
   volume.fire = shader(dims, 0.25f, {3, 3, 3});
-  // What a lamp or a fire sends on goes with its weight.
   const auto total = [&](ScatteredLightParams params, const RenderVolume& in, const Vec3f& at) {
     ScatteredLightField field(params);
     EXPECT_TRUE(field.prepare(lighting, in, 2, go_on));
@@ -153,18 +181,11 @@ TEST(ScatteredLightField, SpreadsLightOfFireAndLamps) {
   };
   const Vec3f at{4, 4, 3};
   EXPECT_GT(total({}, volume, at), 0.05f) << "fire alone";
-  EXPECT_FLOAT_EQ(total({.emissionWeight = 2}, volume, at), 2 * total({}, volume, at));
   lighting.lights = 2;
   volume.fire.on = false;
-  const float direct = 4, sent_on = total({}, volume, at) - direct;
-  EXPECT_NEAR(total({.directWeight = 0.5f}, volume, at) - direct, 0.5f * sent_on, 1e-5f);
   EXPECT_NE(total({.cubic = true}, volume, {4, 3.5f, 3}), total({}, volume, {4, 3.5f, 3}));
-  // Smoke twice as dense that scatters no more is the same as extinction doubled, and cells of two
-  // voxels are the same as voxels twice as long.
-  RenderVolume dense = volume;
-  dense.smoke.density_scale = 2;
-  EXPECT_FLOAT_EQ(total({.extinctionScale = 2}, volume, at), total({}, dense, at));
-  EXPECT_LT(total({}, dense, at), 0.99f * total({}, volume, at));
+  EXPECT_LT(total({.extinctionScale = 2}, volume, at), 0.99f * total({}, volume, at));
+  // Cells of two voxels equal voxels of twice the length.
   RenderVolume fine = volume_of({8, 8, 8}), coarse = volume_of({4, 4, 4}, 2);
   fine.smoke = shader(fine.dims, 0.5f, {1, 1, 1});
   coarse.smoke = shader(coarse.dims, 0.5f, {1, 1, 1});

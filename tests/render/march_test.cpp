@@ -13,7 +13,7 @@ constexpr Vec3i kDims{kCells, kCells, kCells};
 
 float uniform(int, int, int) { return 1; }
 
-// A ball of smoke off the middle, so that no symmetry hides a slip.
+// A ball of smoke off the middle, so that no symmetry hides an error.
 float ball(int i, int j, int k) {
   const double r = length(Vec3d(i - 9.3, j - 8.1, k - 10.7));
   return static_cast<float>(std::clamp(5.0 - r, 0.0, 1.0));
@@ -35,7 +35,7 @@ void expect_mean(const Mean& mean, double exact, const std::string& what) {
   EXPECT_NEAR(mean.value(), exact, 3 * mean.error() + 4e-6 * exact) << what;
 }
 
-/// What many rays of their own seeds see in green on one way through the first volume.
+/// What many rays with different seeds see in green on one line through the first volume.
 struct Traced {
   Mean passed, shadowed, light;
   Traced(const VolumeRenderer& renderer, const Vec3d& from, const Vec3d& to, unsigned count) {
@@ -79,9 +79,9 @@ TEST(March, UniformSlabIsExact) {
       }
 }
 
-// The proximity only leaves out what shows nothing: with and without it every ray sees the same,
-// within the noise of its first sample. Curves that show a hull between two cells, displacement
-// and blur are the hard cases.
+// The proximity skips only invisible gas: with and without it every ray sees the same, within the
+// noise of its first sample. Curves that show a hull between two cells, displacement and blur are
+// the hard cases.
 TEST(March, ClippedRaysSeeTheSame) {
   constexpr Vec3i dims{34, 34, 34};
   DensityFrame frame(dims, ball);
@@ -127,8 +127,8 @@ TEST(March, ClippedRaysSeeTheSame) {
     }
 }
 
-// Two volumes side by side in one ray, and overlapping: extinctions add up, also with voxels of
-// different size. Masks and the order of volumes.
+// Two volumes that overlap in a part of the ray: their extinctions add up, also with voxels of
+// different size, and masks hide one or both.
 TEST(March, VolumesAddUp) {
   DensityFrame frame(kDims, uniform);
   VolumeParams fine = smoke_params(), coarse = smoke_params(2);
@@ -159,13 +159,13 @@ TEST(March, VolumesAddUp) {
   a.matteColor = {0, 1, 0};
   RayRecord ray = make_ray(a, {4, 4, -10}, {4, 4, 80}, 5);
   traceVolumes(renderer, ray);
-  EXPECT_NEAR(ray.radiance[1], 1 - each, 1e-5);  // as much of its color as it hides
+  EXPECT_NEAR(ray.radiance[1], 1 - each, 1e-5);  // its color times its opacity
   EXPECT_EQ(ray.radiance[0], 0);
 }
 
-// Roulette ends half of the rays below a share of 0.5: single rays differ, means don't. A fade that
-// grows with the distance: over a way from a to b along the ray the mean of t / 100 is
-// (a + b) / 200. Shadows don't fade.
+// Roulette ends half of the rays below a transmittance of 0.5: single rays differ, means don't. A
+// fade of t / 100 has the mean (a + b) / 200 over the part from a to b of a ray. Shadows don't
+// fade.
 TEST(March, RouletteLeavesTheMeanAndFadesFollowTheDistance) {
   DensityFrame frame(kDims, uniform);
   VolumeParams params = smoke_params(), fading = params;
@@ -188,8 +188,8 @@ TEST(March, RouletteLeavesTheMeanAndFadesFollowTheDistance) {
   }
 }
 
-// Through thin fog an adaptive march takes one sample a voxel or somewhat more, and through a sheet
-// that gives much light many. The ramp counts them by what they see.
+// An adaptive march takes about one sample per voxel in thin fog, and many in a bright sheet. The
+// ramp counts the samples in each.
 TEST(March, AdaptiveStepsFollowTheSignal) {
   struct Counter final : ColorRamp {
     mutable int fog = 0, sheet = 0;
@@ -214,14 +214,14 @@ TEST(March, AdaptiveStepsFollowTheSignal) {
   traceVolumes(renderer, ray);
   EXPECT_GE(ramp->fog, cells - 3) << "no step is longer than a voxel";
   EXPECT_LT(ramp->fog, 4 * cells) << "and most are much longer than the shortest";
-  // Where it is denser than 0.1, 1.8 voxels in all, it is about 1.2 of depth thick: shares of 0.05
-  // take 20 steps at the least.
+  // The part denser than 0.1, 1.8 voxels in all, has an optical depth of about 1.2: contributions
+  // of 0.05 take at least 20 steps.
   EXPECT_GE(ramp->sheet, 20);
   EXPECT_NEAR(-std::log(ray.transmittance[0]), 60 * 0.02, 0.1);
 }
 
-// Two sheets one behind the other in a volume that is six times as long in another direction: no
-// step over empty space may pass one of them.
+// Two sheets, one behind the other, in a volume that is scaled by 6 in another direction: no step
+// over empty space may miss one of them.
 TEST(March, UnevenVolumesLoseNothing) {
   DensityFrame frame({34, 34, 34}, [](int, int j, int) { return j == 8 || j == 24 ? 1.0f : 0.0f; });
   VolumeParams params = smoke_params();
@@ -244,8 +244,8 @@ TEST(March, UnevenVolumesLoseNothing) {
   EXPECT_NEAR(shadowed.value(), 1, 0.01);
 }
 
-// Detail noise moves gas to where the proximity knows of none. So a march with noise sees the same
-// whatever the proximity says of the gap between two sheets.
+// Detail noise moves gas into space that the proximity takes for empty. So a march with noise sees
+// the same whatever the proximity is in the gap between two sheets.
 TEST(March, NoiseReachesIntoEmptySpace) {
   DensityFrame frame({40, 20, 20}, [](int i, int, int) {
     return (i >= 8 && i <= 10) || (i >= 30 && i <= 32) ? 1.0f : 0.0f;
@@ -277,7 +277,7 @@ TEST(March, NoiseReachesIntoEmptySpace) {
   EXPECT_GT(gap, 0.2) << "there is gas in the gap";
 }
 
-// In a uniform flow the walk of motion blur is a box filter along it: 1 m/s for 0.04 s is 2 voxels.
+// In a uniform flow motion blur is a box filter along the flow: 1 m/s for 0.04 s is 2 voxels.
 TEST(March, BlurFollowsTheFlow) {
   DensityFrame frame(kDims, [](int i, int, int) { return i == 10 ? 1.0f : 0.0f; });
   frame.simTime.length = {1, 25};
@@ -298,7 +298,7 @@ TEST(March, BlurFollowsTheFlow) {
   }
 }
 
-// What may be missing or foolish: no NaN, no crash, and nothing seen where nothing is to be seen.
+// Missing or absurd input gives no NaN and no crash, and shows nothing where there is nothing.
 TEST(March, BadInputGivesNoNaN) {
   DensityFrame frame(kDims, ball);
   add_grid(frame, kGridTemperature, kDims, [](int i, int, int) { return i == 4 ? NAN : 1e30f; });

@@ -36,7 +36,7 @@ struct DensityFrame : SimFrame {
   }
 };
 
-/// Smoke that is red and bright, by the density grid. A voxel is 2 units long.
+/// Bright red smoke from the density grid. A voxel is 2 units long.
 inline VolumeParams smoke_params(double scale = 1) {
   VolumeParams params;
   params.smoke.channel = kGridDensity;
@@ -77,7 +77,7 @@ inline Points points_at(std::initializer_list<Vec3f> list) {
   return points;
 }
 
-/// Velocity on the faces of a grid; v gives the components for a face of an axis.
+/// Velocity on the faces of a grid. v returns the component of an axis on a face at height j.
 inline void add_velocity(SimFrame& frame, const Vec3i& dims,
                          const std::function<float(int axis, int j)>& v) {
   for (const int axis : {0, 1, 2}) {

@@ -55,8 +55,8 @@ TEST(GradientRamp, GoesFromKnotToKnot) {
   EXPECT_EQ(ramp.maxColor(), (Color{2, 0, 1}));
 }
 
-// Catmull-Rom keeps parabolas, B-splines add a third of a second derivative's half to them, and
-// beyond the rim the rules of the table in channel_sampler.h hold.
+// Catmull-Rom reproduces parabolas. B-splines add a sixth of the second derivative to them. Beyond
+// the rim the rules of the table in channel_sampler.h apply.
 TEST(ChannelSampler, FiltersFollowTheirFormulas) {
   SimFrame frame;
   const auto parabola = [](auto x, auto y, auto z) {
@@ -91,8 +91,8 @@ TEST(ChannelSampler, FiltersFollowTheirFormulas) {
   });
 }
 
-// Ramps run along their axis from the first inner layer on. A blurred channel is a copy: that of
-// the frame stays as it was.
+// Ramps rise along their axis, from the first inner layer. A blurred channel is a copy, and the
+// frame's own stays as it was.
 TEST(ChannelSampler, RampsAndBlurs) {
   const Vec3i dims{7, 9, 11};
   DensityFrame frame(dims,
@@ -121,8 +121,8 @@ TEST(ChannelSampler, RampsAndBlurs) {
   EXPECT_EQ((*frame.grid(kGridDensity))(3, 4, 5), 1);
 }
 
-// Gas is looked up where the flow has it from. Two frames of 1/25 s in a flow of (1, -1/2, 1/4) m/s
-// are a way of (4, -2, 1) voxels.
+// Gas is looked up upstream. Two frames of 1/25 s in a flow of (1, -1/2, 1/4) m/s are a distance of
+// (4, -2, 1) voxels.
 TEST(Displacement, LooksUpstream) {
   const Vec3i dims{20, 20, 20};
   const auto value = [](int i, int j, int k) { return static_cast<float>(i + 20 * j + 400 * k); };
@@ -169,8 +169,52 @@ TEST(Proximity, IsTheDistanceToWhatShows) {
   EXPECT_EQ((*make_volume(empty, smoke_params())->proximity)(5, 5, 5), 1.75f * 23 - 3.5f);
 }
 
-// Noise moves points without squeezing the gas, stays in the domain while the grid moves, and
-// leaves old gas alone.
+// Fire with c = b = 1 and smoke whose density is a parabola, in a voxel of which the fire hides a
+// quarter. The view and finer grids of light filter by B-splines, which add h^2 / 6 times the
+// second derivative; the others look up linearly.
+TEST(Shading, SameFormulaForViewShadowAndScattering) {
+  const Vec3i dims{6, 6, 6};
+  DensityFrame frame(dims, [](int i, int, int) { return 0.06f * static_cast<float>(i * i); });
+  add_grid(frame, kGridTemperature, dims, [](int, int, int) { return 1.0f; });
+  VolumeParams params = smoke_params();
+  params.fire.channel = kGridTemperature;
+  params.fire.density = 2;
+  params.occlusion = 4;
+  params.albedo = 0.5;
+  params.filter = Filter::kBSpline;
+  const auto volume = make_volume(frame, params);
+  const Color fire{1, 0.5f, 0.25f};
+  const float linear = 0.75f * 0.24f, spline = 0.75f * 0.26f;
+  const auto extinction = [](float smoke) { return 2 * 1 + 3 * smoke; };
+  const auto smoke_color = [&](int c, float smoke) { return fire[c] * 3 * 0.5f * smoke; };
+
+  const Points points = points_at({{2, 3, 2}});
+  Shaded view;
+  alignas(64) float shadow[kBlock];
+  shade(view, *volume, {}, points);
+  shade_extinction(shadow, *volume, points);
+  const SweepMedium medium = scatter_medium(*volume, dims, {.extinctionScale = 8}, 2);
+  const SweepMedium fine = scatter_medium(*volume, dims * 2, {.gridScale = 2}, 2);
+  Field3 direct(dims, 0), source(dims, 0);
+  HeadLighting light;
+  ASSERT_TRUE(initial_light(direct, source, *volume, light,
+                            {.directWeight = 0.5f, .emissionWeight = 3}, 2,
+                            [](int, int, int, int) { return false; }));
+  const auto cell = direct.index(2, 3, 2), fine_cell = Field3::index(fine.dims, 4, 6, 4);
+  EXPECT_FLOAT_EQ(view.extinction[0], extinction(spline));
+  EXPECT_FLOAT_EQ(shadow[0], extinction(linear));
+  EXPECT_FLOAT_EQ(medium.cells[cell].extinction, 8 * extinction(linear));
+  EXPECT_FLOAT_EQ(fine.cells[fine_cell].extinction, extinction(spline));
+  for (int c = 0; c < 3; ++c) {
+    EXPECT_FLOAT_EQ(view.emission.c[c][0], fire[c] + smoke_color(c, spline));
+    EXPECT_FLOAT_EQ(medium.cells[cell].scattering[c], smoke_color(c, linear));
+    EXPECT_FLOAT_EQ(direct.cell(cell)[c], 1);
+    EXPECT_FLOAT_EQ(source.cell(cell)[c], 3 * fire[c] + 0.5f);
+  }
+}
+
+// Noise moves points without compressing the gas, stays in the domain while the grid moves, and
+// does not move old gas.
 TEST(DetailNoise, MovesPointsAlongACurl) {
   DensityFrame frame({30, 30, 30}, [](int, int, int) { return 1.0f; });
   VolumeParams params = smoke_params();
@@ -201,8 +245,8 @@ TEST(DetailNoise, MovesPointsAlongACurl) {
     EXPECT_LT(length(moved(p) - d), 2e-4f) << p[0];
   }
 
-  // Where gas shears by 3 a second it moves three times as far, but no farther than by the frame
-  // rate, and not at all in the outermost layer.
+  // In a flow with a vorticity of 3 per second points move three times as far. The factor is at
+  // most the frame rate, and 0 in the outermost layer.
   add_velocity(frame, {30, 30, 30}, [](int axis, int j) {
     return axis == 0 ? 3 * 0.02f * static_cast<float>(j) : 0.0f;
   });
@@ -217,7 +261,8 @@ TEST(DetailNoise, MovesPointsAlongACurl) {
       EXPECT_LT(length(d - moved(p) * (share * std::min(rate, 3.0f))), 1e-4f) << rate << share;
     }
   }
-  // A period twice as long takes twice the time, whatever was shown before; without one it stays.
+  // With twice the period the same noise comes at twice the time, whatever was shown before. With a
+  // period of 0 it never changes.
   const auto tile_at = [](DetailNoise& made, double period, double time) {
     set_detail_noise(made, {.percent = 1, .period = period}, 1, time);
     return (*made.tile)(1, 2, 3);

@@ -26,7 +26,7 @@ std::vector<std::pair<int, int>> lit(const QImage& picture) {
 
 int gray(const QImage& picture, int x, int y) { return qRed(picture.pixel(x, y)); }
 
-// One cell near a corner, seen along each axis: it tells which way the picture lies.
+// One cell near a corner, seen along each axis, shows the orientation of the picture.
 TEST(SlicePicture, LiesTheRightWay) {
   Field<float> f = ghosted();
   f(3, 1, 2) = 1;

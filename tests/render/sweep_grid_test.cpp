@@ -22,9 +22,9 @@ bool go_on(int, int) { return true; }
 
 double sum(const Field3& f) { return std::accumulate(f.data.begin(), f.data.end(), 0.0); }
 
-// One ray at a time: from a cell of the face in a straight line through the grid, from wall to
-// wall, until it leaves. Rays that come in through the sides start where one enters: the
-// continuation of a ray on the other side of the grid, without light.
+// One ray at a time, from a cell of the face in a straight line through the grid, from wall to
+// wall, until it leaves. A ray that leaves sideways goes on at the other side of the grid as a new
+// ray, without light.
 Field3 plain_sweep(const Field3& source, const SweepMedium& medium, int d, double h) {
   const Vec3i dims = source.dims;
   Field3 gathered(dims, 0);
@@ -94,10 +94,10 @@ TEST(SweepGrid, AgreesWithStraightRaysOneByOne) {
   }
 }
 
-// Rays run 1 / cos as far in a slab as it is thick, and each of a cell's D^2 directions counts the
-// same, so what a cell sends out is the mean of 1 / cos too much at most: 1.19 for D = 3. In a
-// thick white medium that is what comes back; it is less by what leaves the grid. So light of a
-// medium with an albedo below 1 / 1.19 fades from sweep to sweep, however thick it is.
+// The path of a ray in a slab is 1 / cos times as long as the slab is thick, and all D^2 directions
+// have the same weight. So a cell sends out too much, at most by the mean of 1 / cos, which is 1.19
+// for D = 3. In a thick white medium this is the factor per sweep, less what leaves the grid. With
+// an albedo below 1 / 1.19 light fades from sweep to sweep, however thick the medium is.
 TEST(SweepGrid, WhiteMediumKeepsItsLight) {
   constexpr int d = 3;
   const double c1 = std::cos(std::numbers::pi / 6), s = std::sin(std::numbers::pi / 6) * c1;
@@ -114,8 +114,8 @@ TEST(SweepGrid, WhiteMediumKeepsItsLight) {
         for (float& g : gathered.data) g *= static_cast<float>(grid.gather_factor());
         EXPECT_GT(sum(gathered), 0);
         EXPECT_LE(sum(gathered), sum(source) * (albedo < 1 ? 1.0 : excess));
-        // In the middle of a thick cloud, cells of five mean free paths keep some light to
-        // themselves, and as much of the rest comes back as goes out.
+        // In the middle of a thick cloud, cells of five mean free paths absorb some of their own
+        // light, and as much of the rest comes back as goes out.
         const auto middle = source.index(12, 12, 12);
         const double back = *gathered.cell(middle) / *source.cell(middle);
         EXPECT_TRUE(extinction < 20 || (back >= albedo * 0.2 && back <= albedo * excess)) << back;
