@@ -5,6 +5,7 @@
 
 #include "math/lanes/spline_kernels.h"
 #include "render/light/grid_lookup.h"
+#include "util/units.h"
 
 namespace nbx {
 
@@ -159,7 +160,7 @@ void shade(Shaded& out, const RenderVolume& volume, const RayRecord& ray, const 
 
   if (volume.depth_fade) {
     alignas(64) float depth[kBlock], fade[kBlock];
-    for (int i = 0; i < n; ++i) depth[i] = points.t[i] * 0.01f;
+    for (int i = 0; i < n; ++i) depth[i] = points.t[i] * static_cast<float>(kMetersPerUnit);
     evaluate_curve(fade, *volume.depth_fade, depth, n);
     for (int i = 0; i < n; ++i) {
       for (auto c = 0; c < 3; ++c) out.emission.c[c][i] *= fade[i];

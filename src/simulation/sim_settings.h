@@ -17,6 +17,7 @@
 #include "math/int_box.h"
 #include "math/wavelet_noise.h"
 #include "simulation/channel_params.h"
+#include "util/units.h"
 
 namespace nbx {
 
@@ -41,8 +42,8 @@ struct SimSettings {
   double pressure_tolerance = 0.01;
   double velocity_box_threshold = 10;  // speed that counts as content; below 0: never
   double voxel_size = 1;               // scene units
-  double unit_scale = 0.01;            // simulation units per scene unit
-  double dx = 0.01;                    // voxel_size * unit_scale
+  double unit_scale = kMetersPerUnit;  // simulation units per scene unit
+  double dx = kMetersPerUnit;          // voxel_size * unit_scale
   double cfl = 2;                      // largest advection distance per step, in voxels
   double trace_tolerance = 1;          // largest step of the adaptive tracer, in voxels
   double time_scale = 1;
