@@ -1,11 +1,11 @@
-#include "C4D/commands/simulate_command.h"
-
 #include <QDir>
 #include <QFileInfo>
 #include <QTemporaryFile>
 
 #include "C4D/commands/command_dialog.h"
 #include "C4D/commands/command_options.h"
+#include "C4D/commands/commands.h"
+#include "C4D/commands/register_command.h"
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/run/run_checks.h"
@@ -65,9 +65,9 @@ class Run {
       return false;
     }
     const host::FrameRate fps = volume_.GetDocument().GetFps();
-    parameters_.SetLong(OVOLUME_TIME_MODE, OVOLUME_TIME_OWN_RANGE);
-    parameters_.SetTime(OVOLUME_TIME_START, host::BaseTime::FromFrame(first, fps));
-    parameters_.SetTime(OVOLUME_TIME_END, host::BaseTime::FromFrame(last, fps));
+    parameters_.SetLong(OVOLUME.TIME_MODE, OVOLUME_TIME_OWN_RANGE);
+    parameters_.SetTime(OVOLUME.TIME_START, host::BaseTime::FromFrame(first, fps));
+    parameters_.SetTime(OVOLUME.TIME_END, host::BaseTime::FromFrame(last, fps));
     return true;
   }
 
@@ -77,14 +77,14 @@ class Run {
     if (arguments_.Has("continue")) return wrong("--continue and --start-from exclude each other");
     if (!QFileInfo(QString::fromStdString(path)).isFile())
       return wrong("--start-from: there is no file " + path);
-    parameters_.SetBool(OVOLUME_LOAD_STATE, true);
-    parameters_.SetFilename(OVOLUME_STATE_FILE, {path});
+    parameters_.SetBool(OVOLUME.LOAD_STATE, true);
+    parameters_.SetFilename(OVOLUME.STATE_FILE, {path});
     return true;
   }
 
   /// Nothing is written before all of the scene is seen to be good.
   bool scene_is_good() {
-    const double voxel_size = ParameterReader(volume_).real(OVOLUME_VOXEL_SIZE);
+    const double voxel_size = ParameterReader(volume_)(OVOLUME.VOXEL_SIZE);
     if (!(voxel_size > 0)) return wrong("voxel_size must be above 0");
     const TimeRange range = time_range(volume_);
     if (range.end < range.start) return wrong("the last frame lies before the first");
@@ -100,7 +100,7 @@ class Run {
     const std::string directory =
         arguments_.Has("cache") ? absolute(arguments_.GetString("cache")) : named_cache(volume_);
     if (directory.empty()) return true;  // the run makes a new one
-    parameters_.SetFilename(OVOLUME_CACHE_NAME, {directory});
+    parameters_.SetFilename(OVOLUME.CACHE_NAME, {directory});
     if (const std::string shared = what_shares_cache(volume_); !shared.empty())
       return wrong(shared);
     if (!what_locks(volume_).empty()) return true;  // the start refuses, and nothing is made
@@ -204,15 +204,11 @@ class ContinueCommand final : public SimulateCommand {
 }  // namespace
 
 bool register_simulate_command(host::HostServices& services, const std::string& name) {
-  return services.RegisterCommandPlugin(
-      kStartSimulation, name,
-      []() -> std::unique_ptr<host::CommandData> { return std::make_unique<SimulateCommand>(); });
+  return register_command<SimulateCommand>(services, kStartSimulation, name);
 }
 
 bool register_continue_command(host::HostServices& services, const std::string& name) {
-  return services.RegisterCommandPlugin(
-      kContinueSimulation, name,
-      []() -> std::unique_ptr<host::CommandData> { return std::make_unique<ContinueCommand>(); });
+  return register_command<ContinueCommand>(services, kContinueSimulation, name);
 }
 
 }  // namespace nbx

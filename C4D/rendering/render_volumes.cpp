@@ -9,7 +9,7 @@
 #include "C4D/rendering/host_volume.h"
 #include "C4D/rendering/simulate_on_render.h"
 #include "C4D/services/host_conversion.h"
-#include "C4D/services/load_string.h"
+#include "C4D/services/texts.h"
 #include "C4D/settings/shading_settings.h"
 #include "C4D/settings/volume_cache.h"
 
@@ -88,7 +88,7 @@ void prepare_volume(HostVolume& volume, host::BaseRender* render,
 bool prepare_light(HostVolume& volume, host::BaseRender& render) {
   const auto progress = [&](int done, int total, int stage, int stages) {
     if (done == 0)
-      render.SetStatusText(volume.object->GetName() + ": " + load_string(10097) + " " +
+      render.SetStatusText(volume.object->GetName() + ": " + texts::kLightInSmoke + " " +
                            std::to_string(stage) + "/" + std::to_string(stages));
     render.SetProgress(total > 0 ? static_cast<double>(done) / total : 1);
     return render.TestBreak();
@@ -114,7 +114,7 @@ void collect_volumes(VolumeRenderer& renderer, host::BaseObject* first) {
 bool prepare_all(VolumeRenderer& renderer, host::BaseRender* render,
                  const host::BaseDocument& document, const host::BaseVideoPost& node) {
   if (render && !simulate_up_to_frame(renderer, *render)) return false;
-  if (render) render->SetStatusText(load_string(10077));
+  if (render) render->SetStatusText(texts::kPreparingVolumes);
   renderer.active = false;
   for (const auto& volume : renderer.volumes) {
     prepare_volume(host_volume(*volume), render, document);
@@ -122,8 +122,8 @@ bool prepare_all(VolumeRenderer& renderer, host::BaseRender* render,
     if (render && render->TestBreak()) return false;
   }
   const ParameterReader data(node);
-  renderer.adaptive = data.flag(VPVOLUME_ADAPTIVE);
-  renderer.adaptiveThreshold = static_cast<float>(data.real(VPVOLUME_ADAPTIVE_THRESHOLD));
+  renderer.adaptive = data(VPVOLUME.ADAPTIVE);
+  renderer.adaptiveThreshold = static_cast<float>(data(VPVOLUME.ADAPTIVE_THRESHOLD));
   if (!renderer.active || !render) return true;
   for (const auto& volume : renderer.volumes)
     if (volume->light_field && !prepare_light(host_volume(*volume), *render)) return false;

@@ -4,11 +4,10 @@
 
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
-#include "C4D/parameters/volume_shading_parameters.h"
 #include "C4D/rendering/host_volume.h"
 #include "C4D/run/run_checks.h"
 #include "C4D/run/run_failure.h"
-#include "C4D/services/load_string.h"
+#include "C4D/services/texts.h"
 #include "C4D/settings/volume_cache.h"
 #include "util/log.h"
 
@@ -35,7 +34,7 @@ std::string subject(const HostVolume& volume) {
 bool wants_simulation(const HostVolume& volume, const host::BaseRender& render) {
   const FrameSpan span = frames_of(*volume.object);
   return !render.IsNetworkClient() && render.GetFirstFrame() != render.GetLastFrame() &&
-         ParameterReader(*volume.object).flag(OVOLUME_SIMULATE_ON_RENDER) &&
+         ParameterReader(*volume.object)(OVOLUME.SIMULATE_ON_RENDER) &&
          render.GetFirstFrame() <= span.last && span.first <= render.GetLastFrame();
 }
 
@@ -51,19 +50,19 @@ bool settle_earlier_run(const HostVolume& volume, host::BaseRender& render) {
   const host::OldFiles answer = render.AskAboutOldFiles();
   if (answer == host::OldFiles::Unanswered)
     return refuse(volume, render, host::Refusal::NotAllowed,
-                  load_string(10085) +
+                  texts::kCacheHoldsRun.title +
                       ": give --overwrite to simulate over it, --new-cache to leave it alone, or "
                       "--set " +
                       volume.object->GetName() + ".simulate_on_render=false to render its frames");
   if (answer == host::OldFiles::MakeNew && !move_to_new_cache(*volume.object))
-    return refuse(volume, render, host::Refusal::NotAllowed, load_string(10012));
+    return refuse(volume, render, host::Refusal::NotAllowed, texts::kNoCacheFolder.text);
   return true;
 }
 
 bool admit(HostVolume& volume, host::BaseRender& render) {
   if (!wants_simulation(volume, render)) return true;
   if (const std::string lock = what_locks(*volume.object); !lock.empty()) {
-    render.Warning(subject(volume) + load_string(10093) + " (" + lock +
+    render.Warning(subject(volume) + texts::kCacheLocked.title + " (" + lock +
                    "): it isn't simulated, and the render shows the frames of the cache");
     return true;
   }
@@ -117,7 +116,7 @@ bool begin(HostVolume& volume, host::BaseRender& render) {
 void step_to(HostVolume& volume, std::int64_t frame, host::BaseRender& render) {
   SimulationThread& run = volume.simulation->run;
   const std::int64_t first = run.time().frame();
-  if (first < frame) render.SetStatusText(load_string(10008));
+  if (first < frame) render.SetStatusText(texts::kSimulating);
   std::string failure;
   while (run.time().frame() < frame && !render.TestBreak()) {
     const std::int64_t last = run.time().frame();

@@ -8,7 +8,7 @@
 #include "C4D/run/run_checks.h"
 #include "C4D/run/simulation_thread.h"
 #include "C4D/services/host_conversion.h"
-#include "C4D/services/load_string.h"
+#include "C4D/services/texts.h"
 #include "C4D/settings/volume_cache.h"
 #include "cache/frame_names.h"
 
@@ -16,13 +16,9 @@ namespace nbx {
 
 namespace {
 
-QFileInfo autosave_in(const std::string& directory) {
-  return QFileInfo(QString::fromStdString(directory + "/Autosave.c4d"));
-}
-
 /// A run saves the scene when it starts, and its state when it ends.
 bool a_run_started_after(const SavedState& state, const std::string& directory) {
-  return autosave_in(directory).lastModified() >
+  return QFileInfo(QString::fromStdString(autosave_file(directory))).lastModified() >
          QFileInfo(QString::fromStdString(state.path)).lastModified();
 }
 
@@ -74,10 +70,11 @@ bool SimulationThread::find_origin(const std::string& directory, std::optional<i
 bool SimulationThread::settle_with_earlier_run(const std::string& directory) {
   if (!must_ask_about_cache(*object_link_)) return true;
   if (extends_earlier_run(directory)) return true;
-  const OldCache choice = dialog_->ask_about_cache(load_string(10085), load_string(10086));
+  const OldCache choice =
+      dialog_->ask_about_cache(texts::kCacheHoldsRun.title, texts::kCacheHoldsRun.text);
   if (choice == OldCache::kStop) return false;
   if (choice == OldCache::kOverwrite || move_to_new_cache(*object_link_)) return true;
-  dialog_->refuse(load_string(10009), load_string(10012));
+  dialog_->refuse(texts::kNoCacheFolder.title, texts::kNoCacheFolder.text);
   return false;
 }
 
@@ -88,7 +85,7 @@ bool SimulationThread::extends_earlier_run(const std::string& directory) {
   std::string ignored;
   auto state = open_state(last_state_file(directory), ignored);
   const TimeRange range = time_range(object);
-  if (!state || ParameterReader(object).flag(OVOLUME_LOAD_STATE) ||
+  if (!state || ParameterReader(object)(OVOLUME.LOAD_STATE) ||
       !ends_before_range(*state, range, directory))
     return false;
   bring(object.GetDocument(), to_base_time(state->frame.frameTime.time));

@@ -128,8 +128,8 @@ bool SimulationThread::open_cache() {
   const std::shared_ptr<BFS> cache = sim_->settings.target_cache = volume_cache(*object_, true);
   if (!cache) return false;
   const ParameterReader p(*object_);
-  cache->codec = p.flag(OVOLUME_COMPRESS_CACHE) ? Codec::kPredictive : Codec::kRunLength;
-  cache->sync = p.flag(OVOLUME_CACHE_SYNC) ? Sync::kDisk : Sync::kNone;
+  cache->codec = p(OVOLUME.COMPRESS_CACHE) ? Codec::kPredictive : Codec::kRunLength;
+  cache->sync = p(OVOLUME.CACHE_SYNC) ? Sync::kDisk : Sync::kNone;
   // The cache's own name must last too.
   if (cache->sync == Sync::kDisk) sync_folder(folder_of(cache->directory()));
   return true;

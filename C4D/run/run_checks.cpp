@@ -35,7 +35,7 @@ const host::BaseObject* find_sharer(const host::BaseObject* first, const host::B
 }  // namespace
 
 std::string what_locks(const host::BaseObject& volume) {
-  if (ParameterReader(volume).flag(OVOLUME_CACHE_LOCK)) return "cache_lock is on";
+  if (ParameterReader(volume)(OVOLUME.CACHE_LOCK)) return "cache_lock is on";
   const std::string directory = find_cache(volume);
   if (directory.empty() || !cache_locked(directory)) return {};
   return directory + " holds CacheLock.lck";
@@ -51,7 +51,7 @@ std::string what_shares_cache(const host::BaseObject& volume) {
 }
 
 bool must_ask_about_cache(const host::BaseObject& volume) {
-  return preference(PREF_ASK_AUTOSAVE) && has_autosave(volume);
+  return preference(PREF.ASK_AUTOSAVE) && has_autosave(volume);
 }
 
 bool move_to_new_cache(host::BaseObject& volume) {

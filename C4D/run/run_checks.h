@@ -8,7 +8,7 @@
 
 namespace nbx {
 
-/// Why no run may write into the volume's cache: OVOLUME_CACHE_LOCK is on, or the folder holds the
+/// Why no run may write into the volume's cache: OVOLUME.CACHE_LOCK is on, or the folder holds the
 /// lock file. Empty if it isn't locked.
 std::string what_locks(const host::BaseObject& volume);
 

@@ -22,7 +22,7 @@ void SimulationThread::save_last_state() {
 }
 
 void SimulationThread::save_state_if_due() {
-  const std::int32_t every = ParameterReader(*object_).whole(OVOLUME_SAVE_STATE_EVERY);
+  const std::int32_t every = ParameterReader(*object_)(OVOLUME.SAVE_STATE_EVERY);
   const int frame = time_.frame();
   const bool last = stop_at_frame_end_ || !fraction_less(time_.time, end_time_.time);
   if (every < 1 || frame % every != 0 || last) return;

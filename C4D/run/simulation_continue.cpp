@@ -17,8 +17,8 @@ namespace nbx {
 bool SimulationThread::read_origin() {
   if (!continue_run_) {
     const ParameterReader p(*object_);
-    if (!p.flag(OVOLUME_LOAD_STATE)) return false;
-    const std::string path = object_->GetDocument().Resolve(p.file(OVOLUME_STATE_FILE)).path;
+    if (!p(OVOLUME.LOAD_STATE)) return false;
+    const std::string path = object_->GetDocument().Resolve(p(OVOLUME.STATE_FILE)).path;
     std::string reason;
     state_ = read_state(path, reason);
     no_state_ = "there is no state to go on from: " + path + ": " + reason;
@@ -30,7 +30,7 @@ bool SimulationThread::read_origin() {
 SimulationThread::Origin SimulationThread::load_state() {
   if (!read_origin()) return Origin::kAnew;
   const ParameterReader p(*object_);
-  const bool goes_on = continue_run_ || p.flag(OVOLUME_STATE_CONTINUE_TIME);
+  const bool goes_on = continue_run_ || p(OVOLUME.STATE_CONTINUE_TIME);
   const bool has_gas = sim_->load_state(*this, state_->frame);
   if (!has_gas)
     warn(state_->path + " has grids of less than 3 voxels: " +

@@ -3,7 +3,7 @@
 
 #include "C4D/run/run_checks.h"
 #include "C4D/run/simulation_thread.h"
-#include "C4D/services/load_string.h"
+#include "C4D/services/texts.h"
 #include "C4D/settings/volume_cache.h"
 #include "host/interface/camera.h"
 
@@ -11,17 +11,17 @@ namespace nbx {
 
 bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_run,
                                         RunDialog& dialog, std::optional<int> at_most) {
-  const auto refuse = [&dialog](int title, int text) {
-    dialog.refuse(load_string(title), load_string(text));
+  const auto refuse = [&dialog](const texts::Box& box) {
+    dialog.refuse(box.title, box.text);
     return false;
   };
-  if (!object) return refuse(10043, 10044);
+  if (!object) return refuse(texts::kNoVolume);
   if (const std::string why = what_locks(*object); !why.empty()) {
-    dialog.refuse(load_string(10093) + " (" + why + ")", load_string(10094));
+    dialog.refuse(texts::kCacheLocked.title + " (" + why + ")", texts::kCacheLocked.text);
     return false;
   }
   if (IsRunning()) {
-    if (!dialog.ask_to_stop(load_string(10028), load_string(10029))) return false;
+    if (!dialog.ask_to_stop(texts::kRunning.title, texts::kRunning.text)) return false;
     stop(true);
   }
   End(true);
@@ -37,7 +37,7 @@ bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_
       document.GetActiveRenderData().GetDataInstance().GetReal(host::RENDER_FRAME_RATE);
   std::string ignored;
   if (rate > 0 && host::FrameRate::FromReal(rate, ignored) != document.GetFps())
-    dialog.message(load_string(10119), load_string(10118));
+    dialog.message(texts::kFrameRatesDiffer.title, texts::kFrameRatesDiffer.text);
   autosave(*object);
 
   stop_at_frame_end_ = stop_now_ = false;

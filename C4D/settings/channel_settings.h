@@ -1,19 +1,19 @@
-// Brings what the volume object says of the four channels, and of combustion between them, into the
-// settings of a run.
+// Reads the parameters of the four channels, and of combustion between them, into the settings of a
+// run.
 #pragma once
 
-#include "C4D/parameters/parameter_reader.h"
+#include "C4D/parameters/volume_channel.h"
 #include "simulation/sim_settings.h"
 
 namespace nbx {
 
-/// Which channels exist and which are kept in frames.
+/// Which channels are simulated, and which are stored in frames.
 void read_channel_sets(SimSettings& settings, const ParameterReader& parameters);
 
 /// The parameters of all channels.
 void read_channel_params(SimSettings& settings, const ParameterReader& parameters);
 
-/// The channel that a parameter selects, kNoChannel for none.
-int selected_channel(const ParameterReader& parameters, std::int32_t id);
+/// The key of the channel that a parameter selects; kNoChannel for none.
+int selected_channel(const ParameterReader& parameters, const Parameter<VolumeChannel>& choice);
 
 }  // namespace nbx

@@ -24,9 +24,9 @@ Vec3d motion(const host::BaseObject& volume, double seconds) {
 /// The wind as the domain feels it: that of the world less the domain's own motion.
 void read_wind(SimSettings& s, host::BaseObject& volume, double dt) {
   const ParameterReader p(volume);
-  s.wind_direction = normalized(to_flipped_vector(p.vector(OVOLUME_WIND_DIRECTION)));
-  s.wind_speed = p.real(OVOLUME_WIND_SPEED) * s.unit_scale;
-  if (dt <= 0 || p.flag(OVOLUME_WIND_WORLD)) return;
+  s.wind_direction = normalized(to_flipped_vector(p(OVOLUME.WIND_DIRECTION)));
+  s.wind_speed = p(OVOLUME.WIND_SPEED) * s.unit_scale;
+  if (dt <= 0 || p(OVOLUME.WIND_WORLD)) return;
   const double document_dt = dt / s.sim_time.length.value() * s.frame_duration;
   const Vec3d moved = motion(volume, document_dt);
   if (moved == Vec3d()) return;
@@ -36,35 +36,35 @@ void read_wind(SimSettings& s, host::BaseObject& volume, double dt) {
 }
 
 void read_noise(SimSettings& s, const ParameterReader& p) {
-  set_noise_scale(s.noise, std::max(p.real(OVOLUME_NOISE_SIZE_MIN), 0.0),
-                  std::max(p.real(OVOLUME_NOISE_SIZE_MAX), 0.0), s.voxel_size,
-                  p.real(OVOLUME_NOISE_STRENGTH) * s.unit_scale, p.real(OVOLUME_NOISE_PERIOD));
-  s.noise.persistence = static_cast<float>(p.real(OVOLUME_NOISE_PERSISTENCE));
-  s.noise.driver_key = selected_channel(p, OVOLUME_NOISE_DRIVER);
-  s.noise.driver_spline = to_spline(p.curve(OVOLUME_NOISE_CURVE));
+  set_noise_scale(s.noise, std::max(p(OVOLUME.NOISE_SIZE_MIN), 0.0),
+                  std::max(p(OVOLUME.NOISE_SIZE_MAX), 0.0), s.voxel_size,
+                  p(OVOLUME.NOISE_STRENGTH) * s.unit_scale, p(OVOLUME.NOISE_PERIOD));
+  s.noise.persistence = static_cast<float>(p(OVOLUME.NOISE_PERSISTENCE));
+  s.noise.driver_key = selected_channel(p, OVOLUME.NOISE_DRIVER);
+  s.noise.driver_spline = to_spline(p(OVOLUME.NOISE_CURVE));
 }
 
 void read_motion(SimSettings& s, const ParameterReader& p) {
-  s.drag = std::clamp(p.real(OVOLUME_DRAG), 0.0, 1.0);
-  s.clamp_velocity = p.flag(OVOLUME_CLAMP_VELOCITY);
-  s.vorticity = p.real(OVOLUME_VORTICITY);
+  s.drag = std::clamp(p(OVOLUME.DRAG), 0.0, 1.0);
+  s.clamp_velocity = p(OVOLUME.CLAMP_VELOCITY);
+  s.vorticity = p(OVOLUME.VORTICITY);
   read_noise(s, p);
 }
 
 }  // namespace
 
 Fraction time_scale(const host::BaseObject& volume) {
-  const double scale = std::max(ParameterReader(volume).real(OVOLUME_TIME_SCALE), 1e-6);
+  const double scale = std::max(ParameterReader(volume)(OVOLUME.TIME_SCALE), 1e-6);
   return normalize({std::round(scale * 1e6), 1e6});
 }
 
 void read_run_settings(SimSettings& s, const host::BaseObject& volume) {
   const ParameterReader p(volume);
   read_channel_sets(s, p);
-  s.voxel_size = p.real(OVOLUME_VOXEL_SIZE);
+  s.voxel_size = p(OVOLUME.VOXEL_SIZE);
   s.dx = s.voxel_size * s.unit_scale;
-  s.interp_points = p.flag(OVOLUME_ADVECT_CUBIC) ? 4 : 3;
-  s.cache_direct = p.flag(OVOLUME_CACHE_DIRECT);
+  s.interp_points = p(OVOLUME.ADVECT_CUBIC) ? 4 : 3;
+  s.cache_direct = p(OVOLUME.CACHE_DIRECT);
 }
 
 void read_step_settings(SimSettings& s, host::BaseObject& volume, double dt) {
@@ -74,17 +74,18 @@ void read_step_settings(SimSettings& s, host::BaseObject& volume, double dt) {
   s.domain_box = grid.box();
 
   const ParameterReader p(volume);
-  s.cfl = p.real(OVOLUME_CFL);
-  s.adaptive_tracer = p.flag(OVOLUME_ADAPTIVE_TRACER);
+  s.cfl = p(OVOLUME.CFL);
+  s.adaptive_tracer = p(OVOLUME.ADAPTIVE_TRACER);
   s.time_scale = time_scale(volume).value();
-  s.max_substeps = p.whole(OVOLUME_MAX_SUBSTEPS);
-  s.velocity_box_threshold = p.real(OVOLUME_VELOCITY_THRESHOLD) * s.unit_scale;
-  s.fit_to_walls = p.flag(OVOLUME_FIT_TO_WALLS);
-  s.mask_channels_by_solid = p.flag(OVOLUME_MASK_SOLID);
+  s.max_substeps = p(OVOLUME.MAX_SUBSTEPS);
+  s.velocity_box_threshold = p(OVOLUME.VELOCITY_THRESHOLD) * s.unit_scale;
+  s.fit_to_walls = p(OVOLUME.FIT_TO_WALLS);
+  s.mask_channels_by_solid = p(OVOLUME.MASK_SOLID);
   // The grid's z axis runs against the host's, so the two z faces change places.
-  const std::int32_t faces[6] = {OVOLUME_CLOSED_X_MIN, OVOLUME_CLOSED_X_MAX, OVOLUME_CLOSED_Y_MIN,
-                                 OVOLUME_CLOSED_Y_MAX, OVOLUME_CLOSED_Z_MAX, OVOLUME_CLOSED_Z_MIN};
-  for (std::size_t f = 0; f < 6; ++f) s.face_closed[f] = p.flag(faces[f]) ? 1 : 0;
+  const Parameter<bool> faces[6] = {OVOLUME.CLOSED_X_MIN, OVOLUME.CLOSED_X_MAX,
+                                    OVOLUME.CLOSED_Y_MIN, OVOLUME.CLOSED_Y_MAX,
+                                    OVOLUME.CLOSED_Z_MAX, OVOLUME.CLOSED_Z_MIN};
+  for (std::size_t f = 0; f < 6; ++f) s.face_closed[f] = p(faces[f]) ? 1 : 0;
 
   read_motion(s, p);
   read_channel_params(s, p);

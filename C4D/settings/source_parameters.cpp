@@ -1,6 +1,5 @@
 #include "C4D/settings/source_parameters.h"
 
-#include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_tag_parameters.h"
 #include "C4D/services/host_conversion.h"
 #include "simulation/channel_key.h"
@@ -11,7 +10,7 @@ namespace {
 
 constexpr double kSmallestThickness = 1.7320508075688772;  // the diagonal of a cell
 
-ParticleMap particle_map(std::int32_t value) {
+ParticleMap particle_map(TagParticleMap value) {
   switch (value) {
     case TVOLUME_PARTICLE_AGE:
       return ParticleMap::kAge;
@@ -27,17 +26,18 @@ ParticleMap particle_map(std::int32_t value) {
 }
 
 void read_amounts(SimulationObjectParameters& source, const ParameterReader& p, double frames) {
-  const auto channel = [&](int key, std::int32_t amount, std::int32_t mode) {
-    source.amounts[key] = p.real(amount);
-    if (p.whole(mode) != TVOLUME_MODE_ADD) return;
+  const auto channel = [&](int key, const Parameter<double>& amount,
+                           const Parameter<TagMode>& mode) {
+    source.amounts[key] = p(amount);
+    if (p(mode) != TVOLUME_MODE_ADD) return;
     source.add_keys.insert(key);
     source.amounts[key] *= frames;
   };
-  channel(kDensity, TVOLUME_DENSITY, TVOLUME_DENSITY_MODE);
-  channel(kTemperature, TVOLUME_TEMPERATURE, TVOLUME_TEMPERATURE_MODE);
-  channel(kFuel, TVOLUME_FUEL, TVOLUME_FUEL_MODE);
-  channel(kBurn, TVOLUME_BURN, TVOLUME_BURN_MODE);
-  source.amounts[kExpansion] = p.real(TVOLUME_EXPANSION);  // a rate: the same in every substep
+  channel(kDensity, TVOLUME.DENSITY, TVOLUME.DENSITY_MODE);
+  channel(kTemperature, TVOLUME.TEMPERATURE, TVOLUME.TEMPERATURE_MODE);
+  channel(kFuel, TVOLUME.FUEL, TVOLUME.FUEL_MODE);
+  channel(kBurn, TVOLUME.BURN, TVOLUME.BURN_MODE);
+  source.amounts[kExpansion] = p(TVOLUME.EXPANSION);  // a rate: the same in every substep
 }
 
 }  // namespace
@@ -51,14 +51,14 @@ SimulationObjectParameters source_parameters(const host::BaseTag& tag, const Sim
   source.transform = to_affine(tag.GetObject()->GetMg());
   source.transform.rows[2] = -source.transform.rows[2];
   source.transform.translation[2] *= -1;
-  source.direction = to_vector(p.vector(TVOLUME_DIRECTION)) * settings.unit_scale;
-  source.normal_force = p.real(TVOLUME_NORMAL_FORCE) * settings.unit_scale * frames;
-  source.velocity_transfer = p.real(TVOLUME_VELOCITY_TRANSFER) * settings.unit_scale;
+  source.direction = to_vector(p(TVOLUME.DIRECTION)) * settings.unit_scale;
+  source.normal_force = p(TVOLUME.NORMAL_FORCE) * settings.unit_scale * frames;
+  source.velocity_transfer = p(TVOLUME.VELOCITY_TRANSFER) * settings.unit_scale;
 
-  source.thickness = std::max(p.real(TVOLUME_THICKNESS) / settings.voxel_size, kSmallestThickness);
-  source.fill = p.flag(TVOLUME_FILL);
-  source.particle_map = particle_map(p.whole(TVOLUME_PARTICLE_MAP));
-  source.particle_curve = to_spline(p.curve(TVOLUME_PARTICLE_CURVE));
+  source.thickness = std::max(p(TVOLUME.THICKNESS) / settings.voxel_size, kSmallestThickness);
+  source.fill = p(TVOLUME.FILL);
+  source.particle_map = particle_map(p(TVOLUME.PARTICLE_MAP));
+  source.particle_curve = to_spline(p(TVOLUME.PARTICLE_CURVE));
 
   source.world_to_grid = settings.world_to_grid;
   source.time = settings.sim_time.time.value() + settings.frame_elapsed;
@@ -67,7 +67,7 @@ SimulationObjectParameters source_parameters(const host::BaseTag& tag, const Sim
 }
 
 int surface_channel(const host::BaseTag& tag) {
-  switch (ParameterReader(tag).whole(TVOLUME_SURFACE_CHANNEL)) {
+  switch (ParameterReader(tag)(TVOLUME.SURFACE_CHANNEL)) {
     case TVOLUME_SURFACE_CHANNEL_0:
       return 0;
     case TVOLUME_SURFACE_CHANNEL_1:

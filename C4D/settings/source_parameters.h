@@ -1,4 +1,4 @@
-// What an emitter tag says, as the record of one source in one substep.
+// Reads an emitter tag into the record of one source in one substep.
 #pragma once
 
 #include "host/interface/scene.h"
@@ -7,8 +7,8 @@
 
 namespace nbx {
 
-/// The tag's parameters as they are at the document's time, for a substep that lasts `frames` of a
-/// frame of the document: amounts to add come as their share of it.
+/// The tag's parameters at the document's time, for a substep of `frames` document frames. Amounts
+/// to add are scaled by `frames`.
 SimulationObjectParameters source_parameters(const host::BaseTag& tag, const SimSettings& settings,
                                              double frames);
 

@@ -15,7 +15,7 @@
 
 namespace nbx::test {
 
-class RecordingContext final : public host::CommandContext {
+class RecordingContext : public host::CommandContext {
  public:
   explicit RecordingContext(host::SmallHost& host) : host_(host) {}
 

@@ -88,9 +88,9 @@ TEST(SceneSettings, MovingDomainFeelsWind) {
   test::TestDocument document(volume(R"("wind_speed": 30)", moves));
   const host::BaseTime before = document->GetTime();
   host::BaseContainer& data = document.object("v").GetDataInstance();
-  data.SetReal(OVOLUME_DRAG, 0.5);
+  data.SetReal(OVOLUME.DRAG, 0.5);
   read_step_settings(s, document.object("v"), 0.04);
-  EXPECT_EQ(data.GetReal(OVOLUME_DRAG), 0.5) << "the document was evaluated: its keys say 0.1";
+  EXPECT_EQ(data.GetReal(OVOLUME.DRAG), 0.5) << "the document was evaluated: its keys say 0.1";
   expect_near(s.wind_direction * s.wind_speed, {0.3 - 0.5, 0, 0.5});
   EXPECT_EQ(document->GetTime(), before);
   EXPECT_EQ(document.object("v").GetMg().off, host::Vector());
