@@ -108,15 +108,12 @@ TEST(PluginStart, ExceptionsStopAtTheEntries) {
 
   host::SmallHost working;
   const host::PluginModule plugin(NBX_PLUGIN, working);
-  class ThrowingContext final : public test::RecordingContext {
-   public:
-    using RecordingContext::RecordingContext;
-    void Result(const std::string&) override { throw std::runtime_error("no paper"); }
-  } context(working);
-  for (const auto& command : working.Commands()) {
-    if (command.info.verb != "manual") continue;
-    EXPECT_EQ(command.data->Execute({}, context), host::kFailed);
-  }
+  test::RecordingContext context(working);
+  context.on_event = [](const std::string&) { throw std::runtime_error("no paper"); };
+  for (const auto& command : working.Commands())
+    if (command.info.verb == "manual") {
+      EXPECT_EQ(command.data->Execute({}, context), host::kFailed);
+    }
   EXPECT_EQ(context.errors, std::vector<std::string>{"no paper"});
   EXPECT_TRUE(log.contains("exception in command manual: no paper"));
 }

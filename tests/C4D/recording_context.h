@@ -15,7 +15,7 @@
 
 namespace nbx::test {
 
-class RecordingContext : public host::CommandContext {
+class RecordingContext final : public host::CommandContext {
  public:
   explicit RecordingContext(host::SmallHost& host) : host_(host) {}
 
