@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include "C4D/commands/register_command.h"
 #include "C4D/services/host_access.h"
 
 namespace nbx {
@@ -16,7 +17,7 @@ struct Page {
   std::string name, title, path;
 };
 
-/// Where the pages lie: of an installed plug-in, or of one in a build.
+/// The folder of the pages, beside an installed plug-in or in the source tree of a build.
 std::string documentation_folder() {
   const QDir plugin = QFileInfo(QString::fromStdString(plugin_file())).absoluteDir();
   for (const char* place : {"docs", "../../share/doc/nimbrix", "../../../docs"})
@@ -49,10 +50,10 @@ class HelpTool final : public host::CommandData {
  public:
   host::CommandInfo GetInfo() const override {
     return {.verb = "manual",
-            .help = "Lists the pages of the documentation, or prints one",
+            .help = "Lists the pages of the documentation, or prints a page",
             .options = {{.name = "PAGE",
                          .value_name = "PAGE",
-                         .help = "The page to print, default: a list of all with their places",
+                         .help = "Page to print; default: lists all pages with their files",
                          .positional = true}}};
   }
 
@@ -84,9 +85,7 @@ class HelpTool final : public host::CommandData {
 }  // namespace
 
 bool register_help_tool(host::HostServices& services, const std::string& name) {
-  return services.RegisterCommandPlugin(
-      kHelpTool, name,
-      []() -> std::unique_ptr<host::CommandData> { return std::make_unique<HelpTool>(); });
+  return register_command<HelpTool>(services, kHelpTool, name);
 }
 
 }  // namespace nbx

@@ -5,6 +5,7 @@
 
 #include "C4D/registrations.h"
 #include "C4D/run/simulation_thread.h"
+#include "C4D/services/guard.h"
 #include "C4D/services/host_access.h"
 #include "C4D/start/machine_report.h"
 #include "C4D/start/qt_setup.h"
@@ -50,10 +51,11 @@ std::int32_t load(const host::HostFunctions* functions, const host::Filename* fi
 
 std::int32_t end() {
   if (load_count == 0 || --load_count > 0) return 1;
-  // It uses Qt and the host.
-  plugin->simulation.stop(true);
-  plugin->simulation.End(true);
-  if (api_version_fits()) tear_down_qt();
+  guarded("PluginEnd", [] {
+    plugin->simulation.stop(true);  // it uses Qt and the host
+    plugin->simulation.End(true);
+    if (api_version_fits()) tear_down_qt();
+  });
   plugin.reset();
   return 1;
 }
@@ -77,7 +79,7 @@ bool message(std::intptr_t id) {
     case host::kMessageLibraries:
     case host::kMessageStarted:
       return true;
-    case host::kMessageShutdown:  // other plug-ins are to see it too
+    case host::kMessageShutdown:  // not taken, so that other plug-ins see it too
       plugin->simulation.stop_at_shutdown();
       return false;
     default:
@@ -93,16 +95,21 @@ extern "C" __attribute__((visibility("default"))) std::int32_t c4d_main(std::int
                                                                         void* p1, void* p2, void*) {
   switch (action) {
     case host::kActionLoad:
-      return nbx::load(static_cast<const host::HostFunctions*>(p1),
-                       static_cast<const host::Filename*>(p2));
+      return nbx::guarded("PluginLoad", -1, [&] {
+        return nbx::load(static_cast<const host::HostFunctions*>(p1),
+                         static_cast<const host::Filename*>(p2));
+      });
     case host::kActionStart:
-      return nbx::start() ? 1 : 0;
+      return nbx::guarded("PluginStart", false, nbx::start);
     case host::kActionEnd:
       return nbx::end();
     case host::kActionAskApi:
       return 3;
     case host::kActionMessage:
-      return nbx::message(reinterpret_cast<std::intptr_t>(p1)) ? 1 : -1;
+      return nbx::guarded("PluginMessage", false,
+                          [&] { return nbx::message(reinterpret_cast<std::intptr_t>(p1)); })
+                 ? 1
+                 : -1;
     default:
       return -1;
   }

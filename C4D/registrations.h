@@ -1,4 +1,4 @@
-// All classes that the plug-in gives to the host.
+// The registration of everything that the plug-in adds to the host.
 #pragma once
 
 #include <string>
@@ -10,17 +10,16 @@ namespace nbx {
 
 /// A class or a command of the plug-in.
 struct Registration {
-  std::string name;  ///< what the user reads; without one it isn't registered
+  std::string name;  ///< what the user reads; without a name it is left out
   bool (*add)(host::HostServices&, const std::string& name);
   const char* failure;  ///< the line in the log
-  bool needed = true;   ///< the plug-in can't do without it
+  bool needed = true;   ///< without it the plug-in doesn't start
 };
 
-/// In their order. False, with a line in the log, at the first failure of one that is needed;
-/// failures of others are logged and passed over.
+/// Registers them in order and logs each failure. Stops with false at one that is needed.
 bool register_in_order(const std::vector<Registration>& all, host::HostServices& services);
 
-/// Those of the plug-in.
+/// Registers all classes and commands of the plug-in.
 bool register_classes(host::HostServices& services);
 
 }  // namespace nbx

@@ -2,16 +2,13 @@
 
 #include <QDir>
 
-#include "C4D/parameters/parameter_reader.h"
-#include "C4D/parameters/volume_display_parameters.h"
-#include "C4D/parameters/volume_enabling.h"
 #include "C4D/parameters/volume_parameters.h"
-#include "C4D/parameters/volume_shading_parameters.h"
+#include "C4D/services/guard.h"
 #include "C4D/services/host_access.h"
 #include "C4D/services/preferences.h"
 #include "C4D/settings/volume_cache.h"
 #include "C4D/volume/modify_particles.h"
-#include "C4D/volume/save_assets.h"
+#include "C4D/volume/save_cache.h"
 #include "C4D/volume/volume_buttons.h"
 #include "C4D/volume/volume_info.h"
 #include "cache/cache_registry.h"
@@ -24,27 +21,27 @@ namespace {
 /// Brings the parameters of an older document to this version, step by step.
 void convert_version(host::BaseObject& volume) {
   host::BaseContainer& p = volume.GetDataInstance();
-  switch (p.GetLong(OVOLUME_VERSION)) {
-    case 0:  // a document without a version: what it lacks has its default
+  switch (p.GetLong(OVOLUME.VERSION)) {
+    case 0:  // a document without a version: missing parameters get their defaults
       for (const host::ParameterInfo& info : volume.GetDescription().parameters)
         if (info.stored && !p.Find(info.id)) p.Set(info.id, info.default_value);
       [[fallthrough]];
     default:
-      p.SetLong(OVOLUME_VERSION, kVolumeParametersVersion);
+      p.SetLong(OVOLUME.VERSION, kVolumeParametersVersion);
   }
 }
 
-/// "caches//a/../b" becomes "caches/b", and a relative path stays one. A / at the end has a
-/// meaning.
+/// "caches//a/../b" becomes "caches/b"; a relative path stays relative. A / at the end has a
+/// meaning and stays.
 void normalize_cache_location(host::BaseContainer& volume) {
-  const QString before = QString::fromStdString(volume.GetFilename(OVOLUME_CACHE_NAME).path);
+  const QString before = QString::fromStdString(volume.GetFilename(OVOLUME.CACHE_NAME).path);
   QString path = QDir::cleanPath(before);
   if (before.endsWith('/') && !path.endsWith('/')) path += '/';
-  volume.SetFilename(OVOLUME_CACHE_NAME, {path.toStdString()});
+  volume.SetFilename(OVOLUME.CACHE_NAME, {path.toStdString()});
 }
 
 void lock_cache(host::BaseObject& volume) {
-  const bool on = ParameterReader(volume).flag(OVOLUME_CACHE_LOCK);
+  const bool on = ParameterReader(volume)(OVOLUME.CACHE_LOCK);
   const std::string directory = find_cache(volume);
   if (directory.empty())
     LogMessage() << "volume \"" << volume.GetName() << "\" has no cache to "
@@ -54,9 +51,9 @@ void lock_cache(host::BaseObject& volume) {
 }
 
 void parameter_changed(host::BaseObject& volume, std::int32_t id) {
-  if (id == OVOLUME_DISPLAY_ON && ParameterReader(volume).flag(id))
-    set_preference(PREF_VIEWPORT_GL, true);
-  if (id == OVOLUME_CACHE_LOCK) lock_cache(volume);
+  if (id == OVOLUME.DISPLAY_ON && ParameterReader(volume)(OVOLUME.DISPLAY_ON))
+    set_preference(PREF.VIEWPORT_GL, true);
+  if (id == OVOLUME.CACHE_LOCK) lock_cache(volume);
 }
 
 }  // namespace
@@ -68,16 +65,15 @@ std::shared_ptr<BFS> VolumeObject::get_cache(const host::BaseObject& object) {
 }
 
 void VolumeObject::handleButton(host::BaseObject& object, std::int32_t id) {
-  if (id == OVOLUME_BAKE_FIRE)
+  if (id == OVOLUME.BAKE_FIRE)
     bake_fire(object);
-  else if (id == OVOLUME_MEASURE_RANGE)
+  else if (id == OVOLUME.MEASURE_RANGE)
     measure_range(object, get_cache(object));
   else
     LogMessage() << "handleButton: unknown button id " << id;
 }
 
-bool VolumeObject::Message(host::BaseList2D& node, std::int32_t type, void* data) {
-  auto& object = static_cast<host::BaseObject&>(node);
+bool VolumeObject::handle(host::BaseObject& object, std::int32_t type, void* data) {
   switch (type) {
     case host::kMessageButton:
       handleButton(object, static_cast<host::DescriptionMessage*>(data)->id);
@@ -97,27 +93,43 @@ bool VolumeObject::Message(host::BaseList2D& node, std::int32_t type, void* data
   }
 }
 
+bool VolumeObject::Message(host::BaseList2D& node, std::int32_t type, void* data) {
+  const auto fail = [&](const std::string& why) {
+    if (type == host::kMessageSaveAssets)
+      static_cast<host::SaveAssets*>(data)->failures.push_back("volume \"" + node.GetName() +
+                                                               "\": " + why);
+    return false;
+  };
+  return guarded("VolumeObject::Message", fail,
+                 [&] { return handle(static_cast<host::BaseObject&>(node), type, data); });
+}
+
 bool VolumeObject::GetDParameter(host::BaseList2D& node, std::int32_t id,
                                  host::ParameterValue& value) {
-  auto& object = static_cast<host::BaseObject&>(node);
-  const bool of_frame = id >= OVOLUME_INFO_GRID && id <= OVOLUME_INFO_BURN;
-  return info_field(value, id, object, of_frame ? get_cache(object) : nullptr);
+  return guarded("VolumeObject::GetDParameter", false, [&] {
+    auto& object = static_cast<host::BaseObject&>(node);
+    const bool of_frame = OVOLUME.InfoParameters::contains(id);
+    return info_field(value, id, object, of_frame ? get_cache(object) : nullptr);
+  });
 }
 
 bool VolumeObject::GetDEnabling(const host::BaseList2D& node, std::int32_t id) const {
-  return volume_parameter_enabled(node, id);
+  return guarded("VolumeObject::GetDEnabling", true, [&] { return OVOLUME.enabled(id, node); });
 }
 
 void VolumeObject::GetDimension(const host::BaseObject& object, host::Vector& center,
                                 host::Vector& radius) const {
-  center = {};
-  radius = ParameterReader(object).vector(OVOLUME_SIZE) * 0.5;
+  center = radius = {};
+  guarded("VolumeObject::GetDimension",
+          [&] { radius = ParameterReader(object)(OVOLUME.SIZE) * 0.5; });
 }
 
 void VolumeObject::ModifyParticles(const host::BaseObject& object, const host::Particles& particles,
                                    std::vector<host::ParticleModification>& changes, double step) {
-  if (ParameterReader(object).real(OVOLUME_PARTICLE_ADVECTION) > 0)
-    modify_particles(object, get_cache(object), particles, changes, step);
+  guarded("VolumeObject::ModifyParticles", [&] {
+    if (ParameterReader(object)(OVOLUME.PARTICLE_ADVECTION) > 0)
+      modify_particles(object, get_cache(object), particles, changes, step);
+  });
 }
 
 bool register_volume_object(host::HostServices& services, const std::string& name) {

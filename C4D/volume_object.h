@@ -1,4 +1,4 @@
-// The volume object: the container of one simulation, whose place and size are the domain's.
+// The volume object: the container of one simulation. Its place and size are those of the domain.
 #pragma once
 
 #include "cache/bfs.h"
@@ -6,8 +6,8 @@
 
 namespace nbx {
 
-/// Keeps the store of its cache open from the first time that it is asked for until the object goes
-/// or names another cache. No document holds anything of this.
+/// Keeps the store of its cache open from the first use until the object goes or names another
+/// cache.
 class VolumeObject final : public host::ObjectData {
  public:
   bool Message(host::BaseList2D& node, std::int32_t type, void* data) override;
@@ -19,10 +19,10 @@ class VolumeObject final : public host::ObjectData {
                        std::vector<host::ParticleModification>& changes, double step) override;
 
  private:
-  /// The store of the object's cache. Where there is none, the store that the object held, which
-  /// may be none either.
+  bool handle(host::BaseObject& object, std::int32_t type, void* data);
+  /// The store of the object's cache; without one, the last store, which may be null.
   std::shared_ptr<BFS> get_cache(const host::BaseObject& object);
-  /// An id that is no button's costs a log line.
+  /// Logs an id that is no button's.
   void handleButton(host::BaseObject& object, std::int32_t id);
 
   std::shared_ptr<BFS> cache_;

@@ -8,6 +8,7 @@
 #include "C4D/rendering/c4d_lighting.h"
 #include "C4D/rendering/render_volumes.h"
 #include "C4D/rendering/simulate_on_render.h"
+#include "C4D/services/guard.h"
 #include "C4D/services/host_conversion.h"
 #include "math/field_pool.h"
 #include "render/volume_renderer.h"
@@ -42,27 +43,27 @@ class VPvolume final : public host::VideoPostData {
  public:
   host::RenderResult Execute(host::BaseVideoPost& node, host::RenderPhase phase, bool open,
                              host::BaseRender& render) override {
-    if (phase == host::RenderPhase::Sequence) {
-      if (open) return open_sequence(render);
-      close_sequence(render);
-      return host::RenderResult::Ok;
-    }
-    if (!open) {
-      release_frames(volumes_);
-      return host::RenderResult::Ok;
-    }
-    gamma_ = ParameterReader(node).flag(VPVOLUME_GAMMA);
-    return prepare_all(volumes_, &render, render.GetDocument(), node)
-               ? host::RenderResult::Ok
-               : host::RenderResult::UserBreak;
+    const auto fail = [&](const std::string& why) {
+      render.Warning(node.GetName() + ": " + why);
+      return out_of_memory() ? host::RenderResult::OutOfMemory : host::RenderResult::Failed;
+    };
+    return guarded("VPvolume::Execute", fail, [&] { return execute(node, phase, open, render); });
   }
 
   bool GetDEnabling(const host::BaseList2D& node, std::int32_t id) const override {
-    return id != VPVOLUME_ADAPTIVE_THRESHOLD || ParameterReader(node).flag(VPVOLUME_ADAPTIVE);
+    return guarded("VPvolume::GetDEnabling", true, [&] { return VPVOLUME.enabled(id, node); });
   }
 
+  // A ray that fails ends the render: a picture without the ray's smoke would be wrong.
   void CalcVolumetric(host::VolumeData& data) override {
-    if (!volumes_.renderer.active) return;
+    if (volumes_.renderer.active) logged("VPvolume::CalcVolumetric", [&] { trace_view(data); });
+  }
+  void CalcShadow(host::VolumeData& data) override {
+    if (volumes_.renderer.active) logged("VPvolume::CalcShadow", [&] { trace_shadow(data); });
+  }
+
+ private:
+  void trace_view(host::VolumeData& data) {
     C4DLighting lighting(data);
     RayRecord ray = record(data.ray, kCameraRay, lighting);
     if (!traceVolumes(volumes_.renderer, ray)) return;
@@ -72,15 +73,30 @@ class VPvolume final : public host::VideoPostData {
     data.transparency = {ray.transmittance[0], ray.transmittance[1], ray.transmittance[2]};
   }
 
-  void CalcShadow(host::VolumeData& data) override {
-    if (!volumes_.renderer.active) return;
+  void trace_shadow(host::VolumeData& data) {
     C4DLighting lighting(data);
     RayRecord ray = record(data.ray, kShadowRay, lighting);
     if (!traceShadow(volumes_.renderer, ray)) return;
     data.transparency = {ray.transmittance[0], ray.transmittance[1], ray.transmittance[2]};
   }
 
- private:
+  host::RenderResult execute(host::BaseVideoPost& node, host::RenderPhase phase, bool open,
+                             host::BaseRender& render) {
+    if (phase == host::RenderPhase::Sequence) {
+      if (open) return open_sequence(render);
+      close_sequence(render);
+      return host::RenderResult::Ok;
+    }
+    if (!open) {
+      release_frames(volumes_);
+      return host::RenderResult::Ok;
+    }
+    gamma_ = ParameterReader(node)(VPVOLUME.GAMMA);
+    return prepare_all(volumes_, &render, render.GetDocument(), node)
+               ? host::RenderResult::Ok
+               : host::RenderResult::UserBreak;
+  }
+
   static RayRecord record(const host::VolumeRay& from, std::uint32_t plain, Lighting& lighting) {
     RayRecord ray;
     ray.thread = from.thread;

@@ -1,7 +1,7 @@
 #include "C4D/volume_tag.h"
 
-#include "C4D/parameters/enabling_rule.h"
 #include "C4D/parameters/volume_tag_parameters.h"
+#include "C4D/services/guard.h"
 
 namespace nbx {
 
@@ -11,34 +11,26 @@ class VolumeTag final : public host::TagData {
  public:
   bool Message(host::BaseList2D& node, std::int32_t type, void*) override {
     if (type != host::kMessageDocumentLoaded) return false;
-    convert(node);
-    return true;
+    return guarded("VolumeTag::Message", false, [&] { return convert(node), true; });
   }
 
-  /// A tag that is switched off keeps its parameters: they can be set before it is switched on.
+  /// The parameters of a tag that is off stay enabled, so that they can be set before it is turned
+  /// on.
   bool GetDEnabling(const host::BaseList2D& node, std::int32_t id) const override {
-    static const std::vector<EnablingRule> rules{
-        {TVOLUME_SOLID, EnablingRule::kIs, false, {TVOLUME_VELOCITY_TRANSFER, TVOLUME_FILL}},
-        {TVOLUME_PARTICLE_MAP,
-         EnablingRule::kIsNot,
-         TVOLUME_PARTICLE_NOTHING,
-         {TVOLUME_PARTICLE_CURVE}},
-    };
-    return enabled_by_rules(rules, node, id);
+    return guarded("VolumeTag::GetDEnabling", true, [&] { return TVOLUME.enabled(id, node); });
   }
 
  private:
-  /// Brings the parameters of an older version up to date, once. Up to version 1 amounts were per
-  /// second, since then they are per frame; versions 2 to 5 differ in parameters that were new, and
-  /// those have their defaults.
+  /// Converts the parameters of an older version, once. Up to version 1 amounts were per second,
+  /// since then per frame. Versions 2 to 5 only lack parameters, which have their defaults.
   static void convert(host::BaseList2D& tag) {
     host::BaseContainer& p = tag.GetDataInstance();
-    const std::int32_t version = p.GetLong(TVOLUME_VERSION, kTagParametersVersion);
+    const std::int32_t version = p.GetLong(TVOLUME.VERSION, kTagParametersVersion);
     if (version >= kTagParametersVersion) return;
-    p.SetLong(TVOLUME_VERSION, kTagParametersVersion);
+    p.SetLong(TVOLUME.VERSION, kTagParametersVersion);
     if (version > 1) return;
     const double frame = 1.0 / tag.GetDocument().GetFps().Value();
-    for (const std::int32_t amount : {TVOLUME_DENSITY, TVOLUME_TEMPERATURE, TVOLUME_FUEL}) {
+    for (const std::int32_t amount : {TVOLUME.DENSITY, TVOLUME.TEMPERATURE, TVOLUME.FUEL}) {
       p.SetReal(amount, p.GetReal(amount) * frame);
       tag.ScaleKeys(amount, frame);
     }

@@ -7,7 +7,7 @@
 
 namespace nbx {
 
-/// Obeys --threads and --device. False if there is no such device; the error has been told.
+/// Applies --threads and --device. False, after an error, if there is no such device.
 bool apply_machine_options(const host::CommandArguments& arguments, host::CommandContext& context);
 
 }  // namespace nbx

@@ -64,9 +64,9 @@ Outcome CommandRun::take_frames() {
   if (std::int64_t{last} - first + 1 != std::ssize(frames))
     return Outcome::failure("--frames: a simulation includes every frame: give FIRST-LAST");
   const host::FrameRate fps = volume_.GetDocument().GetFps();
-  parameters_.SetLong(OVOLUME_TIME_MODE, OVOLUME_TIME_OWN_RANGE);
-  parameters_.SetTime(OVOLUME_TIME_START, host::BaseTime::FromFrame(first, fps));
-  parameters_.SetTime(OVOLUME_TIME_END, host::BaseTime::FromFrame(last, fps));
+  parameters_.SetLong(OVOLUME.TIME_MODE, OVOLUME_TIME_OWN_RANGE);
+  parameters_.SetTime(OVOLUME.TIME_START, host::BaseTime::FromFrame(first, fps));
+  parameters_.SetTime(OVOLUME.TIME_END, host::BaseTime::FromFrame(last, fps));
   return Outcome::success();
 }
 
@@ -77,14 +77,14 @@ Outcome CommandRun::take_state() {
     return Outcome::failure("--continue and --start-from exclude each other");
   if (!QFileInfo(QString::fromStdString(path)).isFile())
     return Outcome::failure("--start-from: there is no file " + path);
-  parameters_.SetBool(OVOLUME_LOAD_STATE, true);
-  parameters_.SetFilename(OVOLUME_STATE_FILE, {path});
+  parameters_.SetBool(OVOLUME.LOAD_STATE, true);
+  parameters_.SetFilename(OVOLUME.STATE_FILE, {path});
   return Outcome::success();
 }
 
 /// Nothing is written before the whole scene is known to be good.
 Outcome CommandRun::check_scene() {
-  const double voxel_size = ParameterReader(volume_).real(OVOLUME_VOXEL_SIZE);
+  const double voxel_size = ParameterReader(volume_)(OVOLUME.VOXEL_SIZE);
   if (!(voxel_size > 0)) return Outcome::failure("voxel_size must be above 0");
   const TimeRange range = time_range(volume_);
   if (range.end < range.start) return Outcome::failure("the last frame is before the first");
@@ -100,7 +100,7 @@ Outcome CommandRun::take_cache() {
   const std::string directory =
       arguments_.Has("cache") ? absolute(arguments_.GetString("cache")) : named_cache(volume_);
   if (directory.empty()) return Outcome::success();  // the run makes a new one
-  parameters_.SetFilename(OVOLUME_CACHE_NAME, {directory});
+  parameters_.SetFilename(OVOLUME.CACHE_NAME, {directory});
   if (Outcome own = check_own_cache(volume_); !own) return own;
   if (!check_unlocked(volume_)) return Outcome::success();  // start_simulation refuses
   return check_writable(directory);

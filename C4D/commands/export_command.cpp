@@ -1,9 +1,9 @@
-#include "C4D/commands/export_command.h"
-
 #include <QDir>
 #include <QFileInfo>
 #include <algorithm>
 
+#include "C4D/commands/commands.h"
+#include "C4D/commands/register_command.h"
 #include "C4D/commands/vdb_options.h"
 #include "cache/frame_names.h"
 #include "exchange/raw_export.h"
@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::int32_t kExportCommand = 1023998;
 
-/// The frame files that PATH stands for, by frame.
+/// The frame files that PATH names, by frame.
 std::map<int, std::string> frame_files(const std::string& path,
                                        const std::vector<std::int32_t>& wanted) {
   const QString name = QString::fromStdString(path);
@@ -50,16 +50,18 @@ std::vector<host::OptionInfo> export_options() {
       {.name = "format",
        .type = OptionType::Choice,
        .value_name = "FORMAT",
-       .help = "vdb (the default), or raw: floats of each grid, and JSON that tells of them",
+       .help = "vdb (default), or raw: the floats of each grid, with a description in JSON",
        .choices = {"vdb", "raw"}},
       {.name = "output",
        .value_name = "DIR",
-       .help = "The folder that the files go into, made if missing",
+       .help = "Folder for the files, made if missing",
        .required = true},
       {.name = "staggered",
        .type = OptionType::Flag,
-       .help = "Velocity on the faces of the voxels, as it is simulated, not at their centers"},
-      {.name = "half", .type = OptionType::Flag, .help = "Numbers of 16 bits"}};
+       .help = "Velocity on the faces of voxels, as simulated, instead of at their centers"},
+      {.name = "half",
+       .type = OptionType::Flag,
+       .help = "Write 16-bit floats: half the size, less precision"}};
   for (const host::OptionInfo& option : vdb_options()) options.push_back(option);
   return options;
 }
@@ -97,7 +99,7 @@ class ExportCommand final : public host::CommandData {
     for (const auto& [number, file] : files) {
       if (context.Interrupts() > 0) return host::kInterrupted;
       const std::string stem = stem_of(path, output, number);
-      failed += static_cast<std::size_t>(!write(file, stem, raw, options, context));
+      failed += write(file, stem, raw, options, context) ? 0 : 1;
       context.Progress("frame " + std::to_string(number) + " (" + std::to_string(++done) + " of " +
                            std::to_string(files.size()) + ")",
                        true);
@@ -130,9 +132,7 @@ class ExportCommand final : public host::CommandData {
 }  // namespace
 
 bool register_export_command(host::HostServices& services, const std::string& name) {
-  return services.RegisterCommandPlugin(
-      kExportCommand, name,
-      []() -> std::unique_ptr<host::CommandData> { return std::make_unique<ExportCommand>(); });
+  return register_command<ExportCommand>(services, kExportCommand, name);
 }
 
 }  // namespace nbx

@@ -1,8 +1,8 @@
-#include "C4D/commands/import_command.h"
-
 #include <QFileInfo>
 
+#include "C4D/commands/commands.h"
 #include "C4D/commands/import_vdb.h"
+#include "C4D/commands/register_command.h"
 
 namespace nbx {
 
@@ -10,26 +10,26 @@ namespace {
 
 constexpr std::int32_t kImportCommand = 1023999;
 
-/// What is imported depends on the path: volumes become a cache, models a scene.
 class ImportCommand final : public host::CommandData {
  public:
   host::CommandInfo GetInfo() const override {
     std::vector<host::OptionInfo> options{
         {.name = "path",
          .value_name = "PATH",
-         .help = "A VDB file or a folder with a sequence of them, which become a cache; or a "
-                 "glTF, OBJ, PLY or FBX file, which becomes a scene",
+         .help = "A VDB file or a folder with a sequence of VDB files, imported as a cache; or a "
+                 "glTF, OBJ, PLY or FBX file, imported as a scene",
          .positional = true,
          .required = true},
         {.name = "output",
          .value_name = "SCENE",
-         .help = "the scene of a model file, default: its name with .json, in this folder"}};
+         .help = "Scene to write for a model file; default: the file's name with .json, in this "
+                 "folder"}};
     options.push_back({.name = "force",
                        .type = host::OptionType::Flag,
-                       .help = "Reads a model however much work its polygons and keys ask for"});
+                       .help = "Import a model however large it is"});
     for (const host::OptionInfo& option : import_vdb_options()) options.push_back(option);
     return {.verb = "import",
-            .help = "Takes in files of other programs: volumes become a cache, models a scene",
+            .help = "Imports files of other programs: volumes as a cache, models as a scene",
             .options = options,
             .common = {host::CommonOption::Cache, host::CommonOption::Set}};
   }
@@ -63,9 +63,7 @@ class ImportCommand final : public host::CommandData {
 }  // namespace
 
 bool register_import_command(host::HostServices& services, const std::string& name) {
-  return services.RegisterCommandPlugin(
-      kImportCommand, name,
-      []() -> std::unique_ptr<host::CommandData> { return std::make_unique<ImportCommand>(); });
+  return register_command<ImportCommand>(services, kImportCommand, name);
 }
 
 }  // namespace nbx

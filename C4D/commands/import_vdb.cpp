@@ -47,10 +47,10 @@ class Importer {
   bool import(const std::string& path) {
     try {
       SimFrame frame;
-      frame.simTime.length = {0, 1};  // until the file tells one
+      frame.simTime.length = {0, 1};  // unless the file has one
       const VdbContent content = read_vdb(frame, path, names_, options_);
       for (const std::string& name : content.left_out)
-        if (told_.insert(name).second)
+        if (warned_.insert(name).second)
           context_.Warning("the grid \"" + name + "\" isn't imported: --name gives it a channel");
       const int number = frame_number(content, path);
       if (!numbers_.insert(number).second)
@@ -92,10 +92,10 @@ class Importer {
   const std::shared_ptr<BFS> store_;
   const VdbOptions options_;
   const std::map<std::string, int> names_;
-  const std::optional<host::FrameRate> fps_;  // else that of the files
+  const std::optional<host::FrameRate> fps_;  // overrides that of the files
   host::CommandContext& context_;
   std::set<int> numbers_;
-  std::set<std::string> told_;
+  std::set<std::string> warned_;
 };
 
 std::shared_ptr<BFS> open_target(const host::CommandArguments& arguments,
@@ -121,12 +121,13 @@ std::vector<host::OptionInfo> import_vdb_options() {
       {.name = "fps",
        .type = OptionType::Rate,
        .value_name = "RATE",
-       .help = "Frames per second, as 25, 29.97 or 30000/1001, of a VDB sequence, default: what "
-               "its files tell, or 25; or of a model's animation"},
+       .help =
+           "Frames per second (25, 29.97, 30000/1001) of a VDB sequence, default: the rate in its "
+           "files, or 25; or of a model's animation"},
       {.name = "codec",
        .type = OptionType::Choice,
        .value_name = "CODEC",
-       .help = "Of the cache: run-length (the default), or predictive, smaller and slower",
+       .help = "Codec of the cache: run-length (default), or predictive: smaller and slower",
        .choices = {"run-length", "predictive"}}};
   for (const host::OptionInfo& option : vdb_options()) options.push_back(option);
   return options;
@@ -158,7 +159,7 @@ host::ExitCode import_vdb(const std::string& path, const host::CommandArguments&
   bool interrupted = false;
   for (const std::string& file : files) {
     if ((interrupted = context.Interrupts() > 0)) break;
-    done += static_cast<std::size_t>(importer.import(file));
+    done += importer.import(file) ? 1 : 0;
   }
   store->finish_writes();
   const std::vector<LostFrame> lost = store->take_lost_frames();

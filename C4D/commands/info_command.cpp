@@ -1,8 +1,8 @@
-#include "C4D/commands/info_command.h"
-
 #include <QFileInfo>
 #include <sstream>
 
+#include "C4D/commands/commands.h"
+#include "C4D/commands/register_command.h"
 #include "cache/cache_info.h"
 #include "cache/grid_type.h"
 #include "util/format_size.h"
@@ -23,7 +23,8 @@ std::string codec_name(int codec) {
 }
 
 std::vector<double> numbers(const Vec3i& v) {
-  return {static_cast<double>(v[0]), static_cast<double>(v[1]), static_cast<double>(v[2])};
+  const Vec3d d = vector_cast<double>(v);
+  return {d[0], d[1], d[2]};
 }
 
 std::string box_text(const IntBox& box) {
@@ -63,7 +64,7 @@ void show_grid(const GridInfo& grid, host::CommandContext& context) {
   context.Event("grid", fields);
 }
 
-/// Bytes of all grids as plain floats over those of the file; "" where that says nothing.
+/// The compression ratio: bytes of all grids as plain floats over those of the file.
 std::string ratio_text(double plain, std::uint64_t bytes) {
   if (bytes == 0 || plain == 0) return "";
   std::ostringstream out;
@@ -79,7 +80,7 @@ double plain_bytes(const FrameFileInfo& info) {
   return bytes;
 }
 
-/// The file's own line; its grids follow if `grids`.
+/// Shows a line about the file, then one for each grid if `grids`.
 void show_file(int frame, const FrameFileInfo& info, bool grids, host::CommandContext& context) {
   std::ostringstream line;
   line << "frame " << frame << ": " << info.frameTime.time.value() << " s, "
@@ -155,7 +156,7 @@ class InfoCommand final : public host::CommandData {
  public:
   host::CommandInfo GetInfo() const override {
     return {.verb = "info",
-            .help = "Tells what a frame file or a cache folder holds",
+            .help = "Shows what a frame file or a cache folder contains",
             .options = {{.name = "path",
                          .value_name = "PATH",
                          .help = "A frame file or a cache folder",
@@ -163,7 +164,7 @@ class InfoCommand final : public host::CommandData {
                          .required = true},
                         {.name = "values",
                          .type = host::OptionType::Flag,
-                         .help = "Of a folder, show every grid with its range of values too"}}};
+                         .help = "For a folder, also show every grid with its range of values"}}};
   }
 
   int Execute(const host::CommandArguments& arguments, host::CommandContext& context) override {
@@ -183,9 +184,7 @@ class InfoCommand final : public host::CommandData {
 }  // namespace
 
 bool register_info_command(host::HostServices& services, const std::string& name) {
-  return services.RegisterCommandPlugin(
-      kInfoCommand, name,
-      []() -> std::unique_ptr<host::CommandData> { return std::make_unique<InfoCommand>(); });
+  return register_command<InfoCommand>(services, kInfoCommand, name);
 }
 
 }  // namespace nbx

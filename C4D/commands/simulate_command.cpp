@@ -1,7 +1,6 @@
-#include "C4D/commands/simulate_command.h"
-
 #include "C4D/commands/command_options.h"
 #include "C4D/commands/command_run.h"
+#include "C4D/commands/commands.h"
 #include "C4D/parameters/volume_parameters.h"
 
 namespace nbx {

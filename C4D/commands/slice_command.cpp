@@ -1,8 +1,8 @@
-#include "C4D/commands/slice_command.h"
-
 #include <QFileInfo>
 #include <algorithm>
 
+#include "C4D/commands/commands.h"
+#include "C4D/commands/register_command.h"
 #include "cache/grid_type.h"
 #include "cache/sim_frame.h"
 #include "render/slice_picture.h"
@@ -21,7 +21,7 @@ int index_of(const std::vector<std::string>& names, const std::string& name) {
   return static_cast<int>(std::find(names.begin(), names.end(), name) - names.begin());
 }
 
-/// What the user didn't choose is what shows the grid well.
+/// Options that the user didn't give get values that suit the grid.
 SliceOptions read_options(const host::CommandArguments& arguments, int grid_type,
                           const Vec3i& dims) {
   SliceOptions options = slice_options(grid_type);
@@ -62,66 +62,67 @@ class SliceCommand final : public host::CommandData {
  public:
   host::CommandInfo GetInfo() const override {
     using host::OptionType;
-    return {.verb = "slice",
-            .help = "Makes a picture of one slice or projection of a channel",
-            .options = {
-                {.name = "frame",
-                 .value_name = "FRAME",
-                 .help = "A frame file of a cache",
-                 .positional = true,
-                 .required = true},
-                {.name = "output",
-                 .value_name = "FILE",
-                 .help = "The picture; without it FRAME's name and the channel, in this folder"},
-                {.name = "channel",
-                 .value_name = "NAME",
-                 .help = "density (the default), temperature, velocity_x ...: as info shows them"},
-                {.name = "axis",
-                 .type = OptionType::Choice,
-                 .value_name = "AXIS",
-                 .help = "Look along x, y or z (the default)",
-                 .choices = {"x", "y", "z"}},
-                {.name = "position",
-                 .type = OptionType::Long,
-                 .value_name = "N",
-                 .help = "Show the slice at index N of the axis; without it the middle",
-                 .minimum = 0},
-                {.name = "projection",
-                 .type = OptionType::Choice,
-                 .value_name = "KIND",
-                 .help = "none: one slice; else the whole grid; without it what suits the channel",
-                 .choices = kProjections},
-                {.name = "colors",
-                 .type = OptionType::Choice,
-                 .value_name = "MAP",
-                 .help = "Color map; without it what suits the channel",
-                 .choices = kColors},
-                {.name = "min",
-                 .type = OptionType::Real,
-                 .value_name = "VALUE",
-                 .help = "With --max, the value at the low end of the colors (0)"},
-                {.name = "max",
-                 .type = OptionType::Real,
-                 .value_name = "VALUE",
-                 .help = "The value at the high end; without it the largest in the picture"},
-                {.name = "absorption",
-                 .type = OptionType::Real,
-                 .value_name = "VALUE",
-                 .help = "Of smoke, per cell of density 1; without it by the densest part",
-                 .minimum = 0},
-                {.name = "gamma",
-                 .type = OptionType::Real,
-                 .value_name = "VALUE",
-                 .help = "Above 1 brightens the dark parts (1)",
-                 .minimum = 0.01,
-                 .maximum = 100},
-                {.name = "scale",
-                 .type = OptionType::Long,
-                 .value_name = "N",
-                 .help = "Pixels per cell; without it some 600 along the longest side",
-                 .minimum = 1,
-                 .maximum = 64},
-            }};
+    return {
+        .verb = "slice",
+        .help = "Draws a slice or a projection of a channel as a picture",
+        .options = {
+            {.name = "frame",
+             .value_name = "FRAME",
+             .help = "A frame file of a cache",
+             .positional = true,
+             .required = true},
+            {.name = "output",
+             .value_name = "FILE",
+             .help = "Picture to write; default: FRAME's name with the channel, in this folder"},
+            {.name = "channel",
+             .value_name = "NAME",
+             .help = "density (default), temperature, velocity_x ...: the names that info shows"},
+            {.name = "axis",
+             .type = OptionType::Choice,
+             .value_name = "AXIS",
+             .help = "Look along x, y or z (default)",
+             .choices = {"x", "y", "z"}},
+            {.name = "position",
+             .type = OptionType::Long,
+             .value_name = "N",
+             .help = "Index of the slice along the axis; default: the middle",
+             .minimum = 0},
+            {.name = "projection",
+             .type = OptionType::Choice,
+             .value_name = "KIND",
+             .help = "none: one slice; others: the whole grid; default: what suits the channel",
+             .choices = kProjections},
+            {.name = "colors",
+             .type = OptionType::Choice,
+             .value_name = "MAP",
+             .help = "Color map; default: what suits the channel",
+             .choices = kColors},
+            {.name = "min",
+             .type = OptionType::Real,
+             .value_name = "VALUE",
+             .help = "Value at the low end of the colors, with --max (default 0)"},
+            {.name = "max",
+             .type = OptionType::Real,
+             .value_name = "VALUE",
+             .help = "Value at the high end of the colors; default: the largest in the picture"},
+            {.name = "absorption",
+             .type = OptionType::Real,
+             .value_name = "VALUE",
+             .help = "Absorption of smoke per cell of density 1; default: by the densest part",
+             .minimum = 0},
+            {.name = "gamma",
+             .type = OptionType::Real,
+             .value_name = "VALUE",
+             .help = "Values above 1 brighten the dark parts (default 1)",
+             .minimum = 0.01,
+             .maximum = 100},
+            {.name = "scale",
+             .type = OptionType::Long,
+             .value_name = "N",
+             .help = "Pixels per cell; default: about 600 pixels along the longest side",
+             .minimum = 1,
+             .maximum = 64},
+        }};
   }
 
   int Execute(const host::CommandArguments& arguments, host::CommandContext& context) override {
@@ -167,9 +168,7 @@ class SliceCommand final : public host::CommandData {
 }  // namespace
 
 bool register_slice_command(host::HostServices& services, const std::string& name) {
-  return services.RegisterCommandPlugin(
-      kSliceCommand, name,
-      []() -> std::unique_ptr<host::CommandData> { return std::make_unique<SliceCommand>(); });
+  return register_command<SliceCommand>(services, kSliceCommand, name);
 }
 
 }  // namespace nbx

@@ -24,7 +24,7 @@ const std::map<std::string, Names>& presets() {
   return all;
 }
 
-/// "velocity" stands for its three grids.
+/// "velocity" means its three grids.
 int channel_type(const std::string& channel) {
   if (channel == "velocity") return kGridVelocityX;
   return grid_type_from_name(channel).value_or(0);
@@ -40,23 +40,24 @@ std::vector<host::OptionInfo> vdb_options() {
       {.name = "names",
        .type = OptionType::Choice,
        .value_name = "PRESET",
-       .help = "Names of VDB grids: default (density, temperature, flame, fuel, vel, solid), "
-               "velocity (velocity for vel), heat (that, and heat for temperature), cache (burn "
-               "for flame)",
+       .help =
+           "Names of VDB grids. default: density, temperature, flame, fuel, vel, solid; velocity: "
+           "with velocity for vel; heat: also heat for temperature; cache: as in the cache",
        .choices = names},
       {.name = "name",
        .value_name = "CHANNEL=NAME",
-       .help = "The VDB grid of a channel, over the preset's; without NAME the channel is left out",
+       .help = "Name of a channel's VDB grid, replaces the preset's; without NAME the channel is "
+               "left out",
        .repeatable = true},
       {.name = "units",
        .type = OptionType::Choice,
        .value_name = "UNITS",
-       .help = "Lengths in VDB files: meters (the default) or host (units of 0.01 m)",
+       .help = "Lengths in VDB files: meters (default) or host (units of 0.01 m)",
        .choices = {"meters", "host"}},
       {.name = "up",
        .type = OptionType::Choice,
        .value_name = "AXIS",
-       .help = "The axis of VDB files that points up: y (the default) or z",
+       .help = "Axis of VDB files that points up: y (default) or z",
        .choices = {"y", "z"}},
   };
 }

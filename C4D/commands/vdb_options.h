@@ -12,7 +12,7 @@ namespace nbx {
 
 std::vector<host::OptionInfo> vdb_options();
 
-/// Fills what the options tell. False, after an error, for a --name that names no channel.
+/// Reads the options. False, after an error, for a --name without a channel.
 bool read_vdb_options(VdbOptions& options, const host::CommandArguments& arguments,
                       host::CommandContext& context);
 

@@ -1,8 +1,8 @@
-#include "C4D/commands/verify_command.h"
-
 #include <QDir>
 #include <QFileInfo>
 
+#include "C4D/commands/commands.h"
+#include "C4D/commands/register_command.h"
 #include "cache/cache_info.h"
 #include "cache/grid_type.h"
 #include "util/format_size.h"
@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::int32_t kVerifyCommand = 1023997;
 
-/// Tells what is wrong with a file, each damaged record on a line. True if nothing is.
+/// Reports each damaged record of a file on a line. True if there are none.
 bool check(const std::string& path, std::uint64_t& bytes, host::CommandContext& context) {
   const FrameFileInfo info = read_frame_file_info(path, true);
   bytes += info.bytes;
@@ -34,14 +34,13 @@ bool check(const std::string& path, std::uint64_t& bytes, host::CommandContext& 
 class VerifyCommand final : public host::CommandData {
  public:
   host::CommandInfo GetInfo() const override {
-    return {
-        .verb = "verify",
-        .help = "Reads every payload of a frame file or a cache folder and names what is damaged",
-        .options = {{.name = "path",
-                     .value_name = "PATH",
-                     .help = "A frame file or a cache folder",
-                     .positional = true,
-                     .required = true}}};
+    return {.verb = "verify",
+            .help = "Reads all data of a frame file or a cache folder and reports damage",
+            .options = {{.name = "path",
+                         .value_name = "PATH",
+                         .help = "A frame file or a cache folder",
+                         .positional = true,
+                         .required = true}}};
   }
 
   int Execute(const host::CommandArguments& arguments, host::CommandContext& context) override {
@@ -70,7 +69,7 @@ class VerifyCommand final : public host::CommandData {
     std::uint64_t bytes = 0;
     for (const std::string& file : files) {
       if (context.Interrupts() > 0) return host::kInterrupted;
-      bad += static_cast<std::size_t>(!check(file, bytes, context));
+      bad += check(file, bytes, context) ? 0 : 1;
       context.Progress(std::to_string(++done) + " of " + std::to_string(files.size()) + " files",
                        false);
     }
@@ -86,9 +85,7 @@ class VerifyCommand final : public host::CommandData {
 }  // namespace
 
 bool register_verify_command(host::HostServices& services, const std::string& name) {
-  return services.RegisterCommandPlugin(
-      kVerifyCommand, name,
-      []() -> std::unique_ptr<host::CommandData> { return std::make_unique<VerifyCommand>(); });
+  return register_command<VerifyCommand>(services, kVerifyCommand, name);
 }
 
 }  // namespace nbx

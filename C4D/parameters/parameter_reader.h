@@ -1,37 +1,53 @@
-// Values of parameters, as the plug-in's readers take them from an element of a document.
+// Reads parameters of an element by the lines of its class's table.
 #pragma once
 
-#include "host/interface/parameter_info.h"
+#include <type_traits>
+
 #include "host/interface/scene.h"
 
 namespace nbx {
 
-/// The parameters of one element at the document's time. Each default has one place, the table of
-/// the class: it holds where the container has no value, or one of another kind. A parameter is
-/// read as the kind that its table gives it. Any other kind, and an id that the table lacks, throws
-/// Exception, since the code is wrong then.
+/// One line of a table: the id of a parameter, its type and its default.
+template <class T>
+struct Parameter {
+  std::int32_t id = 0;
+  T default_value = {};
+  operator std::int32_t() const { return id; }
+};
+
+/// The parameters of one element at the document's time:
+///
+///     const ParameterReader p(volume);
+///     const double speed = p(OVOLUME.WIND_SPEED);
+///
+/// A parameter that is missing, or holds a value of another type, reads as its default.
 class ParameterReader {
  public:
   explicit ParameterReader(const host::BaseList2D& element)
-      : ParameterReader(element.GetDataInstance(), element.GetDescription()) {}
-  /// Both must outlive the reader.
-  ParameterReader(const host::BaseContainer& values, const host::ClassDescription& table)
-      : values_(values), table_(table) {}
+      : ParameterReader(element.GetDataInstance()) {}
+  /// `values` must outlive the reader.
+  explicit ParameterReader(const host::BaseContainer& values) : values_(values) {}
 
-  bool flag(std::int32_t id) const;
-  std::int32_t whole(std::int32_t id) const;  ///< a whole number or a choice
-  double real(std::int32_t id) const;
-  host::Vector vector(std::int32_t id) const;
-  host::BaseTime time(std::int32_t id) const;
-  host::Filename file(std::int32_t id) const;
-  host::CurvePoints curve(std::int32_t id) const;
-  host::Gradient gradient(std::int32_t id) const;
-  host::LinkList links(std::int32_t id) const;    ///< none of them null
-  host::BaseList2D* link(std::int32_t id) const;  ///< may be null
+  template <class T>
+  T operator()(const Parameter<T>& parameter) const {
+    const T& fallback = parameter.default_value;
+    if constexpr (std::is_enum_v<T>)
+      return static_cast<T>(values_.GetLong(parameter.id, fallback));
+    else if constexpr (std::is_same_v<T, bool>)
+      return values_.GetBool(parameter.id, fallback);
+    else if constexpr (std::is_same_v<T, std::int32_t>)
+      return values_.GetLong(parameter.id, fallback);
+    else if constexpr (std::is_same_v<T, double>)
+      return values_.GetReal(parameter.id, fallback);
+    else {
+      const host::ParameterValue* value = values_.Find(parameter.id);
+      const T* typed = value ? std::get_if<T>(value) : nullptr;
+      return typed ? *typed : fallback;
+    }
+  }
 
  private:
   const host::BaseContainer& values_;
-  const host::ClassDescription& table_;
 };
 
 }  // namespace nbx

@@ -1,123 +1,22 @@
-// The parameters of the volume object that the simulation reads, and the table of all of them, from
-// which the host makes scene documents, help texts and panels. Ids of the others:
-// volume_shading_parameters.h, volume_display_parameters.h.
+// The table of the volume object's parameters. The host makes scene documents, help texts and
+// panels from it.
 #pragma once
 
-#include "host/interface/parameter_info.h"
+#include "C4D/parameters/volume_cache_parameters.h"
+#include "C4D/parameters/volume_display_parameters.h"
+#include "C4D/parameters/volume_lighting_parameters.h"
+#include "C4D/parameters/volume_solver_parameters.h"
 
 namespace nbx {
 
 inline constexpr std::int32_t kVolumeObject = 1023131;
 
-enum VolumeParameter : std::int32_t {
-  OVOLUME_TIME_SCALE = 1002,
-  OVOLUME_VORTICITY = 1003,
-  OVOLUME_BUOYANCY_DENSITY = 1004,
-  OVOLUME_BUOYANCY_TEMPERATURE = 1005,
-  OVOLUME_FUEL_TO_EXPANSION = 1010,
-  OVOLUME_FUEL_TO_TEMPERATURE = 1011,
-  OVOLUME_DIFFUSION_TEMPERATURE = 1012,
-  OVOLUME_DECAY_TEMPERATURE = 1013,
-  OVOLUME_FUEL_TO_DENSITY = 1014,
-  OVOLUME_DECAY_DENSITY = 1015,
-  OVOLUME_COMPRESS_CACHE = 1032,
-  OVOLUME_SIZE = 1033,
-  OVOLUME_DECAY_BURN = 1040,
-  OVOLUME_CFL = 1055,
-  OVOLUME_DECAY_FUEL = 1063,
-  OVOLUME_ADVECT_CUBIC = 1070,
-  OVOLUME_CACHE_VELOCITY = 1106,
-  OVOLUME_SIMULATE_DENSITY = 1107,
-  OVOLUME_SIMULATE_TEMPERATURE = 1108,
-  OVOLUME_SIMULATE_FUEL = 1109,
-  OVOLUME_SIMULATE_BURN = 1110,
-  OVOLUME_TIME_START = 1117,
-  OVOLUME_LOAD_STATE = 1118,
-  OVOLUME_STATE_FILE = 1119,
-  OVOLUME_STATE_CONTINUE_TIME = 1120,
-  OVOLUME_DIRECTION_DENSITY = 1121,
-  OVOLUME_DIRECTION_TEMPERATURE = 1122,
-  OVOLUME_DIFFUSION_DENSITY = 1132,
-  OVOLUME_NOISE_STRENGTH = 1146,
-  OVOLUME_VERSION = 1151,
-  OVOLUME_CACHE_NAME = 1161,
-  OVOLUME_DIFFUSION_FUEL = 1206,
-  OVOLUME_TIME_END = 1217,
-  OVOLUME_VOXEL_SIZE = 1219,
-  OVOLUME_DIFFUSION_BURN = 1244,
-  OVOLUME_WIND_DIRECTION = 1247,
-  OVOLUME_WIND_SPEED = 1248,
-  OVOLUME_CLAMP_VELOCITY = 1249,
-  OVOLUME_TIME_MODE = 1250,
-  OVOLUME_MAX_SUBSTEPS = 1258,
-  OVOLUME_PARTICLE_ADVECTION = 1260,
-  OVOLUME_NOISE_PERIOD = 1261,
-  OVOLUME_DRAG = 1262,
-  OVOLUME_CACHE_SOLID = 1266,
-  OVOLUME_BOX_THRESHOLD_DENSITY = 1267,
-  OVOLUME_BOX_THRESHOLD_TEMPERATURE = 1268,
-  OVOLUME_BOX_THRESHOLD_FUEL = 1269,
-  OVOLUME_BOX_THRESHOLD_BURN = 1270,
-  OVOLUME_WIND_WORLD = 1276,
-  OVOLUME_CACHE_TEMPERATURE = 1294,
-  OVOLUME_CACHE_DENSITY = 1295,
-  OVOLUME_CACHE_FUEL = 1296,
-  OVOLUME_CACHE_BURN = 1297,
-  OVOLUME_CLOSED_X_MIN = 1308,
-  OVOLUME_CLOSED_X_MAX = 1309,
-  OVOLUME_CLOSED_Y_MIN = 1310,
-  OVOLUME_CLOSED_Y_MAX = 1311,
-  OVOLUME_CLOSED_Z_MIN = 1312,
-  OVOLUME_CLOSED_Z_MAX = 1313,
-  OVOLUME_VELOCITY_THRESHOLD = 1315,
-  OVOLUME_NOISE_DRIVER = 1321,
-  OVOLUME_NOISE_CURVE = 1322,
-  OVOLUME_MASK_SOLID = 1350,
-  OVOLUME_SOURCE_SUBSTEPS = 1354,
-  OVOLUME_NOISE_SIZE_MIN = 1356,
-  OVOLUME_NOISE_SIZE_MAX = 1357,
-  OVOLUME_NOISE_PERSISTENCE = 1358,
-  OVOLUME_UPRES_FACTOR = 1363,
-  OVOLUME_CACHE_DIRECT = 1364,
-  OVOLUME_UPRES_NOISE = 1365,
-  OVOLUME_UPRES_PERSISTENCE = 1366,
-  OVOLUME_FUEL_DRIVER = 1369,
-  OVOLUME_FUEL_CURVE = 1370,
-  OVOLUME_FUEL_DRIVER_BLUR = 1371,
-  OVOLUME_DECAY_MODE_BURN = 1372,
-  OVOLUME_DECAY_LINEAR_BURN = 1375,
-  OVOLUME_CACHE_LOCK = 1376,
-  OVOLUME_UPRES_EXTRA_BANDS = 1402,
-  OVOLUME_ADAPTIVE_TRACER = 1407,
-  OVOLUME_FIT_TO_WALLS = 1412,
-  OVOLUME_CACHE_SYNC = 1420,
-  OVOLUME_SAVE_STATE_EVERY = 1421,
+struct VolumeParameters : JoinedParameters<SimulationParameters, UpresParameters,
+                                           MarchingParameters, DisplayParameters, InfoParameters> {
 };
 
-/// Values of OVOLUME_TIME_MODE.
-enum VolumeTimeMode : std::int32_t {
-  OVOLUME_TIME_PREVIEW_RANGE = 1251,
-  OVOLUME_TIME_DOCUMENT_RANGE = 1252,
-  OVOLUME_TIME_OWN_RANGE = 1253,
-};
-
-/// Values of the parameters that select a channel.
-enum VolumeChannel : std::int32_t {
-  OVOLUME_CHANNEL_DENSITY = 1097,
-  OVOLUME_CHANNEL_TEMPERATURE = 1098,
-  OVOLUME_CHANNEL_FUEL = 1099,
-  OVOLUME_CHANNEL_BURN = 1100,
-  OVOLUME_CHANNEL_NONE = 1185,
-};
-
-/// Values of OVOLUME_DECAY_MODE_BURN.
-enum VolumeDecayMode : std::int32_t {
-  OVOLUME_DECAY_MODE_LINEAR = 1373,
-  OVOLUME_DECAY_MODE_EXPONENTIAL = 1374,
-};
-
-/// Version of the set of parameters, kept in OVOLUME_VERSION.
-inline constexpr std::int32_t kVolumeParametersVersion = 1;
+/// Not to be read before main() or the load of the plug-in.
+extern const VolumeParameters OVOLUME;
 
 host::ClassDescription volume_description();
 

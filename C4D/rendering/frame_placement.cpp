@@ -36,7 +36,7 @@ Affine3d world_to_cells(const SimFrame& frame) {
 }
 
 VolumeGrid domain(const host::BaseObject& volume) {
-  return volume_grid(volume, ParameterReader(volume).real(OVOLUME_VOXEL_SIZE));
+  return volume_grid(volume, ParameterReader(volume)(OVOLUME.VOXEL_SIZE));
 }
 
 Affine3d object_to_domain(const host::BaseObject& volume) {

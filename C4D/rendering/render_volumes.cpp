@@ -8,7 +8,7 @@
 #include "C4D/rendering/c4d_lighting.h"
 #include "C4D/rendering/simulate_on_render.h"
 #include "C4D/services/host_conversion.h"
-#include "C4D/services/load_string.h"
+#include "C4D/services/texts.h"
 #include "C4D/settings/shading_settings.h"
 #include "C4D/settings/volume_cache.h"
 
@@ -88,7 +88,7 @@ void prepare(HostVolume& volume, host::BaseRender* render, const host::BaseDocum
 bool prepare_light(HostVolume& volume, host::BaseRender& render) {
   const auto progress = [&](int done, int total, int stage, int stages) {
     if (done == 0)
-      render.SetStatusText(volume.object->GetName() + ": " + load_string(10097) + " " +
+      render.SetStatusText(volume.object->GetName() + ": " + texts::kLightInSmoke + " " +
                            std::to_string(stage) + "/" + std::to_string(stages));
     render.SetProgress(total > 0 ? static_cast<double>(done) / total : 1);
     return render.TestBreak();
@@ -114,7 +114,7 @@ void collect_volumes(RenderVolumes& volumes, host::BaseObject* first) {
 bool prepare_all(RenderVolumes& volumes, host::BaseRender* render,
                  const host::BaseDocument& document, const host::BaseVideoPost& node) {
   if (render && !simulate_up_to_frame(volumes.hosted, *render)) return false;
-  if (render) render->SetStatusText(load_string(10077));
+  if (render) render->SetStatusText(texts::kPreparingVolumes);
   VolumeRenderer& renderer = volumes.renderer;
   renderer.active = false;
   for (HostVolume& volume : volumes.hosted) {
@@ -123,8 +123,8 @@ bool prepare_all(RenderVolumes& volumes, host::BaseRender* render,
     if (render && render->TestBreak()) return false;
   }
   const ParameterReader data(node);
-  renderer.adaptive = data.flag(VPVOLUME_ADAPTIVE);
-  renderer.adaptiveThreshold = data.real(VPVOLUME_ADAPTIVE_THRESHOLD);
+  renderer.adaptive = data(VPVOLUME.ADAPTIVE);
+  renderer.adaptiveThreshold = data(VPVOLUME.ADAPTIVE_THRESHOLD);
   if (!renderer.active || !render) return true;
   for (HostVolume& volume : volumes.hosted)
     if (volume.traced->light_field && !prepare_light(volume, *render)) return false;

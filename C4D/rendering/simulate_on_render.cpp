@@ -2,10 +2,9 @@
 
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
-#include "C4D/parameters/volume_shading_parameters.h"
 #include "C4D/run/run_checks.h"
 #include "C4D/run/run_failure.h"
-#include "C4D/services/load_string.h"
+#include "C4D/services/texts.h"
 #include "C4D/settings/volume_cache.h"
 #include "util/log.h"
 
@@ -28,7 +27,7 @@ FrameSpan frames_of(const host::BaseObject& volume) {
 bool wants_simulation(const HostVolume& volume, const host::BaseRender& render) {
   const FrameSpan span = frames_of(*volume.object);
   return !render.IsNetworkClient() && render.GetFirstFrame() != render.GetLastFrame() &&
-         ParameterReader(*volume.object).flag(OVOLUME_SIMULATE_ON_RENDER) &&
+         ParameterReader(*volume.object)(OVOLUME.SIMULATE_ON_RENDER) &&
          render.GetFirstFrame() <= span.last && span.first <= render.GetLastFrame();
 }
 
@@ -36,7 +35,7 @@ bool admit(HostVolume& volume, host::BaseRender& render) {
   if (!wants_simulation(volume, render)) return true;
   host::BaseObject& object = *volume.object;
   if (const Outcome unlocked = check_unlocked(object); !unlocked) {
-    render.Warning(subject(object) + load_string(10093) + " (" + unlocked.reason() +
+    render.Warning(subject(object) + texts::kCacheLocked.title + " (" + unlocked.reason() +
                    "): it isn't simulated, and the render shows the frames of the cache");
     return true;
   }
@@ -80,7 +79,7 @@ bool begin(HostVolume& volume, host::BaseRender& render) {
 void step_to(HostVolume& volume, std::int64_t frame, host::BaseRender& render) {
   SimulationRun& run = volume.simulation->run;
   const int first = run.time().frame();
-  if (first < frame) render.SetStatusText(load_string(10008));
+  if (first < frame) render.SetStatusText(texts::kSimulating);
   while (run.time().frame() < frame && !render.TestBreak()) {
     const int last = run.time().frame();
     render.SetProgress(static_cast<double>(last - first) / (frame - first));

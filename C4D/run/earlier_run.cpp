@@ -62,7 +62,7 @@ bool scene_is_unchanged(host::BaseObject& volume, const SavedState& state, const
 
 /// The end of the earlier run, if a new one may extend it; else null.
 std::unique_ptr<SavedState> end_to_extend(host::BaseObject& volume, RunFrontEnd& front_end) {
-  if (ParameterReader(volume).flag(OVOLUME_LOAD_STATE)) return nullptr;
+  if (ParameterReader(volume)(OVOLUME.LOAD_STATE)) return nullptr;
   const std::string directory = find_cache(volume);
   auto state = std::make_unique<SavedState>();
   if (!open_state(*state, last_state_file(directory))) return nullptr;

@@ -11,8 +11,8 @@ std::shared_ptr<BFS> open_run_cache(host::BaseObject& volume) {
   const std::shared_ptr<BFS> cache = volume_cache(volume, true);
   if (!cache) return nullptr;
   const ParameterReader p(volume);
-  cache->codec = p.flag(OVOLUME_COMPRESS_CACHE) ? Codec::kPredictive : Codec::kRunLength;
-  cache->sync = p.flag(OVOLUME_CACHE_SYNC) ? Sync::kDisk : Sync::kNone;
+  cache->codec = p(OVOLUME.COMPRESS_CACHE) ? Codec::kPredictive : Codec::kRunLength;
+  cache->sync = p(OVOLUME.CACHE_SYNC) ? Sync::kDisk : Sync::kNone;
   // The name of the cache's folder must last too.
   if (cache->sync == Sync::kDisk) sync_folder(folder_of(cache->directory()));
   return cache;

@@ -6,8 +6,8 @@
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/services/host_access.h"
-#include "C4D/services/load_string.h"
 #include "C4D/services/preferences.h"
+#include "C4D/services/texts.h"
 #include "C4D/settings/volume_cache.h"
 #include "cache/cache_directories.h"
 
@@ -42,7 +42,7 @@ const host::BaseObject* find_sharer(const host::BaseObject* first, const host::B
 }  // namespace
 
 Outcome check_unlocked(const host::BaseObject& volume) {
-  if (ParameterReader(volume).flag(OVOLUME_CACHE_LOCK)) return Outcome::failure("cache_lock is on");
+  if (ParameterReader(volume)(OVOLUME.CACHE_LOCK)) return Outcome::failure("cache_lock is on");
   const std::string directory = find_cache(volume);
   if (directory.empty() || !cache_locked(directory)) return Outcome::success();
   return Outcome::failure(directory + " holds CacheLock.lck");
@@ -67,16 +67,17 @@ Outcome check_own_cache(const host::BaseObject& volume) {
 }
 
 bool must_ask_about_cache(const host::BaseObject& volume) {
-  return preference(PREF_ASK_AUTOSAVE) && has_autosave(volume);
+  return preference(PREF.ASK_AUTOSAVE) && has_autosave(volume);
 }
 
 bool make_room(host::BaseObject& volume, RunFrontEnd& front_end) {
-  const OldCache choice = front_end.ask_about_cache(load_string(10085), load_string(10086));
+  const OldCache choice =
+      front_end.ask_about_cache(texts::kCacheHoldsRun.title, texts::kCacheHoldsRun.text);
   if (choice == OldCache::kStop) return false;
   if (choice == OldCache::kOverwrite) return true;
   set_cache_dir_data(volume, {cache_dir_data(volume).base, ""});
   if (!make_cache(volume).empty()) return true;
-  front_end.refuse(load_string(10009), load_string(10012));
+  front_end.refuse(texts::kNoCacheFolder.title, texts::kNoCacheFolder.text);
   return false;
 }
 

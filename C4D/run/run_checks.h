@@ -8,7 +8,7 @@
 
 namespace nbx {
 
-/// A failure if the cache is locked, because OVOLUME_CACHE_LOCK is on or the folder holds the lock
+/// A failure if the cache is locked, because OVOLUME.CACHE_LOCK is on or the folder holds the lock
 /// file: no run may write into it.
 Outcome check_unlocked(const host::BaseObject& volume);
 

@@ -4,7 +4,7 @@
 #include "C4D/run/run_checks.h"
 #include "C4D/run/run_failure.h"
 #include "C4D/services/host_access.h"
-#include "C4D/services/load_string.h"
+#include "C4D/services/texts.h"
 #include "C4D/settings/volume_cache.h"
 #include "host/interface/camera.h"
 #include "util/log.h"
@@ -35,16 +35,17 @@ SimulationThread::~SimulationThread() {
 bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_run,
                                         RunFrontEnd& front_end, std::optional<int> at_most) {
   const auto refuse = [&front_end](int title, int text) {
-    front_end.refuse(load_string(title), load_string(text));
+    front_end.refuse(box.title, box.text);
     return false;
   };
-  if (!object) return refuse(10043, 10044);
+  if (!object) return refuse(texts::kNoVolume);
   if (const Outcome unlocked = check_unlocked(*object); !unlocked) {
-    front_end.refuse(load_string(10093) + " (" + unlocked.reason() + ")", load_string(10094));
+    front_end.refuse(texts::kCacheLocked.title + " (" + unlocked.reason() + ")",
+                     texts::kCacheLocked.text);
     return false;
   }
   if (IsRunning()) {
-    if (!front_end.ask_to_stop(load_string(10028), load_string(10029))) return false;
+    if (!front_end.ask_to_stop(texts::kRunning.title, texts::kRunning.text)) return false;
     stop(true);
   }
   End(true);
@@ -52,7 +53,7 @@ bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_
                                                  : settle_with_earlier_run(*object, front_end);
   if (!origin) return false;
   if (renders_at_another_rate(object->GetDocument()))
-    front_end.message(load_string(10119), load_string(10118));
+    front_end.message(texts::kFrameRatesDiffer.title, texts::kFrameRatesDiffer.text);
   autosave(*object);
 
   run_.reset();

@@ -11,8 +11,8 @@ namespace nbx {
 void StateLoader::read() {
   if (!origin_.continues) {
     const ParameterReader p(run_.scene.volume());
-    if (!p.flag(OVOLUME_LOAD_STATE)) return;
-    const std::string path = run_.scene.document().Resolve(p.file(OVOLUME_STATE_FILE)).path;
+    if (!p(OVOLUME.LOAD_STATE)) return;
+    const std::string path = run_.scene.document().Resolve(p(OVOLUME.STATE_FILE)).path;
     auto state = std::make_unique<SavedState>();
     if (const Outcome done = read_state(*state, path))
       origin_.state = std::move(state);
@@ -28,7 +28,7 @@ void StateLoader::load() {
   read();
   if (!origin_.state) return;
   const ParameterReader p(run_.scene.volume());
-  const bool goes_on = origin_.continues || p.flag(OVOLUME_STATE_CONTINUE_TIME);
+  const bool goes_on = origin_.continues || p(OVOLUME.STATE_CONTINUE_TIME);
   const bool has_gas = run_.sim.load_state(run_.scene, origin_.state->frame);
   warn_of_missing_grids(has_gas, goes_on);
   if (goes_on) {

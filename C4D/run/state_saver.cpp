@@ -27,7 +27,7 @@ void StateSaver::save_last() {
 }
 
 void StateSaver::save_if_due() {
-  const std::int32_t every = ParameterReader(run_.scene.volume()).whole(OVOLUME_SAVE_STATE_EVERY);
+  const std::int32_t every = ParameterReader(run_.scene.volume())(OVOLUME.SAVE_STATE_EVERY);
   const int frame = run_.times.now.frame();
   const bool last = run_.times.at_end() || run_.front_end.wanted_stop() != Stop::kNo;
   if (every < 1 || frame % every != 0 || last) return;

@@ -1,6 +1,5 @@
 #include "C4D/services/host_access.h"
 
-#include "C4D/parameters/parameter_reader.h"
 #include "C4D/services/preferences.h"
 #include "util/log.h"
 
@@ -24,25 +23,23 @@ void set_host_services(host::HostServices* services) { the_host = services; }
 const std::string& plugin_file() { return own_file; }
 void set_plugin_file(const std::string& path) { own_file = path; }
 
-bool preference(std::int32_t id) {
-  static const host::ClassDescription table = preferences_description();
-  static const host::BaseContainer none;
+bool preference(const Parameter<bool>& line) {
   const host::BaseContainer* all = preferences();
-  return ParameterReader(all ? *all : none, table).flag(id);
+  return all ? ParameterReader(*all)(line) : line.default_value;
 }
 
-void set_preference(std::int32_t id, bool value) {
+void set_preference(const Parameter<bool>& line, bool value) {
   if (!the_host) return;
   const host::BaseContainer* before = preferences();
   host::BaseContainer all = before ? *before : host::BaseContainer();
-  all.SetBool(id, value);
+  all.SetBool(line, value);
   the_host->SetWorldPluginData(kPreferences, all);
 }
 
 std::string preferred_cache_folder() {
   const host::BaseContainer* all = preferences();
   if (!all) LogMessage() << "Failed to get NBX prefs container";
-  return all ? all->GetFilename(PREF_CACHE_PATH).path : std::string();
+  return all ? ParameterReader(*all)(PREF.CACHE_PATH).path : std::string();
 }
 
 void post_event(std::int32_t id, std::int32_t code, host::BaseContainer record) {

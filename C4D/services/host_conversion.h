@@ -1,5 +1,5 @@
-// The host's values as records of the simulation. The host's space is left-handed, the grid's is
-// right-handed: what says `flipped` negates z.
+// Converts values of the host to those of the simulation. The host's space is left-handed, the
+// grid's right-handed: functions named `flipped` negate z.
 #pragma once
 
 #include <algorithm>
@@ -29,7 +29,7 @@ inline Affine3d to_affine(const host::Matrix& m) {
 
 /// Ready for evaluation.
 inline RationalSpline to_spline(const host::CurvePoints& points) {
-  constexpr double most = 1e12, least_bias = 1e-6;  // what floats can reckon with
+  constexpr double most = 1e12, least_bias = 1e-6;  // safe in floats
   RationalSpline spline;
   for (const host::CurvePoint& p : points) {
     const int index = spline.addPoint(static_cast<float>(std::clamp(p.x, -most, most)),
@@ -62,7 +62,7 @@ inline FrameTime frame_time(int frame, const host::FrameRate& rate) {
   return {to_fraction(host::BaseTime::FromFrame(frame, rate)), frame_length(rate)};
 }
 
-/// Brings the scene to a time, as precisely as a millionth of a second.
+/// Evaluates the scene at a time, precise to a millionth of a second.
 inline void evaluate(host::BaseDocument& document, double seconds) {
   document.SetTime(host::BaseTime::FromSeconds(seconds));
   document.ExecutePasses(nullptr, true, true, true);

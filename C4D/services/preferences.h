@@ -1,23 +1,37 @@
-// The user's preferences, kept by the host in a container of their own.
+// The user's preferences, which the host keeps in a container of their own.
 #pragma once
 
+#include "C4D/parameters/parameter_group.h"
 #include "host/interface/plugin.h"
 
 namespace nbx {
 
 inline constexpr std::int32_t kPreferences = 1024510;
 
-enum Preference : std::int32_t {
-  PREF_CACHE_PATH = 1000,
-  PREF_AUTOSAVE = 1001,
-  PREF_UPDATE_CHECK = 1002,
-  PREF_MODE = 1003,
-  PREF_ASK_AUTOSAVE = 1007,
-  PREF_VIEWPORT_GL = 1008,
+/// Values of MODE.
+enum PreferenceMode : std::int32_t { PREF_MODE_STANDARD = 1004 };
+
+struct PreferenceParameters : ParameterGroup {
+  PreferenceParameters() : ParameterGroup("PREF") {}
+
+  File CACHE_PATH =
+      file(1000, "CACHE_PATH", "Folder in which new caches are made; empty: the home folder");
+  Flag AUTOSAVE =
+      flag(1001, "AUTOSAVE", true, "Save the scene into the cache before a run").still();
+  Flag ASK_AUTOSAVE =
+      flag(1007, "ASK_AUTOSAVE", true, "Ask before a run overwrites a saved scene and its cache")
+          .still();
+  Flag UPDATE_CHECK =
+      flag(1002, "UPDATE_CHECK", true, "Look for a newer version once a day").still().later();
+  Flag VIEWPORT_GL =
+      flag(1008, "VIEWPORT_GL", false, "Show cached frames in the viewport").still().later();
+  Choice<PreferenceMode> MODE = cycle(1003, "MODE", PREF_MODE_STANDARD,
+                                      {{PREF_MODE_STANDARD, "standard"}}, "Mode of the program")
+                                    .still()
+                                    .later();
 };
 
-/// Values of PREF_MODE.
-inline constexpr std::int32_t PREF_MODE_STANDARD = 1004;
+inline const PreferenceParameters PREF;
 
 host::ClassDescription preferences_description();
 bool register_preferences(host::HostServices& services, const std::string& name);

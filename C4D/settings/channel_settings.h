@@ -2,7 +2,7 @@
 // object.
 #pragma once
 
-#include "C4D/parameters/parameter_reader.h"
+#include "C4D/parameters/volume_channel.h"
 #include "simulation/frame_sink.h"
 #include "simulation/solver_params.h"
 
@@ -14,7 +14,7 @@ void read_channel_sets(SolverParams& params, FrameSink& sink, const ParameterRea
 /// Reads the parameters of all channels.
 void read_channel_params(SolverParams& params, const ParameterReader& parameters);
 
-/// The ChannelKey that a parameter selects, kNoChannel for none.
-int selected_channel(const ParameterReader& parameters, std::int32_t id);
+/// The key of the channel that a parameter selects; kNoChannel for none.
+int selected_channel(const ParameterReader& parameters, const Parameter<VolumeChannel>& choice);
 
 }  // namespace nbx

@@ -25,9 +25,9 @@ Vec3d motion(const host::BaseObject& volume, double seconds) {
 Wind read_wind(const RunView& run, const SolverParams& params, host::BaseObject& volume,
                double dt) {
   const ParameterReader p(volume);
-  Wind wind{normalized(to_flipped_vector(p.vector(OVOLUME_WIND_DIRECTION))),
-            p.real(OVOLUME_WIND_SPEED) * params.unit_scale};
-  if (dt <= 0 || p.flag(OVOLUME_WIND_WORLD)) return wind;
+  Wind wind{normalized(to_flipped_vector(p(OVOLUME.WIND_DIRECTION))),
+            p(OVOLUME.WIND_SPEED) * params.unit_scale};
+  if (dt <= 0 || p(OVOLUME.WIND_WORLD)) return wind;
   const double document_dt = dt / run.clock.sim_time.length.value() * run.clock.frame_duration;
   const Vec3d moved = motion(volume, document_dt);
   if (moved == Vec3d()) return wind;
@@ -39,48 +39,49 @@ Wind read_wind(const RunView& run, const SolverParams& params, host::BaseObject&
 
 void read_noise(SolverParams& params, const ParameterReader& p) {
   NoiseParams& noise = params.noise;
-  set_noise_scale(noise, std::max(p.real(OVOLUME_NOISE_SIZE_MIN), 0.0),
-                  std::max(p.real(OVOLUME_NOISE_SIZE_MAX), 0.0), params.voxel_size,
-                  p.real(OVOLUME_NOISE_STRENGTH) * params.unit_scale, p.real(OVOLUME_NOISE_PERIOD));
-  noise.persistence = p.real(OVOLUME_NOISE_PERSISTENCE);
-  noise.driver_key = selected_channel(p, OVOLUME_NOISE_DRIVER);
-  noise.driver_spline = to_spline(p.curve(OVOLUME_NOISE_CURVE));
+  set_noise_scale(noise, std::max(p(OVOLUME.NOISE_SIZE_MIN), 0.0),
+                  std::max(p(OVOLUME.NOISE_SIZE_MAX), 0.0), params.voxel_size,
+                  p(OVOLUME.NOISE_STRENGTH) * params.unit_scale, p(OVOLUME.NOISE_PERIOD));
+  noise.persistence = p(OVOLUME.NOISE_PERSISTENCE);
+  noise.driver_key = selected_channel(p, OVOLUME.NOISE_DRIVER);
+  noise.driver_spline = to_spline(p(OVOLUME.NOISE_CURVE));
 }
 
 void read_step_params(SolverParams& params, const ParameterReader& p) {
-  params.cfl = p.real(OVOLUME_CFL);
-  params.adaptive_tracer = p.flag(OVOLUME_ADAPTIVE_TRACER);
-  params.max_substeps = p.whole(OVOLUME_MAX_SUBSTEPS);
-  params.velocity_box_threshold = p.real(OVOLUME_VELOCITY_THRESHOLD) * params.unit_scale;
-  params.fit_to_walls = p.flag(OVOLUME_FIT_TO_WALLS);
-  params.mask_channels_by_solid = p.flag(OVOLUME_MASK_SOLID);
-  params.drag = std::clamp(p.real(OVOLUME_DRAG), 0.0, 1.0);
-  params.clamp_velocity = p.flag(OVOLUME_CLAMP_VELOCITY);
-  params.vorticity = p.real(OVOLUME_VORTICITY);
+  params.cfl = p(OVOLUME.CFL);
+  params.adaptive_tracer = p(OVOLUME.ADAPTIVE_TRACER);
+  params.max_substeps = p(OVOLUME.MAX_SUBSTEPS);
+  params.velocity_box_threshold = p(OVOLUME.VELOCITY_THRESHOLD) * params.unit_scale;
+  params.fit_to_walls = p(OVOLUME.FIT_TO_WALLS);
+  params.mask_channels_by_solid = p(OVOLUME.MASK_SOLID);
+  params.drag = std::clamp(p(OVOLUME.DRAG), 0.0, 1.0);
+  params.clamp_velocity = p(OVOLUME.CLAMP_VELOCITY);
+  params.vorticity = p(OVOLUME.VORTICITY);
   read_noise(params, p);
   read_channel_params(params, p);
 }
 
 void read_walls(DomainSetup& domain, const ParameterReader& p) {
   // The z axis of the grid is opposite to that of the host, so the two z faces change places.
-  const std::int32_t faces[6] = {OVOLUME_CLOSED_X_MIN, OVOLUME_CLOSED_X_MAX, OVOLUME_CLOSED_Y_MIN,
-                                 OVOLUME_CLOSED_Y_MAX, OVOLUME_CLOSED_Z_MAX, OVOLUME_CLOSED_Z_MIN};
-  for (int f = 0; f < 6; ++f) domain.face_closed[f] = p.flag(faces[f]) ? 1 : 0;
+  const Parameter<bool> faces[6] = {OVOLUME.CLOSED_X_MIN, OVOLUME.CLOSED_X_MAX,
+                                    OVOLUME.CLOSED_Y_MIN, OVOLUME.CLOSED_Y_MAX,
+                                    OVOLUME.CLOSED_Z_MAX, OVOLUME.CLOSED_Z_MIN};
+  for (int f = 0; f < 6; ++f) domain.face_closed[f] = p(faces[f]) ? 1 : 0;
 }
 
 }  // namespace
 
 Fraction time_scale(const host::BaseObject& volume) {
-  const double scale = std::max(ParameterReader(volume).real(OVOLUME_TIME_SCALE), 1e-6);
+  const double scale = std::max(ParameterReader(volume)(OVOLUME.TIME_SCALE), 1e-6);
   return normalize({std::round(scale * 1e6), 1e6});
 }
 
 void read_run_settings(SolverParams& params, FrameSink& sink, const host::BaseObject& volume) {
   const ParameterReader p(volume);
   read_channel_sets(params, sink, p);
-  params.voxel_size = p.real(OVOLUME_VOXEL_SIZE);
-  params.interp_points = p.flag(OVOLUME_ADVECT_CUBIC) ? 4 : 3;
-  sink.cache_direct = p.flag(OVOLUME_CACHE_DIRECT);
+  params.voxel_size = p(OVOLUME.VOXEL_SIZE);
+  params.interp_points = p(OVOLUME.ADVECT_CUBIC) ? 4 : 3;
+  sink.cache_direct = p(OVOLUME.CACHE_DIRECT);
   params.keep_traces = !sink.cache_direct;
 }
 

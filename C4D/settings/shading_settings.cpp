@@ -3,11 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
-#include "C4D/parameters/volume_shading_parameters.h"
 #include "C4D/services/host_conversion.h"
-#include "cache/grid_type.h"
+#include "C4D/settings/channel_choice.h"
 #include "host/interface/compositing.h"
 #include "render/direct_light_field.h"
 #include "render/scattered_light_field.h"
@@ -16,62 +14,27 @@ namespace nbx {
 
 namespace {
 
-// The parameters of one shader.
-struct ShaderIds {
-  std::int32_t channel, blur, curve, density_channel, density_blur, density_curve, density;
-  std::int32_t displace;
-  std::int32_t noise_amount, noise_scale_a, noise_scale_b, noise_gain, noise_period;
-};
+enum class Shader { kSmoke, kFire };
 
-constexpr ShaderIds kSmoke{
-    OVOLUME_SMOKE_CHANNEL,         OVOLUME_SMOKE_BLUR,          OVOLUME_SMOKE_CURVE,
-    OVOLUME_SMOKE_DENSITY_CHANNEL, OVOLUME_SMOKE_DENSITY_BLUR,  OVOLUME_SMOKE_DENSITY_CURVE,
-    OVOLUME_SMOKE_DENSITY,         OVOLUME_SMOKE_DISPLACE,      OVOLUME_SMOKE_NOISE_AMOUNT,
-    OVOLUME_SMOKE_NOISE_SCALE_A,   OVOLUME_SMOKE_NOISE_SCALE_B, OVOLUME_SMOKE_NOISE_GAIN,
-    OVOLUME_SMOKE_NOISE_PERIOD};
-constexpr ShaderIds kFire{
-    OVOLUME_FIRE_CHANNEL,         OVOLUME_FIRE_BLUR,          OVOLUME_FIRE_CURVE,
-    OVOLUME_FIRE_DENSITY_CHANNEL, OVOLUME_FIRE_DENSITY_BLUR,  OVOLUME_FIRE_DENSITY_CURVE,
-    OVOLUME_FIRE_DENSITY,         OVOLUME_FIRE_DISPLACE,      OVOLUME_FIRE_NOISE_AMOUNT,
-    OVOLUME_FIRE_NOISE_SCALE_A,   OVOLUME_FIRE_NOISE_SCALE_B, OVOLUME_FIRE_NOISE_GAIN,
-    OVOLUME_FIRE_NOISE_PERIOD};
-
-int channel_of(std::int32_t choice) {
-  switch (choice) {
-    case OVOLUME_CHANNEL_DENSITY:
-      return kGridDensity;
-    case OVOLUME_CHANNEL_TEMPERATURE:
-      return kGridTemperature;
-    case OVOLUME_CHANNEL_FUEL:
-      return kGridFuel;
-    case OVOLUME_CHANNEL_BURN:
-      return kGridBurn;
-    case OVOLUME_CHANNEL_RAMP_X:
-      return kRampX;
-    case OVOLUME_CHANNEL_RAMP_Y:
-      return kRampY;
-    case OVOLUME_CHANNEL_RAMP_Z:
-      return kRampZ;
-    default:
-      return kNoGrid;
-  }
-}
-
-ShaderParams shader_params(const ParameterReader& data, const ShaderIds& id) {
+ShaderParams shader_params(const ParameterReader& p, Shader which) {
+  const auto read = [&](const auto& smoke, const auto& fire) {
+    return p(which == Shader::kSmoke ? smoke : fire);
+  };
   ShaderParams shader;
-  shader.channel = channel_of(data.whole(id.channel));
-  shader.blur = data.real(id.blur);
-  shader.curve = to_spline(data.curve(id.curve));
-  shader.density_channel = channel_of(data.whole(id.density_channel));
-  shader.density_blur = data.real(id.density_blur);
-  shader.density_curve = to_spline(data.curve(id.density_curve));
-  shader.density = data.real(id.density);
-  shader.displace = data.real(id.displace);
-  shader.noise.percent = data.real(id.noise_amount);
-  shader.noise.scale_a = data.real(id.noise_scale_a);
-  shader.noise.scale_b = data.real(id.noise_scale_b);
-  shader.noise.gain = data.real(id.noise_gain);
-  shader.noise.period = data.real(id.noise_period);
+  shader.channel = shader_channel(read(OVOLUME.SMOKE_CHANNEL, OVOLUME.FIRE_CHANNEL));
+  shader.blur = read(OVOLUME.SMOKE_BLUR, OVOLUME.FIRE_BLUR);
+  shader.curve = to_spline(read(OVOLUME.SMOKE_CURVE, OVOLUME.FIRE_CURVE));
+  shader.density_channel =
+      shader_channel(read(OVOLUME.SMOKE_DENSITY_CHANNEL, OVOLUME.FIRE_DENSITY_CHANNEL));
+  shader.density_blur = read(OVOLUME.SMOKE_DENSITY_BLUR, OVOLUME.FIRE_DENSITY_BLUR);
+  shader.density_curve = to_spline(read(OVOLUME.SMOKE_DENSITY_CURVE, OVOLUME.FIRE_DENSITY_CURVE));
+  shader.density = read(OVOLUME.SMOKE_DENSITY, OVOLUME.FIRE_DENSITY);
+  shader.displace = read(OVOLUME.SMOKE_DISPLACE, OVOLUME.FIRE_DISPLACE);
+  shader.noise.percent = read(OVOLUME.SMOKE_NOISE_AMOUNT, OVOLUME.FIRE_NOISE_AMOUNT);
+  shader.noise.scale_a = read(OVOLUME.SMOKE_NOISE_SCALE_A, OVOLUME.FIRE_NOISE_SCALE_A);
+  shader.noise.scale_b = read(OVOLUME.SMOKE_NOISE_SCALE_B, OVOLUME.FIRE_NOISE_SCALE_B);
+  shader.noise.gain = read(OVOLUME.SMOKE_NOISE_GAIN, OVOLUME.FIRE_NOISE_GAIN);
+  shader.noise.period = read(OVOLUME.SMOKE_NOISE_PERIOD, OVOLUME.FIRE_NOISE_PERIOD);
   return shader;
 }
 
@@ -88,14 +51,13 @@ std::shared_ptr<const ColorRamp> gradient_ramp(const host::Gradient& gradient, d
 }
 
 std::shared_ptr<const ColorRamp> fire_ramp(const host::BaseObject& volume) {
-  const ParameterReader data(volume);
-  if (data.whole(OVOLUME_FIRE_COLOR_MODE) == OVOLUME_FIRE_COLOR_GRADIENT)
-    return gradient_ramp(data.gradient(OVOLUME_FIRE_GRADIENT),
-                         data.real(OVOLUME_FIRE_GRADIENT_SCALE));
+  const ParameterReader p(volume);
+  if (p(OVOLUME.FIRE_COLOR_MODE) == OVOLUME_FIRE_COLOR_GRADIENT)
+    return gradient_ramp(p(OVOLUME.FIRE_GRADIENT), p(OVOLUME.FIRE_GRADIENT_SCALE));
   return std::make_shared<BlackbodyRamp>(blackbody_params(volume));
 }
 
-Filter filter_of(std::int32_t choice) {
+Filter filter_of(VolumeFilter choice) {
   if (choice == OVOLUME_FILTER_LINEAR) return Filter::kLinear;
   if (choice == OVOLUME_FILTER_CATMULL_ROM) return Filter::kCatmullRom;
   return Filter::kBSpline;
@@ -104,56 +66,54 @@ Filter filter_of(std::int32_t choice) {
 }  // namespace
 
 BlackbodyParams blackbody_params(const host::BaseObject& volume) {
-  const ParameterReader data(volume);
+  const ParameterReader p(volume);
   BlackbodyParams body;
-  body.min_kelvin = data.real(OVOLUME_FIRE_TEMP_MIN);
-  body.max_kelvin = data.real(OVOLUME_FIRE_TEMP_MAX);
-  body.exposure = data.real(OVOLUME_FIRE_EXPOSURE);
-  body.compression = data.real(OVOLUME_FIRE_COMPRESSION);
-  body.tint = to_color({data.real(OVOLUME_FIRE_TINT_R), data.real(OVOLUME_FIRE_TINT_G),
-                        data.real(OVOLUME_FIRE_TINT_B)});
+  body.min_kelvin = p(OVOLUME.FIRE_TEMP_MIN);
+  body.max_kelvin = p(OVOLUME.FIRE_TEMP_MAX);
+  body.exposure = p(OVOLUME.FIRE_EXPOSURE);
+  body.compression = p(OVOLUME.FIRE_COMPRESSION);
+  body.tint = to_color({p(OVOLUME.FIRE_TINT_R), p(OVOLUME.FIRE_TINT_G), p(OVOLUME.FIRE_TINT_B)});
   return body;
 }
 
 VolumeParams shading_params(const host::BaseObject& volume) {
-  const ParameterReader data(volume);
+  const ParameterReader p(volume);
   VolumeParams params;
-  params.smoke = shader_params(data, kSmoke);
-  params.smoke.ramp = gradient_ramp(data.gradient(OVOLUME_SMOKE_GRADIENT), 1);
-  params.fire = shader_params(data, kFire);
+  params.smoke = shader_params(p, Shader::kSmoke);
+  params.smoke.ramp = gradient_ramp(p(OVOLUME.SMOKE_GRADIENT), 1);
+  params.fire = shader_params(p, Shader::kFire);
   params.fire.ramp = fire_ramp(volume);
-  params.albedo = data.real(OVOLUME_SMOKE_ALBEDO);
-  params.occlusion = data.real(OVOLUME_FIRE_OCCLUSION);
-  params.filter = filter_of(data.whole(OVOLUME_FILTER));
-  params.viewStep = data.real(OVOLUME_VIEW_STEP);
-  params.shadowStep = data.real(OVOLUME_SHADOW_STEP);
-  params.motion_blur = data.real(OVOLUME_MOTION_BLUR);
-  params.motion_blur_step = data.real(OVOLUME_MOTION_BLUR_STEP);
-  if (data.flag(OVOLUME_DEPTH_FADE))
-    params.depth_fade = to_spline(data.curve(OVOLUME_DEPTH_FADE_CURVE));
+  params.albedo = p(OVOLUME.SMOKE_ALBEDO);
+  params.occlusion = p(OVOLUME.FIRE_OCCLUSION);
+  params.filter = filter_of(p(OVOLUME.FILTER));
+  params.viewStep = p(OVOLUME.VIEW_STEP);
+  params.shadowStep = p(OVOLUME.SHADOW_STEP);
+  params.motion_blur = p(OVOLUME.MOTION_BLUR);
+  params.motion_blur_step = p(OVOLUME.MOTION_BLUR_STEP);
+  if (p(OVOLUME.DEPTH_FADE)) params.depth_fade = to_spline(p(OVOLUME.DEPTH_FADE_CURVE));
   return params;
 }
 
 std::shared_ptr<LightField> make_light_field(const host::BaseObject& volume, const Vec3d& eye) {
-  const ParameterReader data(volume);
-  const std::int32_t mode = data.whole(OVOLUME_LIGHT_MODE);
+  const ParameterReader p(volume);
+  const VolumeLightMode mode = p(OVOLUME.LIGHT_MODE);
   if (mode < OVOLUME_LIGHT_LINEAR || mode > OVOLUME_LIGHT_EXACT) return nullptr;
-  const double scale = std::max(data.real(OVOLUME_LIGHT_GRID_SCALE), 0.001);
-  if (data.flag(OVOLUME_MULTI_SCATTER)) {
+  const double scale = std::max(p(OVOLUME.LIGHT_GRID_SCALE), 0.001);
+  if (p(OVOLUME.MULTI_SCATTER)) {
     ScatteredLightParams params;
     params.cubic = mode == OVOLUME_LIGHT_CUBIC;
     params.gridScale = scale;
-    params.maxSweeps = std::max(data.whole(OVOLUME_SCATTER_SWEEPS), 1);
-    params.directions = std::max(data.whole(OVOLUME_SCATTER_DIRECTIONS), 1);
-    params.directWeight = static_cast<float>(data.real(OVOLUME_SCATTER_DIRECT));
-    params.emissionWeight = static_cast<float>(data.real(OVOLUME_SCATTER_EMISSION));
-    params.extinctionScale = static_cast<float>(data.real(OVOLUME_SCATTER_EXTINCTION));
+    params.maxSweeps = std::max(p(OVOLUME.SCATTER_SWEEPS), 1);
+    params.directions = std::max(p(OVOLUME.SCATTER_DIRECTIONS), 1);
+    params.directWeight = static_cast<float>(p(OVOLUME.SCATTER_DIRECT));
+    params.emissionWeight = static_cast<float>(p(OVOLUME.SCATTER_EMISSION));
+    params.extinctionScale = static_cast<float>(p(OVOLUME.SCATTER_EXTINCTION));
     return std::make_shared<ScatteredLightField>(params);
   }
   DirectLightParams params;
   params.mode = static_cast<LightCache>(mode - OVOLUME_LIGHT_LINEAR + 1);
   params.gridScale = scale;
-  params.anisotropy = std::clamp(data.real(OVOLUME_PHASE_G), -0.9999, 0.9999);
+  params.anisotropy = std::clamp(p(OVOLUME.PHASE_G), -0.9999, 0.9999);
   params.eye = eye;
   return std::make_shared<DirectLightField>(params);
 }
@@ -163,7 +123,7 @@ void read_compositing(RenderVolume& target, const host::BaseObject& volume) {
   target.matte = false;
   const host::BaseTag* tag = host::CompositingTag(volume);
   if (!tag) return;
-  const ParameterReader data(*tag);
+  const host::BaseContainer& data = tag->GetDataInstance();
   const struct {
     std::int32_t parameter;
     std::uint32_t rays;
@@ -178,12 +138,12 @@ void read_compositing(RenderVolume& target, const host::BaseObject& volume) {
       {host::COMPOSITING_SEEN_BY_AO, kOcclusionRay},
   };
   for (const auto& [parameter, rays] : excluded)
-    if (!data.flag(parameter)) target.excludeMask |= rays;
+    if (!data.GetBool(parameter)) target.excludeMask |= rays;
   target.innerExcludeMask = target.excludeMask;
-  if (!data.flag(host::COMPOSITING_SELF_SHADOW)) target.innerExcludeMask |= kShadowRay;
-  if (!data.flag(host::COMPOSITING_CAST_SHADOWS)) target.excludeMask |= kShadowRay;
-  target.matte = data.flag(host::COMPOSITING_MATTE);
-  target.matteColor = to_color(data.vector(host::COMPOSITING_MATTE_COLOR));
+  if (!data.GetBool(host::COMPOSITING_SELF_SHADOW)) target.innerExcludeMask |= kShadowRay;
+  if (!data.GetBool(host::COMPOSITING_CAST_SHADOWS)) target.excludeMask |= kShadowRay;
+  target.matte = data.GetBool(host::COMPOSITING_MATTE);
+  target.matteColor = to_color(data.GetVector(host::COMPOSITING_MATTE_COLOR));
 }
 
 }  // namespace nbx

@@ -1,4 +1,4 @@
-// How the user wants a volume object to look, from its parameters at the document's time.
+// Reads how a volume object looks from its parameters at the document's time.
 #pragma once
 
 #include "host/interface/scene.h"
@@ -7,17 +7,17 @@
 
 namespace nbx {
 
-/// All but the transforms and times.
+/// Everything but transforms and times.
 VolumeParams shading_params(const host::BaseObject& volume);
 
-/// The glowing body of the volume's fire, from its parameters.
+/// The black body that gives the fire its colors.
 BlackbodyParams blackbody_params(const host::BaseObject& volume);
 
-/// The solver of light that the user chose; empty for unlit smoke. `eye`: the camera, in the world.
+/// The light solver that the user chose; null for unlit smoke. `eye` is the camera in the world.
 std::shared_ptr<LightField> make_light_field(const host::BaseObject& volume, const Vec3d& eye);
 
-/// Which rays don't see the volume, and what it looks like as a matte, from the compositing tag
-/// that counts for it. Without such a tag all rays see it.
+/// Reads from the compositing tag that applies to the volume which rays don't see it, and its matte
+/// color. Without such a tag all rays see it.
 void read_compositing(RenderVolume& target, const host::BaseObject& volume);
 
 }  // namespace nbx

@@ -33,11 +33,11 @@ void read_amounts(SimulationObjectParameters& source, const ParameterReader& p, 
     source.add_keys.insert(key);
     source.amounts[key] *= frames;
   };
-  channel(kDensity, TVOLUME_DENSITY, TVOLUME_DENSITY_MODE);
-  channel(kTemperature, TVOLUME_TEMPERATURE, TVOLUME_TEMPERATURE_MODE);
-  channel(kFuel, TVOLUME_FUEL, TVOLUME_FUEL_MODE);
-  channel(kBurn, TVOLUME_BURN, TVOLUME_BURN_MODE);
-  source.amounts[kExpansion] = p.real(TVOLUME_EXPANSION);  // a rate: the same in every substep
+  channel(kDensity, TVOLUME.DENSITY, TVOLUME.DENSITY_MODE);
+  channel(kTemperature, TVOLUME.TEMPERATURE, TVOLUME.TEMPERATURE_MODE);
+  channel(kFuel, TVOLUME.FUEL, TVOLUME.FUEL_MODE);
+  channel(kBurn, TVOLUME.BURN, TVOLUME.BURN_MODE);
+  source.amounts[kExpansion] = p(TVOLUME.EXPANSION);  // a rate: the same in every substep
 }
 
 }  // namespace
@@ -51,21 +51,21 @@ SimulationObjectParameters source_parameters(const host::BaseTag& tag, const Sol
   source.transform = to_affine(tag.GetObject()->GetMg());
   source.transform.rows[2] = -source.transform.rows[2];
   source.transform.translation[2] *= -1;
-  source.direction = to_vector(p.vector(TVOLUME_DIRECTION)) * params.unit_scale;
-  source.normal_force = p.real(TVOLUME_NORMAL_FORCE) * params.unit_scale * frames;
-  source.velocity_transfer = p.real(TVOLUME_VELOCITY_TRANSFER) * params.unit_scale;
+  source.direction = to_vector(p(TVOLUME.DIRECTION)) * params.unit_scale;
+  source.normal_force = p(TVOLUME.NORMAL_FORCE) * params.unit_scale * frames;
+  source.velocity_transfer = p(TVOLUME.VELOCITY_TRANSFER) * params.unit_scale;
 
-  source.thickness = std::max(p.real(TVOLUME_THICKNESS) / params.voxel_size, kSmallestThickness);
-  source.fill = p.flag(TVOLUME_FILL);
-  source.particle_map = particle_map(p.whole(TVOLUME_PARTICLE_MAP));
-  source.particle_curve = to_spline(p.curve(TVOLUME_PARTICLE_CURVE));
+  source.thickness = std::max(p(TVOLUME.THICKNESS) / params.voxel_size, kSmallestThickness);
+  source.fill = p(TVOLUME.FILL);
+  source.particle_map = particle_map(p(TVOLUME.PARTICLE_MAP));
+  source.particle_curve = to_spline(p(TVOLUME.PARTICLE_CURVE));
 
   source.time_scale = params.time_scale;
   return source;
 }
 
 int surface_channel(const host::BaseTag& tag) {
-  switch (ParameterReader(tag).whole(TVOLUME_SURFACE_CHANNEL)) {
+  switch (ParameterReader(tag)(TVOLUME.SURFACE_CHANNEL)) {
     case TVOLUME_SURFACE_CHANNEL_0:
       return 0;
     case TVOLUME_SURFACE_CHANNEL_1:

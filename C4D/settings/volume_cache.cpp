@@ -3,9 +3,7 @@
 #include <QDir>
 #include <QFileInfo>
 
-#include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
-#include "C4D/parameters/volume_shading_parameters.h"
 #include "C4D/services/host_access.h"
 #include "C4D/services/preferences.h"
 #include "cache/cache_registry.h"
@@ -32,12 +30,10 @@ std::string join(const CacheDirData& data) {
       .toStdString();
 }
 
-const std::string kAutosave = "/Autosave.c4d";
-
 }  // namespace
 
 CacheDirData cache_dir_data(const host::BaseObject& volume) {
-  const host::Filename named = ParameterReader(volume).file(OVOLUME_CACHE_NAME);
+  const host::Filename named = ParameterReader(volume)(OVOLUME.CACHE_NAME);
   const std::string path = volume.GetDocument().Resolve(named).path;
   const std::size_t slash = path.rfind('/');
   if (slash == std::string::npos) return place_beside_scene(volume);
@@ -46,7 +42,7 @@ CacheDirData cache_dir_data(const host::BaseObject& volume) {
 
 void set_cache_dir_data(host::BaseObject& volume, const CacheDirData& data) {
   volume.GetDataInstance().SetFilename(
-      OVOLUME_CACHE_NAME, {data.base.empty() ? std::string() : data.base + "/" + data.name});
+      OVOLUME.CACHE_NAME, {data.base.empty() ? std::string() : data.base + "/" + data.name});
 }
 
 std::string named_cache(const host::BaseObject& volume) { return join(cache_dir_data(volume)); }
@@ -68,7 +64,7 @@ std::string make_cache(host::BaseObject& volume) {
   std::string directory;
   const std::string preferred = data.base.empty() ? preferred_cache_folder() : std::string();
   if (!resolve_cache_dir(data, directory, true, preferred)) return {};
-  const bool unnamed = volume.GetDataInstance().GetFilename(OVOLUME_CACHE_NAME).path.empty();
+  const bool unnamed = volume.GetDataInstance().GetFilename(OVOLUME.CACHE_NAME).path.empty();
   if (unnamed || !(data == cache_dir_data(volume))) set_cache_dir_data(volume, data);
   return directory;
 }
@@ -81,11 +77,11 @@ std::shared_ptr<BFS> volume_cache(host::BaseObject& volume, bool create) {
 TimeRange time_range(const host::BaseObject& volume) {
   const host::BaseDocument& document = volume.GetDocument();
   const ParameterReader p(volume);
-  switch (p.whole(OVOLUME_TIME_MODE)) {
+  switch (p(OVOLUME.TIME_MODE)) {
     case OVOLUME_TIME_DOCUMENT_RANGE:
       return {document.GetMinTime(), document.GetMaxTime()};
     case OVOLUME_TIME_OWN_RANGE:
-      return {p.time(OVOLUME_TIME_START), p.time(OVOLUME_TIME_END)};
+      return {p(OVOLUME.TIME_START), p(OVOLUME.TIME_END)};
     default:
       return {document.GetLoopMinTime(), document.GetLoopMaxTime()};
   }
@@ -95,24 +91,26 @@ int frame_at_time(const host::BaseObject& volume, const host::BaseTime& time) {
   const ParameterReader p(volume);
   const host::FrameRate fps = volume.GetDocument().GetFps();
   const host::BaseTime start = time_range(volume).start;
-  const std::int64_t frame = p.whole(OVOLUME_FRAME_STRIDE) * (time - start).GetFrame(fps) +
-                             start.GetFrame(fps) - p.whole(OVOLUME_FRAME_OFFSET);
+  const std::int64_t frame = p(OVOLUME.FRAME_STRIDE) * (time - start).GetFrame(fps) +
+                             start.GetFrame(fps) - p(OVOLUME.FRAME_OFFSET);
   return static_cast<int>(std::clamp<std::int64_t>(frame, -2147483647, 2147483647));
 }
 
+std::string autosave_file(const std::string& directory) { return directory + "/Autosave.c4d"; }
+
 bool has_autosave(const host::BaseObject& volume) {
   const std::string directory = find_cache(volume);
-  return !directory.empty() && QFileInfo::exists(QString::fromStdString(directory + kAutosave));
+  return !directory.empty() && QFileInfo::exists(QString::fromStdString(autosave_file(directory)));
 }
 
 void autosave(host::BaseObject& volume) {
-  if (!preference(PREF_AUTOSAVE) || !host_services()) return;
+  if (!preference(PREF.AUTOSAVE) || !host_services()) return;
   const std::string directory = make_cache(volume);
   if (directory.empty()) {
     LogMessage() << "Failed to get cache dir to autosave project file";
     return;
   }
-  const std::string path = directory + kAutosave;
+  const std::string path = autosave_file(directory);
   LogMessage() << "saving project to " << path;
   if (!host_services()->SaveDocument(volume.GetDocument(), {path}, host::kSceneFormat))
     LogMessage() << "Failed to save project to " << path;

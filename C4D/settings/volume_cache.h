@@ -1,5 +1,5 @@
-// Where the frames of a volume object are: its cache's directory, which document time shows which
-// cached frame, and the scene that is saved beside the frames.
+// The cache of a volume object: its folder, which cached frame a document time shows, and the scene
+// that is saved beside the frames.
 #pragma once
 
 #include <memory>
@@ -11,7 +11,7 @@
 
 namespace nbx {
 
-/// Where the volume's cache belongs, in two parts. OVOLUME_CACHE_NAME is a path whose last folder
+/// Where the volume's cache belongs, in two parts. OVOLUME.CACHE_NAME is a path whose last folder
 /// is the cache's name; a path that ends with '/' is a folder of caches, and the name is empty. If
 /// the parameter is empty, the cache belongs beside the scene: "fire.json" with the volume "log"
 /// gives "fire.log.cache". A scene that was never on disk has no such place: both parts are empty.
@@ -21,17 +21,16 @@ void set_cache_dir_data(host::BaseObject& volume, const CacheDirData& data);
 /// Both parts as one path, whether the folder exists or not. Empty without a name.
 std::string named_cache(const host::BaseObject& volume);
 
-/// The folder of the volume's frames, if it exists; else empty. Whoever looks for a volume's cache
-/// asks here.
+/// The folder of the volume's frames; empty if it doesn't exist.
 std::string find_cache(const host::BaseObject& volume);
 /// The same folder, made if it doesn't exist; the parameter then names it. A cache without a place
-/// gets a new folder (resolve_cache_dir). Empty, after a log line, if none can be made.
+/// gets a new folder (resolve_cache_dir). Empty, after a log line, if that fails.
 std::string make_cache(host::BaseObject& volume);
 
 /// The open store of find_cache; null if there is none. With `create`, of make_cache.
 std::shared_ptr<BFS> volume_cache(host::BaseObject& volume, bool create);
 
-/// First and last time of the range that OVOLUME_TIME_MODE selects.
+/// First and last time of the range that OVOLUME.TIME_MODE selects.
 struct TimeRange {
   host::BaseTime start, end;
 };
@@ -41,10 +40,11 @@ TimeRange time_range(const host::BaseObject& volume);
 ///     stride * (frames since the range's start) + start frame - offset
 int frame_at_time(const host::BaseObject& volume, const host::BaseTime& time);
 
-/// Saves the scene as "Autosave.c4d" into the volume's cache, which is made if it is missing, if
-/// the user prefers that. Failures are logged.
+/// Where a run saves the scene in its cache.
+std::string autosave_file(const std::string& directory);
+/// Saves the scene there if the preferences say so; a missing cache is made. Failures are logged.
 void autosave(host::BaseObject& volume);
-/// True if the volume's cache holds such a file, so that it is an earlier run's.
+/// True if the volume's cache holds a saved scene: an earlier run has written into it.
 bool has_autosave(const host::BaseObject& volume);
 
 }  // namespace nbx

@@ -34,7 +34,7 @@ bool finite(const Affine3d& m) {
 VolumeGrid volume_grid(const host::BaseObject& volume, double voxel_size) {
   const double v = std::max(voxel_size, 2.220446049250313e-16);
   const Vec3d center = to_flipped_vector(volume.GetMp());
-  const Vec3d size = to_vector(ParameterReader(volume).vector(OVOLUME_SIZE));
+  const Vec3d size = to_vector(ParameterReader(volume)(OVOLUME.SIZE));
 
   VolumeGrid grid;
   Affine3d to_cells;
@@ -66,7 +66,7 @@ std::string what_is_wrong(const VolumeGrid& grid) {
     }
   const auto& rows = grid.world_to_grid.rows;
   if (!finite(grid.world_to_grid) || dot(rows[0], cross(rows[1], rows[2])) == 0)
-    return "the object is scaled to nothing, or beyond all bounds";
+    return "the object's scale is zero or too large";
   return {};
 }
 

@@ -1,4 +1,4 @@
-// Where the voxels of a volume object lie in the host's world.
+// The voxel grid of a volume object in the host's world.
 #pragma once
 
 #include <string>
@@ -11,17 +11,17 @@ namespace nbx {
 
 /// The domain of a volume object at the document's time.
 struct VolumeGrid {
-  Vec3d cells;             // whole numbers, 2 at least; maybe more than any memory holds
+  Vec3d cells;             // whole numbers, at least 2; may exceed any memory
   Affine3d world_to_grid;  // host world coordinates to domain cells, z negated
 
-  /// `cells` within what a sparse field can address.
+  /// `cells`, limited to what a sparse field can address.
   Vec3i dims() const;
   IntBox box() const { return {{0, 0, 0}, dims() - Vec3i(1, 1, 1)}; }
 };
 
 VolumeGrid volume_grid(const host::BaseObject& volume, double voxel_size);
 
-/// Why no simulation can have this domain, as half a sentence; empty if one can.
+/// Why the domain can't be simulated, as half a sentence; empty if it can.
 std::string what_is_wrong(const VolumeGrid& grid);
 
 }  // namespace nbx

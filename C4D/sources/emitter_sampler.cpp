@@ -100,9 +100,9 @@ void EmitterSampler::add_meshes(const RunView& run, StepSources& sources, const 
   const PolygonWalk walk(meshes, source.world_to_grid);
   const auto texture = volume_texture(tag, source.time, run.params.voxel_size);
   ThicknessProfile profile{source.thickness, channel >= 0,
-                           ParameterReader(tag).flag(TVOLUME_CORNER_WEIGHTS)};
+                           ParameterReader(tag)(TVOLUME.CORNER_WEIGHTS)};
   if (has_emission(source)) {
-    const bool whole = ParameterReader(tag).links(TVOLUME_SELECTIONS).empty();
+    const bool whole = ParameterReader(tag)(TVOLUME.SELECTIONS).empty();
     if (source.fill && whole && !is_solid(tag))
       classify_inside(weights_, PolygonObjectContainer(walk, box));
     voxelize(weights_, walk, box, profile);

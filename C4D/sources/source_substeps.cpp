@@ -35,7 +35,7 @@ std::vector<Vec3d> points_at(host::BaseObject& volume, const std::vector<host::B
 
 int source_substeps(host::BaseObject& volume, const std::vector<host::BaseTag*>& tags,
                     double voxel_size, double start, double end) {
-  const std::int32_t wanted = ParameterReader(volume).whole(OVOLUME_SOURCE_SUBSTEPS);
+  const std::int32_t wanted = ParameterReader(volume)(OVOLUME.SOURCE_SUBSTEPS);
   if (wanted > 0) return wanted;
   if (tags.empty() || end <= start) return 1;
   const std::vector<Vec3d> before = points_at(volume, tags, voxel_size, start);

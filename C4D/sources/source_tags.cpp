@@ -11,7 +11,7 @@ namespace {
 void find_tags(host::BaseObject* object, std::vector<host::BaseTag*>& tags) {
   for (; object; object = object->GetNext()) {
     for (host::BaseTag* tag = object->GetFirstTag(); tag; tag = tag->GetNext())
-      if (tag->GetType() == kVolumeTag && ParameterReader(*tag).flag(TVOLUME_ENABLED))
+      if (tag->GetType() == kVolumeTag && ParameterReader(*tag)(TVOLUME.ENABLED))
         tags.push_back(tag);
     find_tags(object->GetDown(), tags);
   }
@@ -54,7 +54,7 @@ host::BaseObject* source_object(const host::BaseTag& tag) {
   return object;
 }
 
-bool is_solid(const host::BaseTag& tag) { return ParameterReader(tag).flag(TVOLUME_SOLID); }
+bool is_solid(const host::BaseTag& tag) { return ParameterReader(tag)(TVOLUME.SOLID); }
 
 std::vector<host::PolygonObject*> gather_polygon_objects(host::BaseObject& object) {
   std::vector<host::PolygonObject*> meshes;
@@ -72,7 +72,7 @@ std::vector<host::PolygonObject*> gather_polygon_objects(host::BaseObject& objec
 }
 
 std::vector<SourceMesh> source_meshes(const host::BaseTag& tag) {
-  const host::LinkList selections = ParameterReader(tag).links(TVOLUME_SELECTIONS);
+  const host::LinkList selections = ParameterReader(tag)(TVOLUME.SELECTIONS);
   if (selections.empty()) return solid_meshes(tag);
   std::vector<SourceMesh> meshes;
   if (!source_object(tag)) return meshes;

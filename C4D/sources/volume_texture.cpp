@@ -7,12 +7,11 @@
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_tag_parameters.h"
 #include "host/interface/texture.h"
+#include "util/units.h"
 
 namespace nbx {
 
 namespace {
-
-constexpr double kMetersPerUnit = 0.01;
 
 class Shader final : public VolumeTexture {
  public:
@@ -41,8 +40,7 @@ void scale(const SparseBlockEntry& block, const VolumeTexture& texture) {
 
 std::unique_ptr<const VolumeTexture> volume_texture(const host::BaseTag& tag, double time,
                                                     double voxel_size) {
-  const auto* shader =
-      dynamic_cast<const host::BaseShader*>(ParameterReader(tag).link(TVOLUME_SHADER));
+  const auto* shader = dynamic_cast<const host::BaseShader*>(ParameterReader(tag)(TVOLUME.SHADER));
   if (!shader) return nullptr;
   return std::make_unique<Shader>(shader->GetTexture(), time, voxel_size * kMetersPerUnit);
 }

@@ -36,14 +36,13 @@ void set_up_qt() {
   if (QCoreApplication::instance()) return;
   QCoreApplication::setLibraryPaths({});
   qInstallMessageHandler(log_qt);
-  // The application takes over the user's locale, but numbers of scenes are read and written in the
-  // host's.
+  // The application sets the user's locale, but scenes are read and written in the host's.
   const std::string locale = std::setlocale(LC_ALL, nullptr);
   static char name[] = "nimbrix";
   static char* arguments[] = {name, nullptr};
   static int count = 1;
   application = std::make_unique<QCoreApplication>(count, arguments);
-  QCoreApplication::setLibraryPaths({});  // it has added the program's folder
+  QCoreApplication::setLibraryPaths({});  // the constructor has added the program's folder
   std::setlocale(LC_ALL, locale.c_str());
 }
 

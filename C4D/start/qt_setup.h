@@ -1,16 +1,15 @@
-// Qt inside a host: made ready before the plug-in uses it, and taken down with the plug-in.
-// Main thread only.
+// Qt inside a host: set up before the plug-in uses it, taken down with the plug-in. Main thread
+// only.
 #pragma once
 
 namespace nbx {
 
-/// Names the application to Qt, keeps the plug-in's module in memory, since Qt's threads must not
-/// outlive the code that they run, and makes an application where the host has none. That one loads
-/// no Qt plug-ins from the host's surroundings, leaves the process's locale alone, and sends Qt's
-/// messages to the log.
+/// Names the application to Qt and keeps the plug-in's module in memory, since Qt's threads must
+/// not outlive their code. If the host has no Qt application, makes one that loads no Qt plug-ins
+/// from the host's surroundings, keeps the process's locale, and sends Qt's messages to the log.
 void set_up_qt();
 
-/// Destroys the application that set_up_qt made, if it made one.
+/// Destroys the application if set_up_qt made one.
 void tear_down_qt();
 
 }  // namespace nbx

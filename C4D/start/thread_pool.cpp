@@ -13,7 +13,7 @@ namespace {
 
 void widen_affinity() {
   cpu_set_t before, all;
-  std::memset(&all, 0xff, sizeof all);  // the kernel keeps those that the process may have
+  std::memset(&all, 0xff, sizeof all);  // the kernel keeps those that the process may use
   if (sched_getaffinity(0, sizeof before, &before) != 0 ||
       sched_setaffinity(0, sizeof all, &all) != 0)
     LogMessage() << "Failed to get process affinity";

@@ -2,31 +2,25 @@
 
 #include <exception>
 
-#include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/services/host_conversion.h"
 #include "C4D/settings/volume_cache.h"
 #include "cache/slot_handle.h"
 #include "scene/particle_advection.h"
 #include "util/log.h"
+#include "util/units.h"
 
 namespace nbx {
-
-namespace {
-
-constexpr double kUnitScale = 0.01;  // meters in a unit of the scene
-
-}  // namespace
 
 void modify_particles(const host::BaseObject& volume, const std::shared_ptr<BFS>& store,
                       const host::Particles& particles,
                       std::vector<host::ParticleModification>& changes, double step) try {
-  const double strength = ParameterReader(volume).real(OVOLUME_PARTICLE_ADVECTION);
+  const double strength = ParameterReader(volume)(OVOLUME.PARTICLE_ADVECTION);
   if (!(strength > 0) || !(step > 0) || !store) return;
   const int shown = frame_at_time(volume, volume.GetDocument().GetTime());
   const SlotHandle frame(store, shown, 0, true);
   if (!frame) return;
-  const ParticleAdvection flow(*frame, kUnitScale);
+  const ParticleAdvection flow(*frame, kMetersPerUnit);
   if (flow.empty()) return;
 
   const auto count = static_cast<std::ptrdiff_t>(std::min(particles.size(), changes.size()));

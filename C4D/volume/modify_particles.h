@@ -9,9 +9,9 @@
 
 namespace nbx {
 
-/// As host::ObjectData::ModifyParticles, with the frames of `store`. Does nothing while
-/// OVOLUME_PARTICLE_ADVECTION isn't above 0, without a store, and where that has no frame with
-/// velocity for the document's time. A frame that can't be read costs a log line.
+/// As host::ObjectData::ModifyParticles, with the frames of `store`. Does nothing unless
+/// OVOLUME.PARTICLE_ADVECTION is above 0 and the store has a frame with velocity for the document's
+/// time. A frame that can't be read is logged.
 void modify_particles(const host::BaseObject& volume, const std::shared_ptr<BFS>& store,
                       const host::Particles& particles,
                       std::vector<host::ParticleModification>& changes, double step);

@@ -4,14 +4,11 @@
 #include <cmath>
 #include <exception>
 
-#include "C4D/parameters/parameter_reader.h"
-#include "C4D/parameters/volume_display_parameters.h"
 #include "C4D/parameters/volume_parameters.h"
-#include "C4D/parameters/volume_shading_parameters.h"
+#include "C4D/settings/channel_choice.h"
 #include "C4D/settings/shading_settings.h"
 #include "C4D/settings/volume_cache.h"
 #include "cache/cache_info.h"
-#include "cache/grid_type.h"
 #include "cache/slot_handle.h"
 #include "render/color_ramp.h"
 #include "util/log.h"
@@ -27,23 +24,23 @@ double brightest(const host::Vector& c) { return std::max({c.x, c.y, c.z}); }
 /// A gradient that follows the colors of a table.
 struct GradientFit {
   std::vector<host::Vector> colors;
-  double floor = 0;  // error that is always allowed
+  double floor = 0;  // an error that is always allowed
   host::Gradient gradient = {};
 
   const host::Vector& at(int i) const { return colors[i]; }
 
-  /// By how much a straight line from `first` to `last` misses the color at `i`, over what it may.
+  /// Error at `i` of a straight line from `first` to `last`, relative to the allowed error.
   double excess(int first, int last, int i) const {
-    const double t = static_cast<double>(i - first) / (last - first);
+    const double t = 1.0 * (i - first) / (last - first);
     const host::Vector off = at(first) * (1 - t) + at(last) * t - at(i);
     return std::max({std::abs(off.x), std::abs(off.y), std::abs(off.z)}) /
            std::max(0.01 * brightest(at(i)), floor);
   }
 
-  void add_knot(int i) { gradient.knots.push_back({static_cast<double>(i) / kLast, at(i)}); }
+  void add_knot(int i) { gradient.knots.push_back({1.0 * i / kLast, at(i)}); }
 
-  /// Knots behind `first` up to `last`: where a straight line misses too much, one at its worst
-  /// place.
+  /// Adds the knots after `first` up to `last`. Where a straight line misses too much, it is split
+  /// at its worst place.
   void add_knots(int first, int last) {
     int worst = first;
     double most = 1;
@@ -54,41 +51,6 @@ struct GradientFit {
     add_knots(worst, last);
   }
 };
-
-/// The grids of a channel of the display.
-std::vector<int> displayed_grids(std::int32_t channel) {
-  switch (channel) {
-    case OVOLUME_CHANNEL_VELOCITY:
-      return {kGridVelocityX, kGridVelocityY, kGridVelocityZ};
-    case OVOLUME_CHANNEL_DENSITY:
-      return {kGridDensity};
-    case OVOLUME_CHANNEL_TEMPERATURE:
-      return {kGridTemperature};
-    case OVOLUME_CHANNEL_FUEL:
-      return {kGridFuel};
-    case OVOLUME_CHANNEL_BURN:
-      return {kGridBurn};
-    case OVOLUME_CHANNEL_SOLID:
-      return {kGridSolid};
-    case OVOLUME_CHANNEL_VELOCITY_X:
-    case OVOLUME_CHANNEL_VELOCITY_Y:
-    case OVOLUME_CHANNEL_VELOCITY_Z:
-      return {kGridVelocityX + channel - OVOLUME_CHANNEL_VELOCITY_X};
-    case OVOLUME_CHANNEL_GRID_8:
-    case OVOLUME_CHANNEL_GRID_9:
-      return {8 + channel - OVOLUME_CHANNEL_GRID_8};
-    case OVOLUME_CHANNEL_GRID_27:
-      return {27};
-    case OVOLUME_CHANNEL_GRID_28:
-      return {28};
-    case OVOLUME_CHANNEL_GRID_29:
-    case OVOLUME_CHANNEL_GRID_30:
-    case OVOLUME_CHANNEL_GRID_31:
-      return {29 + channel - OVOLUME_CHANNEL_GRID_29};
-    default:
-      return {};
-  }
-}
 
 }  // namespace
 
@@ -109,9 +71,9 @@ void bake_fire(host::BaseObject& volume) {
   fit.add_knot(0);
   fit.add_knots(0, kLast);
   host::BaseContainer& p = volume.GetDataInstance();
-  p.SetGradient(OVOLUME_FIRE_GRADIENT, fit.gradient);
-  p.SetReal(OVOLUME_FIRE_GRADIENT_SCALE, scale);
-  p.SetLong(OVOLUME_FIRE_COLOR_MODE, OVOLUME_FIRE_COLOR_GRADIENT);
+  p.SetGradient(OVOLUME.FIRE_GRADIENT, fit.gradient);
+  p.SetReal(OVOLUME.FIRE_GRADIENT_SCALE, scale);
+  p.SetLong(OVOLUME.FIRE_COLOR_MODE, OVOLUME_FIRE_COLOR_GRADIENT);
 }
 
 void measure_range(host::BaseObject& volume, const std::shared_ptr<BFS>& store) try {
@@ -119,7 +81,7 @@ void measure_range(host::BaseObject& volume, const std::shared_ptr<BFS>& store) 
   const SlotHandle frame(store, frame_at_time(volume, volume.GetDocument().GetTime()), 0, true);
   if (!frame) return;
   float low = INFINITY, high = -INFINITY;
-  for (const int type : displayed_grids(ParameterReader(volume).whole(OVOLUME_DISPLAY_CHANNEL))) {
+  for (const int type : channel_grids(ParameterReader(volume)(OVOLUME.DISPLAY_CHANNEL))) {
     const FieldHandle field = frame->grid(type);
     if (!field) continue;
     const ValueSummary values = summarize(*field);
@@ -128,8 +90,8 @@ void measure_range(host::BaseObject& volume, const std::shared_ptr<BFS>& store) 
   }
   if (low > high) return;
   host::BaseContainer& p = volume.GetDataInstance();
-  p.SetReal(OVOLUME_DISPLAY_RANGE_MIN, low);
-  p.SetReal(OVOLUME_DISPLAY_RANGE_MAX, high);
+  p.SetReal(OVOLUME.DISPLAY_RANGE_MIN, low);
+  p.SetReal(OVOLUME.DISPLAY_RANGE_MAX, high);
 } catch (const std::exception& e) {
   LogMessage() << "the range of the frame can't be measured: " << e.what();
 }

@@ -2,11 +2,9 @@
 
 #include <QString>
 
-#include "C4D/parameters/parameter_reader.h"
-#include "C4D/parameters/volume_display_parameters.h"
 #include "C4D/parameters/volume_parameters.h"
+#include "C4D/settings/channel_choice.h"
 #include "C4D/settings/volume_cache.h"
-#include "cache/grid_type.h"
 #include "cache/slot_handle.h"
 #include "util/format_size.h"
 
@@ -20,7 +18,7 @@ std::string grid_text(const SimFrame& frame) {
   if (dims == Vec3i())  // velocity alone
     for (const auto& [type, grid] : frame.grids)
       for (int axis = 0; axis < 3; ++axis) dims[axis] = std::max(dims[axis], grid.dims[axis]);
-  const double voxels = static_cast<double>(dims[0]) * dims[1] * dims[2];
+  const double voxels = 1.0 * dims[0] * dims[1] * dims[2];
   const Vec3i low = frame.box().lo;
   return QString("%1x%2x%3 (%4MV) at (%5,%6,%7)")
       .arg(dims[0])
@@ -36,34 +34,30 @@ std::string grid_text(const SimFrame& frame) {
 std::string bytes_text(const SimFrame& frame) {
   std::uint64_t cells = 0;
   for (const auto& [type, grid] : frame.grids)
-    cells += static_cast<std::uint64_t>(grid.dims[0]) * static_cast<std::uint64_t>(grid.dims[1]) *
-             static_cast<std::uint64_t>(grid.dims[2]);
+    cells += std::uint64_t{1} * grid.dims[0] * grid.dims[1] * grid.dims[2];
   return format_size(cells * sizeof(float), 2);
 }
 
 std::string number_text(std::int64_t number) { return std::to_string(number) + "F"; }
 
-/// The first grid type of the channel that a mark is about; 0 for an id that is no mark's.
-int marked_grid(std::int32_t id) {
-  switch (id) {
-    case OVOLUME_INFO_VELOCITY:
-      return kGridVelocityX;
-    case OVOLUME_INFO_DENSITY:
-      return kGridDensity;
-    case OVOLUME_INFO_TEMPERATURE:
-      return kGridTemperature;
-    case OVOLUME_INFO_FUEL:
-      return kGridFuel;
-    case OVOLUME_INFO_BURN:
-      return kGridBurn;
-    default:
-      return 0;
-  }
+/// The channel that a mark is about; OVOLUME_CHANNEL_NONE for other fields.
+VolumeChannel marked_channel(std::int32_t id) {
+  const struct {
+    std::int32_t id;
+    VolumeChannel channel;
+  } marks[] = {{OVOLUME.INFO_VELOCITY, OVOLUME_CHANNEL_VELOCITY},
+               {OVOLUME.INFO_DENSITY, OVOLUME_CHANNEL_DENSITY},
+               {OVOLUME.INFO_TEMPERATURE, OVOLUME_CHANNEL_TEMPERATURE},
+               {OVOLUME.INFO_FUEL, OVOLUME_CHANNEL_FUEL},
+               {OVOLUME.INFO_BURN, OVOLUME_CHANNEL_BURN}};
+  for (const auto& mark : marks)
+    if (mark.id == id) return mark.channel;
+  return OVOLUME_CHANNEL_NONE;
 }
 
 std::string text_field(std::int32_t id, const SimFrame& frame, int number) {
-  if (id == OVOLUME_INFO_GRID) return grid_text(frame);
-  if (id == OVOLUME_INFO_BYTES) return bytes_text(frame);
+  if (id == OVOLUME.INFO_GRID) return grid_text(frame);
+  if (id == OVOLUME.INFO_BYTES) return bytes_text(frame);
   return number_text(number);
 }
 
@@ -71,20 +65,20 @@ std::string text_field(std::int32_t id, const SimFrame& frame, int number) {
 
 bool info_field(host::ParameterValue& value, std::int32_t id, const host::BaseObject& volume,
                 const std::shared_ptr<BFS>& store) {
-  if (id == OVOLUME_TIME_END) {
-    if (ParameterReader(volume).whole(OVOLUME_TIME_MODE) == OVOLUME_TIME_OWN_RANGE) return false;
+  if (id == OVOLUME.TIME_END) {
+    if (ParameterReader(volume)(OVOLUME.TIME_MODE) == OVOLUME_TIME_OWN_RANGE) return false;
     value = time_range(volume).end;
     return true;
   }
-  if (id < OVOLUME_INFO_GRID || id > OVOLUME_INFO_BURN) return false;
-  if (id == OVOLUME_INFO_FRAME_COUNT) {
-    value = store ? number_text(static_cast<std::int64_t>(store->frames().size())) : std::string();
+  if (!OVOLUME.InfoParameters::contains(id)) return false;
+  if (id == OVOLUME.INFO_FRAME_COUNT) {
+    value = store ? number_text(std::ssize(store->frames())) : std::string();
     return true;
   }
   const int number = frame_at_time(volume, volume.GetDocument().GetTime());
   const SlotHandle frame = store ? SlotHandle(store, number, 0, true) : SlotHandle();
-  if (const int grid = marked_grid(id))
-    value = frame && frame->grids.contains(grid);
+  if (const VolumeChannel channel = marked_channel(id); channel != OVOLUME_CHANNEL_NONE)
+    value = frame && frame->grids.contains(channel_grids(channel).front());
   else
     value = frame ? text_field(id, *frame, number) : std::string();
   return true;

@@ -1,4 +1,4 @@
-// What the panel of a volume object tells of its cache.
+// What the panel of a volume object shows of its cache.
 #pragma once
 
 #include "cache/bfs.h"
@@ -6,10 +6,10 @@
 
 namespace nbx {
 
-/// Sets `value` for the fields of VolumeInfoField, from the cached frame that the volume shows at
-/// the document's time: empty texts and false where there is none, or no store. While the range of
-/// frames is one of the document's, OVOLUME_TIME_END is that range's end. False for any other id,
-/// with `value` as it was. A frame that can't be read costs a log line.
+/// Sets `value` for the fields of InfoParameters, from the cached frame at the document's time:
+/// empty texts and false without such a frame or without a store. While TIME_MODE selects a range
+/// of the document, OVOLUME.TIME_END is the end of that range. False for any other id, with `value`
+/// unchanged. A frame that can't be read is logged.
 bool info_field(host::ParameterValue& value, std::int32_t id, const host::BaseObject& volume,
                 const std::shared_ptr<BFS>& store);
 

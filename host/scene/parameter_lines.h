@@ -1,29 +1,15 @@
 // Short forms for the lines of the host's own tables of parameters.
 #pragma once
 
-#include <limits>
 #include <utility>
 
+#include "host/interface/parameter_lines.h"
 #include "host/scene/element_class.h"
 
 namespace host::line {
 
 /// No length of a scene is larger; a domain or a primitive beyond it couldn't be looked at.
 inline constexpr double kLongest = 1e12;
-inline constexpr double kUnbounded = std::numeric_limits<double>::infinity();
-
-inline ParameterInfo Any(std::int32_t id, const char* symbol, ParameterValue value,
-                         const char* unit, const char* help) {
-  const auto type = static_cast<ParameterType>(value.index());
-  const bool animatable = type <= ParameterType::Time;
-  return {.id = id,
-          .symbol = symbol,
-          .type = type,
-          .default_value = std::move(value),
-          .unit = unit,
-          .help = help,
-          .animatable = animatable};
-}
 
 inline ParameterInfo Flag(std::int32_t id, const char* symbol, bool on, const char* help) {
   return Any(id, symbol, on, "", help);

@@ -1,4 +1,4 @@
-// What the grids of a frame hold, and the names under which people ask for them.
+// What the grids of a frame hold, and the names that people give them.
 #pragma once
 
 #include <optional>
@@ -7,6 +7,7 @@
 
 namespace nbx {
 
+/// Types 8, 9 and 27 to 32 are read where a frame has them; no run writes them.
 enum GridType : int {
   kGridDensity = 2,
   kGridTemperature = 3,
@@ -14,9 +15,17 @@ enum GridType : int {
   kGridVelocityX = 5,
   kGridVelocityY = 6,
   kGridVelocityZ = 7,
+  kGridCoordinateX = 8,  // where the gas was: coordinates that travel with it
+  kGridCoordinateY = 9,
   kGridBurn = 24,
   kGridSolid = 25,
   kGridBurned = 26,  // only in states
+  kGridCoordinateZ = 27,
+  kGridFree28 = 28,  // no meaning; the viewport shows what other programs put there
+  kGridFree29 = 29,
+  kGridFree30 = 30,
+  kGridFree31 = 31,
+  kGridCoordinateAge = 32,  // age of the coordinates
   kGridSecondVelocityX = 33,
   kGridSecondVelocityY = 34,
   kGridSecondVelocityZ = 35,

@@ -4,14 +4,13 @@
 #include <openvdb/openvdb.h>
 
 #include "exchange/vdb_file.h"
+#include "util/units.h"
 
 namespace nbx {
 
-inline constexpr double kHostUnitsPerMeter = 100;
-
 /// From the frame's world, host units with y up, to that of the file.
 inline openvdb::Mat4d world_to_file(const VdbOptions& options) {
-  const double s = options.meters ? 1 / kHostUnitsPerMeter : 1;
+  const double s = options.meters ? kMetersPerUnit : 1;
   using Row = openvdb::Vec4d;
   const Row x(s, 0, 0, 0), y(0, s, 0, 0), z(0, 0, s, 0), origin(0, 0, 0, 1);
   return options.z_up ? openvdb::Mat4d(x, z, -y, origin) : openvdb::Mat4d(x, y, z, origin);
@@ -29,7 +28,7 @@ inline std::array<openvdb::Vec3d, 3> axes_of(const openvdb::Mat4d& cell_to_file)
 
 /// Speeds of the file over those of the simulation, meters a second.
 inline double speed_scale(const VdbOptions& options) {
-  return options.meters ? 1 : kHostUnitsPerMeter;
+  return options.meters ? 1 : 1 / kMetersPerUnit;
 }
 
 inline openvdb::Coord to_coord(const Vec3i& v) { return {v[0], v[1], v[2]}; }

@@ -8,16 +8,17 @@
 #include "math/field_operators.h"
 #include "render/proximity.h"
 #include "simulation/vorticity.h"
+#include "util/units.h"
 
 namespace nbx {
 
 namespace {
 
 constexpr double kLeast = std::numeric_limits<double>::epsilon();
-constexpr double kMetersPerUnit = 0.01;
 
-// Grids of coordinates that were advected with the gas: x, y, z and age.
-constexpr int kCoordinateGrids[4] = {8, 9, 27, 32};
+// Grids of coordinates that traveled with the gas.
+constexpr int kCoordinateGrids[4] = {kGridCoordinateX, kGridCoordinateY, kGridCoordinateZ,
+                                     kGridCoordinateAge};
 
 // Voxels per object unit.
 double cells_per_unit(const VolumeParams& params) {

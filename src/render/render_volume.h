@@ -13,6 +13,7 @@
 #include "render/lighting.h"
 #include "render/shade/channel_sampler.h"
 #include "render/shade/detail_noise.h"
+#include "util/units.h"
 
 namespace nbx {
 
@@ -70,7 +71,7 @@ struct RenderVolume {
   Vec3d voxelBoxMin, voxelBoxMax;                 // (0, 0, 0) to dims - 1
   Affine3d worldToVoxel, voxelToWorld;            // voxel centers have whole coordinates
   double voxelsPerMetre = 1, metresPerVoxel = 1;  // in meters of the unscaled object
-  double metresPerUnit = 0.01;
+  double metresPerUnit = kMetersPerUnit;
   double voxelLength = 1;                   // world length of a voxel's edge along x
   double sigmaScale = 1;                    // extinction per world unit and unit of density
   double viewStep = 0.5, shadowStep = 0.5;  // step lengths, in voxels

@@ -5,6 +5,7 @@
 
 #include "math/lanes/spline_kernels.h"
 #include "render/light/grid_lookup.h"
+#include "util/units.h"
 
 namespace nbx {
 
@@ -170,7 +171,7 @@ void shade(Shaded& out, const RenderVolume& volume, const RayRecord& ray, const 
 
   if (!volume.depth_fade) return;
   alignas(64) float depth[kBlock], fade[kBlock];
-  for (int i = 0; i < points.n; ++i) depth[i] = points.t[i] * 0.01f;
+  for (int i = 0; i < points.n; ++i) depth[i] = points.t[i] * float(kMetersPerUnit);
   evaluate_curve(fade, *volume.depth_fade, depth, points.n);
   for (int i = 0; i < points.n; ++i) {
     for (auto& channel : out.emission.c) channel[i] *= fade[i];

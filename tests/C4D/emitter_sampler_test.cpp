@@ -233,12 +233,12 @@ TEST(EmitterTag, OldVersionsAreConvertedOnce) {
     tag.Message(host::kMessageDocumentLoaded);
     evaluate(*document, 0.4);
     const host::BaseContainer& p = tag.GetDataInstance();
-    for (const auto& [id, value] : {std::pair{TVOLUME_DENSITY, 100 * factor},
-                                    {TVOLUME_TEMPERATURE, 100 * factor},
-                                    {TVOLUME_FUEL, 25 * factor},
-                                    {TVOLUME_BURN, 50.0}})
+    for (const auto& [id, value] : {std::pair{TVOLUME.DENSITY, 100 * factor},
+                                    {TVOLUME.TEMPERATURE, 100 * factor},
+                                    {TVOLUME.FUEL, 25 * factor},
+                                    {TVOLUME.BURN, 50.0}})
       EXPECT_DOUBLE_EQ(p.GetReal(id), value) << id;
-    EXPECT_EQ(p.GetLong(TVOLUME_VERSION), 6);
+    EXPECT_EQ(p.GetLong(TVOLUME.VERSION), 6);
   }
 }
 

@@ -269,11 +269,11 @@ TEST(Parameters, OfTheVolumeReachTheirReaders) {
                "load_state", "state_file", "state_continue_time",  // the start of a run
                "save_state_every",                                 // its course
                "simulate_on_render", "particle_advection"});       // a render, the particles
-  EXPECT_EQ(elements[0]->GetDataInstance().GetLong(OVOLUME_UPRES_FACTOR), 3)
+  EXPECT_EQ(elements[0]->GetDataInstance().GetLong(OVOLUME.UPRES_FACTOR), 3)
       << "isn't listed, but loads";
-  EXPECT_FALSE(elements[0]->IsEnabled(OVOLUME_STATE_FILE));
-  elements[0]->SetParameter(OVOLUME_LOAD_STATE, true);
-  EXPECT_TRUE(elements[0]->IsEnabled(OVOLUME_STATE_CONTINUE_TIME));
+  EXPECT_FALSE(elements[0]->IsEnabled(OVOLUME.STATE_FILE));
+  elements[0]->SetParameter(OVOLUME.LOAD_STATE, true);
+  EXPECT_TRUE(elements[0]->IsEnabled(OVOLUME.STATE_CONTINUE_TIME));
 }
 
 TEST(Parameters, OfEmitterTagsReachTheirReaders) {
@@ -299,8 +299,8 @@ TEST(Parameters, OfThePostEffectReachTheRenderer) {
     return r;
   };
   change_each({effect}, read, {"gamma"});  // the colors that the host is given
-  effect->SetParameter(VPVOLUME_ADAPTIVE, false);
-  EXPECT_FALSE(effect->IsEnabled(VPVOLUME_ADAPTIVE_THRESHOLD));
+  effect->SetParameter(VPVOLUME.ADAPTIVE, false);
+  EXPECT_FALSE(effect->IsEnabled(VPVOLUME.ADAPTIVE_THRESHOLD));
 }
 
 TEST(Parameters, OfThePreferencesReachTheirReaders) {
@@ -309,8 +309,8 @@ TEST(Parameters, OfThePreferencesReachTheirReaders) {
   host::BaseContainer values;
   const auto read = [&] {
     EXPECT_TRUE(host.SetWorldPluginData(kPreferences, values));
-    return Record{{"autosave", preference(PREF_AUTOSAVE)},
-                  {"ask_autosave", preference(PREF_ASK_AUTOSAVE)},
+    return Record{{"autosave", preference(PREF.AUTOSAVE)},
+                  {"ask_autosave", preference(PREF.ASK_AUTOSAVE)},
                   {"cache_path", preferred_cache_folder().size()}};
   };
   std::set<std::string> seen;

@@ -92,9 +92,9 @@ TEST(SceneSettings, MovingDomainFeelsWind) {
   test::TestDocument document(volume(R"("wind_speed": 30)", moves));
   const host::BaseTime before = document->GetTime();
   host::BaseContainer& data = document.object("v").GetDataInstance();
-  data.SetReal(OVOLUME_DRAG, 0.5);
+  data.SetReal(OVOLUME.DRAG, 0.5);
   expect_near(wind(document, 0.04), {0.3 - 0.5, 0, 0.5});
-  EXPECT_EQ(data.GetReal(OVOLUME_DRAG), 0.5) << "the document was evaluated: its keys say 0.1";
+  EXPECT_EQ(data.GetReal(OVOLUME.DRAG), 0.5) << "the document was evaluated: its keys say 0.1";
   EXPECT_EQ(document->GetTime(), before);
   EXPECT_EQ(document.object("v").GetMg().off, host::Vector());
   expect_near(wind(document, 0), {0.3, 0, 0});

@@ -13,21 +13,21 @@ std::string volume(const std::string& parameters, const std::string& tags = "") 
 }
 
 TEST(ShadingSettings, CompositingTagHidesVolumesFromRays) {
-  const std::uint32_t all = 8 | 16 | 32 | 64;
+  const std::uint32_t all = kReflectionRay | kRefractionRay | kIndirectRay | kOcclusionRay;
   const struct {
     const char* parameters;
     std::uint32_t outer, inner;
   } cases[] = {
       {"", 0, 0},
-      {R"("seen_by_camera": false)", 1, 1},
-      {R"("cast_shadows": false)", 2, 0},
-      {R"("self_shadow": false)", 0, 2},
+      {R"("seen_by_camera": false)", kCameraRay, kCameraRay},
+      {R"("cast_shadows": false)", kShadowRay, 0},
+      {R"("self_shadow": false)", 0, kShadowRay},
       {R"("seen_by_rays": false)", all, all},
-      {R"("seen_by_gi": false)", 32, 32},
-      {R"("seen_by_transparency": false)", 4, 4},
-      {R"("seen_by_refraction": false)", 16, 16},
-      {R"("seen_by_reflection": false)", 8, 8},
-      {R"("seen_by_ao": false, "cast_shadows": false)", 64 | 2, 64},
+      {R"("seen_by_gi": false)", kIndirectRay, kIndirectRay},
+      {R"("seen_by_transparency": false)", kTransparencyRay, kTransparencyRay},
+      {R"("seen_by_refraction": false)", kRefractionRay, kRefractionRay},
+      {R"("seen_by_reflection": false)", kReflectionRay, kReflectionRay},
+      {R"("seen_by_ao": false, "cast_shadows": false)", kOcclusionRay | kShadowRay, kOcclusionRay},
   };
   const auto read = [](const std::string& objects) {
     test::TestDocument document(objects);
@@ -53,20 +53,15 @@ TEST(ShadingSettings, CompositingTagHidesVolumesFromRays) {
         read(R"({"type": "null", "tags": [)" + tag(R"("seen_by_gi": false)") +
              R"(], "children": [{"type": "null", "children": [)" +
              volume("", own ? tag(R"("matte": true)") : "") + "]}]}");
-    EXPECT_EQ(target.excludeMask, own ? 0u : 32u);
+    EXPECT_EQ(target.excludeMask, own ? 0u : std::uint32_t{kIndirectRay});
     EXPECT_EQ(target.matte, own);
   }
 }
 
-TEST(ShadingSettings, GradientsAreScaledAndFireIsSeenWithoutAnyOfThem) {
+TEST(ShadingSettings, FireGradientIsScaled) {
   test::TestDocument document(volume(R"("fire_color_mode": "gradient", "fire_gradient_scale": 3,
     "fire_gradient": [[0, [0, 0, 0]], [1, [1, 0.5, 0]]])"));
   EXPECT_EQ(shading_params(document.object("v")).fire.ramp->lookup(1.0f), (Color{3, 1.5f, 0}));
-
-  test::TestDocument plain(volume(""));
-  const VolumeParams defaults = shading_params(plain.object("v"));
-  EXPECT_FLOAT_EQ(defaults.fire.curve.evaluate(0.16f), 1);
-  EXPECT_NE(defaults.smoke.ramp->lookup(0.5f), (Color{0, 0, 0})) << "smoke without a gradient";
 }
 
 }  // namespace

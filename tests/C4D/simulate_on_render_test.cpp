@@ -2,7 +2,6 @@
 #include <cmath>
 #include <set>
 
-#include "C4D/parameters/volume_display_parameters.h"
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/plugin_fixture.h"
 #include "host/render/render_command.h"
@@ -102,16 +101,16 @@ TEST_F(SimulateOnRender, EarlierRunsAndLockedCachesStayAsTheyAre) {
   write();
   const auto document = context_->LoadDocument({path_});
   host::BaseObject* const volume = context_->FindObject(*document, kVolumeObject);
-  EXPECT_EQ(volume->GetParameter(OVOLUME_INFO_FRAME_COUNT),
+  EXPECT_EQ(volume->GetParameter(OVOLUME.INFO_FRAME_COUNT),
             host::ParameterValue(std::string("3F")));
-  volume->SetParameter(OVOLUME_CACHE_LOCK, true);
+  volume->SetParameter(OVOLUME.CACHE_LOCK, true);
   for (const char* lock : {"the file", "the parameter"}) {
     EXPECT_EQ(render(0, 2, {"overwrite"}), host::kDone) << lock;
     EXPECT_TRUE(told(context_->warnings, "locked")) << lock;
     EXPECT_EQ(run("simulate", simulate_arguments(path_, 2, "scene.v.cache")), host::kFailed);
     EXPECT_TRUE(told(context_->errors, "locked")) << lock;
     EXPECT_EQ(bytes(), second) << lock;
-    volume->SetParameter(OVOLUME_CACHE_LOCK, false);
+    volume->SetParameter(OVOLUME.CACHE_LOCK, false);
     write(replaced(kVolume, "\"voxel_size\": 1", R"("voxel_size": 1, "cache_lock": true)"));
   }
 }

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <set>
 
-#include "C4D/parameters/volume_parameter_groups.h"
+#include "C4D/parameters/volume_parameters.h"
 #include "C4D/parameters/volume_tag_parameters.h"
 #include "C4D/sources/source_tags.h"
 
@@ -56,16 +56,11 @@ std::string value_text(const host::ParameterInfo& info, const host::ParameterVal
 }
 
 template <class Wanted>
-void add_parameters_if(SceneValues& values, const std::string& name,
-                       const host::BaseList2D& element, const Wanted& wanted) {
+void add_parameters(SceneValues& values, const std::string& name, const host::BaseList2D& element,
+                    const Wanted& wanted) {
   for (const host::ParameterInfo& info : element.GetDescription().parameters)
     if (const auto* value = element.GetDataInstance().Find(info.id); value && wanted(info.id))
       values[name + "." + info.Name()] = value_text(info, *value);
-}
-
-void add_parameters(SceneValues& values, const std::string& name, const host::BaseList2D& element,
-                    const std::set<std::int32_t>& left_out) {
-  add_parameters_if(values, name, element, [&](std::int32_t id) { return !left_out.contains(id); });
 }
 
 void add_place(SceneValues& values, const std::string& name, const host::BaseObject& object) {
@@ -89,27 +84,26 @@ std::string points_sum(const host::PolygonObject& mesh) {
 
 void add_object(SceneValues& values, host::BaseObject& object) {
   add_place(values, object.GetName(), object);
-  add_parameters(values, object.GetName(), object, {});
+  add_parameters(values, object.GetName(), object, [](std::int32_t) { return true; });
   if (const host::PolygonObject* mesh = host::ToPoly(&object))
     values[object.GetName() + ".shape"] = points_sum(*mesh);
   for (host::BaseObject* child = object.GetDown(); child; child = child->GetNext())
     add_object(values, *child);
 }
 
-/// They choose what frames hold.
-const std::set<std::int32_t> kFrameParameters{
-    OVOLUME_CACHE_TEMPERATURE, OVOLUME_CACHE_FUEL,  OVOLUME_CACHE_DENSITY, OVOLUME_CACHE_VELOCITY,
-    OVOLUME_CACHE_BURN,        OVOLUME_CACHE_SOLID, OVOLUME_MASK_SOLID};
+/// True for what decides which channels the frames hold.
+bool is_of_frames(std::int32_t id) {
+  static const std::set<std::int32_t> ids{
+      OVOLUME.CACHE_TEMPERATURE, OVOLUME.CACHE_FUEL,  OVOLUME.CACHE_DENSITY, OVOLUME.CACHE_VELOCITY,
+      OVOLUME.CACHE_BURN,        OVOLUME.CACHE_SOLID, OVOLUME.MASK_SOLID};
+  return ids.contains(id);
+}
 
-/// Parameters that the simulation doesn't depend on.
-std::set<std::int32_t> outside_of_the_simulation() {
-  std::set<std::int32_t> ids = kFrameParameters;
-  ids.insert({OVOLUME_TIME_MODE, OVOLUME_TIME_START, OVOLUME_TIME_END});
-  for (const ParameterList& group :
-       {cache_parameters(), upres_parameters(), shading_parameters(), lighting_parameters(),
-        marching_parameters(), display_parameters(), info_parameters()})
-    for (const host::ParameterInfo& info : group) ids.insert(info.id);
-  return ids;
+/// True for what the gas depends on.
+bool is_of_simulation(std::int32_t id) {
+  static const std::set<std::int32_t> range{OVOLUME.TIME_MODE, OVOLUME.TIME_START,
+                                            OVOLUME.TIME_END};
+  return OVOLUME.SimulationParameters::contains(id) && !is_of_frames(id) && !range.contains(id);
 }
 
 }  // namespace
@@ -118,9 +112,10 @@ SceneValues scene_values(host::BaseObject& volume) {
   SceneValues values;
   values["fps"] = volume.GetDocument().GetFps().Text();
   add_place(values, volume.GetName(), volume);
-  add_parameters(values, volume.GetName(), volume, outside_of_the_simulation());
+  add_parameters(values, volume.GetName(), volume, is_of_simulation);
   for (host::BaseTag* tag : find_source_tags(volume.GetDocument())) {
-    add_parameters(values, tag->GetObject()->GetName(), *tag, {TVOLUME_VERSION});
+    add_parameters(values, tag->GetObject()->GetName(), *tag,
+                   [](std::int32_t id) { return id != TVOLUME.VERSION; });
     add_object(values, *tag->GetObject());
   }
   return values;
@@ -128,8 +123,7 @@ SceneValues scene_values(host::BaseObject& volume) {
 
 SceneValues frame_values(const host::BaseObject& volume) {
   SceneValues values;
-  add_parameters_if(values, volume.GetName(), volume,
-                    [](std::int32_t id) { return kFrameParameters.contains(id); });
+  add_parameters(values, volume.GetName(), volume, is_of_frames);
   return values;
 }
 
