@@ -1,4 +1,4 @@
-// A run without thread and user interface, and the front end that a thread puts before it.
+// A run without thread and user interface, and the front end between a run and its thread.
 #include "C4D/run/simulation_run.h"
 
 #include <filesystem>
@@ -23,7 +23,8 @@ class Smoke : public test::TestDocument {
       : TestDocument(R"({"type": "volume", "name": "v", "parameters": {
             "simulate_density": true, "cache_name": ")" +
                          cache + "\", " + parameters + R"(}}, {"type": "sphere",
-            "parameters": {"radius": 2}, "tags": [{"type": "emitter"}]})",
+            "parameters": {"radius": 2},
+            "tags": [{"type": "emitter", "parameters": {"density": 1}}]})",
                      R"("end": 3, )") {}
   host::BaseObject& volume() { return object("v"); }
 };
