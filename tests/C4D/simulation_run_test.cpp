@@ -70,7 +70,7 @@ TEST(SimulationRun, EndsWhenItsFrontEndSaysSo) {
     SimulationRun run(&scene.volume(), {}, front_end);
     const Outcome prepared = run.prepare();
     ASSERT_TRUE(prepared) << prepared.reason();
-    while (run.goes_on()) {
+    while (run.has_next()) {
       const bool whole = run.step();
       EXPECT_EQ(whole, front_end.stop != Stop::kNow);
     }
@@ -103,7 +103,7 @@ TEST(SimulationRun, ReportsWhyItCannotStart) {
     const Outcome prepared = run.prepare();
     EXPECT_FALSE(prepared) << why;
     EXPECT_NE(prepared.reason().find(why), std::string::npos) << prepared.reason();
-    EXPECT_FALSE(run.goes_on());
+    EXPECT_FALSE(run.has_next());
     EXPECT_TRUE(run.finish());
   }
   EXPECT_TRUE(list_frames(folder.path()).empty());
