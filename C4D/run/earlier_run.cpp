@@ -16,7 +16,7 @@ namespace nbx {
 namespace {
 
 QFileInfo autosave_in(const std::string& directory) {
-  return QFileInfo(QString::fromStdString(directory + "/Autosave.c4d"));
+  return QFileInfo(QString::fromStdString(autosave_file(directory)));
 }
 
 /// A run saves the scene when it starts and its state when it ends.

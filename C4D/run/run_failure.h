@@ -11,7 +11,8 @@ namespace nbx {
 /// The line for the exception that is being handled. Only in a catch clause.
 std::string run_failure();
 
-/// What `part`, a part of a run, returns. If it throws, a failure, after a log line.
+/// Calls `part`, a part of a run, and returns its outcome. What it throws becomes a failure, after
+/// a log line.
 template <class Part>
 Outcome guarded(const Part& part) try {
   return part();

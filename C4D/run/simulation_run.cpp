@@ -120,7 +120,7 @@ bool SimulationRun::step() {
   return true;
 }
 
-bool SimulationRun::goes_on() const {
+bool SimulationRun::has_next() const {
   return prepared_ && !times_.at_end() && front_end_.wanted_stop() == Stop::kNo;
 }
 

@@ -3,7 +3,7 @@
 // its front end alone.
 //
 //     SimulationRun run(volume, origin, front_end);
-//     if (run.prepare()) while (run.goes_on()) run.step();
+//     if (run.prepare()) while (run.has_next()) run.step();
 //     run.finish();   // always, also after a failure or an exception
 //
 // The front end may end it. Stop::kAtFrameEnd: the frame is completed and stored, and the state to
@@ -36,7 +36,7 @@ class SimulationRun final : private SimProgress {
   /// Simulates the next frame. False if it was left before its end.
   bool step();
   /// Whether frames are left and the front end doesn't want the run to end.
-  bool goes_on() const;
+  bool has_next() const;
   /// Saves the state to continue from if a frame has just ended, and releases everything. A failure
   /// if frames could not be saved.
   Outcome finish();

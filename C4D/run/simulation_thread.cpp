@@ -92,7 +92,7 @@ void SimulationThread::Main() {
 Outcome SimulationThread::prepare_and_step() {
   const Outcome prepared = run_->prepare();
   if (!prepared) post_event(kSimulationEvent, kEventGaveUp);
-  while (run_->goes_on()) run_->step();
+  while (run_->has_next()) run_->step();
   return prepared;
 }
 

@@ -28,22 +28,22 @@ void StateLoader::load() {
   read();
   if (!origin_.state) return;
   const ParameterReader p(run_.scene.volume());
-  const bool goes_on = origin_.continues || p(OVOLUME.STATE_CONTINUE_TIME);
+  const bool keeps_time = origin_.continues || p(OVOLUME.STATE_CONTINUE_TIME);
   const bool has_gas = run_.sim.load_state(run_.scene, origin_.state->frame);
-  warn_of_missing_grids(has_gas, goes_on);
-  if (goes_on) {
+  if (keeps_time) {
     run_.times.now.time = origin_.state->frame.frameTime.time;
     beginning_ = Beginning::kContinued;
   } else if (has_gas) {
     beginning_ = Beginning::kFromState;
   }
+  warn_of_missing_grids(has_gas);
 }
 
-void StateLoader::warn_of_missing_grids(bool has_gas, bool goes_on) {
+void StateLoader::warn_of_missing_grids(bool has_gas) {
   const SavedState& state = *origin_.state;
   if (!has_gas)
     run_.front_end.warn(state.path + " has grids of less than 3 voxels: " +
-                        (goes_on ? "the run continues without gas" : "a new run starts"));
+                        (continued() ? "the run continues without gas" : "a new run starts"));
   else if (!FluidSystem::has_velocity(state.frame))
     run_.front_end.warn(state.path +
                         " holds no velocity: its gas starts at rest, or with the wind");

@@ -30,7 +30,7 @@ class StateLoader {
   enum class Beginning { kNew, kFromState, kContinued };
 
   void read();
-  void warn_of_missing_grids(bool has_gas, bool goes_on);
+  void warn_of_missing_grids(bool has_gas);
   void restore_noise(const Fraction& scale);
   void restore_wind();
   void warn_of_differences();

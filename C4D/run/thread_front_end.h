@@ -5,7 +5,7 @@
 #include <atomic>
 #include <semaphore>
 
-#include "C4D/run/run_front_end.h"
+#include "C4D/run/silent_front_end.h"
 
 namespace nbx {
 
@@ -18,7 +18,8 @@ enum SimulationEventCode : std::int32_t {
   kEventAsk = 5,       ///< record: 1, a question; SimulationThread::answer must be called
 };
 
-class ThreadFrontEnd final : public RunFrontEnd {
+/// The questions before the start don't come here: they go to the user's front end directly.
+class ThreadFrontEnd final : public SilentFrontEnd {
  public:
   /// `user` may be called on both threads. `thread` is the one of the run, whose end stops it.
   ThreadFrontEnd(RunFrontEnd& user, const host::C4DThread& thread) : user_(user), thread_(thread) {}
@@ -27,21 +28,6 @@ class ThreadFrontEnd final : public RunFrontEnd {
   void stop(bool at_once);
   /// Main thread. The answer to the question of kEventAsk.
   void answer(bool yes);
-
-  void refuse(const std::string& title, const std::string& text) override {
-    user_.refuse(title, text);
-  }
-  void message(const std::string& title, const std::string& text) override {
-    user_.message(title, text);
-  }
-  bool ask_to_stop(const std::string& title, const std::string& text) override {
-    return user_.ask_to_stop(title, text);
-  }
-  OldCache ask_about_cache(const std::string& title, const std::string& text) override {
-    return user_.ask_about_cache(title, text);
-  }
-  bool may_extend(const std::string& text) override { return user_.may_extend(text); }
-  bool may_start_over(const std::string& why) override { return user_.may_start_over(why); }
 
   bool may_exceed_memory(const std::string& question) override;
   Stop wanted_stop() const override;

@@ -11,7 +11,7 @@ namespace {
 
 constexpr double kSmallestThickness = 1.7320508075688772;  // the diagonal of a cell
 
-ParticleMap particle_map(std::int32_t value) {
+ParticleMap particle_map(TagParticleMap value) {
   switch (value) {
     case TVOLUME_PARTICLE_AGE:
       return ParticleMap::kAge;
@@ -27,9 +27,10 @@ ParticleMap particle_map(std::int32_t value) {
 }
 
 void read_amounts(SimulationObjectParameters& source, const ParameterReader& p, double frames) {
-  const auto channel = [&](int key, std::int32_t amount, std::int32_t mode) {
-    source.amounts[key] = p.real(amount);
-    if (p.whole(mode) != TVOLUME_MODE_ADD) return;
+  const auto channel = [&](int key, const Parameter<double>& amount,
+                           const Parameter<TagMode>& mode) {
+    source.amounts[key] = p(amount);
+    if (p(mode) != TVOLUME_MODE_ADD) return;
     source.add_keys.insert(key);
     source.amounts[key] *= frames;
   };

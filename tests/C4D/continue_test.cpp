@@ -120,6 +120,8 @@ TEST_F(Continue, TellsWhatChangedAndRefusesWhatWouldLoseARun) {
   std::ofstream(state, std::ios::binary) << bytes.substr(0, bytes.size() / 2);
   ASSERT_EQ(simulate(path, 4, "cache", {"continue"}), host::kDone);
   EXPECT_TRUE(warned("the run continues from frame 3")) << context_->warnings.at(0);
+  ASSERT_EQ(simulate(path, 5, "cache", {"continue"}), host::kDone);
+  EXPECT_EQ(states("cache").count("0000000003SimState.bcf"), 1u) << "its frames are still there";
   EXPECT_EQ(simulate(path, 4, "cache", {}, "1"), host::kFailed);
   EXPECT_TRUE(
       refused("no state to continue from at or before frame 1: the first state is that of "
@@ -127,7 +129,7 @@ TEST_F(Continue, TellsWhatChangedAndRefusesWhatWouldLoseARun) {
   for (const std::string& name : states("cache")) fs::remove(folder_.file("cache/" + name));
   EXPECT_EQ(simulate(path, 4, "cache", {"continue", "yes"}), host::kFailed);
   EXPECT_TRUE(refused("there is no such file: give --overwrite"));
-  EXPECT_EQ(frame_files().size(), 5u);
+  EXPECT_EQ(frame_files().size(), 6u);
   EXPECT_EQ(simulate(path, 0, "cache", {"continue", "overwrite"}), host::kDone);
 
   // A kill between the notes and the state leaves a state that still has its own.

@@ -1,4 +1,4 @@
-// A run without thread and user interface, and the front end that a thread puts before it.
+// A run without thread and user interface, and the front end between a run and its thread.
 #include "C4D/run/simulation_run.h"
 
 #include <filesystem>
@@ -23,7 +23,8 @@ class Smoke : public test::TestDocument {
       : TestDocument(R"({"type": "volume", "name": "v", "parameters": {
             "simulate_density": true, "cache_name": ")" +
                          cache + "\", " + parameters + R"(}}, {"type": "sphere",
-            "parameters": {"radius": 2}, "tags": [{"type": "emitter"}]})",
+            "parameters": {"radius": 2},
+            "tags": [{"type": "emitter", "parameters": {"density": 1}}]})",
                      R"("end": 3, )") {}
   host::BaseObject& volume() { return object("v"); }
 };
@@ -69,7 +70,7 @@ TEST(SimulationRun, EndsWhenItsFrontEndSaysSo) {
     SimulationRun run(&scene.volume(), {}, front_end);
     const Outcome prepared = run.prepare();
     ASSERT_TRUE(prepared) << prepared.reason();
-    while (run.goes_on()) {
+    while (run.has_next()) {
       const bool whole = run.step();
       EXPECT_EQ(whole, front_end.stop != Stop::kNow);
     }
@@ -102,7 +103,7 @@ TEST(SimulationRun, ReportsWhyItCannotStart) {
     const Outcome prepared = run.prepare();
     EXPECT_FALSE(prepared) << why;
     EXPECT_NE(prepared.reason().find(why), std::string::npos) << prepared.reason();
-    EXPECT_FALSE(run.goes_on());
+    EXPECT_FALSE(run.has_next());
     EXPECT_TRUE(run.finish());
   }
   EXPECT_TRUE(list_frames(folder.path()).empty());
