@@ -108,7 +108,7 @@ void find_volumes(std::vector<const host::BaseObject*>& found, const host::BaseO
 // The volume of the same name, or with several of that name the one at the same place among them.
 const host::BaseObject* FramePlacement::saved_volume(const host::BaseObject& volume,
                                                      const std::string& directory) {
-  const std::string path = directory + "/Autosave.c4d";
+  const std::string path = autosave_file(directory);
   std::error_code error;
   const auto written = std::filesystem::last_write_time(path, error);
   if (error || !host_services()) return nullptr;
