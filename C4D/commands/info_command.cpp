@@ -69,7 +69,7 @@ std::string ratio_text(double plain, std::uint64_t bytes) {
   if (bytes == 0 || plain == 0) return "";
   std::ostringstream out;
   out.precision(3);
-  out << " (1:" << plain / static_cast<double>(bytes) << ")";
+  out << " (1:" << plain / bytes << ")";
   return out.str();
 }
 
