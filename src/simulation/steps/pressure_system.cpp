@@ -31,15 +31,16 @@ bool PressureSystem::project(FluidSystem& fluid, MField* source, SolverProgress&
 
   try_gpu(no_kernel, [&] {
     const auto field = [](MField* f) { return f && !f->empty() ? &f->cpu_field() : nullptr; };
-    ProjectionFields fields;
-    fields.U = &fluid.U().cpu_field();
-    fields.V = &fluid.V().cpu_field();
-    fields.W = &fluid.W().cpu_field();
-    fields.source = field(source);
-    fields.phi = field(solids_.phi.get());
-    fields.Us = field(solids_.u.get());
-    fields.Vs = field(solids_.v.get());
-    fields.Ws = field(solids_.w.get());
+    const ProjectionFields fields{
+        .U = &fluid.U().cpu_field(),
+        .V = &fluid.V().cpu_field(),
+        .W = &fluid.W().cpu_field(),
+        .phi = field(solids_.phi.get()),
+        .source = field(source),
+        .Us = field(solids_.u.get()),
+        .Vs = field(solids_.v.get()),
+        .Ws = field(solids_.w.get()),
+    };
     const ProjectionLimits limits{params_.pressure_tolerance, params_.max_cycles,
                                   params_.solid_iterations};
     last_solve_ = nbx::project(solver_, fields, domain_, limits, last_solve_.cycles, &progress);
