@@ -1,5 +1,5 @@
-// A run of plain smoke for benchmarks: density and temperature from a moving source in a closed box
-// of 128^3 voxels, all of it simulated, one step a frame.
+// A run of plain smoke for benchmarks: density and temperature from a moving source in a box of
+// 128^3 voxels with a floor. All of it is simulated, with one substep per frame.
 #pragma once
 
 #include "simulation/simulation3d.h"
@@ -38,7 +38,7 @@ class MovingSource : public SceneEvaluator {
   int frame_ = 0;
 };
 
-/// A run of `frames` frames: a plume to look at or to move on.
+/// A plume after `frames` frames.
 struct SmokeRun {
   explicit SmokeRun(int frames) {
     sim.params.simulated_channels = {kDensity, kTemperature};

@@ -9,8 +9,8 @@
 namespace nbx::bench {
 namespace {
 
-// A solve of one V-cycle from a random right-hand side, with all that a solve does once: its check
-// of b, its way in and out of the solver's own order of rows, and the residual.
+// A solve of one V-cycle from a random right-hand side, with all that a solve does once: the check
+// of b, the reordering of rows, the residual.
 void vcycle(benchmark::State& state) {
   const int n = static_cast<int>(state.range(0)) + 2;
   Field<float> x(n, n, n), b(n, n, n), r0(n, n, n), buffer;

@@ -1,5 +1,5 @@
-// Meshes into a box of 256^3 cells: the surface, what lies inside, both, and beside them OpenVDB's
-// conversion of the same mesh where it is installed. Cells are those of the box.
+// Voxelizes meshes into a box of 256^3 cells: surface, inside, both. OpenVDB, where installed,
+// converts the same mesh for comparison. Cells are those of the box.
 #include <numbers>
 
 #include <omp.h>
@@ -21,7 +21,7 @@ constexpr int kEdge = 256;
 constexpr std::size_t kCells = std::size_t{kEdge} * kEdge * kEdge;
 const IntBox kBox{{0, 0, 0}, {kEdge - 1, kEdge - 1, kEdge - 1}};
 
-/// A bent, closed torus that fills most of the box, of about that many triangles.
+/// A bent, closed torus of about that many triangles that fills most of the box.
 DetachedPolygonObject torus(std::int64_t triangles) {
   const int n = static_cast<int>(std::lround(std::sqrt(static_cast<double>(triangles) / 2)));
   DetachedPolygonObject mesh;
@@ -37,7 +37,7 @@ DetachedPolygonObject torus(std::int64_t triangles) {
   return mesh;
 }
 
-/// Runs OpenMP with so many threads while it lives.
+/// Sets the number of OpenMP threads while it lives.
 class Threads {
  public:
   explicit Threads(std::int64_t n) : before_(omp_get_max_threads()) {

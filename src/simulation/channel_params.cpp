@@ -33,4 +33,10 @@ ChannelParams default_channel_params(int key) {
   return p;
 }
 
+std::map<int, ChannelParams> default_channel_params() {
+  std::map<int, ChannelParams> all;
+  for (int key : {kFuel, kBurn, kDensity, kTemperature}) all[key] = default_channel_params(key);
+  return all;
+}
+
 }  // namespace nbx

@@ -36,4 +36,7 @@ struct ChannelParams {
 
 ChannelParams default_channel_params(int key);
 
+/// Those of all four channels, by ChannelKey.
+std::map<int, ChannelParams> default_channel_params();
+
 }  // namespace nbx

@@ -1,5 +1,5 @@
-// The small interfaces through which the parts of a run know each other. None of them owns what it
-// hands out, and all are called on the thread of the simulation alone.
+// The small interfaces through which the parts of a run know each other. They own nothing that they
+// return, and are called only on the thread of the simulation.
 #pragma once
 
 #include <set>

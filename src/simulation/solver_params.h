@@ -11,8 +11,6 @@
 namespace nbx {
 
 struct SolverParams {
-  SolverParams();  // all channels have their default parameters
-
   // Grid and time.
   double voxel_size = 1;     // edge of a voxel in scene units
   double unit_scale = 0.01;  // simulation units per scene unit
@@ -42,9 +40,9 @@ struct SolverParams {
   bool fit_to_walls = true;            // the box holds the solids and reaches out to closed faces
 
   // Channels.
-  std::set<int> simulated_channels;             // ChannelKeys that exist in this run
-  std::map<int, ChannelParams> channel_params;  // by ChannelKey
-  bool mask_channels_by_solid = false;          // fill stored channels inside of solids
+  std::set<int> simulated_channels;  // ChannelKeys that exist in this run
+  std::map<int, ChannelParams> channel_params = default_channel_params();
+  bool mask_channels_by_solid = false;  // fill stored channels inside of solids
 };
 
 }  // namespace nbx

@@ -19,8 +19,8 @@ class StepSources {
   /// this.
   StepSources(FieldSource& gas, const Domain& domain) : gas_(gas), domain_(domain) {}
 
-  /// Adds one source object; `weights` are in [0, 1] and stay as they are. An added amount goes on
-  /// top of the others. A set amount lifts the channel up to it and never lowers it. Channels that
+  /// Adds one source object; `weights` are in [0, 1] and stay as they are. An added amount adds up
+  /// with the others. A set amount lifts the channel up to it and never lowers it. Channels that
   /// `gas` doesn't hold get nothing.
   void add_source_object(const SimulationObjectParameters& parameters,
                          const SparseField<float, 3>& weights);

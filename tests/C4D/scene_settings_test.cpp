@@ -101,6 +101,12 @@ TEST(SceneSettings, MovingDomainFeelsWind) {
 
   test::TestDocument carried(volume(R"("wind_speed": 30, "wind_world": true)", moves));
   expect_near(wind(carried, 0.04), {0.3, 0, 0});
+
+  // A frame lies where the domain is at its end.
+  test::SceneRun frames(volume(R"("size": [9, 9, 9])", moves));
+  frames.frame();
+  EXPECT_EQ(frames.sim.domain.world_to_grid,
+            volume_grid(frames.object("v"), frames.sim.params.voxel_size).world_to_grid);
 }
 
 TEST(VolumeCache, ShowsCachedFramesAtDocumentTimes) {

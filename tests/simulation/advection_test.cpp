@@ -149,7 +149,7 @@ TEST(Advection, StaleCachesAreRecomputedAndOthersAreUsed) {
   EXPECT_THROW(advect(dst, odd, flow.params), FieldDimensionMismatchException);
 }
 
-// A sphere of density, radius 10 with a soft edge, is carried once round the middle of 64 x 64 x 32
+// A sphere of density, radius 10 with a soft edge, moves once around the middle of 64 x 64 x 32
 // cells in 120 steps of a rigid rotation: its center, 14 cells out, moves by 0.73 cells a step.
 // Returns the L1 error over the mass.
 double carry_round(bool corrected, bool cubic) {

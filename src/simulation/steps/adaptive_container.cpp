@@ -32,7 +32,7 @@ void Simulation3D::grow_container(SceneEvaluator&) {
   apply_box(box_intersection(box, domain.domain_box));
 }
 
-// Makes the box anew from `wanted`, the content, and what its motion can reach in a substep.
+// Rebuilds the box from `wanted`, the content, and the reach of its motion in a substep.
 void Simulation3D::fit_container(const IntBox& wanted) {
   IntBox box = wanted;
   for (auto& system : systems_) {

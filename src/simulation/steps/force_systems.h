@@ -14,7 +14,7 @@ class VorticitySystem : public SimSystem, public VelocityForce {
 };
 
 /// Detail below what the grid resolves: the curl of a noise, added to the projected velocity. It is
-/// built anew in every substep and never advected.
+/// rebuilt in every substep and never advected.
 class NoiseForceSystem : public SimSystem, public VelocityForce {
  public:
   using SimSystem::SimSystem;

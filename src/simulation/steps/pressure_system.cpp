@@ -31,15 +31,16 @@ bool PressureSystem::project(FluidSystem& fluid, MField* source, SolverProgress&
 
   try_gpu(no_kernel, [&] {
     const auto field = [](MField* f) { return f && !f->empty() ? &f->read_cpu() : nullptr; };
-    ProjectionFields fields;
-    fields.U = &fluid.U().write_cpu();
-    fields.V = &fluid.V().write_cpu();
-    fields.W = &fluid.W().write_cpu();
-    fields.source = field(source);
-    fields.phi = field(solids_.phi.get());
-    fields.Us = field(solids_.u.get());
-    fields.Vs = field(solids_.v.get());
-    fields.Ws = field(solids_.w.get());
+    const ProjectionFields fields{
+        .U = &fluid.U().write_cpu(),
+        .V = &fluid.V().write_cpu(),
+        .W = &fluid.W().write_cpu(),
+        .phi = field(solids_.phi.get()),
+        .source = field(source),
+        .Us = field(solids_.u.get()),
+        .Vs = field(solids_.v.get()),
+        .Ws = field(solids_.w.get()),
+    };
     const ProjectionLimits limits{params_.pressure_tolerance, params_.max_cycles,
                                   params_.solid_iterations};
     last_solve_ = nbx::project(solver_, fields, domain_, limits, last_solve_.cycles, &progress);
