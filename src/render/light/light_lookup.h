@@ -2,8 +2,10 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
+#include "math/lanes/bspline.h"
 #include "render/shade/field3.h"
 
 namespace nbx {
@@ -43,18 +45,13 @@ Color linear_light(const Vec3d& point, const Vec3i& dims, const Corner& corner) 
 template <class Corner, class Fallback>
 Color cubic_light(const Vec3d& point, const Vec3i& dims, const Corner& corner,
                   const Fallback& fallback) {
-  float weights[3][4];
+  std::array<float, 4> weights[3];
   int first[3];
   for (int axis = 0; axis < 3; ++axis) {
     if (!(point[axis] >= 1 && point[axis] < dims[axis] - 2)) return fallback();
     const int i = static_cast<int>(point[axis]);
-    const auto f = static_cast<float>(point[axis] - i);
-    const float f2 = f * f, f3 = f2 * f;
     first[axis] = i - 1;
-    weights[axis][0] = 1.0f / 6 - f3 / 6 + (f2 - f) / 2;
-    weights[axis][1] = f3 / 2 - f2 + 2.0f / 3;
-    weights[axis][2] = 1.0f / 6 - (f3 - f2 - f) / 2;
-    weights[axis][3] = f3 / 6;
+    weights[axis] = bspline_weights<std::array<float, 4>>(static_cast<float>(point[axis] - i));
   }
   Color sum{0, 0, 0};
   for (int k = 0; k < 4; ++k)

@@ -1,5 +1,6 @@
 #include "render/march/march_kernels.h"
 
+#include "math/lanes/bspline.h"
 #include "math/lanes/lane_exp.h"
 #include "math/lanes/lane_sampling.h"
 
@@ -31,14 +32,6 @@ NBX_FLATTEN void clamped_rows(float* out, const KernelField& field, const float*
                               const float* z, int n) {
   const KernelField f = field;
   for_rows(out, x, y, z, n, [&](F px, F py, F pz) { return sample_linear(f, px, py, pz); });
-}
-
-// Weights of the points -1, 0, 1, 2 of a cubic B-spline.
-Quad bspline_weights(F t) {
-  const F t2 = t * t, t3 = t2 * t;
-  constexpr float sixth = 1.0f / 6;
-  return {sixth - t3 * sixth + (t2 - t) * 0.5f, t3 * 0.5f - t2 + 2.0f / 3,
-          sixth - (t3 - t2 - t) * 0.5f, t3 * sixth};
 }
 
 // Separable over the 4 x 4 x 4 points round the cell where they fit, else trilinear.
@@ -73,7 +66,7 @@ NBX_FLATTEN void bspline_rows(float* out, const KernelField& field, const float*
                               const float* z, int n) {
   const KernelField f = field;
   for_rows(out, x, y, z, n,
-           [&](F px, F py, F pz) { return cubic(f, px, py, pz, bspline_weights); });
+           [&](F px, F py, F pz) { return cubic(f, px, py, pz, bspline_weights<Quad, F>); });
 }
 
 // Where the difference from 1 would cancel, the series of 1 - e^-q to q^5.
