@@ -28,11 +28,11 @@ void SimulationThread::save_state_if_due() {
   if (every < 1 || frame % every != 0 || last) return;
   // Who goes on from a state makes the frames after it, so all others must be there.
   BFS& store = *sim_->settings.target_cache;
-  if (store.finish_writes())
+  if (const Outcome saved = store.finish_writes(); saved)
     save_state(state_file(store.directory(), frame));
   else
     warn("the state of frame " + std::to_string(frame) +
-         " isn't saved, since frames before it wait to be: " + store.last_error());
+         " isn't saved, since frames before it wait to be: " + saved.reason());
 }
 
 void SimulationThread::save_state(const std::string& path) {

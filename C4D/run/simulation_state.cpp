@@ -31,12 +31,15 @@ StateKey key_of(const SimFrame& frame, const std::string& path) {
 bool write_all(const std::string& path, SimFrame& frame, const StateNotes& notes, Codec codec,
                Sync sync, std::string& reason) try {
   WholeFile file(path, sync);
-  if (frame.write(file.part(), codec) == 0) {
-    reason = frame.error;
-    return false;
-  }
-  const std::string text = notes_text(path, key_of(frame, file.part()), notes);
-  return write_whole(notes_file(path), text, sync, reason) && file.commit(reason);
+  BcfFile out;
+  std::uint64_t size = 0;
+  Outcome written = frame.write_loaded(size, out, file.part(), codec, Sync::kNone);
+  if (written)
+    written =
+        write_whole(notes_file(path), notes_text(path, key_of(frame, file.part()), notes), sync);
+  if (written) written = file.commit();
+  reason = written.reason();
+  return static_cast<bool>(written);
 } catch (const Exception& e) {
   reason = e.what();
   return false;

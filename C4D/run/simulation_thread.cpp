@@ -78,8 +78,8 @@ void SimulationThread::report_lost() {
 void SimulationThread::cleanup() {
   if (sim_ && sim_->settings.target_cache) {
     if (frame_done_) save_last_state();
-    if (!sim_->settings.target_cache->finish_writes() && failure_.empty())
-      failure_ = "frames wait to be saved: " + sim_->settings.target_cache->last_error();
+    const Outcome saved = sim_->settings.target_cache->finish_writes();
+    if (!saved && failure_.empty()) failure_ = "frames wait to be saved: " + saved.reason();
     report_lost();
   }
   {

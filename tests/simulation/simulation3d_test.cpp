@@ -208,7 +208,7 @@ TEST(Simulation3D, FramesAreStoredAndTheStateComesBack) {
   EXPECT_GT(infnorm(refused.channel(kDensity)), 0);
 
   // A frame that doesn't reach the disk is counted, and the run goes on.
-  run.sim.settings.target_cache->finish_writes();
+  EXPECT_TRUE(run.sim.settings.target_cache->finish_writes());
   std::filesystem::remove_all(folder.path());
   run.sim.settings.cache_direct = true;
   run.frames(2);
