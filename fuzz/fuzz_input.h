@@ -1,4 +1,4 @@
-// Parts that the fuzz targets share.
+// Helpers of the fuzz targets.
 #pragma once
 
 #include <cstddef>
@@ -10,14 +10,14 @@
 
 namespace nbx::fuzz {
 
-/// Ends the process, which the fuzzer takes for a finding, if a property doesn't hold.
+/// Ends the process if a property doesn't hold; the fuzzer reports that.
 inline void require(bool holds, const char* property) {
   if (holds) return;
   std::fprintf(stderr, "violated: %s\n", property);
   std::abort();
 }
 
-/// The whole floats of some bytes.
+/// The complete floats in some bytes.
 inline std::vector<float> to_floats(const std::uint8_t* data, std::size_t size) {
   std::vector<float> floats(size / sizeof(float));
   if (!floats.empty()) std::memcpy(floats.data(), data, floats.size() * sizeof(float));

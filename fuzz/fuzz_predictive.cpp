@@ -1,5 +1,5 @@
-// The predictive codec. The first byte chooses whether the rest are cells to encode or a payload;
-// dimensions follow in a byte each.
+// Fuzzes the predictive codec. The first byte selects whether the rest are cells to encode or a
+// payload; the dimensions follow, one byte each.
 #include "cache/codecs/predictive_codec.h"
 #include "fuzz/fuzz_input.h"
 
@@ -9,7 +9,7 @@ using nbx::fuzz::require;
 
 namespace {
 
-// Memory of exactly the promised size: a step beyond it is found.
+// Memory of exactly the promised size, so that any access beyond it is found.
 bool decode(std::vector<float>& cells, const char* payload, std::size_t size, const Vec3i& dims) {
   std::vector<char> padded(payload, payload + size);
   padded.resize(size + nbx::kPredictivePadding);
@@ -17,7 +17,7 @@ bool decode(std::vector<float>& cells, const char* payload, std::size_t size, co
   return nbx::predictive_decode(cells.data(), padded.data(), size, dims);
 }
 
-// Returns the bytes that the cells take.
+// Returns the size of the encoded cells.
 std::size_t round_trip(const std::vector<float>& cells, const Vec3i& dims) {
   ByteBuffer buffer;
   const std::size_t size = nbx::predictive_encode(buffer, cells.data(), dims);

@@ -1,4 +1,5 @@
-// Whole frame files: what can be read is written with every codec, and reads as the same again.
+// Fuzzes the reader of frame files: a frame that can be read is written with every codec, and must
+// read back the same.
 #include <string>
 
 #include <sys/mman.h>
@@ -15,7 +16,7 @@ using nbx::FieldHandle;
 using nbx::SimFrame;
 using nbx::fuzz::require;
 
-constexpr std::size_t kMaxCells = 1 << 18;  // larger grids are left out, they take too long
+constexpr std::size_t kMaxCells = 1 << 18;  // larger grids take too long and are left out
 
 // A file in memory.
 class MemoryFile {

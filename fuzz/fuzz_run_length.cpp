@@ -1,5 +1,5 @@
-// The run-length codec. The first byte chooses whether the rest are cells to encode or a payload,
-// for whose number of cells two more bytes stand.
+// Fuzzes the run-length codec. The first byte selects whether the rest are cells to encode or a
+// payload; in a payload the next two bytes give its number of cells.
 #include "cache/codecs/run_length_codec.h"
 #include "fuzz/fuzz_input.h"
 
@@ -7,7 +7,7 @@ using nbx::fuzz::require;
 
 namespace {
 
-// A run takes the bits of its first cell, so zeros may change their sign; all else comes back.
+// A run has the bits of its first cell, so zeros may change their sign; all other bits come back.
 bool same_cells(const std::vector<float>& a, const std::vector<float>& b) {
   for (std::size_t i = 0; i < a.size(); ++i)
     if (!(a[i] == 0 && b[i] == 0) && !nbx::fuzz::same_bits(&a[i], &b[i], 1)) return false;

@@ -161,7 +161,8 @@ host::ExitCode import_vdb(const std::string& path, const host::CommandArguments&
     if ((interrupted = context.Interrupts() > 0)) break;
     done += importer.import(file) ? 1 : 0;
   }
-  store->finish_writes();
+  const Outcome saved = store->finish_writes();
+  if (!saved) context.Error(saved.reason());
   const std::vector<LostFrame> lost = store->take_lost_frames();
   for (const LostFrame& frame : lost)
     context.Error("frame " + std::to_string(frame.frame) + " is not stored: " + frame.error);
@@ -169,7 +170,7 @@ host::ExitCode import_vdb(const std::string& path, const host::CommandArguments&
   context.Event("imported", {{"frames", static_cast<std::int64_t>(done - lost.size())},
                              {"directory", store->directory()}});
   if (interrupted) return host::kInterrupted;
-  if (done == files.size() && lost.empty()) return host::kDone;
+  if (done == files.size() && lost.empty() && saved) return host::kDone;
   return done == 0 ? host::kBadInput : host::kFailed;
 }
 

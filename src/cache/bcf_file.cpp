@@ -18,17 +18,17 @@ namespace nbx {
 BcfFile::BcfFile() : file_(std::make_unique<QFile>()) {}
 BcfFile::~BcfFile() = default;
 
-// Without QFile's buffer: heads are read without a byte of payload, payloads without a copy, and a
-// write that fails says so at once.
-bool BcfFile::open(const std::string& path, Mode mode) {
+// Without QFile's buffer: reading a head reads no byte of the payload, payloads need no copy, and a
+// failed write is reported at once.
+Outcome BcfFile::open(const std::string& path, Mode mode) {
   drop();
   file_->setFileName(QString::fromStdString(path));
   const auto how = mode == Mode::kReading ? QFile::ReadOnly : QFile::WriteOnly | QFile::Truncate;
-  error_.clear();
-  if (!file_->open(how | QFile::Unbuffered)) return fail();
+  if (!file_->open(how | QFile::Unbuffered)) return file_error();
   mode_ = mode;
+  damaged_ = false;
   next_ = kBcfHeaderSize;
-  return true;
+  return Outcome::success();
 }
 
 void BcfFile::drop() {
@@ -36,106 +36,103 @@ void BcfFile::drop() {
   if (file_->isOpen()) file_->close();
 }
 
-// The version makes it a frame file, so it goes to the disk when all else is there.
-bool BcfFile::finish() {
-  return error_.empty() && reaches_disk() && file_->seek(kBcfVersionAt) &&
-         file_->putChar(kBcfHeader.back()) && reaches_disk();
+// The version makes it a frame file, so it goes to the disk after everything else.
+Outcome BcfFile::finish() {
+  if (damaged_) return Outcome::failure("a write failed before");
+  if (Outcome synced = sync(); !synced) return synced;
+  if (!file_->seek(kBcfVersionAt) || !file_->putChar(kBcfHeader.back())) return file_error();
+  return sync();
 }
 
-bool BcfFile::reaches_disk() {
-  if (sync_ == Sync::kNone) return true;
+Outcome BcfFile::sync() {
+  if (sync_ == Sync::kNone) return Outcome::success();
   bool synced = sync_data(file_->handle());
   if (synced && made_) synced = sync_folder(folder_of(file_->fileName().toStdString()));
   made_ = false;
-  if (!synced) error_ = std::strerror(errno);
-  return synced;
+  return synced ? Outcome::success() : Outcome::failure(std::strerror(errno));
 }
 
-bool BcfFile::close() {
-  if (!file_->isOpen()) return true;
-  const bool whole = mode_ != Mode::kWriting || finish();
+Outcome BcfFile::close() {
+  if (!file_->isOpen()) return Outcome::success();
+  Outcome done = mode_ == Mode::kWriting ? finish() : Outcome::success();
   drop();
-  if (whole && file_->error() == QFile::NoError) return true;
-  return error_.empty() && fail();
+  if (done && file_->error() != QFile::NoError) return file_error();
+  return done;
 }
 
 void BcfFile::discard() {
   drop();
-  // Whatever else stands under that name, a device for one, isn't ours to remove.
+  // Anything else of that name, such as a device, isn't ours to remove.
   if (QFileInfo(*file_).isFile()) file_->remove();
 }
 
-bool BcfFile::fail() {
-  error_ = file_->errorString().toStdString();
-  return false;
-}
+Outcome BcfFile::file_error() const { return Outcome::failure(file_->errorString().toStdString()); }
 
-bool BcfFile::openRead(const std::string& path) {
-  if (!open(path, Mode::kReading)) return false;
+Outcome BcfFile::openRead(const std::string& path) {
+  if (Outcome opened = open(path, Mode::kReading); !opened) return opened;
   std::array<char, kBcfHeaderSize> header{};
   file_->read(header.data(), header.size());
   if (!std::equal(header.begin(), header.end() - 1, kBcfHeader.begin())) {
-    close();
+    drop();
     const std::string text = "Unrecognized file format for '" + path + "'";
     LogMessage() << text;
     throw BcfFormatError(text);
   }
   if (const int version = header.back() & 0x7f; version != kBcfHeader.back()) {
-    close();
+    drop();
     const std::string text = "Unsupported BCF file format version for '" + path + "'";
     LogMessage() << text;
     throw BcfFormatError(text + (version == 0 ? ": unfinished, its writer ended half-way" : ""));
   }
-  return true;
+  return Outcome::success();
 }
 
-bool BcfFile::create(const std::string& path, Sync sync) {
+Outcome BcfFile::create(const std::string& path, Sync sync) {
   sync_ = sync;
   made_ = sync == Sync::kDisk && !QFile::exists(QString::fromStdString(path));
-  if (!open(path, Mode::kWriting)) return false;
-  try {
-    auto header = kBcfHeader;
-    header[kBcfVersionAt] = 0;
-    write(header.data(), header.size());
-  } catch (const BcfWriteError&) {
-    discard();
-    return false;
-  }
-  return true;
+  if (Outcome opened = open(path, Mode::kWriting); !opened) return opened;
+  auto header = kBcfHeader;
+  header[kBcfVersionAt] = 0;
+  Outcome written = write(header.data(), header.size());
+  if (!written) discard();
+  return written;
 }
 
-void BcfFile::write(const char* data, std::size_t size) {
-  // A full disk takes a part first; only the write behind it tells the reason.
+// A full disk accepts a part first; only the next write reports the reason.
+Outcome BcfFile::write(const char* data, std::size_t size) {
   while (size > 0) {
-    const qint64 written = file_->write(data, static_cast<qint64>(size));
+    const qint64 written = file_->write(data, size);
     if (written <= 0) {
-      fail();
-      throw BcfWriteError(error_);
+      damaged_ = true;
+      return file_error();
     }
     data += written;
-    size -= static_cast<std::size_t>(written);
+    size -= written;
   }
+  return Outcome::success();
 }
 
-void BcfFile::addGrid(int gridType, Codec codec, const FrameTime& simTime,
-                      const FrameTime& frameTime, const Vec3i& offset, const GridMatrix& gridMatrix,
-                      const Field<float>& field) {
-  // Any type beyond a byte is an invalid one.
+Outcome BcfFile::addGrid(int gridType, Codec codec, const FrameTime& simTime,
+                         const FrameTime& frameTime, const Vec3i& offset,
+                         const GridMatrix& gridMatrix, const Field<float>& field) {
+  // A type that doesn't fit into a byte stays invalid.
   const auto type = static_cast<std::uint8_t>(std::clamp(gridType, 0, 255));
-  add_payload({0, type, static_cast<std::uint8_t>(codec), simTime, frameTime, offset, field.dims(),
-               gridMatrix},
-              encode_grid(buffer_, codec, field));
+  return add_payload({0, type, static_cast<std::uint8_t>(codec), simTime, frameTime, offset,
+                      field.dims(), gridMatrix},
+                     encode_grid(buffer_, codec, field));
 }
 
-void BcfFile::add_grids(const std::vector<GridHead>& heads,
-                        const std::vector<const Field<float>*>& fields) {
-  if (heads.empty()) return;
+Outcome BcfFile::add_grids(const std::vector<GridHead>& heads,
+                           const std::vector<const Field<float>*>& fields) {
+  if (heads.empty()) return Outcome::success();
   const std::vector<Payload> payloads =
       encode_grids(encoded_, static_cast<Codec>(heads.front().codec), fields);
-  for (std::size_t i = 0; i < heads.size(); ++i) add_payload(heads[i], payloads[i]);
+  for (std::size_t i = 0; i < heads.size(); ++i)
+    if (Outcome added = add_payload(heads[i], payloads[i]); !added) return added;
+  return Outcome::success();
 }
 
-void BcfFile::add_payload(GridHead head, const Payload& payload) {
+Outcome BcfFile::add_payload(GridHead head, const Payload& payload) {
   if (mode_ != Mode::kWriting)
     throw Exception("Failed to add float grid. No file opened for writing.");
   if (head.gridType < 1 || head.gridType > 35) throw Exception("Invalid grid type.");
@@ -144,9 +141,10 @@ void BcfFile::add_payload(GridHead head, const Payload& payload) {
   head.dataSize = static_cast<std::uint32_t>(payload.size);
   char bytes[kBcfHeadSize];
   encode_head(bytes, head);
-  write(bytes, sizeof bytes);
-  write(payload.data, payload.size);
-  write(bytes, kBcfTrailerSize);  // dataSize, which leads the head
+  Outcome written = write(bytes, sizeof bytes);
+  if (written) written = write(payload.data, payload.size);
+  if (written) written = write(bytes, kBcfTrailerSize);  // dataSize, the first field of the head
+  return written;
 }
 
 bool BcfFile::readHead(GridHead& head) {
@@ -154,19 +152,16 @@ bool BcfFile::readHead(GridHead& head) {
     throw Exception("Failed to read float grid. No file opened for reading.");
   char bytes[kBcfHeadSize];
   if (next_ + sizeof bytes > size()) return false;
-  if (!file_->seek(static_cast<qint64>(next_)) ||
-      file_->read(bytes, sizeof bytes) != static_cast<qint64>(sizeof bytes))
-    return false;
+  if (!file_->seek(next_) || file_->read(bytes, sizeof bytes) != sizeof bytes) return false;
   decode_head(head, bytes);
   next_ = position() + head.dataSize + kBcfTrailerSize;
   return true;
 }
 
 void BcfFile::read(std::uint64_t position, char* dst, std::size_t size) {
-  const auto bytes = static_cast<qint64>(size);
-  if (file_->seek(static_cast<qint64>(position)) && file_->read(dst, bytes) == bytes) return;
-  fail();
-  throw Exception("BCF: failed to read: " + error_);
+  const qint64 bytes = size;
+  if (file_->seek(position) && file_->read(dst, bytes) == bytes) return;
+  throw Exception("BCF: failed to read: " + file_->errorString().toStdString());
 }
 
 void BcfFile::readGrid(std::uint64_t position, const GridHead& head, Field<float>& field) {
@@ -241,7 +236,7 @@ bool BcfFile::trailer_matches(std::uint64_t position, const GridHead& head) {
   return trailer == head.dataSize;
 }
 
-std::uint64_t BcfFile::position() const { return static_cast<std::uint64_t>(file_->pos()); }
-std::uint64_t BcfFile::size() const { return static_cast<std::uint64_t>(file_->size()); }
+std::uint64_t BcfFile::position() const { return file_->pos(); }
+std::uint64_t BcfFile::size() const { return file_->size(); }
 
 }  // namespace nbx

@@ -49,9 +49,9 @@ void decode_head(GridHead& head, const char* src) {
 
 std::optional<std::uint64_t> cell_count(const Vec3i& dims) {
   std::uint64_t cells = 1;
-  for (int a = 0; a < 3; ++a) cells *= static_cast<std::uint64_t>(std::max(dims[a], 0) > 0);
+  for (int a = 0; a < 3; ++a) cells *= dims[a] > 0;
   for (int a = 0; a < 3 && cells > 0; ++a) {
-    cells *= static_cast<std::uint64_t>(dims[a]);
+    cells *= dims[a];
     if (cells > kBcfMaxCells) return {};
   }
   return cells;

@@ -15,10 +15,9 @@
 //                 94   128  16 x f64 gridMatrix  world to domain cells, row vectors, row by row
 //
 // The low 7 bits of the version byte are the version, the top bit is reserved. A writer sets the
-// version last: a file of version 0 was never finished, its writer has ended half-way. The order of
-// records carries no meaning; if a type stands twice, the later record wins. A raw payload is the
-// floats as they stand; run_length_codec.h and predictive_codec.h show the others. A grid without
-// cells has no payload.
+// version last, so a file of version 0 is unfinished. The order of records has no meaning; if a
+// type occurs twice, the later record wins. A raw payload is the plain floats; run_length_codec.h
+// and predictive_codec.h show the others. A grid without cells has no payload.
 #pragma once
 
 #include <array>
@@ -37,7 +36,7 @@ enum class Codec : std::uint8_t { kRaw = 0, kRunLength = 1, kPredictive = 2 };
 /// coordinates to domain cells.
 using GridMatrix = std::array<double, 16>;
 
-/// The head of a record. `codec` is the byte as it stands in the file.
+/// The head of a record. `codec` is the byte of the file, which may be an unknown codec.
 struct GridHead {
   std::uint32_t dataSize = 0;
   std::uint8_t gridType = 0;
@@ -53,16 +52,16 @@ inline constexpr std::size_t kBcfTrailerSize = 4;
 /// The first bytes of a file of the only version, 6.
 inline constexpr std::array<char, kBcfHeaderSize> kBcfHeader{'k', 'e', 'l', 'v', 'r', 'a',
                                                              ' ', 'b', 'c', 'f', 0,   6};
-/// Where the version byte stands.
+/// The position of the version byte.
 inline constexpr std::size_t kBcfVersionAt = kBcfHeaderSize - 1;
-/// Cells of the largest grid that a file takes or gives.
+/// Cells of the largest grid that can be written or read.
 inline constexpr std::uint64_t kBcfMaxCells = 0x7fffffff;
 
-/// The bytes of a head, and back. Any bytes make a head.
+/// Convert a head to its bytes and back. Any bytes are a head.
 void encode_head(char* dst, const GridHead& head);
 void decode_head(GridHead& head, const char* src);
 
-/// Cells of a grid, where a negative dimension counts as 0; nothing above kBcfMaxCells.
+/// Cells of a grid, where a negative dimension counts as 0. Empty if above kBcfMaxCells.
 std::optional<std::uint64_t> cell_count(const Vec3i& dims);
 
 }  // namespace nbx

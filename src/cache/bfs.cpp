@@ -4,72 +4,77 @@
 #include <QFileInfo>
 #include <utility>
 
+#include "cache/store/frame_table.h"
 #include "util/log.h"
 
 namespace nbx {
 
-BFS::~BFS() {
-  Lock lock(mutex_);
-  if (writer_.joinable()) {
+using Lock = std::unique_lock<std::mutex>;
+
+BFS::BFS() : table_(std::make_unique<Table>(*this)) {}
+BFS::~BFS() = default;
+
+BFS::Table::~Table() {
+  Lock lock(mutex);
+  if (writer.joinable()) {
     LogMessage() << "Terminating IOW";
-    exit_ = true;
-    due_.notify_all();
+    stopping = true;
+    due.notify_all();
     lock.unlock();
-    writer_.join();
+    writer.join();
     lock.lock();
   }
   removeAllSlots(lock);
 }
 
-std::string BFS::Place::file(int frame, int substep) const {
+std::string BFS::Table::Place::file(int frame, int substep) const {
   const QDir dir(QString::fromStdString(directory));
   const QString name = QString::fromStdString(frame_file_name(prefix, frame, substep));
   return dir.absoluteFilePath(name).toStdString();
 }
 
-bool BFS::Place::readable() const {
+bool BFS::Table::Place::readable() const {
   const QDir dir(QString::fromStdString(directory));
   return !directory.empty() && dir.exists() && dir.isReadable();
 }
 
-BFS::Place BFS::place() const { return {directory_, prefix_, codec, sync}; }
-
 bool BFS::setDirectory(const std::string& directory) {
-  Lock lock(mutex_);
-  removeAllSlots(lock);  // dirty frames belong to the directory so far
-  directory_ = directory;
-  prefix_.clear();
-  bytes_written_ = 0;
-  frames_lost_ = 0;
-  lost_frames_.clear();
-  if (!place().readable()) return false;
-  prefix_ = cache_prefix(directory_);
-  LogMessage() << "Using cache directory " << directory_ << " prefix " << prefix_;
+  Table& table = *table_;
+  Lock lock(table.mutex);
+  table.removeAllSlots(lock);  // dirty frames belong to the old directory
+  table.directory = directory;
+  table.prefix.clear();
+  table.bytes_written = 0;
+  table.frames_lost = 0;
+  table.lost_frames.clear();
+  if (!table.place().readable()) return false;
+  table.prefix = cache_prefix(directory);
+  LogMessage() << "Using cache directory " << directory << " prefix " << table.prefix;
   return true;
 }
 
 std::string BFS::directory() const {
-  const Lock lock(mutex_);
-  return directory_;
+  const Lock lock(table_->mutex);
+  return table_->directory;
 }
 
 std::string BFS::prefix() const {
-  const Lock lock(mutex_);
-  return prefix_;
+  const Lock lock(table_->mutex);
+  return table_->prefix;
 }
 
 std::string BFS::fileName(int frame, int substep) const {
-  const Lock lock(mutex_);
-  return place().file(frame, substep);
+  const Lock lock(table_->mutex);
+  return table_->place().file(frame, substep);
 }
 
 bool BFS::frameFile(int frame, int substep, std::string* path) const {
-  Lock lock(mutex_);
-  const Place here = place();
+  Lock lock(table_->mutex);
+  const Table::Place place = table_->place();
   lock.unlock();
-  const std::string file = here.file(frame, substep);
+  const std::string file = place.file(frame, substep);
   try {
-    if (!here.readable() || !BcfFile().openRead(file)) return false;
+    if (!place.readable() || !BcfFile().openRead(file)) return false;
   } catch (const BcfFormatError&) {
     return false;
   }
@@ -83,29 +88,34 @@ std::vector<int> BFS::frames() const {
   return numbers;
 }
 
-std::string BFS::last_error() const {
-  const Lock lock(mutex_);
-  return last_error_;
+Outcome BFS::finish_writes() {
+  Lock lock(table_->mutex);
+  return table_->finish_writes(lock) ? Outcome::success() : Outcome::failure(table_->last_error);
+}
+
+void BFS::removeAllSlots() {
+  Lock lock(table_->mutex);
+  table_->removeAllSlots(lock);
 }
 
 int BFS::frames_lost() const {
-  const Lock lock(mutex_);
-  return frames_lost_;
+  const Lock lock(table_->mutex);
+  return table_->frames_lost;
 }
 
 std::vector<LostFrame> BFS::take_lost_frames() {
-  const Lock lock(mutex_);
-  return std::exchange(lost_frames_, {});
+  const Lock lock(table_->mutex);
+  return std::exchange(table_->lost_frames, {});
 }
 
 double BFS::seconds_waited() const {
-  const Lock lock(mutex_);
-  return seconds_waited_;
+  const Lock lock(table_->mutex);
+  return table_->seconds_waited;
 }
 
 std::uint64_t BFS::bytesWritten() const {
-  const Lock lock(mutex_);
-  return bytes_written_;
+  const Lock lock(table_->mutex);
+  return table_->bytes_written;
 }
 
 void BFS::recount_bytes(int last) {
@@ -113,10 +123,9 @@ void BFS::recount_bytes(int last) {
   const QDir dir(QString::fromStdString(folder));
   std::uint64_t bytes = 0;
   for (const auto& [number, name] : list_frames(folder))
-    if (number <= last)
-      bytes += static_cast<std::uint64_t>(QFileInfo(dir, QString::fromStdString(name)).size());
-  const Lock lock(mutex_);
-  bytes_written_ = bytes;
+    if (number <= last) bytes += QFileInfo(dir, QString::fromStdString(name)).size();
+  const Lock lock(table_->mutex);
+  table_->bytes_written = bytes;
 }
 
 }  // namespace nbx

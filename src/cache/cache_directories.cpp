@@ -15,13 +15,13 @@ constexpr char kLockFile[] = "CacheLock.lck";
 
 QDir folder(const std::string& path) { return QDir(QString::fromStdString(path)); }
 
-// True for what names a folder in a base: neither the base itself nor a place elsewhere.
+// Whether this is the name of a folder in a base, and not the base itself or a path elsewhere.
 bool names_cache(const CacheDirData& data) {
   return !data.base.empty() && !data.name.empty() && data.name != "." && data.name != ".." &&
          data.name.find('/') == std::string::npos;
 }
 
-// Makes and enters the first folder of this name whose number is free.
+// Creates and enters the first folder of this name with a free number.
 bool enter_new(QDir& parent, const char* pattern, const char* what) {
   QString name;
   for (int i = 1; name.isEmpty() || parent.exists(name); ++i)
@@ -91,7 +91,7 @@ std::vector<CacheListEntry> list_caches(const std::string& base) {
     const QFileInfoList files = cache.entryInfoList({"*.bcf"}, QDir::Files);
     if (!cache.isReadable() || files.isEmpty()) continue;
     CacheListEntry listed{entry.fileName().toStdString(), 0};
-    for (const QFileInfo& file : files) listed.bytes += static_cast<std::uint64_t>(file.size());
+    for (const QFileInfo& file : files) listed.bytes += file.size();
     caches.push_back(listed);
   }
   return caches;

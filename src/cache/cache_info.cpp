@@ -14,7 +14,7 @@ namespace nbx {
 
 namespace {
 
-// Decodes the payload of a record and looks at what stands around it.
+// Decodes the payload of a record and checks its size at both ends.
 void read_values(GridInfo& grid, BcfFile& in, Field<float>& scratch) {
   try {
     in.readGrid(grid.position, grid.head, scratch);
@@ -29,7 +29,7 @@ void read_values(GridInfo& grid, BcfFile& in, Field<float>& scratch) {
 }
 
 void read_heads(FrameFileInfo& info, BcfFile& in) {
-  std::uint64_t end = kBcfHeaderSize;  // of the last whole record
+  std::uint64_t end = kBcfHeaderSize;  // of the last complete record
   for (GridHead head; in.readHead(head);) {
     GridInfo& grid = info.grids.emplace_back();
     grid.head = head;
@@ -56,13 +56,13 @@ ValueSummary summarize(const Field<float>& field) {
     s.nans += nan;
     lo = v < lo ? v : lo;
     hi = v > hi ? v : hi;
-    sum += nan ? 0.0 : static_cast<double>(v);
+    sum += nan ? 0.0 : v;
   }
   const std::uint64_t count = field.count() - s.nans;
   if (count > 0) {
     s.min = lo;
     s.max = hi;
-    s.mean = sum / static_cast<double>(count);
+    s.mean = sum / count;
   }
   return s;
 }
@@ -70,7 +70,7 @@ ValueSummary summarize(const Field<float>& field) {
 double GridInfo::compression() const {
   const auto cells = cell_count(head.dims);
   if (!cells || head.dataSize == 0) return 0;
-  return static_cast<double>(*cells * sizeof(float)) / static_cast<double>(head.dataSize);
+  return *cells * sizeof(float) / static_cast<double>(head.dataSize);
 }
 
 bool FrameFileInfo::good() const {
@@ -83,8 +83,8 @@ FrameFileInfo read_frame_file_info(const std::string& path, bool values) {
   info.path = path;
   try {
     BcfFile in;
-    if (!in.openRead(path)) {
-      info.damage = in.errorString();
+    if (const Outcome opened = in.openRead(path); !opened) {
+      info.damage = opened.reason();
       return info;
     }
     info.bytes = in.size();

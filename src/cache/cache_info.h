@@ -1,5 +1,5 @@
-// What frame files and cache directories hold, as records: for people who look at a cache, and for
-// checks of one. Reads heads alone unless asked for the values.
+// Describes frame files and cache directories, for reports to the user and for checks. Reads only
+// the heads unless values are wanted.
 #pragma once
 
 #include <cstdint>
@@ -14,8 +14,8 @@
 
 namespace nbx {
 
-/// The values of a grid, ghost layer included. NaNs are counted and left out of the rest, which is
-/// 0 if nothing is left.
+/// The values of a grid, ghost layer included. NaNs are counted; min, max and mean leave them out,
+/// and are 0 if no other value is left.
 struct ValueSummary {
   float min = 0, max = 0;
   double mean = 0;
@@ -29,9 +29,9 @@ struct GridInfo {
   GridHead head;
   std::uint64_t position = 0;  // of the payload
   std::optional<ValueSummary> values;
-  std::string damage;  // why the payload or its trailer is bad; empty if it is good or wasn't read
+  std::string damage;  // why the payload or its trailer is bad; empty if good or not read
 
-  /// Bytes of the grid as plain floats over bytes of the payload; 0 for a grid without payload.
+  /// Size of the grid as plain floats over size of the payload; 0 for a grid without payload.
   double compression() const;
 };
 
@@ -47,23 +47,22 @@ struct FrameFileInfo {
   bool good() const;
 };
 
-/// Reads one file; `values` decodes every payload. Whatever is wrong stands in the record's
-/// `damage`.
+/// Reads one file; with `values` it decodes every payload. `damage` says what is wrong.
 FrameFileInfo read_frame_file_info(const std::string& path, bool values);
 
 /// The frame files of a directory.
 struct CacheInfo {
   std::string directory;
-  std::string prefix;                                 // that new frames of this directory would get
+  std::string prefix;                                 // of new frames in this directory
   std::vector<std::pair<int, FrameFileInfo>> frames;  // by frame number, ascending
-  std::vector<FrameFileInfo> others;                  // substeps and states to go on from
+  std::vector<FrameFileInfo> others;                  // substeps and saved states
   std::uint64_t bytes = 0;                            // of all these files
 
   /// Runs of missing frame numbers between the first and the last frame, each as first and last.
   std::vector<std::pair<int, int>> gaps() const;
 };
 
-/// Reads all frame files of a directory; nothing if it doesn't exist or can't be read. `values` as
+/// Reads all frame files of a directory. Empty if it doesn't exist or can't be read. `values` as
 /// above.
 std::optional<CacheInfo> read_cache_info(const std::string& directory, bool values);
 

@@ -16,13 +16,13 @@ std::string absolute(const std::string& directory) {
 
 }  // namespace
 
-// Never destroyed: stores in static objects may end after it would.
+// Never destroyed, since stores in static objects may be destroyed later.
 CacheRegistry& CacheRegistry::instance() {
   static CacheRegistry& registry = *new CacheRegistry;
   return registry;
 }
 
-// The live store of a path; empty if there is none, nor one on its way out.
+// The live store of a path. Waits while one is being closed; null if there is none.
 std::shared_ptr<BFS> CacheRegistry::wait(std::unique_lock<std::mutex>& lock,
                                          const std::string& path) {
   for (;;) {

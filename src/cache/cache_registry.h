@@ -1,4 +1,4 @@
-// The stores of this process, one a directory.
+// The open stores of this process, one per directory.
 #pragma once
 
 #include <condition_variable>
@@ -12,28 +12,30 @@
 
 namespace nbx {
 
-/// Knows each store while somebody owns it. All operations may be called from any thread that holds
-/// no lock of a store.
+/// Knows each store while somebody owns it. There is one registry in a process, since two stores of
+/// one directory would write to the same files. All operations may be called from any thread that
+/// holds no lock of a store.
 class CacheRegistry {
  public:
   static CacheRegistry& instance();
 
-  /// The store of a directory, made if it isn't open. Empty if the directory doesn't exist or can't
-  /// be read. Where the last owner is just giving one up, waits until it has saved its frames: they
-  /// would be missing in the new one.
+  /// The store of a directory, opened if it isn't open yet. Null if the directory doesn't exist or
+  /// can't be read. If the last owner is just closing a store of this directory, waits until that
+  /// store has saved its frames, which the new one would miss.
   std::shared_ptr<BFS> getCache(const std::string& directory);
 
-  /// The store of a directory if it is open.
+  /// The store of a directory, or null if it isn't open.
   std::shared_ptr<BFS> find(const std::string& directory);
 
-  /// Lets an open store go to another directory, or with an empty one be forgotten, so that the
-  /// next getCache makes a new one. Its frames are saved first; the caller holds none of them.
+  /// Moves an open store to another directory. With an empty `to` the registry forgets the store,
+  /// so that the next getCache opens a new one. Saves the store's frames first; the caller must
+  /// hold none of them.
   void move(const std::string& from, const std::string& to);
 
  private:
   struct Entry {
     std::weak_ptr<BFS> store;
-    std::uint64_t number;  // of the store; its address may be another's as soon as it is gone
+    std::uint64_t number;  // identifies the store; an address may be used again
   };
   void destroy(BFS* store, std::uint64_t number);
   std::shared_ptr<BFS> wait(std::unique_lock<std::mutex>& lock, const std::string& path);
@@ -44,7 +46,7 @@ class CacheRegistry {
   std::uint64_t made_ = 0;               // stores so far
 };
 
-/// Short for CacheRegistry::instance().getCache.
+/// CacheRegistry::instance().getCache.
 std::shared_ptr<BFS> getCache(const std::string& directory);
 
 }  // namespace nbx

@@ -25,7 +25,7 @@ std::string frame_file_name(std::string_view prefix, int frame, int substep) {
 
 std::string cache_prefix(const std::string& directory) {
   const QDir dir(QString::fromStdString(directory));
-  // Frames first: any other file with a long name says nothing while there are frames.
+  // Frames first: while there are frames, other files with a long name don't count.
   for (const char* filter : {kFrameFiles, "*.bcf"})
     for (const QString& name : dir.entryList({filter}, QDir::Files, QDir::Name))
       if (!name.startsWith("nbx") && name.size() > kPrefixLength)

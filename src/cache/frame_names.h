@@ -12,15 +12,14 @@ namespace nbx {
 
 std::string frame_file_name(std::string_view prefix, int frame, int substep);
 
-/// The prefix of a directory's files: that of the files that lie there already, so that a directory
-/// may move, else the MD5 hash of its path, so that two caches never share a file name.
+/// The prefix of a directory's files: that of the files already there, so that a directory may be
+/// moved; else the MD5 hash of its path, so that two caches never have the same file names.
 std::string cache_prefix(const std::string& directory);
 
-/// The frame that a file name stands for, whatever its prefix; nothing for other files, those of
-/// substeps among them.
+/// The frame of a file name with any prefix. Empty for other files, including those of substeps.
 std::optional<int> frame_of_name(std::string_view name);
 
-/// The frames that lie in a directory, by their numbers, with the names of their files.
+/// The frames in a directory: their numbers, and the names of their files.
 std::map<int, std::string> list_frames(const std::string& directory);
 
 }  // namespace nbx

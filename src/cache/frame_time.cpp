@@ -13,21 +13,21 @@ namespace nbx {
 namespace {
 
 constexpr double kTiny = 1e-6;              // magnitudes below it count as 0
-constexpr double kExact = 4294967295.0;     // below it the integer algorithm is used
-constexpr double kLargestMagnitude = 1e18;  // what the floating algorithm keeps
+constexpr double kExact = 4294967295.0;     // the integer algorithm is used below it
+constexpr double kLargestMagnitude = 1e18;  // of the floating algorithm
 
 std::int64_t truncated(double v) { return static_cast<std::int64_t>(v); }
 
-// Euclid's algorithm with floating remainders; numbers within 0.5 of 0 end it, and so does a NaN.
+// Euclid's algorithm with floating remainders; a number within 0.5 of 0 ends it, and so does a NaN.
 double floating_gcd(double a, double b) {
   for (double r = std::fmod(a, b); r >= 0.5; r = std::fmod(a, b)) a = std::exchange(b, r);
   return b;
 }
 
 __extension__ typedef __int128 Wide;   // holds the sum of two products of whole terms
-constexpr double kMostWhole = 0x1p53;  // up to it a double holds every whole number
+constexpr double kMostWhole = 0x1p53;  // a double holds every whole number up to it
 
-/// Whole numbers with a denominator above 0: what clocks and rates are made of.
+/// Whether both are whole numbers and the denominator is above 0, as in clocks and rates.
 bool is_whole(const Fraction& f) {
   const auto whole = [](double v) { return std::abs(v) <= kMostWhole && std::trunc(v) == v; };
   return whole(f.num) && whole(f.den) && f.den > 0;
@@ -35,7 +35,7 @@ bool is_whole(const Fraction& f) {
 
 Wide wide(double whole) { return static_cast<Wide>(whole); }
 
-/// num / den in lowest terms; nothing if doubles can't hold these.
+/// num / den in lowest terms. Empty if doubles can't hold these.
 std::optional<Fraction> lowest_terms(Wide num, Wide den) {
   Wide a = num < 0 ? -num : num, b = den;
   while (b != 0) a = std::exchange(b, a % b);
@@ -57,7 +57,7 @@ Fraction normalize(Fraction f) {
     const std::int64_t g = std::max<std::int64_t>(std::gcd(truncated(num), truncated(den)), 1);
     return {f.num / static_cast<double>(g), f.den / static_cast<double>(g)};
   }
-  // Magnitudes beyond the limit aren't kept: what is left is a fraction of equal parts.
+  // Magnitudes beyond the limit aren't kept: both parts become equal.
   const double s = kLargestMagnitude / std::max(num, den);
   if (s < 1) {
     num *= s;
@@ -73,7 +73,7 @@ Fraction operator+(const Fraction& a, const Fraction& b) {
     if (const auto sum = lowest_terms(wide(a.num) * wide(b.den) + wide(b.num) * wide(a.den),
                                       wide(a.den) * wide(b.den)))
       return *sum;
-  // a/c + b/c keeps its denominator, so that a clock's terms don't grow from frame to frame.
+  // a/c + b/c keeps the denominator, so that a clock's terms don't grow from frame to frame.
   if (a.den == b.den) return normalize({a.num + b.num, a.den});
   return normalize({a.num * b.den + b.num * a.den, a.den * b.den});
 }

@@ -1,4 +1,4 @@
-// Times as exact fractions, so that a clock that advances by 1/25 s a frame hits every frame.
+// Times as exact fractions, so that a clock that advances by 1/25 s per frame hits every frame.
 #pragma once
 
 namespace nbx {
@@ -11,12 +11,12 @@ struct Fraction {
   double value() const { return num / den; }
 };
 
-/// Reduces to lowest terms with a positive denominator. Fractions with den = 0, with an infinite
-/// part and any NaN are left as they are; magnitudes below 1e-6 count as 0. Terms that are whole
-/// numbers below 2^53 are reduced exactly.
+/// Reduces to lowest terms with a positive denominator. Fractions with den = 0, an infinite part or
+/// a NaN are returned unchanged; magnitudes below 1e-6 count as 0. Terms that are whole numbers
+/// below 2^53 are reduced exactly.
 Fraction normalize(Fraction f);
 
-/// Both give their result in lowest terms, exactly where all terms are whole numbers.
+/// Results are in lowest terms, and exact if all terms are whole numbers.
 Fraction operator+(const Fraction& a, const Fraction& b);
 Fraction operator*(const Fraction& a, const Fraction& b);
 
@@ -30,12 +30,12 @@ struct FrameTime {
   Fraction length{1, 1};
   bool operator==(const FrameTime&) const = default;
 
-  /// floor(time / length), computed on the reduced fraction: -9/2 at length 1 is frame -5. A number
-  /// that an int can't hold becomes the nearest int, NaN becomes 0.
+  /// floor(time / length), computed on the reduced fraction: -9/2 at length 1 is frame -5. Numbers
+  /// beyond an int are clamped; NaN becomes 0.
   int frame() const;
 };
 
-/// `time` moved on by one frame length.
+/// `time` advanced by one frame length.
 FrameTime next_frame(const FrameTime& time);
 
 }  // namespace nbx

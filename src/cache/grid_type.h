@@ -1,4 +1,4 @@
-// What the grids of a frame hold, and the names that people give them.
+// The types of the grids in a frame, and their names for the user.
 #pragma once
 
 #include <optional>
@@ -33,10 +33,10 @@ enum GridType : int {
 
 /// "density", "velocity_x" ...; "type_9" for a number without a name.
 std::string grid_type_name(int gridType);
-/// The inverse of grid_type_name; nothing for a name that it doesn't give.
+/// The inverse of grid_type_name. Empty for any other name.
 std::optional<int> grid_type_from_name(std::string_view name);
 
-/// The axis along which a grid of this type is staggered and has one cell more; -1 for a grid of
+/// The axis along which a grid of this type is staggered and has one more cell; -1 for a grid of
 /// cell centers.
 int staggered_axis(int gridType);
 

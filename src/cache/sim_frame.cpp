@@ -13,8 +13,8 @@ constexpr std::int64_t kLargest = std::numeric_limits<int>::max();
 
 bool is_velocity(int gridType) { return gridType >= kGridVelocityX && gridType <= kGridVelocityZ; }
 
-// Index 0 and the last one are ghosts, the box is 1 .. dims - 2 of the center grid. Summed wide:
-// the offsets of a damaged file may be anything.
+// The first and the last index are ghosts, so the box is 1 .. dims - 2 of the center grid. Sums are
+// 64 bits wide, since the offsets of a damaged file may be anything.
 IntBox covered_box(const FrameGrid& grid, int staggered_axis) {
   IntBox box;
   for (int a = 0; a < 3; ++a) {
@@ -58,39 +58,39 @@ void SimFrame::clear() {
 }
 
 std::uint64_t SimFrame::write(const std::string& file, Codec codec, Sync sync) {
-  error.clear();
   BcfFile out;
-  const std::uint64_t size = write_loaded(out, file, codec, sync, error);
-  if (size == 0) return 0;
+  std::uint64_t size = 0;
+  if (!write_loaded(size, out, file, codec, sync)) return 0;
   path = file;
-  if (file == source_) file_index_.clear();  // what wasn't loaded went with the old file
+  if (file == source_) file_index_.clear();  // the old file is gone, with all that wasn't loaded
   return size;
 }
 
-std::uint64_t SimFrame::write_loaded(BcfFile& out, const std::string& file, Codec codec, Sync sync,
-                                     std::string& reason) const {
-  if (!out.create(file, sync)) {
-    reason = out.errorString();
+Outcome SimFrame::write_loaded(std::uint64_t& size, BcfFile& out, const std::string& file,
+                               Codec codec, Sync sync) const {
+  size = 0;
+  if (Outcome made = out.create(file, sync); !made) {
     LogMessage() << "Failed to open file " << file;
-    return 0;
+    return made;
   }
   try {
-    add_loaded(out, codec);
-    const std::uint64_t size = out.position();
-    if (!out.close()) throw BcfWriteError(out.errorString());
-    return size;
-  } catch (const BcfWriteError& e) {
-    reason = e.what();
-    LogMessage() << "Failed to write file " << file << ": " << reason;
-    out.discard();
-    return 0;
+    Outcome written = add_loaded(out, codec);
+    const std::uint64_t length = out.position();
+    if (written) written = out.close();
+    if (written) {
+      size = length;
+    } else {
+      LogMessage() << "Failed to write file " << file << ": " << written.reason();
+      out.discard();
+    }
+    return written;
   } catch (...) {
     out.discard();
     throw;
   }
 }
 
-void SimFrame::add_loaded(BcfFile& out, Codec codec) const {
+Outcome SimFrame::add_loaded(BcfFile& out, Codec codec) const {
   std::vector<const Field<float>*> fields;
   std::vector<GridHead> heads;
   for (const auto& [type, grid] : grids) {
@@ -100,7 +100,7 @@ void SimFrame::add_loaded(BcfFile& out, Codec codec) const {
                      static_cast<std::uint8_t>(codec), simTime, frameTime, grid.offset,
                      grid.field->dims(), grid.gridMatrix});
   }
-  out.add_grids(heads, fields);
+  return out.add_grids(heads, fields);
 }
 
 FieldHandle SimFrame::grid(int gridType) {

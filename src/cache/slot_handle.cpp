@@ -2,17 +2,19 @@
 
 #include <utility>
 
+#include "cache/store/frame_table.h"
+
 namespace nbx {
 
 SlotHandle::SlotHandle(std::shared_ptr<BFS> store, int frame, int substep, bool load, bool force)
     : force_(force) {
-  if (store) slot_ = store->open_for_reading(frame, substep, load, force);
+  if (store) slot_ = store->table_->open_for_reading(frame, substep, load, force);
   if (slot_) store_ = std::move(store);  // an empty handle owns nothing
 }
 
 SlotHandle SlotHandle::for_storing(std::shared_ptr<BFS> store, int frame, int substep) {
   SlotHandle handle;
-  if (store) handle.slot_ = store->open_for_storing(frame, substep);
+  if (store) handle.slot_ = store->table_->open_for_storing(frame, substep);
   handle.store_ = std::move(store);
   handle.stores_ = true;
   return handle;
@@ -28,11 +30,13 @@ SlotHandle& SlotHandle::operator=(SlotHandle&& other) noexcept {
   return *this;
 }
 
+SimFrame& SlotHandle::operator*() const { return slot_->data; }
+
 void SlotHandle::stored() { give_back(true); }
 void SlotHandle::release() { give_back(false); }
 
 void SlotHandle::give_back(bool stored) {
-  if (slot_) store_->give_back(*std::exchange(slot_, nullptr), stores_, stored, force_);
+  if (slot_) store_->table_->give_back(*std::exchange(slot_, nullptr), stores_, stored, force_);
   store_.reset();
 }
 

@@ -1,4 +1,4 @@
-// Access to one frame of a store.
+// SlotHandle: access to one frame of a store.
 #pragma once
 
 #include <memory>
@@ -7,22 +7,23 @@
 
 namespace nbx {
 
-/// Holds a frame in its store, for reading by many or for storing by one, until it is destroyed or
-/// released, on whatever thread. Empty if the frame isn't there. A thread must not wait for a frame
-/// that it holds itself.
+/// Holds a frame in its store, for one that stores it or for any number of readers, until it is
+/// destroyed or released, on any thread. Empty if the frame isn't there. A thread must not wait for
+/// a frame that it holds itself.
 class SlotHandle {
  public:
   SlotHandle() = default;
 
-  /// For reading. `load`: from disk if need be; waits for who loads or stores this very frame, and
-  /// for nobody else. Without it only what is in memory, at once. `force` lets the frame leave
-  /// memory with its last handle; else it stays while the table has room. A file that can't be read
-  /// gives a log line and an empty handle.
+  /// For reading. With `load` the frame is read from disk if it isn't in memory; this waits for
+  /// whoever loads or stores this frame, and for nobody else. Without `load` only a frame in memory
+  /// is taken, without waiting. With `force` the frame leaves memory with its last handle;
+  /// otherwise it stays while the table has room. A file that can't be read is logged and gives an
+  /// empty handle.
   SlotHandle(std::shared_ptr<BFS> store, int frame, int substep, bool load, bool force = false);
 
-  /// For storing: an empty frame, to be filled and then handed over by `stored`. Waits for the
-  /// frame's readers. A handle that goes back without it leaves the frame as if it had never been
-  /// in memory. Empty without a store.
+  /// For storing: an empty frame to fill and hand over by `stored`. Waits for the frame's readers.
+  /// If the handle is released without `stored`, the frame is dropped from memory. Empty if `store`
+  /// is null.
   static SlotHandle for_storing(std::shared_ptr<BFS> store, int frame, int substep);
 
   ~SlotHandle() { release(); }
@@ -30,12 +31,12 @@ class SlotHandle {
   SlotHandle& operator=(SlotHandle&& other) noexcept;
 
   explicit operator bool() const { return slot_ != nullptr; }
-  /// The frame. Readers call nothing but `grid` and the const operations.
-  SimFrame& operator*() const { return slot_->data; }
-  SimFrame* operator->() const { return &slot_->data; }
+  /// The frame. Readers may only call `grid` and the const operations.
+  SimFrame& operator*() const;
+  SimFrame* operator->() const { return &**this; }
 
   /// Hands the filled frame over to the writer and releases it. A frame whose frameTime has another
-  /// number than the slot is lost (BFS::take_lost_frames), and no file is written.
+  /// number than the slot becomes a lost frame (BFS::take_lost_frames), and no file is written.
   void stored();
   void release();
 

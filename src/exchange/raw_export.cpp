@@ -13,9 +13,8 @@ namespace nbx {
 namespace {
 
 void write_file(const QString& path, const char* data, std::size_t size) {
-  std::string reason;
-  if (!write_whole(path.toStdString(), {data, size}, Sync::kNone, reason))
-    throw Exception(path.toStdString() + " can't be written: " + reason);
+  if (const Outcome written = write_whole(path.toStdString(), {data, size}, Sync::kNone); !written)
+    throw Exception(path.toStdString() + " can't be written: " + written.reason());
 }
 
 template <class Numbers>
@@ -48,7 +47,7 @@ void write_raw(const std::string& stem, SimFrame& frame) {
       {"frames_per_second", frame.frameTime.length.den / frame.frameTime.length.num},
       {"grids", grids}};
   const QByteArray text = QJsonDocument(description).toJson();
-  write_file(base + ".json", text.constData(), static_cast<std::size_t>(text.size()));
+  write_file(base + ".json", text.constData(), text.size());
 }
 
 }  // namespace nbx

@@ -1,4 +1,4 @@
-// Frames as plain arrays.
+// Exports frames as plain arrays.
 #pragma once
 
 #include <string>
@@ -7,10 +7,10 @@
 
 namespace nbx {
 
-/// Writes each grid, ghost layer included, as 32-bit floats, little-endian, x fastest, into
-/// STEM.CHANNEL.raw, and STEM.json that tells of them: "frame", "frames_per_second", and "grids"
-/// with "channel", "file", "dims", "offset", "staggered_axis" (-1 for none) and "matrix", 16
-/// numbers row by row, which takes row vectors from right-handed host units to domain cells. Throws
+/// Writes each grid, ghost layer included, as 32-bit floats, little-endian, x fastest, to
+/// STEM.CHANNEL.raw, and a description to STEM.json: "frame", "frames_per_second", and "grids" with
+/// "channel", "file", "dims", "offset", "staggered_axis" (-1 for none) and "matrix". The matrix, 16
+/// numbers row by row, maps row vectors from right-handed host units to domain cells. Throws
 /// Exception for a damaged grid and for a file that can't be written.
 void write_raw(const std::string& stem, SimFrame& frame);
 

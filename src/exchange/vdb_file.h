@@ -1,10 +1,10 @@
-// Frames as OpenVDB files, and back. The only part that uses OpenVDB, and that a build without it
-// leaves out.
+// Converts frames to OpenVDB files and back. Nothing else uses OpenVDB, and a build without OpenVDB
+// leaves this part out.
 //
-// A file holds one frame: scalar channels as fog volumes, velocity as one vector grid. Its space is
-// right-handed, as the grids' is: the host's z is negated. Voxel (i, j, k) is domain cell (i, j,
-// k), so a sequence stays in place while the simulated region moves; cells of the ghost layer
-// aren't written, and cells of exactly 0 are inactive. Metadata of file and grids: "frame" (int32),
+// A file holds one frame: scalar channels as fog volumes, velocity as one vector grid. The space of
+// file and grids is right-handed: the host's z is negated. Voxel (i, j, k) is domain cell (i, j,
+// k), so a sequence stays in place while the simulated region moves. The ghost layer isn't written,
+// and cells of exactly 0 are inactive. Metadata of file and grids: "frame" (int32),
 // "frames_per_second" (double), "simulation_time" and "simulation_frame" (fractions of seconds,
 // vec2d), "units" ("m" or "cm"), "box_lo" and "box_hi" (corners of the simulated region, vec3i).
 #pragma once
@@ -22,27 +22,27 @@ struct VdbOptions {
   bool z_up = false;       // the file's z axis points up; else y
   bool staggered = false;  // velocity on the faces below each voxel, along the grid's own axes;
                            // else at its center, along the axes of the world
-  bool half = false;       // 16 bits a number
-  std::map<int, std::string> names;  // by grid type; velocity has that of kGridVelocityX
+  bool half = false;       // 16 bits per number
+  std::map<int, std::string> names;  // by grid type; velocity has the one of kGridVelocityX
 };
 
 /// False in a build without OpenVDB: the functions below then throw Exception.
 bool has_vdb();
 
-/// Writes the grids that have names. Throws Exception: a damaged grid, a file that can't be
-/// written, of which nothing is left.
+/// Writes the grids that have names. Throws Exception for a damaged grid and for a file that can't
+/// be written; no partial file is left.
 void write_vdb(const std::string& path, SimFrame& frame, const VdbOptions& options);
 
-/// What stands in a VDB file beside the grids that a frame takes.
+/// What a VDB file holds besides the grids of the frame.
 struct VdbContent {
-  std::vector<std::string> left_out;      // grids of other names or kinds
-  std::map<std::string, double> numbers;  // "frame" and "frames_per_second", where they are there
+  std::vector<std::string> left_out;      // grids with other names or types
+  std::map<std::string, double> numbers;  // "frame" and "frames_per_second", if present
 };
 
-/// Reads the grids whose names are among `names`, by name to grid type, into `frame`; times are
-/// left to the caller, but for simTime where the file tells. A vector grid is staggered if its
-/// class says so. The ghost layer holds what the file has there. Throws Exception: a file that
-/// can't be read, grids that differ in their voxels, voxels that aren't cubes, a box too large.
+/// Reads the grids listed in `names` (name to grid type) into `frame`. The caller sets the times,
+/// except simTime if the file has it. A vector grid is staggered if its grid class is. The ghost
+/// layer gets the file's values there. Throws Exception for a file that can't be read, grids with
+/// different voxels, voxels that aren't cubes, and a box that is too large.
 VdbContent read_vdb(SimFrame& frame, const std::string& path,
                     const std::map<std::string, int>& names, const VdbOptions& options);
 

@@ -1,4 +1,4 @@
-// Stands in for the conversion in a build without OpenVDB.
+// Replaces the conversion in a build without OpenVDB.
 #include "exchange/vdb_file.h"
 
 namespace nbx {

@@ -12,7 +12,7 @@ namespace {
 namespace vdb = openvdb;
 constexpr vdb::tools::MemoryLayout kOrder = vdb::tools::LayoutXYZ;
 
-/// A grid of the file that the frame takes.
+/// A grid of the file that goes into the frame.
 struct Source {
   int type;
   vdb::FloatGrid::Ptr scalar;
@@ -45,7 +45,7 @@ bool read_meta(Number& value, const vdb::MetaMap& meta, const std::string& name)
   return found != nullptr;
 }
 
-/// The simulated region: what the metadata tells, and all active voxels.
+/// The simulated region: that of the metadata, and all active voxels.
 vdb::CoordBBox box_of(const std::vector<Source>& sources) {
   vdb::CoordBBox box;
   for (const Source& source : sources) {
@@ -60,7 +60,7 @@ vdb::CoordBBox box_of(const std::vector<Source>& sources) {
     if (!active.empty()) box.expand(active);
   }
   if (box.empty()) throw Exception("it holds nothing");
-  constexpr int kMost = 1 << 30;  // whose neighbors are still whole numbers
+  constexpr int kMost = 1 << 30;  // its neighbors still fit an int
   for (int a = 0; a < 3; ++a)
     if (box.min()[a] < -kMost || box.max()[a] > kMost) throw Exception("its box is too large");
   return box;
@@ -74,7 +74,7 @@ FieldHandle sample(const vdb::FloatGrid& grid, const vdb::CoordBBox& box) {
   return field;
 }
 
-/// The component along the grid's axis `a` on the faces of `box`, meters a second.
+/// The component along the grid's axis `a` on the faces of `box`, in meters per second.
 FieldHandle sample_faces(const vdb::tools::Dense<vdb::Vec3s, kOrder>& dense,
                          const vdb::CoordBBox& box, int a, bool staggered, const vdb::Vec3d& axis) {
   vdb::Coord n = box.dim();

@@ -8,7 +8,7 @@
 
 namespace nbx {
 
-/// From the frame's world, host units with y up, to that of the file.
+/// From the frame's world, in host units with y up, to the file's world.
 inline openvdb::Mat4d world_to_file(const VdbOptions& options) {
   const double s = options.meters ? kMetersPerUnit : 1;
   using Row = openvdb::Vec4d;
@@ -26,7 +26,7 @@ inline std::array<openvdb::Vec3d, 3> axes_of(const openvdb::Mat4d& cell_to_file)
   return axes;
 }
 
-/// Speeds of the file over those of the simulation, meters a second.
+/// Speeds in the file over those of the simulation, which are in meters per second.
 inline double speed_scale(const VdbOptions& options) {
   return options.meters ? 1 : 1 / kMetersPerUnit;
 }

@@ -52,8 +52,8 @@ bool find_velocity(Velocity& velocity, SimFrame& frame) {
   return true;
 }
 
-// Calls set(cell, value of each component) for the cells without the ghost layer; staggered, also
-// for the one behind, which keeps the far side's face.
+// Calls set(cell, value of each component) for all cells except the ghost layer. For a staggered
+// grid this includes one more cell on each axis, which holds the far face.
 template <class Set>
 void each_velocity(const Velocity& velocity, bool staggered, Set set) {
   const Vec3i last = velocity.cells - Vec3i(2, 2, 2);

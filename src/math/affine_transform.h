@@ -27,7 +27,7 @@ struct AffineTransformT {
     return linear(p) + translation;
   }
 
-  /// The transform that applies `b` first.
+  /// The transform that first applies `b`.
   friend constexpr AffineTransformT operator*(const AffineTransformT& a,
                                               const AffineTransformT& b) {
     AffineTransformT c;

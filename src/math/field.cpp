@@ -29,8 +29,8 @@ void note_owned(std::uint64_t bytes) {
   }
 }
 
-// A stencil walks many rows of a field at once, each on a page of its own: large pages keep their
-// addresses at hand. Only whole ones, so that no memory is taken that the field doesn't fill.
+// A stencil reads many rows of a field at once, each on a page of its own. With large pages their
+// addresses stay in the processor's table. Only pages that the field fills completely are large.
 void prefer_large_pages(void* block, std::size_t bytes) {
   constexpr std::uintptr_t kLargePage = std::uintptr_t{1} << 21;
   const auto begin = reinterpret_cast<std::uintptr_t>(block);
@@ -57,8 +57,7 @@ void Field<T>::resize(int nx, int ny, int nz) {
   nx = std::max(nx, 0);
   ny = std::max(ny, 0);
   nz = std::max(nz, 0);
-  const std::uint64_t count = static_cast<std::uint64_t>(nx) * static_cast<std::uint64_t>(ny) *
-                              static_cast<std::uint64_t>(nz);
+  const std::uint64_t count = std::uint64_t{1} * nx * ny * nz;
   if (count > capacity_) {
     free();
     const std::size_t bytes = (count + kSpare) * sizeof(T);

@@ -1,12 +1,12 @@
-// The dense 3-D array in which every quantity of the simulation lives.
+// Field<float>: the dense 3-D array that holds every quantity of the simulation.
 //
 // Layout: x runs fastest, then y, then z, without padding. Element (i, j, k) lies at
 // data()[i + nx * (j + ny * k)], and data() is aligned to 64 bytes in owned memory.
 //
-// Grid conventions, on which all numerics rest: a box of n voxels along an axis is held in a center
-// field of N = n + 2 cells, one ghost cell at each end; interior cells have the indices 1 .. N-2.
+// Grid conventions, for all numerics: a box of n voxels along an axis is held in a center field of
+// N = n + 2 cells, with one ghost cell at each end; interior cells have the indices 1 .. N-2.
 // Velocity is staggered: U, V, W hold the component normal to the cells' west, south and low faces
-// and have one cell more along their own axis:
+// and have one more cell along their own axis:
 //
 //     center fields  (Nx, Ny, Nz)    sample (i, j, k) sits at center coordinates (i, j, k)
 //     U  x faces     (Nx+1, Ny, Nz)                                     (i - 0.5, j, k)
@@ -23,8 +23,9 @@
 
 namespace nbx {
 
-/// A dense grid, T = float only. A field owns its block, or is a view of memory owned by somebody
-/// else. It isn't locked: one thread at a time, or workers on disjoint ranges.
+/// A dense grid; only Field<float> exists. A field owns its block or is a view of memory that
+/// somebody else owns. It isn't locked: use it on one thread at a time, or by workers on disjoint
+/// ranges.
 template <class T>
 class Field {
  public:
@@ -42,15 +43,15 @@ class Field {
   /// A view of `data`, which must hold nx * ny * nz floats and outlive the view.
   static Field view(T* data, int nx, int ny, int nz);
 
-  /// Makes room; contents are undefined afterwards. A negative dimension is stored as 0. The block
-  /// never shrinks: fewer elements keep it. Throws std::bad_alloc, after a log line.
+  /// Sets the dimensions; contents are undefined afterwards. A negative dimension is stored as 0.
+  /// The block never shrinks. Throws std::bad_alloc, after a log line.
   void resize(int nx, int ny, int nz);
   void resize(const Vec3i& dims) { resize(dims[0], dims[1], dims[2]); }
 
   /// Releases the block; all members become 0.
   void free();
 
-  /// Takes the dimensions and the elements of `other`.
+  /// Copies the dimensions and the elements of `other`.
   void copy(const Field& other);
 
   /// Exchanges all members.
@@ -62,19 +63,13 @@ class Field {
   int ny() const { return ny_; }
   int nz() const { return nz_; }
   Vec3i dims() const { return {nx_, ny_, nz_}; }
-  std::size_t count() const {
-    return static_cast<std::size_t>(nx_) * static_cast<std::size_t>(ny_) *
-           static_cast<std::size_t>(nz_);
-  }
+  std::size_t count() const { return std::size_t{1} * nx_ * ny_ * nz_; }
   /// Elements that the block can hold.
   std::uint64_t capacity() const { return capacity_; }
   bool owns_memory() const { return raw_ != nullptr; }
 
   std::size_t index(int i, int j, int k) const {
-    return static_cast<std::size_t>(i) +
-           static_cast<std::size_t>(nx_) *
-               (static_cast<std::size_t>(j) +
-                static_cast<std::size_t>(ny_) * static_cast<std::size_t>(k));
+    return i + std::size_t{1} * nx_ * (j + std::size_t{1} * ny_ * k);
   }
   T& operator()(int i, int j, int k) { return data_[index(i, j, k)]; }
   const T& operator()(int i, int j, int k) const { return data_[index(i, j, k)]; }
@@ -90,11 +85,11 @@ class Field {
 
 extern template class Field<float>;
 
-/// Blocks that fields have allocated since the program started: a simulation in its steady state
-/// leaves the number alone.
+/// Blocks that fields have allocated since the program started. A simulation in its steady state
+/// allocates none.
 std::uint64_t field_allocations();
 
-/// Bytes of the blocks that fields own now, and the most that they ever owned.
+/// Bytes of the blocks that fields own now, and the largest number so far.
 std::uint64_t field_bytes();
 std::uint64_t field_bytes_peak();
 

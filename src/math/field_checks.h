@@ -1,5 +1,4 @@
-// The checks that guard field operations, in the order in which operators make them: alignment
-// first, then dimensions.
+// The checks of field operations. Operators check alignment first, then dimensions.
 #pragma once
 
 #include <source_location>
@@ -8,7 +7,7 @@
 
 namespace nbx {
 
-/// Throws MisalignedFieldMemoryException if the field's memory isn't a multiple of 16.
+/// Throws MisalignedFieldMemoryException if the field's address isn't a multiple of 16.
 void check_alignment(const Field<float>& f);
 
 /// Throws FieldDimensionMismatchException unless the element counts are equal; shapes may differ.
@@ -24,7 +23,7 @@ void check_dims(const Field<float>& a, const Field<float>& b,
 Vec3i check_mac(const Field<float>& U, const Field<float>& V, const Field<float>& W,
                 std::source_location where = std::source_location::current());
 
-/// As check_mac, and the center field must have the dimensions of that grid.
+/// The same; also, the center field must have the dimensions of that grid.
 void check_mac(const Field<float>& U, const Field<float>& V, const Field<float>& W,
                const Field<float>& center,
                std::source_location where = std::source_location::current());

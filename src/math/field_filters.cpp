@@ -12,13 +12,13 @@ namespace nbx {
 
 namespace {
 
-// Zeros around the lines stand for the positions that a window lacks.
+// Lines are padded with zeros, which replace the positions that a window lacks.
 class Convolution {
  public:
   Convolution(const float* weights, int reach) : weights_(weights), reach_(reach) {}
 
   std::size_t scratch(int length, int width) const {
-    return static_cast<std::size_t>(length + 2 * reach_) * static_cast<std::size_t>(width);
+    return std::size_t{1} * (length + 2 * reach_) * width;
   }
 
   void operator()(const Bundle& lines, float* scratch) const {

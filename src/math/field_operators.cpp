@@ -9,7 +9,7 @@ namespace nbx {
 namespace {
 
 constexpr std::ptrdiff_t kBlock = 1 << 14;
-// Below this many elements, waking the other threads costs more than they save.
+// Below this number of elements, threads cost more time than they save.
 constexpr std::ptrdiff_t kParallel = 1 << 16;
 
 template <class Op, class... T>
@@ -18,7 +18,7 @@ void run(float* dst, std::ptrdiff_t n, Op op, const T*... src) {
   for (std::ptrdiff_t i = 0; i < n; ++i) dst[i] = op(src[i]...);
 }
 
-// dst[i] = op(src[i] ...), checked as `where` says.
+// dst[i] = op(src[i] ...). `where` is the place that a failed check names.
 template <class Op, class... F>
 void elementwise(std::source_location where, Field<float>& dst, Op op, const F&... src) {
   check_elementwise(where, dst, src...);

@@ -1,5 +1,5 @@
 // Element-wise operators on whole fields. They check alignment and element counts, then run over
-// one flat array; large fields are shared out among the threads. `dst` may be one of the sources.
+// the fields as flat arrays, large ones on all threads. `dst` may be one of the sources.
 #pragma once
 
 #include "math/field.h"

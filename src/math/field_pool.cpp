@@ -64,7 +64,7 @@ typename Pool<Element>::Counts Pool<Element>::counts() const {
 template class Pool<Field<float>>;
 template class Pool<SparseBlock>;
 
-// Never destroyed: handles in static objects may come back at the very end of the process.
+// Never destroyed, since handles in static objects may give fields back at the very end.
 FieldPool& field_pool() {
   static FieldPool& pool = *new FieldPool(4);
   return pool;

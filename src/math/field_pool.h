@@ -1,9 +1,10 @@
-// Pools that keep the memory of grids alive between uses. A simulation takes and drops dozens of
+// Pools that keep the memory of grids between uses. A simulation acquires and releases dozens of
 // full-size fields in every step; with the pools it stops allocating after its first steps.
 //
-// There are two in a process: the dense pool of fields with the block that each owns, and the pool
-// of the 8 x 8 x 8 blocks of sparse fields. Both live from their first use to the end of the
-// process. All operations may be called from any thread.
+// A process has two: the dense pool, of fields with their blocks, and the pool of the 8 x 8 x 8
+// blocks of sparse fields. Every part of the process shares them, since memory that one part
+// releases is what the next one needs. Both live from their first use to the end of the process.
+// All operations may be called from any thread.
 #pragma once
 
 #include <cstddef>
@@ -22,9 +23,9 @@ struct alignas(64) SparseBlock {
   float values[512];
 };
 
-/// A pool of elements of one type, handed out last in, first out: the most recently released
-/// element is warm and likely of the right size. An element keeps its block and its stale contents,
-/// so who acquires one must size and fill it.
+/// A pool of elements of one type, last in, first out: the most recently released element is still
+/// in the cache and likely of the right size. An element keeps its block and its old contents, so
+/// the caller must size and fill it.
 template <class Element>
 class Pool {
  public:
@@ -33,11 +34,11 @@ class Pool {
   Pool(const Pool&) = delete;
   Pool& operator=(const Pool&) = delete;
 
-  /// An element, recycled or freshly made.
+  /// A recycled or new element.
   Element* acquire();
 
-  /// Gives an element back; null is ignored. An address that the pool doesn't know is a programming
-  /// error: it is logged and ends the process.
+  /// Gives an element back; null is ignored. An address that isn't the pool's is a programming
+  /// error, which is logged and ends the process.
   void release(Element* element);
 
   struct Counts {
@@ -46,13 +47,13 @@ class Pool {
   };
   Counts counts() const;
 
-  /// Destroys every element that isn't in use. The result is what stays.
+  /// Destroys every element that isn't in use, and returns the counts after that.
   Counts drop_unused();
   /// The same, with a line in the log.
   void release_unused();
 
  private:
-  // Addresses differ in their low bits, and between heap regions in their high ones.
+  // Addresses differ in their low bits and, between heap regions, in their high bits.
   struct AddressHash {
     std::size_t operator()(const Element* p) const {
       const auto a = reinterpret_cast<std::uintptr_t>(p);
@@ -63,7 +64,7 @@ class Pool {
   const int tag_;
   mutable std::mutex mutex_;
   std::unordered_set<Element*, AddressHash> known_;  // every element that exists
-  std::vector<Element*> free_;                       // those not handed out, a stack
+  std::vector<Element*> free_;                       // a stack of those not in use
 };
 
 using FieldPool = Pool<Field<float>>;
@@ -75,10 +76,10 @@ extern template class Pool<SparseBlock>;
 FieldPool& field_pool();
 BlockPool& block_pool();
 
-/// A pooled field; dropping the last handle gives it back.
+/// A pooled field. Destroying the last handle gives it back.
 using FieldHandle = std::shared_ptr<Field<float>>;
 
-/// Takes a field from the dense pool. Its size and contents are whatever its last user left.
+/// Takes a field from the dense pool. Its size and contents are those that its last user left.
 FieldHandle acquire_field();
 
 /// Takes a field from the dense pool and sizes it; contents are undefined.

@@ -10,13 +10,13 @@ namespace nbx {
 
 namespace {
 
-// A field is reduced in blocks of fixed size, each in lanes of fixed number, and then the blocks in
-// order: the order of all operations depends on nothing but the number of elements.
+// A field is reduced in blocks of a fixed size, each in a fixed number of lanes, and the blocks are
+// joined in order. So the order of all operations depends only on the number of elements.
 constexpr std::ptrdiff_t kBlock = 16384;
 constexpr int kLanes = 16;
 
-// Folds `fold(accumulator, element)` over n elements, the lanes starting at `start`; then the lanes
-// and the rest by `join`.
+// Folds n elements by fold(accumulator, element), with lanes that begin at `start`, then joins the
+// lanes and the rest.
 template <class T, class Fold, class Join>
 T reduce_block(const float* x, std::ptrdiff_t n, T start, Fold fold, Join join) {
   T lanes[kLanes];
@@ -59,13 +59,12 @@ void extend_by_row(IntBox& box, const float* row, int nx, int j, int k, float th
 
 double sum(const Field<float>& x) {
   return reduce(
-      x, 0.0, [](double a, float v) { return a + static_cast<double>(v); },
-      [](double a, double b) { return a + b; });
+      x, 0.0, [](double a, float v) { return a + v; }, [](double a, double b) { return a + b; });
 }
 
 float infnorm(const Field<float>& x) {
-  // Without their sign bit, floats are ordered as their bits are as integers, with the NaNs above
-  // all numbers.
+  // The bits of floats without their sign are ordered, as integers, like the floats, with NaNs
+  // above all numbers.
   const auto magnitude = [](float v) { return std::bit_cast<std::int32_t>(v) & 0x7fffffff; };
   const std::int32_t largest = reduce(
       x, std::int32_t{0}, [=](std::int32_t a, float v) { return std::max(a, magnitude(v)); },

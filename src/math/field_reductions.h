@@ -6,8 +6,8 @@
 
 namespace nbx {
 
-/// The sum of all elements, each widened to double first; fixed blocks are summed on all threads,
-/// then the block sums in order.
+/// The sum of all elements in double. Threads sum blocks of a fixed size; then the block sums are
+/// added in order.
 double sum(const Field<float>& x);
 /// The largest magnitude; 0 for an empty field. NaN if any element is NaN.
 float infnorm(const Field<float>& x);

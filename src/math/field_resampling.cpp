@@ -28,7 +28,7 @@ template <int axis>
 void scale_up_face(Field<float>& dst, const Field<float>& src, int factor) {
   if (dst.dims() == src.dims()) return dst.copy(src);
   const Vec3i n = dst.dims();
-  // Faces behind the last one that lies on a coarse face have no second value; they stay.
+  // Faces beyond the last one on a coarse face have no second value and stay unchanged.
   Vec3i end = n - Vec3i(1, 1, 1);
   end[axis] = n[axis] < 3 ? 0 : 2 + (n[axis] - 3) / factor * factor;
   std::vector<int> coarse[3];

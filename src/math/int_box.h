@@ -1,12 +1,12 @@
-// Integer boxes in cells: the domain, the simulated region, the reach of a source.
+// Integer boxes in cells, for the domain, the simulated region and the extent of a source.
 #pragma once
 
 #include "math/vector.h"
 
 namespace nbx {
 
-/// An inclusive box: the cells lo .. hi on each axis. It is empty when lo exceeds hi on any axis; a
-/// new box is the empty constant, (1,1,1) to (0,0,0).
+/// An inclusive box: the cells lo .. hi on each axis. It is empty if lo exceeds hi on any axis. A
+/// new box is empty, (1,1,1) to (0,0,0).
 struct IntBox {
   Vec3i lo{1, 1, 1};
   Vec3i hi{0, 0, 0};
@@ -25,7 +25,7 @@ struct IntBox {
   }
 };
 
-/// The smallest box that holds both; an empty box adds nothing.
+/// The smallest box that contains both; an empty box adds nothing.
 constexpr IntBox box_union(const IntBox& a, const IntBox& b) {
   if (a.empty()) return b;
   if (b.empty()) return a;

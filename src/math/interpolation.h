@@ -1,4 +1,4 @@
-// Sampling of a field at a point in its own grid coordinates.
+// Samples a field at a point in its own grid coordinates.
 #pragma once
 
 #include <algorithm>
@@ -7,15 +7,15 @@
 
 namespace nbx {
 
-/// A cell for interpolation: its low corner and the fractions within it.
+/// A cell for interpolation: its low corner and the fractions inside it.
 struct CellCoordinates {
   int i, j, k;
   float tx, ty, tz;
 };
 
-/// The index rule of every trilinear sample: coordinates are clamped to [0, n-1], the index is the
-/// integer part, and n-1 becomes n-2, so that a fraction reaches 1 at the far end. NaN counts as 0,
-/// so that no coordinate leads out of the field. Needs 2 cells on each axis.
+/// The index rule of every trilinear sample: coordinates are clamped to [0, n-1] and the index is
+/// the integer part, but at most n-2, so that a fraction reaches 1 at the far end. NaN counts as 0,
+/// so no coordinate points outside of the field. Needs 2 cells on each axis.
 inline CellCoordinates linear_cell(const Field<float>& f, float x, float y, float z) {
   // std::max gives its first argument when the other one is NaN.
   x = std::min(std::max(0.0f, x), static_cast<float>(f.nx() - 1));
@@ -31,7 +31,7 @@ inline CellCoordinates linear_cell(const Field<float>& f, float x, float y, floa
 inline float sample_linear(const Field<float>& f, float x, float y, float z) {
   const CellCoordinates c = linear_cell(f, x, y, z);
   const std::size_t nx = f.nx();
-  const std::size_t nxy = nx * static_cast<std::size_t>(f.ny());
+  const std::size_t nxy = nx * f.ny();
   const float* p = f.data() + f.index(c.i, c.j, c.k);
   const auto lerp = [](float a, float b, float t) { return a + (b - a) * t; };
   const float a00 = lerp(p[0], p[1], c.tx);
@@ -55,8 +55,8 @@ inline ValueRange corner_range(const Field<float>& f, const CellCoordinates& c) 
   return range;
 }
 
-/// Catmull-Rom on 4 x 4 x 4 cells, where they fit, else trilinear. A result outside of the range of
-/// the 8 corner values of the cell is replaced by the trilinear one: the overshoot limiter.
+/// Catmull-Rom on 4 x 4 x 4 cells if they fit, else trilinear. A result outside of the range of the
+/// cell's 8 corner values is replaced by the trilinear one, which limits overshoot.
 float sample_cubic(const Field<float>& f, float x, float y, float z);
 
 }  // namespace nbx

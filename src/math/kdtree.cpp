@@ -14,10 +14,11 @@ namespace {
 
 constexpr std::size_t kMostPrimitives = std::size_t{1} << 30;
 constexpr std::size_t kSmallestSplit = 4;        // fewer are a leaf
-constexpr std::size_t kSmallestTask = 1u << 14;  // below, a subtree isn't worth a task
+constexpr std::size_t kSmallestTask = 1u << 14;  // smaller subtrees aren't worth a task
 constexpr int kPlanes = 16;
-// The cost of a test, in steps from node to node. A step reads from anywhere in memory and a leaf's
-// primitives lie near one another, so a deep tree takes longer to build and is no faster to walk.
+// The cost of a test, in steps from node to node. A step reads from a random place in memory, but
+// the primitives of a leaf are close together, so a deeper tree takes longer to build and is no
+// faster.
 constexpr float kTestCost = 0.25f;
 constexpr float kEmptyBonus = 0.5f;
 
@@ -49,7 +50,7 @@ class Builder {
  public:
   explicit Builder(std::span<const Bounds3f> bounds) : bounds_(bounds) {}
 
-  /// Appends the tree of the last n entries of `work`, which it leaves as it found it.
+  /// Appends the tree of the last n entries of `work`, and leaves `work` unchanged.
   void node(Subtree& out, List& work, std::size_t n, const Bounds3f& box, int depth) const;
 
  private:
@@ -115,7 +116,7 @@ Split Builder::best_split(std::span<const std::uint32_t> list, const Bounds3f& b
   return best;
 }
 
-/// Takes over the other's nodes as the end of `out`.
+/// Appends the other's nodes to `out`.
 void append(Subtree& out, const Subtree& other) {
   const auto nodes = static_cast<std::uint32_t>(out.nodes.size());
   const auto lists = static_cast<std::uint32_t>(out.lists.size());
@@ -137,7 +138,7 @@ void Builder::node(Subtree& out, List& work, std::size_t n, const Bounds3f& box,
     return;
   }
 
-  // Boxes on both sides go into both lists; a flat one in the plane goes low.
+  // Boxes on both sides go into both lists; a flat box in the plane goes into the low list.
   const auto lo = [&](std::uint32_t i) { return bounds_[i].lo[split.axis]; };
   const auto hi = [&](std::uint32_t i) { return bounds_[i].hi[split.axis]; };
   const float s = split.position;
@@ -160,7 +161,7 @@ void Builder::node(Subtree& out, List& work, std::size_t n, const Bounds3f& box,
     node(out, work, n_high, high_box, depth - 1);
   } else {
     Subtree low_tree, high_tree;
-    List low_work(work.begin() + static_cast<std::ptrdiff_t>(high), work.end());
+    List low_work(work.begin() + high, work.end());
     work.resize(high);
 #pragma omp task default(shared)
     node(low_tree, low_work, n_low, low_box, depth - 1);
@@ -195,7 +196,7 @@ KdTree::KdTree(std::span<const Bounds3f> bounds) {
       all.lo[a] = std::min(all.lo[a], b.lo[a]);
       all.hi[a] = std::max(all.hi[a], b.hi[a]);
     }
-  const int depth = static_cast<int>(std::ceil(std::log2(static_cast<double>(n)) * 1.3 + 8));
+  const int depth = static_cast<int>(std::ceil(std::log2(n) * 1.3 + 8));
   List work(n);
   std::iota(work.begin(), work.end(), 0u);
   Subtree tree;

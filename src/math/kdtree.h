@@ -1,4 +1,4 @@
-// A kd-tree over boxes, for finding those that a line along an axis meets.
+// A kd-tree over boxes that finds the boxes which a line along an axis meets.
 //
 // Inner nodes are split where the surface area heuristic expects the least work (MacDonald and
 // Booth, Heuristics for ray tracing using space subdivision, 1990), evaluated at equidistant planes
@@ -42,11 +42,11 @@ struct KdNode {
   }
 };
 
-/// Read-only once it is built: any number of threads may ask, each with a KdVisitor of its own.
+/// Read-only after it is built: any number of threads may query it, each with its own KdVisitor.
 class KdTree {
  public:
-  /// Builds over primitives 0 .. n - 1 with these bounds, which must be finite. Where there are
-  /// 2^30 or more, logs that and builds no tree.
+  /// Builds a tree over primitives 0 .. n - 1 with these finite bounds. If there are 2^30 or more,
+  /// logs that and builds no tree.
   explicit KdTree(std::span<const Bounds3f> bounds);
 
   std::size_t primitives() const { return primitives_; }
@@ -59,7 +59,7 @@ class KdTree {
   std::vector<std::uint32_t> leaf_lists_;
 };
 
-/// One thread's walks through a tree, which must outlive it.
+/// Queries of one thread to a tree, which must outlive it.
 class KdVisitor {
  public:
   explicit KdVisitor(const KdTree& tree) : tree_(tree), met_(64) {}
@@ -75,7 +75,7 @@ class KdVisitor {
     std::uint32_t primitive = 0, line = 0;
   };
 
-  /// True for the first of this line with the primitive, which may lie in several leaves.
+  /// True at the first meeting of this line with the primitive, which may lie in several leaves.
   bool is_first_meeting(std::uint32_t primitive);
   Meeting& slot(std::uint32_t primitive);
   void grow();
@@ -87,7 +87,7 @@ class KdVisitor {
   std::uint32_t line_ = 0;
 };
 
-/// Where the primitive stands in the table, or would.
+/// The slot of the primitive in the table, or the slot for it.
 inline KdVisitor::Meeting& KdVisitor::slot(std::uint32_t primitive) {
   const std::size_t mask = met_.size() - 1;
   std::size_t at = (primitive * std::uint64_t{0x9e3779b97f4a7c15u} >> 32) & mask;
@@ -107,7 +107,7 @@ template <class Body>
 void KdVisitor::line(int axis, const Vec3f& point, Body&& body) {
   if (tree_.nodes().empty()) return;
   meetings_ = 0;
-  if (++line_ == 0) {  // the count of lines came round
+  if (++line_ == 0) {  // the count of lines wrapped around
     std::fill(met_.begin(), met_.end(), Meeting());
     line_ = 1;
   }
@@ -122,7 +122,7 @@ void KdVisitor::line(int axis, const Vec3f& point, Body&& body) {
     while (!nodes[at].is_leaf()) {
       const KdNode node = nodes[at];
       const float c = point[node.axis()], split = node.split();
-      // A line within the splitting plane may meet what lies on either side.
+      // A line in the splitting plane may meet boxes on both sides.
       const bool both = node.axis() == axis || c == split;
       if (both) stack_.push_back(node.link);
       at = both || c < split ? at + 1 : node.link;

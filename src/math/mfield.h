@@ -15,7 +15,7 @@
 
 #include <cstdint>
 
-#include "math/cuda_field.h"
+#include "math/device/cuda_field.h"
 #include "math/field_pool.h"
 
 namespace nbx {

@@ -12,8 +12,8 @@ namespace nbx {
 
 namespace {
 
-// Sizes of the levels with ghosts, the finest first: interior sizes are halved, rounded down, until
-// one cell is left on each axis.
+// Sizes of the levels with ghosts, the finest first. Interior sizes are halved and rounded down
+// until one cell is left on each axis.
 std::vector<Vec3i> level_dims(Vec3i dims) {
   std::vector<Vec3i> all{dims};
   while (halves(dims[0]) || halves(dims[1]) || halves(dims[2])) {
@@ -23,12 +23,9 @@ std::vector<Vec3i> level_dims(Vec3i dims) {
   return all;
 }
 
-std::size_t cells(const Vec3i& dims) {
-  return static_cast<std::size_t>(dims[0]) * static_cast<std::size_t>(dims[1]) *
-         static_cast<std::size_t>(dims[2]);
-}
+std::size_t cells(const Vec3i& dims) { return std::size_t{1} * dims[0] * dims[1] * dims[2]; }
 
-// Floats of the three views of a level, each of which may be moved up to the next aligned place.
+// Floats of the three views of a level, each of which may start at the next aligned address.
 std::size_t buffer_size(const Vec3i& dims) { return 3 * cells(dims) + 12; }
 
 float* take_view(float*& next, const Vec3i& dims) {
@@ -38,7 +35,7 @@ float* take_view(float*& next, const Vec3i& dims) {
   return view;
 }
 
-// Coarse cell I sits on fine cell 2 I, so an odd size leaves one cell more before the far ghost of
+// Coarse cell I lies on fine cell 2 I, so an odd size leaves one more cell before the far ghost of
 // the coarse grid.
 double next_width(double h, double s, int n) { return n % 2 == 1 && n != 1 ? h + s : h; }
 
@@ -161,7 +158,7 @@ void MultigridSolver3D::v_cycle(std::size_t level, int gamma, int pre, int post)
   RBGS3D(post, fine);
 }
 
-// A total that the estimate was too low for grows.
+// If the estimate was too low, the reported total grows.
 bool MultigridSolver3D::abort_requested() const {
   return progress_ && progress_->abort_requested(cycle_, std::max(cycle_ + 1, expected_cycles_));
 }

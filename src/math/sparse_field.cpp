@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <mutex>
 
 #include <omp.h>
 
@@ -15,9 +14,6 @@ namespace {
 
 constexpr std::size_t kFirstMapSize = 1024;
 
-// Serializes the insertion of blocks into all sparse fields.
-std::mutex insertion;
-
 int origin(int x) { return x & ~7; }
 
 std::uint64_t block_key(int x, int y, int z) {
@@ -29,7 +25,7 @@ std::uint64_t block_key(int x, int y, int z) {
   throw Exception("sparse hash overflow");
 }
 
-// A block that goes back to the pool unless somebody takes it over.
+// A block that goes back to the pool unless it is released from the pointer.
 struct ToPool {
   void operator()(SparseBlock* block) const { block_pool().release(block); }
 };
@@ -61,13 +57,13 @@ std::size_t SparseField<T, N>::first_slot(int x, int y, int z) const {
 }
 
 template <class T, int N>
-const PackedSparseBlock* SparseField<T, N>::find(int x, int y, int z) const {
+std::size_t SparseField<T, N>::find_slot(int x, int y, int z) const {
   const std::uint64_t wanted = block_key(x, y, z);
   std::size_t slot = first_slot(x, y, z);
   for (std::uint64_t stride = 1; stride <= mask_; ++stride) {
     const std::uint64_t key = map_[slot].key.load(std::memory_order_acquire);
-    if (key == wanted) return &map_[slot];
-    if (key == PackedSparseBlock::kUnused) return nullptr;
+    if (key == wanted) return slot;
+    if (key == PackedSparseBlock::kUnused) return kNoSlot;
     slot = (slot + stride) & mask_;
   }
   overflow();
@@ -75,7 +71,14 @@ const PackedSparseBlock* SparseField<T, N>::find(int x, int y, int z) const {
 
 template <class T, int N>
 PackedSparseBlock* SparseField<T, N>::find(int x, int y, int z) {
-  return const_cast<PackedSparseBlock*>(std::as_const(*this).find(x, y, z));
+  const std::size_t slot = find_slot(x, y, z);
+  return slot == kNoSlot ? nullptr : &map_[slot];
+}
+
+template <class T, int N>
+const PackedSparseBlock* SparseField<T, N>::find(int x, int y, int z) const {
+  const std::size_t slot = find_slot(x, y, z);
+  return slot == kNoSlot ? nullptr : &map_[slot];
 }
 
 template <class T, int N>
@@ -93,13 +96,13 @@ template <class T, int N>
 PackedSparseBlock& SparseField<T, N>::hash_insert(int x, int y, int z) {
   if (PackedSparseBlock* found = find(x, y, z)) return *found;
 
-  // Filled outside of the lock, which other threads wait for.
+  // Filled before the lock is taken, so that other threads wait less.
   PooledBlock block(block_pool().acquire());
   std::fill_n(block->values, kBlockSize, 0.0f);
 
-  const std::lock_guard lock(insertion);
+  const std::lock_guard lock(insertion_);
   hash_resize(0);
-  // Another thread may have been faster, and may have taken any slot that was free before.
+  // Another thread may have inserted this block, or taken the free slot.
   if (PackedSparseBlock* found = find(x, y, z)) return *found;
   PackedSparseBlock& slot = free_slot(x, y, z);
   blocks_.push_back({origin(x), origin(y), origin(z), block->values});
@@ -112,7 +115,7 @@ template <class T, int N>
 void SparseField<T, N>::hash_resize(std::size_t new_blocks) {
   const std::size_t size = map_size();
   if (size / 2 >= std::max(new_blocks, blocks_.size() + 1)) return;
-  // Readers may be on their way through the map.
+  // Other threads may be reading the map.
   if (omp_in_parallel()) {
     LogMessage() << "hash_resize: new " << new_blocks << " blocks " << blocks_.size() << " map "
                  << size;
@@ -145,10 +148,8 @@ void SparseField<T, N>::clear_blocks_le(float threshold) {
   const std::ptrdiff_t count = blocks_.size();
   std::vector<char> stays(blocks_.size());
 #pragma omp parallel for schedule(static)
-  for (std::ptrdiff_t i = 0; i < count; ++i) {
-    const auto b = static_cast<std::size_t>(i);
-    stays[b] = any_above(blocks_[b].data, kBlockSize, threshold);
-  }
+  for (std::ptrdiff_t i = 0; i < count; ++i)
+    stays[i] = any_above(blocks_[i].data, kBlockSize, threshold);
   for (std::size_t i = 0; i < blocks_.size(); ++i) {
     if (stays[i]) continue;
     const SparseBlockEntry& b = blocks_[i];
@@ -166,8 +167,8 @@ void SparseField<T, N>::clear_blocks_le(float threshold) {
     };
     blocks_.push_back({coordinate(42), coordinate(21), coordinate(0), map_[i].data});
   }
-  // A search ends at an unused slot. At most half of the slots hold blocks; this leaves a quarter
-  // unused however often blocks come and go.
+  // A search ends at an unused slot. At most half of the slots hold blocks; this keeps a quarter
+  // unused no matter how often blocks are added and removed.
   if (deleted > map_size() / 4) rebuild_map(map_size());
 }
 

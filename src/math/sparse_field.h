@@ -1,15 +1,16 @@
-// A scalar over a huge, mostly empty voxel space: only the blocks of 8 x 8 x 8 voxels that were
-// touched exist. It holds what emitters rasterise and the pending sources of a channel.
+// A scalar field over a huge, mostly empty voxel space. Only the blocks of 8 x 8 x 8 voxels that
+// were touched exist. It holds the rasterized emitters and the pending sources of a channel.
 //
 // Blocks are found through an open-addressing hash map (Knuth, The Art of Computer Programming,
-// volume 3, 6.4; triangular probing) that many threads may read and insert into at once: reads take
-// no lock, insertion of a new block is serialized, and a key is published after its data.
+// volume 3, 6.4; triangular probing). Many threads may read it and insert into it at once: reads
+// take no lock, insertion of a new block is serialized, and a key is published after its data.
 #pragma once
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 #include "math/field_pool.h"
@@ -38,9 +39,9 @@ struct SparseBlockEntry {
   float* data = nullptr;
 };
 
-/// T = float, N = 3 only. Voxel coordinates are absolute in the domain, 0 .. 2^21 - 1. `find` and
-/// `hash_insert` may run on any number of threads together; everything else needs exclusive use.
-/// Parallel writes to different voxels of one block are the caller's business.
+/// Only SparseField<float, 3> exists. Voxel coordinates are absolute in the domain, 0 .. 2^21 - 1.
+/// Any number of threads may call `find` and `hash_insert` at once; everything else needs exclusive
+/// use. Callers must order their own writes to a block.
 template <class T, int N>
 class SparseField {
  public:
@@ -53,45 +54,49 @@ class SparseField {
   SparseField(const SparseField&) = delete;
   SparseField& operator=(const SparseField&) = delete;
 
-  /// The slot of the block that holds voxel (x, y, z); makes a zero-filled block if there is none.
-  /// A new block may need a larger map, which throws inside of a parallel region: call
-  /// `hash_resize` before it. A larger map also invalidates slots, but not the blocks' data.
+  /// The slot of the block that holds voxel (x, y, z); creates a zero-filled block if there is
+  /// none. A new block may need a larger map, which throws inside a parallel region: call
+  /// `hash_resize` before the region. A larger map invalidates slots, but not the blocks' data.
   PackedSparseBlock& hash_insert(int x, int y, int z);
 
   /// The slot of the block that holds the voxel, or null.
   PackedSparseBlock* find(int x, int y, int z);
   const PackedSparseBlock* find(int x, int y, int z) const;
 
-  /// Makes room in the map for `new_blocks` blocks in all. Throws Exception inside of a parallel
-  /// region where the map would have to grow.
+  /// Makes room in the map for `new_blocks` blocks in total. Throws Exception inside a parallel
+  /// region if the map would have to grow.
   void hash_resize(std::size_t new_blocks);
 
-  /// Gives all blocks back and empties the map, which keeps its size.
+  /// Gives all blocks back to the pool and empties the map, which keeps its size.
   void clear();
 
   /// Removes every block without a value above `threshold`. `blocks()` is in map order afterwards.
   void clear_blocks_le(float threshold);
 
-  /// Turns every value into `a` where it is above `threshold`, else into `b`.
+  /// Sets every value above `threshold` to `a` and all others to `b`.
   void process(float threshold, float a, float b);
 
   const std::vector<SparseBlockEntry>& blocks() const { return blocks_; }
   std::size_t map_size() const { return mask_ + 1; }
   bool empty() const { return blocks_.empty(); }
 
-  /// The value of a voxel, 0 where no block exists.
+  /// The value of a voxel; 0 if it has no block.
   T value(int x, int y, int z) const;
 
   static int voxel_index(int lx, int ly, int lz) { return (lz * kEdge + ly) * kEdge + lx; }
 
  private:
+  static constexpr std::size_t kNoSlot = ~std::size_t{0};
+
   std::size_t first_slot(int x, int y, int z) const;
+  std::size_t find_slot(int x, int y, int z) const;
   PackedSparseBlock& free_slot(int x, int y, int z);
   void rebuild_map(std::size_t size);
 
   std::vector<SparseBlockEntry> blocks_;      // every live block, in no particular order
   std::unique_ptr<PackedSparseBlock[]> map_;  // size a power of two
   std::uint64_t mask_ = 0;                    // map size - 1
+  std::mutex insertion_;                      // serializes the insertion of blocks
 };
 
 extern template class SparseField<float, 3>;

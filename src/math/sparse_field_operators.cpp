@@ -37,7 +37,7 @@ IntBox block_bbox(const SparseBlockEntry& block, float threshold) {
 }
 
 // Calls row(block index, dense index, n) for each row of voxels that the block shares with a dense
-// field whose cell (0, 0, 0) stands on `offset`.
+// field whose cell (0, 0, 0) is domain voxel `offset`.
 template <class Row>
 void for_each_shared_row(const SparseBlockEntry& block, const Vec3i& offset,
                          const Field<float>& dense, Row row) {
@@ -67,7 +67,7 @@ template <class Work>
 void for_each_block(const Sparse& x, Work work) {
   const std::ptrdiff_t count = x.blocks().size();
 #pragma omp parallel for schedule(static)
-  for (std::ptrdiff_t i = 0; i < count; ++i) work(static_cast<std::size_t>(i));
+  for (std::ptrdiff_t i = 0; i < count; ++i) work(i);
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
-// Operators between sparse fields and dense grids. Work is split by block, so results are the same
-// bits for any number of threads. `offset` is the domain voxel on which the dense field's cell
-// (0, 0, 0) stands.
+// Operators between sparse fields and dense grids. Work is split by block, so results have the same
+// bits for any number of threads. `offset` is the domain voxel of the dense field's cell (0, 0, 0).
 #pragma once
 
 #include "math/mfield.h"
@@ -18,7 +17,7 @@ void m_asxpy(const Vec3i& offset, MField& dense, float a, const SparseField<floa
 /// z += a * x, sparse into sparse.
 void sparse_axpy(SparseField<float, 3>& z, float a, const SparseField<float, 3>& x);
 
-/// Raises the pending values z so that y + z reaches a * x, and never lowers them:
+/// Raises the pending values z so that y + z is at least a * x, and never lowers them:
 /// z += max(a x - y - z, 0), with y the dense field, 0 outside of it.
 void sparse_raise(SparseField<float, 3>& z, float a, const SparseField<float, 3>& x,
                   const Vec3i& offset, const Field<float>& y);

@@ -1,5 +1,5 @@
-// A curve applied to whole fields, cell by cell, in parallel. With s = spline(driver) and
-// c = max(s, 0), the decay operators take away what their emit twins give.
+// Applies a curve to whole fields, cell by cell, in parallel. With s = spline(driver) and
+// c = max(s, 0), each decay operator removes what its emit counterpart yields.
 //
 // All operands must have the same number of cells, else FieldDimensionMismatchException; `dst` may
 // be one of the sources. A dirty spline is rebuilt first. NaN in a source gives NaN (in a driver,

@@ -59,7 +59,7 @@ T length(const VectorT<T, N>& a) {
   return std::sqrt(dot(a, a));
 }
 
-/// `a` with length 1; as it is where its squared length is at most 1e-20.
+/// `a` scaled to length 1; unchanged if its squared length is at most 1e-20.
 template <class T, int N>
 VectorT<T, N> normalized(const VectorT<T, N>& a) {
   const T square = dot(a, a);

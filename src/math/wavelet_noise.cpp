@@ -9,7 +9,7 @@ namespace nbx {
 
 namespace {
 
-// Where a coordinate falls on one axis of the tile, and the B-spline's weights there.
+// The cells and the B-spline weights for a coordinate on one axis of the tile.
 struct AxisSample {
   int cell;  // the first of three cells, wrapped
   float w[3];
@@ -86,13 +86,13 @@ void noise_field(Field<float>& field, const WaveletNoise& noise, float frequency
   const auto xs = sample_cells(nx, offset[0], frequency, n);
   const auto ys = sample_cells(ny, offset[1], frequency, tile.ny());
   const auto zs = sample_cells(nz, offset[2], frequency, tile.nz());
-  // A row of the tile for each thread, with its first two cells again at the end, and room behind
-  // it so that no two threads write to one cache line.
-  const std::size_t length = static_cast<std::size_t>(n) + 2 + 32;
-  std::vector<float> scratch(static_cast<std::size_t>(omp_get_max_threads()) * length);
+  // One row of the tile per thread, with its first two cells repeated at the end, and spare room so
+  // that no two threads write to one cache line.
+  const std::size_t length = n + 2 + 32;
+  std::vector<float> scratch(omp_get_max_threads() * length);
 #pragma omp parallel for schedule(static)
   for (int k = 0; k < nz; ++k) {
-    float* r = scratch.data() + static_cast<std::size_t>(omp_get_thread_num()) * length;
+    float* r = scratch.data() + omp_get_thread_num() * length;
     for (int j = 0; j < ny; ++j) {
       const TileRows row(tile, ys[j], zs[k]);
       for (int i = 0; i < n; ++i) r[i] = row(i);

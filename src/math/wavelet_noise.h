@@ -1,8 +1,8 @@
-// Band-limited noise: the detail that the grid itself can't carry. After R. L. Cook and T. DeRose,
+// Band-limited noise, for detail that the grid can't represent. After R. L. Cook and T. DeRose,
 // "Wavelet noise", ACM Transactions on Graphics 24(3), 2005: a periodic tile of Gaussian numbers
 // without its low band holds the coefficients of quadratic B-splines, and bands of doubled
-// frequency add up to a fractal sum. On top of that the tile changes with time, by blending tiles
-// of successive whole times.
+// frequency add up to a fractal sum. The tile also changes with time, by blending tiles of
+// successive whole times.
 //
 // All results are the same for any number of threads.
 #pragma once
@@ -14,8 +14,9 @@
 
 namespace nbx {
 
-/// The generator with its tiles, which the first advance_tile makes. Only advance_tile and
-/// restore_noise change it; all else reads, from any number of threads. Noise without a tile is 0.
+/// The generator and its tiles, which the first advance_tile creates. Only advance_tile and
+/// restore_noise change it; any number of threads may call everything else. Noise without a tile is
+/// 0.
 struct WaveletNoise {
   std::mt19937 rng;                 // with the engine's own default seed
   Field<float> tile_a;              // the tile of time tile_time
@@ -26,9 +27,9 @@ struct WaveletNoise {
   std::mt19937 before_a, before_b;  // the generator as it was before it drew each tile
 };
 
-/// What it takes to bring noise back: the tiles are drawn again from the generator as it was before
-/// them. A count of the numbers drawn so far would not do, since a noise that changes faster than
-/// the substeps skips billions of them in each.
+/// What is needed to restore noise: its tiles are drawn again from the generator as it was before
+/// them. Counting the numbers drawn so far wouldn't work, since noise that changes faster than the
+/// substeps skips billions of numbers in each substep.
 struct NoiseState {
   std::mt19937 rng, before_a, before_b;
   int tile_time = 0;
@@ -36,23 +37,23 @@ struct NoiseState {
   bool operator==(const NoiseState&) const = default;
 };
 NoiseState noise_state(const WaveletNoise& noise);
-/// From here on `noise` gives what the noise of that state gives. `three_d` and `normalize` as it
-/// had them. Throws std::bad_alloc, after a log line.
+/// Brings `noise` to that state. `three_d` and `normalize` must be those of the original noise.
+/// Throws std::bad_alloc, after a log line.
 void restore_noise(WaveletNoise& noise, const NoiseState& state, bool three_d, bool normalize);
 
-/// Makes `noise.tile` the tile of time |t|. Going on to the next or the last whole time costs one
-/// new tile, any other jump two, and the numbers of the tiles before are skipped then, up to some
-/// thousands of them. `three_d` and `normalize` as for generate_tile, the same in every call.
-/// Throws std::bad_alloc, after a log line.
+/// Sets `noise.tile` to the tile of time |t|. A step to the next or previous whole time draws one
+/// new tile; any other jump draws two and skips the numbers of the tiles before, up to some
+/// thousands of tiles. `three_d` and `normalize` are those of generate_tile, the same in every
+/// call. Throws std::bad_alloc, after a log line.
 void advance_tile(WaveletNoise& noise, float t, bool three_d, bool normalize);
 
-/// The same, but the tile depends on the time alone: whichever times came before, it is the one of
-/// a noise that went on tile by tile from time 0. A step back, or a jump, draws the tiles on the
-/// way. After 8192 tiles the noise starts over.
+/// The same, but the tile depends only on the time: whatever times came before, it is the tile of a
+/// noise that advanced tile by tile from time 0. A step back, or a jump, draws the tiles in
+/// between. The noise repeats after 8192 tiles.
 void advance_tile_from_start(WaveletNoise& noise, float t, bool three_d, bool normalize);
 
-/// One sample at p, in cells of the tile, over which it is periodic. derivative 0 is the noise, 1
-/// to 3 its slope against x, y, z: minus the partial derivative. Order of the sums: z, y, x.
+/// One sample at p, in cells of the periodic tile. `derivative` 0 is the noise, 1 to 3 its slope
+/// against x, y, z, which is minus the partial derivative. Order of the sums: z, y, x.
 float evaluate(const WaveletNoise& noise, const Vec3f& p, int derivative);
 
 /// One band: field += amplitude * noise(((i, j, k) + offset) * frequency) in all cells, the ghost

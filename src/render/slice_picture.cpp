@@ -186,13 +186,12 @@ QImage slice_picture(const Field<float>& grid, const SliceOptions& options) {
 
 bool write_png(const QImage& picture, const std::string& path, std::string* error) {
   QBuffer png;
-  std::string reason = "it can't be made into a PNG";
-  const bool written =
-      png.open(QBuffer::WriteOnly) && picture.save(&png, "PNG") &&
-      write_whole(path, {png.data().constData(), static_cast<std::size_t>(png.size())}, Sync::kNone,
-                  reason);
-  if (!written && error) *error = reason;
-  return written;
+  Outcome written = Outcome::failure("it can't be made into a PNG");
+  if (png.open(QBuffer::WriteOnly) && picture.save(&png, "PNG"))
+    written = write_whole(path, {png.data().constData(), static_cast<std::size_t>(png.size())},
+                          Sync::kNone);
+  if (!written && error) *error = written.reason();
+  return static_cast<bool>(written);
 }
 
 }  // namespace nbx

@@ -1,4 +1,4 @@
-// Host side of the CUDA layer: how a failed runtime call becomes a log line and an exception.
+// Host side of the CUDA layer: turns failed runtime calls into log lines and exceptions.
 #pragma once
 
 #include <source_location>
@@ -30,10 +30,10 @@ class LaunchConfigException : public CUDAException {
 };
 
 /// Checks the result of a runtime call: logs a failure with the caller's place, then throws
-/// CUDAException. Every runtime call of the system is wrapped in it.
+/// CUDAException. Every runtime call is wrapped in it.
 void cuda_check(cuda::Error error, std::source_location where = std::source_location::current());
 
-/// As cuda_check, but only logs: for destructors.
+/// Like cuda_check, but only logs. For destructors.
 void cuda_check_log_only(cuda::Error error,
                          std::source_location where = std::source_location::current());
 

@@ -22,7 +22,7 @@ struct Registry {
   std::vector<bool> device_ready;  // devices that have been set up
 };
 
-// Never destroyed: threads may outlive static objects.
+// Never destroyed, since threads may outlive static objects.
 Registry& registry() {
   static Registry& instance = *new Registry;
   return instance;
@@ -46,7 +46,7 @@ void select_device(int device) {
   cuda_check(cuda::get_device_count(&count));
   if (std::ssize(all.device_ready) < count) all.device_ready.resize(count, false);
   const bool first = device < count && !all.device_ready[device];
-  // Selecting a device can make a context, so this question comes first.
+  // Asked first, since selecting a device can create a context.
   bool in_use = false;
   if (first) cuda_check(cuda::context_active(&in_use, device));
   cuda_check(cuda::set_device(device));
@@ -92,7 +92,7 @@ void handle_cuda_exception(const CUDAException& exception) {
   LogMessage() << "CUDAException(" << exception.code() << ") in " << exception.file() << "("
                << exception.line() << "): " << cuda::get_error_string(exception.code());
   cuda_use_flags().use_gpu = false;
-  // Clears the sticky error state, so that downloads after it can work.
+  // Clears the sticky error state, so that later downloads can work.
   cuda_check_log_only(cuda::get_last_error());
   cuda_check_log_only(cuda::device_synchronize());
   cuda_check_log_only(cuda::get_last_error());

@@ -1,5 +1,6 @@
-// The exceptions of the system. All are thrown by value and pass through the simulator untouched;
-// each thread has one door where they stop (see docs/architecture.md).
+// The exceptions of Nimbrix, for broken contracts; an expected failure is an Outcome (outcome.h).
+// They are thrown by value and pass through the simulator; each thread has one place that catches
+// them (see docs/architecture.md).
 #pragma once
 
 #include <exception>
@@ -19,13 +20,11 @@ class Exception : public std::exception {
   std::string text_;
 };
 
-/// The operands of a field operation don't fit together. `file()` and `line()` name the check.
-class FieldDimensionMismatchException : public Exception {
+/// A check of a field operation failed. `file()` and `line()` name the check.
+class FieldException : public Exception {
  public:
-  explicit FieldDimensionMismatchException(
-      std::source_location where = std::source_location::current())
-      : Exception(std::string("fields of different dimensions in ") + where.function_name()),
-        where_(where) {}
+  FieldException(std::string text, std::source_location where)
+      : Exception(std::move(text)), where_(where) {}
   const char* function() const noexcept { return where_.function_name(); }
   const char* file() const noexcept { return where_.file_name(); }
   int line() const noexcept { return static_cast<int>(where_.line()); }
@@ -34,13 +33,21 @@ class FieldDimensionMismatchException : public Exception {
   std::source_location where_;
 };
 
-/// A field's memory isn't aligned to 16 bytes: only a view of foreign memory can be so.
-class MisalignedFieldMemoryException : public Exception {
+/// The operands of a field operation have dimensions that don't fit together.
+class FieldDimensionMismatchException : public FieldException {
  public:
-  MisalignedFieldMemoryException() : Exception("field memory is not aligned to 16 bytes") {}
-  const char* function() const noexcept { return ""; }
-  const char* file() const noexcept { return ""; }
-  int line() const noexcept { return 0; }
+  explicit FieldDimensionMismatchException(
+      std::source_location where = std::source_location::current())
+      : FieldException(std::string("fields of different dimensions in ") + where.function_name(),
+                       where) {}
+};
+
+/// A field's memory isn't aligned to 16 bytes, which only a view of foreign memory can be. It names
+/// no place: file() is empty and line() is 0.
+class MisalignedFieldMemoryException : public FieldException {
+ public:
+  MisalignedFieldMemoryException()
+      : FieldException("field memory is not aligned to 16 bytes", {}) {}
 };
 
 }  // namespace nbx

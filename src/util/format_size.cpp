@@ -15,11 +15,11 @@ std::string format_size(std::uint64_t bytes, int decimals) {
     shift = 30;
     unit = "GB";
   }
-  // Whole and fractional part apart, so that no size is too large for the double's mantissa.
+  // Whole and fractional part are converted separately, so that no size exceeds a double's
+  // mantissa.
   const std::uint64_t one = std::uint64_t{1} << shift;
-  const double value = static_cast<double>(bytes >> shift) +
-                       static_cast<double>(bytes & (one - 1)) / static_cast<double>(one);
-  // Unlike printf, to_chars writes a point whatever the user's locale.
+  const double value = (bytes >> shift) + (bytes & (one - 1)) / static_cast<double>(one);
+  // Unlike printf, to_chars writes a point in every locale.
   char text[64];
   const auto end =
       std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals).ptr;

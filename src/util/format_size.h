@@ -1,4 +1,4 @@
-// Byte counts as text, shared by the memory reports and the frame writer.
+// Formats byte counts for memory reports and the frame writer.
 #pragma once
 
 #include <cstdint>

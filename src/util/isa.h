@@ -1,6 +1,6 @@
-// Choice of instruction set at run time: one build runs on any x86-64 and uses what the processor
-// has. Hot loops stand in kernel files that are compiled once per instruction set, each time into
-// another namespace (the macro NBX_ISA), and are reached through a table of functions:
+// Selects the instruction set at run time, so that one build runs on any x86-64 and uses what the
+// processor has. Hot loops are in kernel files. These are compiled once per instruction set, each
+// time into another namespace (the macro NBX_ISA), and are called through a table of functions:
 //
 //     // foo_kernels.h
 //     struct FooKernels { void (*row)(float* dst, const float* src, int n); };
@@ -14,20 +14,20 @@
 //     NBX_DECLARE_ISA(FooKernels, kFooKernels)
 //     const FooKernels& foo_kernels() { return NBX_SELECT_ISA(kFooKernels); }
 //
-// Kernel files keep everything else in an unnamed namespace and call no inline function that the
-// compiler might not inline. No build uses fused multiply-add, and kernels fix the order of their
-// sums, so every instruction set gives the same bits.
+// Everything else in a kernel file is in an unnamed namespace, and a kernel file calls no inline
+// function that the compiler might not inline. No build uses fused multiply-add, and kernels fix
+// the order of their sums, so every instruction set gives the same bits.
 #pragma once
 
 namespace nbx {
 
 enum class Isa : int { kBaseline = 0, kAvx2 = 1, kAvx512 = 2 };
 
-/// The best instruction set that processor and build have, or the limit that was set. The
+/// The best instruction set that both the processor and the build support, up to the limit. The
 /// environment variable NBX_ISA ("baseline", "avx2", "avx512") sets a limit at start.
 Isa active_isa();
 
-/// Limits the choice from now on: for tests that compare instruction sets.
+/// Sets the limit. For tests that compare instruction sets.
 void limit_isa(Isa limit);
 
 }  // namespace nbx

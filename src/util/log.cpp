@@ -10,6 +10,8 @@
 #include <iomanip>
 #include <mutex>
 
+#include "util/settings.h"
+
 namespace nbx {
 
 namespace {
@@ -23,15 +25,15 @@ struct Log {
   std::string path;  // of the open stream
 };
 
-// Never destroyed: destructors of other static objects may still log.
+// Never destroyed, since destructors of other static objects may still log.
 Log& log() {
   static Log& instance = *new Log;
   return instance;
 }
 
-// The folder beside the user's settings file that bears the organization's name.
+// In the folder beside the user's settings file that is named after the organization.
 QString default_file() {
-  const QSettings settings(QSettings::IniFormat, QSettings::UserScope, "kelvra", QString());
+  const QSettings settings(QSettings::IniFormat, QSettings::UserScope, kLogOrganization, QString());
   const QFileInfo file(settings.fileName());
   return file.absolutePath() + "/" + file.baseName() + "/nimbrix.log";
 }
@@ -48,7 +50,7 @@ void open_default_unless_open(Log& log) {
 }  // namespace
 
 LogMessage::~LogMessage() {
-  // A log that can't be written, for want of disk or memory, is no error of the caller.
+  // If the log can't be written because disk or memory is full, that isn't the caller's error.
   try {
     const std::chrono::duration<double> seconds = Clock::now() - load_time;
     std::ostringstream line;
@@ -57,7 +59,7 @@ LogMessage::~LogMessage() {
     Log& log = nbx::log();
     const std::lock_guard lock(log.mutex);
     open_default_unless_open(log);
-    log.stream.clear();  // a disk that was full may have room again
+    log.stream.clear();  // a full disk may have room again
     log.stream << line.str() << std::flush;
   } catch (...) {
   }

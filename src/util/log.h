@@ -1,5 +1,5 @@
-// The log: one plain text file, "nimbrix.log", for diagnostics. There are no levels and no sinks to
-// configure. Any thread may log; a message reaches the file as one whole line or not at all.
+// The log: one plain text file, "nimbrix.log", for diagnostics, without levels or configuration.
+// Any thread may log; a message reaches the file as one complete line or not at all.
 #pragma once
 
 #include <sstream>
@@ -9,13 +9,13 @@ class QString;
 
 namespace nbx {
 
-/// Composes one line of the log; the destructor writes it:
+/// Builds one line of the log; the destructor writes it:
 ///
 ///     LogMessage() << "wrote frame " << frame;
 ///
 /// The line starts with the seconds since the program was loaded, "[  1.500] ". The first message
-/// opens the file, anew for each process. A file that can't be opened is no error: the lines are
-/// lost and the program goes on.
+/// of a process creates the file. If the file can't be opened, the lines are lost; that is no
+/// error.
 class LogMessage : public std::ostringstream {
  public:
   LogMessage() = default;
@@ -24,16 +24,16 @@ class LogMessage : public std::ostringstream {
   ~LogMessage() override;
 };
 
-/// Appends `text` as UTF-8. It takes any stream, since for a LogMessage alone a plain text would
-/// fit both this operator and the standard one.
+/// Appends `text` as UTF-8. It accepts any stream: with one for LogMessage only, a plain string
+/// would match both this operator and the standard one.
 std::ostream& operator<<(std::ostream& out, const QString& text);
 
-/// Lets the log go to `path` from now on; the file is truncated. An empty path selects the default
-/// place again: "nimbrix.log" in the folder of the user's settings named after the organization.
-/// Returns false, and leaves the log as it was, if the file can't be opened.
+/// Redirects the log to `path` and truncates that file. An empty path selects the default again:
+/// "nimbrix.log" in the settings folder named after the organization. Returns false and changes
+/// nothing if the file can't be opened.
 bool set_log_file(const std::string& path);
 
-/// Where the log goes; opens it if nothing was logged so far. Empty if there is no log.
+/// The path of the log, which is opened if nothing was logged before. Empty if there is no log.
 std::string log_file();
 
 }  // namespace nbx

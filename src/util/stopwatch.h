@@ -9,7 +9,7 @@ namespace nbx {
 class Stopwatch {
  public:
   double seconds() const { return std::chrono::duration<double>(Clock::now() - start_).count(); }
-  /// The seconds so far; the watch starts anew.
+  /// The seconds so far; restarts the watch.
   double lap() {
     const Clock::time_point now = Clock::now();
     const double passed = std::chrono::duration<double>(now - start_).count();

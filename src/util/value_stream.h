@@ -1,6 +1,6 @@
-// Streams of typed values, in which our own kinds of parameter values are stored. The reader must
-// ask for the same kinds in the same order as the writer gave them. The plug-in adapts the host's
-// file stream to these interfaces; ByteWriter and ByteReader keep the values in memory.
+// Streams of typed values, for parameter values of our own types. A reader must read the same types
+// in the same order as they were written. The plug-in adapts the host's file stream to these
+// interfaces; ByteWriter and ByteReader keep the values in memory.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +20,7 @@ class ValueWriter {
   [[nodiscard]] virtual bool write_bool(bool value) = 0;
 };
 
-/// Each operation returns false, and leaves `value` alone, if the stream has ended or is damaged.
+/// Each operation returns false and doesn't change `value` if the stream has ended or is damaged.
 class ValueReader {
  public:
   virtual ~ValueReader() = default;
@@ -50,8 +50,8 @@ class ByteReader : public ValueReader {
   bool read_long(std::int32_t& value) override;
   bool read_real(float& value) override;
   bool read_lreal(double& value) override;
-  bool read_bool(bool& value) override;  // any byte but 0 and 1 is damage
-  /// Bytes not read so far.
+  bool read_bool(bool& value) override;  // any byte except 0 and 1 is damage
+  /// Bytes not read yet.
   std::size_t left() const { return rest_.size(); }
 
  private:

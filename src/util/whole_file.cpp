@@ -11,7 +11,7 @@ namespace nbx {
 
 namespace {
 
-// Other errors mean that there is nothing to sync, as with pipes and the folders of some networks.
+// Other errors mean that nothing can be synced, as with pipes and folders on some networks.
 bool disk_failed() { return errno == EIO || errno == ENOSPC || errno == EDQUOT; }
 
 bool sync_path(const std::string& path, int how) {
@@ -27,7 +27,7 @@ bool write_all(int descriptor, std::string_view bytes) {
     const ssize_t written = write(descriptor, bytes.data(), bytes.size());
     if (written < 0 && errno == EINTR) continue;
     if (written <= 0) return false;
-    bytes.remove_prefix(static_cast<std::size_t>(written));
+    bytes.remove_prefix(written);
   }
   return true;
 }
@@ -53,23 +53,22 @@ WholeFile::~WholeFile() {
   if (!committed_) unlink(part().c_str());
 }
 
-// The data first: a name that reaches the disk before what it names would stand for an empty file.
-bool WholeFile::commit(std::string& reason) {
+// The data goes to the disk before the name: a name without its data would be an empty file.
+Outcome WholeFile::commit() {
   const bool sync = sync_ == Sync::kDisk;
   committed_ =
       (!sync || sync_path(part(), O_RDONLY)) && std::rename(part().c_str(), path_.c_str()) == 0;
-  if (committed_ && (!sync || sync_folder(folder_of(path_)))) return true;
-  reason = std::strerror(errno);
-  return false;
+  if (committed_ && (!sync || sync_folder(folder_of(path_)))) return Outcome::success();
+  return Outcome::failure(std::strerror(errno));
 }
 
-bool write_whole(const std::string& path, std::string_view bytes, Sync sync, std::string& reason) {
+Outcome write_whole(const std::string& path, std::string_view bytes, Sync sync) {
   WholeFile file(path, sync);
   const int descriptor = open(file.part().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
   const bool written = descriptor >= 0 && write_all(descriptor, bytes);
-  if (!written) reason = std::strerror(errno);
+  const int error = errno;
   if (descriptor >= 0) close(descriptor);
-  return written && file.commit(reason);
+  return written ? file.commit() : Outcome::failure(std::strerror(error));
 }
 
 }  // namespace nbx

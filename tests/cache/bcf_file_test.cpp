@@ -1,8 +1,9 @@
-// Frame files as bytes, and what is said of them.
+// The bytes of frame files, and the records that describe them.
 #include "cache/bcf_file.h"
 
 #include <cmath>
 #include <functional>
+#include <tuple>
 
 #include "cache/cache_info.h"
 #include "cache/frame_bytes.h"
@@ -52,7 +53,8 @@ TEST_F(BcfFileTest, BytesAreThoseWorkedOutByHand) {
   BcfFile out;
   ASSERT_TRUE(out.create(path));
   const auto add = [&](int type, Codec codec, const Field<float>& field) {
-    out.addGrid(type, codec, test::kSimTime, test::kFrameTime, test::kOffset, test::kMatrix, field);
+    EXPECT_TRUE(out.addGrid(type, codec, test::kSimTime, test::kFrameTime, test::kOffset,
+                            test::kMatrix, field));
   };
   add(2, Codec::kRunLength, f);
   add(35, Codec::kRaw, f);
@@ -73,21 +75,20 @@ TEST_F(BcfFileTest, HeadersThatAreRefused) {
       {test::header().substr(0, 11), other + ": unfinished, its writer ended half-way"}};
   for (const auto& [bytes, message] : cases) {
     test::write_file(path, bytes);
-    EXPECT_EQ(thrown([&] { BcfFile().openRead(path); }), message);
+    EXPECT_EQ(thrown([&] { std::ignore = BcfFile().openRead(path); }), message);
   }
   test::write_file(path, test::header(0x86));
   BcfFile in;
   EXPECT_TRUE(in.openRead(path));
-  EXPECT_FALSE(in.openRead(folder.file("missing.bcf")));
+  EXPECT_EQ(in.openRead(folder.file("missing.bcf")).reason(), "No such file or directory");
   EXPECT_FALSE(in.openRead(folder.path()));
-  EXPECT_FALSE(in.errorString().empty());
 }
 
 TEST_F(BcfFileTest, RefusedGridsLeaveNoByte) {
   BcfFile file;
   Field<float> f(1, 1, 1), huge = Field<float>::view(f.data(), 1 << 16, 1 << 15, 1);
   const auto add = [&](int type, Codec codec, const Field<float>& field) {
-    return thrown([&] { file.addGrid(type, codec, {}, {}, {}, {}, field); });
+    return thrown([&] { std::ignore = file.addGrid(type, codec, {}, {}, {}, {}, field); });
   };
   EXPECT_EQ(add(2, Codec::kRaw, f), "Failed to add float grid. No file opened for writing.");
   ASSERT_TRUE(file.create(path));
@@ -103,9 +104,7 @@ TEST_F(BcfFileTest, RefusedGridsLeaveNoByte) {
 // A full disk behind a link: the device must stay what it is.
 TEST_F(BcfFileTest, FullDisk) {
   std::filesystem::create_symlink("/dev/full", path);
-  BcfFile out;
-  EXPECT_FALSE(out.create(path));
-  EXPECT_EQ(out.errorString(), "No space left on device");
+  EXPECT_EQ(BcfFile().create(path).reason(), "No space left on device");
   EXPECT_TRUE(std::filesystem::is_symlink(path));
 }
 
@@ -177,7 +176,7 @@ TEST_F(BcfFileTest, LoadReadsHeadsAndGridsOnDemand) {
   const std::string bytes =
       test::header() + test::record(2, 0, {2, 1, 1}, raw({1, 2})) +
       test::record(200, 0, {-3, 1, 1}, "") + test::record(5, 1, {9, 9, 9}, "no payload") +
-      test::record(2, 0, {1, 2, 1}, raw({3, 4}));  // stands twice: this one wins
+      test::record(2, 0, {1, 2, 1}, raw({3, 4}));  // the same type again: this one wins
   test::write_file(path, bytes);
   SimFrame frame;
   EXPECT_TRUE(frame.saved);
@@ -249,17 +248,28 @@ TEST_F(BcfFileTest, WritesWhatIsLoadedAndReadsItBack) {
 TEST_F(BcfFileTest, FailedWritesLeaveNoFile) {
   SimFrame frame;
   frame.add(filled({64, 64, 16}, 3), kGridDensity, {}, {});
-  EXPECT_EQ(frame.write(folder.file("missing/frame.bcf"), Codec::kRaw), 0u);
-  EXPECT_EQ(frame.error, "No such file or directory");
+  BcfFile out;
+  std::uint64_t size = 1;
+  const auto reason = [&](const std::string& file, Codec codec) {
+    return frame.write_loaded(size, out, file, codec, Sync::kNone).reason();
+  };
+  EXPECT_EQ(reason(folder.file("missing/frame.bcf"), Codec::kRaw), "No such file or directory");
   {
     const test::FileSizeLimit limit(100000);
-    EXPECT_EQ(frame.write(path, Codec::kRaw), 0u);
+    EXPECT_EQ(reason(path, Codec::kRaw), "File too large");
     EXPECT_EQ(frame.write(path, Codec::kRunLength), 0u);
+    // A file with part of a record isn't completed.
+    ASSERT_TRUE(out.create(path));
+    const FrameGrid& grid = frame.grids.at(kGridDensity);
+    EXPECT_FALSE(out.addGrid(kGridDensity, Codec::kRaw, {}, {}, {}, {}, *grid.field));
+    EXPECT_FALSE(out.close());
+    EXPECT_THROW(std::ignore = out.openRead(path), BcfFormatError);
+    std::filesystem::remove(path);
   }
-  EXPECT_EQ(frame.error, "File too large");
+  EXPECT_EQ(size, 0u);
   EXPECT_FALSE(std::filesystem::exists(path));
-  EXPECT_GT(frame.write(path, Codec::kRaw), 0u);
-  EXPECT_EQ(frame.error, "");
+  EXPECT_EQ(reason(path, Codec::kRaw), "");
+  EXPECT_EQ(size, std::filesystem::file_size(path));
 
   EXPECT_THROW(frame.write(path, static_cast<Codec>(9)), Exception);
   EXPECT_FALSE(std::filesystem::exists(path));
@@ -303,8 +313,8 @@ TEST_F(BcfFileTest, GridsEncodedSideBySideGiveTheSameFile) {
     BcfFile serial;
     ASSERT_TRUE(serial.create(folder.file("serial")));
     for (const auto& [type, grid] : frame.grids)
-      serial.addGrid(type, codec, frame.simTime, frame.frameTime, {}, {}, *grid.field);
-    serial.close();
+      ASSERT_TRUE(serial.addGrid(type, codec, frame.simTime, frame.frameTime, {}, {}, *grid.field));
+    ASSERT_TRUE(serial.close());
     EXPECT_GT(frame.write(path, codec), 0u);
     EXPECT_EQ(test::read_file(path), test::read_file(folder.file("serial")));
   }

@@ -38,9 +38,9 @@ TEST_F(CacheDirectories, Resolve) {
   EXPECT_EQ(dir, base + "/Nimbrix Caches 001/Cache 001");
   EXPECT_EQ(data, (CacheDirData{base + "/Nimbrix Caches 001", "Cache 001"}));
   EXPECT_TRUE(std::filesystem::is_directory(dir));
-  EXPECT_TRUE(resolve_cache_dir(data, dir, false, base));  // as it stands
+  EXPECT_TRUE(resolve_cache_dir(data, dir, false, base));
 
-  // Another object: the next number in the same base, or a base of its own.
+  // Another object gets the next number in the same base, or its own base.
   CacheDirData same{data.base, "gone"}, own, moved{folder.file("gone"), "Cache 001"};
   EXPECT_FALSE(resolve_cache_dir(same, dir, false, base));
   EXPECT_TRUE(resolve_cache_dir(same, dir, true, base));
@@ -86,7 +86,7 @@ TEST_F(CacheDirectories, LockListAndRemove) {
   EXPECT_TRUE(std::filesystem::exists(base + "/without/frame.txt"));
 }
 
-// An open store goes along with its directory, or is forgotten with it.
+// An open store follows its renamed directory, and is forgotten with a removed one.
 TEST_F(CacheDirectories, OpenCachesGiveWay) {
   std::filesystem::create_directories(base + "/old");
   const std::shared_ptr<BFS> store = getCache(base + "/old");
@@ -130,7 +130,7 @@ TEST_F(CacheDirectories, Copies) {
   EXPECT_TRUE(std::filesystem::exists(to + "/cache/LastSimState.json"));
   EXPECT_FALSE(cache_locked(to + "/cache"));
 
-  // A copy isn't made twice, a broken one is made whole, and no file is replaced.
+  // A copy isn't made twice, a partial one is completed, and no file is replaced.
   const std::string first = copy->fileName(-4, 0);
   std::filesystem::remove(copy->fileName(5, 0));
   EXPECT_TRUE(store->copy_fits(to + "/cache"));
@@ -161,7 +161,7 @@ TEST_F(CacheDirectories, FileNames) {
     EXPECT_FALSE(frame_of_name(std::string("nbx_sim_cache_") + other)) << other;
 }
 
-// The hash is that of the path without its leading slash, taken with another program.
+// The hash of the path without its leading slash, computed by another program.
 TEST_F(CacheDirectories, PrefixOfANewDirectoryIsTheHashOfItsPath) {
   EXPECT_EQ(cache_prefix("/a/b"), "a7e86136543b019d72468ceebf71fb8e");
   EXPECT_EQ(cache_prefix("/a/x/../b/"), cache_prefix("/a/b"));
@@ -180,7 +180,7 @@ TEST_F(CacheDirectories, PrefixIsThatOfTheFilesThatAreThere) {
   put("nbx_sim_cache_0000000001.bcf");
   put("nbx_a_long_name_that_begins_like_a_frame_does.bcf");
   EXPECT_EQ(cache_prefix(folder.path()), own);
-  put(std::string(40, '0') + ".bcf");  // stands before the next in the order of names
+  put(std::string(40, '0') + ".bcf");  // sorts before the next one
   EXPECT_EQ(cache_prefix(folder.path()), std::string(32, '0'));
   put(old_prefix + "nbx_sim_cache_0000000001.bcf");
   EXPECT_EQ(cache_prefix(folder.path()), old_prefix);

@@ -1,4 +1,5 @@
-// The two codecs of frame files. Files outlive the code, so their bytes are pinned.
+// The two codecs of frame files. Files are older than the code that reads them, so their bytes are
+// fixed here.
 #include <bit>
 #include <limits>
 #include <random>
@@ -20,7 +21,7 @@ std::string encoded(const std::vector<float>& cells, const Vec3i& dims) {
   return std::string(buffer.data(), size);
 }
 
-// The padding is filled with what reads on as a payload.
+// The padding is filled with bytes that could continue the payload.
 bool decodes(std::vector<float>& cells, const std::string& payload, const Vec3i& dims,
              char padding = '\x55') {
   const std::string padded = payload + std::string(kPredictivePadding, padding);
@@ -34,14 +35,14 @@ TEST(PredictiveCodec, BytesAreThoseWorkedOutByHand) {
             std::string("\xf4\x2f\x0f\xb7\x22\x7c\x08\xef\xb0\xfa\xc0\0", 12));
 }
 
-// What grids are made of: exact zeros beside smooth and rough stretches, constants, noise of all
-// bits (with NaNs of every kind), and infinities, NaNs and both zeros in a crowd.
+// The kinds of content: exact zeros beside smooth and rough parts, constants, noise in all bits
+// (with all kinds of NaNs), and many infinities, NaNs and zeros of both signs.
 float cell(int kind, int i, int j, int k, std::mt19937& engine) {
   const std::uint32_t bits = engine();
   const float nans[] = {std::bit_cast<float>(0x7fc00000 + bits % 9),
                         std::bit_cast<float>(0xff800001u + bits % 9)};
   const float palette[] = {0.0f, -0.0f, 1.0f, kInf, -kInf, nans[0], nans[1]};
-  // Rounded, so that every mathematical library gives the same bits.
+  // Rounded, so that all mathematical libraries give the same bits.
   const auto wave =
       static_cast<float>(std::round(256 * std::sin(0.1 * i + 0.2 * j) * std::cos(0.15 * k)) / 256);
   const float odd = palette[bits / 16 % 7];
@@ -54,8 +55,8 @@ float cell(int kind, int i, int j, int k, std::mt19937& engine) {
   return kinds[kind];
 }
 
-// Files outlive the code: for each kind the sum over the bytes of grids of all sizes, as a
-// coder gave them that took one bit, one symbol and one cell after the other.
+// For each kind the checksum of the bytes of grids of all sizes. The checksums come from a coder
+// that took one bit, one symbol and one cell after the other.
 TEST(PredictiveCodec, BytesNeverChangeOnAnyInstructionSet) {
   constexpr std::uint64_t kSums[] = {0x400352ae5e2789ac, 0x29417c6bb9b0c3b5, 0x97a542ee85e1f56d,
                                      0xda2d0bf6bda0a320, 0x4bcf35327042b32e, 0xe4933a3b25e0e865};
@@ -84,7 +85,7 @@ TEST(PredictiveCodec, BytesNeverChangeOnAnyInstructionSet) {
   for (int kind = 0; kind < 6; ++kind) EXPECT_EQ(sums[kind], kSums[kind]) << kind;
 }
 
-// The buffer holds less than noise needs, and the bound on cells is met by what compresses best.
+// The buffer is smaller than noise needs, and the best compressible grids reach the bound on cells.
 TEST(PredictiveCodec, Sizes) {
   std::mt19937 engine(2);
   std::vector<float> noise(1 << 16), zeros(1 << 24);
@@ -110,7 +111,7 @@ TEST(PredictiveCodec, RefusesOtherLengthsAndSurvivesAnyBytes) {
     ASSERT_FALSE(decodes(back, good.substr(0, length), dims)) << length;
   EXPECT_FALSE(decodes(back, good + '\0', dims));
   EXPECT_TRUE(decodes(back, good, dims));
-  // A cell above its prediction by so much that it comes out below.
+  // A cell so far above its prediction that the difference wraps around.
   const std::string wrapped("\x00\x0b\xcf\x9c\xa9\xfa\xc0\0", 8);
   EXPECT_FALSE(decodes(back, wrapped, {1, 1, 1}));
 
@@ -125,7 +126,7 @@ TEST(PredictiveCodec, RefusesOtherLengthsAndSurvivesAnyBytes) {
 }
 
 std::string run_lengths(std::vector<float> cells) {
-  cells.shrink_to_fit();  // a search that leaves the field would show
+  cells.shrink_to_fit();  // so that a sanitizer finds a search beyond the field
   std::vector<char> out(rle_bound(cells.size()));
   return std::string(out.data(), rle_encode(out.data(), cells.data(), cells.size()));
 }
@@ -136,9 +137,8 @@ std::vector<float> from_run_lengths(const std::string& payload, std::size_t cell
   return out;
 }
 
-// Stretches of few values, so that runs of every length start and end at every place of the search
-// loops' blocks. Files outlive the code: the sum is that of a coder that took one cell after the
-// other.
+// Few different values, so that runs of every length start and end at every place of the search
+// loops' blocks. The checksum comes from a coder that took one cell after the other.
 TEST(RunLengthCodec, BytesNeverChange) {
   const std::string zeros = test::Bytes().i32({-4}).f32({0.0f}).text();
   EXPECT_EQ(run_lengths({0.0f, 0.0f, -0.0f, -0.0f}), zeros) << "both zeros are one run";
@@ -174,7 +174,7 @@ TEST(RunLengthCodec, RefusesWhatDoesNotFillTheGrid) {
   EXPECT_EQ(from_run_lengths(good, 7), (std::vector<float>{1, 2, 3, 3, 3, 3, 3}));
   EXPECT_FALSE(rle_fits(good.data(), good.size(), 6));
   EXPECT_FALSE(rle_fits(good.data(), good.size(), 8));
-  // All but the count of 0 at the end is needed.
+  // Everything except the count of 0 at the end is needed.
   for (std::size_t cut = 0; cut < good.size() - 4; ++cut)
     EXPECT_FALSE(rle_fits(good.data(), cut, 7)) << cut;
 

@@ -1,5 +1,5 @@
-// Frame files with every byte changed and every length: each must be answered in the way of its
-// kind, without more memory than the file bears out.
+// Frame files with each byte changed and cut at each length. The reader must report each damage as
+// its kind demands, and allocate no more memory than the file justifies.
 #include <atomic>
 #include <cstdlib>
 #include <new>
@@ -48,16 +48,16 @@ using test::Bytes;
 
 constexpr std::size_t kAllowed = 1 << 16;  // what a file of 800 bytes may cost at most
 
-// What a reader gets from a file: for each type the cells, or nothing if the grid is damaged.
-struct Outcome {
+// What a reader gets from a file. For each type the cells, or nothing if the grid is damaged.
+struct Reading {
   bool foreign = false;
   std::map<int, std::vector<float>> grids;
   int damaged = 0;
-  FrameFileInfo info;  // what a check of the file says
+  FrameFileInfo info;  // the result of a check of the file
 };
 
-Outcome read(const std::string& path) {
-  Outcome outcome;
+Reading read(const std::string& path) {
+  Reading reading;
   try {
     SimFrame frame;
     frame.load(path);
@@ -67,16 +67,16 @@ Outcome read(const std::string& path) {
     for (const auto& [type, grid] : frame.grids) {
       try {
         const FieldHandle field = frame.grid(type);
-        outcome.grids[type] = test::values_of(*field);
+        reading.grids[type] = test::values_of(*field);
       } catch (const Exception&) {
-        ++outcome.damaged;
+        ++reading.damaged;
       }
     }
   } catch (const BcfFormatError&) {
-    outcome.foreign = true;
+    reading.foreign = true;
   }
-  outcome.info = read_frame_file_info(path, true);
-  return outcome;
+  reading.info = read_frame_file_info(path, true);
+  return reading;
 }
 
 struct Record {
@@ -106,7 +106,7 @@ class Damage : public testing::Test {
   }
   ~Damage() override { EXPECT_LT(largest_allocation, allowed); }
 
-  Outcome outcome(const std::string& damaged) {
+  Reading reading(const std::string& damaged) {
     std::filesystem::remove(path);  // a file system may sync one that is truncated and filled anew
     test::write_file(path, damaged);
     return read(path);
@@ -124,10 +124,10 @@ class Damage : public testing::Test {
 
 TEST_F(Damage, EveryLength) {
   for (std::size_t length = 0; length <= bytes.size(); ++length) {
-    const Outcome o = outcome(bytes.substr(0, length));
+    const Reading o = reading(bytes.substr(0, length));
     ASSERT_EQ(o.foreign, length < 12) << length;
-    // A record counts once its head is whole, and reads once its payload is. The trailer of 4 bytes
-    // matters for those alone who check the file.
+    // A record counts once its head is complete, and can be read once its payload is. The trailer
+    // of 4 bytes matters only to a check of the file.
     std::size_t heads = 0;
     bool at_end = false;
     std::map<int, std::vector<float>> whole;
@@ -142,7 +142,7 @@ TEST_F(Damage, EveryLength) {
   }
 }
 
-// Values that sit on the edges of counts, sizes and dimensions, in every byte.
+// Changes in every byte that reach the limits of counts, sizes and dimensions.
 TEST_F(Damage, EveryByte) {
   // A predictive byte can stand for 5676 cells that are all as predicted, but for no more.
   allowed = coded * 5676 * sizeof(float) + 64;
@@ -151,13 +151,13 @@ TEST_F(Damage, EveryByte) {
     for (const int change : {0x01, 0x02, 0x10, 0x40, 0x80, 0xff}) {
       std::string damaged = bytes;
       damaged[at] = static_cast<char>(damaged[at] ^ change);
-      const Outcome o = outcome(damaged);
+      const Reading o = reading(damaged);
       const std::string where = std::to_string(at) + " ^ " + std::to_string(change);
       ASSERT_EQ(o.foreign, at < 12 && !(at == 11 && change == 0x80)) << where;
       refused += o.damaged;
       const std::size_t in_first = at < records[0].end ? at - 12 : 0;
-      // What stands before the damage isn't touched by it, unless a record takes on its type: that
-      // of the type byte, or what is taken for a head behind a size that is wrong.
+      // Damage leaves the records before it alone, unless another record gets their type: by its
+      // type byte, or because a wrong size makes the reader take other bytes for a head.
       bool takes_type = at < 12;
       for (const Record& r : records) {
         takes_type |= at >= r.start && at < r.start + 5;
@@ -167,7 +167,7 @@ TEST_F(Damage, EveryByte) {
         if (r.end > at || takes_type) continue;
         ASSERT_EQ(o.grids.at(r.type), r.cells) << where;
       }
-      // In the first head the codec and the dimensions must fit the payload, times and place may be
+      // In the first head the codec and the dimensions must fit the payload; times and place may be
       // anything.
       if (in_first == 5 || (in_first >= 82 && in_first < 94)) {
         ASSERT_EQ(o.grids.count(2), 0u) << where;
@@ -179,8 +179,8 @@ TEST_F(Damage, EveryByte) {
   EXPECT_GT(refused, 100);
 }
 
-// Records that claim much: dimensions beyond 64 bits, sizes beyond the file, runs of billions that
-// don't add up.
+// Records that claim too much: dimensions beyond 64 bits, sizes beyond the file, runs of billions
+// of cells that don't fill the grid.
 TEST_F(Damage, HugeClaims) {
   const int most = std::numeric_limits<int>::max(), lowest = std::numeric_limits<int>::min();
   std::string beyond = test::record(4, 1, {most, 1, 1}, Bytes().i32({1}).f32({1}).text());
@@ -196,7 +196,7 @@ TEST_F(Damage, HugeClaims) {
       beyond,
   };
   for (const std::string& claim : claims) {
-    const Outcome o = outcome(bytes.substr(0, records[0].end) + claim);
+    const Reading o = reading(bytes.substr(0, records[0].end) + claim);
     EXPECT_EQ(o.damaged, 1);
     EXPECT_EQ(o.grids.at(2), density);
   }

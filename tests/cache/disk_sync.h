@@ -1,5 +1,5 @@
-// The calls that wait for the disk, as this test program has them: nothing waits, and tests see the
-// calls, hold them up or let them fail.
+// Replaces the calls that wait for the disk in this test program. Nothing waits, and tests can
+// observe the calls, delay them or make them fail.
 #pragma once
 
 #include <functional>
@@ -9,7 +9,7 @@
 namespace nbx::test {
 
 /// Runs at each such call, on its thread, with the path of the file or folder. The result is the
-/// error of the call, 0 for none. One lives at a time.
+/// error of the call, or 0. Only one may exist at a time.
 class OnSync {
  public:
   using Action = std::function<int(const std::string& path)>;
@@ -19,7 +19,7 @@ class OnSync {
   OnSync& operator=(const OnSync&) = delete;
 };
 
-/// Holds up the first one who syncs a file.
+/// Blocks the first sync of a file.
 class HeldSync {
  public:
   explicit HeldSync(const std::string& path)

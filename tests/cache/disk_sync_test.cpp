@@ -1,4 +1,4 @@
-// What a power failure can take: the order in which files reach the disk.
+// The order in which files reach the disk, which decides what a power failure can destroy.
 #include "cache/disk_sync.h"
 
 #include <array>
@@ -54,7 +54,7 @@ namespace nbx {
 namespace {
 
 struct Call {
-  std::string path, bytes;  // what stood in the file then; a folder has no bytes
+  std::string path, bytes;  // the file's contents at that time; empty for a folder
   friend bool operator==(const Call&, const Call&) = default;
 };
 
@@ -65,7 +65,7 @@ class DiskSync : public testing::Test {
   test::TemporaryFolder folder;
   test::LogCapture log;
   std::vector<Call> calls;
-  std::size_t failing = 0;  // the number of the call that fails, from 1 on
+  std::size_t failing = 0;  // the number of the failing call, from 1 on
   int error = EIO;
   test::OnSync hook{[this](const std::string& path) {
     calls.push_back({path, std::filesystem::is_directory(path) ? "" : test::read_file(path)});
@@ -85,7 +85,7 @@ TEST_F(DiskSync, FramesAreOnTheDiskBeforeTheirVersion) {
   std::string unfinished = whole;
   unfinished[kBcfVersionAt] = 0;
   EXPECT_EQ(take(), (std::vector<Call>{{path, unfinished}, {folder.path(), ""}, {path, whole}}));
-  ASSERT_TRUE(store.write_through(frame));  // the name is there by now
+  ASSERT_TRUE(store.write_through(frame));  // the name already exists
   EXPECT_EQ(take(), (std::vector<Call>{{path, unfinished}, {path, whole}}));
   store.sync = Sync::kNone;
   ASSERT_TRUE(store.write_through(frame));
@@ -96,33 +96,31 @@ TEST_F(DiskSync, FramesAreOnTheDiskBeforeTheirVersion) {
     std::filesystem::remove(path);
     EXPECT_FALSE(store.write_through(frame));
     EXPECT_EQ(take().size(), failing);
-    EXPECT_EQ(store.last_error(), "Input/output error");
+    EXPECT_EQ(store.take_lost_frames().at(0).error, "Input/output error");
     EXPECT_FALSE(std::filesystem::exists(path));
   }
   EXPECT_EQ(store.frames_lost(), 3);
   failing = 1;
-  error = EINVAL;  // nothing that could be synced
+  error = EINVAL;  // the file can't be synced
   EXPECT_TRUE(store.write_through(frame));
 }
 
 TEST_F(DiskSync, WholeFilesTakeTheirNameWhenTheyAreThere) {
   const std::string path = folder.file("file"), part = path + ".part", link = folder.file("link");
-  std::string reason;
-  ASSERT_TRUE(write_whole(path, "old", Sync::kDisk, reason));
+  ASSERT_TRUE(write_whole(path, "old", Sync::kDisk));
   EXPECT_EQ(take(), (std::vector<Call>{{part, "old"}, {folder.path(), ""}}));
   failing = 1;
-  EXPECT_FALSE(write_whole(path, "new", Sync::kDisk, reason));
-  EXPECT_EQ(reason, "Input/output error");
+  EXPECT_EQ(write_whole(path, "new", Sync::kDisk).reason(), "Input/output error");
   { std::ofstream(WholeFile(path, Sync::kNone).part()) << "never committed"; }
   EXPECT_EQ(test::read_file(path), "old");
   EXPECT_FALSE(std::filesystem::exists(part));
   failing = 0;
   std::filesystem::create_symlink(path, link);
-  EXPECT_TRUE(write_whole(link, "new", Sync::kNone, reason));
+  EXPECT_TRUE(write_whole(link, "new", Sync::kNone));
   EXPECT_TRUE(std::filesystem::is_symlink(link));
   EXPECT_EQ(test::read_file(path), "new");
-  EXPECT_FALSE(write_whole(folder.file("missing/file"), "", Sync::kNone, reason));
-  EXPECT_EQ(reason, "No such file or directory");
+  EXPECT_EQ(write_whole(folder.file("missing/file"), "", Sync::kNone).reason(),
+            "No such file or directory");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Frame files put together byte by byte, and small grids to fill them with.
+// Frame files built byte by byte, and small grids for them.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 
 namespace nbx::test {
 
-/// Appends values as the machine holds them, which is little-endian.
+/// Appends values in the byte order of the machine, which is little-endian.
 class Bytes {
  public:
   template <class T>
@@ -68,7 +68,7 @@ inline void write_file(const std::string& path, const std::string& bytes) {
       .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
-/// A sum over bytes (Fowler, Noll and Vo's FNV-1a), to pin what is too long to write down.
+/// A checksum of bytes (Fowler, Noll and Vo's FNV-1a), for data that is too long to write down.
 inline constexpr std::uint64_t kEmptySum = 0xcbf29ce484222325;
 inline std::uint64_t sum_with(std::uint64_t sum, const std::string& bytes) {
   for (const char c : bytes) sum = (sum ^ static_cast<unsigned char>(c)) * 0x100000001b3;

@@ -24,7 +24,7 @@ void fill(SimFrame& frame, int number, float value, int type = kGridDensity) {
   frame.add(field, type, {}, {});
 }
 
-// The value of a frame; -1 where the cells differ.
+// The value of a frame; -1 if the cells differ.
 float value_of(SimFrame& frame) {
   const FieldHandle field = frame.grid(kGridDensity);
   if (!field || field->count() == 0) return -1;
@@ -42,7 +42,7 @@ class FrameStore : public testing::Test {
     fill(*slot, number, value);
     slot.stored();
   }
-  // Stores frames that are all held before the first one is there.
+  // Stores frames that are all held before the first one is stored.
   void put_together(std::initializer_list<int> numbers) {
     std::vector<SlotHandle> slots;
     for (const int n : numbers)
@@ -69,14 +69,14 @@ class FrameStore : public testing::Test {
   std::shared_ptr<BFS> store = std::make_shared<BFS>();
 };
 
-// A frame never lands in another one's file.
+// A frame is never written to another frame's file.
 TEST_F(FrameStore, AFrameWithAnotherFramesTimeIsLost) {
   prepare({4});
   SlotHandle slot = SlotHandle::for_storing(store, 5, 0);
   fill(*slot, 4, 7);
   slot.stored();
   EXPECT_FALSE(in_memory(5));
-  store->finish_writes();
+  EXPECT_TRUE(store->finish_writes());
   EXPECT_FALSE(on_disk(5));
   EXPECT_EQ(read(4), 4);
   const std::vector<LostFrame> lost = store->take_lost_frames();
@@ -91,7 +91,7 @@ TEST_F(FrameStore, StoredFramesReachTheDiskAndComeBack) {
   put(70000, 7);  // more than 16 bits, as is the substep
   put(4464, 44);  // the same low 16 bits
   put(3, 31, 65536 + 2);
-  store->finish_writes();
+  EXPECT_TRUE(store->finish_writes());
   std::uint64_t bytes = 0;
   for (const auto& file : std::filesystem::directory_iterator(path)) bytes += file.file_size();
   EXPECT_EQ(store->bytesWritten(), bytes);
@@ -118,7 +118,7 @@ TEST_F(FrameStore, KeepsOneFrameAndGrowsWhileAllAreHeld) {
   EXPECT_EQ(read(2, 0, true), 2);
   EXPECT_FALSE(in_memory(2));
 
-  // A frame that isn't there leaves nothing behind, and is looked for anew.
+  // A missing frame leaves nothing in memory, and is looked for again.
   EXPECT_EQ(read(9), 0);
   EXPECT_FALSE(in_memory(9));
   std::filesystem::copy(store->fileName(3, 0), store->fileName(9, 0));
@@ -129,11 +129,11 @@ TEST_F(FrameStore, KeepsOneFrameAndGrowsWhileAllAreHeld) {
     const SlotHandle second(store, 2, 0, true);
     EXPECT_TRUE(in_memory(1) && in_memory(2));
   }
-  EXPECT_FALSE(in_memory(2));  // over the capacity again
+  EXPECT_FALSE(in_memory(2));  // above the capacity again
   put(4, 4);
   EXPECT_TRUE(in_memory(1));
   first.release();
-  store->finish_writes();
+  EXPECT_TRUE(store->finish_writes());
   EXPECT_EQ(read(3), 3);
   EXPECT_TRUE(in_memory(3));
   EXPECT_FALSE(in_memory(1));
@@ -155,7 +155,7 @@ TEST_F(FrameStore, StoringAnewReplacesTheFrame) {
   EXPECT_FALSE(slot);
   moved.release();
 
-  // A store that isn't completed leaves the file as it was, and no frame in memory.
+  // An incomplete store leaves the old file, and no frame in memory.
   {
     const SlotHandle half = SlotHandle::for_storing(store, 1, 0);
     fill(*half, 1, 3);
@@ -165,7 +165,7 @@ TEST_F(FrameStore, StoringAnewReplacesTheFrame) {
   EXPECT_EQ(read(1), 2);
 }
 
-// The writer passes over a frame that is being stored, and comes back when it is there.
+// The writer skips a frame that is being stored, and saves it later.
 TEST_F(FrameStore, OnlyTheFrameItselfIsWaitedFor) {
   prepare({1, 2});
   SlotHandle storing = SlotHandle::for_storing(store, 1, 0);
@@ -180,13 +180,13 @@ TEST_F(FrameStore, OnlyTheFrameItselfIsWaitedFor) {
   storing.stored();
   reader.join();
   EXPECT_EQ(got, 11);
-  store->finish_writes();
+  EXPECT_TRUE(store->finish_writes());
   SimFrame file;
   ASSERT_TRUE(file.load(store->fileName(1, 0)));
   EXPECT_EQ(value_of(file), 11);
 }
 
-// Readers load grids when they ask for them: the file must not change before.
+// Readers load grids on demand, so the file must not change before that.
 TEST_F(FrameStore, WriteThroughWaitsForReaders) {
   prepare({1});
   SlotHandle reader(store, 1, 0, true);
@@ -205,7 +205,7 @@ TEST_F(FrameStore, WriteThroughWaitsForReaders) {
   EXPECT_EQ(read(1), 11);
 }
 
-// One load opens the file twice: to look at its header, and to read it.
+// One load opens the file twice: to check its header, and to read it.
 TEST_F(FrameStore, ReadersShareOneLoad) {
   prepare({1});
   const int watch = inotify_init1(IN_NONBLOCK);
@@ -222,8 +222,8 @@ TEST_F(FrameStore, ReadersShareOneLoad) {
   for (const SlotHandle& handle : handles) EXPECT_EQ(value_of(*handle), 1);
 }
 
-// While the writer is busy, who stores one frame more than the table holds saves the first one that
-// nobody uses, and only that.
+// While the writer is busy, a store into a full table saves the first frame that nobody uses, and
+// only that.
 TEST_F(FrameStore, TheFirstUnusedFrameMakesRoom) {
   test::HeldSync writer(store->fileName(0, 0));
   put(0, 1);
@@ -237,7 +237,7 @@ TEST_F(FrameStore, TheFirstUnusedFrameMakesRoom) {
   EXPECT_EQ(store->frames(), (std::vector<int>{0, 1, 2, 3, 9}));
 }
 
-// The writer has nothing to do any more when the reader comes.
+// The writer is idle when the reader comes.
 TEST_F(FrameStore, AFrameThatFailedIsTriedAgainWhenAReaderGoes) {
   const auto comes = [](const auto& what) {
     const Stopwatch watch;
@@ -256,13 +256,12 @@ TEST_F(FrameStore, AFrameThatFailedIsTriedAgainWhenAReaderGoes) {
   EXPECT_TRUE(comes([&] { return on_disk(2); }));
 }
 
-// An unknown codec fails in the writer and leaves the frames dirty until it is mended.
+// An unknown codec fails in the writer and leaves the frames dirty until the codec is valid.
 TEST_F(FrameStore, DirtyFramesAreSavedBeforeTheStoreEnds) {
   store->codec = static_cast<Codec>(9);
   const SlotHandle empty(store, 77, 0, true);  // doesn't keep the store
   put_together({1, 2, 3});
-  EXPECT_FALSE(store->finish_writes());
-  EXPECT_EQ(store->last_error(), "Unknown codec");
+  EXPECT_EQ(store->finish_writes().reason(), "Unknown codec");
   EXPECT_EQ(store->frames_lost(), 0);
   for (int n = 1; n <= 3; ++n) EXPECT_TRUE(in_memory(n) && !on_disk(n));
 
@@ -274,15 +273,15 @@ TEST_F(FrameStore, DirtyFramesAreSavedBeforeTheStoreEnds) {
 TEST_F(FrameStore, FramesThatCanNotBeWrittenAreGivenUp) {
   std::filesystem::create_directory(store->fileName(1, 0));  // where the file should go
   put(1, 1);
-  store->finish_writes();
+  EXPECT_TRUE(store->finish_writes());
   EXPECT_EQ(store->frames_lost(), 1);
 
   std::filesystem::remove_all(path);
   put(-2, 2);
   put(3, 3);
-  store->finish_writes();
+  EXPECT_TRUE(store->finish_writes());
   EXPECT_EQ(store->frames_lost(), 3);
-  EXPECT_NE(store->last_error().find(path), std::string::npos);
+  EXPECT_NE(store->take_lost_frames().back().error.find(path), std::string::npos);
   store->codec = static_cast<Codec>(9);
   std::filesystem::create_directory(path);
   put(4, 4);
@@ -290,7 +289,7 @@ TEST_F(FrameStore, FramesThatCanNotBeWrittenAreGivenUp) {
   store->removeAllSlots();
   EXPECT_EQ(store->frames_lost(), 5);
 
-  // Another directory gets none of the old one's frames.
+  // Another directory gets no frame of the old one.
   store->codec = Codec::kRaw;
   put(6, 6);
   ASSERT_TRUE(store->setDirectory(folder.path()));
@@ -307,11 +306,12 @@ TEST_F(FrameStore, RegistryHasOneStoreForADirectory) {
   EXPECT_FALSE(getCache(folder.file("missing")));
   EXPECT_FALSE(getCache(""));
   for (int n = 1; n <= 10; ++n) put(n, static_cast<float>(n));
-  store->finish_writes();
+  EXPECT_TRUE(store->finish_writes());
   test::HeldSync writer(store->fileName(11, 0));
   put(11, 11);
   writer.wait();
-  // A handle owns the store too. Who opens it anew waits for the writer, and meets all frames.
+  // A handle owns the store too. Opening the store again waits for the writer, and finds all
+  // frames.
   SlotHandle last(store, 1, 0, true);
   store.reset();
   EXPECT_TRUE(CacheRegistry::instance().find(path));
@@ -328,8 +328,9 @@ TEST_F(FrameStore, RegistryHasOneStoreForADirectory) {
   end.join();
 }
 
-// Three frames stored over and over in rising versions, read, evicted and flushed at once. Each
-// frame seen is whole, and no reader goes back in time.
+// Three frames are stored again and again in rising versions, while they are read, evicted and
+// flushed. Every frame that a reader sees is complete, and no reader sees an older version after a
+// newer one.
 TEST_F(FrameStore, ReadersWritersAndEvictionTogether) {
   constexpr int kVersions = 60, kFrames = 3;
   std::atomic<int> last_version[kFrames] = {};

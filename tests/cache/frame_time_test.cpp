@@ -40,7 +40,7 @@ TEST(FrameTime, FrameNumber) {
     EXPECT_EQ((FrameTime{{n, d}, {length, per}}.frame()), frame) << n;
 }
 
-// A clock of binary fractions would miss frames; this one hits each of four hours.
+// A clock of binary fractions would miss frames; this one hits every frame of four hours.
 TEST(FrameTime, ClockHitsEveryFrame) {
   for (const Fraction length :
        {Fraction{1, 25}, Fraction{2, 25}, Fraction{1001, 30000}, Fraction{1001, 24000},

@@ -1,4 +1,4 @@
-// Frames as OpenVDB files, looked at with OpenVDB itself, and back.
+// Frames written as OpenVDB files, checked with OpenVDB itself, and read back.
 #include <openvdb/openvdb.h>
 
 #include "cache/grid_type.h"
@@ -8,8 +8,8 @@
 namespace nbx {
 namespace {
 
-// World (x, y, z) of cell (i, j, k) is (10 - 2 j, 20 + 2 i, 30 + 2 k), host units: voxels of 2, the
-// grid's x axis along y, its y axis against x.
+// World (x, y, z) of cell (i, j, k) is (10 - 2 j, 20 + 2 i, 30 + 2 k) in host units: voxels of 2,
+// the grid's x axis along y, its y axis along -x.
 const GridMatrix kMatrix{0, -0.5, 0, 0, 0.5, 0, 0, 0, 0, 0, 0.5, 0, -10, 5, -15, 1};
 const Vec3i kOffset{-1, 2, 3}, kDims{9, 8, 7};
 const std::map<int, std::string> kNames{{kGridDensity, "smoke"}, {kGridVelocityX, "vel"}};
@@ -42,7 +42,7 @@ class Vdb : public testing::Test {
 };
 
 TEST_F(Vdb, VoxelsAndVelocitiesLieWhereTheFrameHasThem) {
-  // Density 7 in cell (3, 4, 5) alone and in the ghost layer; gas that moves by (1, 2, 3) along the
+  // Density 7 only in cell (3, 4, 5) and in the ghost layer; gas that moves by (1, 2, 3) along the
   // grid's axes.
   Field<float>& density = *frame.grid(kGridDensity);
   std::fill_n(density.data(), density.count(), 0.0f);
@@ -93,10 +93,10 @@ TEST_F(Vdb, FramesComeBack) {
           ASSERT_EQ(g.dims(), f.dims());
           const int a = staggered_axis(type);
           const bool mean = a >= 0 && !staggered;
-          // Halves keep 11 bits; scaling by 100 and turning rounds a few times.
+          // Half floats have 11 bits; scaling by 100 and rotation round a few times.
           const double tolerance = half ? 1e-3 : a >= 0 ? 1e-6 : 0;
           test::each_cell(f.dims(), mean ? 2 : 1, [&](int i, int j, int k) {
-            // A face between the means of the two cells at it.
+            // A face between the mean values of its two cells.
             const int x = a == 0, y = a == 1, z = a == 2;
             const double expected = mean ? 0.25 * f(i - x, j - y, k - z) + 0.5 * f(i, j, k) +
                                                0.25 * f(i + x, j + y, k + z)

@@ -1,4 +1,4 @@
-// What acts on whole fields, and their values between the cells.
+// Operators on whole fields, and sampling between cells.
 #include "math/field_operators.h"
 
 #include <functional>
@@ -53,7 +53,7 @@ const Case cases[] = {
      [](float x, float) { return std::min(std::max(x, kB), kA); }},
 };
 
-// Weights at the distances n, n - 1 and nearer, worked by hand.
+// Weights at the distances n, n - 1 and nearer, computed by hand.
 struct Box {
   double radius;
   int n;
@@ -68,7 +68,8 @@ constexpr Box boxes[] = {
     {16, 16, 1 / 30.f, 1 / 60.f, 0},
 };
 
-// The window around p of a line of n values, cut at its ends, weights laid from both of its ends.
+// The filtered value at p of a line of n values. The window is cut at the ends of the line and has
+// its weights from both of its ends.
 template <class Line>
 double box_at(const Line& line, int n, int p, const Box& b) {
   const int lo = std::max(p - b.n, 0), hi = std::min(p + b.n, n - 1);
@@ -102,7 +103,7 @@ constexpr int sizes[][3] = {{1, 1, 1},   {2, 3, 1},   {3, 2, 4},  {5, 4, 6},
 
 TEST(FieldOperators, ActOnEveryElement) {
   const test::ThreadCount threads(3);
-  // Below, at and above the sizes at which vectors, blocks and threads begin.
+  // Sizes below, at and above those at which vectors, blocks and threads start.
   for (const int n : {0, 1, 3, 4, 7, 16383, 16385, 65535, 65536, 100003}) {
     MField x(kCpu, {n, 1, 1}), y(kCpu, {1, n, 1}), out(kCpu, {1, 1, n});
     F &fx = x.overwrite_cpu(), &fy = y.overwrite_cpu(), &dst = out.overwrite_cpu();
@@ -121,8 +122,8 @@ TEST(FieldOperators, ActOnEveryElement) {
   }
 }
 
-// In place, with the operand on the device; and to a device's field from sources on the CPU, which
-// moves nothing.
+// In place with the operand on the device; and from sources on the CPU to a destination on the
+// device, which moves nothing.
 TEST(FieldOperators, WorkWhereverFieldsLie) {
   test::on_gpu_thread([] {
     const test::LogCapture log;
@@ -133,7 +134,7 @@ TEST(FieldOperators, WorkWhereverFieldsLie) {
       const F fx = test::copy_of(x.read_cpu());
       std::uint64_t moves = MField::moves();
       c.run(out, x, y);
-      // `clamp` has no source: the case copies x to the device first, and it comes back.
+      // `clamp` has no source: its case copies x to the device, and clamp moves it back.
       EXPECT_EQ(MField::moves() - moves, c.name == std::string("clamp") ? 2u : 0u) << c.name;
       x.move_to(kGpu);
       moves = MField::moves();
@@ -158,7 +159,8 @@ TEST(FieldOperators, CheckAlignmentThenCount) {
   EXPECT_THROW(scal(dst, 2, shifted), MisalignedFieldMemoryException);
 }
 
-// An extreme value anywhere must be seen: lanes, rest of a block, border of a block, last block.
+// An extreme value must be found anywhere: in lanes, the rest or the border of a block, the last
+// block.
 TEST(FieldReductions, FindTheExtremeAnywhere) {
   const int n = 3 * 16384 + 21;
   Field<float> x = test::random_field({n, 1, 1}, 1);
@@ -213,8 +215,8 @@ TEST(FieldReductions, BoxHoldsWhatExceedsTheThreshold) {
   EXPECT_EQ(min_bbox(x, 0.5f), (IntBox{{3, 1, 2}, {8, 4, 6}}));
 }
 
-// Each pass rounds its weights and products once, and adds each value at most 2 log2(n) + 4 times:
-// with values up to 1 and weights that add up to 1 the error of a pass stays below
+// Each pass rounds its weights and products once, and adds each value at most 2 log2(n) + 4 times.
+// With values up to 1 and weights that add up to 1, the error of a pass stays below
 // (2 log2(n) + 6) 2^-24.
 TEST(FieldFilters, BoxBlurMatchesThePlainForm) {
   const test::ThreadCount threads(3);
@@ -313,7 +315,7 @@ TEST(FieldResampling, DivergenceFreeStaysDivergenceFree) {
     scale_up_south(v, V, factor);
     scale_up_low(w, W, factor);
     EXPECT_LT(largest_divergence(u, v, w), 1e-5f) << factor;
-    // The fine faces of a coarse face have its value; so all others are what divergence leaves.
+    // The fine faces of a coarse face have its value.
     test::each_cell({fx + 1, fy, fz}, 1, [&](int i, int j, int k) {
       if ((i - 1) % factor != 0) return;
       const auto at = [=](int fine) { return (fine - 1) / factor + 1; };
@@ -323,8 +325,8 @@ TEST(FieldResampling, DivergenceFreeStaysDivergenceFree) {
   }
 }
 
-// Reproducing quadratics is what makes the error fall with the third power of the cells' size. The
-// function rises along every axis, so that the overshoot limiter has nothing to do.
+// A method that reproduces quadratics has an error that falls with the third power of the cell
+// size. The function rises along every axis, so the overshoot limiter does nothing.
 TEST(Interpolation, CubicIsExactForQuadraticsAndFallsBackToLinear) {
   const auto square = [](double x, double y, double z) {
     return x * x + y * y + z * z + x * y - x * z / 4 + y * z;
@@ -336,13 +338,13 @@ TEST(Interpolation, CubicIsExactForQuadraticsAndFallsBackToLinear) {
     const float x = place(engine), y = place(engine), z = place(engine);
     EXPECT_NEAR(sample_cubic(g, x, y, z), square(x, y, z), 2e-4);
   }
-  // 4 cells are needed on each axis: the index may be 1 to n-3.
+  // Cubic sampling needs 4 cells on each axis: the index may be 1 to n-3.
   for (const float x : {0.5f, 6.5f, -3.0f, 9.0f}) {
     EXPECT_EQ(sample_cubic(g, x, 3, 3), sample_linear(g, x, 3, 3));
     EXPECT_EQ(sample_cubic(g, 3, x, 3), sample_linear(g, 3, x, 3));
     EXPECT_EQ(sample_cubic(g, 3, 3, x), sample_linear(g, 3, 3, x));
   }
-  // Beside a step the cubic would overshoot: 1 at the upper side, 0.5 between.
+  // Beside a step the cubic would overshoot: it must give 1 on the upper side and 0.5 in between.
   const Field<float> step = test::field_of({8, 8, 8}, [](int i, int, int) { return i > 3; });
   EXPECT_EQ(sample_cubic(step, 4.5f, 3, 3), 1.0f);
   EXPECT_EQ(sample_cubic(step, 2.5f, 3, 3), 0.0f);

@@ -1,4 +1,4 @@
-// Fields on the CPU and on both sides, and the pools.
+// Fields, fields on both sides, and the pools.
 #include "math/field.h"
 
 #include <cmath>
@@ -13,7 +13,7 @@
 #include "support/support.h"
 #include "util/exception.h"
 
-// Lets an impossible allocation fail as it does without sanitizers.
+// Makes an impossible allocation fail as it does without sanitizers.
 extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
 extern "C" const char* __tsan_default_options() { return "allocator_may_return_null=1"; }
 
@@ -81,14 +81,14 @@ TEST(FieldPoolDeathTest, UnknownAddressEndsTheProcess) {
   EXPECT_TRUE(log.contains("FATAL: releasing unknown field"));
 }
 
-// Managed fields on both sides, over the software device.
+// MFields on both sides, with the software device.
 namespace {
 
 void fill(MField& field, const Vec3i& dims, unsigned seed) {
   field.assign(test::random_field(dims, seed));
 }
 
-// The contents, wherever the field lies.
+// The contents of the field, on either side.
 Field<float> contents(const MField& field) {
   MField copy;
   copy.assign(field);
@@ -142,7 +142,7 @@ TEST(MField, AssignAndSwapBetweenAllSides) {
         const FieldHandle a_shared = a.cpu_handle(), b_shared = b.cpu_handle();
         a.swap(b);
         if (a_side == kCpu && b_side == kCpu) {
-          EXPECT_EQ(a.cpu_handle(), a_shared) << "who shares a field sees the new contents";
+          EXPECT_EQ(a.cpu_handle(), a_shared) << "a holder of the handle sees the new contents";
           EXPECT_EQ(b.cpu_handle(), b_shared);
         }
         EXPECT_EQ(a.location(), a_side);
@@ -194,8 +194,8 @@ TEST(MField, MovesWhatIsReadAndNothingElse) {
   });
 }
 
-// Each memory call of a device body fails once, on fresh operands, in place and not. What the CPU
-// then makes is what it makes alone.
+// Each memory call of a device body fails once, with and without an in-place operand. The CPU's
+// result must then be what the CPU gives alone.
 TEST(MField, HalfRunDeviceBodyIsRepeatedOnTheCpu) {
   test::on_gpu_thread([] {
     const test::LogCapture log;
@@ -236,7 +236,7 @@ TEST(MField, FailureLosesNothing) {
     MField field;
     fill(field, {8, 8, 8}, 1);
     const Field<float> before = contents(field);
-    // Each memory call of the way up fails once.
+    // Each memory call of the upload fails once.
     for (const int call : {1, 2}) {
       software_device::fail_call(call, cuda::kErrorMemoryAllocation);
       EXPECT_THROW(field.read_gpu(), CUDAException);

@@ -30,7 +30,7 @@ struct Problem {
     double mean = 0;
     for_interior([&](float& v) { mean += static_cast<double>(v = value(engine)); });
     mean /= interior[0] * interior[1] * static_cast<double>(interior[2]);
-    // Behind walls alone only what sums to zero has a solution.
+    // With walls on all sides only a right-hand side that sums to zero has a solution.
     if (faces == kClosed) for_interior([&](float& v) { v -= static_cast<float>(mean); });
     solver.bc = faces;
     solver.setup(n[0], n[1], n[2], r0, buffer);
@@ -51,7 +51,7 @@ TEST(Multigrid, EqualsThePlainFormBitForBit) {
       SCOPED_TRACE(testing::Message() << size[0] << " " << size[1] << " " << size[2] << " faces "
                                       << faces[0] << faces[1]);
       Problem plain(size, faces);
-      fill_random(plain.x, 2);  // a first guess, and ghosts that mean nothing
+      fill_random(plain.x, 2);  // a first guess, and ghosts without meaning
       const float expected = test::PlainMultigrid(plain.x.dims(), faces).solve(plain.x, plain.b, 2);
       test::everywhere([&] {
         Problem fast(size, faces);
@@ -65,7 +65,7 @@ TEST(Multigrid, EqualsThePlainFormBitForBit) {
     }
 }
 
-// The mean factor by which ten V-cycles shrink the residual, while rounding doesn't bound it.
+// The mean factor by which ten V-cycles shrink the residual, before rounding limits it.
 double factor(const Vec3i& size, const Faces& faces) {
   Problem p(size, faces);
   const double first = infnorm(p.b);
@@ -82,8 +82,8 @@ TEST(Multigrid, VCyclesConverge) {
         Vec3i(127, 127, 127), Vec3i(128, 128, 128), Vec3i(100, 150, 77)}) {
     SCOPED_TRACE(testing::Message() << size[0] << " " << size[1] << " " << size[2]);
     EXPECT_LT(factor(size, kOpen), 0.1);
-    // At a wall a sweep reads the ghost, a copy of the cell's own value before, like a neighbor.
-    // That holds the cell back, on coarse levels most of all.
+    // At a wall a sweep reads the ghost, a copy of the cell's old value, like a neighbor. That
+    // slows the cell down, most of all on coarse levels.
     EXPECT_LT(factor(size, kFloor), 0.5);
     EXPECT_LT(factor(size, kMixed), 0.75);
     EXPECT_LT(factor(size, kClosed), 0.75);
@@ -121,7 +121,7 @@ TEST(Multigrid, EndsOfASolve) {
 }
 
 TEST(Multigrid, ThreeRisesEndASolve) {
-  // Behind walls alone a source without a sink has no solution: the residual grows to a limit.
+  // With walls on all sides a source without a sink has no solution: the residual grows to a limit.
   Problem p({16, 16, 16}, kClosed);
   p.for_interior([](float& v) { v = 1; });
   const SolveResult result = p.cycles(20);
@@ -129,7 +129,7 @@ TEST(Multigrid, ThreeRisesEndASolve) {
   EXPECT_EQ(result.cycles, 3);
 }
 
-// Counts what it is asked, and stops once `cycles` are done.
+// Counts its calls, and stops after `cycles` cycles.
 struct Stopper : SolverProgress {
   int cycles, largest_total = 0;
   explicit Stopper(int n) : cycles(n) {}
@@ -145,7 +145,7 @@ TEST(Multigrid, TheUserCanStopASolve) {
   EXPECT_EQ(p.solver.solve(p.x, p.b, 2, 4, -1, &never).end, SolveEnd::kMaxCycles);
   EXPECT_EQ(never.largest_total, 4) << "an estimate that was too low grows";
 
-  // Stopped within the second cycle: x is as the first one left it.
+  // Stopped in the second cycle: x is that of the first cycle.
   std::fill_n(p.x.data(), p.x.count(), 0.0f);
   Stopper second(1);
   const SolveResult result = p.solver.solve(p.x, p.b, 7, 4, -1, &second);

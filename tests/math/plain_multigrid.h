@@ -1,5 +1,5 @@
-// The multigrid solver in its plain form: natural rows, one loop per step, ghosts set before each
-// sweep, every intermediate field stored. The solver must give the same bits.
+// A plain form of the multigrid solver: natural rows, one loop per step, ghosts set before each
+// sweep, all intermediate fields stored. The solver must give the same bits.
 #pragma once
 
 #include <array>

@@ -35,7 +35,7 @@ RationalSpline rich_curve() {
                {0.9f, 0.1f}});
 }
 
-// The rational Bezier curve of the span from knot i on, by its definition, in double.
+// The rational Bezier curve of the span that starts at knot i, by its definition, in double.
 double bezier_value(const RationalSpline& s, std::size_t i, double v) {
   const RationalSpline::Knot &a = s.knots()[i], &b = s.knots()[i + 1];
   const double t = (v - a.x) / (double{b.x} - a.x), w0 = s.bias()[i], w1 = 1 - w0;
@@ -60,7 +60,7 @@ TEST(RationalSpline, ValuesWorkedByHand) {
     EXPECT_NEAR(make(c.points).eval(c.v), c.expected, 2e-7f * (1 + std::abs(c.expected))) << c.v;
 }
 
-// Float against the definition in double: some ten roundings of terms below 2, over a denominator
+// Float against the definition in double: about ten roundings of terms below 2, over a denominator
 // of at least 0.1.
 TEST(RationalSpline, SpansAreRationalBezierCurves) {
   RationalSpline spline = rich_curve();
@@ -88,7 +88,7 @@ TEST(RationalSpline, KnotsRiseStrictly) {
   }
 }
 
-// A bias at the ends of its range or beyond keeps the curve finite and through its knots.
+// With a bias at or beyond the ends of its range the curve is finite and goes through its knots.
 TEST(RationalSpline, ExtremeBias) {
   for (float bias : {0.0f, 1.0f, 1e-9f, 7.0f, -3.0f, kNaN}) {
     RationalSpline spline = make({{0, 2, 1, 1, bias}, {1, 3, 1, 1, bias}, {2, -1}});
@@ -102,7 +102,7 @@ TEST(RationalSpline, ExtremeBias) {
 
 TEST(RationalSpline, EditingAndComparing) {
   RationalSpline a = make({{1, 2}, {3, 4}, {0, 6}}), b = make({{10, 20}, {30, 40}});
-  for (const int none : {-1, 3}) {  // points that aren't there
+  for (const int none : {-1, 3}) {  // no such points
     a.removePoint(none);
     a.setBias(none, 0.9f);
     a.setSideBias(none, 0.9f);
@@ -114,7 +114,7 @@ TEST(RationalSpline, EditingAndComparing) {
   EXPECT_FALSE(make({{0, 0}, {1, 1}}) < make({{1, 3}, {2, 5}}));  // equal biases
 
   a.rebuild();
-  a.removePoint(0);  // (3, 4) and (0, 6) stay, with the places 2 and 0 that they had
+  a.removePoint(0);  // (3, 4) and (0, 6) stay, with their old ids 2 and 0
   for (const int place : {2, 0}) a.setBiasFromSlider(place, -1);
   EXPECT_EQ(a.points()[0].bias, 0.5f) << "there is no place 2 among two";
   EXPECT_FLOAT_EQ(a.points()[1].bias, 0.5f * std::exp(-1.0f));
@@ -191,8 +191,8 @@ TEST(SplineStream, RoundTripAndOlderForm) {
   EXPECT_EQ(kept.rectangle[0], 5);
 }
 
-// Whatever is read without failure is a curve that comes back from what it writes. A failed read
-// leaves its destination alone.
+// A curve that is read without failure is written and read back the same. A failed read doesn't
+// change its destination.
 TEST(SplineStream, Damage) {
   const std::vector<std::byte> good = bytes_of(rich_curve(), {{1, 2, 3, 4}, true});
   int failed = 0, read = 0;

@@ -57,8 +57,8 @@ TEST(SparseField, BlocksHoldEightVoxelsAnAxis) {
   EXPECT_EQ(block_pool().counts().in_use, in_use);
 }
 
-// Blocks whose origins are 1024 apart share their first slot in a map of 1024: searches must pass
-// over the deleted ones, which serve again, or would take the place of all unused ones in the end.
+// Blocks whose origins are 1024 apart share their first slot in a map of 1024. Searches must pass
+// over deleted slots. These must be used again, or in the end no unused slot would be left.
 TEST(SparseField, BlocksMayComeAndGoForEver) {
   Sparse f;
   std::set<std::tuple<int, int, int>> stay;
@@ -71,7 +71,7 @@ TEST(SparseField, BlocksMayComeAndGoForEver) {
       if (v == 0) v = engine() % 512 ? 1 : 2;
       if (v == 2) stay.insert({x, y, 0});
     }
-    f.clear_blocks_le(1);  // the threshold itself doesn't stay
+    f.clear_blocks_le(1);  // removes values equal to the threshold
     ASSERT_EQ(f.blocks().size(), stay.size());
     ASSERT_TRUE(consistent(f));
   }
@@ -94,8 +94,8 @@ TEST(SparseField, MapStaysHalfEmptyButCannotGrowInAParallelRegion) {
   EXPECT_TRUE(consistent(f));
 }
 
-// In every step all threads insert at once, each block by two of them. Chains of blocks with the
-// same first slot lead all threads to the same free or deleted slot.
+// In every step all threads insert at once, and two of them insert each block. Chains of blocks
+// with the same first slot lead all threads to the same free or deleted slot.
 TEST(SparseField, ThreadsInsertTogether) {
   constexpr int kThreads = 4, kSteps = 200;
   const auto column = [](int step, int thread) { return 1024 * (2 * step + thread / 2); };

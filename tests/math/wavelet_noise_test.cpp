@@ -32,9 +32,9 @@ TEST(WaveletTile, SizesAndDeterminism) {
   }
 }
 
-// What a grid of half the resolution can represent vanishes: refine random coarse B-spline
+// The part that a grid of half the resolution can represent vanishes: refine random coarse B-spline
 // coefficients along each axis, as f(2m) = 3/4 c(m) + 1/4 c(m+1), f(2m+1) = 1/4 c(m) + 3/4 c(m+1).
-// The analysis filter is cut to 32 taps of 6 digits, which leaves about 1e-3.
+// The analysis filter has only 32 taps of 6 digits, which leaves about 1e-3.
 TEST(WaveletTile, HighPassRemovesTheCoarseGrid) {
   const int n = 32;
   const Field<float> coarse = test::random_field({n / 2, n / 2, n / 2}, 1);
@@ -54,9 +54,9 @@ TEST(WaveletTile, HighPassRemovesTheCoarseGrid) {
   EXPECT_LT(mean_square(tile), 1e-5 * before);
 }
 
-// White noise of variance 1 goes in. Of 8 waves one is in the low band, so 7/8 come out, and adding
-// the shifted copy doubles them. All parities of cells end up with the same: 2^15 cells of each,
-// neighbors correlated: 4 % are above three standard deviations.
+// The input is white noise of variance 1. One of 8 waves is in the low band, so 7/8 remain, and
+// adding the shifted copy doubles them. Cells of all parities get the same variance. With 2^15
+// correlated cells of each, 4 % are above three standard deviations.
 TEST(WaveletTile, Variance) {
   WaveletNoise noise;
   Field<float> tile;
@@ -75,8 +75,8 @@ TEST(WaveletNoise, Samples) {
   noise.tile_size = 8;
   advance_tile(noise, 0, true, false);
   const Field<float>& tile = noise.tile;
-  // Halfway between two cells both count half; the weights of the two other axes are 1/8, 3/4, 1/8
-  // at whole coordinates.
+  // Halfway between two cells both have the weight 1/2; on the other axes the weights at whole
+  // coordinates are 1/8, 3/4, 1/8.
   float expected = 0;
   const float w[3] = {0.125f, 0.75f, 0.125f};
   for (int a = 0; a < 3; ++a)
@@ -121,7 +121,7 @@ TEST(WaveletNoise, FieldsEqualPoints) {
       EXPECT_EQ(field(i, j, k), fractal3D(noise, params, {i, j, k}, 0)) << bands;
     });
   }
-  // One band and half of a second one, worked by hand.
+  // One band and half of a second one, computed by hand.
   params.bands = 1.5f;
   const Vec3f p(2, 3, 4), at = (p + params.offset) * 0.37f;
   EXPECT_FLOAT_EQ(fractal3D(noise, params, p, 2),
@@ -138,7 +138,7 @@ TEST(WaveletNoise, TilesOfSuccessiveTimes) {
     return test::same_bits(noise.tile_a, tiles[a]) && test::same_bits(noise.tile_b, tiles[b]) &&
            noise.tile[77] == blend;
   };
-  // Before each step, noise that is brought back from its state goes on as the other.
+  // Before each step: noise restored from the state continues like the original.
   const auto advance = [](WaveletNoise& noise, float time) {
     WaveletNoise back;
     back.tile_size = 8;
@@ -156,7 +156,7 @@ TEST(WaveletNoise, TilesOfSuccessiveTimes) {
   EXPECT_TRUE(is(noise, 0, 1, 0.75f));
   advance(noise, 1.5f);
   EXPECT_TRUE(is(noise, 1, 2, 0.5f));
-  advance(noise, 0.5f);  // back: tile 1 is of time 1 again, and 3 is new
+  advance(noise, 0.5f);  // back: tile 1 is that of time 1 again, and 3 is new
   EXPECT_TRUE(is(noise, 3, 1, 0.5f));
   WaveletNoise late;  // skips two tiles
   late.tile_size = 8;
@@ -164,7 +164,7 @@ TEST(WaveletNoise, TilesOfSuccessiveTimes) {
   EXPECT_TRUE(is(late, 2, 3, 0.25f));
   for (const float time : {9000.5f, 9000.75f, 2.5f}) advance(late, time);
 
-  // By the time alone: on, at once, far on, back by one, and back further.
+  // By the time only: one step on, a jump, a long jump, one step back, and further back.
   WaveletNoise any;
   any.tile_size = 8;
   for (const float t : {0.5f, 1.5f, 1.75f, 4.25f, 3.5f, 0.0f, 2.25f, 8192 + 4.5f}) {

@@ -1,4 +1,4 @@
-// A disk that is full.
+// Simulates a full disk.
 #pragma once
 
 #include <csignal>
@@ -7,7 +7,7 @@
 
 namespace nbx::test {
 
-// Files may not grow beyond `bytes` while it lives, as on a full disk.
+// While it lives, files can't grow beyond `bytes`, as on a full disk.
 class FileSizeLimit {
  public:
   explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {

@@ -1,4 +1,4 @@
-// What several test programs share.
+// Helpers of several test programs.
 #pragma once
 
 #include <cmath>
@@ -21,7 +21,7 @@
 
 namespace nbx::test {
 
-/// A folder under the system's temporary one that vanishes with this object.
+/// A temporary folder that is removed with this object.
 class TemporaryFolder {
  public:
   TemporaryFolder() {
@@ -46,7 +46,7 @@ inline std::string read_file(const std::string& path) {
   return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-/// Sends the log to a file of its own while it lives.
+/// Redirects the log to its own file while it lives.
 class LogCapture {
  public:
   LogCapture() { set_log_file(folder_.file("log")); }
@@ -87,7 +87,7 @@ void everywhere(Body body) {
   limit_isa(Isa::kAvx512);
 }
 
-/// Visits the cells of a grid of n cells, but for `rim` layers at each of its sides.
+/// Visits the cells of a grid of n cells, except `rim` layers on each side.
 template <class Body>
 void each_cell(const Vec3i& n, int rim, Body body) {
   for (int k = rim; k < n[2] - rim; ++k)
@@ -122,7 +122,7 @@ inline Field<float> copy_of(const Field<float>& f) {
   return copy;
 }
 
-/// The voxel of a sparse field, whose block is made if there is none.
+/// The voxel of a sparse field; creates its block if there is none.
 inline float& voxel(SparseField<float, 3>& f, int x, int y, int z) {
   return f.hash_insert(x, y, z).data[SparseField<float, 3>::voxel_index(x & 7, y & 7, z & 7)];
 }

@@ -1,4 +1,4 @@
-// The CUDA layer over the software device, and the rule that chooses between GPU and CPU.
+// The CUDA layer on the software device, and the rule that chooses between GPU and CPU.
 #include <cstdlib>
 #include <thread>
 
@@ -20,7 +20,7 @@ class CudaLayer : public testing::Test {
 TEST_F(CudaLayer, RecordsBelongToThreads) {
   const test::LogCapture log;
   std::shared_ptr<CudaUseFlags> seen;
-  // Threads that follow each other often get the same id; none may find another's device.
+  // Successive threads often get the same id; none may inherit another one's device.
   for (int i = 0; i < 3; ++i)
     std::thread([&] {
       EXPECT_EQ(cuda_use_flags().device, -1);
@@ -61,7 +61,7 @@ TEST_F(CudaLayer, FailureOnTheGpuRepeatsOnTheCpuAndStaysThere) {
   }).join();
 }
 
-// Resets by the first selection of a device on which the process holds `bytes` already.
+// The number of resets by the first selection of a device on which the process already has `bytes`.
 int resets_of_first_selection(std::size_t bytes) {
   software_device::enable(true);
   void* memory = nullptr;

@@ -1,4 +1,4 @@
-// What a process leaves behind: its log and the user's settings.
+// The log and the user's settings.
 #include "util/log.h"
 
 #include <QSettings>
@@ -15,7 +15,7 @@ namespace nbx {
 
 namespace {
 
-// Keeps the default log out of the user's settings. Before anything asks for their place.
+// Keeps the default log out of the user's own settings. Runs before anything reads their path.
 const std::string& settings_folder() {
   static const test::TemporaryFolder folder;
   static const std::string path = folder.path();
@@ -23,7 +23,8 @@ const std::string& settings_folder() {
 }
 [[maybe_unused]] const int isolated = setenv("XDG_CONFIG_HOME", settings_folder().c_str(), 1);
 
-// The texts of the lines. A prefix has the seconds with 3 decimals, at least 7 wide: "[  1.500] ".
+// The texts of the lines. A prefix has the seconds with 3 decimals in at least 7 characters, as
+// "[  1.500] ".
 std::vector<std::string> texts_of(const std::string& text) {
   std::istringstream in(text);
   std::vector<std::string> texts;
@@ -74,7 +75,7 @@ TEST(Log, DefaultFileLiesBesideTheSettingsAndStartsAnewOrIsNone) {
   EXPECT_FALSE(set_log_file(folder + "/no/such/folder/log"));
   LogMessage() << "still here";
   EXPECT_EQ(texts_of(test::read_file(folder + "/nimbrix.log")).size(), 2u);
-  // A file stands where the folder should be.
+  // A file has the name of the folder.
   set_log_file("");
   std::filesystem::remove_all(folder);
   std::ofstream(folder) << "in the way";

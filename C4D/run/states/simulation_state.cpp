@@ -43,12 +43,13 @@ Outcome load_heads(SimFrame& frame, const std::string& path) {
 Outcome write_all(const std::string& path, SimFrame& frame, const StateNotes& notes, Codec codec,
                   Sync sync) try {
   WholeFile file(path, sync);
-  if (frame.write(file.part(), codec) == 0) return Outcome::failure(frame.error);
-  const std::string text = notes_text(path, key_of(frame, file.part()), notes);
-  std::string reason;
-  if (write_whole(notes_file(path), text, sync, reason) && file.commit(reason))
-    return Outcome::success();
-  return Outcome::failure(reason);
+  BcfFile out;
+  std::uint64_t size = 0;
+  Outcome written = frame.write_loaded(size, out, file.part(), codec, Sync::kNone);
+  if (written)
+    written =
+        write_whole(notes_file(path), notes_text(path, key_of(frame, file.part()), notes), sync);
+  return written ? file.commit() : written;
 } catch (const Exception& e) {
   return Outcome::failure(e.what());
 }

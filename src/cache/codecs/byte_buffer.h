@@ -1,4 +1,4 @@
-// Memory for encoded grids that grows while it is filled.
+// A memory block for encoded grids that grows while it is filled.
 #pragma once
 
 #include <cstddef>
@@ -6,13 +6,13 @@
 
 namespace nbx {
 
-/// A block of bytes that keeps its memory until it dies. New bytes are undefined.
+/// A block of bytes. It keeps its memory until it is destroyed; new bytes are undefined.
 class ByteBuffer {
  public:
-  /// The block, with room for `size` bytes; what it held may be lost. Throws std::bad_alloc.
+  /// The block, with room for `size` bytes; its contents may be lost. Throws std::bad_alloc.
   char* reserve(std::size_t size);
-  /// As above, but keeps the first `used` bytes and makes room for at least half as many more than
-  /// the block held, so that filling it step by step takes linear time.
+  /// The same, but keeps the first `used` bytes and grows the block by at least half, so that
+  /// filling it step by step takes linear time.
   char* grow(std::size_t used, std::size_t size);
   char* data() { return data_.get(); }
   std::size_t capacity() const { return capacity_; }

@@ -1,8 +1,8 @@
-// How often each symbol of the predictive codec comes: a quasi-static model. Symbols are counted
-// all the time, their intervals follow only when a period ends, and the periods grow. Encoder and
-// decoder run the same model.
+// The frequencies of the symbols of the predictive codec, in a quasi-static model: symbols are
+// counted all the time, but their intervals change only at the end of a period, and periods grow.
+// Encoder and decoder run the same model.
 //
-// Part of the kernel files, see util/isa.h.
+// For kernel files only (util/isa.h).
 #pragma once
 
 #include <algorithm>
@@ -14,7 +14,7 @@
 namespace nbx::NBX_ISA {
 
 constexpr unsigned kSymbols = 65;
-constexpr std::uint32_t kTotal = 1u << 16;  // of all frequencies whenever a period ends
+constexpr std::uint32_t kTotal = 1u << 16;  // of all frequencies at the end of a period
 
 class FrequencyModel {
  public:
@@ -26,7 +26,7 @@ class FrequencyModel {
 
   Interval interval(unsigned s) const { return interval_[s]; }
 
-  // True if that began a period, with new intervals.
+  // True if this began a period, with new intervals.
   bool count(unsigned s) {
     const bool ended = left_ == 0 && end_stretch();
     --left_;
@@ -35,8 +35,8 @@ class FrequencyModel {
   }
 
  private:
-  // What the halved frequencies miss to kTotal is shared out evenly over the period: `left_`
-  // symbols count for `increment_`, then `more_` symbols for one more.
+  // The halved frequencies add up to less than kTotal. The period distributes the difference
+  // evenly: `left_` symbols count for `increment_`, then `more_` symbols for one more.
   __attribute__((noinline)) bool end_stretch() {
     if (more_ == 0) {
       begin_period();

@@ -14,7 +14,7 @@ namespace nbx {
 
 namespace {
 
-constexpr std::size_t kCellsOfThread = 1 << 17;  // less isn't worth the start of a thread
+constexpr std::size_t kCellsOfThread = 1 << 17;  // fewer aren't worth a thread
 
 std::size_t helper_count(Codec codec, const std::vector<const Field<float>*>& fields) {
   if (codec == Codec::kRaw) return 0;
@@ -65,7 +65,7 @@ std::vector<Payload> encode_grids(std::vector<ByteBuffer>& buffers, Codec codec,
     try {
       while (helpers.size() < helpers.capacity()) helpers.emplace_back(work);
     } catch (const std::system_error&) {
-      // Then there are fewer.
+      // Continue with fewer threads.
     }
     work();
   }

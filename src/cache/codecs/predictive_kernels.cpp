@@ -8,9 +8,9 @@ namespace nbx::NBX_ISA {
 
 namespace {
 
-constexpr int kSame = 32;  // the symbol of a cell that is as predicted
+constexpr int kSame = 32;  // the symbol of a cell that equals its prediction
 
-// Predictions of a chunk whose cells are known: all at once, as integers.
+// The predictions of a chunk of known cells, all at once, as integers.
 void predict_chunk(std::uint32_t* __restrict p, const Chunk<const float>& c, int count) {
   const auto at = [&c](int i) {
     return Neighbors{c.cells[i - 1], c.y[i], c.z[i], c.y[i - 1], c.z[i - 1], c.yz[i], c.yz[i - 1]};
@@ -57,14 +57,13 @@ void encode_cell(RangeEncoder& coder, FrequencyModel& model, std::uint32_t p, st
 
 std::size_t encode(ByteBuffer& dst, const float* src, const Vec3i& dims) {
   constexpr std::size_t kRoom = kChunk * 3 * kStepBytes + 8;
-  // A byte a cell is more than what smooth grids take, and memory that isn't touched costs nothing.
-  const auto cells = static_cast<std::size_t>(dims[0]) * static_cast<std::size_t>(dims[1]) *
-                     static_cast<std::size_t>(dims[2]);
+  // Smooth grids take less than a byte per cell, and unused memory costs nothing.
+  const std::size_t cells = std::size_t{1} * dims[0] * dims[1] * dims[2];
   char* begin = dst.reserve(kRoom + cells);
   RangeEncoder coder(begin);
   FrequencyModel model;
   for_each_chunk(src, dims, [&](const Chunk<const float>& chunk, int count) {
-    const auto used = static_cast<std::size_t>(coder.position() - begin);
+    const std::size_t used = coder.position() - begin;
     if (used + kRoom > dst.capacity()) {
       begin = dst.grow(used, used + kRoom);
       coder.set_position(begin + used);
@@ -75,11 +74,10 @@ std::size_t encode(ByteBuffer& dst, const float* src, const Vec3i& dims) {
     return true;
   });
   coder.finish();
-  return static_cast<std::size_t>(coder.position() - begin);
+  return coder.position() - begin;
 }
 
-// `bad` becomes non-zero where the payload can't be an encoder's; every value is then still in
-// bounds.
+// `bad` becomes non-zero if no encoder can have written the payload; all values stay in bounds.
 float decode_cell(RangeDecoder& coder, FrequencyModel& model, SymbolTable& table, float predicted,
                   std::uint32_t& bad) {
   if (coder.decode_if(model.interval(kSame))) {

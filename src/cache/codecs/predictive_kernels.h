@@ -1,5 +1,5 @@
-// The two loops of the predictive codec, compiled once per instruction set (util/isa.h). The
-// contracts are those of predictive_codec.h.
+// The two loops of the predictive codec, compiled once per instruction set (util/isa.h).
+// predictive_codec.h has their contracts.
 #pragma once
 
 #include <cstddef>

@@ -1,7 +1,7 @@
-// The predictor of the predictive codec: what a cell would be if the field were the sum of
-// functions of two coordinates each (the Lorenzo predictor).
+// The predictor of the predictive codec (the Lorenzo predictor): the value of a cell if the field
+// were a sum of functions of two coordinates each.
 //
-// Part of the kernel files, see util/isa.h.
+// For kernel files only (util/isa.h).
 #pragma once
 
 #include <bit>
@@ -21,9 +21,9 @@ inline float predict(const Neighbors& n) { return n.xyz + n.x - n.yz + n.y - n.x
 
 inline bool is_nan(float f) { return f != f; }
 
-// One step of the sum as x86 takes it: the first NaN wins and becomes a quiet one, inf - inf gives
-// the NaN with sign. The compiler may swap the operands of a sum, and other processors answer
-// otherwise; the bits of a prediction must not depend on either.
+// One step of the sum with the NaNs of x86: the first NaN wins and becomes quiet, and inf - inf
+// gives a NaN with the sign bit. The bits of a prediction must not depend on the compiler, which
+// may swap the operands of a sum, or on the processor, whose NaNs may differ.
 inline float nan_step(float sum, float term, float result) {
   constexpr std::uint32_t kQuiet = 0x00400000;
   if (is_nan(sum)) return std::bit_cast<float>(std::bit_cast<std::uint32_t>(sum) | kQuiet);
@@ -31,7 +31,7 @@ inline float nan_step(float sum, float term, float result) {
   return is_nan(result) ? std::bit_cast<float>(0xffc00000u) : result;
 }
 
-// `predict` where its result is a NaN.
+// `predict` for the case that its result is a NaN.
 inline __attribute__((noinline)) float predict_nan(const Neighbors& n) {
   float p = nan_step(n.xyz, n.x, n.xyz + n.x);
   p = nan_step(p, n.yz, p - n.yz);
@@ -41,7 +41,7 @@ inline __attribute__((noinline)) float predict_nan(const Neighbors& n) {
   return nan_step(p, n.xy, p - n.xy);
 }
 
-// Bits of a float to an integer, in the order of the floats, and back.
+// Maps the bits of a float to an integer of the same order, and back.
 inline std::uint32_t to_ordered(float f) {
   const auto bits = std::bit_cast<std::uint32_t>(f);
   return bits ^ (static_cast<std::uint32_t>(static_cast<std::int32_t>(bits) >> 31) | 0x80000000u);
@@ -51,10 +51,10 @@ inline float from_ordered(std::uint32_t r) {
       r ^ (~static_cast<std::uint32_t>(static_cast<std::int32_t>(r) >> 31) | 0x80000000u));
 }
 
-constexpr int kChunk = 1024;  // cells that the loops handle at once
+constexpr int kChunk = 1024;  // cells that the loops process at once
 
-// A stretch of a row, and those before it along y, along z and along both. `before` are the
-// neighbors of its first cell, as far as they lie in these rows: x, xy, xz, xyz.
+// Part of a row, with the same parts of the rows before it along y, z and both. `before` holds the
+// neighbors of the first cell in these rows: x, xy, xz, xyz.
 template <class Cell>
 struct Chunk {
   Cell* cells;
@@ -64,7 +64,7 @@ struct Chunk {
   Neighbors before;
 };
 
-// Calls visit(chunk, cells) for all of the grid in order, and stops where it returns false.
+// Calls visit(chunk, cells) for the whole grid in order, until it returns false.
 template <class Cell, class Visit>
 bool for_each_chunk(Cell* grid, const Vec3i& dims, Visit visit) {
   static constexpr float kZeros[kChunk] = {};

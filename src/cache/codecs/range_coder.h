@@ -1,8 +1,8 @@
 // The range coder of the predictive codec: byte-wise and without carries, after Martin's "Range
 // encoding" (1979) and Schindler's variant of it. A message is one number in [low, low + range),
-// all of it modulo 2^32; the bytes that both ends of the interval share are settled and go out.
+// modulo 2^32. The bytes that both ends of the interval share are settled and are written.
 //
-// Part of the kernel files, see util/isa.h.
+// For kernel files only (util/isa.h).
 #pragma once
 
 #include <bit>
@@ -12,7 +12,8 @@
 
 namespace nbx::NBX_ISA {
 
-// The most bytes that one step settles: 3 equal ones, and 2 for an interval that is too small.
+// The maximum of bytes that one step settles: 3 equal ones, and 2 for an interval that is too
+// small.
 constexpr std::size_t kStepBytes = 5;
 
 // An interval that begins `low` / 2^16 and is `width` / 2^16 of the range.
@@ -23,16 +24,16 @@ struct Interval {
 
 inline std::uint32_t big_endian(std::uint32_t x) { return __builtin_bswap32(x); }
 
-// `low` and `range`, and how they lose their settled bytes. A step leaves a range of 1 at least,
-// and normalize one of 2^16 at least: what crosses a byte's border with less has a `low` whose
-// lower 16 bits aren't 0, so that 2^32 - (low << 16) lies between 2^16 and 2^32.
+// `low` and `range` without their settled bytes. A step leaves a range of at least 1, and normalize
+// one of at least 2^16: a smaller interval across a byte's border has a `low` whose lower 16 bits
+// aren't 0, so 2^32 - (low << 16) is between 2^16 and 2^32.
 class CoderInterval {
  public:
   std::uint32_t low = 0;
   std::uint32_t range = 0xffffffff;
 
-  // Calls take(bits) for the settled bytes, and once more where an interval across a byte's border
-  // has become too small: it is cut off at the border.
+  // Calls take(bits) for the settled bytes, and once more if an interval across a byte's border has
+  // become too small: it is then cut off at the border.
   template <class Take>
   void normalize(Take take) {
     const int bits = std::countl_zero((low + range) ^ low) & 24;
@@ -47,7 +48,7 @@ class CoderInterval {
   }
 };
 
-// Each step writes up to kStepBytes, and may touch 4 bytes behind them.
+// Each step writes up to kStepBytes, and may touch the 4 bytes after them.
 class RangeEncoder {
  public:
   explicit RangeEncoder(char* dst) : out_(dst) {}
@@ -95,8 +96,8 @@ class RangeDecoder {
   explicit RangeDecoder(const char* src) : offset_(next(src)), in_(src + 4) {}
   const char* position() const { return in_; }
 
-  // True, and the step is taken, if the next symbol is that of `symbol`. The same question as
-  // low <= offset / t < low + width, without the division.
+  // If the next symbol is `symbol`, takes the step and returns true. This tests
+  // low <= offset / t < low + width without the division.
   bool decode_if(Interval symbol) {
     const std::uint32_t t = state_.range >> 16, low = t * symbol.low, width = t * symbol.width;
     if (offset_ - low >= width) return false;
@@ -104,15 +105,15 @@ class RangeDecoder {
     return true;
   }
 
-  // Where in [0, 2^16) the next symbol lies; 2^16 and above for what no encoder wrote. The step
-  // follows by take_symbol.
+  // The place of the next symbol in [0, 2^16), or more if no encoder wrote this. take_symbol then
+  // takes the step.
   std::uint32_t target() const { return offset_ / (state_.range >> 16); }
   void take_symbol(Interval symbol) {
     const std::uint32_t t = state_.range >> 16;
     take(t * symbol.low, t * symbol.width);
   }
 
-  // A value of `n` bits, n <= 16; 2^n and above for what no encoder wrote.
+  // A value of `n` bits, n <= 16; 2^n or more if no encoder wrote this.
   std::uint32_t decode_bits(int n) {
     const std::uint32_t range = state_.range >> n, value = offset_ / range;
     take(value * range, range);

@@ -13,7 +13,7 @@ static_assert(std::endian::native == std::endian::little, "payloads hold the byt
 
 constexpr std::size_t kLanes = 32;  // cells that the search loops test at once
 
-// Start of the first three equal cells at or behind `i`; `n` if there are none.
+// The start of the first three equal cells from `i` on; `n` if there are none.
 std::size_t find_run(const float* x, std::size_t i, std::size_t n) {
   for (; i + kLanes + 2 <= n; i += kLanes) {
     int hits = 0;
@@ -26,7 +26,7 @@ std::size_t find_run(const float* x, std::size_t i, std::size_t n) {
   return n;
 }
 
-// The first cell at or behind `i` that differs from `value`; `n` if there is none.
+// The first cell from `i` on that differs from `value`; `n` if there is none.
 std::size_t find_end(const float* x, std::size_t i, std::size_t n, float value) {
   for (; i + kLanes <= n; i += kLanes) {
     int hits = 0;
@@ -53,7 +53,7 @@ char* put_run(char* dst, const float* first, std::size_t count) {
   return put(put(dst, &c, 4), first, 4);
 }
 
-// The count that leads a block, and the bytes of floats behind it.
+// The count at the start of a block, and the bytes of floats after it.
 struct Block {
   std::int32_t count;
   std::uint64_t cells() const {
@@ -81,7 +81,7 @@ std::size_t rle_encode(char* dst, const float* src, std::size_t count) {
     i = find_end(src, run, count, src[run]);
     out = put_run(out, src + run, i - run);
   }
-  return static_cast<std::size_t>(out - dst);
+  return out - dst;
 }
 
 bool rle_fits(const char* payload, std::size_t size, std::uint64_t count) {

@@ -1,6 +1,7 @@
-// The run-length codec: lossless, and close to the speed of memory on what smoke mostly is, zeros.
+// The run-length codec: lossless, and close to the speed of memory on zeros, which fill most of a
+// smoke field.
 //
-// A payload is a sequence of blocks, each led by a signed 32-bit count c, little-endian:
+// A payload is a sequence of blocks. Each begins with a signed 32-bit count c, little-endian:
 //
 //     c > 0    c floats follow, to be copied
 //     c < 0    one float follows, to be repeated -c times
@@ -12,17 +13,17 @@
 
 namespace nbx {
 
-/// The most bytes that rle_encode writes for `count` cells.
+/// The maximum of bytes that rle_encode writes for `count` cells.
 constexpr std::size_t rle_bound(std::size_t count) { return 4 * count + 4; }
 
 /// Encodes `count` cells, at most 2^31 - 1, into `dst`, which has room for rle_bound(count) bytes.
-/// Returns the bytes written. Runs of three cells and more become run blocks, and so does a run of
-/// two at the very end; everything else is copied. A run stores the bits of its first cell: -0
-/// joins a run of +0 and comes back as +0. NaNs join no run and keep their bits.
+/// Returns the number of bytes. Runs of three cells and more become run blocks, and so does a run
+/// of two at the very end; everything else is copied. A run stores the bits of its first cell: -0
+/// joins a run of +0 and is decoded as +0. NaNs join no run and keep their bits.
 std::size_t rle_encode(char* dst, const float* src, std::size_t count);
 
-/// True if the payload is whole blocks that add up to exactly `count` cells. Looks at the counts
-/// alone.
+/// Whether the payload consists of complete blocks that add up to exactly `count` cells. Reads only
+/// the counts.
 bool rle_fits(const char* payload, std::size_t size, std::uint64_t count);
 
 /// Decodes a payload for which rle_fits(payload, size, cells of dst).

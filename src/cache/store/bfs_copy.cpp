@@ -3,7 +3,7 @@
 #include <QFile>
 #include <algorithm>
 
-#include "cache/bfs.h"
+#include "cache/store/frame_table.h"
 #include "util/log.h"
 
 namespace nbx {
@@ -20,7 +20,7 @@ bool same_bytes(const QString& a, const QString& b) {
   return true;
 }
 
-// Frames, states and what is noted of them.
+// Frames, states and their notes.
 QStringList cache_files(const QDir& folder) {
   return folder.entryList({"*.bcf", "*.json"}, QDir::Files, QDir::Name);
 }
@@ -30,57 +30,62 @@ QString renamed(const QString& file, const QString& before, const QString& after
   return file.startsWith(before) ? after + file.mid(before.size()) : file;
 }
 
-}  // namespace
+// What a copy in another folder needs: both folders and the prefixes of their files.
+struct Copy {
+  Copy(const std::string& source, const std::string& prefix, const std::string& target)
+      : from(QString::fromStdString(source)),
+        to(QString::fromStdString(target)),
+        before(QString::fromStdString(prefix)),
+        after(QString::fromStdString(cache_prefix(target))) {}
+  QDir from, to;
+  QString before, after;
+};
 
-bool BFS::copyDir(const std::string& target, const std::function<void(int, int)>& progress,
-                  const std::string& as) {
-  Lock lock(mutex_);
-  if (!place().readable()) return false;
-  finish_writes(lock);
-  QDir to(QString::fromStdString(target));
-  if (!to.mkpath(".")) {
-    LogMessage() << "BFS::copyDir: Failed to create base dir " << target;
-    return false;
-  }
-  const QString name =
-      as.empty() ? QDir(QString::fromStdString(directory_)).dirName() : QString::fromStdString(as);
-  if (!to.mkpath(name) || !to.cd(name)) {
-    LogMessage() << "BFS::copyDir: Failed to create cache dir " << name << " in " << target;
-    return false;
-  }
-  return copy_files(to.absolutePath().toStdString(), progress);
+Outcome failure(const QString& text) {
+  LogMessage() << text;
+  return Outcome::failure(text.toStdString());
 }
 
-bool BFS::copy_files(const std::string& folder,
-                     const std::function<void(int, int)>& progress) const {
-  const QDir from(QString::fromStdString(directory_)), to(QString::fromStdString(folder));
-  const QString before = QString::fromStdString(prefix_);
-  const QString after = QString::fromStdString(cache_prefix(folder));
-  const QStringList files = cache_files(from);
+Outcome copy_files(const Copy& copy, const std::function<void(int, int)>& progress) {
+  const QStringList files = cache_files(copy.from);
   int done = 0;
   for (const QString& file : files) {
     if (progress) progress(done++, static_cast<int>(files.size()));
-    const QString source = from.absoluteFilePath(file);
-    const QString destination = to.absoluteFilePath(renamed(file, before, after));
-    if (!same_bytes(source, destination) && !QFile::copy(source, destination)) {
-      LogMessage() << "Failed to copy file " << source << " to " << destination;
-      return false;
-    }
+    const QString source = copy.from.absoluteFilePath(file);
+    const QString target = copy.to.absoluteFilePath(renamed(file, copy.before, copy.after));
+    if (!same_bytes(source, target) && !QFile::copy(source, target))
+      return failure("Failed to copy file " + source + " to " + target);
   }
   if (progress) progress(done, done);
-  return true;
+  return Outcome::success();
+}
+
+}  // namespace
+
+Outcome BFS::copyDir(const std::string& target, const std::function<void(int, int)>& progress,
+                     const std::string& as) {
+  Table::Lock lock(table_->mutex);
+  const Table::Place place = table_->place();
+  if (!place.readable()) return Outcome::failure("the cache directory can't be read");
+  table_->finish_writes(lock);
+  const QString base = QString::fromStdString(target);
+  QDir to(base);
+  if (!to.mkpath(".")) return failure("BFS::copyDir: Failed to create base dir " + base);
+  const QString name = as.empty() ? QDir(QString::fromStdString(place.directory)).dirName()
+                                  : QString::fromStdString(as);
+  if (!to.mkpath(name) || !to.cd(name))
+    return failure("BFS::copyDir: Failed to create cache dir " + name + " in " + base);
+  return copy_files({place.directory, place.prefix, to.absolutePath().toStdString()}, progress);
 }
 
 bool BFS::copy_fits(const std::string& folder) {
-  Lock lock(mutex_);
-  finish_writes(lock);
-  const QDir from(QString::fromStdString(directory_)), to(QString::fromStdString(folder));
-  const QString before = QString::fromStdString(prefix_);
-  const QString after = QString::fromStdString(cache_prefix(folder));
-  const QStringList there = cache_files(to);
+  Table::Lock lock(table_->mutex);
+  table_->finish_writes(lock);
+  const Copy copy(table_->directory, table_->prefix, folder);
+  const QStringList there = cache_files(copy.to);
   return std::all_of(there.begin(), there.end(), [&](const QString& file) {
-    return same_bytes(from.absoluteFilePath(renamed(file, after, before)),
-                      to.absoluteFilePath(file));
+    return same_bytes(copy.from.absoluteFilePath(renamed(file, copy.after, copy.before)),
+                      copy.to.absoluteFilePath(file));
   });
 }
 

@@ -1,7 +1,7 @@
-// The table of the frame store: who may have which slot, and when a slot leaves.
+// The slots of the frame table: who may use which slot, and when a slot leaves the table.
 #include <algorithm>
 
-#include "cache/bfs.h"
+#include "cache/store/frame_table.h"
 #include "util/log.h"
 #include "util/stopwatch.h"
 
@@ -19,62 +19,62 @@ std::uint64_t slot_key(int frame, int substep) {
 
 }  // namespace
 
-// One reference more; never waits for room.
-BFS::Slot& BFS::acquire(int frame, int substep) {
+// Adds a reference; never waits for room.
+BFS::Slot& BFS::Table::acquire(int frame, int substep) {
   const std::uint64_t key = slot_key(frame, substep);
-  auto found = slots_.find(key);
-  if (found == slots_.end()) {
-    if (slots_.size() >= max_slots_) {
-      const auto unused = std::find_if(slots_.begin(), slots_.end(), [](const auto& entry) {
+  auto found = entries.find(key);
+  if (found == entries.end()) {
+    if (entries.size() >= max_slots) {
+      const auto unused = std::find_if(entries.begin(), entries.end(), [](const auto& entry) {
         return entry.second.references == 0;
       });
-      if (unused == slots_.end()) {
-        max_slots_ = slots_.size() + 1;
+      if (unused == entries.end()) {
+        max_slots = entries.size() + 1;
       } else {
         const bool dirty = unused->second.state == State::kDirty;
         const Stopwatch watch;
         remove(unused->second);
-        if (dirty) seconds_waited_ += watch.seconds();
+        if (dirty) seconds_waited += watch.seconds();
       }
     }
-    found = slots_.try_emplace(key, frame, substep).first;
+    found = entries.try_emplace(key, frame, substep).first;
   }
   ++found->second.references;
   return found->second;
 }
 
-void BFS::release(Slot& slot, bool force) {
+void BFS::Table::release(Slot& slot, bool force) {
   if (slot.references <= 0) {
     LogMessage() << "release: trying to unlock unused frame " << slot.frame << " substep "
                  << slot.substep;
     return;
   }
   --slot.references;
-  changed_.notify_all();
+  changed.notify_all();
   if (slot.references > 0 || slot.state == State::kDirty) return;
-  // A table of its least size keeps its last frame.
-  if (!force && max_slots_ >= slots_.size() && max_slots_ <= kMinSlots) return;
-  slots_.erase(slot_key(slot.frame, slot.substep));
-  if (max_slots_ > kMinSlots) --max_slots_;
+  // A table of the smallest size keeps its last frame.
+  if (!force && max_slots >= entries.size() && max_slots <= kMinSlots) return;
+  entries.erase(slot_key(slot.frame, slot.substep));
+  if (max_slots > kMinSlots) --max_slots;
 }
 
-// Saves a slot without references if need be, and drops it.
-void BFS::remove(Slot& slot) {
+// Saves a slot without references if it is dirty, and drops it.
+void BFS::Table::remove(Slot& slot) {
   storeSlot(slot);
-  if (slot.state == State::kDirty) lose(slot.frame, slot.substep, last_error_);
-  slots_.erase(slot_key(slot.frame, slot.substep));
+  if (slot.state == State::kDirty) lose(slot.frame, slot.substep, last_error);
+  entries.erase(slot_key(slot.frame, slot.substep));
 }
 
-void BFS::lose(int frame, int substep, const std::string& error) {
-  ++frames_lost_;
-  lost_frames_.push_back({frame, substep, error});
+void BFS::Table::lose(int frame, int substep, const std::string& error) {
+  ++frames_lost;
+  lost_frames.push_back({frame, substep, error});
 }
 
-BFS::Slot* BFS::open_for_reading(int frame, int substep, bool load_it, bool force) {
-  Lock lock(mutex_);
+BFS::Slot* BFS::Table::open_for_reading(int frame, int substep, bool load_it, bool force) {
+  Lock lock(mutex);
   if (!load_it) {
-    const auto found = slots_.find(slot_key(frame, substep));
-    if (found == slots_.end()) return nullptr;
+    const auto found = entries.find(slot_key(frame, substep));
+    if (found == entries.end()) return nullptr;
     Slot& slot = found->second;
     if (slot.state == State::kEmpty || slot.writing) return nullptr;
     ++slot.references;
@@ -82,8 +82,8 @@ BFS::Slot* BFS::open_for_reading(int frame, int substep, bool load_it, bool forc
     return &slot;
   }
   Slot& slot = acquire(frame, substep);
-  changed_.wait(lock, [&] { return !slot.writing; });
-  // Who loads has no readers beside him: nobody reads an empty frame.
+  changed.wait(lock, [&] { return !slot.writing; });
+  // An empty frame has no readers, so the load has the slot for itself.
   if (slot.state == State::kEmpty && !load(lock, slot)) {
     release(slot, force);
     return nullptr;
@@ -92,20 +92,20 @@ BFS::Slot* BFS::open_for_reading(int frame, int substep, bool load_it, bool forc
   return &slot;
 }
 
-// Fills an empty slot from its file, with the mutex let go. False if there is no such frame.
-bool BFS::load(Lock& lock, Slot& slot) {
+// Fills an empty slot from its file, with the mutex unlocked. False if there is no such frame.
+bool BFS::Table::load(Lock& lock, Slot& slot) {
   slot.writing = true;
   lock.unlock();
   const auto done = [&](bool loaded) {
     lock.lock();
     slot.writing = false;
     slot.state = loaded ? State::kClean : State::kEmpty;
-    changed_.notify_all();
+    changed.notify_all();
     return loaded;
   };
   std::string path;
   try {
-    return done(frameFile(slot.frame, slot.substep, &path) && slot.data.load(path));
+    return done(store.frameFile(slot.frame, slot.substep, &path) && slot.data.load(path));
   } catch (const Exception& e) {
     LogMessage() << "BFS: Failed to read " << path << ": " << e.what();
     return done(false);
@@ -116,27 +116,27 @@ bool BFS::load(Lock& lock, Slot& slot) {
   }
 }
 
-BFS::Slot* BFS::open_for_storing(int frame, int substep) {
-  Lock lock(mutex_);
+BFS::Slot* BFS::Table::open_for_storing(int frame, int substep) {
+  Lock lock(mutex);
   Slot& slot = acquire(frame, substep);
   const bool saving = slot.saving;
   const Stopwatch watch;
-  changed_.wait(lock, [&] { return !slot.writing && slot.readers == 0; });
-  if (saving) seconds_waited_ += watch.seconds();
+  changed.wait(lock, [&] { return !slot.writing && slot.readers == 0; });
+  if (saving) seconds_waited += watch.seconds();
   slot.writing = true;
   slot.state = State::kEmpty;
   slot.data.clear();
   return &slot;
 }
 
-void BFS::give_back(Slot& slot, bool wrote, bool stored, bool force) {
-  const Lock lock(mutex_);
+void BFS::Table::give_back(Slot& slot, bool wrote, bool stored, bool force) {
+  const Lock lock(mutex);
   if (wrote) {
-    const int told = slot.data.frameTime.frame();
-    if (stored && told != slot.frame) {
-      last_error_ = "It was stored with the time of frame " + std::to_string(told) + ".";
-      LogMessage() << "IOW: NOT writing frame " << slot.frame << ": " << last_error_;
-      lose(slot.frame, slot.substep, last_error_);
+    const int number = slot.data.frameTime.frame();
+    if (stored && number != slot.frame) {
+      last_error = "It was stored with the time of frame " + std::to_string(number) + ".";
+      LogMessage() << "IOW: NOT writing frame " << slot.frame << ": " << last_error;
+      lose(slot.frame, slot.substep, last_error);
       stored = false;
     }
     if (stored)
@@ -151,28 +151,23 @@ void BFS::give_back(Slot& slot, bool wrote, bool stored, bool force) {
   }
   release(slot, force);
   if (stored) start_writer();
-  work_ = true;
-  due_.notify_all();
+  work = true;
+  due.notify_all();
 }
 
-void BFS::removeAllSlots() {
-  Lock lock(mutex_);
-  removeAllSlots(lock);
-}
-
-void BFS::removeAllSlots(Lock& lock) {
-  max_slots_ = 0;  // frames that come back go at once
+void BFS::Table::removeAllSlots(Lock& lock) {
+  max_slots = 0;  // frames that are given back leave at once
   LogMessage() << "removing all slots";
-  while (!slots_.empty()) {
-    const auto unused = std::find_if(slots_.begin(), slots_.end(),
+  while (!entries.empty()) {
+    const auto unused = std::find_if(entries.begin(), entries.end(),
                                      [](const auto& e) { return e.second.references == 0; });
-    if (unused != slots_.end())
+    if (unused != entries.end())
       remove(unused->second);
     else
-      changed_.wait(lock);
+      changed.wait(lock);
   }
-  max_slots_ = kMinSlots;
-  changed_.notify_all();
+  max_slots = kMinSlots;
+  changed.notify_all();
 }
 
 }  // namespace nbx

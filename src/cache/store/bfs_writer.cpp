@@ -1,5 +1,6 @@
-// IOW, the writer of the frame store: takes dirty frames off the simulation's back. The table is
-// its queue; each handle that goes back makes it look for dirty slots.
+// The writer thread of the frame store, called IOW in the log: saves dirty frames while the
+// simulation continues. The table is its queue; each handle that is given back makes it look for
+// dirty slots.
 #include <algorithm>
 #include <system_error>
 #include <utility>
@@ -7,7 +8,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include "cache/bfs.h"
+#include "cache/store/frame_table.h"
 #include "util/format_size.h"
 #include "util/log.h"
 #include "util/stopwatch.h"
@@ -16,7 +17,7 @@ namespace nbx {
 
 namespace {
 
-/// Lets a lock go while it lives.
+/// Unlocks a lock while it lives.
 class Unlocked {
  public:
   explicit Unlocked(std::unique_lock<std::mutex>& lock) : lock_(lock) { lock_.unlock(); }
@@ -30,46 +31,46 @@ class Unlocked {
 
 }  // namespace
 
-// A thread that can't be started is no failure: frames are then saved as they leave the table.
-void BFS::start_writer() {
-  if (writer_.joinable()) return;
+// If the thread can't be started, frames are saved when they leave the table.
+void BFS::Table::start_writer() {
+  if (writer.joinable()) return;
   try {
-    writer_ = std::thread(&BFS::run, this);
+    writer = std::thread(&Table::run, this);
   } catch (const std::system_error& e) {
     LogMessage() << "Failed to start IOW: " << e.what();
   }
 }
 
-void BFS::run() {
-  // The lowest priority; on Linux that of a thread is its nice value.
-  setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 19);
-  Lock lock(mutex_);
-  while (!exit_) {
-    if (work_) {
-      work_ = false;
+void BFS::Table::run() {
+  // The lowest priority. On Linux a thread has a nice value of its own.
+  setpriority(PRIO_PROCESS, gettid(), 19);
+  Lock lock(mutex);
+  while (!stopping) {
+    if (work) {
+      work = false;
       save_pass(lock);
     } else {
-      due_.wait(lock);
+      due.wait(lock);
     }
   }
   LogMessage() << "IOW exiting";
 }
 
-// A reference for each dirty slot first, so that none is saved by others while it waits.
-void BFS::save_pass(Lock& lock) {
-  for (auto& [key, slot] : slots_)
+// First takes a reference to each dirty slot, so that nobody else saves one while it waits.
+void BFS::Table::save_pass(Lock& lock) {
+  for (auto& [key, slot] : entries)
     if (slot.state == State::kDirty) {
       slot.claimed = true;
       ++slot.references;
     }
   for (;;) {
-    const auto next = std::find_if(slots_.begin(), slots_.end(),
+    const auto next = std::find_if(entries.begin(), entries.end(),
                                    [](const auto& entry) { return entry.second.claimed; });
-    if (next == slots_.end()) return;
+    if (next == entries.end()) return;
     Slot& slot = next->second;
     slot.claimed = false;
     try {
-      // One that is just being stored anew isn't dirty; its handle makes another pass.
+      // A slot that is being stored again isn't dirty; its handle starts another pass.
       if (slot.state == State::kDirty) save_claimed(lock, slot);
     } catch (const Exception& e) {
       LogMessage() << "NBX Exception in IOW: " << e.what();
@@ -82,7 +83,7 @@ void BFS::save_pass(Lock& lock) {
   }
 }
 
-void BFS::save_claimed(Lock& lock, Slot& slot) {
+void BFS::Table::save_claimed(Lock& lock, Slot& slot) {
   struct Mark {
     explicit Mark(Slot& s) : slot(s) { ++slot.readers, slot.saving = true; }
     ~Mark() { --slot.readers, slot.saving = false; }
@@ -91,16 +92,16 @@ void BFS::save_claimed(Lock& lock, Slot& slot) {
   settle(slot, save_unlocked(lock, slot.data, slot.frame));
 }
 
-// Saves a slot that nobody writes to, with the mutex held.
-void BFS::storeSlot(Slot& slot) {
+// Saves a slot that nobody is writing, with the mutex locked.
+void BFS::Table::storeSlot(Slot& slot) {
   if (slot.state != State::kDirty) return;
   std::unique_ptr<BcfFile> file = take_file();
   settle(slot, save(slot.data, slot.frame, place(), *file));
-  idle_files_.push_back(std::move(file));
+  idle_files.push_back(std::move(file));
 }
 
-// The mutex is let go meanwhile, and held again whatever happens.
-BFS::Saved BFS::save_unlocked(Lock& lock, const SimFrame& frame, int number) {
+// Unlocks the mutex meanwhile, and locks it again even after an exception.
+BFS::Table::Saved BFS::Table::save_unlocked(Lock& lock, const SimFrame& frame, int number) {
   const Place here = place();
   std::unique_ptr<BcfFile> file = take_file();
   Saved saved;
@@ -108,27 +109,28 @@ BFS::Saved BFS::save_unlocked(Lock& lock, const SimFrame& frame, int number) {
     const Unlocked unlocked(lock);
     saved = save(frame, number, here, *file);
   }
-  idle_files_.push_back(std::move(file));
+  idle_files.push_back(std::move(file));
   return saved;
 }
 
-// As many as frames are saved at once are ever made.
-std::unique_ptr<BcfFile> BFS::take_file() {
-  if (idle_files_.empty()) return std::make_unique<BcfFile>();
-  std::unique_ptr<BcfFile> file = std::move(idle_files_.back());
-  idle_files_.pop_back();
+// There are never more files than frames that are being saved.
+std::unique_ptr<BcfFile> BFS::Table::take_file() {
+  if (idle_files.empty()) return std::make_unique<BcfFile>();
+  std::unique_ptr<BcfFile> file = std::move(idle_files.back());
+  idle_files.pop_back();
   return file;
 }
 
-void BFS::settle(Slot& slot, const Saved& saved) {
-  bytes_written_ += saved.size;
+void BFS::Table::settle(Slot& slot, const Saved& saved) {
+  bytes_written += saved.size;
   if (saved.settled) slot.state = State::kClean;
-  if (saved.size == 0) last_error_ = saved.error;
+  if (saved.size == 0) last_error = saved.error;
   if (saved.size == 0 && saved.settled) lose(slot.frame, slot.substep, saved.error);
-  changed_.notify_all();
+  changed.notify_all();
 }
 
-BFS::Saved BFS::save(const SimFrame& frame, int number, const Place& place, BcfFile& out) {
+BFS::Table::Saved BFS::Table::save(const SimFrame& frame, int number, const Place& place,
+                                   BcfFile& out) {
   Saved saved;
   try {
     if (!place.readable()) {
@@ -139,7 +141,7 @@ BFS::Saved BFS::save(const SimFrame& frame, int number, const Place& place, BcfF
     }
     const std::string path = place.file(number, frame.substep);
     const Stopwatch watch;
-    saved.size = frame.write_loaded(out, path, place.codec, place.sync, saved.error);
+    saved.error = frame.write_loaded(saved.size, out, path, place.codec, place.sync).reason();
     if (saved.size == 0) LogMessage() << "IOW: Failed to write file " << path;
     LogMessage() << "wrote frame " << number << "(" << format_size(saved.size, 2) << ") in "
                  << watch.seconds();
@@ -154,40 +156,32 @@ BFS::Saved BFS::save(const SimFrame& frame, int number, const Place& place, BcfF
   return saved;
 }
 
-// The frame's slot stands empty meanwhile, as a lock: readers have a file that doesn't change under
-// them, and what was in memory is out of date.
-bool BFS::write_through(SimFrame& frame) {
-  Slot& slot = *open_for_storing(frame.frameTime.frame(), frame.substep);
-  Lock lock(mutex_);
-  const Stopwatch watch;
-  const Saved saved = save_unlocked(lock, frame, slot.frame);
-  frame.saved = saved.size > 0;
-  seconds_waited_ += watch.seconds();
-  if (!frame.saved) {
-    last_error_ = saved.error;
-    lose(slot.frame, slot.substep, saved.error);
-  }
-  lock.unlock();
-  give_back(slot, true, false, true);
-  return frame.saved;
-}
-
-bool BFS::finish_writes() {
-  Lock lock(mutex_);
-  return finish_writes(lock);
-}
-
-bool BFS::finish_writes(Lock& lock) {
-  changed_.wait(lock, [this] {
-    return std::none_of(slots_.begin(), slots_.end(),
+bool BFS::Table::finish_writes(Lock& lock) {
+  changed.wait(lock, [this] {
+    return std::none_of(entries.begin(), entries.end(),
                         [](const auto& entry) { return entry.second.saving; });
   });
   bool clean = true;
-  for (auto& [key, slot] : slots_) {
+  for (auto& [key, slot] : entries) {
     storeSlot(slot);
     clean = clean && slot.state != State::kDirty;
   }
   return clean;
+}
+
+// The frame's slot is empty meanwhile and works as a lock: readers see no file that changes, and
+// the frame in memory, if there was one, is out of date.
+bool BFS::write_through(SimFrame& frame) {
+  Slot& slot = *table_->open_for_storing(frame.frameTime.frame(), frame.substep);
+  Table::Lock lock(table_->mutex);
+  const Stopwatch watch;
+  const Table::Saved saved = table_->save_unlocked(lock, frame, slot.frame);
+  frame.saved = saved.size > 0;
+  table_->seconds_waited += watch.seconds();
+  if (!frame.saved) table_->lose(slot.frame, slot.substep, saved.error);
+  lock.unlock();
+  table_->give_back(slot, true, false, true);
+  return frame.saved;
 }
 
 }  // namespace nbx

@@ -1,4 +1,4 @@
-// From control points to what evaluation reads.
+// Rebuilds a spline: computes from the control points what evaluation reads.
 #include <algorithm>
 #include <cmath>
 #include <compare>
@@ -10,7 +10,7 @@ namespace nbx {
 
 namespace {
 
-// Points at the same place become a step of this width, or of one unit in the last place.
+// Points at the same x become a step of this width, or of one unit in the last place.
 constexpr float kStep = 0.000001f;
 constexpr float kThird = 0.33333334f;
 // Nearer to 0 or 1 the terms of a span cancel in float, and its denominator can vanish.
@@ -18,7 +18,7 @@ constexpr float kLeastBias = 1.0f / 16384;
 
 float usable_bias(float bias) { return std::min(std::max(kLeastBias, bias), 1 - kLeastBias); }
 
-// NaN comes last, so that a point without a place still leaves the others in order.
+// NaN comes last, so that the other points are still in order.
 std::weak_ordering order(float a, float b) {
   if (std::isnan(a) || std::isnan(b)) return std::isnan(a) <=> std::isnan(b);
   return std::weak_order(a, b);

@@ -1,5 +1,5 @@
-// One span of a rational spline, made ready for evaluation. The scalar form and the kernels share
-// this formula, so that they give the same bits.
+// One span of a rational spline, prepared for evaluation. The scalar form and the kernels share
+// this formula and so give the same bits.
 #pragma once
 
 namespace nbx {

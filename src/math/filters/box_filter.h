@@ -29,18 +29,16 @@ inline BoxKernel box_kernel(double radius) {
           static_cast<float>(m == 0 ? a * 2 * q : a * q), static_cast<float>(b * q)};
 }
 
-// The sum under the constant middle of the kernel is found in a logarithmic number of additions:
-// sums of 2, 4, 8 ... positions by doubling, then those that the binary digits of the length name.
-// Every value takes part in at most 2 log2(n) additions, so the rounding error stays below that of
-// adding up the window term by term, and nothing drifts along the line as it would in a running
+// The sum under the constant middle of the kernel takes a logarithmic number of additions: sums of
+// 2, 4, 8 ... positions come from doubling, and the binary digits of the length select those to
+// add. Every value takes part in at most 2 log2(n) additions, so the rounding error is smaller than
+// that of adding up the window term by term, and there is no drift along the line as in a running
 // sum.
 class BoxFilter {
  public:
   explicit BoxFilter(const BoxKernel& kernel) : kernel_(kernel) {}
 
-  std::size_t scratch(int length, int width) const {
-    return (3 * static_cast<std::size_t>(length) + 1) * static_cast<std::size_t>(width);
-  }
+  std::size_t scratch(int length, int width) const { return (std::size_t{3} * length + 1) * width; }
 
   void operator()(const Bundle& lines, float* scratch) const {
     const std::ptrdiff_t floats = std::ptrdiff_t{lines.length} * lines.width;

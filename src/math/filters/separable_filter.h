@@ -1,9 +1,9 @@
-// The road of a separable filter through a field: all lines along x, then y, then z.
+// Applies a separable filter to a field: to all lines along x, then y, then z.
 //
 // Lines are filtered side by side, so that the loops run over contiguous floats on every axis. A
 // Filter is called with a bundle of lines and has
 //
-//     std::size_t scratch(int length, int width) const;        // floats it wants
+//     std::size_t scratch(int length, int width) const;        // floats that it needs
 //     void operator()(const Bundle& lines, float* scratch) const;
 #pragma once
 
@@ -42,10 +42,11 @@ struct Bundle {
   }
 };
 
-/// Filters `field`; `tmp` has its dimensions. Planes, then rows, are shared out among the threads.
+/// Filters `field`; `tmp` has its dimensions. The threads share the planes, then the rows. Each has
+/// a row of the scratch field.
 template <class Filter>
 void filter_separable(Field<float>& field, Field<float>& tmp, const Filter& filter) {
-  // A bundle and the filter's scratch should stay in the first cache.
+  // A bundle and the filter's scratch should fit into the first cache.
   constexpr int kWidth = 32;
   const int nx = field.nx(), ny = field.ny(), nz = field.nz();
   if (field.count() == 0) return;

@@ -1,6 +1,6 @@
-// Vectors of doubles that are loaded from and stored to floats, as many as a register of the
-// instruction set holds: for kernels whose sums run in double while the storage is float. For
-// kernel files only (util/isa.h).
+// Vectors of doubles that are loaded from floats and stored to floats, as many as a register of the
+// instruction set holds. For kernels that sum in double and store floats; for kernel files only
+// (util/isa.h).
 #pragma once
 
 #if defined(__SSE2__)
@@ -32,7 +32,7 @@ inline double widen<double>(const float* p) {
   return static_cast<double>(*p);
 }
 
-// The compiler's own conversion of whole vectors goes through halves, so it is spelled out.
+// Written out, because the compiler converts whole vectors in halves.
 #if defined(__AVX512F__)
 template <>
 inline Doubles widen<Doubles>(const float* p) {
@@ -61,9 +61,9 @@ inline void store(float* p, F f) {
   std::memcpy(p, &f, sizeof f);
 }
 
-/// Calls body(D(), m) so that every m in [0, n) is covered, with D = Doubles for kLanes cells from
-/// m on, or double for one. The last vector may overlap the one before it, so the body must give
-/// the same when it runs on a cell twice.
+/// Calls body(D(), m) so that every m in [0, n) is covered: D = Doubles for kLanes cells from m on,
+/// or D = double for one. The last vector may overlap the one before, so running the body twice on
+/// a cell must give the same result.
 template <class Body>
 inline __attribute__((always_inline)) void over_cells(int n, Body body) {
   if (n < kLanes) {

@@ -1,4 +1,4 @@
-// A field as kernel files see it (util/isa.h): numbers only, no functions.
+// A field for kernel files (util/isa.h): numbers only, no functions.
 #pragma once
 
 namespace nbx {

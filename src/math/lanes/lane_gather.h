@@ -1,6 +1,6 @@
-// Reads of a few neighboring floats at an address of each lane's own (see lanes.h). The reads are
-// 8 or 16 bytes wide and are turned round in registers, which costs about half of what the gather
-// instructions do: those fetch one float at a time.
+// Reads a few neighboring floats at a different address for each lane (see lanes.h). The reads are
+// 8 or 16 bytes wide and are transposed in registers. That costs about half as much as the gather
+// instructions, which fetch one float at a time.
 #pragma once
 
 #include "math/lanes/lanes.h"
@@ -10,7 +10,7 @@ namespace nbx::NBX_ISA {
 typedef float F4 __attribute__((vector_size(16)));
 typedef double D2 __attribute__((vector_size(16)));
 
-/// One element index a lane. Unsigned, so that a field may have up to 2^32 elements.
+/// One element index per lane, unsigned, so that a field may have up to 2^32 elements.
 struct alignas(64) Indices {
   explicit Indices(I index) { std::memcpy(at, &index, sizeof index); }
   std::uint32_t at[W];

@@ -1,5 +1,5 @@
-// Sampling of a field at a point of each lane's own: sample_linear and sample_cubic of
-// math/interpolation.h, with the same operations in the same order, so with the same bits.
+// Samples a field at a different point for each lane: sample_linear and sample_cubic of
+// math/interpolation.h, with the same operations in the same order and so with the same bits.
 #pragma once
 
 #include "math/lanes/kernel_field.h"
@@ -12,7 +12,7 @@ inline std::ptrdiff_t plane_of(const KernelField& f) {
   return static_cast<std::ptrdiff_t>(f.nx) * f.ny;
 }
 
-/// The cell that each lane's point lies in, by its low corner, and the fractions within it.
+/// The cell of each lane's point: its low corner, and the fractions inside it.
 struct Cell {
   Indices at;
   F tx, ty, tz;
@@ -57,7 +57,7 @@ inline F linear(const Corners& c, const Cell& cell) {
   return lerp(lerp(v00, v10, cell.ty), lerp(v01, v11, cell.ty), cell.tz);
 }
 
-/// Which lanes' value lies within the range of the corner values.
+/// The lanes whose value is within the range of the corner values.
 inline I in_range(const Corners& c, F value) {
   const Pair* const rows[4] = {&c.row00, &c.row10, &c.row01, &c.row11};
   F lo = c.row00.a, hi = c.row00.a;

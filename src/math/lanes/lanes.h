@@ -1,9 +1,9 @@
-// A row of cells handled at once: W floats side by side, 16, 8 or 4 with AVX-512, AVX2 or the
-// baseline. For kernel files only (util/isa.h): all stands in the namespace of the instruction set
-// and does the same arithmetic in each of them, so results have the same bits.
+// Lanes: W floats side by side that are processed at once, 16, 8 or 4 with AVX-512, AVX2 or the
+// baseline. For kernel files only (util/isa.h): everything is in the namespace of the instruction
+// set and does the same arithmetic in each, so results have the same bits.
 //
-// The types are vectors of the compiler: + - * and comparisons work lane by lane, and a comparison
-// gives a mask, all bits or none for each lane, to be combined with & and |.
+// The types are vectors of the compiler: + - * and comparisons work lane by lane. A comparison
+// gives a mask with all bits or none for each lane; combine masks with & and |.
 #pragma once
 
 #include <cstddef>
@@ -11,8 +11,8 @@
 #include <cstring>
 #include <type_traits>
 
-// Before a kernel: pulls in all that it calls, so that lanes stay in registers. Not in a build that
-// checks addresses, where the kernels would take minutes to compile.
+// Put before a kernel: inlines everything that it calls, so that lanes stay in registers. Off in
+// builds with the address sanitizer, where kernels would take minutes to compile.
 #ifdef __SANITIZE_ADDRESS__
 #define NBX_FLATTEN
 #else
@@ -63,28 +63,28 @@ inline bool any(I mask) {
 /// The count of a whole row of lanes, known when compiling.
 using Full = std::integral_constant<int, W>;
 
-/// n <= W floats from memory; lanes beyond are 0.
+/// n <= W floats from memory; the other lanes are 0.
 template <class Count>
 F load(const float* p, Count n) {
   F a{};
-  std::memcpy(&a, p, static_cast<std::size_t>(n) * sizeof(float));
+  std::memcpy(&a, p, n * sizeof(float));
   return a;
 }
 
 template <class Count>
 void store(float* p, F a, Count n) {
-  std::memcpy(p, &a, static_cast<std::size_t>(n) * sizeof(float));
+  std::memcpy(p, &a, n * sizeof(float));
 }
 
-// Out of line: rare, and kernels would otherwise hold their whole loop twice.
+// Out of line: it is rare, and kernels would otherwise contain their loop twice.
 template <class Body>
 [[gnu::noinline]] void short_run(int n, const Body& body) {
   body(0, n);
 }
 
-/// Runs body(first, count) over cells 0 .. n-1. The last row of lanes overlaps the one before it
-/// rather than being cut short, so a body must not read what it writes; only a run shorter than W
-/// comes with a count below W.
+/// Runs body(first, count) over cells 0 .. n-1. The last row of lanes isn't shortened but overlaps
+/// the one before, so a body must not read what it writes. Only a run shorter than W has a count
+/// below W.
 template <class Body>
 void sweep(int n, const Body& body) {
   if (n >= W)

@@ -4,8 +4,8 @@ namespace nbx::NBX_ISA {
 
 namespace {
 
-// Takes the span's value wherever v isn't at or before its beginning, be it beyond its end: a later
-// span replaces it there. So there is no search, and NaN gets the value of the last span.
+// Uses a span's value for every v beyond its beginning, even beyond its end, where a later span
+// replaces it. So no search is needed, and NaN gets the value of the last span.
 template <bool kRational>
 void evaluate_span(float* __restrict dst, const float* __restrict v, int n,
                    const SplineSpan& span) {

@@ -1,14 +1,14 @@
-// One level of the multigrid solver, as its steps see it.
+// One level of the multigrid solver.
 //
 // Rows are stored split: first the cells with even i, then those with odd i.
 //
 //     i        0  1  2  3  4  5  6                   0  2  4  6 | 1  3  5
 //     stored   natural: x runs fastest               split, nx = 7
 //
-// The cells of one color in a row, i + j + k even or odd, are then neighbors in memory, and so
-// are their own neighbors: in y and z they stand at the same place of the same half, in x at the
-// same place of the other half and one beside it. A sweep over one color runs over plain arrays
-// and neither reads nor writes what it doesn't need. The samples of the coarser grid, all at even
+// The cells of one color in a row, i + j + k even or odd, are then neighbors in memory, and so are
+// their own neighbors: those in y and z are at the same place of the same half, those in x at the
+// same place of the other half and at the next one. A sweep over one color runs over plain arrays
+// and reads and writes nothing that it doesn't need. The samples of the coarser grid, all at even
 // i, are a plain array too.
 #pragma once
 
@@ -21,16 +21,16 @@ struct LevelGrid {
   float* b = nullptr;  // right-hand side
   float* r = nullptr;  // scratch of the steps
   int nx = 0, ny = 0, nz = 0;
-  // Weights of the two neighbors of the last interior cell on an axis, 1 where its spacing is that
+  // Weights of the two neighbors of the last interior cell on an axis; 1 if its spacing equals that
   // of the other cells. All other weights are 1.
   double near[3] = {1, 1, 1}, far[3] = {1, 1, 1};
   double h[3] = {1, 1, 1};             // width of the last interval on each axis
   int closed[6] = {0, 0, 0, 0, 0, 0};  // faces x-, x+, y-, y+, z-, z+
 
-  std::size_t cells() const { return static_cast<std::size_t>(plane() * nz); }
+  std::size_t cells() const { return plane() * nz; }
   std::ptrdiff_t plane() const { return std::ptrdiff_t{nx} * ny; }
   std::ptrdiff_t row(int j, int k) const { return (std::ptrdiff_t{k} * ny + j) * nx; }
-  /// Where the cells with odd i begin in a row.
+  /// The place in a row where the cells with odd i begin.
   int odd() const { return (nx + 1) / 2; }
 };
 

@@ -1,8 +1,7 @@
-// What smoothing and residual do on one plane of a level, compiled once per instruction set
-// (util/isa.h). Planes are given by the index k of an interior one. Each kernel sets the ghosts of
-// closed faces that it reads, in its own plane or in the ghost plane beside it. It writes nothing
-// else that a kernel of the same kind and color reads on another plane, so planes can run on any
-// threads.
+// Smoothing and residual on one plane of a level, compiled once per instruction set (util/isa.h). k
+// is the index of an interior plane. Each kernel sets the ghosts of closed faces that it reads, in
+// its own plane or in the ghost plane beside it. It writes nothing else that the same kernel reads
+// on another plane for the same color, so planes can run on any threads.
 #pragma once
 
 #include "math/multigrid/multigrid_level.h"

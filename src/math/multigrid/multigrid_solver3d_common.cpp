@@ -22,7 +22,7 @@ const MultigridTransferKernels& multigrid_transfer_kernels() {
 
 namespace {
 
-// Below this many cells a level isn't worth a team of threads.
+// A level with fewer cells isn't worth a team of threads.
 constexpr std::size_t kSmallLevel = 50000;
 
 bool worth_threads(std::size_t cells) { return cells > kSmallLevel; }
@@ -58,17 +58,17 @@ void merge_rows(Field<float>& f, float* scratch) {
   }
 }
 
-// All sweeps in one walk over the planes, so that a level passes through the cache once. A stage is
-// one color of one sweep. It needs the stage before it on the planes k - 1, k and k + 1, so stage
-// s runs s planes behind stage 0. Where two slabs meet, each leaves out what the other one's cells
-// are needed for, and the gap is filled when both are done:
+// All sweeps in one pass over the planes, so that a level goes through the cache once. A stage is
+// one color of one sweep. It needs the stage before it on the planes k - 1, k and k + 1, so stage s
+// runs s planes behind stage 0. Where two slabs meet, each leaves out the cells that need cells of
+// the other slab, and the gap is filled when both are done:
 //
 //     stage 3   3 3 3 3 . . . . . . 3 3 3 3
 //     stage 2   2 2 2 2 2 . . . . 2 2 2 2 2
 //     stage 1   1 1 1 1 1 1 . . 1 1 1 1 1 1
 //     stage 0   0 0 0 0 0 0 0|0 0 0 0 0 0 0     k ->
 //
-// Every cell sees its neighbors as in the plain order, stage by stage.
+// Every cell sees the same neighbors as if the stages ran one after the other.
 void RBGS3D(int sweeps, const LevelGrid& g) {
   const auto smooth_plane = multigrid_relax_kernels().smooth_plane;
   const int stages = 2 * sweeps;

@@ -1,7 +1,7 @@
 // The 7-point stencil on the split rows of a level, for the kernel files of the solver.
 //
-// One half of a row holds cells of one color; the pointers of a HalfRow stand at its first
-// interior cell and at the neighbors of that:
+// One half of a row holds cells of one color. The pointers of a HalfRow point to its first interior
+// cell and to the neighbors of that cell:
 //
 //               north                high
 //                 |                 /
@@ -40,8 +40,8 @@ inline HalfRow half_row(const LevelGrid& g, int j, int k, int parity) {
           (g.nx - 2 + parity) / 2};
 }
 
-/// Weights of the neighbors of a cell, and their sum. All are 1 but in the last layers of a level
-/// whose last interval has a width of its own.
+/// Weights of the neighbors of a cell, and their sum. All are 1, except in the last layers of a
+/// level whose last interval has another width.
 struct Weights {
   double w = 1, e = 1, s = 1, n = 1, l = 1, h = 1, center = 6;
 };
@@ -74,8 +74,8 @@ inline D neighbor_sum(const HalfRow& c, int m, const Weights& a) {
          (a.l * widen<D>(c.low + m) + a.h * widen<D>(c.high + m));
 }
 
-/// Calls body(row, weights) for the cells of a half row, whose weights are the same, and then for
-/// its last cell where that has weights of its own.
+/// Calls body(row, weights) for the cells of a half row, which have the same weights, and then for
+/// its last cell if it has other weights.
 template <class Body>
 inline void for_half_row(const LevelGrid& g, int j, int k, int parity, Body body) {
   const bool last_j = j == g.ny - 2 && g.near[1] != 1, last_k = k == g.nz - 2 && g.near[2] != 1;
@@ -94,10 +94,10 @@ inline void for_half_row(const LevelGrid& g, int j, int k, int parity, Body body
   }
 }
 
-/// Sets the ghosts beside the cells of one color in a plane, where the face is closed: they take
-/// their inner neighbor. Those of open faces are 0 from the start of a solve. A sweep must see the
-/// ghosts as they are at its start. A cell changes once in a sweep and only it reads the ghost
-/// beside it, so it's the same to set the ghosts right before the color changes.
+/// Sets the ghosts of closed faces beside the cells of one color in a plane to their inner
+/// neighbors. Those of open faces are 0 from the start of a solve. A sweep must see the ghosts as
+/// they are at its start. A cell changes once in a sweep and only it reads the ghost beside it, so
+/// the ghosts can be set just before the color changes.
 inline void set_ghosts(const LevelGrid& g, int k, int color) {
   const int odd = g.odd();
   const auto parity = [&](int j) { return (color + j + k) & 1; };

@@ -8,7 +8,7 @@ namespace nbx::NBX_ISA {
 
 namespace {
 
-std::size_t bytes(int floats) { return static_cast<std::size_t>(floats) * sizeof(float); }
+std::size_t bytes(int floats) { return floats * sizeof(float); }
 
 void split_plane(float* plane, float* __restrict row, int nx, int ny) {
   const int odd = (nx + 1) / 2;
@@ -38,12 +38,12 @@ void merge_plane(float* plane, float* __restrict row, int nx, int ny) {
 
 float mean(float a, float b) { return (a + b) * 0.5f; }
 float between(float a, float b, double t) {
-  const auto low = static_cast<double>(a);
-  return static_cast<float>(low + (static_cast<double>(b) - low) * t);
+  const double low = a;
+  return static_cast<float>(low + (b - low) * t);
 }
 
-// out = what lies between two rows; the last position before the far ghost of an odd size stands at
-// its own fraction t of the interval.
+// out = the values between two rows. For an odd size, the last position before the far ghost is at
+// the fraction t of its interval.
 void between_rows(float* __restrict out, const float* a, const float* b, int n) {
   for (int i = 0; i < n; ++i) out[i] = mean(a[i], b[i]);
 }
@@ -79,8 +79,8 @@ void expand_row(float* __restrict out, const LevelGrid& fine, const LevelGrid& c
   }
 }
 
-// The inner neighbor of a ghost layer behind a closed face, -1 for one behind an open face, whose
-// values are 0; else `at` itself.
+// For a ghost layer at a closed face its inner neighbor; at an open face, where values are 0, -1;
+// else `at` itself.
 int source_layer(int at, int n, int low_closed, int high_closed) {
   if (at == 0) return low_closed ? 1 : -1;
   if (at == n - 1) return high_closed ? n - 2 : -1;

@@ -1,5 +1,5 @@
-// Order of the rows, and interpolation from the coarser level: what they do on one plane, compiled
-// once per instruction set (util/isa.h).
+// Reordering of rows, and interpolation from the coarser level, on one plane; compiled once per
+// instruction set (util/isa.h).
 #pragma once
 
 #include "math/multigrid/multigrid_level.h"

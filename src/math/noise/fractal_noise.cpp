@@ -13,7 +13,7 @@ namespace {
 // applied to the coordinates at any time.
 template <class Band>
 void for_each_band(const NoiseParams& params, Band band) {
-  // Beyond 64 octaves float coordinates tell no cells apart. NaN counts as 0.
+  // Beyond 64 octaves float coordinates can't distinguish cells. NaN counts as 0.
   const float bands = std::min(std::max(0.0f, params.bands), 64.0f);
   const int whole = static_cast<int>(bands);
   float frequency = params.frequency, amplitude = params.amplitude;

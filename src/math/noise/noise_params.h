@@ -1,4 +1,4 @@
-// How much noise of which sizes: the record that the noise operators read.
+// The parameters of the noise operators: amounts and sizes.
 #pragma once
 
 #include "math/rational_spline.h"
@@ -19,9 +19,9 @@ struct NoiseParams {
 };
 
 /// Sets frequency, amplitude, bands and time_frequency from the sizes of the smallest and the
-/// largest eddy, in either order. No eddy is smaller than a voxel. `strength` is the speed that the
-/// largest eddies add, `period` the seconds of a tile change, 0 for none. Sizes in one unit,
-/// `voxel_size` above 0.
+/// largest eddy, in either order; no eddy gets smaller than a voxel. `strength` is the speed that
+/// the largest eddies add, `period` the seconds between tile changes, or 0 for a fixed tile. All
+/// sizes are in one unit, and `voxel_size` is above 0.
 void set_noise_scale(NoiseParams& params, double size_a, double size_b, double voxel_size,
                      double strength, double period);
 

@@ -49,12 +49,12 @@ void low_pass_axis(Field<float>& field, int axis) {
   const int n_across = field.dims()[across], n_along = field.dims()[along];
   const std::ptrdiff_t steps[3] = {1, field.nx(), std::ptrdiff_t{field.nx()} * field.ny()};
   const std::size_t size = n;
-  // One line and its half for each thread; nothing may throw inside of the parallel region.
-  std::vector<float> scratch(static_cast<std::size_t>(omp_get_max_threads()) * 2 * size);
+  // One line and its half per thread; nothing may throw inside the parallel region.
+  std::vector<float> scratch(std::size_t{2} * omp_get_max_threads() * size);
 #pragma omp parallel for schedule(static)
   for (int b = 0; b < n_along; ++b)
     for (int a = 0; a < n_across; ++a) {
-      float* line = scratch.data() + static_cast<std::size_t>(omp_get_thread_num()) * 2 * size;
+      float* line = scratch.data() + std::size_t{2} * omp_get_thread_num() * size;
       low_pass_line(field.data() + a * steps[across] + b * steps[along], steps[axis], n, line,
                     line + size);
     }
@@ -79,8 +79,8 @@ void fill_gaussian(Field<float>& out, std::mt19937& rng) {
   }
 }
 
-// out += out shifted by an odd number of cells. The variance of even and of odd cells differs,
-// since the low band lives on even cells; the sum has the same in all of them.
+// out += out shifted by an odd number of cells. Even and odd cells have different variances, since
+// the low band is on even cells; in the sum all cells have the same variance.
 void add_shifted(Field<float>& out, Field<float>& tmp) {
   tmp.copy(out);
   const int n = out.nx(), nz = out.nz(), m = n / 2 + 1;
@@ -141,8 +141,8 @@ void advance_tile(WaveletNoise& noise, float t, bool three_d, bool normalize) {
     swap();
     generate_a();
   } else if (i != from) {
-    // A run that begins late first draws what it would have drawn on the way. The limit keeps that
-    // within seconds; times beyond it share their numbers.
+    // A run that starts late first draws the numbers of the times before. The limit keeps that
+    // within seconds; times beyond it use the same numbers.
     constexpr int kMostSkipped = 1 << 13;
     const auto numbers = static_cast<unsigned long long>(n) * static_cast<unsigned>(n) *
                          static_cast<unsigned>(dims[2]);
@@ -165,7 +165,7 @@ void advance_tile_from_start(WaveletNoise& noise, float t, bool three_d, bool no
     noise.tile_time = -2;  // so that both tiles are drawn
     advance_tile(noise, 0, three_d, normalize);
   }
-  // The tiles in between are drawn number by number, since now and then a number takes two draws.
+  // The tiles in between are drawn number by number, since some numbers take two draws.
   const std::ptrdiff_t numbers = std::ptrdiff_t{n} * n * (three_d ? n : 1);
   for (; noise.tile_time + 2 < i; ++noise.tile_time)
     for (std::ptrdiff_t k = 0; k < numbers; ++k) uniform(noise.rng);

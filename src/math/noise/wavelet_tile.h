@@ -1,5 +1,5 @@
-// The periodic tile of wavelet noise: white Gaussian numbers minus what a grid of half the
-// resolution could represent (Cook and DeRose, 2005).
+// The periodic tile of wavelet noise: white Gaussian noise minus the part that a grid of half the
+// resolution can represent (Cook and DeRose, 2005).
 #pragma once
 
 #include "math/wavelet_noise.h"

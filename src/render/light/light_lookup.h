@@ -3,8 +3,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
-#include "render/shade/bspline_weights.h"
+#include "math/lanes/bspline.h"
 #include "render/shade/field3.h"
 
 namespace nbx {

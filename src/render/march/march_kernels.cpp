@@ -1,8 +1,8 @@
 #include "render/march/march_kernels.h"
 
+#include "math/lanes/bspline.h"
 #include "math/lanes/lane_exp.h"
 #include "math/lanes/lane_sampling.h"
-#include "render/shade/bspline_weights.h"
 
 namespace nbx::NBX_ISA {
 

@@ -52,6 +52,16 @@ void right_hand_side(Field<float>& rhs, const ProjectionFields& f, double dx) {
   if (f.source) axpy(rhs, 1, *f.source, rhs);
 }
 
+// The solver throws an integer if its levels and the fields don't fit together.
+SolveResult solve(MultigridSolver3D& solver, Field<float>& p, Field<float>& rhs,
+                  int expected_cycles, int max_cycles, float tolerance, SolverProgress* progress) {
+  try {
+    return solver.solve(p, rhs, expected_cycles, max_cycles, tolerance, progress);
+  } catch (int) {
+    throw Exception("the pressure's fields don't fit the solver's levels");
+  }
+}
+
 }  // namespace
 
 SolveResult project(MultigridSolver3D& solver, const ProjectionFields& fields, const Domain& domain,
@@ -74,7 +84,7 @@ SolveResult project(MultigridSolver3D& solver, const ProjectionFields& fields, c
   for (int pass = 0; f.phi && pass < limits.solid_iterations && residual > tolerance; ++pass) {
     velocity_boundary(f, domain);
     right_hand_side(*rhs, f, dx);
-    const SolveResult cycle = solver.solve(*p, *rhs, expected_cycles, 1, tolerance, progress);
+    const SolveResult cycle = solve(solver, *p, *rhs, expected_cycles, 1, tolerance, progress);
     residual = cycle.residual;
     expected_cycles = cycle.cycles;
     subtract_pressure_gradient(*f.U, *f.V, *f.W, *p, dx, f.phi);
@@ -83,7 +93,7 @@ SolveResult project(MultigridSolver3D& solver, const ProjectionFields& fields, c
   velocity_boundary(f, domain);
   right_hand_side(*rhs, f, dx);
   const SolveResult result =
-      solver.solve(*p, *rhs, expected_cycles, limits.max_cycles, tolerance, progress);
+      solve(solver, *p, *rhs, expected_cycles, limits.max_cycles, tolerance, progress);
   subtract_pressure_gradient(*f.U, *f.V, *f.W, *p, dx, nullptr);
   if (std::isnan(result.residual)) throw Exception("Floating point error during linear solving");
   return result;

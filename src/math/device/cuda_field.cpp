@@ -1,4 +1,4 @@
-#include "math/cuda_field.h"
+#include "math/device/cuda_field.h"
 
 #include <algorithm>
 #include <utility>
@@ -119,9 +119,9 @@ void CUDAField::resize_offset(const Vec3i& offset, const Vec3i& dims, float fill
     const int hi = std::min(target.dims()[a], this->dims()[a] - offset[a]);
     overlap = overlap && lo < hi;
     if (!overlap) break;
-    copy.target_pos[a] = static_cast<std::size_t>(lo) * unit;
-    copy.source_pos[a] = static_cast<std::size_t>(lo + offset[a]) * unit;
-    size[a] = static_cast<std::size_t>(hi - lo) * unit;
+    copy.target_pos[a] = lo * unit;
+    copy.source_pos[a] = (lo + offset[a]) * unit;
+    size[a] = (hi - lo) * unit;
   }
   if (overlap) {
     copy.extent = {size[0], size[1], size[2]};
