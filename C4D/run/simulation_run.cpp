@@ -144,8 +144,8 @@ Outcome SimulationRun::finish() {
   if (sim_ && sim_->sink.target_cache) {
     BFS& cache = *sim_->sink.target_cache;
     if (frame_done_) states_->save_last();
-    if (!cache.finish_writes())
-      saved = Outcome::failure("frames wait to be saved: " + cache.last_error());
+    if (const Outcome written = cache.finish_writes(); !written)
+      saved = Outcome::failure("frames wait to be saved: " + written.reason());
     report_lost();
   }
   states_.reset();

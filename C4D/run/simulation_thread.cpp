@@ -34,7 +34,7 @@ SimulationThread::~SimulationThread() {
 
 bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_run,
                                         RunFrontEnd& front_end, std::optional<int> at_most) {
-  const auto refuse = [&front_end](int title, int text) {
+  const auto refuse = [&front_end](const texts::Box& box) {
     front_end.refuse(box.title, box.text);
     return false;
   };

@@ -33,11 +33,11 @@ void StateSaver::save_if_due() {
   if (every < 1 || frame % every != 0 || last) return;
   // A run that continues from a state makes only the frames after it, so all others must exist.
   BFS& store = *run_.sim.sink.target_cache;
-  if (store.finish_writes())
+  if (const Outcome saved = store.finish_writes(); saved)
     save(state_file(store.directory(), frame));
   else
     run_.front_end.warn("the state of frame " + std::to_string(frame) +
-                        " isn't saved, since frames before it wait to be: " + store.last_error());
+                        " isn't saved, since frames before it wait to be: " + saved.reason());
 }
 
 void StateSaver::save(const std::string& path) {

@@ -88,8 +88,9 @@ StepSettings read_step_settings(const RunView& run, host::BaseObject& volume, do
   step.domain.world_to_grid = grid.world_to_grid;
   step.domain.dx = step.params.voxel_size * step.params.unit_scale;
   // The z axis of the grid is opposite to that of the host, so the two z faces change places.
-  const Parameter<bool> faces[6] = {OVOLUME.CLOSED_X_MIN, OVOLUME.CLOSED_X_MAX, OVOLUME.CLOSED_Y_MIN,
-                                 OVOLUME.CLOSED_Y_MAX, OVOLUME.CLOSED_Z_MAX, OVOLUME.CLOSED_Z_MIN};
+  const Parameter<bool> faces[6] = {OVOLUME.CLOSED_X_MIN, OVOLUME.CLOSED_X_MAX,
+                                    OVOLUME.CLOSED_Y_MIN, OVOLUME.CLOSED_Y_MAX,
+                                    OVOLUME.CLOSED_Z_MAX, OVOLUME.CLOSED_Z_MIN};
   for (int f = 0; f < 6; ++f) step.domain.face_closed[f] = p(faces[f]) ? 1 : 0;
   step.domain.wind = read_wind(run, step.params, volume, dt);
   return step;
