@@ -102,7 +102,7 @@ TEST_F(Vdb, FramesComeBack) {
                                                0.25 * f(i + x, j + y, k + z)
                                          : f(i, j, k);
             ASSERT_NEAR(g(i, j, k), expected, tolerance * (mean ? 4 : 1) * expected)
-                << type << " " << i << " " << j << " " << k;
+                << a << " " << i << " " << j << " " << k;
           });
           if (a < 0) {
             EXPECT_EQ(g(0, 3, 3), 0);

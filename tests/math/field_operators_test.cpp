@@ -46,7 +46,7 @@ const Case cases[] = {
      [](float x, float y) { return kA * x + y; }},
     {"axpby",
      [](MField& d, MField& x, MField& y) {
-       axpby(d.overwrite_cpu(), kA, x.read_cpu(), kB, y.read_cpu());
+       on_cpu([](auto& f, auto& fx, auto& fy) { axpby(f, kA, fx, kB, fy); }, d, x, y);
      },
      [](float x, float y) { return kA * x + kB * y; }},
     {"clamp", [](MField& d, MField& x, MField&) { d.assign(x), m_clamp(d, kB, kA); },
