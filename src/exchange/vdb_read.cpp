@@ -68,7 +68,7 @@ vdb::CoordBBox box_of(const std::vector<Source>& sources) {
 
 FieldHandle sample(const vdb::FloatGrid& grid, const vdb::CoordBBox& box) {
   const vdb::Coord n = box.dim();
-  const FieldHandle field = acquire_field({n[0], n[1], n[2]});
+  FieldHandle field = acquire_field({n[0], n[1], n[2]});
   vdb::tools::Dense<float, kOrder> dense(box, field->data());
   vdb::tools::copyToDense(grid, dense);
   return field;
@@ -79,7 +79,7 @@ FieldHandle sample_faces(const vdb::tools::Dense<vdb::Vec3s, kOrder>& dense,
                          const vdb::CoordBBox& box, int a, bool staggered, const vdb::Vec3d& axis) {
   vdb::Coord n = box.dim();
   ++n[a];
-  const FieldHandle field = acquire_field({n[0], n[1], n[2]});
+  FieldHandle field = acquire_field({n[0], n[1], n[2]});
   for (int k = 0; k < n[2]; ++k)
     for (int j = 0; j < n[1]; ++j)
       for (int i = 0; i < n[0]; ++i) {

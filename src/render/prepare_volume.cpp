@@ -53,7 +53,7 @@ void prepare_shader(VolumeShader& shader, SimFrame& frame, const ShaderParams& s
 FieldHandle vorticity_mask(const RenderVolume& volume, double dx, double frames_per_second) {
   const Field<float>&U = *volume.velU, &V = *volume.velV, &W = *volume.velW;
   const Vec3i n(V.nx(), U.ny(), U.nz());
-  const FieldHandle mask = acquire_field(n), wx = acquire_field(n), wy = acquire_field(n),
+  FieldHandle mask = acquire_field(n), wx = acquire_field(n), wy = acquire_field(n),
                     wz = acquire_field(n);
   VelocityCurl(*wx, *wy, *wz, *mask, U, V, W, dx);
   min_a_x(*mask, frames_per_second, *mask);

@@ -177,7 +177,7 @@ QImage slice_picture(const Field<float>& grid, const SliceOptions& options) {
     }
   }
   if (options.scale == 1) return picture;
-  const QImage scaled = picture.scaled(
+  QImage scaled = picture.scaled(
       picture.size() * options.scale, Qt::IgnoreAspectRatio,
       options.projection == Projection::kNone ? Qt::FastTransformation : Qt::SmoothTransformation);
   if (scaled.isNull()) throw std::bad_alloc();

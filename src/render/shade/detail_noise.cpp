@@ -20,7 +20,7 @@ constexpr double kLeast = std::numeric_limits<double>::epsilon();
 // A copy whose rows repeat their first three floats at the end.
 FieldHandle with_rows_closed(const Field<float>& tile) {
   const int n = tile.nx();
-  const FieldHandle closed = acquire_field({n + 3, n, n});
+  FieldHandle closed = acquire_field({n + 3, n, n});
   for (int k = 0; k < n; ++k)
     for (int j = 0; j < n; ++j) {
       float* row = &(*closed)(0, j, k);
