@@ -177,14 +177,7 @@ TEST_F(Continue, QuestionsAreAnsweredByOptions) {
 // Frames for rendering hold less than states.
 TEST_F(Continue, StartsFromOrdinaryFrames) {
   // What neither frame nor scene tell is left out: the driver's blur, and a wind from motion.
-  std::string smoke = fire(R"("cache_velocity": true, "cache_fuel": true)");
-  for (const auto& [from, to] :
-       {std::pair{R"("fuel_driver_blur": 2)", R"("fuel_driver_blur": 0)"},
-        {R"("position": [[0, [0, 20, 0]], [4, [1, 20, 0]], [9, [6, 21, 0]]],)", ""},
-        {R"("parameters.wind_speed": [[0, 0], [9, 120]],)", ""},
-        {R"("name": "fire",)", R"("name": "fire", "position": [0, 20, 0],)"}})
-    smoke = replaced(smoke, from, to);
-  const auto path = scene(smoke);
+  const auto path = scene(test::read_file(NBX_C4D_DATA "/steady_fire.json"));
   ASSERT_EQ(simulate(path, 4, "whole"), host::kDone);
   const auto whole = frame_files("whole");
   ASSERT_EQ(simulate(path, 4, "from", {}, whole[3]), host::kDone);

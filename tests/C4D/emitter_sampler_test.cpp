@@ -9,7 +9,6 @@
 #include "C4D/settings/source_parameters.h"
 #include "C4D/sources/particle_sources.h"
 #include "math/mfield_operations.h"
-#include "math/sparse_field_operators.h"
 
 namespace nbx {
 namespace {
@@ -17,7 +16,8 @@ namespace {
 using test::SceneRun;
 
 // A tetrahedron of edge 4 whose outer sides run clockwise, seen from outside, as the host has them.
-const char* const kTetrahedron = R"("points": [[0, 0, 0], [4, 0, 0], [0, 4, 0], [0, 0, 4]],
+const std::string kTetrahedron =
+    R"("type": "mesh", "points": [[0, 0, 0], [4, 0, 0], [0, 4, 0], [0, 0, 4]],
     "polygons": [[0, 2, 1], [0, 1, 3], [0, 3, 2], [1, 2, 3]])";
 
 std::string volume(const std::string& parameters = "") {
@@ -33,33 +33,28 @@ std::string scene(const std::string& object, const std::string& emitter,
          R"(, "tags": [{"type": "emitter", "parameters": {)" + emitter + "}}]}";
 }
 
-const std::string kStill =
-    R"("type": "mesh", )" + std::string(kTetrahedron) + R"(, "position": [-2, -2, -2])";
+const std::string kStill = kTetrahedron + R"(, "position": [-2, -2, -2])";
 // 40 units along x in the first frame.
-const std::string kFast = R"("type": "mesh", )" + std::string(kTetrahedron) +
-                          R"(, "keyframes": {"position": [[0, [-20, 0, 0]], [1, [20, 0, 0]]]})";
-const std::string kBox =
-    R"("type": "mesh", "points": [[-6, -6, -6], [6, -6, -6], [6, -6, 6], [-6, -6, 6],
-    [-6, 6, -6], [6, 6, -6], [6, 6, 6], [-6, 6, 6], [0, -6, 0]], "polygons": )";
+const std::string kFast =
+    kTetrahedron + R"(, "keyframes": {"position": [[0, [-20, 0, 0]], [1, [20, 0, 0]]]})";
 const std::string kCube = R"("type": "cube", "parameters": {"size": [12, 12, 12]})";
 
 TEST(EmitterSampler, FastSourcesLeaveNoGap) {
-  SceneRun fast(scene(kFast, R"("density": 1)"));
-  fast.frame();
-  for (double x = -19.5; x < 21; ++x) EXPECT_GT(fast.density_at({x, 0.5, 0.5}), 0) << x;
-  EXPECT_EQ(fast.density_at({-24.5, 0.5, 0.5}), 0);
-  EXPECT_EQ(fast.density_at({27.5, 0.5, 0.5}), 0);
-
-  SceneRun late(scene(kFast, R"("density": 1)"));
-  late.second_half = true;
-  late.frame();
-  EXPECT_EQ(late.density_at({-10.5, 0.5, 0.5}), 0);
-  for (const double x : {10.5, 20.5}) EXPECT_GT(late.density_at({x, 0.5, 0.5}), 0) << x;
-
-  SceneRun once(scene(kFast, R"("density": 1)", R"(, "source_substeps": 1)"));
-  once.frame();
-  EXPECT_GT(once.density_at({20.5, 0.5, 0.5}), 0);
-  EXPECT_EQ(once.density_at({0.5, 0.5, 0.5}), 0);
+  const struct {
+    const char* substeps;
+    bool late;
+    double first, last;  // the cells with gas, and those without
+    std::vector<double> without;
+  } cases[] = {{"", false, -19.5, 20.5, {-24.5, 27.5}},
+               {"", true, 10.5, 20.5, {-10.5}},
+               {R"(, "source_substeps": 1)", false, 20.5, 20.5, {0.5}}};
+  for (const auto& [substeps, late, first, last, without] : cases) {
+    SceneRun run(scene(kFast, R"("density": 1)", substeps));
+    run.second_half = late;
+    run.frame();
+    for (double x = first; x <= last; ++x) EXPECT_GT(run.density_at({x, 0.5, 0.5}), 0) << x;
+    for (const double x : without) EXPECT_EQ(run.density_at({x, 0.5, 0.5}), 0) << x;
+  }
 }
 
 TEST(EmitterSampler, PaintedWeightsScaleTheSurface) {
@@ -106,12 +101,9 @@ TEST(EmitterSampler, AddedAmountsArePerFrameAndSetOnesAreALevel) {
 TEST(EmitterSampler, WhatIsOffEmitsNothing) {
   EXPECT_EQ(SceneRun(scene(kStill, R"("density": 1, "enabled": false)")).tags(), 0u);
   for (int off = 0; off < 4; ++off) {
-    const auto object = [&](int level) {
-      return std::string(R"({"type": "null", "enabled": )") + (level == off ? "false, " : "true, ");
-    };
-    SceneRun run(volume() + ", " + object(0) + R"("children": [)" + object(1) +
-                 R"("tags": [{"type": "emitter", "parameters": {"density": 1}}], "children": [)" +
-                 object(2) + R"("children": [{)" + kStill + "}]}]}]}");
+    const auto on = [&](int level) { return level == off ? "false" : "true"; };
+    SceneRun run(
+        test::data("nested.json", {{"UPPER", on(0)}, {"MIDDLE", on(1)}, {"LOWER", on(2)}}));
     EXPECT_EQ(sum(run.density()) > 1, off == 3) << off;
   }
 }
@@ -165,15 +157,8 @@ TEST(EmitterSampler, TexturesScaleTheSource) {
 TEST(EmitterSampler, SurfaceChannelsScaleTheSource) {
   const auto painted = [](const std::string& texture, const std::string& tag,
                           const std::string& channel = "emission") {
-    return SceneRun(volume() + R"(, {"type": "plane", "position": [0, 0.5, 0],
-        "parameters": {"width": 20, "depth": 20}, "tags": [
-          {"type": "texture", "parameters": {"material": "paint")" +
-                        tag + R"(}}, {"type": "emitter", "parameters": {"density": 1,
-          "fill": false, "surface_channel": ")" +
-                        channel + R"("}}]})",
-                    R"("textures": [{"name": "t", )" + texture + R"(}],
-        "materials": [{"name": "paint", "parameters": {"emission": [1, 1, 1],
-                       "emission_texture": "t"}}], )");
+    return SceneRun(test::data("painted_plane.json",
+                               {{"TEXTURE", texture}, {"PLACE", tag}, {"CHANNEL", channel}}));
   };
   const std::string ramp = R"("type": "gradient", "parameters": {"direction": [1, 0, 0]})";
   const struct {
@@ -224,11 +209,7 @@ TEST(EmitterTag, OldVersionsAreConvertedOnce) {
   for (const auto& [version, factor] :
        {std::pair{"0", 0.04}, {"1", 0.04}, {"2", 1.0}, {"6", 1.0}}) {
     SCOPED_TRACE(version);
-    test::TestDocument document(
-        R"({"type": "null", "name": "m", "tags": [{"type": "emitter",
-        "parameters": {"temperature": 100, "fuel": 25, "burn": 50, "version": )" +
-        std::string(version) +
-        R"(}, "keyframes": {"parameters.density": [[0, 50], [10, 100]]}}]})");
+    test::TestDocument document(test::data("old_tag.json", {{"VERSION", version}}));
     host::BaseTag& tag = *document.object("m").GetFirstTag();
     tag.Message(host::kMessageDocumentLoaded);
     evaluate(*document, 0.4);
@@ -270,17 +251,12 @@ TEST(EmitterSampler, ParticlesEmitAndHandOverTheirVelocity) {
 
 // One particle is born at the start and has come 2 units far, to the center of a cell.
 TEST(EmitterSampler, ParticlesAreAsStrongAsTheirMapSays) {
-  const auto strength = [](const char* tagged, const char* map, const char* curve) {
-    const std::string tag = R"("tags": [{"type": "emitter", "parameters": {"density": 1,
-        "particle_map": ")" +
-                            std::string(map) + R"(", "particle_curve": )" + curve + "}}]";
+  const auto strength = [](const std::string& tagged, const char* map, const char* curve) {
     SceneRun run(
-        volume() + R"(, {"type": "particle_system", "name": "s", "children": [
-        {"type": "particle_emitter", "position": [0.5, 0.5, 0.5], )" +
-        (tagged == std::string("emitter") ? tag + ", " : "") + R"("parameters": {"rate": 25,
-         "speed": 50, "mass": 20, "particle_size": 40, "life": 9}}]},
-        {"type": "particle_group", )" +
-        (tagged == std::string("group") ? tag + ", " : "") + R"("parameters": {"system": "s"}})");
+        test::data("mapped_particles.json", {{"EMITTER", tagged == "emitter" ? "true" : "false"},
+                                             {"GROUP", tagged == "group" ? "true" : "false"},
+                                             {"MAP", map},
+                                             {"CURVE", curve}}));
     run.frame();
     EXPECT_EQ(max(run.density()), run.density_at({0.5, 0.5, 2.5}));
     return run.density_at({0.5, 0.5, 2.5});
@@ -317,25 +293,23 @@ TEST(ParticleTable, HoldsPlacesVelocitiesAndWhoIsAlive) {
 // What scenes have by mistake: it costs a log line or nothing, and the rest of the scene goes on.
 TEST(EmitterSampler, BadInputIsSkipped) {
   const std::string density = R"("density": 1, "normal_force": 20)";
-  const std::string objects[] = {
-      scene(R"("type": "null")", density),
-      scene(R"("type": "light")", density),
-      scene(R"("type": "sphere", "position": [9000, 0, 0],
-                "parameters": {"segments": 1000, "rings": 500})",
-            density),
-      scene(kStill, density + R"(, "selections": ["m"])"),
-      scene(R"("type": "particle_emitter", "parameters": {"rate": 0})", density),
-      scene(R"("type": "particle_emitter", "parameters": {"rate": 2.5e7, "size": [30, 10, 10],
-                "speed": 20})",
-            density + R"(, "velocity_transfer": 1)")};
+  const std::pair<std::string, const char*> cases[] = {
+      {R"("type": "null")", ""},
+      {R"("type": "light")", ""},
+      {R"("type": "sphere", "position": [9000, 0, 0], "parameters": {"segments": 1000, "rings": 500})",
+       ""},
+      {kStill, R"(, "selections": ["m"])"},
+      {R"("type": "particle_emitter", "parameters": {"rate": 0})", ""},
+      {R"("type": "particle_emitter", "parameters": {"rate": 2.5e7, "size": [30, 10, 10], "speed": 20})",
+       R"(, "velocity_transfer": 1)"}};
   const test::LogCapture log;
-  for (const std::string& one : objects) {
-    SCOPED_TRACE(one);
-    SceneRun run(one);
+  for (const auto& [object, more] : cases) {
+    SCOPED_TRACE(object);
+    SceneRun run(scene(object, density + more));
     run.frame();
     const double total = run.sim.domain.active_box.empty() ? 0 : sum(run.density());
     EXPECT_TRUE(std::isfinite(total) && std::isfinite(m_infnorm(run.sim.fluid().U())));
-    EXPECT_EQ(total > 1, &one == &objects[5]) << total;
+    EXPECT_EQ(total > 1, *more != 0 && object != kStill) << total;
   }
   EXPECT_TRUE(log.contains("Unsupported tag in selection list. Type 5100"));
 }

@@ -2,7 +2,6 @@
 // what wasn't is never taken for a frame.
 #include <csignal>
 #include <functional>
-#include <random>
 #include <set>
 #include <thread>
 

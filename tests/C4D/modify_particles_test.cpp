@@ -29,12 +29,8 @@ TEST(ModifyParticles, ParticlesFollowTheCachedFlow) {
     ASSERT_TRUE(store->write_through(frame));
   }
   const auto flight = [&](const std::string& strength, const std::string& x = "10") {
-    test::TestDocument document(R"({"type": "volume", "name": "v", "parameters": {
-        "size": [40, 40, 40], "voxel_size": 2, "cache_name": ")" +
-                                folder.path() + R"(", "particle_advection": )" + strength + R"(}},
-        {"type": "particle_emitter", "name": "e", "position": [)" +
-                                x + R"(, 0, 0], "parameters":
-         {"rate": 25, "speed": 0, "life": 9, "end": 0.02}})");
+    test::TestDocument document(test::data(
+        "floating_particle.json", {{"CACHE", folder.path()}, {"STRENGTH", strength}, {"X", x}}));
     document->SetTime({2, 1});
     document->ExecutePasses(nullptr, true, true, true);
     const host::Particles& particles = document.object("e").GetParticles();

@@ -116,12 +116,7 @@ TEST_F(Plugin, TimeScaleIsThePaceOfTheGas) {
 
 // A burning ball against the open face at the high end of z.
 TEST_F(Plugin, FireIsMeasuredAndItsLossesAreTold) {
-  std::string text = replaced(kScene, "\"simulate_density\": true",
-                              R"("simulate_density": true, "simulate_fuel": true,
-       "simulate_burn": true, "fuel_to_expansion": 0.1, "decay_fuel": 0.2)");
-  text = replaced(text, "[0, 8, 0]", "[0, 8, 8]");
-  ASSERT_EQ(simulate(4, replaced(text, R"({"density": 1, "temperature": 1})", R"({"fuel": 1})")),
-            host::kDone);
+  ASSERT_EQ(simulate(4, test::read_file(NBX_C4D_DATA "/burning_ball.json")), host::kDone);
   const auto& seen = *context_;
   EXPECT_NE(seen.results.at(0).find("; gas leaves through z+ from frame 0"), std::string::npos)
       << seen.results[0];

@@ -128,14 +128,7 @@ TEST(Workspace, CoversWhatARunHolds) {
     for (const std::string solid : {"true", "false"}) {
       field_pool().release_unused();
       const std::uint64_t before = field_bytes();
-      test::SceneRun run(volume(R"("size": [30, 24, 28], "closed_x_min": true, "vorticity": 1,
-          "simulate_density": true, "cache_direct": )" +
-                                direct) +
-                         R"(, {"type": "cube", "parameters": {"size": [90, 90, 90]},
-          "tags": [{"type": "emitter", "parameters": {"density": 1, "temperature": 1,
-                   "direction": [9, 9, 9]}}]}, {"type": "sphere", "parameters": {"radius": 4},
-          "tags": [{"type": "emitter", "parameters": {"solid": )" +
-                         solid + "}}]}");
+      test::SceneRun run(test::data("full_domain.json", {{"DIRECT", direct}, {"SOLID", solid}}));
       for (int i = 0; i < 3; ++i) run.frame();
       ASSERT_EQ(run.sim.domain.active_box, run.sim.domain.domain_box);
       const double held = field_bytes() - before;

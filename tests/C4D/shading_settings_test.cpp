@@ -1,7 +1,5 @@
 #include "C4D/settings/shading_settings.h"
 
-#include <gtest/gtest.h>
-
 #include "C4D/test_document.h"
 
 namespace nbx {

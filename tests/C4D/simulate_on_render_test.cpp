@@ -1,5 +1,4 @@
 // Renders that simulate as they go, and what may not be simulated over by any road.
-#include <cmath>
 #include <set>
 
 #include "C4D/parameters/volume_parameters.h"

@@ -1,7 +1,6 @@
 // A run without thread and user interface, and the front end between a run and its thread.
 #include "C4D/run/simulation_run.h"
 
-#include <filesystem>
 #include <future>
 
 #include "C4D/run/silent_front_end.h"
@@ -20,12 +19,7 @@ const char* const kSmall = R"("size": [9, 9, 9])";
 class Smoke : public test::TestDocument {
  public:
   explicit Smoke(const std::string& cache, const std::string& parameters = kSmall)
-      : TestDocument(R"({"type": "volume", "name": "v", "parameters": {
-            "simulate_density": true, "cache_name": ")" +
-                         cache + "\", " + parameters + R"(}}, {"type": "sphere",
-            "parameters": {"radius": 2},
-            "tags": [{"type": "emitter", "parameters": {"density": 1}}]})",
-                     R"("end": 3, )") {}
+      : TestDocument(test::data("ball.json", {{"CACHE", cache}, {"PARAMETERS", parameters}})) {}
   host::BaseObject& volume() { return object("v"); }
 };
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
 #include "C4D/volume_object.h"
 #include "C4D/volume_renderer.h"
@@ -13,18 +12,29 @@
 
 namespace nbx::test {
 
+/// The text of a file in data/, with other texts in place of its words in capitals.
+inline std::string data(const std::string& name,
+                        const std::vector<std::pair<std::string, std::string>>& words = {}) {
+  std::string text = read_file(NBX_C4D_DATA "/" + name);
+  for (const auto& [word, value] : words)
+    for (auto at = text.find(word); at != text.npos; at = text.find(word, at + value.size()))
+      text.replace(at, word.size(), value);
+  return text;
+}
+
 class TestDocument {
  public:
-  /// `objects` are those of the document or, if they end so, the name of a .json file in data/;
+  /// `objects` are the document's objects, a whole document, or the name of a .json file in data/.
   /// `more` are members of the document beside its objects.
   explicit TestDocument(const std::string& objects, const std::string& more = "") {
     register_volume_object(host_, "Volume");
     register_volume_tag(host_, "Emitter");
     register_volume_renderer(host_, "Smoke and Fire");
-    document_ = host::ReadDocument(
-        objects.ends_with(".json") ? read_file(NBX_C4D_DATA "/" + objects)
-                                   : R"({"fps": 25, )" + more + R"("objects": [)" + objects + "]}",
-        "/", host_.Classes());
+    const std::string text = objects.ends_with(".json") ? data(objects) : objects;
+    document_ = host::ReadDocument(text.starts_with(R"({"fps")")
+                                       ? text
+                                       : R"({"fps": 25, )" + more + R"("objects": [)" + text + "]}",
+                                   "/", host_.Classes());
     document_->Open();
   }
   host::Document& operator*() { return *document_; }

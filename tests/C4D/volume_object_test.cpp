@@ -13,12 +13,16 @@ namespace {
 
 const std::string kVolume = R"({"type": "volume", "name": "v", "parameters": {)";
 
+void add(SimFrame& frame, int type, const Vec3i& dims, float value) {
+  const FieldHandle grid = acquire_field(dims);
+  std::fill_n(grid->data(), grid->count(), value);
+  frame.add(grid, type, {4, -5, 6}, {});
+}
+
 TEST(VolumeObject, PanelTellsOfTheShownFrame) {
   const test::TemporaryFolder folder;
   SimFrame frame;
-  const FieldHandle density = acquire_field({64, 64, 130}), u = acquire_field({65, 64, 130});
-  for (const auto& f : {density, u}) std::fill_n(f->data(), f->count(), 0.5f);
-  frame.add(density, kGridDensity, {4, -5, 6}, {}), frame.add(u, kGridVelocityX, {4, -5, 6}, {});
+  add(frame, kGridDensity, {64, 64, 130}, 0.5f), add(frame, kGridVelocityX, {65, 64, 130}, 0.5f);
   frame.frameTime = {{6, 25}, {1, 25}};
   ASSERT_TRUE(getCache(folder.path())->write_through(frame));
   test::TestDocument document(kVolume + R"("version": 0, "frame_stride": 2, "cache_name": ")" +
@@ -64,11 +68,8 @@ TEST(VolumeObject, BakedGradientHasTheColorsOfTheGlowingBody) {
 TEST(VolumeObject, MeasuresTheGridsOfTheDisplayedChannel) {
   const test::TemporaryFolder folder;
   SimFrame frame;
-  for (const int type : {2, 3, 4, 5, 6, 7, 8, 9, 24, 25, 27, 28, 29, 30, 31}) {
-    const FieldHandle grid = acquire_field({4, 4, 4});
-    std::fill_n(grid->data(), grid->count(), static_cast<float>(type));
-    frame.add(grid, type, {}, {});
-  }
+  for (const int type : {2, 3, 4, 5, 6, 7, 8, 9, 24, 25, 27, 28, 29, 30, 31})
+    add(frame, type, {4, 4, 4}, static_cast<float>(type));
   ASSERT_TRUE(getCache(folder.path())->write_through(frame));
   test::TestDocument document(kVolume + R"("cache_name": ")" + folder.path() + R"("}})");
   host::BaseObject& object = document.object("v");

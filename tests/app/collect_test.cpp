@@ -1,12 +1,7 @@
 // A scene collected in one folder works wherever the folder goes. data/collect has two volumes
 // whose caches have the same name, a model whose numbers are in another folder and that is used
 // twice, two pictures with the same name, and a volume that was never simulated.
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <map>
-
-#include <gtest/gtest.h>
 
 #include "support/support.h"
 

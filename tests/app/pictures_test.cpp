@@ -1,12 +1,6 @@
 // Scenes simulated and rendered coarsely by the program, compared with tests/app/pictures. With
 // NBX_WRITE_PICTURES set, the pictures are written instead; look at them before you commit them.
 #include <QImage>
-#include <cstdlib>
-#include <filesystem>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "support/support.h"
 

@@ -26,9 +26,6 @@ std::string Journal() {
 
 TEST(PluginLife, RunsFromLoadToEnd) {
   nbx::test::TemporaryFolder folder;
-  std::ofstream(folder.file("scene.json"))
-      << R"({"objects": [{"type": "box", "name": "A", "parameters": {"edge_length": 4},
-             "tags": [{"type": "source"}]}, {"type": "null"}]})";
   SmallHost small_host;
   small_host.Preferences().Open(folder.file("settings/preferences.json"));
   {
@@ -39,7 +36,7 @@ TEST(PluginLife, RunsFromLoadToEnd) {
     Terminal terminal(false, false);
     const CommandArguments arguments;
     ProgramContext context(small_host, terminal, arguments);
-    const auto document = context.LoadDocument({folder.file("scene.json")});
+    const auto document = context.LoadDocument({NBX_HOST_TEST_DATA "/box.json"});
     ASSERT_NE(document, nullptr);
     BaseObject* box = context.FindObject(*document, test_plugin::kBox);
     ASSERT_NE(box, nullptr);

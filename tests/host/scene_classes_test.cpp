@@ -65,12 +65,7 @@ TEST(Primitives, AreClosedAndLookOutwards) {
 }
 
 TEST(Textures, ShowTheirColors) {
-  const auto document = Read(R"({"textures": [
-      {"type": "image", "parameters": {"file": "two.png"}},
-      {"type": "checker", "parameters": {"scale": 2, "color_a": [1, 0, 0], "color_b": [0, 0, 1]}},
-      {"type": "gradient", "parameters": {"scale": 4, "direction": [0, 5, 0], "offset": [0, 1, 0]}},
-      {"type": "noise", "parameters": {"scale": 3, "speed": 1, "seed": 7}}]})",
-                             NBX_HOST_TEST_DATA);
+  const auto document = Read(Data("textures.json"), NBX_HOST_TEST_DATA);
   document->Open();
   const auto sample = [&](std::size_t i, const Vector& p, double time = 0) {
     return document->Shaders()[i]->GetTexture()->Sample(p, time);

@@ -2,10 +2,6 @@
 #pragma once
 
 #include <memory>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "host/base/document_error.h"
 #include "host/format/document_reader.h"

@@ -2,15 +2,12 @@
 #pragma once
 
 #include <atomic>
-#include <cmath>
-#include <memory>
-
-#include <gtest/gtest.h>
 
 #include "host/render/color.h"
 #include "host/render/job/render_session.h"
 #include "host/render/trace/frame_renderer.h"
 #include "tests/C4D/recording_context.h"
+#include "tests/host/scene_support.h"
 
 namespace host::test {
 
@@ -91,6 +88,32 @@ inline std::unique_ptr<Document> Opened(const std::string& objects, const std::s
   return document;
 }
 
+/// The first frame of a document, open for rendering while this lives.
+class OpenFrame {
+ public:
+  OpenFrame(Document& document, const RenderJob& job, int width = 1, int height = 1)
+      : job_(job), document_(document), scene(document, job_.quality, width, height) {
+    session.SetFrame(0, scene);
+    for (const auto& node : document.VideoPosts())
+      scene.effects.push_back(static_cast<VideoPostData*>(node->GetNodeData()));
+    Execute(RenderPhase::Sequence, true), Execute(RenderPhase::Frame, true);
+  }
+  ~OpenFrame() { Execute(RenderPhase::Frame, false), Execute(RenderPhase::Sequence, false); }
+
+ private:
+  void Execute(RenderPhase phase, bool open) {
+    for (const auto& node : document_.VideoPosts())
+      static_cast<VideoPostData*>(node->GetNodeData())->Execute(*node, phase, open, session);
+  }
+  const RenderJob job_;
+  Document& document_;
+  nbx::test::RecordingContext context_{FogHost()};
+
+ public:
+  RenderSession session{document_, job_, context_};
+  RenderScene scene;
+};
+
 struct Shot {
   int width = 1, height = 1, samples = 1, threads = 1, bounces = 0;
   double shutter = 0;
@@ -99,23 +122,11 @@ struct Shot {
     return TakeOf(*Opened(objects, more));
   }
   Picture TakeOf(Document& document) const {
-    RenderJob job{{0}, width, height, {0, 0, width, height}, {samples, shutter, bounces}, threads};
-    nbx::test::RecordingContext context(FogHost());
-    RenderSession session(document, job, context);
-    RenderScene scene(document, job.quality, width, height);
-    session.SetFrame(0, scene);
-    for (const auto& node : document.VideoPosts()) {
-      auto* effect = static_cast<VideoPostData*>(node->GetNodeData());
-      effect->Execute(*node, RenderPhase::Sequence, true, session);
-      effect->Execute(*node, RenderPhase::Frame, true, session);
-      scene.effects.push_back(effect);
-    }
+    const RenderJob job{{0},    width, height, {0, 0, width, height}, {samples, shutter, bounces},
+                        threads};
+    OpenFrame frame(document, job, width, height);
     RayCounts counts;
-    Picture picture = RenderFrame(scene, {width, height, job.window, samples, threads}, counts);
-    for (const RenderPhase phase : {RenderPhase::Frame, RenderPhase::Sequence})
-      for (const auto& node : document.VideoPosts())
-        static_cast<VideoPostData*>(node->GetNodeData())->Execute(*node, phase, false, session);
-    return picture;
+    return RenderFrame(frame.scene, {width, height, job.window, samples, threads}, counts);
   }
   /// The color of a one-pixel picture, including the background.
   Vector Color(const std::string& objects, const std::string& more = "") const {
@@ -131,12 +142,6 @@ inline constexpr double kPixelSpan = 2e-4;
 inline std::string Camera(const std::string& position, const std::string& rotation) {
   return R"({"type": "camera", "position": )" + position + R"(, "rotation": )" + rotation +
          R"(, "parameters": {"field_of_view": 0.1, "near": 0}},)";
-}
-
-inline void ExpectColor(const Vector& actual, const Vector& expected, double tolerance) {
-  EXPECT_NEAR(actual.x, expected.x, tolerance);
-  EXPECT_NEAR(actual.y, expected.y, tolerance);
-  EXPECT_NEAR(actual.z, expected.z, tolerance);
 }
 
 }  // namespace host::test
