@@ -54,7 +54,7 @@ FieldHandle vorticity_mask(const RenderVolume& volume, double dx, double frames_
   const Field<float>&U = *volume.velU, &V = *volume.velV, &W = *volume.velW;
   const Vec3i n(V.nx(), U.ny(), U.nz());
   FieldHandle mask = acquire_field(n), wx = acquire_field(n), wy = acquire_field(n),
-                    wz = acquire_field(n);
+              wz = acquire_field(n);
   VelocityCurl(*wx, *wy, *wz, *mask, U, V, W, dx);
   min_a_x(*mask, frames_per_second, *mask);
   for (int k = 0; k < n[2]; ++k)
