@@ -36,7 +36,9 @@ void SlotHandle::stored() { give_back(true); }
 void SlotHandle::release() { give_back(false); }
 
 void SlotHandle::give_back(bool stored) {
-  if (slot_) store_->table_->give_back(*std::exchange(slot_, nullptr), stores_, stored, force_);
+  using Use = BFS::Table::Use;
+  const Use use = !stores_ ? Use::kRead : stored ? Use::kStored : Use::kAbandoned;
+  if (slot_) store_->table_->give_back(*std::exchange(slot_, nullptr), use, force_);
   store_.reset();
 }
 

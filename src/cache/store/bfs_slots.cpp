@@ -129,9 +129,12 @@ BFS::Slot* BFS::Table::open_for_storing(int frame, int substep) {
   return &slot;
 }
 
-void BFS::Table::give_back(Slot& slot, bool wrote, bool stored, bool force) {
+void BFS::Table::give_back(Slot& slot, Use use, bool force) {
   const Lock lock(mutex);
-  if (wrote) {
+  bool stored = use == Use::kStored;
+  if (use == Use::kRead) {
+    --slot.readers;
+  } else {
     const int number = slot.data.frameTime.frame();
     if (stored && number != slot.frame) {
       last_error = "It was stored with the time of frame " + std::to_string(number) + ".";
@@ -146,8 +149,6 @@ void BFS::Table::give_back(Slot& slot, bool wrote, bool stored, bool force) {
     slot.data.valid = stored;
     slot.state = stored ? State::kDirty : State::kEmpty;
     slot.writing = false;
-  } else {
-    --slot.readers;
   }
   release(slot, force);
   if (stored) start_writer();

@@ -180,7 +180,7 @@ bool BFS::write_through(SimFrame& frame) {
   table_->seconds_waited += watch.seconds();
   if (!frame.saved) table_->lose(slot.frame, slot.substep, saved.error);
   lock.unlock();
-  table_->give_back(slot, true, false, true);
+  table_->give_back(slot, Table::Use::kAbandoned, true);
   return frame.saved;
 }
 

@@ -10,10 +10,13 @@ class Sweep {
   explicit Sweep(VCVDT<float>& vdt)
       : v_(vdt), n_(vdt.dims()), stride_{1, std::size_t(n_[0]), std::size_t(n_[0]) * n_[1]} {}
 
-  /// The plane z with rows and cells in ascending or descending order. Each cell takes the shortest
-  /// offset of its neighbors before it in that order, and with `from_plane` that of the plane
-  /// before.
-  void plane(int z, bool ascending, bool from_plane, bool plane_below) {
+  enum class Order { kAscending, kDescending };
+  enum class Plane { kNone, kBelow, kAbove };
+
+  /// The plane z, its rows and cells in that order. Each cell takes the shortest offset of its
+  /// neighbors before it, and of its neighbor in the other plane.
+  void plane(int z, Order order, Plane other) {
+    const bool ascending = order == Order::kAscending;
     for (int row = 0; row < n_[1]; ++row)
       for (int cell = 0; cell < n_[0]; ++cell) {
         const int y = ascending ? row : n_[1] - 1 - row;
@@ -22,7 +25,7 @@ class Sweep {
         if ((v_.label[c] & (kFixed | VCVDT<float>::kVotesMask)) != VCVDT<float>::kVote) continue;
         if (cell > 0) hear(c, 0, ascending);
         if (row > 0) hear(c, 1, ascending);
-        if (from_plane) hear(c, 2, plane_below);
+        if (other != Plane::kNone) hear(c, 2, other == Plane::kBelow);
       }
   }
 
@@ -59,12 +62,13 @@ void sweep_inside(VCVDT<float>& vdt) {
   Sweep sweep(vdt);
   const int planes = sweep.planes();
   for (int z = 0; z < planes; ++z) {
-    sweep.plane(z, true, z > 0, true);
-    sweep.plane(z, false, false, true);
+    sweep.plane(z, Sweep::Order::kAscending, z > 0 ? Sweep::Plane::kBelow : Sweep::Plane::kNone);
+    sweep.plane(z, Sweep::Order::kDescending, Sweep::Plane::kNone);
   }
   for (int z = planes - 1; z >= 0; --z) {
-    sweep.plane(z, false, z < planes - 1, false);
-    sweep.plane(z, true, false, false);
+    const bool top = z == planes - 1;
+    sweep.plane(z, Sweep::Order::kDescending, top ? Sweep::Plane::kNone : Sweep::Plane::kAbove);
+    sweep.plane(z, Sweep::Order::kAscending, Sweep::Plane::kNone);
   }
 }
 
