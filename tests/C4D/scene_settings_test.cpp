@@ -79,6 +79,21 @@ TEST(SceneSettings, ChannelsRatesAndWhatFuelFeeds) {
                                         {kDensity, {7, true}}}));
 }
 
+// A run set up by hand begins like a scene without parameters, save for the number of substeps.
+TEST(SceneSettings, RecordsBeginWithTheDefaultsOfTheTables) {
+  test::TestDocument document(volume(""));
+  test::Records run;
+  FrameSink sink;
+  read_run_settings(run.params, sink, document.object("v"));
+  const auto values = [](const SolverParams& s) {
+    return std::tuple(s.voxel_size, s.time_scale, s.cfl, s.vorticity, s.drag, s.noise.amplitude,
+                      s.noise.persistence, s.velocity_box_threshold, s.interp_points,
+                      s.adaptive_tracer, s.keep_traces, s.clamp_velocity, s.fit_to_walls,
+                      s.mask_channels_by_solid);
+  };
+  EXPECT_EQ(values(read_step_settings(run.view, document.object("v"), 0).params), values({}));
+}
+
 TEST(SceneSettings, MovingDomainFeelsWind) {
   // 50 units in a second: 0.5 simulation units per second along x and z.
   const std::string moves = R"(, "keyframes": {"position": [[0, [0, 0, 0]], [25, [50, 0, 50]]],

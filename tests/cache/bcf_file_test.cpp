@@ -1,9 +1,7 @@
 // The bytes of frame files, and the records that describe them.
 #include "cache/bcf_file.h"
 
-#include <cmath>
 #include <functional>
-#include <tuple>
 
 #include "cache/cache_info.h"
 #include "cache/frame_bytes.h"

@@ -3,7 +3,6 @@
 
 #include <cmath>
 #include <csignal>
-#include <thread>
 #include <utility>
 
 #include "math/field_operators.h"

@@ -1,5 +1,4 @@
 #include <limits>
-#include <tuple>
 
 #include "math/field_reductions.h"
 #include "math/multigrid_solver3d.h"

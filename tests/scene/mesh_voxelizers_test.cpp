@@ -1,5 +1,4 @@
 // Meshes as sources and solids: weights, push on faces, distances, textures.
-#include <numeric>
 
 #include "scene/cell_center_voxelizer.h"
 #include "scene/inside_classification.h"

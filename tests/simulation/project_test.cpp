@@ -2,7 +2,6 @@
 
 #include <limits>
 #include <numbers>
-#include <tuple>
 
 #include "math/field_pool.h"
 #include "math/field_reductions.h"
