@@ -8,6 +8,7 @@
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/run/run_checks.h"
+#include "C4D/services/host_conversion.h"
 #include "C4D/settings/volume_cache.h"
 #include "C4D/settings/volume_grid.h"
 
@@ -53,7 +54,13 @@ int CommandRun::run() {
   if (!arguments_.GetStrings("continue").empty()) from = arguments_.GetLong("continue");
   if (!thread.start_simulation(&volume_, arguments_.Has("continue"), front_end, from))
     return host::kFailed;
-  wait(thread, front_end);
+  try {
+    wait(thread, front_end);
+  } catch (...) {  // the thread uses the front end
+    thread.stop(true);
+    thread.End(true);
+    throw;
+  }
   return front_end.finish(thread.outcome(), thread.reached_end());
 }
 
@@ -88,9 +95,7 @@ Outcome CommandRun::check_scene() {
   if (!(voxel_size > 0)) return Outcome::failure("voxel_size must be above 0");
   const TimeRange range = time_range(volume_);
   if (range.end < range.start) return Outcome::failure("the last frame is before the first");
-  host::BaseDocument& document = volume_.GetDocument();
-  document.SetTime(range.start);
-  document.ExecutePasses(nullptr, true, true, true);
+  evaluate(volume_.GetDocument(), range.start);
   const std::string domain = what_is_wrong(volume_grid(volume_, voxel_size));
   return domain.empty() ? Outcome::success() : Outcome::failure(domain);
 }

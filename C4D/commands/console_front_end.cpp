@@ -92,7 +92,9 @@ host::ExitCode ConsoleFrontEnd::finish(const Outcome& outcome, bool reached_end)
     context_.Error(subject_ + "the run failed after " + frames + ": " + outcome.reason());
     return host::kFailed;
   }
-  context_.Result(std::string(end) + ": " + frames + " in " + plan_.directory + report_->losses());
+  // A run that is stopped while it prepares has no plan yet.
+  const std::string where = report_ ? " in " + plan_.directory + report_->losses() : "";
+  context_.Result(std::string(end) + ": " + frames + where);
   if (!reached_end) return host::kInterrupted;
   return stored < done ? host::kFailed : host::kDone;
 }

@@ -1,7 +1,12 @@
-#include "C4D/commands/command_options.h"
+#include <charconv>
+
+#include <omp.h>
+
 #include "C4D/commands/command_run.h"
 #include "C4D/commands/commands.h"
+#include "C4D/commands/register_command.h"
 #include "C4D/parameters/volume_parameters.h"
+#include "util/cuda_use_flags.h"
 
 namespace nbx {
 
@@ -9,6 +14,30 @@ namespace {
 
 constexpr std::int32_t kStartSimulation = 1023994;
 constexpr std::int32_t kContinueSimulation = 1027553;
+
+/// Applies --threads and --device. False, after an error, if there is no such device.
+bool apply_machine_options(const host::CommandArguments& arguments, host::CommandContext& context) {
+  if (arguments.Has("threads")) omp_set_num_threads(arguments.GetLong("threads"));
+
+  const std::string name = arguments.GetString("device", "cpu");
+  int device = -1;
+  if (name != "cpu") {
+    const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), device);
+    if (error != std::errc() || end != name.data() + name.size() || device < 0) {
+      context.Error("--device: \"" + name + "\" is neither cpu nor the number of a device");
+      return false;
+    }
+    int count = 0;
+    if (cuda::get_device_count(&count) != cuda::kSuccess) count = 0;
+    if (device >= count) {
+      context.Error("--device: there is no device " + name + ", this machine has " +
+                    std::to_string(count));
+      return false;
+    }
+  }
+  set_device(cuda_use_flags(), device);
+  return true;
+}
 
 class SimulateCommand : public host::CommandData {
  public:
@@ -42,7 +71,8 @@ class SimulateCommand : public host::CommandData {
                          .help = "Keep an earlier run, and make a new cache next to it"},
                         {.name = "yes",
                          .type = OptionType::Flag,
-                         .help = "Answer yes to all questions"}},
+                         .help = "Answer yes to all questions. To start over when --continue finds "
+                                 "no state, give --overwrite"}},
             .common = {CommonOption::Frames, CommonOption::Object, CommonOption::Cache,
                        CommonOption::Threads, CommonOption::Device, CommonOption::Set,
                        CommonOption::Fps, CommonOption::Force}};
@@ -80,15 +110,11 @@ class ContinueCommand final : public SimulateCommand {
 }  // namespace
 
 bool register_simulate_command(host::HostServices& services, const std::string& name) {
-  return services.RegisterCommandPlugin(
-      kStartSimulation, name,
-      []() -> std::unique_ptr<host::CommandData> { return std::make_unique<SimulateCommand>(); });
+  return register_command<SimulateCommand>(services, kStartSimulation, name);
 }
 
 bool register_continue_command(host::HostServices& services, const std::string& name) {
-  return services.RegisterCommandPlugin(
-      kContinueSimulation, name,
-      []() -> std::unique_ptr<host::CommandData> { return std::make_unique<ContinueCommand>(); });
+  return register_command<ContinueCommand>(services, kContinueSimulation, name);
 }
 
 }  // namespace nbx

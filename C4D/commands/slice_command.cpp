@@ -152,9 +152,8 @@ class SliceCommand final : public host::CommandData {
 
   static int write(const QImage& picture, const std::string& output,
                    host::CommandContext& context) {
-    std::string error;
-    if (!write_png(picture, output, &error)) {
-      context.Error(output + " can't be written: " + error);
+    if (const Outcome written = write_png(picture, output); !written) {
+      context.Error(output + " can't be written: " + written.reason());
       return host::kFailed;
     }
     context.Result(output);

@@ -66,7 +66,7 @@ struct EmissionParameters : TagGroup {
   Vector DIRECTION = vector(1035, "DIRECTION", {0, 0, 0}, "units/s",
                             "Velocity that the gas is given, along the object's own axes");
   Real VELOCITY_TRANSFER = real(1046, "VELOCITY_TRANSFER", 0, -kUnbounded, kUnbounded, "",
-                                "How much of a particle's velocity the gas is given")
+                                "Fraction of a particle's velocity that the gas takes on")
                                .enabled_if(off(SOLID));
   Flag SOLID = flag(1003, "SOLID", false, "Gas flows around the object").still();
 };

@@ -4,6 +4,7 @@
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/run/run_checks.h"
 #include "C4D/run/run_failure.h"
+#include "C4D/services/host_conversion.h"
 #include "C4D/services/texts.h"
 #include "C4D/settings/volume_cache.h"
 #include "util/log.h"
@@ -49,7 +50,7 @@ bool admit(HostVolume& volume, host::BaseRender& render) {
 
 /// Saves the last frames of the run, and drops it.
 Outcome end(HostVolume& volume) {
-  const Outcome finished = guarded([&] { return volume.simulation->run.finish(); });
+  const Outcome finished = outcome_of([&] { return volume.simulation->run.finish(); });
   volume.simulation.reset();
   return finished;
 }
@@ -68,7 +69,7 @@ void give_up(HostVolume& volume, host::BaseRender& render, const std::string& wh
 bool begin(HostVolume& volume, host::BaseRender& render) {
   autosave(*volume.object);
   volume.simulation = std::make_unique<RenderSimulation>(*volume.object, render);
-  const Outcome prepared = guarded([&] { return volume.simulation->run.prepare(); });
+  const Outcome prepared = outcome_of([&] { return volume.simulation->run.prepare(); });
   if (prepared)
     render.Note(subject(*volume.object) + "simulated into " + find_cache(*volume.object));
   else if (!render.TestBreak())
@@ -84,7 +85,7 @@ void step_to(HostVolume& volume, std::int64_t frame, host::BaseRender& render) {
     const int last = run.time().frame();
     render.SetProgress(static_cast<double>(last - first) / (frame - first));
     bool whole = false;
-    const Outcome stepped = guarded([&] {
+    const Outcome stepped = outcome_of([&] {
       whole = run.step();
       return Outcome::success();
     });
@@ -113,9 +114,7 @@ bool simulate_up_to_frame(std::span<HostVolume> volumes, host::BaseRender& rende
     if (volume.simulation || begin(volume, render)) step_to(volume, frame, render);
     if (render.TestBreak()) return false;
   }
-  if (!moved) return true;
-  document.SetTime(now);
-  document.ExecutePasses(nullptr, true, true, true);
+  if (moved) evaluate(document, now);
   return true;
 }
 

@@ -32,11 +32,6 @@ bool has_frames(const std::string& directory, int first, int last) {
   return true;
 }
 
-void bring(host::BaseDocument& document, const host::BaseTime& time) {
-  document.SetTime(time);
-  document.ExecutePasses(nullptr, true, true, true);
-}
-
 /// Whether the state is that of the end of a finished run that has all its frames, and whether the
 /// volume's range is that of the run, except for an end that has moved out.
 bool ends_before_range(const SavedState& state, const TimeRange& range,
@@ -53,10 +48,10 @@ bool ends_before_range(const SavedState& state, const TimeRange& range,
 /// document at the start of the range.
 bool scene_is_unchanged(host::BaseObject& volume, const SavedState& state, const TimeRange& range) {
   host::BaseDocument& document = volume.GetDocument();
-  bring(document, to_base_time(state.frame.frameTime.time));
+  evaluate(document, to_base_time(state.frame.frameTime.time));
   const bool same = differences(state.notes->scene, scene_values(volume)).empty() &&
                     differences(state.notes->frames, frame_values(volume)).empty();
-  bring(document, range.start);
+  evaluate(document, range.start);
   return same;
 }
 

@@ -14,7 +14,7 @@ std::string run_failure();
 /// Calls `part`, a part of a run, and returns its outcome. What it throws becomes a failure, after
 /// a log line.
 template <class Part>
-Outcome guarded(const Part& part) try {
+Outcome outcome_of(const Part& part) try {
   return part();
 } catch (...) {
   const std::string failure = run_failure();

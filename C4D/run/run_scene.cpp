@@ -3,18 +3,12 @@
 #include "C4D/services/host_conversion.h"
 #include "C4D/settings/scene_settings.h"
 #include "C4D/sources/source_substeps.h"
-#include "C4D/sources/source_tags.h"
 #include "util/cuda_use_flags.h"
 
 namespace nbx {
 
 RunScene::RunScene(host::BaseObject& volume, const RunTimes& times, const RunFrontEnd& front_end)
-    : volume_(volume),
-      times_(times),
-      front_end_(front_end),
-      emitters_(volume),
-      solids_(volume),
-      source_tags_(find_source_tags(document())) {}
+    : volume_(volume), times_(times), front_end_(front_end), emitters_(volume), solids_(volume) {}
 
 bool RunScene::evaluate_at(const host::BaseTime& time) {
   document().SetTime(time);
@@ -27,7 +21,7 @@ bool RunScene::pre_roll(double voxel_size) {
   for (int f = 0; f < frames; ++f) {
     if (front_end_.TestBreak()) return false;
     const double start = times_.start.time.value() + f * length;
-    const int n = source_substeps(volume_, source_tags_, voxel_size, start, start + length);
+    const int n = source_substeps(volume_, emitters_.tags(), voxel_size, start, start + length);
     for (int i = 0; i < n; ++i) evaluate(document(), start + i * length / n);
   }
   return true;

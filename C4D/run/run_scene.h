@@ -2,8 +2,6 @@
 // simulation takes from it.
 #pragma once
 
-#include <vector>
-
 #include "C4D/run/run_front_end.h"
 #include "C4D/run/run_times.h"
 #include "C4D/sources/emitter_sampler.h"
@@ -19,7 +17,7 @@ class RunScene final : public SceneEvaluator {
 
   host::BaseObject& volume() const { return volume_; }
   host::BaseDocument& document() const { return volume_.GetDocument(); }
-  bool has_sources() const { return !source_tags_.empty(); }
+  bool has_sources() const { return !emitters_.tags().empty(); }
   bool has_solids() const { return emitters_.has_solids(); }
 
   /// Brings the document to a time. False, with the scene half evaluated, if the front end wants
@@ -41,7 +39,6 @@ class RunScene final : public SceneEvaluator {
   const RunFrontEnd& front_end_;
   EmitterSampler emitters_;
   SolidSampler solids_;
-  const std::vector<host::BaseTag*> source_tags_;
 };
 
 }  // namespace nbx

@@ -78,13 +78,9 @@ void SimulationThread::stop_at_shutdown() {
   End(false);
 }
 
-std::shared_ptr<Simulation3D> SimulationThread::simulation() {
-  return run_ ? run_->simulation() : nullptr;
-}
-
 void SimulationThread::Main() {
-  outcome_ = guarded([this] { return prepare_and_step(); });
-  const Outcome finished = guarded([this] { return run_->finish(); });
+  outcome_ = outcome_of([this] { return prepare_and_step(); });
+  const Outcome finished = outcome_of([this] { return run_->finish(); });
   if (outcome_) outcome_ = finished;
   post_event(kSimulationEvent, kEventFinished);
 }

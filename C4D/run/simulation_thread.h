@@ -35,9 +35,6 @@ class SimulationThread final : public host::C4DThread {
   /// The host shuts down: ends the run at once, if there is one, without waiting for its end.
   void stop_at_shutdown();
 
-  /// The simulation, for displays; empty between runs.
-  std::shared_ptr<Simulation3D> simulation();
-
   /// After the end: a failure if anything went wrong, and whether the last frame of the range was
   /// reached.
   const Outcome& outcome() const { return outcome_; }

@@ -42,9 +42,7 @@ void StateSaver::save_if_due() {
 
 void StateSaver::save(const std::string& path) {
   // Without the break test: a run that was told to stop must still describe its scene.
-  host::BaseDocument& document = run_.scene.document();
-  document.SetTime(to_base_time(run_.times.now.time));
-  document.ExecutePasses(nullptr, true, true, true);
+  evaluate(run_.scene.document(), to_base_time(run_.times.now.time));
   host::BaseObject& volume = run_.scene.volume();
   const StateNotes notes{run_.sim.fluid().wind_seen(), scene_values(volume), frame_values(volume),
                          run_.times.range(), run_.sim.noise_state()};

@@ -62,10 +62,15 @@ inline FrameTime frame_time(int frame, const host::FrameRate& rate) {
   return {to_fraction(host::BaseTime::FromFrame(frame, rate)), frame_length(rate)};
 }
 
-/// Evaluates the scene at a time, precise to a millionth of a second.
-inline void evaluate(host::BaseDocument& document, double seconds) {
-  document.SetTime(host::BaseTime::FromSeconds(seconds));
+/// Evaluates the scene at a time.
+inline void evaluate(host::BaseDocument& document, const host::BaseTime& time) {
+  document.SetTime(time);
   document.ExecutePasses(nullptr, true, true, true);
+}
+
+/// Evaluates the scene at a time in seconds, precise to a millionth.
+inline void evaluate(host::BaseDocument& document, double seconds) {
+  evaluate(document, host::BaseTime::FromSeconds(seconds));
 }
 
 }  // namespace nbx

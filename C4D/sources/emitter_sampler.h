@@ -21,7 +21,7 @@ class EmitterSampler {
   /// textures throw.
   void update_inputs(const RunView& run, StepSources& sources, double frame_start, double dt);
 
-  std::size_t tags() const { return tags_.size(); }
+  const std::vector<host::BaseTag*>& tags() const { return tags_; }
   /// Whether the scene has solids.
   bool has_solids() const;
 

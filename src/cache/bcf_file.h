@@ -12,7 +12,6 @@
 
 #include "cache/bcf_format.h"
 #include "cache/codecs/grid_encoder.h"
-#include "cache/grid_type.h"
 #include "math/field.h"
 #include "util/exception.h"
 #include "util/outcome.h"

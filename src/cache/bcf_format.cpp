@@ -1,6 +1,5 @@
 #include "cache/bcf_format.h"
 
-#include <algorithm>
 #include <bit>
 #include <cstring>
 

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "cache/bcf_file.h"
+#include "cache/grid_type.h"
 #include "math/field_pool.h"
 #include "math/int_box.h"
 

@@ -15,10 +15,10 @@ class SlotHandle {
   SlotHandle() = default;
 
   /// For reading. With `load` the frame is read from disk if it isn't in memory; this waits for
-  /// whoever loads or stores this frame, and for nobody else. Without `load` only a frame in memory
-  /// is taken, without waiting. With `force` the frame leaves memory with its last handle;
-  /// otherwise it stays while the table has room. A file that can't be read is logged and gives an
-  /// empty handle.
+  /// threads that load or store this frame, but not for other frames. Without `load` only a frame
+  /// in memory is taken, without waiting. With `force` the frame leaves memory with its last
+  /// handle; otherwise it stays while the table has room. A file that can't be read is logged and
+  /// gives an empty handle.
   SlotHandle(std::shared_ptr<BFS> store, int frame, int substep, bool load, bool force = false);
 
   /// For storing: an empty frame to fill and hand over by `stored`. Waits for the frame's readers.

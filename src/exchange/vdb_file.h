@@ -30,7 +30,7 @@ struct VdbOptions {
 bool has_vdb();
 
 /// Writes the grids that have names. Throws Exception for a damaged grid and for a file that can't
-/// be written; no partial file is left.
+/// be written. A file that is already there stays until the new one is complete.
 void write_vdb(const std::string& path, SimFrame& frame, const VdbOptions& options);
 
 /// What a VDB file holds besides the grids of the frame.

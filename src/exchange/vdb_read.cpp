@@ -51,10 +51,10 @@ vdb::CoordBBox box_of(const std::vector<Source>& sources) {
   for (const Source& source : sources) {
     vdb::Vec3i lo(0), hi(0);
     if (read_meta(lo, source.base(), "box_lo") && read_meta(hi, source.base(), "box_hi"))
-      if (const vdb::CoordBBox told(vdb::Coord(lo[0], lo[1], lo[2]),
-                                    vdb::Coord(hi[0], hi[1], hi[2]));
-          !told.empty())
-        box.expand(told);
+      if (const vdb::CoordBBox stated(vdb::Coord(lo[0], lo[1], lo[2]),
+                                      vdb::Coord(hi[0], hi[1], hi[2]));
+          !stated.empty())
+        box.expand(stated);
     vdb::CoordBBox active = source.base().evalActiveVoxelBoundingBox();
     if (source.staggered()) active.max().offset(-1);  // the far side's faces
     if (!active.empty()) box.expand(active);

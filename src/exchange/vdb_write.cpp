@@ -1,10 +1,9 @@
-#include <filesystem>
-
 #include <openvdb/math/Maps.h>
 #include <openvdb/tools/Dense.h>
 
 #include "cache/grid_type.h"
 #include "exchange/vdb_space.h"
+#include "util/whole_file.h"
 
 namespace nbx {
 
@@ -143,16 +142,16 @@ vdb::GridPtrVec convert(SimFrame& frame, const VdbOptions& options) {
 
 void write_vdb(const std::string& path, SimFrame& frame, const VdbOptions& options) {
   vdb::initialize();
+  WholeFile whole(path, Sync::kNone);
   try {
     const vdb::GridPtrVec grids = convert(frame, options);
-    vdb::io::File file(path);
+    vdb::io::File file(whole.part());
     file.write(grids, metadata(frame, options));
     file.close();
   } catch (const vdb::Exception& e) {
-    std::error_code ignored;
-    std::filesystem::remove(path, ignored);
     throw Exception(e.what());
   }
+  if (const Outcome written = whole.commit(); !written) throw Exception(written.reason());
 }
 
 }  // namespace nbx

@@ -52,15 +52,6 @@ AffineTransformT<T, 3> inverse(const AffineTransformT<T, 3>& m) {
   return inv;
 }
 
-template <class To, class From, int N>
-AffineTransformT<To, N> transform_cast(const AffineTransformT<From, N>& m) {
-  AffineTransformT<To, N> c;
-  for (std::size_t i = 0; i < N; ++i) c.rows[i] = vector_cast<To>(m.rows[i]);
-  c.translation = vector_cast<To>(m.translation);
-  return c;
-}
-
-using Affine3f = AffineTransformT<float, 3>;
 using Affine3d = AffineTransformT<double, 3>;
 
 }  // namespace nbx

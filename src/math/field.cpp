@@ -19,14 +19,11 @@ constexpr std::align_val_t kAlignment{64};
 // Lets four-wide loops load past the last element.
 constexpr std::size_t kSpare = 4;
 
-std::atomic<std::uint64_t> allocations{0}, bytes_owned{0}, bytes_peak{0};
+std::atomic<std::uint64_t> allocations{0}, bytes_owned{0};
 
 void note_owned(std::uint64_t bytes) {
   ++allocations;
-  const std::uint64_t owned = bytes_owned += bytes;
-  std::uint64_t peak = bytes_peak;
-  while (peak < owned && !bytes_peak.compare_exchange_weak(peak, owned)) {
-  }
+  bytes_owned += bytes;
 }
 
 // A stencil reads many rows of a field at once, each on a page of its own. With large pages their
@@ -108,6 +105,5 @@ template class Field<float>;
 
 std::uint64_t field_allocations() { return allocations; }
 std::uint64_t field_bytes() { return bytes_owned; }
-std::uint64_t field_bytes_peak() { return bytes_peak; }
 
 }  // namespace nbx

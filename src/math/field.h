@@ -89,8 +89,7 @@ extern template class Field<float>;
 /// allocates none.
 std::uint64_t field_allocations();
 
-/// Bytes of the blocks that fields own now, and the largest number so far.
+/// Bytes of the blocks that fields own now.
 std::uint64_t field_bytes();
-std::uint64_t field_bytes_peak();
 
 }  // namespace nbx

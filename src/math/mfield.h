@@ -20,7 +20,7 @@
 
 namespace nbx {
 
-/// Where a field is. MField stores any other value, and moves nothing for it.
+/// Where a field is. Any other value is stored as it is, and moves no data.
 enum class Location : std::uint32_t { kCpu = 0, kGpu = 1 };
 using enum Location;
 

@@ -1,7 +1,6 @@
 #include "render/prepare_volume.h"
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 
 #include "cache/grid_type.h"

@@ -1,7 +1,6 @@
 #include "render/shading.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "math/lanes/spline_kernels.h"
 #include "render/light/grid_lookup.h"
@@ -97,7 +96,7 @@ void light_up(Colors& color, LightField& field, const RayRecord& ray, const Poin
   if (lit.n == 0) return;
   Colors light;
   field.query(light, *ray.lighting, ray, lit);
-  for (auto c = 0; c < 3; ++c)
+  for (int c = 0; c < 3; ++c)
     for (int i = 0; i < lit.n; ++i) color.c[c][from[i]] *= light.c[c][i];
 }
 

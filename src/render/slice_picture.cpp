@@ -1,7 +1,6 @@
 #include "render/slice_picture.h"
 
 #include <QBuffer>
-#include <QString>
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -184,14 +183,12 @@ QImage slice_picture(const Field<float>& grid, const SliceOptions& options) {
   return scaled;
 }
 
-bool write_png(const QImage& picture, const std::string& path, std::string* error) {
+Outcome write_png(const QImage& picture, const std::string& path) {
   QBuffer png;
-  Outcome written = Outcome::failure("it can't be made into a PNG");
-  if (png.open(QBuffer::WriteOnly) && picture.save(&png, "PNG"))
-    written = write_whole(path, {png.data().constData(), static_cast<std::size_t>(png.size())},
-                          Sync::kNone);
-  if (!written && error) *error = written.reason();
-  return static_cast<bool>(written);
+  if (!png.open(QBuffer::WriteOnly) || !picture.save(&png, "PNG"))
+    return Outcome::failure("the picture can't be encoded as PNG");
+  return write_whole(path, {png.data().constData(), static_cast<std::size_t>(png.size())},
+                     Sync::kNone);
 }
 
 }  // namespace nbx

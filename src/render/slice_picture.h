@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "math/field.h"
+#include "util/outcome.h"
 
 namespace nbx {
 
@@ -55,8 +56,7 @@ SliceOptions slice_options(int grid_type);
 /// its ghost layer, and for a picture of more than 32767 pixels on a side. Throws std::bad_alloc.
 QImage slice_picture(const Field<float>& grid, const SliceOptions& options);
 
-/// Writes a picture completely or not at all: on failure an existing file stays as it was. Returns
-/// false then, with the reason in `error` unless that is null.
-bool write_png(const QImage& picture, const std::string& path, std::string* error);
+/// Writes a picture completely or not at all: on failure an existing file stays as it was.
+Outcome write_png(const QImage& picture, const std::string& path);
 
 }  // namespace nbx

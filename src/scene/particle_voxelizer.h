@@ -1,7 +1,6 @@
 // Particles as sources: each is a small sphere whose strength falls from its center to its surface.
 #pragma once
 
-#include <cmath>
 #include <exception>
 
 #include "math/int_box.h"

@@ -33,8 +33,8 @@ struct VCVDT {
   Field<T> dx, dy, dz;  // offset from a cell towards the nearest surface, in cells
   Field<T> dist2;       // squared distance of the surface, in squared cells
   std::vector<std::uint32_t> label;
-  int votes =
-      3;  // passes that vote; a cell with more than votes / 2 of them, rounded down, is inside
+  // Passes that vote. A cell with more than votes / 2 votes, rounded down, is inside.
+  int votes = 3;
 
   /// Sizes all arrays; every cell is far, outside and without an id. Memory is kept.
   void reset(const Vec3i& dims);

@@ -1,7 +1,5 @@
 #include "scene/vcvdt_post_process.h"
 
-#include <algorithm>
-
 namespace nbx {
 
 namespace {

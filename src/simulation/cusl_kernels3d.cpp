@@ -65,7 +65,7 @@ void CuslKernels3D::advect_velocity() {
   const Stopwatch watch;
   const bool detailed = has_detail();
   std::array<MField, 3> moved;
-  std::array<MField, 3> traces;  // of one component: their samples lie at different places
+  std::array<MField, 3> traces;  // of one component; each component is sampled at other places
 
   for (int axis = 0; axis < 3; ++axis) {
     AdvectionParams params = advection_params(static_cast<Lookup>(axis));

@@ -30,7 +30,7 @@ void FluidSystem::resize(const Vec3i& delta) {
 void FluidSystem::redim(const Vec3i& delta, std::array<MField, 3>& components) {
   for (int axis = 0; axis < 3; ++axis) {
     MField& component = components[axis];
-    const float fill = domain_.wind.direction[axis] * domain_.wind.speed;
+    const float fill = domain_.wind.velocity()[axis];
     if (component.empty()) {
       component.resize(thread_location(), domain_.face_dims(axis));
       m_set(component, fill);

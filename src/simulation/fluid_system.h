@@ -50,14 +50,15 @@ class FluidSystem : public SimSystem, public FrameStorable {
   bool zero_velocity() const { return zero_velocity_; }
   void set_zero_velocity(bool zero) { zero_velocity_ = zero; }
 
+  /// The velocity that carries everything: each component with its detail, if it has one.
+  std::array<MField*, 3> tracer_velocity();
+
   /// The wind that is part of the velocity now. Frames don't hold it: a run that continues from one
   /// must set it.
   const Wind& wind_seen() const { return wind_seen_; }
   void set_wind_seen(const Wind& wind) { wind_seen_ = wind; }
 
  protected:
-  /// The velocity that carries everything: each component with its detail, if it has one.
-  std::array<MField*, 3> tracer_velocity();
   bool has_detail() const { return !detail_[0].empty(); }
   void release_detail();
   void apply_boundary();

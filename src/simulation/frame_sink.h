@@ -10,7 +10,7 @@ namespace nbx {
 
 struct FrameSink {
   std::shared_ptr<BFS> target_cache;  // may be empty: frames are then not stored
-  bool cache_direct = false;          // write each frame before the run goes on
+  bool cache_direct = false;          // each frame is on disk before the run continues
   std::set<int> cached_channels;      // ChannelKeys that frames hold
 };
 

@@ -24,15 +24,6 @@ double sum_of_squares(const Field<float>& f) {
   return total;
 }
 
-// Of the velocity that carries the gas, which has detail while there is noise.
-double largest_speed(FluidSystem& fluid) {
-  const auto carrier = [&](int axis) -> const Field<float>& {
-    MField& detail = fluid.detail(axis);
-    return (detail.empty() ? fluid.component(axis) : detail).read_cpu();
-  };
-  return max_velocity(carrier(0), carrier(1), carrier(2));
-}
-
 bool box_touches_a_face(const Domain& d) {
   bool touches = false;
   for (int axis = 0; axis < 3; ++axis)
@@ -81,7 +72,9 @@ Health measure_health(Simulation3D& sim) {
   const Field<float>& V = sim.fluid().V().read_cpu();
   const Field<float>& W = sim.fluid().W().read_cpu();
   health.kinetic_energy = 0.5 * cell * (sum_of_squares(U) + sum_of_squares(V) + sum_of_squares(W));
-  health.cfl = largest_speed(sim.fluid()) * sim.clock.dt / domain.dx;
+  const std::array<MField*, 3> u = sim.fluid().tracer_velocity();
+  health.cfl =
+      max_velocity(u[0]->read_cpu(), u[1]->read_cpu(), u[2]->read_cpu()) * sim.clock.dt / domain.dx;
   const FieldHandle divergence = acquire_field(domain.center_dims());
   NegDivergence(*divergence, U, V, W, nullptr, 1 / domain.dx);
   health.largest_divergence = infnorm(*divergence);

@@ -1,5 +1,5 @@
-// The small interfaces through which the parts of a run know each other. They own nothing that they
-// return, and are called only on the thread of the simulation.
+// Small interfaces between the parts of a run. They own nothing that they return, and are called
+// only on the thread of the simulation.
 #pragma once
 
 #include <set>

@@ -45,8 +45,8 @@ class Simulation3D final : private VelocityForce,
                            private CombustionSource,
                            private SolverProgress {
  public:
-  // Who drives the run sets these before it starts, and sim_time between frames. Within `update`
-  // only the run itself writes them.
+  // The driver of the run sets params, clock and sink before the start, and clock.sim_time between
+  // frames. Within `update`, and for `domain` always, only the run writes them.
   SolverParams params;
   StepClock clock;
   Domain domain;
@@ -86,7 +86,7 @@ class Simulation3D final : private VelocityForce,
   void update(SceneEvaluator& scene, FrameTime& time, SimProgress* progress);
 
   /// Hands the current state to the target cache as the frame of `time`; its writer saves it while
-  /// the run goes on. With `cache_direct` it is on disk before this returns. False, with a log
+  /// the run continues. With `cache_direct` it is on disk before this returns. False, with a log
   /// line, without a target cache or if writing it directly failed.
   bool store_frame(const FrameTime& time, int substep);
 
@@ -105,8 +105,6 @@ class Simulation3D final : private VelocityForce,
   int steps_remaining() const { return steps_remaining_; }
   /// Times of the current `update`, or of the last one.
   const StageTimes& stage_times() const { return times_; }
-  /// Frames that `update` could not store. Frames that the cache lost later don't count.
-  int frames_not_stored() const { return frames_not_stored_; }
 
  private:
   void setup();
@@ -166,7 +164,6 @@ class Simulation3D final : private VelocityForce,
   double remaining_time_ = 0;  // seconds left in this frame
   int steps_remaining_ = 0;
   int steps_per_frame_ = 1;  // estimate for the progress
-  int frames_not_stored_ = 0;
   SimProgress* progress_ = nullptr;
   Stopwatch since_update_;  // since the last `update` ended
   StageTimes times_;

@@ -22,7 +22,7 @@ struct SolverParams {
   int interp_points = 3;         // 3 = trilinear, 4 = cubic sampling
   bool adaptive_tracer = false;  // steps of at most `trace_tolerance`, else one midpoint step
   double trace_tolerance = 1;    // in voxels
-  bool keep_traces = true;       // all channels use one trace; false saves its fields
+  bool keep_traces = true;       // the channels share one trace; false: less memory
 
   // Forces.
   double vorticity = 0;         // strength of the confinement

@@ -1,5 +1,5 @@
-// The time of a run. The loop of the run writes it: between frames the one that drives the
-// simulation, within a frame Simulation3D::update.
+// The time of a run. The driver of the run sets it between frames, Simulation3D::update within a
+// frame.
 #pragma once
 
 #include "cache/frame_time.h"

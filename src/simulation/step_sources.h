@@ -15,8 +15,8 @@ namespace nbx {
 /// The values are the same bits for any number of threads.
 class StepSources {
  public:
-  /// `gas` answers what each channel holds, in fields of the domain's active box. Both must outlive
-  /// this.
+  /// `gas` gives the current field of each channel, sized to the domain's active box. Both must
+  /// outlive this.
   StepSources(FieldSource& gas, const Domain& domain) : gas_(gas), domain_(domain) {}
 
   /// Adds one source object; `weights` are in [0, 1] and stay as they are. An added amount adds up
@@ -34,11 +34,11 @@ class StepSources {
   std::array<SparseField<float, 3>*, 3> velocity_sources() {
     return {&velocity_[0], &velocity_[1], &velocity_[2]};
   }
-  /// The box of all cells and faces that are given anything.
+  /// The box of all cells and faces that receive anything.
   IntBox src_bbox() const;
   void clear();
 
-  IntBox keep_box;         // cells that must stay in the active box, as those around solids
+  IntBox keep_box;         // cells that must stay in the active box, such as those around solids
   Affine3d world_to_grid;  // where the domain lies at the end of the substep
 
  private:

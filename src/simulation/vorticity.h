@@ -1,5 +1,5 @@
-// Vorticity confinement (Steinhoff and Underhill, 1994; Fedkiw, Stam and Jensen, 2001): gives back
-// the small swirls that numerical dissipation takes, by a force that pushes the gas around places
+// Vorticity confinement (Steinhoff and Underhill, 1994; Fedkiw, Stam and Jensen, 2001): restores
+// the small swirls that numerical dissipation removes, by a force that pushes the gas around places
 // of large vorticity. For a step of length dt and a strength eps:
 //
 //     w = curl u,  N = grad |w| / |grad |w||,  u += dt * eps * dx * (N x w)

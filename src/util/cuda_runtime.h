@@ -1,8 +1,8 @@
 // The CUDA runtime calls that Nimbrix uses, with two implementations: the real toolkit, if the
-// build has it, and a software device that keeps device memory on the heap and runs kernels on host
-// threads. With no device the count is 0 and everything runs on the CPU. Names, arguments and
-// results are those of the runtime; a call returns 0 for success or the runtime's error number.
-// `cuda_check` (cuda_host_util.h) turns results into exceptions.
+// build has it, and a software device that keeps device memory on the heap. With no device the
+// count is 0 and everything runs on the CPU. Names, arguments and results are those of the runtime;
+// a call returns 0 for success or the runtime's error number. `cuda_check` (cuda_host_util.h) turns
+// results into exceptions.
 #pragma once
 
 #include <cstddef>
@@ -61,7 +61,7 @@ Error get_device_count(int* count);
 Error get_device_properties(DeviceProperties* properties, int device);
 Error set_device(int device);
 Error set_device_flags(unsigned flags);
-/// Whether the process has a context on the device, whoever made it. Makes none.
+/// Whether the process has a context on the device, even one that other code created. Creates none.
 Error context_active(bool* active, int device);
 Error device_reset();
 Error device_synchronize();

@@ -41,8 +41,8 @@ std::shared_ptr<CudaUseFlags> cuda_use_flags(std::thread::id thread);
 /// calls no runtime function. A failure leaves the thread on the CPU.
 ///
 /// The first call for a device in the process resets the device and makes threads that wait for it
-/// sleep instead of spin. A device on which the process already has a context isn't reset, since
-/// that would free the memory of whoever made it.
+/// sleep instead of spin. A device on which the process already has a context isn't reset: a
+/// reset would free memory that other code allocated.
 void set_device(CudaUseFlags& record, int device);
 
 /// The common catch clause: logs, clears `use_gpu` of the calling thread and the runtime's errors.

@@ -161,6 +161,9 @@ TEST_F(Plugin, InterruptsAndShutdownEndTheRunAtTheFrameOrAtOnce) {
     }
     for (const std::string& file : files) EXPECT_TRUE(read_frame_file_info(file, true).good());
   }
+  prepare_context = [](test::RecordingContext& c) { c.interrupt(2); };
+  EXPECT_EQ(simulate(2, kScene, "prepared"), host::kInterrupted);
+  EXPECT_EQ(context_->results, std::vector<std::string>{"interrupted: 0 frames"});
 }
 
 TEST_F(Plugin, CachesAreCheckedAndExported) {

@@ -38,7 +38,7 @@ class SceneRun : private SceneEvaluator {
     const Vec3i i = cell - sim.domain.origin();
     return sim.domain.active_box.contains(cell) ? density()(i[0], i[1], i[2]) : 0.0f;
   }
-  std::size_t tags() const { return emitters_.tags(); }
+  std::size_t tags() const { return emitters_.tags().size(); }
   host::BaseObject& object(const std::string& name) { return document_.object(name); }
 
   Simulation3D sim;

@@ -273,7 +273,7 @@ TEST_F(BcfFileTest, FailedWritesLeaveNoFile) {
   EXPECT_FALSE(std::filesystem::exists(path));
 }
 
-// The region is the same whichever grids stand for it, and damaged offsets don't overflow.
+// The region doesn't depend on which grids the frame has, and damaged offsets don't overflow.
 TEST_F(BcfFileTest, DimensionsOffsetAndBox) {
   SimFrame frame;
   EXPECT_EQ(frame.dims(), Vec3i());

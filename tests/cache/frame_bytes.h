@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstring>
 #include <fstream>
 #include <initializer_list>
 #include <string>

@@ -2,7 +2,6 @@
 #include "math/field.h"
 
 #include <cmath>
-#include <csignal>
 #include <utility>
 
 #include "math/field_operators.h"
@@ -155,6 +154,11 @@ TEST(MField, AssignAndSwapBetweenAllSides) {
         EXPECT_EQ(b.location(), b_side);
         m_set(b, 0);
         EXPECT_TRUE(test::same_bits(contents(a), a_before)) << "a copy of its own";
+
+        MField none;
+        a.swap(none);
+        EXPECT_TRUE(a.empty());
+        EXPECT_TRUE(test::same_bits(contents(none), a_before));
       }
   });
 }

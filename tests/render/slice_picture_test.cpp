@@ -100,10 +100,10 @@ TEST(SlicePicture, ColorsRefusalsAndFiles) {
   EXPECT_THROW(slice_picture(Field<float>(9, 2, 9), {}), Exception);
 
   test::TemporaryFolder folder;
-  std::string error;
-  ASSERT_TRUE(write_png(both, folder.file("p.png"), &error)) << error;
-  EXPECT_FALSE(write_png(QImage(), folder.file("p.png"), &error));
-  EXPECT_FALSE(error.empty());
+  ASSERT_TRUE(write_png(both, folder.file("p.png")));
+  const Outcome failed = write_png(QImage(), folder.file("p.png"));
+  EXPECT_FALSE(failed);
+  EXPECT_FALSE(failed.reason().empty());
   const QImage back(QString::fromStdString(folder.file("p.png")));
   EXPECT_EQ(back.convertToFormat(both.format()), both) << "a failure leaves the file as it was";
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);

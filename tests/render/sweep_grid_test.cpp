@@ -23,8 +23,8 @@ bool go_on(int, int) { return true; }
 double sum(const Field3& f) { return std::accumulate(f.data.begin(), f.data.end(), 0.0); }
 
 // One ray at a time, from a cell of the face in a straight line through the grid, from wall to
-// wall, until it leaves. A ray that leaves sideways goes on at the other side of the grid as a new
-// ray, without light.
+// wall, until it leaves. A ray that leaves sideways re-enters on the other side of the grid as a
+// new ray, without light.
 Field3 plain_sweep(const Field3& source, const SweepMedium& medium, int d, double h) {
   const Vec3i dims = source.dims;
   Field3 gathered(dims, 0);

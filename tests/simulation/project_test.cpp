@@ -128,13 +128,13 @@ struct Nothing : VelocityForce, SolverProgress {
   bool abort_requested(int, int) override { return false; }
 };
 
-struct Outcome {
+struct VortexChange {
   double energy;  // relative to the start
   double error;   // root of the mean square of the change, where the largest speed is 1
 };
 
 // Energy and change after a time of 1, in a box of n x n x 4 cells.
-Outcome run(int n) {
+VortexChange run(int n) {
   test::Records s;
   s.domain.domain_box = s.domain.active_box = {{0, 0, 0}, {n - 1, n - 1, 3}};
   s.domain.face_closed = {1, 1, 1, 1, 1, 1};
@@ -185,10 +185,10 @@ Outcome run(int n) {
 
 // Operator splitting is of first order: half the size of the cells, half the error.
 TEST(TaylorGreen, StaysAsItIsUpToAnErrorThatShrinks) {
-  Outcome coarse = run(16);
+  VortexChange coarse = run(16);
   EXPECT_LT(coarse.error, 0.1);
   for (int n : {32, 64}) {
-    const Outcome fine = run(n);
+    const VortexChange fine = run(n);
     EXPECT_LT(fine.energy, 1);
     EXPECT_LT(1 - fine.energy, (1 - coarse.energy) / 1.8);
     EXPECT_LT(fine.error, coarse.error / 1.8);

@@ -12,8 +12,8 @@
 
 namespace nbx::NBX_ISA {
 
-// The maximum of bytes that one step settles: 3 equal ones, and 2 for an interval that is too
-// small.
+// The largest number of bytes that one step settles: 3 equal ones, and 2 for an interval that is
+// too small.
 constexpr std::size_t kStepBytes = 5;
 
 // An interval that begins `low` / 2^16 and is `width` / 2^16 of the range.

@@ -13,7 +13,7 @@
 
 namespace nbx {
 
-/// The maximum of bytes that rle_encode writes for `count` cells.
+/// The largest number of bytes that rle_encode writes for `count` cells.
 constexpr std::size_t rle_bound(std::size_t count) { return 4 * count + 4; }
 
 /// Encodes `count` cells, at most 2^31 - 1, into `dst`, which has room for rle_bound(count) bytes.

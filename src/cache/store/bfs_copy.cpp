@@ -67,7 +67,8 @@ Outcome BFS::copyDir(const std::string& target, const std::function<void(int, in
   Table::Lock lock(table_->mutex);
   const Table::Place place = table_->place();
   if (!place.readable()) return Outcome::failure("the cache directory can't be read");
-  table_->finish_writes(lock);
+  if (!table_->finish_writes(lock))
+    return failure("frames wait to be saved: " + QString::fromStdString(table_->last_error));
   const QString base = QString::fromStdString(target);
   QDir to(base);
   if (!to.mkpath(".")) return failure("BFS::copyDir: Failed to create base dir " + base);
@@ -80,7 +81,7 @@ Outcome BFS::copyDir(const std::string& target, const std::function<void(int, in
 
 bool BFS::copy_fits(const std::string& folder) {
   Table::Lock lock(table_->mutex);
-  table_->finish_writes(lock);
+  if (!table_->finish_writes(lock)) return false;
   const Copy copy(table_->directory, table_->prefix, folder);
   const QStringList there = cache_files(copy.to);
   return std::all_of(there.begin(), there.end(), [&](const QString& file) {

@@ -56,7 +56,7 @@ struct BFS::Table {
   // For handles; these three lock the mutex. A null slot means that the frame isn't there.
   Slot* open_for_reading(int frame, int substep, bool load, bool force);
   Slot* open_for_storing(int frame, int substep);
-  enum class Use { kRead, kStored, kAbandoned };  // an abandoned slot was to be stored and isn't
+  enum class Use { kRead, kStored, kAbandoned };  // abandoned: opened for storing but not stored
   void give_back(Slot& slot, Use use, bool force);
 
   Slot& acquire(int frame, int substep);

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 #include "math/lanes/bspline.h"
 #include "render/shade/field3.h"

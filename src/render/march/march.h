@@ -32,7 +32,7 @@ class March {
     double shortest, longest;  // in world units
     bool skip_empty;           // samples may be skipped where the proximity says that nothing shows
   };
-  /// `share` is the step that each volume wants, in voxels: viewStep or shadowStep.
+  /// `share` is the member with the step of a volume in voxels: viewStep or shadowStep.
   StepLengths step_lengths(double RenderVolume::*share) const;
   double empty_distance_at(double t) const;
 

@@ -23,9 +23,9 @@ class Sweep {
         const int x = ascending ? cell : n_[0] - 1 - cell;
         const std::size_t c = v_.index(x, y, z);
         if ((v_.label[c] & (kFixed | VCVDT<float>::kVotesMask)) != VCVDT<float>::kVote) continue;
-        if (cell > 0) hear(c, 0, ascending);
-        if (row > 0) hear(c, 1, ascending);
-        if (other != Plane::kNone) hear(c, 2, other == Plane::kBelow);
+        if (cell > 0) take_shorter(c, 0, ascending);
+        if (row > 0) take_shorter(c, 1, ascending);
+        if (other != Plane::kNone) take_shorter(c, 2, other == Plane::kBelow);
       }
   }
 
@@ -35,7 +35,7 @@ class Sweep {
   static constexpr std::uint32_t kFixed = VCVDT<float>::kFixed, kIdMask = VCVDT<float>::kIdMask;
 
   /// Takes the offset of the neighbor on an axis plus one step to it, if that is shorter.
-  void hear(std::size_t c, std::size_t axis, bool from_below) {
+  void take_shorter(std::size_t c, std::size_t axis, bool from_below) {
     const std::size_t from = from_below ? c - stride_[axis] : c + stride_[axis];
     if (v_.dist2[from] >= VCVDT<float>::kFar) return;
     Vec3f way(v_.dx[from], v_.dy[from], v_.dz[from]);

@@ -45,8 +45,8 @@ std::size_t block_bound(const PolygonWalk& walk, double reach, const IntBox& box
   const auto size = vector_cast<std::size_t>(all.size());
   const std::size_t count = size[0] * size[1] * size[2];
   std::atomic<std::size_t> sum{0};
-  if (count >
-      kMostBits) {  // the box is too large to mark its blocks: count those in two triangles twice
+  // A box too large to mark its blocks: blocks near two triangles count twice.
+  if (count > kMostBits) {
     walk.run([&](const VoxelizationTriangle& triangle) {
       const auto n = vector_cast<std::size_t>(blocks_near(triangle, reach, box).size());
       sum.fetch_add(n[0] * n[1] * n[2], std::memory_order_relaxed);

@@ -38,13 +38,12 @@ inline float load(float& cell) {
 /// An atomic maximum by magnitude; of two values of equal magnitude the positive one wins. Any
 /// number of threads may merge into a cell, with the same result in any order.
 inline void merge_largest(float& cell, float value) {
-  const auto goes_before = [](float a, float b) {
+  const auto wins = [](float a, float b) {
     return std::abs(a) != std::abs(b) ? std::abs(a) > std::abs(b) : a > b;
   };
   std::atomic_ref<float> stored(cell);
   float old = stored.load(std::memory_order_relaxed);
-  while (goes_before(value, old) &&
-         !stored.compare_exchange_weak(old, value, std::memory_order_relaxed)) {
+  while (wins(value, old) && !stored.compare_exchange_weak(old, value, std::memory_order_relaxed)) {
   }
 }
 

@@ -1,5 +1,5 @@
 // The tracers: where the content of a sample comes from. Positions are in the grid of the advected
-// field and in floats. For kernel files, on lanes of cells (math/lanes.h).
+// field and in floats. For kernel files, on lanes of cells (math/lanes/lanes.h).
 //
 // The velocity at a midpoint outside of [1, n-2] on any axis isn't sampled. So every sample lies
 // inside of all three components, even with NaN and infinite velocities, and none needs clamping.

@@ -27,7 +27,7 @@ void set_edge(Field<float>& f, int axis, float value) {
 void velocity_boundary(Field<float>& f, int axis, const Domain& domain) {
   if (f.count() == 0) return;
   if (domain.wind.speed > 0) {
-    set_border(f, domain.wind.direction[axis] * domain.wind.speed);
+    set_border(f, domain.wind.velocity()[axis]);
     return;
   }
   const int n = f.dims()[axis];

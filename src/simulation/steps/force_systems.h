@@ -6,7 +6,7 @@
 
 namespace nbx {
 
-/// Gives back the small swirls that numerical dissipation takes (vorticity.h).
+/// Restores the small swirls that numerical dissipation removes (vorticity.h).
 class VorticitySystem : public SimSystem, public VelocityForce {
  public:
   using SimSystem::SimSystem;
@@ -31,7 +31,7 @@ class NoiseForceSystem : public SimSystem, public VelocityForce {
   void catch_up(double from, double to);
 
  private:
-  WaveletNoise noise_;  // `clear` keeps it: a run that continues draws on
+  WaveletNoise noise_;  // `clear` keeps it: a run that continues draws the next numbers
   FieldSource* fields_ = nullptr;
 };
 

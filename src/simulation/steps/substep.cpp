@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include "simulation/simulation3d.h"
-#include "util/log.h"
 
 namespace nbx {
 

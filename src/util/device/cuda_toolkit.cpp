@@ -64,7 +64,7 @@ class Toolkit final : public Backend {
   }
   Error set_device(int device) override { return cudaSetDevice(device); }
   Error set_device_flags(unsigned flags) override { return cudaSetDeviceFlags(flags); }
-  // Asked of the driver: the runtime can't tell, and its own calls may make a context.
+  // The driver answers this: the runtime can't, and its own calls may create a context.
   Error context_active(bool* active, int device) override {
     *active = true;  // without an answer the device counts as used
     const auto get_state =

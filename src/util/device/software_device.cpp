@@ -46,7 +46,7 @@ class SoftwareDevice final : public Backend {
     return result(device == 0 ? kSuccess : kErrorInvalidDevice);
   }
   Error set_device_flags(unsigned) override { return kSuccess; }
-  // Whoever holds memory has a context.
+  // Allocated memory counts as a context.
   Error context_active(bool* active, int) override {
     const std::lock_guard lock(mutex_);
     *active = !blocks_.empty();
@@ -146,12 +146,8 @@ class SoftwareDevice final : public Backend {
   }
   void restart_counts() {
     const std::lock_guard lock(mutex_);
-    calls_ = resets_ = 0;
+    resets_ = 0;
     fail_in_ = 0;
-  }
-  std::uint64_t calls() {
-    const std::lock_guard lock(mutex_);
-    return calls_;
   }
   std::uint64_t resets() {
     const std::lock_guard lock(mutex_);
@@ -170,10 +166,7 @@ class SoftwareDevice final : public Backend {
     return error;
   }
 
-  Error next_call() {
-    ++calls_;
-    return fail_in_ > 0 && --fail_in_ == 0 ? result(failure_) : kSuccess;
-  }
+  Error next_call() { return fail_in_ > 0 && --fail_in_ == 0 ? result(failure_) : kSuccess; }
 
   bool on_device(const char* data, std::size_t bytes) const {
     auto block = blocks_.upper_bound(const_cast<char*>(data));
@@ -192,7 +185,7 @@ class SoftwareDevice final : public Backend {
   Blocks blocks_;  // device memory: address and bytes
   std::size_t memory_ = std::size_t{1} << 30;
   std::size_t in_use_ = 0;
-  std::uint64_t calls_ = 0, resets_ = 0;
+  std::uint64_t resets_ = 0;
   int fail_in_ = 0;  // calls until one fails; 0 for none
   Error failure_ = kSuccess;
 };
@@ -222,8 +215,6 @@ bool enabled() { return cuda::device_enabled; }
 void set_memory(std::size_t bytes) { cuda::device().set_memory(bytes); }
 
 void fail_call(int n, cuda::Error error) { cuda::device().fail_call(n, error); }
-
-std::uint64_t memory_calls() { return cuda::device().calls(); }
 
 std::uint64_t resets() { return cuda::device().resets(); }
 

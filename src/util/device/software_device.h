@@ -22,9 +22,6 @@ void set_memory(std::size_t bytes);
 /// the fallback to the CPU.
 void fail_call(int n, cuda::Error error);
 
-/// Memory calls (allocations, copies, fills) since `enable`.
-std::uint64_t memory_calls();
-
 /// Device resets since `enable`. A reset frees all memory of the device.
 std::uint64_t resets();
 
