@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
 #include <memory>
 #include <string>
@@ -10,6 +9,7 @@
 
 #include "app/command_line.h"
 #include "app/plugin_path.h"
+#include "app/thread_waiting.h"
 #include "host/base/nearest_name.h"
 #include "host/plugin_module.h"
 #include "host/program/interrupts.h"
@@ -88,9 +88,7 @@ int Run(const std::vector<std::string>& words, host::Terminal& terminal) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  // Let waiting OpenMP workers sleep soon. On a busy machine, spinning costs many times what it
-  // saves. This must be set before the plug-in loads the OpenMP runtime.
-  setenv("GOMP_SPINCOUNT", "1000", 0);
+  app::WaitBriefly(argv);
   host::Terminal terminal = host::Terminal::ForThisProcess();
   int code = host::kFailed;
   try {

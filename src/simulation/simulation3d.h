@@ -116,6 +116,7 @@ class Simulation3D final : private VelocityForce,
   // A substep and its phases, in order.
   struct Phase;
   bool substep(SceneEvaluator& scene);
+  void run_phase(const Phase& phase, SceneEvaluator& scene);
   void plan_step(SceneEvaluator& scene);
   void advect_channels(SceneEvaluator&);
   void advect_velocity(SceneEvaluator&);

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "simulation/simulation3d.h"
+#include "util/thread_limit.h"
 
 namespace nbx {
 
@@ -48,7 +49,7 @@ bool Simulation3D::substep(SceneEvaluator& scene) {
   for (const Phase& phase : kPhases) {
     if (phase.tenth != tenth && !check(phase.tenth)) return false;
     tenth = phase.tenth;
-    (this->*phase.run)(scene);
+    run_phase(phase, scene);
     const double seconds = watch.lap();
     if (phase.seconds) times_.*phase.seconds += seconds;
   }
@@ -56,6 +57,15 @@ bool Simulation3D::substep(SceneEvaluator& scene) {
   if (pressure_->last_solve().end == SolveEnd::kAborted) return false;
   end_substep();
   return true;
+}
+
+// What the scene computes grows with its meshes, not with the box: it gets all threads.
+void Simulation3D::run_phase(const Phase& phase, SceneEvaluator& scene) {
+  if (phase.seconds == &StageTimes::src || phase.seconds == &StageTimes::sol)
+    return (this->*phase.run)(scene);
+  const Vec3i n = domain.active_box.size();
+  const ThreadLimit limit(threads_worth(1.0 * n[0] * n[1] * n[2]));
+  (this->*phase.run)(scene);
 }
 
 void Simulation3D::plan_step(SceneEvaluator& scene) {
