@@ -7,10 +7,10 @@
 #include "C4D/commands/console_front_end.h"
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
+#include "C4D/run/domain_checks.h"
 #include "C4D/run/run_checks.h"
 #include "C4D/services/host_conversion.h"
 #include "C4D/settings/volume_cache.h"
-#include "C4D/settings/volume_grid.h"
 
 namespace nbx {
 
@@ -96,8 +96,11 @@ Outcome CommandRun::check_scene() {
   const TimeRange range = time_range(volume_);
   if (range.end < range.start) return Outcome::failure("the last frame is before the first");
   evaluate(volume_.GetDocument(), range.start);
-  const std::string domain = what_is_wrong(volume_grid(volume_, voxel_size));
-  return domain.empty() ? Outcome::success() : Outcome::failure(domain);
+  if (Outcome possible = check_domain(volume_, voxel_size); !possible) return possible;
+  if (arguments_.Has("yes") || arguments_.Has("force")) return Outcome::success();
+  const RunMemory memory = run_memory(volume_);
+  return memory.exceeds_machine() ? Outcome::failure(memory.text + "; --force tries it anyway")
+                                  : Outcome::success();
 }
 
 /// A cache with a known place is made here, so that errors name its path.

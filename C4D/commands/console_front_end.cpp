@@ -47,8 +47,7 @@ bool ConsoleFrontEnd::may_exceed_memory(const std::string& question) {
     context_.Warning(subject_ + question);
     return true;
   }
-  context_.Error(subject_ + question +
-                 ": make voxel_size larger or size smaller, or give --force to try");
+  context_.Error(subject_ + question + "; --force tries it anyway");
   return false;
 }
 

@@ -1,40 +1,89 @@
 #include "C4D/run/domain_checks.h"
 
 #include <algorithm>
+#include <cmath>
+#include <sstream>
 
+#include "C4D/settings/scene_settings.h"
+#include "C4D/sources/source_tags.h"
 #include "cache/bcf_format.h"
 #include "simulation/workspace.h"
 #include "util/format_size.h"
-#include "util/log.h"
 #include "util/memory.h"
 
 namespace nbx {
 
 namespace {
 
-std::string domain_text(const Vec3i& n) {
-  return "a domain of " + std::to_string(n[0]) + " x " + std::to_string(n[1]) + " x " +
-         std::to_string(n[2]) + " voxels ";
+std::string domain_text(const Vec3d& n) {
+  std::ostringstream text;
+  text.precision(12);
+  text << "a domain of " << n[0] << " x " << n[1] << " x " << n[2] << " voxels ";
+  return text.str();
+}
+
+std::string size_text(double bytes) {
+  return format_size(static_cast<std::uint64_t>(std::min(bytes, 1e19)), 2);
+}
+
+/// The next number above x that has two digits.
+double next_of_two_digits(double x) {
+  const double unit = std::pow(10, std::floor(std::log10(x)) - 1);
+  return std::floor(x / unit * (1 + 1e-9) + 1) * unit;
+}
+
+/// "voxel_size 1.7 would fit", where fits(grid) says which grids do. Empty if none does.
+template <class Fits>
+std::string fitting_voxel_size(const host::BaseObject& volume, double voxel_size, Fits fits) {
+  constexpr double kMost = 1e12;
+  for (double v = voxel_size; v < kMost; v = next_of_two_digits(v)) {
+    if (!fits(volume_grid(volume, v))) continue;
+    std::ostringstream text;
+    text << "voxel_size " << v << " would fit";
+    return text.str();
+  }
+  return {};
+}
+
+bool fits_frame_file(const VolumeGrid& grid) {
+  const Vec3d& n = grid.cells;
+  return (n[0] + 3) * (n[1] + 3) * (n[2] + 3) <= kBcfMaxCells;
 }
 
 }  // namespace
 
-Outcome check_domain(const VolumeGrid& grid) {
-  if (const std::string wrong = what_is_wrong(grid); !wrong.empty()) return Outcome::failure(wrong);
-  const Vec3i n = grid.dims();
-  if ((n[0] + 3.0) * (n[1] + 3.0) * (n[2] + 3.0) <= kBcfMaxCells) return Outcome::success();
-  return Outcome::failure(domain_text(n) + "is more than a frame file can hold");
+Outcome check_domain(const host::BaseObject& volume, double voxel_size) {
+  const VolumeGrid grid = volume_grid(volume, voxel_size);
+  const bool fits = fits_frame_file(grid);
+  if (const std::string wrong = what_is_wrong(grid); !wrong.empty() && fits)
+    return Outcome::failure(wrong);
+  if (fits) return Outcome::success();
+  return Outcome::failure(domain_text(grid.cells) + "is more than a frame file can hold: " +
+                          fitting_voxel_size(volume, voxel_size, fits_frame_file));
 }
 
-Outcome check_memory(const SolverParams& params, const FrameSink& sink, const VolumeGrid& grid,
-                     bool has_solids) {
-  const double need = workspace_bytes(params, sink, grid.cells, has_solids);
-  const std::uint64_t have = physical_memory();
-  if (have == 0 || need <= have) return Outcome::success();
-  const std::string size = format_size(static_cast<std::uint64_t>(std::min(need, 1e19)), 2);
-  LogMessage() << "Maximum simulation workspace " << size << " too big for physical memory";
-  return Outcome::failure(domain_text(grid.dims()) + "may need " + size +
-                          " of memory, this machine has " + format_size(have, 2));
+RunMemory run_memory(const SolverParams& params, const FrameSink& sink,
+                     const host::BaseObject& volume, bool has_solids) {
+  const auto need = [&](const VolumeGrid& grid) {
+    return workspace_bytes(params, sink, grid.cells, has_solids);
+  };
+  const VolumeGrid grid = volume_grid(volume, params.voxel_size);
+  RunMemory memory{need(grid), 1.0 * physical_memory(), 1.0 * available_memory(), {}};
+  memory.text = domain_text(grid.cells) + "may need " + size_text(memory.need) +
+                " of memory. This machine has " + size_text(memory.machine) + ", " +
+                size_text(memory.free) + " of it free";
+  if (memory.exceeds_free() || memory.exceeds_machine())
+    memory.text += ": " + fitting_voxel_size(volume, params.voxel_size, [&](const VolumeGrid& g) {
+                     return need(g) <= memory.free;
+                   });
+  return memory;
+}
+
+RunMemory run_memory(host::BaseObject& volume) {
+  SolverParams params;
+  FrameSink sink;
+  read_run_settings(params, sink, volume);
+  return run_memory(params, sink, volume, has_solids(find_source_tags(volume.GetDocument())));
 }
 
 }  // namespace nbx

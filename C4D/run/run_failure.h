@@ -8,8 +8,12 @@
 
 namespace nbx {
 
-/// The line for the exception that is being handled. Only in a catch clause.
-std::string run_failure();
+/// The exception that is being handled: the line for the log, and what the user reads. Only in a
+/// catch clause.
+struct RunFailure {
+  std::string log, reason;
+};
+RunFailure run_failure();
 
 /// Calls `part`, a part of a run, and returns its outcome. What it throws becomes a failure, after
 /// a log line.
@@ -17,9 +21,9 @@ template <class Part>
 Outcome outcome_of(const Part& part) try {
   return part();
 } catch (...) {
-  const std::string failure = run_failure();
-  LogMessage() << failure;
-  return Outcome::failure(failure);
+  const RunFailure failure = run_failure();
+  LogMessage() << failure.log;
+  return Outcome::failure(failure.reason);
 }
 
 }  // namespace nbx

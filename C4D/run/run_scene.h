@@ -6,6 +6,7 @@
 #include "C4D/run/run_times.h"
 #include "C4D/sources/emitter_sampler.h"
 #include "C4D/sources/solid_sampler.h"
+#include "C4D/sources/source_tags.h"
 
 namespace nbx {
 
@@ -18,7 +19,7 @@ class RunScene final : public SceneEvaluator {
   host::BaseObject& volume() const { return volume_; }
   host::BaseDocument& document() const { return volume_.GetDocument(); }
   bool has_sources() const { return !emitters_.tags().empty(); }
-  bool has_solids() const { return emitters_.has_solids(); }
+  bool has_solids() const { return nbx::has_solids(emitters_.tags()); }
 
   /// Brings the document to a time. False, with the scene half evaluated, if the front end wants
   /// the run to stop now.

@@ -1,5 +1,7 @@
 #include "C4D/run/simulation_run.h"
 
+#include <algorithm>
+
 #include <omp.h>
 
 #include "C4D/run/domain_checks.h"
@@ -12,6 +14,7 @@
 #include "C4D/settings/volume_grid.h"
 #include "math/field_pool.h"
 #include "util/cuda_use_flags.h"
+#include "util/format_size.h"
 #include "util/log.h"
 
 namespace nbx {
@@ -41,13 +44,12 @@ Outcome SimulationRun::prepare_in_order() {
   // The domain may be animated: it is that of the start.
   if (!scene_->evaluate_at(time_range(*volume_).start)) return Outcome::success();
   // The size of the domain decides about memory, so it comes before the first field.
-  const VolumeGrid grid = volume_grid(*volume_, sim_->params.voxel_size);
-  if (Outcome fits = take_domain(grid); !fits) return fits;
+  if (Outcome fits = take_domain(); !fits) return fits;
 
   // The gas of a state gives the time that the run begins at.
   StateLoader state(std::move(origin_), {*scene_, *sim_, times_, front_end_});
   state.load();
-  report_start(grid, state.continued());
+  report_start(state.continued());
   // The scene follows the gas to that time. Only then it can be compared with the state's.
   if (!step_to_state()) return Outcome::success();
   state.finish(*states_);
@@ -78,18 +80,27 @@ void SimulationRun::open_scene() {
   if (!scene_->has_sources()) front_end_.warn("the scene has no enabled emitter tag");
 }
 
-Outcome SimulationRun::take_domain(const VolumeGrid& grid) {
-  if (Outcome possible = check_domain(grid); !possible) return possible;
-  Outcome fits = check_memory(sim_->params, sim_->sink, grid, scene_->has_solids());
-  return fits || front_end_.may_exceed_memory(fits.reason()) ? Outcome::success() : fits;
+Outcome SimulationRun::take_domain() {
+  const double voxel_size = sim_->params.voxel_size;
+  if (Outcome possible = check_domain(*volume_, voxel_size); !possible) return possible;
+  voxels_ = volume_grid(*volume_, voxel_size).dims();
+  const RunMemory memory = run_memory(sim_->params, sim_->sink, *volume_, scene_->has_solids());
+  if (memory.exceeds_machine()) {
+    LogMessage() << "Maximum simulation workspace "
+                 << format_size(static_cast<std::uint64_t>(std::min(memory.need, 1e19)), 2)
+                 << " too big for physical memory";
+    if (!front_end_.may_exceed_memory(memory.text)) return Outcome::failure(memory.text);
+  } else if (memory.exceeds_free()) {
+    front_end_.warn(memory.text);
+  }
+  return Outcome::success();
 }
 
-void SimulationRun::report_start(const VolumeGrid& grid, bool continued) {
+void SimulationRun::report_start(bool continued) {
   BFS& cache = *sim_->sink.target_cache;
   const int now = times_.now.frame();
   cache.recount_bytes(now);
-  front_end_.started(
-      {continued ? now + 1 : now, times_.end.frame(), grid.dims(), cache.directory()});
+  front_end_.started({continued ? now + 1 : now, times_.end.frame(), voxels_, cache.directory()});
 }
 
 bool SimulationRun::step_to_state() {

@@ -19,7 +19,6 @@
 #include "C4D/run/run_scene.h"
 #include "C4D/run/run_times.h"
 #include "C4D/run/state_saver.h"
-#include "C4D/settings/volume_grid.h"
 #include "util/outcome.h"
 
 namespace nbx {
@@ -52,8 +51,8 @@ class SimulationRun final : private SimProgress {
   Outcome prepare_in_order();
   void make_simulation();
   void open_scene();
-  Outcome take_domain(const VolumeGrid& grid);
-  void report_start(const VolumeGrid& grid, bool continued);
+  Outcome take_domain();
+  void report_start(bool continued);
   bool step_to_state();
   void store_first_frame(bool with_sources);
   void report_lost();
@@ -65,6 +64,7 @@ class SimulationRun final : private SimProgress {
   RunOrigin origin_;
   RunFrontEnd& front_end_;
   RunTimes times_;
+  Vec3i voxels_;  // of the domain at the start
   bool prepared_ = false;
   bool frame_done_ = false;  // the last progress was that of a whole frame
 

@@ -48,11 +48,6 @@ IntBox solid_box(const host::BaseTag& tag, const Affine3d& world_to_grid, const 
 EmitterSampler::EmitterSampler(host::BaseObject& volume)
     : volume_(volume), tags_(find_source_tags(volume.GetDocument())) {}
 
-bool EmitterSampler::has_solids() const {
-  return std::any_of(tags_.begin(), tags_.end(),
-                     [](const host::BaseTag* tag) { return is_solid(*tag); });
-}
-
 void EmitterSampler::update_inputs(const RunView& run, StepSources& sources, double frame_start,
                                    double dt) {
   const StepClock& clock = run.clock;

@@ -22,8 +22,6 @@ class EmitterSampler {
   void update_inputs(const RunView& run, StepSources& sources, double frame_start, double dt);
 
   const std::vector<host::BaseTag*>& tags() const { return tags_; }
-  /// Whether the scene has solids.
-  bool has_solids() const;
 
  private:
   void sample(const RunView& run, StepSources& sources, host::BaseTag& tag, double frames);

@@ -1,5 +1,7 @@
 #include "C4D/sources/source_tags.h"
 
+#include <algorithm>
+
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_tag_parameters.h"
 #include "util/log.h"
@@ -55,6 +57,10 @@ host::BaseObject* source_object(const host::BaseTag& tag) {
 }
 
 bool is_solid(const host::BaseTag& tag) { return ParameterReader(tag)(TVOLUME.SOLID); }
+
+bool has_solids(const std::vector<host::BaseTag*>& tags) {
+  return std::ranges::any_of(tags, [](const host::BaseTag* tag) { return is_solid(*tag); });
+}
 
 std::vector<host::PolygonObject*> gather_polygon_objects(host::BaseObject& object) {
   std::vector<host::PolygonObject*> meshes;

@@ -16,6 +16,7 @@ std::vector<host::BaseTag*> find_source_tags(host::BaseDocument& document);
 host::BaseObject* source_object(const host::BaseTag& tag);
 
 bool is_solid(const host::BaseTag& tag);
+bool has_solids(const std::vector<host::BaseTag*>& tags);
 
 /// The meshes of `object` and of all objects below it that are switched on, including those of
 /// generators. Particle objects are left out: they are sources of their own kind.

@@ -169,7 +169,7 @@ TEST_F(Continue, QuestionsAreAnsweredByOptions) {
 
   const auto huge =
       scene(replaced(fire(R"("vorticity": 0)"), "\"voxel_size\": 1", "\"voxel_size\": 0.022"));
-  EXPECT_EQ(simulate(huge, 0, "huge"), host::kFailed);
+  EXPECT_EQ(simulate(huge, 0, "huge"), host::kBadInput);
   EXPECT_TRUE(refused("of memory"));
   EXPECT_TRUE(frame_files("huge").empty());
 }
