@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "math/lanes/spline_kernels.h"
-#include "render/light/grid_lookup.h"
+#include "render/march/grid_lookup.h"
 #include "util/units.h"
 
 namespace nbx {

@@ -22,8 +22,6 @@ class CellCenterVoxelizer {
   CellCenterVoxelizer(SparseField<float, 3>& field, const IntBox& box, ThicknessProfile profile)
       : field_(field), box_(box), profile_(profile) {}
 
-  const IntBox& box() const { return box_; }
-  const ThicknessProfile& profile() const { return profile_; }
   Cursor cursor() const { return Cursor(field_); }
 
   /// Merges one cell of the box at the squared distance q; its weight is scaled by `strength`.

@@ -28,8 +28,6 @@ class VelocityVoxelizer {
                     double strength)
       : fields_(fields), box_(box), profile_(profile), strength_(strength) {}
 
-  const IntBox& box() const { return box_; }
-  const ThicknessProfile& profile() const { return profile_; }
   Cursor cursor() const {
     return {BlockCursor(*fields_[0]), BlockCursor(*fields_[1]), BlockCursor(*fields_[2])};
   }

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "render/light/grid_lookup.h"
+#include "render/march/grid_lookup.h"
 #include "render/render_volume.h"
 
 namespace nbx {

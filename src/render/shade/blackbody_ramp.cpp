@@ -3,7 +3,7 @@
 #include <limits>
 
 #include "render/color_ramp.h"
-#include "render/light/grid_lookup.h"
+#include "render/march/grid_lookup.h"
 #include "render/shade/color_matching.h"
 
 namespace nbx {

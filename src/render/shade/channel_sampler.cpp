@@ -4,7 +4,7 @@
 
 #include "math/field_filters.h"
 #include "math/field_resampling.h"
-#include "render/light/grid_lookup.h"
+#include "render/march/grid_lookup.h"
 #include "util/isa.h"
 
 NBX_DECLARE_ISA(MarchKernels, kMarchKernels)
