@@ -207,7 +207,7 @@ TEST_F(Vdb, WhatIsNoFrameIsRefused) {
   const auto rewrite = [&] { openvdb::io::File(path).write(grids); };
   grids[1]->setTransform(openvdb::math::Transform::createLinearTransform(0.5));
   rewrite();
-  EXPECT_EQ(refusal(), "grid \"vel\" lies on other voxels than \"smoke\"");
+  EXPECT_EQ(refusal(), "grid \"vel\" uses other voxels than \"smoke\"");
   for (const auto& grid : grids) grid->transform().postScale(openvdb::Vec3d(1, 1, 2));
   rewrite();
   EXPECT_EQ(refusal(), "its voxels aren't right-handed cubes");
@@ -218,7 +218,8 @@ TEST_F(Vdb, WhatIsNoFrameIsRefused) {
   EXPECT_EQ(refusal(), "its box is too large");
   grids[0]->setName("other");
   rewrite();
-  EXPECT_EQ(refusal(), "it holds no grid under a known name");
+  EXPECT_EQ(refusal(),
+            "it contains no grid with a known name; use --name CHANNEL=NAME to assign a channel");
 
   write_vdb(path, frame, {.names = kNames});
   EXPECT_THROW(write_vdb(folder.file("no/such/folder.vdb"), frame, {.names = kNames}), Exception);
