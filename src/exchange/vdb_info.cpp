@@ -103,7 +103,7 @@ VdbGridInfo describe(const vdb::GridBase& grid, const VdbMetadata& known) {
 VdbFileInfo read_vdb_info(const std::string& path) try {
   vdb::initialize();
   vdb::io::File file(path);
-  file.open();
+  file.open(false);  // reading at once survives damage that delayed loading doesn't
   VdbFileInfo info;
   info.metadata = texts(*file.getMetadata(), {});
   const vdb::GridPtrVecPtr grids = file.getGrids();

@@ -152,7 +152,7 @@ VdbContent read_vdb(SimFrame& frame, const std::string& path,
                     const std::map<std::string, int>& names, const VdbOptions& options) try {
   vdb::initialize();
   vdb::io::File file(path);
-  file.open();
+  file.open(false);  // reading at once survives damage that delayed loading doesn't
   VdbContent content;
   const std::vector<Source> sources = choose(*file.getGrids(), names, content);
   if (sources.empty())
