@@ -92,9 +92,8 @@ class VPvolume final : public host::VideoPostData {
       return host::RenderResult::Ok;
     }
     gamma_ = ParameterReader(node)(VPVOLUME.GAMMA);
-    return prepare_all(volumes_, &render, render.GetDocument(), node)
-               ? host::RenderResult::Ok
-               : host::RenderResult::UserBreak;
+    return prepare_all(volumes_, render, node) ? host::RenderResult::Ok
+                                               : host::RenderResult::UserBreak;
   }
 
   static RayRecord record(const host::VolumeRay& from, std::uint32_t plain, Lighting& lighting) {

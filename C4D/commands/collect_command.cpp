@@ -32,7 +32,7 @@ class CollectCommand final : public host::CommandData {
                          .required = true},
                         {.name = "output",
                          .value_name = "DIR",
-                         .help = "Folder for the scene, made if missing",
+                         .help = "Folder for the scene; created if it is missing",
                          .required = true}},
             .common = {host::CommonOption::Set, host::CommonOption::Force}};
   }
@@ -42,7 +42,7 @@ class CollectCommand final : public host::CommandData {
     if (!document) return host::kBadInput;
     const QDir folder(QString::fromStdString(arguments.GetString("output")));
     if (!folder.mkpath(".")) {
-      context.Error("--output: the folder " + folder.path().toStdString() + " can't be made");
+      context.Error("--output: the folder " + folder.path().toStdString() + " can't be created");
       return host::kBadInput;
     }
     host::SaveAssets assets{

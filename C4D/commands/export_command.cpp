@@ -3,11 +3,10 @@
 #include <algorithm>
 
 #include "C4D/commands/commands.h"
+#include "C4D/commands/frame_exporter.h"
 #include "C4D/commands/register_command.h"
 #include "C4D/commands/vdb_options.h"
 #include "cache/frame_names.h"
-#include "exchange/raw_export.h"
-#include "util/format_size.h"
 
 namespace nbx {
 
@@ -54,16 +53,29 @@ std::vector<host::OptionInfo> export_options() {
        .choices = {"vdb", "raw"}},
       {.name = "output",
        .value_name = "DIR",
-       .help = "Folder for the files, made if missing",
+       .help = "Folder for the files; created if it is missing",
        .required = true},
       {.name = "staggered",
        .type = OptionType::Flag,
        .help = "Velocity on the faces of voxels, as simulated, instead of at their centers"},
       {.name = "half",
        .type = OptionType::Flag,
-       .help = "Write 16-bit floats: half the size, less precision"}};
+       .help = "Write 16-bit floats: half the size, less precision, values up to 65504"},
+      {.name = "solid",
+       .type = OptionType::Flag,
+       .help = "Also export the channel solid: squared distances to solids in squared voxels, at "
+               "most 3, negative inside"}};
   for (const host::OptionInfo& option : vdb_options()) options.push_back(option);
   return options;
+}
+
+/// With --solid, or with a name for the channel.
+bool wants_solid(const host::CommandArguments& arguments) {
+  const auto& names = arguments.GetStrings("name");
+  return arguments.Has("solid") ||
+         std::any_of(names.begin(), names.end(), [](const std::string& word) {
+           return word.starts_with("solid=") && word != "solid=";
+         });
 }
 
 class ExportCommand final : public host::CommandData {
@@ -76,56 +88,42 @@ class ExportCommand final : public host::CommandData {
   }
 
   int Execute(const host::CommandArguments& arguments, host::CommandContext& context) override {
-    VdbOptions options;
-    if (!read_vdb_options(options, arguments, context)) return host::kBadInput;
-    options.staggered = arguments.Has("staggered");
-    options.half = arguments.Has("half");
-    const bool raw = arguments.GetString("format", "vdb") == "raw";
-    if (!raw && !has_vdb()) {
-      context.Error("--format vdb: this build has no OpenVDB; raw is possible");
+    ExportOptions options;
+    if (!read_vdb_options(options.vdb, arguments, context)) return host::kBadInput;
+    options.vdb.staggered = arguments.Has("staggered");
+    options.vdb.half = arguments.Has("half");
+    options.raw = arguments.GetString("format", "vdb") == "raw";
+    options.solid = wants_solid(arguments);
+    if (!options.solid) options.vdb.names.erase(kGridSolid);
+    if (!options.raw && !has_vdb()) {
+      context.Error("this build has no OpenVDB; use --format raw");
       return host::kBadInput;
     }
     const std::string path = arguments.GetString("path"), output = arguments.GetString("output");
     const auto files = frame_files(path, arguments.GetFrames("frames"));
     if (files.empty()) {
-      context.Error(path + " holds no such frames");
+      context.Error(path + " contains none of the frames");
       return host::kBadInput;
     }
     if (!QDir().mkpath(QString::fromStdString(output))) {
-      context.Error("--output: the folder " + output + " can't be made");
+      context.Error("--output: the folder " + output + " can't be created");
       return host::kBadInput;
     }
+    FrameExporter exporter(options, context);
     std::size_t done = 0, failed = 0;
     for (const auto& [number, file] : files) {
       if (context.Interrupts() > 0) return host::kInterrupted;
-      const std::string stem = stem_of(path, output, number);
-      failed += write(file, stem, raw, options, context) ? 0 : 1;
+      failed += exporter.write(file, stem_of(path, output, number)) ? 0 : 1;
       context.Progress("frame " + std::to_string(number) + " (" + std::to_string(++done) + " of " +
                            std::to_string(files.size()) + ")",
                        true);
     }
+    exporter.warn(output);
     context.Result(std::to_string(done - failed) + " frames in " + output);
     context.Event("exported", {{"frames", static_cast<std::int64_t>(done - failed)},
                                {"failed", static_cast<std::int64_t>(failed)},
                                {"directory", output}});
     return failed == 0 ? host::kDone : host::kFailed;
-  }
-
- private:
-  static bool write(const std::string& file, const std::string& stem, bool raw,
-                    const VdbOptions& options, host::CommandContext& context) {
-    try {
-      SimFrame frame;
-      if (!frame.load(file)) throw Exception("it holds no grid");
-      if (raw)
-        write_raw(stem, frame);
-      else
-        write_vdb(stem + ".vdb", frame, options);
-      return true;
-    } catch (const std::exception& e) {
-      context.Error(file + ": " + e.what());
-    }
-    return false;
   }
 };
 

@@ -6,6 +6,7 @@
 #include <optional>
 #include <set>
 
+#include "C4D/commands/info_vdb.h"
 #include "C4D/commands/vdb_options.h"
 #include "C4D/services/host_conversion.h"
 #include "cache/cache_directories.h"
@@ -51,7 +52,8 @@ class Importer {
       const VdbContent content = read_vdb(frame, path, names_, options_);
       for (const std::string& name : content.left_out)
         if (warned_.insert(name).second)
-          context_.Warning("the grid \"" + name + "\" isn't imported: --name gives it a channel");
+          context_.Warning("the grid \"" + name +
+                           "\" isn't imported; use --name to assign a channel");
       const int number = frame_number(content, path);
       if (!numbers_.insert(number).second)
         throw Exception("another file is frame " + std::to_string(number) + " too");
@@ -80,7 +82,7 @@ class Importer {
     if (found == content.numbers.end()) return {};
     std::string error;
     const auto rate = host::FrameRate::FromReal(found->second, error);
-    if (!rate) throw Exception("its rate " + error + "; give the right one with --fps");
+    if (!rate) throw Exception("its rate " + error + "; give the right rate with --fps");
     return *rate;
   }
 
@@ -103,11 +105,11 @@ std::shared_ptr<BFS> open_target(const host::CommandArguments& arguments,
   const std::string directory = arguments.GetString("cache");
   std::shared_ptr<BFS> store;
   if (directory.empty())
-    context.Error("--cache names the folder that the frames go into");
+    context.Error("give --cache, the folder for the frames");
   else if (cache_locked(directory))
     context.Error("the cache " + directory + " is locked");
   else if (!QDir().mkpath(QString::fromStdString(directory)) || !(store = getCache(directory)))
-    context.Error("the cache folder " + directory + " can't be made");
+    context.Error("the cache folder " + directory + " can't be created");
   if (store && arguments.GetString("codec", "run-length") == "predictive")
     store->codec = Codec::kPredictive;
   return store;
@@ -134,8 +136,7 @@ std::vector<host::OptionInfo> import_vdb_options() {
 }
 
 bool is_vdb_path(const std::string& path) {
-  const QFileInfo info(QString::fromStdString(path));
-  return info.isDir() || info.suffix().compare("vdb", Qt::CaseInsensitive) == 0;
+  return QFileInfo(QString::fromStdString(path)).isDir() || is_vdb_file(path);
 }
 
 host::ExitCode import_vdb(const std::string& path, const host::CommandArguments& arguments,
@@ -143,12 +144,12 @@ host::ExitCode import_vdb(const std::string& path, const host::CommandArguments&
   VdbOptions options;
   if (!read_vdb_options(options, arguments, context)) return host::kBadInput;
   if (!has_vdb()) {
-    context.Error("this build has no OpenVDB");
+    context.Error("this build has no OpenVDB, so it can't import .vdb files");
     return host::kBadInput;
   }
   const std::vector<std::string> files = vdb_files(path);
   if (files.empty()) {
-    context.Error(path + " holds no .vdb files");
+    context.Error(path + " contains no .vdb files");
     return host::kBadInput;
   }
   const std::shared_ptr<BFS> store = open_target(arguments, context);

@@ -2,6 +2,7 @@
 #include <sstream>
 
 #include "C4D/commands/commands.h"
+#include "C4D/commands/info_vdb.h"
 #include "C4D/commands/register_command.h"
 #include "cache/cache_info.h"
 #include "cache/grid_type.h"
@@ -114,7 +115,7 @@ int show_cache(const std::string& path, bool values, host::CommandContext& conte
     return host::kBadInput;
   }
   if (cache->frames.empty() && cache->others.empty()) {
-    context.Error(path + " holds no frame files");
+    context.Error(path + " contains no frame files");
     return host::kBadInput;
   }
   bool good = true;
@@ -139,7 +140,7 @@ int show_cache(const std::string& path, bool values, host::CommandContext& conte
     gaps.push_back(std::to_string(first) +
                    (first == last ? std::string() : "-" + std::to_string(last)));
   for (const std::string& gap : gaps) line << ", " << gap << " missing";
-  line << ", " << format_size(cache->bytes, 2) << ratio_text(plain, bytes) << ", in all "
+  line << ", " << format_size(cache->bytes, 2) << ratio_text(plain, bytes) << ", frames cover "
        << box_text(box);
   context.Result(line.str());
   context.Event("cache", {{"directory", cache->directory},
@@ -156,10 +157,10 @@ class InfoCommand final : public host::CommandData {
  public:
   host::CommandInfo GetInfo() const override {
     return {.verb = "info",
-            .help = "Shows what a frame file or a cache folder contains",
+            .help = "Shows what a frame file, a cache folder or a VDB file contains",
             .options = {{.name = "path",
                          .value_name = "PATH",
-                         .help = "A frame file or a cache folder",
+                         .help = "A frame file, a cache folder or a .vdb file",
                          .positional = true,
                          .required = true},
                         {.name = "values",
@@ -171,6 +172,7 @@ class InfoCommand final : public host::CommandData {
     const std::string path = arguments.GetString("path");
     if (QFileInfo(QString::fromStdString(path)).isDir())
       return show_cache(path, arguments.Has("values"), context);
+    if (is_vdb_file(path)) return show_vdb(path, context);
     const FrameFileInfo info = read_frame_file_info(path, true);
     if (info.grids.empty() && !info.damage.empty()) {
       context.Error(path + ": " + info.damage);

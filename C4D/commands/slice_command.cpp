@@ -108,7 +108,8 @@ class SliceCommand final : public host::CommandData {
             {.name = "absorption",
              .type = OptionType::Real,
              .value_name = "VALUE",
-             .help = "Absorption of smoke per cell of density 1; default: by the densest part",
+             .help =
+                 "Absorption of smoke per cell of density 1; default: chosen from the densest part",
              .minimum = 0},
             {.name = "gamma",
              .type = OptionType::Real,

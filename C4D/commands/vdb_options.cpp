@@ -42,12 +42,13 @@ std::vector<host::OptionInfo> vdb_options() {
        .value_name = "PRESET",
        .help =
            "Names of VDB grids. default: density, temperature, flame, fuel, vel, solid; velocity: "
-           "with velocity for vel; heat: also heat for temperature; cache: as in the cache",
+           "velocity instead of vel; heat: also heat instead of temperature; cache: as in the "
+           "cache",
        .choices = names},
       {.name = "name",
        .value_name = "CHANNEL=NAME",
-       .help = "Name of a channel's VDB grid, replaces the preset's; without NAME the channel is "
-               "left out",
+       .help = "Name of a channel's VDB grid, instead of the preset's; without NAME the channel "
+               "is left out",
        .repeatable = true},
       {.name = "units",
        .type = OptionType::Choice,

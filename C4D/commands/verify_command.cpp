@@ -51,7 +51,7 @@ class VerifyCommand final : public host::CommandData {
       for (const QString& name : folder.entryList({"*.bcf"}, QDir::Files, QDir::Name))
         files.push_back(folder.filePath(name).toStdString());
       if (files.empty()) {
-        context.Error(path + (folder.isReadable() ? " holds no frame files" : " can't be read"));
+        context.Error(path + (folder.isReadable() ? " contains no frame files" : " can't be read"));
         return host::kBadInput;
       }
     } else if (QFileInfo::exists(QString::fromStdString(path))) {

@@ -29,7 +29,8 @@ struct LightingParameters : FireShadingParameters {
              {OVOLUME_LIGHT_CUBIC, "cubic"},
              {OVOLUME_LIGHT_PER_THREAD, "per_thread"},
              {OVOLUME_LIGHT_EXACT, "exact"}},
-            "How light in the smoke is found. linear, cubic: interpolated in one grid; per_thread: "
+            "How light in the smoke is computed. linear, cubic: interpolated in one grid; "
+            "per_thread: "
             "in one grid for each light, correct for every view direction; exact: computed at each "
             "point; none: smoke shows its own color")
           .enabled_if(has_smoke);
@@ -69,11 +70,12 @@ struct LightingParameters : FireShadingParameters {
 };
 
 struct MarchingParameters : LightingParameters {
-  Real VIEW_STEP = real(1241, "VIEW_STEP", 0.25, 0.001, 1, "voxels",
-                        "Step length along camera rays: shorter steps give less noise, slower");
+  Real VIEW_STEP =
+      real(1241, "VIEW_STEP", 0.25, 0.001, 1, "voxels",
+           "Step length along camera rays: shorter steps give less noise but take longer");
   Real SHADOW_STEP = real(1397, "SHADOW_STEP", 0.5, 0.001, 1, "voxels",
-                          "Step length along rays to lights: shorter steps give smoother shadows, "
-                          "slower");
+                          "Step length along rays to lights: shorter steps give smoother shadows "
+                          "but take longer");
   Choice<VolumeFilter> FILTER =
       cycle(1207, "FILTER", OVOLUME_FILTER_BSPLINE,
             {{OVOLUME_FILTER_LINEAR, "linear"},

@@ -20,9 +20,8 @@ class ShaderGroup : public VolumeGroup {
                     {OVOLUME_CHANNEL_RAMP_Y, "ramp_y"},
                     {OVOLUME_CHANNEL_RAMP_Z, "ramp_z"}});
   }
-  Line<double> blur(std::int32_t id, const char* name) {
-    return real(id, name, 0, 0, kUnbounded, "units",
-                "Radius over which that channel is averaged: softens detail");
+  Line<double> blur(std::int32_t id, const char* name, const char* help) {
+    return real(id, name, 0, 0, kUnbounded, "units", help);
   }
   Line<double> noise_size(std::int32_t id, const char* name) {
     return real(id, name, 1, 0, kUnbounded, "units",
@@ -45,22 +44,32 @@ struct SmokeShadingParameters : ShaderGroup {
                      "Channel that is drawn as smoke; with none, or a channel that isn't cached, "
                      "there is no smoke");
   const Condition has_smoke = chosen(SMOKE_CHANNEL);
-  Real SMOKE_BLUR = blur(1271, "SMOKE_BLUR").enabled_if(has_smoke);
-  Curve SMOKE_CURVE = straight_curve(1201, "SMOKE_CURVE", {{0, 0}, {1, 1}},
-                                     "Maps the channel's value to the position on smoke_gradient")
-                          .enabled_if(has_smoke);
+  Real SMOKE_BLUR =
+      blur(1271, "SMOKE_BLUR", "Radius over which smoke_channel is averaged: softens detail")
+          .enabled_if(has_smoke);
+  Curve SMOKE_CURVE =
+      straight_curve(
+          1201, "SMOKE_CURVE", {{0, 0}, {1, 1}},
+          "Maps the value of smoke_channel to the position on smoke_gradient and, without "
+          "smoke_density_channel, to the density of the smoke")
+          .enabled_if(has_smoke);
   Gradient SMOKE_GRADIENT =
       gradient(1202, "SMOKE_GRADIENT", {{{0, {1, 1, 1}}, {1, {1, 1, 1}}}}, "Color of the smoke")
           .enabled_if(has_smoke);
   Choice<VolumeChannel> SMOKE_DENSITY_CHANNEL =
-      shader_channel(1399, "SMOKE_DENSITY_CHANNEL", OVOLUME_CHANNEL_NONE,
-                     "Channel that sets how dense the smoke is; none: smoke_channel sets it")
+      shader_channel(
+          1399, "SMOKE_DENSITY_CHANNEL", OVOLUME_CHANNEL_NONE,
+          "Channel that sets how dense the smoke is; none: smoke_channel and smoke_curve set "
+          "it, and smoke_density_curve has no effect")
           .enabled_if(has_smoke);
   const Condition has_smoke_density = has_smoke && chosen(SMOKE_DENSITY_CHANNEL);
-  Real SMOKE_DENSITY_BLUR = blur(1400, "SMOKE_DENSITY_BLUR").enabled_if(has_smoke_density);
+  Real SMOKE_DENSITY_BLUR =
+      blur(1400, "SMOKE_DENSITY_BLUR",
+           "Radius over which smoke_density_channel is averaged: softens the edges of the smoke")
+          .enabled_if(has_smoke_density);
   Curve SMOKE_DENSITY_CURVE =
       straight_curve(1401, "SMOKE_DENSITY_CURVE", {{0, 0}, {1, 1}},
-                     "Maps the density channel's value to the density of the smoke")
+                     "Maps the value of smoke_density_channel to the density of the smoke")
           .enabled_if(has_smoke_density);
   Real SMOKE_DENSITY =
       real(1018, "SMOKE_DENSITY", 15, 0, kUnbounded, "1/m",
@@ -90,30 +99,40 @@ struct FireShadingParameters : SmokeShadingParameters {
                      "Channel that is drawn as fire; with none, or a channel that isn't cached, "
                      "there is no fire");
   const Condition has_fire = chosen(FIRE_CHANNEL);
-  Real FIRE_BLUR = blur(1272, "FIRE_BLUR").enabled_if(has_fire);
+  Real FIRE_BLUR =
+      blur(1272, "FIRE_BLUR", "Radius over which fire_channel is averaged: softens detail")
+          .enabled_if(has_fire);
   Curve FIRE_CURVE =
       curve(1200, "FIRE_CURVE",
             {{0, 0, kLinear, kLinear}, {0.16, 1, kSmooth, kSmooth}, {1, 0, kLinear, kLinear}},
-            "Maps the channel's value to the color of the fire: 0 is the gradient's start or "
-            "fire_temp_min, 1 its end or fire_temp_max")
+            "Maps the value of fire_channel to the color of the fire: 0 is the gradient's start or "
+            "black, 1 its end or fire_temp_max. Without fire_density_channel it is also the "
+            "density of the fire")
           .enabled_if(has_fire);
   Choice<VolumeChannel> FIRE_DENSITY_CHANNEL =
-      shader_channel(1170, "FIRE_DENSITY_CHANNEL", OVOLUME_CHANNEL_NONE,
-                     "Channel that sets how dense the fire is; none: fire_channel sets it")
+      shader_channel(
+          1170, "FIRE_DENSITY_CHANNEL", OVOLUME_CHANNEL_NONE,
+          "Channel that sets how dense the fire is; none: fire_channel and fire_curve set it, "
+          "and fire_density_curve has no effect")
           .enabled_if(has_fire);
   const Condition has_fire_density = has_fire && chosen(FIRE_DENSITY_CHANNEL);
-  Real FIRE_DENSITY_BLUR = blur(1273, "FIRE_DENSITY_BLUR").enabled_if(has_fire_density);
+  Real FIRE_DENSITY_BLUR =
+      blur(1273, "FIRE_DENSITY_BLUR",
+           "Radius over which fire_density_channel is averaged: softens what the fire hides")
+          .enabled_if(has_fire_density);
   Curve FIRE_DENSITY_CURVE =
       curve(1041, "FIRE_DENSITY_CURVE", {{0.1, 0}, {0.25, 1}, {0.3, 0}},
-            "Maps the density channel's value to the density of the fire; fire of density 0 is "
-            "invisible")
+            "Maps the value of fire_density_channel to the density of the fire. Fire of density 0 "
+            "hides nothing; without smoke in the same place it is invisible")
           .enabled_if(has_fire_density);
   Real FIRE_DENSITY = real(1182, "FIRE_DENSITY", 2, 0, kUnbounded, "1/m",
-                           "How strongly fire of density 1 dims light: higher values hide what is "
-                           "behind a flame and dim thick flames; thin ones keep their brightness")
+                           "How strongly fire of density 1 dims light: higher values hide more of "
+                           "what is behind a flame and darken thick flames. To make fire brighter, "
+                           "lower fire_exposure. At 0, only fire in smoke is visible")
                           .enabled_if(has_fire);
   Real FIRE_OCCLUSION = real(1181, "FIRE_OCCLUSION", 1, 0, kUnbounded, "",
-                             "Density of fire that replaces all smoke; 0: any fire does")
+                             "Density of fire that hides all smoke in its voxel: higher values "
+                             "leave more smoke in the flames; 0: any fire hides all")
                             .enabled_if(has_smoke && has_fire);
   Real FIRE_DISPLACE = real(1390, "FIRE_DISPLACE", 0, -kUnbounded, kUnbounded, "frames",
                             "Time by which fire is moved along the velocity")
@@ -136,19 +155,19 @@ struct FireShadingParameters : SmokeShadingParameters {
       real(1042, "FIRE_GRADIENT_SCALE", 1, 0, kUnbounded, "", "Brightness of fire_gradient")
           .enabled_if(has_gradient);
   Real FIRE_TEMP_MIN = real(1234, "FIRE_TEMP_MIN", 600, 0, kUnbounded, "K",
-                            "Temperature of the black body where fire_curve is 0")
+                            "Temperature of the black body where fire_curve is just above 0")
                            .enabled_if(has_body);
   Real FIRE_TEMP_MAX = real(1127, "FIRE_TEMP_MAX", 2200, 0, kUnbounded, "K",
                             "Temperature of the black body where fire_curve is 1")
                            .enabled_if(has_body);
   Real FIRE_EXPOSURE =
       real(1299, "FIRE_EXPOSURE", 1, 0, kUnbounded, "",
-           "Brightness of the black body that is shown as 1: higher values darken the "
-           "fire")
+           "Brightness of the black body that is shown as 1: double the value, half as bright. "
+           "Adjust this first if fire is too bright or too dark")
           .enabled_if(has_body);
   Real FIRE_COMPRESSION = real(1403, "FIRE_COMPRESSION", 5, 0, kUnbounded, "",
-                               "Evens out the brightness of cool and hot fire; 0: as in nature, "
-                               "where hot fire is far brighter")
+                               "Evens out the brightness of cool and hot fire by darkening the hot "
+                               "parts; 0: as in nature, where hot fire is far brighter")
                               .enabled_if(has_body);
   Real FIRE_TINT_R = real(1300, "FIRE_TINT_R", 1, 0, kUnbounded, "", "Factor for the body's red")
                          .enabled_if(has_body);

@@ -1,7 +1,5 @@
 #include "C4D/rendering/render_volumes.h"
 
-#include <algorithm>
-
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/post_effect_parameters.h"
 #include "C4D/parameters/volume_parameters.h"
@@ -20,19 +18,18 @@ bool wants_frame(const VolumeParams& params) {
   return params.smoke.channel != kNoGrid || params.fire.channel != kNoGrid;
 }
 
-std::string place(const HostVolume& volume, int frame) {
-  return "volume \"" + volume.object->GetName() + "\": frame " + std::to_string(frame);
+std::string name_of(const HostVolume& volume) {
+  return "volume \"" + volume.object->GetName() + "\": ";
 }
+
+std::string frame_text(int frame) { return "frame " + std::to_string(frame); }
 
 void report_missing(const HostVolume& volume, int frame, const std::shared_ptr<BFS>& cache,
                     host::BaseRender& render) {
-  if (cache)
-    render.ReportMissing(place(volume, frame) + " is not in the cache " + cache->directory() +
-                         ": simulate it, or choose the cache with --cache or cache_name");
-  else
-    render.ReportMissing(
-        place(volume, frame) +
-        " has no cache: simulate it, and choose the cache with --cache or cache_name");
+  const std::string what = cache ? frame_text(frame) + " is not in the cache " + cache->directory()
+                                 : "there is no cache to read " + frame_text(frame) + " from";
+  render.ReportMissing(name_of(volume) + what +
+                       "; simulate it, or choose the cache with --cache or cache_name");
 }
 
 // Reports channels that the frame doesn't contain, to explain an empty picture.
@@ -40,8 +37,8 @@ void warn_of_channels(const HostVolume& volume, const VolumeParams& params, int 
                       host::BaseRender& render) {
   const auto missing = [&](const ShaderParams& shader, bool on, const char* what) {
     if (shader.channel > kNoGrid && !on && !volume.frame->grids.contains(shader.channel))
-      render.Warning(place(volume, frame) + " holds no " + grid_type_name(shader.channel) +
-                     ", so there is no " + what);
+      render.Warning(name_of(volume) + frame_text(frame) + " contains no " +
+                     grid_type_name(shader.channel) + ", so there is no " + what);
   };
   missing(params.smoke, volume.traced->smoke.on, "smoke");
   missing(params.fire, volume.traced->fire.on, "fire");
@@ -56,7 +53,7 @@ void read_light_exclusions(HostVolume& volume, host::BaseRender& render) {
     excluded.push_back(!lights.GetLight(n).Reaches(volume.object));
 }
 
-void prepare(HostVolume& volume, host::BaseRender* render, const host::BaseDocument& document) {
+void prepare(HostVolume& volume, host::BaseRender& render, const host::BaseDocument& document) {
   const host::BaseTime now = document.GetTime();
   VolumeParams params = shading_params(*volume.object);
   if (!wants_frame(params)) return;
@@ -64,7 +61,7 @@ void prepare(HostVolume& volume, host::BaseRender* render, const host::BaseDocum
   const std::shared_ptr<BFS> cache = volume_cache(*volume.object, false);
   volume.frame = SlotHandle(cache, number, 0, true);
   if (!volume.frame) {
-    if (render) report_missing(volume, number, cache, *render);
+    report_missing(volume, number, cache, render);
     return;
   }
   if (volume.frame->grids.empty()) return;
@@ -77,12 +74,12 @@ void prepare(HostVolume& volume, host::BaseRender* render, const host::BaseDocum
   RenderVolume& traced = *volume.traced;
   prepare_volume(traced, *volume.frame, params);
   read_compositing(traced, *volume.object);
-  if (render) warn_of_channels(volume, params, number, *render);
+  warn_of_channels(volume, params, number, render);
 
   traced.light_field.reset();
-  if (!traced.smoke.on || !render) return;
-  read_light_exclusions(volume, *render);
-  traced.light_field = make_light_field(*volume.object, to_vector(render->GetCameraPosition()));
+  if (!traced.smoke.on) return;
+  read_light_exclusions(volume, render);
+  traced.light_field = make_light_field(*volume.object, to_vector(render.GetCameraPosition()));
 }
 
 bool prepare_light(HostVolume& volume, host::BaseRender& render) {
@@ -111,23 +108,27 @@ void collect_volumes(RenderVolumes& volumes, host::BaseObject* first) {
   }
 }
 
-bool prepare_all(RenderVolumes& volumes, host::BaseRender* render,
-                 const host::BaseDocument& document, const host::BaseVideoPost& node) {
-  if (render && !simulate_up_to_frame(volumes.hosted, *render)) return false;
-  if (render) render->SetStatusText(texts::kPreparingVolumes);
-  VolumeRenderer& renderer = volumes.renderer;
-  renderer.active = false;
-  for (HostVolume& volume : volumes.hosted) {
-    prepare(volume, render, document);
-    renderer.active = renderer.active || (volume.traced->ready && volume.traced->shows());
-    if (render && render->TestBreak()) return false;
-  }
+void read_steps(VolumeRenderer& renderer, const host::BaseVideoPost& node) {
   const ParameterReader data(node);
   renderer.adaptive = data(VPVOLUME.ADAPTIVE);
   renderer.adaptiveThreshold = data(VPVOLUME.ADAPTIVE_THRESHOLD);
-  if (!renderer.active || !render) return true;
+}
+
+bool prepare_all(RenderVolumes& volumes, host::BaseRender& render,
+                 const host::BaseVideoPost& node) {
+  if (!simulate_up_to_frame(volumes.hosted, render)) return false;
+  render.SetStatusText(texts::kPreparingVolumes);
+  VolumeRenderer& renderer = volumes.renderer;
+  renderer.active = false;
+  for (HostVolume& volume : volumes.hosted) {
+    prepare(volume, render, render.GetDocument());
+    renderer.active = renderer.active || (volume.traced->ready && volume.traced->shows());
+    if (render.TestBreak()) return false;
+  }
+  read_steps(renderer, node);
+  if (!renderer.active) return true;
   for (HostVolume& volume : volumes.hosted)
-    if (volume.traced->light_field && !prepare_light(volume, *render)) return false;
+    if (volume.traced->light_field && !prepare_light(volume, render)) return false;
   return true;
 }
 

@@ -19,12 +19,15 @@ struct RenderVolumes {
 /// Adds all volume objects that are visible in pictures.
 void collect_volumes(RenderVolumes& volumes, host::BaseObject* first);
 
-/// Prepares every volume for the document's time: first the simulations that run with the render,
-/// then frames and fields, then the light, which all volumes may shadow. `render` is null in
-/// previews, which have neither simulation nor light. False if the user canceled.
-/// A missing frame is reported to the render, and its volume shows nothing. Throws std::bad_alloc.
-[[nodiscard]] bool prepare_all(RenderVolumes& volumes, host::BaseRender* render,
-                               const host::BaseDocument& document, const host::BaseVideoPost& node);
+/// Reads the step lengths of view rays from the post effect.
+void read_steps(VolumeRenderer& renderer, const host::BaseVideoPost& node);
+
+/// Prepares every volume for the time of the render's document: first the simulations that run with
+/// the render, then frames and fields, then the light, which all volumes may shadow. False if the
+/// user canceled. A missing frame is reported to the render, and its volume shows nothing. Throws
+/// std::bad_alloc.
+[[nodiscard]] bool prepare_all(RenderVolumes& volumes, host::BaseRender& render,
+                               const host::BaseVideoPost& node);
 
 /// Releases frames and fields.
 void release_frames(RenderVolumes& volumes);

@@ -1,7 +1,6 @@
 #include "C4D/settings/shading_settings.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/services/host_conversion.h"

@@ -30,14 +30,17 @@ void read_values(GridInfo& grid, BcfFile& in, Field<float>& scratch) {
 
 void read_heads(FrameFileInfo& info, BcfFile& in) {
   std::uint64_t end = kBcfHeaderSize;  // of the last complete record
+  SimFrame frame;
   for (GridHead head; in.readHead(head);) {
     GridInfo& grid = info.grids.emplace_back();
     grid.head = head;
     grid.position = in.position();
     end = grid.position + head.dataSize + kBcfTrailerSize;
-    info.simTime = head.simTime;
-    info.frameTime = head.frameTime;
+    frame.take_head(head);
   }
+  info.simTime = frame.simTime;
+  info.frameTime = frame.frameTime;
+  info.box = frame.box();
   if (end != in.size())
     info.damage = "the file ends inside of a record";
   else if (info.grids.empty())
@@ -89,8 +92,6 @@ FrameFileInfo read_frame_file_info(const std::string& path, bool values) {
     }
     info.bytes = in.size();
     read_heads(info, in);
-    SimFrame frame;
-    if (frame.load(path)) info.box = frame.box();
     Field<float> scratch;
     for (GridInfo& grid : info.grids)
       if (values) read_values(grid, in, scratch);

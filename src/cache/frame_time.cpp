@@ -107,6 +107,11 @@ int FrameTime::frame() const {
   return static_cast<int>(std::clamp(number, lowest, highest));
 }
 
+double FrameTime::frames_per_second() const {
+  const double seconds = length.value();
+  return seconds > 0 ? length.den / length.num : 0;
+}
+
 FrameTime next_frame(const FrameTime& time) { return {time.time + time.length, time.length}; }
 
 }  // namespace nbx

@@ -33,6 +33,8 @@ struct FrameTime {
   /// floor(time / length), computed on the reduced fraction: -9/2 at length 1 is frame -5. Numbers
   /// beyond an int are clamped; NaN becomes 0.
   int frame() const;
+  /// 1 / length, or 0 for a length that isn't above 0.
+  double frames_per_second() const;
 };
 
 /// `time` advanced by one frame length.

@@ -36,16 +36,19 @@ bool SimFrame::load(const std::string& file) {
   BcfFile in;
   if (!in.openRead(file)) return false;
   for (GridHead head; in.readHead(head);) {
-    const int type = head.gridType;
-    Vec3i cells = head.dims;
-    for (int a = 0; a < 3; ++a) cells[a] = std::max(cells[a], 0);
-    grids[type] = {type, head.offset, cells, head.gridMatrix, {}};
-    file_index_[type] = {head, in.position()};
-    simTime = head.simTime;
-    frameTime = head.frameTime;
+    take_head(head);
+    file_index_[head.gridType] = {head, in.position()};
   }
   valid = !grids.empty();
   return valid;
+}
+
+void SimFrame::take_head(const GridHead& head) {
+  Vec3i cells = head.dims;
+  for (int a = 0; a < 3; ++a) cells[a] = std::max(cells[a], 0);
+  grids[head.gridType] = {head.gridType, head.offset, cells, head.gridMatrix, {}};
+  simTime = head.simTime;
+  frameTime = head.frameTime;
 }
 
 void SimFrame::clear() {

@@ -48,6 +48,9 @@ class SimFrame {
   Outcome write_loaded(std::uint64_t& size, BcfFile& out, const std::string& file, Codec codec,
                        Sync sync) const;
 
+  /// Takes the times of a record's head, and its grid without a field.
+  void take_head(const GridHead& head);
+
   /// Drops the grids and forgets the file.
   void clear();
 

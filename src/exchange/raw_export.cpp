@@ -5,7 +5,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include "cache/grid_type.h"
+#include "exchange/channel_values.h"
 #include "util/whole_file.h"
 
 namespace nbx {
@@ -30,8 +30,9 @@ void write_raw(const std::string& stem, SimFrame& frame) {
   const QString base = QString::fromStdString(stem);
   QJsonArray grids;
   for (const auto& [type, grid] : frame.grids) {
-    const FieldHandle field = frame.grid(type);
+    FieldHandle field = frame.grid(type);
     if (!field) throw Exception(frame.path + " can't be read");
+    if (type == kGridSolid) field = within_band(*field);
     const QString channel = QString::fromStdString(grid_type_name(type));
     const QString file = base + "." + channel + ".raw";
     write_file(file, reinterpret_cast<const char*>(field->data()), field->count() * sizeof(float));
@@ -40,12 +41,12 @@ void write_raw(const std::string& stem, SimFrame& frame) {
                              {"dims", array(field->dims().v)},
                              {"offset", array(grid.offset.v)},
                              {"staggered_axis", staggered_axis(type)},
+                             {"unit", value_unit(type, true)},
                              {"matrix", array(grid.gridMatrix)}});
   }
-  const QJsonObject description{
-      {"frame", frame.frameTime.frame()},
-      {"frames_per_second", frame.frameTime.length.den / frame.frameTime.length.num},
-      {"grids", grids}};
+  const QJsonObject description{{"frame", frame.frameTime.frame()},
+                                {"frames_per_second", frame.frameTime.frames_per_second()},
+                                {"grids", grids}};
   const QByteArray text = QJsonDocument(description).toJson();
   write_file(base + ".json", text.constData(), text.size());
 }

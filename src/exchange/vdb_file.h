@@ -1,14 +1,18 @@
 // Converts frames to OpenVDB files and back. Nothing else uses OpenVDB, and a build without OpenVDB
 // leaves this part out.
 //
-// A file holds one frame: scalar channels as fog volumes, velocity as one vector grid. The space of
-// file and grids is right-handed: the host's z is negated. Voxel (i, j, k) is domain cell (i, j,
+// A file contains one frame: scalar channels as fog volumes, velocity as one vector grid. The space
+// of file and grids is right-handed: the host's z is negated. Voxel (i, j, k) is domain cell (i, j,
 // k), so a sequence stays in place while the simulated region moves. The ghost layer isn't written,
-// and cells of exactly 0 are inactive. Metadata of file and grids: "frame" (int32),
-// "frames_per_second" (double), "simulation_time" and "simulation_frame" (fractions of seconds,
-// vec2d), "units" ("m" or "cm"), "box_lo" and "box_hi" (corners of the simulated region, vec3i).
+// and cells of exactly 0 are inactive. The channel solid isn't a fog volume, and its values are at
+// most kSolidBand (channel_values.h); cells with this value are inactive.
+//
+// Metadata of file and grids: "frame" (int32), "frames_per_second" (double), "simulation_time" and
+// "simulation_frame" (fractions of seconds, vec2d), "units" of lengths ("m" or "cm"), "box_lo" and
+// "box_hi" (corners of the simulated region, vec3i). Grids with a unit have "value_unit".
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
@@ -22,16 +26,17 @@ struct VdbOptions {
   bool z_up = false;       // the file's z axis points up; else y
   bool staggered = false;  // velocity on the faces below each voxel, along the grid's own axes;
                            // else at its center, along the axes of the world
-  bool half = false;       // 16 bits per number
+  bool half = false;       // 16 bits per number, at most 65504 in magnitude
   std::map<int, std::string> names;  // by grid type; velocity has the one of kGridVelocityX
 };
 
 /// False in a build without OpenVDB: the functions below then throw Exception.
 bool has_vdb();
 
-/// Writes the grids that have names. Throws Exception for a damaged grid and for a file that can't
-/// be written. A file that is already there stays until the new one is complete.
-void write_vdb(const std::string& path, SimFrame& frame, const VdbOptions& options);
+/// Writes the grids that have names. Returns the number of voxels whose values were limited because
+/// 16 bits can't hold them. Throws Exception for a damaged grid and for a file that can't be
+/// written. A file that is already there stays until the new one is complete.
+std::uint64_t write_vdb(const std::string& path, SimFrame& frame, const VdbOptions& options);
 
 /// What a VDB file holds besides the grids of the frame.
 struct VdbContent {

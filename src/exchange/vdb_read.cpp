@@ -59,7 +59,7 @@ vdb::CoordBBox box_of(const std::vector<Source>& sources) {
     if (source.staggered()) active.max().offset(-1);  // the far side's faces
     if (!active.empty()) box.expand(active);
   }
-  if (box.empty()) throw Exception("it holds nothing");
+  if (box.empty()) throw Exception("it contains no active voxels");
   constexpr int kMost = 1 << 30;  // its neighbors still fit an int
   for (int a = 0; a < 3; ++a)
     if (box.min()[a] < -kMost || box.max()[a] > kMost) throw Exception("its box is too large");
@@ -152,10 +152,12 @@ VdbContent read_vdb(SimFrame& frame, const std::string& path,
                     const std::map<std::string, int>& names, const VdbOptions& options) try {
   vdb::initialize();
   vdb::io::File file(path);
-  file.open();
+  file.open(false);  // reading at once survives damage that delayed loading doesn't
   VdbContent content;
   const std::vector<Source> sources = choose(*file.getGrids(), names, content);
-  if (sources.empty()) throw Exception("it holds no grid under a known name");
+  if (sources.empty())
+    throw Exception(
+        "it contains no grid with a known name; use --name CHANNEL=NAME to assign a channel");
   read_metadata(content, frame, *file.getMetadata());
   file.close();
 
@@ -163,7 +165,7 @@ VdbContent read_vdb(SimFrame& frame, const std::string& path,
   require_cubes(to_file);
   for (const Source& source : sources)
     if (!cell_to_file(source.base()).eq(to_file, 1e-6 * to_file.row(0).length()))
-      throw Exception("grid \"" + source.base().getName() + "\" lies on other voxels than \"" +
+      throw Exception("grid \"" + source.base().getName() + "\" uses other voxels than \"" +
                       sources.front().base().getName() + "\"");
   vdb::CoordBBox box = box_of(sources);
   box.expand(1);  // the ghost layer

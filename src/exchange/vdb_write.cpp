@@ -1,7 +1,11 @@
+#include <algorithm>
+#include <cmath>
+#include <type_traits>
+
 #include <openvdb/math/Maps.h>
 #include <openvdb/tools/Dense.h>
 
-#include "cache/grid_type.h"
+#include "exchange/channel_values.h"
 #include "exchange/vdb_space.h"
 #include "util/whole_file.h"
 
@@ -17,14 +21,20 @@ vdb::CoordBBox box_of(const Vec3i& offset, const Vec3i& dims) {
   return {to_coord(offset), to_coord(offset + dims - Vec3i(1, 1, 1))};
 }
 
-vdb::FloatGrid::Ptr fog(const FrameGrid& grid, Field<float>& field) {
-  auto result = vdb::FloatGrid::create(0);
-  result->setGridClass(vdb::GRID_FOG_VOLUME);
+/// Cells with the value `outside` are inactive.
+vdb::FloatGrid::Ptr scalars(const FrameGrid& grid, Field<float>& field, float outside) {
+  auto result = vdb::FloatGrid::create(outside);
   vdb::CoordBBox box = box_of(grid.offset, field.dims());
   const vdb::tools::Dense<float, kOrder> dense(box, field.data());
   vdb::tools::copyFromDense(dense, *result, 0.0f);
   box.expand(-1);  // without the ghost layer
   result->clip(box);
+  return result;
+}
+
+vdb::FloatGrid::Ptr fog(const FrameGrid& grid, Field<float>& field) {
+  auto result = scalars(grid, field, 0);
+  result->setGridClass(vdb::GRID_FOG_VOLUME);
   return result;
 }
 
@@ -94,14 +104,34 @@ vdb::Vec3SGrid::Ptr vectors(const Velocity& velocity, const vdb::Mat4d& cell_to_
   return result;
 }
 
-double frames_per_second(const SimFrame& frame) {
-  return frame.frameTime.length.den / frame.frameTime.length.num;
+/// Limits active values to what 16 bits can hold, so that none becomes infinite. Returns how many
+/// voxels had others.
+template <class Grid>
+std::uint64_t limit_to_half(Grid& grid) {
+  std::uint64_t count = 0;
+  for (auto it = grid.beginValueOn(); it; ++it) {
+    auto value = it.getValue();
+    bool changed = false;
+    const auto limit = [&](float& v) {
+      constexpr float kLargest = 65504;
+      changed = changed || std::abs(v) > kLargest;
+      v = std::clamp(v, -kLargest, kLargest);
+    };
+    if constexpr (std::is_same_v<decltype(value), float>)
+      limit(value);
+    else
+      for (int c = 0; c < 3; ++c) limit(value[c]);
+    if (!changed) continue;
+    it.setValue(value);
+    count += it.getVoxelCount();
+  }
+  return count;
 }
 
 vdb::MetaMap metadata(const SimFrame& frame, const VdbOptions& options) {
   vdb::MetaMap meta;
   meta.insertMeta("frame", vdb::Int32Metadata(frame.frameTime.frame()));
-  meta.insertMeta("frames_per_second", vdb::DoubleMetadata(frames_per_second(frame)));
+  meta.insertMeta("frames_per_second", vdb::DoubleMetadata(frame.frameTime.frames_per_second()));
   const auto fraction = [](const Fraction& f) { return vdb::Vec2DMetadata({f.num, f.den}); };
   meta.insertMeta("simulation_time", fraction(frame.simTime.time));
   meta.insertMeta("simulation_frame", fraction(frame.simTime.length));
@@ -112,7 +142,31 @@ vdb::MetaMap metadata(const SimFrame& frame, const VdbOptions& options) {
   return meta;
 }
 
-vdb::GridPtrVec convert(SimFrame& frame, const VdbOptions& options) {
+FieldHandle field_of(SimFrame& frame, int type) {
+  const FieldHandle field = frame.grid(type);
+  if (!field) throw Exception("it can't be read");
+  return field;
+}
+
+/// One channel of the frame. Null for a velocity without all its components.
+vdb::GridBase::Ptr convert(SimFrame& frame, int type, const vdb::Mat4d& cell_to_file,
+                           const VdbOptions& options, std::uint64_t& limited) {
+  const auto finish = [&](const auto& grid) -> vdb::GridBase::Ptr {
+    if (options.half) limited += limit_to_half(*grid);
+    return grid;
+  };
+  if (type == kGridVelocityX) {
+    Velocity velocity;
+    if (!find_velocity(velocity, frame)) return {};
+    return finish(vectors(velocity, cell_to_file, options));
+  }
+  const FieldHandle field = field_of(frame, type);
+  const FrameGrid& grid = frame.grids.at(type);
+  if (type == kGridSolid) return finish(scalars(grid, *within_band(*field), kSolidBand));
+  return finish(fog(grid, *field));
+}
+
+vdb::GridPtrVec convert(SimFrame& frame, const VdbOptions& options, std::uint64_t& limited) {
   vdb::GridPtrVec grids;
   const vdb::MetaMap meta = metadata(frame, options);
   for (const auto& [type, name] : options.names) {
@@ -120,14 +174,11 @@ vdb::GridPtrVec convert(SimFrame& frame, const VdbOptions& options) {
     if (found == frame.grids.end()) continue;
     const vdb::Mat4d cell_to_file =
         vdb::Mat4d(found->second.gridMatrix.data()).inverse() * world_to_file(options);
-    vdb::GridBase::Ptr grid;
-    Velocity velocity;
-    if (type != kGridVelocityX)
-      grid = fog(found->second, *frame.grid(type));
-    else if (find_velocity(velocity, frame))
-      grid = vectors(velocity, cell_to_file, options);
+    const vdb::GridBase::Ptr grid = convert(frame, type, cell_to_file, options, limited);
     if (!grid) continue;
     grid->insertMeta(meta);
+    if (const std::string unit = value_unit(type, options.meters); !unit.empty())
+      grid->insertMeta("value_unit", vdb::StringMetadata(unit));
     grid->setName(name);
     grid->setCreator("nimbrix");
     grid->setSaveFloatAsHalf(options.half);
@@ -140,11 +191,12 @@ vdb::GridPtrVec convert(SimFrame& frame, const VdbOptions& options) {
 
 }  // namespace
 
-void write_vdb(const std::string& path, SimFrame& frame, const VdbOptions& options) {
+std::uint64_t write_vdb(const std::string& path, SimFrame& frame, const VdbOptions& options) {
   vdb::initialize();
+  std::uint64_t limited = 0;
   WholeFile whole(path, Sync::kNone);
   try {
-    const vdb::GridPtrVec grids = convert(frame, options);
+    const vdb::GridPtrVec grids = convert(frame, options, limited);
     vdb::io::File file(whole.part());
     file.write(grids, metadata(frame, options));
     file.close();
@@ -152,6 +204,7 @@ void write_vdb(const std::string& path, SimFrame& frame, const VdbOptions& optio
     throw Exception(e.what());
   }
   if (const Outcome written = whole.commit(); !written) throw Exception(written.reason());
+  return limited;
 }
 
 }  // namespace nbx

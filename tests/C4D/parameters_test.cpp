@@ -291,9 +291,8 @@ TEST(Parameters, OfThePostEffectReachTheRenderer) {
       "", R"("post_effects": [{"type": "smoke", "parameters": {"adaptive": true}}], )");
   host::BaseVideoPost* effect = document->GetActiveVideoPost(kPostEffect);
   const auto read = [&](host::BaseList2D&) {
-    RenderVolumes volumes;
-    EXPECT_TRUE(prepare_all(volumes, nullptr, *document, *effect));
-    const VolumeRenderer& renderer = volumes.renderer;
+    VolumeRenderer renderer;
+    read_steps(renderer, *effect);
     Record r{{"adaptive", renderer.adaptive}};
     if (renderer.adaptive) r["adaptive_threshold"] = renderer.adaptiveThreshold;
     return r;

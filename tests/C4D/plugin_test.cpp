@@ -245,6 +245,52 @@ TEST_F(Plugin, VolumesKeepTheirFramesAtAnyRate) {
   }
 }
 
+// By the options: the channels that are exported, and how many warnings there are.
+TEST_F(Plugin, SolidsAreExportedOnDemand) {
+  const std::string made = folder_.file("made"), out = folder_.file("out");
+  fs::create_directory(made);
+  SimFrame stored;
+  const FieldHandle field = acquire_field({3, 3, 3});
+  for (const int type : {kGridDensity, kGridVelocityX, kGridSolid}) {
+    std::fill_n(field->data(), field->count(), type == kGridDensity ? 1e5f : 1e38f);
+    if (type == kGridSolid) (*field)(1, 1, 1) = 1;
+    stored.add(field, type, {}, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
+  }
+  ASSERT_TRUE(getCache(made)->write_through(stored));
+  const auto raw = [&](const char* option, const char* value) {
+    auto arguments = with({{"path", made}, {"output", out}, {"format", "raw"}, {option, value}});
+    EXPECT_EQ(run("export", arguments), host::kDone);
+    return test::read_file(out + "/made.0000.solid.raw");
+  };
+  EXPECT_EQ(raw("half", ""), "");
+  const float limited[27] = {3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 1,
+                             3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3};
+  EXPECT_EQ(raw("solid", ""), std::string(reinterpret_cast<const char*>(limited), sizeof limited));
+
+  using Channels = std::vector<std::string>;
+  const struct {
+    std::vector<std::pair<std::string, std::string>> options;
+    Channels channels;
+    std::size_t warnings;
+  } cases[] = {{{}, {"density"}, 1},
+               {{{"half", ""}, {"name", "velocity="}}, {"density"}, 1},
+               {{{"half", ""}, {"solid", ""}}, {"density", "solid"}, 2},
+               {{{"name", "solid=walls"}}, {"density", "walls"}, 1},
+               {{{"name", "density="}}, {}, 1}};
+  for (const auto& c : cases) {
+    auto arguments = with({{"path", made}, {"output", out}});
+    for (const auto& [name, value] : c.options) arguments.Add(name, value);
+    run("export", arguments);
+    if (context_->errors == Channels{"this build has no OpenVDB; use --format raw"}) GTEST_SKIP();
+    EXPECT_EQ(context_->errors, Channels{});
+    EXPECT_EQ(context_->warnings.size(), c.warnings);
+    EXPECT_EQ(run("info", with({{"path", out + "/made.0000.vdb"}})), host::kDone);
+    EXPECT_EQ(context_->all<std::string>("vdb_grid", "name"), c.channels);
+  }
+  std::ofstream(out + "/made.0000.vdb") << "no volume";
+  EXPECT_EQ(run("info", with({{"path", out + "/made.0000.vdb"}})), host::kBadInput);
+}
+
 // From frame 6 on the folder is gone, or can't be written, or files can't grow as on a full disk:
 // the log's neither, so that comes last.
 TEST_F(Plugin, RunsSurviveTheDisk) {

@@ -38,6 +38,9 @@ TEST(FrameTime, FrameNumber) {
       {-1e15, 1, 1, 25, kMin}, {kNaN, 1, 1, 25, 0},   {1, 1, 1, kInf, kMax}};
   for (const auto& [n, d, length, per, frame] : cases)
     EXPECT_EQ((FrameTime{{n, d}, {length, per}}.frame()), frame) << n;
+  const double rates[][3] = {{1001, 30000, 30000 / 1001.0}, {0, 1, 0}, {-1, 25, 0}, {1, 0, 0}};
+  for (const auto& [num, den, rate] : rates)
+    EXPECT_EQ((FrameTime{{}, {num, den}}.frames_per_second()), rate) << num;
 }
 
 // A clock of binary fractions would miss frames; this one hits every frame of four hours.

@@ -3,6 +3,7 @@
 
 #include "cache/grid_type.h"
 #include "exchange/vdb_file.h"
+#include "exchange/vdb_info.h"
 #include "support/support.h"
 
 namespace nbx {
@@ -111,6 +112,84 @@ TEST_F(Vdb, FramesComeBack) {
       }
 }
 
+// Cells far from solids get the end of the band, and 16 bits no infinity.
+TEST_F(Vdb, ValuesSuitOtherPrograms) {
+  constexpr float kFar = std::numeric_limits<float>::max();
+  Field<float>& density = *frame.grid(kGridDensity);
+  std::fill_n(density.data(), density.count(), 0.0f);
+  density(4, 2, 2) = kFar;
+  (*frame.grid(kGridVelocityY))(4, 2, 2) = -700;
+  const FieldHandle solid = acquire_field(kDims);
+  std::fill_n(solid->data(), solid->count(), kFar);
+  (*solid)(4, 2, 2) = -70000, (*solid)(5, 2, 2) = 2.5f;
+  frame.add(solid, kGridSolid, kOffset, kMatrix);
+  for (const bool half : {false, true}) {
+    const VdbOptions options{
+        .meters = false,
+        .staggered = true,
+        .half = half,
+        .names = {{kGridDensity, "smoke"}, {kGridVelocityX, "vel"}, {kGridSolid, "walls"}}};
+    EXPECT_EQ(write_vdb(path, frame, options), half ? 3u : 0u);
+    VdbFileInfo info = read_vdb_info(path);
+    EXPECT_EQ(info.metadata.at("frame"), "-3");
+    std::map<std::string, VdbGridInfo> grids;
+    for (const VdbGridInfo& grid : info.grids) grids[grid.name] = grid;
+    const VdbGridInfo &smoke = grids["smoke"], &vel = grids["vel"], &walls = grids["walls"];
+    EXPECT_EQ(smoke.values->max, half ? 65504 : kFar);
+    EXPECT_EQ(smoke.box.lo, Vec3i(3, 4, 5));
+    EXPECT_EQ(smoke.box.hi, Vec3i(3, 4, 5));
+    EXPECT_LT(length(smoke.low - Vec3d(1, 25, 39)) + length(smoke.high - Vec3d(3, 27, 41)), 1e-9);
+    EXPECT_EQ(smoke.metadata.count("frame"), 0u) << "the file has it";
+    EXPECT_NEAR(vel.values->max, half ? 65504 : 70000, 5);
+    EXPECT_EQ(vel.metadata.at("value_unit"), "cm/s");
+    EXPECT_EQ(vel.half, half);
+    EXPECT_EQ(walls.active, 2u);
+    EXPECT_EQ(walls.values->min, half ? -65504 : -70000);
+    EXPECT_EQ(walls.values->max, 2.5f);
+    EXPECT_EQ(walls.metadata.at("value_unit"), "squared voxels");
+    EXPECT_NE(walls.grid_class, smoke.grid_class);
+  }
+  SimFrame back;
+  read_vdb(back, path, {{"walls", kGridSolid}}, {.meters = false, .names = {}});
+  EXPECT_EQ((*back.grid(kGridSolid))(2, 2, 2), 3) << "not inside of a solid";
+}
+
+TEST_F(Vdb, FilesOfAnyOriginAreDescribed) {
+  const auto mask = openvdb::BoolGrid::create();
+  mask->setName("mask");
+  mask->tree().setValue({1, 2, 3}, true);
+  const auto ages = openvdb::Int32Grid::create(5);
+  ages->setName("age");
+  ages->fill(openvdb::CoordBBox({0, 0, 0}, {7, 7, 7}), 4);  // a tile
+  ages->tree().setValue({-1, 0, 0}, 517);
+  ages->transform().postScale(openvdb::Vec3d(1, 1, 2));
+  const auto heat = openvdb::FloatGrid::create();
+  heat->setName("heat");
+  const auto blank = heat->deepCopy();
+  heat->tree().setValue({0, 0, 0}, 7);
+  heat->tree().setValue({1, 0, 0}, std::numeric_limits<float>::quiet_NaN());
+  openvdb::io::File(path).write(openvdb::GridPtrVec{mask, ages, heat});
+  std::map<std::string, VdbGridInfo> grids;
+  for (const VdbGridInfo& grid : read_vdb_info(path).grids) grids[grid.name] = grid;
+  EXPECT_EQ(grids["mask"].type, "bool");
+  EXPECT_EQ(grids["mask"].active, 1u);
+  EXPECT_FALSE(grids["mask"].values);
+  EXPECT_EQ(grids["age"].active, 513u);
+  EXPECT_EQ(grids["age"].values->mean, 5) << "voxels count, not tiles";
+  EXPECT_EQ(grids["age"].voxel, Vec3d(1, 1, 2));
+  EXPECT_EQ(grids["heat"].values->nans, 1u);
+  EXPECT_EQ(grids["heat"].values->mean, 7);
+
+  const std::string whole = test::read_file(path);
+  for (std::size_t size = 0; size < whole.size(); size += whole.size() / 40) {
+    std::ofstream(path, std::ios::binary) << whole.substr(0, size);
+    EXPECT_THROW(read_vdb_info(path), std::exception) << size;
+  }
+  openvdb::io::File(path).write(openvdb::GridPtrVec{blank});
+  EXPECT_TRUE(read_vdb_info(path).grids.at(0).box.empty());
+  EXPECT_FALSE(read_vdb_info(path).grids.at(0).values);
+}
+
 TEST_F(Vdb, WhatIsNoFrameIsRefused) {
   const auto refusal = [&]() -> std::string {
     try {
@@ -128,7 +207,7 @@ TEST_F(Vdb, WhatIsNoFrameIsRefused) {
   const auto rewrite = [&] { openvdb::io::File(path).write(grids); };
   grids[1]->setTransform(openvdb::math::Transform::createLinearTransform(0.5));
   rewrite();
-  EXPECT_EQ(refusal(), "grid \"vel\" lies on other voxels than \"smoke\"");
+  EXPECT_EQ(refusal(), "grid \"vel\" uses other voxels than \"smoke\"");
   for (const auto& grid : grids) grid->transform().postScale(openvdb::Vec3d(1, 1, 2));
   rewrite();
   EXPECT_EQ(refusal(), "its voxels aren't right-handed cubes");
@@ -139,7 +218,8 @@ TEST_F(Vdb, WhatIsNoFrameIsRefused) {
   EXPECT_EQ(refusal(), "its box is too large");
   grids[0]->setName("other");
   rewrite();
-  EXPECT_EQ(refusal(), "it holds no grid under a known name");
+  EXPECT_EQ(refusal(),
+            "it contains no grid with a known name; use --name CHANNEL=NAME to assign a channel");
 
   write_vdb(path, frame, {.names = kNames});
   EXPECT_THROW(write_vdb(folder.file("no/such/folder.vdb"), frame, {.names = kNames}), Exception);
