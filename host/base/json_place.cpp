@@ -28,9 +28,7 @@ std::string Reason(const std::string& message) {
   return at == std::string::npos ? message : message.substr(at);
 }
 
-}  // namespace
-
-Json ParseJson(const std::string& text) {
+Json Parse(const std::string& text, bool with_comments) {
   std::vector<std::set<std::string>> open;  // keys of each object that is being read
   const auto check = [&open](int depth, Json::parse_event_t event, Json& value) {
     if (depth > kDeepestNesting) throw DocumentError("the text is nested too deeply");
@@ -41,7 +39,7 @@ Json ParseJson(const std::string& text) {
     return true;
   };
   try {
-    return Json::parse(text, check);
+    return Json::parse(text, check, true, with_comments);
   } catch (const Json::parse_error& error) {
     // The parser reports the byte after the one that caused the error.
     const std::size_t byte = error.byte > 0 ? error.byte - 1 : 0;
@@ -50,6 +48,11 @@ Json ParseJson(const std::string& text) {
     throw DocumentError("a number in the text is too large");
   }
 }
+
+}  // namespace
+
+Json ParseJson(const std::string& text) { return Parse(text, false); }
+Json ParseCommentedJson(const std::string& text) { return Parse(text, true); }
 
 void JsonPlace::Fail(const std::string& what) const { throw DocumentError(place_, what); }
 

@@ -18,6 +18,8 @@ using Json = nlohmann::ordered_json;
 /// Parses a JSON text. Throws DocumentError for broken text ("3:17: ...", with line and column) and
 /// for duplicate keys in an object.
 Json ParseJson(const std::string& text);
+/// The same for a text that may contain comments, which it skips.
+Json ParseCommentedJson(const std::string& text);
 
 /// Read access throws DocumentError if the value has the wrong type: "fps: expected a whole number,
 /// found \"fast\"".

@@ -5,11 +5,13 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <set>
 #include <system_error>
 #include <utility>
 
 #include "host/base/document_error.h"
+#include "host/base/json_comments.h"
 #include "host/base/json_place.h"
 #include "host/base/nearest_name.h"
 #include "host/format/keyframe_text.h"
@@ -26,7 +28,8 @@ class DocumentReader {
  public:
   explicit DocumentReader(const SceneClasses& classes) : classes_(classes) {}
 
-  std::unique_ptr<Document> Read(const JsonPlace& json, const std::string& folder) {
+  std::unique_ptr<Document> Read(const JsonPlace& json, const std::string& folder,
+                                 std::vector<JsonComment> comments) {
     document_->folder = folder;
     json.ExpectKeys({"fps", "start", "end", "preview_start", "preview_end", "render", "materials",
                      "textures", "post_effects", "objects"});
@@ -43,6 +46,7 @@ class DocumentReader {
       ReadParameters(*element, place);
       if (place.Has("keyframes")) ReadKeyframes(*element, place.At("keyframes"), *document_);
     }
+    if (!comments.empty()) KeepComments(std::move(comments));
     return std::move(document_);
   }
 
@@ -189,6 +193,27 @@ class DocumentReader {
     check(object.scale_track.has_value(), "scale");
   }
 
+  /// Gives each comment to the innermost element around it.
+  void KeepComments(std::vector<JsonComment> comments) {
+    std::map<std::string, ElementState*> owners;
+    for (const auto& [object, place] : objects_) owners[PathOf(place)] = &object->State();
+    for (const auto& [element, place] : elements_) owners[PathOf(place)] = element;
+    for (JsonComment& comment : comments) {
+      std::string path = comment.path;
+      while (!path.empty() && owners.count(path) == 0) path.erase(path.rfind('/'));
+      comment.path.erase(0, path.size());
+      (path.empty() ? document_->comments : owners[path]->comments).push_back(std::move(comment));
+    }
+  }
+
+  /// "/objects/2/tags/0" for the element at objects[2].tags[0].
+  static std::string PathOf(const JsonPlace& element) {
+    std::string path = "/";
+    for (const char c : element.Place())
+      if (c != ']') path += c == '[' || c == '.' ? '/' : c;
+    return path;
+  }
+
   const SceneClasses& classes_;
   std::unique_ptr<Document> document_ = std::make_unique<Document>();
   std::vector<std::pair<SceneObject*, JsonPlace>> objects_;
@@ -206,8 +231,8 @@ std::string ReadFile(const std::string& path) {
 
 std::unique_ptr<Document> ReadDocument(const std::string& text, const std::string& folder,
                                        const SceneClasses& classes) {
-  const Json json = ParseJson(text);
-  return DocumentReader(classes).Read({json, ""}, folder);
+  const Json json = ParseCommentedJson(text);
+  return DocumentReader(classes).Read({json, ""}, folder, FindComments(text));
 }
 
 std::unique_ptr<Document> ReadDocumentFile(const std::string& path, const SceneClasses& classes) {
