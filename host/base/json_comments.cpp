@@ -133,8 +133,8 @@ class CommentFinder {
 
   void Add(const Pending& comment, Place place, std::size_t depth) {
     JsonComment added{Path(depth), place, Text(comment)};
-    const bool trails = place == Place::After || place == Place::Open;
-    if (trails && depth > 0 && HasNewline(comment.begin, comment.end)) added.place = Place::Before;
+    const bool trails = place == Place::Open || (place == Place::After && depth > 0);
+    if (trails && HasNewline(comment.begin, comment.end)) added.place = Place::Before;
     found_.push_back(std::move(added));
   }
 

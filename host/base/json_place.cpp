@@ -66,11 +66,15 @@ void JsonPlace::ExpectObject() const {
   if (!value_->is_object()) Expected("an object {...}");
 }
 
-void JsonPlace::ExpectKeys(const std::vector<std::string>& allowed, std::string_view what) const {
+void JsonPlace::ExpectKeys(const std::vector<std::string>& allowed, std::string_view what,
+                           const std::function<std::string(const std::string& key)>& hint) const {
   ExpectObject();
-  for (const auto& [key, value] : value_->items())
-    if (std::find(allowed.begin(), allowed.end(), key) == allowed.end())
-      Fail("unknown " + std::string(what) + " " + Quoted(key) + DidYouMean(key, allowed));
+  for (const auto& [key, value] : value_->items()) {
+    if (std::find(allowed.begin(), allowed.end(), key) != allowed.end()) continue;
+    const std::string end = hint ? hint(key) : "";
+    Fail("unknown " + std::string(what) + " " + Quoted(key) +
+         (end.empty() ? DidYouMean(key, allowed) : end));
+  }
 }
 
 JsonPlace JsonPlace::At(const std::string& key) const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
@@ -32,8 +33,9 @@ class JsonPlace {
   [[noreturn]] void Fail(const std::string& what) const;
 
   /// Fails unless the value is an object whose keys are all allowed. The message names the first
-  /// other key and the nearest allowed one.
-  void ExpectKeys(const std::vector<std::string>& allowed, std::string_view what = "key") const;
+  /// other key, and ends with what `hint` says about it, or else with the nearest allowed one.
+  void ExpectKeys(const std::vector<std::string>& allowed, std::string_view what = "key",
+                  const std::function<std::string(const std::string& key)>& hint = {}) const;
   bool Has(const char* key) const { return value_->contains(key); }
   JsonPlace At(const std::string& key) const;  ///< the key must exist
   void ExpectObject() const;

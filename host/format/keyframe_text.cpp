@@ -4,6 +4,7 @@
 
 #include "host/base/nearest_name.h"
 #include "host/format/parameter_value.h"
+#include "host/format/scene_hints.h"
 
 namespace host {
 namespace {
@@ -49,6 +50,13 @@ Json WriteTrack(const Track& track, WriteKeyValue write) {
   return {{"interpolation", "smooth"}, {"keys", keys}};
 }
 
+void ExpectTracks(const JsonPlace& json, const std::vector<std::string>& names,
+                  const ElementState& element, bool is_object) {
+  json.ExpectKeys(names, "track", [&](const std::string& key) {
+    return TrackHint(key, element.type->description, is_object);
+  });
+}
+
 std::vector<std::string> TrackNames(const ElementState& element) {
   std::vector<std::string> names;
   for (const ParameterInfo& info : element.type->description.parameters)
@@ -89,7 +97,7 @@ Json WriteParameterTracks(const ElementState& element, const Document& document)
 void ReadKeyframes(SceneObject& object, const JsonPlace& json, Document& document) {
   std::vector<std::string> names = TrackNames(object.State());
   names.insert(names.end(), {"position", "rotation", "scale"});
-  json.ExpectKeys(names, "track");
+  ExpectTracks(json, names, object.State(), true);
   const auto vector = [](const JsonPlace& at) { return at.VectorValue(); };
   if (json.Has("position")) object.position_track = ReadTrack(json.At("position"), vector);
   if (json.Has("rotation")) object.rotation_track = ReadTrack(json.At("rotation"), vector);
@@ -98,7 +106,7 @@ void ReadKeyframes(SceneObject& object, const JsonPlace& json, Document& documen
 }
 
 void ReadKeyframes(ElementState& element, const JsonPlace& json, Document& document) {
-  json.ExpectKeys(TrackNames(element), "track");
+  ExpectTracks(json, TrackNames(element), element, false);
   ReadParameterTracks(element, json, document);
 }
 
