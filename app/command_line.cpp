@@ -137,7 +137,10 @@ void RefuseExtras(const CLI::App& line, const std::deque<Slot>& slots) {
     if (word.size() > 1 && word[0] == '-')
       throw UsageError("unknown option " + host::Quoted(name) + OptionHint(name, known));
   }
-  if (!extras.empty()) throw UsageError("unexpected argument " + host::Quoted(extras.front()));
+  if (extras.empty()) return;
+  const char* const cure =
+      extras.front() == "=" ? "; write OBJECT.parameter=VALUE without spaces" : "";
+  throw UsageError("unexpected argument " + host::Quoted(extras.front()) + cure);
 }
 
 void TakeSlot(const Slot& slot, host::CommandArguments& arguments) {
@@ -178,6 +181,9 @@ ParsedLine ParseLine(const host::CommandInfo& command, const std::vector<std::st
   } catch (const CLI::CallForVersion&) {
     parsed.text_to_print = VersionText() + "\n";
     return parsed;
+  } catch (const CLI::ArgumentMismatch& error) {
+    const std::string message = error.what();
+    throw UsageError(message.substr(0, message.find(':')) + " needs a value");
   } catch (const CLI::ParseError& error) {
     // If an argument is missing, an unknown option is the most likely reason.
     RefuseExtras(line, slots);

@@ -29,7 +29,7 @@ Track ReadTrack(const JsonPlace& json, ReadKeyValue read) {
   if (keys.Size() == 0) keys.Fail("expected at least one key [frame, value]");
   for (std::size_t i = 0; i < keys.Size(); ++i) {
     const JsonPlace key = keys.At(i);
-    key.ExpectLength(2, 2);
+    if (!key.Value().is_array() || key.Size() != 2) key.Fail("expected a key [frame, value]");
     const double frame = key.At(std::size_t{0}).Number();
     if (i > 0 && frame <= track.keys.back().frame) key.Fail("the frames of keys must ascend");
     track.keys.push_back({frame, read(key.At(1))});

@@ -158,7 +158,7 @@ const std::vector<HintScope>& AllSceneHints() {
         {"texture map colormap", R"(the name of a texture goes into "color_texture")"}}},
       {"--set",
        {{"position rotation scale enabled visible visibleinrender name",
-         "--set sets parameters; this one is a key, change it in the scene"}}},
+         "it isn't a parameter; change it in the scene"}}},
       {"sphere", {{"size diameter", R"(write "radius")"}}},
       {"cube", {{"width height depth edge side", R"(write "size": [x, y, z])"}}},
       {"plane", {{"size length", R"(write "width" and "depth")"}}},
