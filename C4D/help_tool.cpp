@@ -26,11 +26,16 @@ std::string documentation_folder() {
   return {};
 }
 
+/// Without the comments, which are for scripts/examples.
 std::vector<QByteArray> lines_of(const std::string& path) {
   QFile file(QString::fromStdString(path));
   std::vector<QByteArray> lines;
   if (file.open(QFile::ReadOnly))
-    while (!file.atEnd()) lines.push_back(file.readLine().trimmed());
+    while (!file.atEnd()) {
+      QByteArray line = file.readLine();
+      while (line.endsWith('\n') || line.endsWith('\r')) line.chop(1);
+      if (!line.startsWith("<!--")) lines.push_back(line);
+    }
   return lines;
 }
 

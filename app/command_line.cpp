@@ -5,6 +5,7 @@
 #include <deque>
 
 #include "app/option_check.h"
+#include "app/synonyms.h"
 #include "host/base/nearest_name.h"
 #include "host/program/frame_range.h"
 
@@ -129,15 +130,17 @@ std::vector<std::string> TakeBare(const std::vector<std::string>& words, std::de
 /// Rejects words that match no option or argument.
 void RefuseExtras(const CLI::App& line, const std::deque<Slot>& slots) {
   std::vector<std::string> known = {"--help", "--version"};
-  for (const Slot& slot : slots)
-    if (!slot.info.positional) known.push_back(Shown(slot.info));
+  for (const Slot& slot : slots) known.push_back(Shown(slot.info));
   const std::vector<std::string> extras = line.remaining();
   for (const std::string& word : extras) {
     const std::string name = word.substr(0, word.find('='));
     if (word.size() > 1 && word[0] == '-')
-      throw UsageError("unknown option " + host::Quoted(name) + host::DidYouMean(name, known));
+      throw UsageError("unknown option " + host::Quoted(name) + OptionHint(name, known));
   }
-  if (!extras.empty()) throw UsageError("unexpected argument " + host::Quoted(extras.front()));
+  if (extras.empty()) return;
+  const char* const cure =
+      extras.front() == "=" ? "; write OBJECT.parameter=VALUE without spaces" : "";
+  throw UsageError("unexpected argument " + host::Quoted(extras.front()) + cure);
 }
 
 void TakeSlot(const Slot& slot, host::CommandArguments& arguments) {
@@ -178,6 +181,9 @@ ParsedLine ParseLine(const host::CommandInfo& command, const std::vector<std::st
   } catch (const CLI::CallForVersion&) {
     parsed.text_to_print = VersionText() + "\n";
     return parsed;
+  } catch (const CLI::ArgumentMismatch& error) {
+    const std::string message = error.what();
+    throw UsageError(message.substr(0, message.find(':')) + " needs a value");
   } catch (const CLI::ParseError& error) {
     // If an argument is missing, an unknown option is the most likely reason.
     RefuseExtras(line, slots);

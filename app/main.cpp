@@ -9,6 +9,7 @@
 
 #include "app/command_line.h"
 #include "app/plugin_path.h"
+#include "app/synonyms.h"
 #include "app/thread_waiting.h"
 #include "host/base/nearest_name.h"
 #include "host/plugin_module.h"
@@ -42,7 +43,7 @@ const host::SmallHost::Command& FindCommand(const host::SmallHost& small_host,
     if (command.info.verb == verb) return command;
     verbs.push_back(command.info.verb);
   }
-  throw app::UsageError("unknown command " + host::Quoted(verb) + host::DidYouMean(verb, verbs));
+  throw app::UsageError("unknown command " + host::Quoted(verb) + app::CommandHint(verb, verbs));
 }
 
 int RunCommand(host::SmallHost& small_host, const std::vector<std::string>& words,
@@ -82,6 +83,13 @@ int Run(const std::vector<std::string>& words, host::Terminal& terminal) {
     std::fputs(HelpText(small_host).c_str(), stdout);
     return host::kDone;
   }
+  // "help simulate" is "simulate --help".
+  const auto is_topic = [&words](const host::SmallHost::Command& command) {
+    return command.info.verb == words[1];
+  };
+  if (words.size() == 2 && words[0] == "help" &&
+      std::ranges::any_of(small_host.Commands(), is_topic))
+    return RunCommand(small_host, {words[1], "--help"}, terminal);
   return RunCommand(small_host, words, terminal);
 }
 

@@ -14,7 +14,11 @@ namespace host {
 
 SmallHost::SmallHost() {
   AddCommand(std::make_unique<DescribeCommand>(classes_));
-  AddCommand(std::make_unique<HelpCommand>(classes_));
+  AddCommand(std::make_unique<HelpCommand>(classes_, [this] {
+    std::vector<std::string> verbs;
+    for (const Command& command : commands_) verbs.push_back(command.info.verb);
+    return verbs;
+  }));
 }
 
 bool SmallHost::Registered(const std::string& name, const std::string& wrong) {

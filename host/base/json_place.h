@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
@@ -18,6 +19,8 @@ using Json = nlohmann::ordered_json;
 /// Parses a JSON text. Throws DocumentError for broken text ("3:17: ...", with line and column) and
 /// for duplicate keys in an object.
 Json ParseJson(const std::string& text);
+/// The same for a text that may contain comments, which it skips.
+Json ParseCommentedJson(const std::string& text);
 
 /// Read access throws DocumentError if the value has the wrong type: "fps: expected a whole number,
 /// found \"fast\"".
@@ -30,8 +33,9 @@ class JsonPlace {
   [[noreturn]] void Fail(const std::string& what) const;
 
   /// Fails unless the value is an object whose keys are all allowed. The message names the first
-  /// other key and the nearest allowed one.
-  void ExpectKeys(const std::vector<std::string>& allowed, std::string_view what = "key") const;
+  /// other key, and ends with what `hint` says about it, or else with the nearest allowed one.
+  void ExpectKeys(const std::vector<std::string>& allowed, std::string_view what = "key",
+                  const std::function<std::string(const std::string& key)>& hint = {}) const;
   bool Has(const char* key) const { return value_->contains(key); }
   JsonPlace At(const std::string& key) const;  ///< the key must exist
   void ExpectObject() const;

@@ -27,20 +27,40 @@ std::size_t EditDistance(const std::string& a, const std::string& b) {
   return d[a.size()][b.size()];
 }
 
+std::string LowerCase(std::string text) {
+  for (char& c : text)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return text;
+}
+
 }  // namespace
 
 std::string Quoted(const std::string& text) {
   return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
-std::string DidYouMean(const std::string& name, const std::vector<std::string>& candidates) {
+std::string_view FindHint(const std::string& word, Hints hints) {
+  std::string key = LowerCase(word);
+  std::erase_if(key, [](char c) { return c == '_' || c == '-' || c == ' '; });
+  if (key.empty()) return {};
+  for (const Hint& hint : hints)
+    if ((" " + std::string(hint.words) + " ").find(" " + key + " ") != std::string::npos)
+      return hint.text;
+  return {};
+}
+
+std::string DidYouMean(const std::string& name, const std::vector<std::string>& candidates,
+                       Hints hints) {
   // A name this long is not a typing mistake, and the table would be large.
   if (name.size() > 100) return {};
+  if (const std::string_view hint = FindHint(name, hints); !hint.empty())
+    return "; " + std::string(hint);
+  const std::string typed = LowerCase(name);
   std::size_t best = std::max<std::size_t>(name.size() / 3, 1) + 1;
   const std::string* nearest = nullptr;
   for (const std::string& candidate : candidates) {
     if (candidate.size() >= name.size() + best) continue;
-    const std::size_t distance = EditDistance(name, candidate);
+    const std::size_t distance = EditDistance(typed, LowerCase(candidate));
     if (distance >= best) continue;
     best = distance;
     nearest = &candidate;

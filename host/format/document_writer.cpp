@@ -31,7 +31,7 @@ class DocumentWriter {
       textures.push_back(WriteBody(shader->State(), WriteHead(shader->State())));
     Json effects = Json::array();
     for (const auto& effect : d.VideoPosts()) {
-      Json body = WriteBody(effect->State(), WriteHead(effect->State()));
+      Json body = WriteEffect(*effect);
       if (body.size() > 1) effects.push_back(std::move(body));  // more than the type
     }
     AddIfFilled(json, "materials", std::move(materials));
@@ -39,6 +39,22 @@ class DocumentWriter {
     AddIfFilled(json, "post_effects", std::move(effects));
     json["objects"] = WriteRow(d.Objects());
     return json;
+  }
+
+  /// All comments, with the paths that their values have in the text of Write.
+  std::vector<JsonComment> Comments() const {
+    std::vector<JsonComment> all = document_.comments;
+    AddComments(document_.GetActiveRenderData().State(), "/render", all);
+    AddRow(document_.Materials(), "/materials", all);
+    AddRow(document_.Shaders(), "/textures", all);
+    std::size_t index = 0;
+    for (const auto& effect : document_.VideoPosts()) {
+      const bool is_written = WriteEffect(*effect).size() > 1;
+      AddComments(effect->State(),
+                  "/post_effects/" + (is_written ? std::to_string(index++) : "none"), all);
+    }
+    AddObjects(document_.Objects(), "/objects", all);
+    return all;
   }
 
  private:
@@ -79,6 +95,32 @@ class DocumentWriter {
     AddIfFilled(json, "tags", std::move(tags));
     AddIfFilled(json, "children", WriteRow(object.Children()));
     return json;
+  }
+
+  Json WriteEffect(const SceneVideoPost& effect) const {
+    return WriteBody(effect.State(), WriteHead(effect.State()));
+  }
+
+  static void AddComments(const ElementState& element, const std::string& path,
+                          std::vector<JsonComment>& all) {
+    for (const JsonComment& comment : element.comments)
+      all.push_back({path + comment.path, comment.place, comment.text});
+  }
+
+  template <class Row>
+  static void AddRow(const Row& row, const std::string& path, std::vector<JsonComment>& all) {
+    for (std::size_t i = 0; i < row.size(); ++i)
+      AddComments(row[i]->State(), path + "/" + std::to_string(i), all);
+  }
+
+  static void AddObjects(const std::vector<std::unique_ptr<SceneObject>>& row,
+                         const std::string& path, std::vector<JsonComment>& all) {
+    AddRow(row, path, all);
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      const std::string place = path + "/" + std::to_string(i);
+      AddRow(row[i]->Tags(), place + "/tags", all);
+      AddObjects(row[i]->Children(), place + "/children", all);
+    }
   }
 
   static void AddIfFilled(Json& json, const char* key, Json value) {
@@ -139,9 +181,11 @@ std::string OneLine(const Json& json) {
 }  // namespace
 
 std::string WriteDocument(const Document& document, const std::string& folder) {
-  const Json json = DocumentWriter(document, folder != document.folder).Write();
+  const DocumentWriter writer(document, folder != document.folder);
+  const Json json = writer.Write();
   try {
-    return JsonText(json, 2, [](const Json& value, std::size_t) { return OneLine(value); }) + "\n";
+    const auto one_line = [](const Json& value, std::size_t) { return OneLine(value); };
+    return JsonText(json, 2, one_line, writer.Comments()) + "\n";
   } catch (const Json::exception&) {
     throw DocumentError("a name or a text of the scene isn't UTF-8");
   }

@@ -4,6 +4,7 @@
 
 #include "host/base/nearest_name.h"
 #include "host/format/parameter_value.h"
+#include "host/format/scene_hints.h"
 
 namespace host {
 namespace {
@@ -28,7 +29,7 @@ Track ReadTrack(const JsonPlace& json, ReadKeyValue read) {
   if (keys.Size() == 0) keys.Fail("expected at least one key [frame, value]");
   for (std::size_t i = 0; i < keys.Size(); ++i) {
     const JsonPlace key = keys.At(i);
-    key.ExpectLength(2, 2);
+    if (!key.Value().is_array() || key.Size() != 2) key.Fail("expected a key [frame, value]");
     const double frame = key.At(std::size_t{0}).Number();
     if (i > 0 && frame <= track.keys.back().frame) key.Fail("the frames of keys must ascend");
     track.keys.push_back({frame, read(key.At(1))});
@@ -47,6 +48,13 @@ Json WriteTrack(const Track& track, WriteKeyValue write) {
   }
   if (track.interpolation == Interpolation::Linear) return keys;
   return {{"interpolation", "smooth"}, {"keys", keys}};
+}
+
+void ExpectTracks(const JsonPlace& json, const std::vector<std::string>& names,
+                  const ElementState& element, bool is_object) {
+  json.ExpectKeys(names, "track", [&](const std::string& key) {
+    return TrackHint(key, element.type->description, is_object);
+  });
 }
 
 std::vector<std::string> TrackNames(const ElementState& element) {
@@ -89,7 +97,7 @@ Json WriteParameterTracks(const ElementState& element, const Document& document)
 void ReadKeyframes(SceneObject& object, const JsonPlace& json, Document& document) {
   std::vector<std::string> names = TrackNames(object.State());
   names.insert(names.end(), {"position", "rotation", "scale"});
-  json.ExpectKeys(names, "track");
+  ExpectTracks(json, names, object.State(), true);
   const auto vector = [](const JsonPlace& at) { return at.VectorValue(); };
   if (json.Has("position")) object.position_track = ReadTrack(json.At("position"), vector);
   if (json.Has("rotation")) object.rotation_track = ReadTrack(json.At("rotation"), vector);
@@ -98,7 +106,7 @@ void ReadKeyframes(SceneObject& object, const JsonPlace& json, Document& documen
 }
 
 void ReadKeyframes(ElementState& element, const JsonPlace& json, Document& document) {
-  json.ExpectKeys(TrackNames(element), "track");
+  ExpectTracks(json, TrackNames(element), element, false);
   ReadParameterTracks(element, json, document);
 }
 

@@ -6,6 +6,7 @@
 #include "host/base/json_place.h"
 #include "host/base/nearest_name.h"
 #include "host/format/parameter_value.h"
+#include "host/format/scene_hints.h"
 
 namespace host {
 namespace {
@@ -19,8 +20,12 @@ Setting Split(const std::string& text, const std::string& place) {
   // Names of objects may contain dots, names of parameters don't.
   const std::size_t point =
       equals == std::string::npos ? equals : text.substr(0, equals).rfind('.');
-  if (point == std::string::npos || point == 0 || point + 1 == equals)
-    throw DocumentError(place, "expected OBJECT.parameter=VALUE");
+  if (point == std::string::npos || point == 0 || point + 1 == equals) {
+    // The name alone is meant for everything that has the parameter.
+    const bool has_name = point == std::string::npos && equals != point && equals > 0;
+    throw DocumentError(place, "expected OBJECT.parameter=VALUE" +
+                                   (has_name ? ", such as '*." + text + "'" : std::string()));
+  }
   return {text.substr(0, point), text.substr(point + 1, equals - point - 1),
           text.substr(equals + 1)};
 }
@@ -100,6 +105,16 @@ std::vector<std::string> ParameterNames(const std::vector<Settable>& elements) {
   return names;
 }
 
+/// The hints of the first element that has one for the name.
+Hints HintsFor(const std::string& name, const std::vector<Settable>& elements) {
+  for (const Settable& settable : elements)
+    for (const ElementState* element : settable) {
+      const Hints hints = SceneHints(element->type->description.name);
+      if (!FindHint(name, hints).empty()) return hints;
+    }
+  return SceneHints("--set");
+}
+
 void ApplyOne(Document& document, const std::string& text) {
   const std::string place = "--set " + text;
   const Setting setting = Split(text, place);
@@ -117,7 +132,8 @@ void ApplyOne(Document& document, const std::string& text) {
     found = Apply(settable, setting, place, document) || found;
   if (!found)
     throw DocumentError(place, "unknown parameter " + Quoted(setting.parameter) +
-                                   DidYouMean(setting.parameter, ParameterNames(elements)));
+                                   DidYouMean(setting.parameter, ParameterNames(elements),
+                                              HintsFor(setting.parameter, elements)));
 }
 
 }  // namespace

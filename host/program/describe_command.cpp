@@ -6,6 +6,7 @@
 #include "host/base/json_place.h"
 #include "host/base/nearest_name.h"
 #include "host/format/parameter_value.h"
+#include "host/format/scene_hints.h"
 #include "host/format/scene_schema.h"
 
 namespace host {
@@ -61,34 +62,76 @@ std::string BoundsText(const ParameterInfo& info) {
   return text.str();
 }
 
-void Describe(const ElementClass& type, const char* kind, CommandContext& context) {
+void Describe(const ElementClass& type, const ParameterInfo& info, CommandContext& context) {
+  const std::string bounds = BoundsText(info), default_text = DefaultText(info);
+  context.Result("  " + info.Name() + ": " + TypeText(info) +
+                 (info.unit.empty() ? "" : ", " + info.unit) + bounds + ", default " +
+                 default_text + (info.animatable ? "" : ", no keyframes") +
+                 (info.stored ? "" : ", shown only"));
+  if (!info.help.empty()) context.Result("      " + info.help);
+  context.Event("parameter", {{"type", type.description.name},
+                              {"name", info.Name()},
+                              {"values", TypeText(info)},
+                              {"unit", info.unit},
+                              {"minimum", info.minimum},
+                              {"maximum", info.maximum},
+                              {"default", default_text},
+                              {"animatable", info.animatable},
+                              {"help", info.help}});
+}
+
+void DescribeHead(const ElementClass& type, const char* kind, CommandContext& context) {
   const ClassDescription& description = type.description;
   context.Result(std::string(kind) + " \"" + description.name + "\": " + description.help);
   context.Event("type", {{"kind", kind}, {"name", description.name}, {"help", description.help}});
-  for (const ParameterInfo& info : description.parameters) {
-    if (!info.listed) continue;
-    const std::string bounds = BoundsText(info), default_text = DefaultText(info);
-    context.Result("  " + info.Name() + ": " + TypeText(info) +
-                   (info.unit.empty() ? "" : ", " + info.unit) + bounds + ", default " +
-                   default_text + (info.animatable ? "" : ", no keyframes") +
-                   (info.stored ? "" : ", shown only"));
-    if (!info.help.empty()) context.Result("      " + info.help);
-    context.Event("parameter", {{"type", description.name},
-                                {"name", info.Name()},
-                                {"values", TypeText(info)},
-                                {"unit", info.unit},
-                                {"minimum", info.minimum},
-                                {"maximum", info.maximum},
-                                {"default", default_text},
-                                {"animatable", info.animatable},
-                                {"help", info.help}});
-  }
+}
+
+void Describe(const ElementClass& type, const char* kind, CommandContext& context) {
+  DescribeHead(type, kind, context);
+  for (const ParameterInfo& info : type.description.parameters)
+    if (info.listed) Describe(type, info, context);
+}
+
+/// Calls body(type, kind) for all types in the order of the list.
+template <class Body>
+void EachType(const SceneClasses& classes, Body body) {
+  const auto each = [&body](const ElementClasses& row, const char* kind) {
+    for (const ElementClass& type : row.All()) body(type, kind);
+  };
+  each(classes.objects, "object");
+  each(classes.tags, "tag");
+  each(classes.post_effects, "post effect");
+  each(classes.materials, "material");
+  each(classes.shaders, "texture");
+  each(classes.render, "render");
+  each(classes.preferences, "preferences");
 }
 
 }  // namespace
 
 void DescribeAll(const ElementClasses& classes, const char* kind, CommandContext& context) {
   for (const ElementClass& type : classes.All()) Describe(type, kind, context);
+}
+
+bool DescribeParameter(const SceneClasses& classes, const std::string& name,
+                       CommandContext& context) {
+  bool found = false;
+  EachType(classes, [&](const ElementClass& type, const char* kind) {
+    for (const ParameterInfo& info : type.description.parameters) {
+      if (!info.listed || info.Name() != name) continue;
+      DescribeHead(type, kind, context);
+      Describe(type, info, context);
+      found = true;
+    }
+  });
+  return found;
+}
+
+std::vector<std::string> TypeNames(const SceneClasses& classes) {
+  std::vector<std::string> names;
+  EachType(classes,
+           [&](const ElementClass& type, const char*) { names.push_back(type.description.name); });
+  return names;
 }
 
 CommandInfo DescribeCommand::GetInfo() const {
@@ -110,27 +153,15 @@ int DescribeCommand::Execute(const CommandArguments& arguments, CommandContext& 
   }
   const std::string name = arguments.GetString("TYPE");
   bool found = false;
-  const auto describe = [&](const ElementClasses& classes, const char* kind) {
-    for (const ElementClass& type : classes.All()) {
-      if (!name.empty() && type.description.name != name) continue;
-      Describe(type, kind, context);
-      found = true;
-    }
-  };
-  describe(classes_.objects, "object");
-  describe(classes_.tags, "tag");
-  describe(classes_.post_effects, "post effect");
-  describe(classes_.materials, "material");
-  describe(classes_.shaders, "texture");
-  describe(classes_.render, "render");
-  describe(classes_.preferences, "preferences");
+  EachType(classes_, [&](const ElementClass& type, const char* kind) {
+    if (!name.empty() && type.description.name != name) return;
+    Describe(type, kind, context);
+    found = true;
+  });
   if (found) return kDone;
-  std::vector<std::string> names;
-  for (const ElementClasses* classes :
-       {&classes_.objects, &classes_.tags, &classes_.post_effects, &classes_.materials,
-        &classes_.shaders, &classes_.render, &classes_.preferences})
-    for (const std::string& known : classes->Names()) names.push_back(known);
-  context.Error("unknown type " + Quoted(name) + DidYouMean(name, names));
+  const std::string hint = TypeHint(name, "object", classes_);
+  context.Error("unknown type " + Quoted(name) +
+                (hint.empty() ? DidYouMean(name, TypeNames(classes_)) : hint));
   return kBadInput;
 }
 

@@ -9,6 +9,12 @@ namespace host {
 /// Prints all classes. `kind` is their kind in one word, such as "object".
 void DescribeAll(const ElementClasses& classes, const char* kind, CommandContext& context);
 
+/// Prints the parameters of that name, each with its type. False if there is none.
+bool DescribeParameter(const SceneClasses& classes, const std::string& name,
+                       CommandContext& context);
+/// The names of all types, in the order in which they are described.
+std::vector<std::string> TypeNames(const SceneClasses& classes);
+
 class DescribeCommand final : public CommandData {
  public:
   /// The classes are read when the command runs.

@@ -1,5 +1,10 @@
-// The built-in command `help`: lists parameters by class.
+// The built-in command `help`: lists the parameters of a type, or explains one parameter.
 #pragma once
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "host/interface/command_data.h"
 #include "host/scene/element_class.h"
@@ -8,13 +13,15 @@ namespace host {
 
 class HelpCommand final : public CommandData {
  public:
-  /// The classes are read when the command runs.
-  explicit HelpCommand(const SceneClasses& classes) : classes_(classes) {}
+  /// The classes and the verbs of the program are read when the command runs.
+  HelpCommand(const SceneClasses& classes, std::function<std::vector<std::string>()> verbs)
+      : classes_(classes), verbs_(std::move(verbs)) {}
   CommandInfo GetInfo() const override;
   int Execute(const CommandArguments& arguments, CommandContext& context) override;
 
  private:
   const SceneClasses& classes_;
+  std::function<std::vector<std::string>()> verbs_;
 };
 
 }  // namespace host

@@ -78,6 +78,8 @@ class Document final : public BaseDocument {
   std::int32_t start = 0, end = 100;  ///< frames
   std::int32_t preview_start = 0, preview_end = 100;
 
+  /// Comments of the text that belong to no element.
+  std::vector<JsonComment> comments;
   /// Warnings of the reader, such as clamped values.
   std::vector<std::string> warnings;
 

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/base/json_comments.h"
 #include "host/interface/material.h"
 #include "host/interface/node_data.h"
 #include "host/interface/scene.h"
@@ -30,6 +31,7 @@ struct ElementState {
   BaseContainer data;
   std::set<std::int32_t> written;         ///< parameters that the user has set
   std::map<std::int32_t, Track> tracks;   ///< keyframes by parameter
+  std::vector<JsonComment> comments;      ///< of the document's text; paths begin at the element
   std::unique_ptr<NodeData> plugin_part;  ///< null for built-in classes
 
   /// Stores the values of all tracks at `frame` in the container.

@@ -1,5 +1,7 @@
 // Scene documents: reading, writing, and error messages.
 
+#include <regex>
+
 #include "host/base/json_place.h"
 #include "host/base/whole_file.h"
 #include "host/format/document_writer.h"
@@ -23,6 +25,19 @@ TEST(SceneDocument, WritingGivesTheTextThatWasRead) {
   }
   const std::string plain = WriteDocument(*Read(R"({"materials": [{}]})"), "/");
   EXPECT_NE(plain.find("[\n    {}\n  ]"), std::string::npos) << "objects are on their own lines";
+}
+
+// data/commented.json comes back as it is. data/comments_anywhere.txt has comments at every place
+// where the parser takes one, and comments_anywhere.json is what is saved of it.
+TEST(SceneDocument, CommentsStayWithTheirValues) {
+  const std::string text = Data("commented.json"), anywhere = Data("comments_anywhere.txt");
+  EXPECT_EQ(WriteDocument(*Read(text), "/"), text);
+  const auto document = Read(anywhere);
+  const std::string saved = WriteDocument(*document, "/");
+  EXPECT_EQ(saved, Data("comments_anywhere.json"));
+  EXPECT_EQ(WriteDocument(*Read(saved), "/"), saved);
+  std::string windows = std::regex_replace(anywhere, std::regex("\n"), "\r\n");
+  EXPECT_EQ(WriteDocument(*Read("\xEF\xBB\xBF" + windows), "/"), saved);
 }
 
 TEST(SceneDocument, KeepsTheFormOfItsRate) {
