@@ -9,12 +9,14 @@
 #include "host/program/describe_command.h"
 #include "host/program/help_command.h"
 #include "host/program/machine_info.h"
+#include "host/program/new_command.h"
 
 namespace host {
 
 SmallHost::SmallHost() {
   AddCommand(std::make_unique<DescribeCommand>(classes_));
   AddCommand(std::make_unique<HelpCommand>(classes_));
+  AddCommand(std::make_unique<NewCommand>(classes_));
 }
 
 bool SmallHost::Registered(const std::string& name, const std::string& wrong) {

@@ -41,7 +41,7 @@ Json ParseJson(const std::string& text) {
     return true;
   };
   try {
-    return Json::parse(text, check);
+    return Json::parse(text, check, true, /*ignore_comments=*/true);
   } catch (const Json::parse_error& error) {
     // The parser reports the byte after the one that caused the error.
     const std::size_t byte = error.byte > 0 ? error.byte - 1 : 0;
