@@ -9,6 +9,7 @@
 #include "host/program/describe_command.h"
 #include "host/program/help_command.h"
 #include "host/program/machine_info.h"
+#include "host/program/new_command.h"
 
 namespace host {
 
@@ -19,6 +20,7 @@ SmallHost::SmallHost() {
     for (const Command& command : commands_) verbs.push_back(command.info.verb);
     return verbs;
   }));
+  AddCommand(std::make_unique<NewCommand>(classes_));
 }
 
 bool SmallHost::Registered(const std::string& name, const std::string& wrong) {

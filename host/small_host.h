@@ -24,7 +24,7 @@ class SmallHost : public HostServices {
     std::unique_ptr<CommandData> data;
   };
 
-  /// Registers the built-in types and the commands `describe` and `help`.
+  /// Registers the built-in types and the commands `describe`, `help` and `new`.
   SmallHost();
 
   bool RegisterObjectPlugin(std::int32_t id, const std::string& name, ObjectFactory factory,
