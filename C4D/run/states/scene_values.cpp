@@ -12,6 +12,8 @@ namespace nbx {
 
 namespace {
 
+const std::string kShape = ".shape";
+
 std::string number(double x) {
   char text[32];
   const auto [end, error] = std::to_chars(text, text + sizeof text, x);
@@ -86,7 +88,7 @@ void add_object(SceneValues& values, host::BaseObject& object) {
   add_place(values, object.GetName(), object);
   add_parameters(values, object.GetName(), object, [](std::int32_t) { return true; });
   if (const host::PolygonObject* mesh = host::ToPoly(&object))
-    values[object.GetName() + ".shape"] = points_sum(*mesh);
+    values[object.GetName() + kShape] = points_sum(*mesh);
   for (host::BaseObject* child = object.GetDown(); child; child = child->GetNext())
     add_object(values, *child);
 }
@@ -121,31 +123,40 @@ SceneValues scene_values(host::BaseObject& volume) {
   return values;
 }
 
+SceneValues without_shapes(SceneValues values) {
+  std::erase_if(values, [](const auto& value) { return value.first.ends_with(kShape); });
+  return values;
+}
+
 SceneValues frame_values(const host::BaseObject& volume) {
   SceneValues values;
   add_parameters(values, volume.GetName(), volume, is_of_frames);
   return values;
 }
 
-std::string differences(const SceneValues& then, const SceneValues& now) {
-  SceneValues all = then;
-  all.insert(now.begin(), now.end());
-  constexpr int most = 8;
-  std::string text;
-  int count = 0;
-  const auto at = [](const SceneValues& values, const std::string& name) {
-    const auto found = values.find(name);
-    std::string value = found == values.end() ? "nothing" : found->second;
+std::vector<std::string> differences(const SceneValues& then, const SceneValues& now) {
+  constexpr std::size_t most = 8;
+  const auto shown = [](const std::string& value) {
     return value.size() > 40 ? value.substr(0, 37) + "..." : value;
   };
+  std::vector<std::string> lines;
+  SceneValues all = then;
+  all.insert(now.begin(), now.end());
   for (const auto& [name, ignored] : all) {
     const auto before = then.find(name), after = now.find(name);
-    if (before != then.end() && after != now.end() && before->second == after->second) continue;
-    if (++count <= most)
-      text += (text.empty() ? "" : ", ") + name + " (" + at(then, name) + ", now " + at(now, name) +
-              ")";
+    if (before == then.end())
+      lines.push_back(name + " is new, it is " + shown(after->second));
+    else if (after == now.end())
+      lines.push_back(name + " is gone, it was " + shown(before->second));
+    else if (before->second != after->second)
+      lines.push_back(name + " was " + shown(before->second) + " and is now " +
+                      shown(after->second));
   }
-  return count > most ? text + " and " + std::to_string(count - most) + " more" : text;
+  if (lines.size() <= most) return lines;
+  const std::string more = std::to_string(lines.size() - most) + " other values differ too";
+  lines.resize(most);
+  lines.push_back(more);
+  return lines;
 }
 
 }  // namespace nbx
