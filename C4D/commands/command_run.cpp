@@ -88,9 +88,16 @@ int CommandRun::run() {
   }
   const int code = front_end.finish(thread.outcome(), thread.reached_end());
   if (const std::string cache = named_cache(volume_); !before.empty() && cache != before)
-    context_.Result("the earlier run stays in " + before +
-                    "; to render the new one, give --cache " + cache);
+    context_.Result("the earlier run stays in " + before + "; to render the new one, give " +
+                    cache_option(cache));
   return code;
+}
+
+/// The option that shows a cache. --cache is for scenes with one volume.
+std::string CommandRun::cache_option(const std::string& cache) const {
+  const bool one_of_several = arguments_.Has("all") || arguments_.Has("object");
+  return one_of_several ? "--set '" + volume_.GetName() + ".cache_name=" + cache + "'"
+                        : "--cache " + cache;
 }
 
 Outcome CommandRun::take_frames() {

@@ -32,6 +32,7 @@ class CommandRun {
   Outcome take_cache();
   Outcome check_start();
   bool refuse(const Outcome& why) const;
+  std::string cache_option(const std::string& cache) const;
   void wait(SimulationThread& thread, RunFrontEnd& front_end);
 
   const host::CommandArguments& arguments_;

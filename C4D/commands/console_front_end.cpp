@@ -10,10 +10,11 @@ namespace {
 std::string choices(const OldRun& run) {
   if (run.frame_before) {
     const std::string before = std::to_string(*run.frame_before);
+    const char* const also = run.later_frames.empty() ? "" : " --overwrite";
     return ", and the range begins right after its frame " + before + ": give --start-from " +
-           before +
-           " to continue from that frame, --overwrite to start a new simulation at frame " +
-           std::to_string(*run.frame_before + 1) +
+           before + also +
+           " to continue from that frame, --overwrite alone to start a new simulation " +
+           "at frame " + std::to_string(*run.frame_before + 1) +
            ", without gas, or --new-cache to leave the earlier run alone";
   }
   if (!run.later_frames.empty())

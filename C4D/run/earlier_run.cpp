@@ -101,16 +101,22 @@ std::unique_ptr<SavedState> read_frame(const std::string& directory, int frame,
   return nullptr;
 }
 
+/// "frames 11-20": the earlier run's frames after `frame`. Empty if there are none.
+std::string later_frames(const host::BaseObject& volume, int frame) {
+  std::set<int> later = own_frames(find_cache(volume));
+  later.erase(later.begin(), later.upper_bound(frame));
+  return later.empty() ? "" : named_frames(later);
+}
+
 /// Asks if frames after the state would be lost. Moves to a new cache if they are to stay.
 bool may_replace_after(host::BaseObject& volume, const SavedState& state, RunFrontEnd& front_end) {
-  std::set<int> later = own_frames(find_cache(volume));
-  later.erase(later.begin(), later.upper_bound(frame_of(state)));
+  const std::string later = later_frames(volume, frame_of(state));
   OldCache choice = OldCache::kOverwrite;
   if (front_end.wants_new_cache())
     choice = OldCache::kMakeNew;
   else if (!later.empty() && must_ask_about_cache(volume))
     choice = front_end.ask_about_cache(
-        {texts::kCacheHoldsRun.title, texts::kCacheHoldsRun.text, {}, named_frames(later)});
+        {texts::kCacheHoldsRun.title, texts::kCacheHoldsRun.text, {}, later});
   if (choice == OldCache::kMakeNew) return move_to_new_cache(volume, state, front_end);
   return choice == OldCache::kOverwrite;
 }
@@ -155,7 +161,8 @@ Origin start_new(host::BaseObject& volume, RunFrontEnd& front_end) {
         front_end.may_extend("the run continues from its end, frame " + end))
       return RunOrigin{true, std::move(run), {}, {}, {}};
   }
-  if (!make_room(volume, front_end, frame_before(volume))) return {};
+  const std::optional<int> before = frame_before(volume);
+  if (!make_room(volume, front_end, before, before ? later_frames(volume, *before) : "")) return {};
   return RunOrigin{};
 }
 

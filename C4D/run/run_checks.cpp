@@ -70,9 +70,10 @@ bool must_ask_about_cache(const host::BaseObject& volume) {
   return preference(PREF.ASK_AUTOSAVE) && has_autosave(volume);
 }
 
-bool make_room(host::BaseObject& volume, RunFrontEnd& front_end, std::optional<int> frame_before) {
+bool make_room(host::BaseObject& volume, RunFrontEnd& front_end, std::optional<int> frame_before,
+               const std::string& later_frames) {
   const OldCache choice = front_end.ask_about_cache(
-      {texts::kCacheHoldsRun.title, texts::kCacheHoldsRun.text, frame_before, {}});
+      {texts::kCacheHoldsRun.title, texts::kCacheHoldsRun.text, frame_before, later_frames});
   if (choice == OldCache::kMakeNew) return take_new_cache(volume, front_end);
   return choice == OldCache::kOverwrite;
 }

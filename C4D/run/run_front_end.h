@@ -28,7 +28,7 @@ enum class OldCache { kStop, kOverwrite, kMakeNew };
 struct OldRun {
   std::string title, text;          // of a box that asks
   std::optional<int> frame_before;  // its frame right before the first one of the new run
-  std::string later_frames;         // "frames 11-20": the new run continues it, and replaces these
+  std::string later_frames;         // "frames 11-20", if the new run keeps those before them
 };
 
 /// Whether a run should end, and when.

@@ -38,7 +38,7 @@ std::optional<SceneRecord> saved_scene(const host::BaseObject& volume, const std
   host::BaseObject* const saved = same_volume(volume, *document);
   if (!saved) return {};
   evaluate(*document, to_base_time(time));
-  return SceneRecord{without_shapes(scene_values(*saved)), frame_values(*saved)};
+  return SceneRecord{scene_values(*saved, ComparedWith::kSavedScene), frame_values(*saved)};
 }
 
 }  // namespace nbx

@@ -111,8 +111,9 @@ void StateLoader::warn_of_differences() {
   if (!notes && !origin_.scene) return;
   const SceneRecord then = notes ? SceneRecord{notes->scene, notes->frames} : *origin_.scene;
   host::BaseObject& volume = run_.scene.volume();
-  const SceneRecord now{notes ? scene_values(volume) : without_shapes(scene_values(volume)),
-                        frame_values(volume)};
+  const SceneRecord now{
+      scene_values(volume, notes ? ComparedWith::kNotes : ComparedWith::kSavedScene),
+      frame_values(volume)};
   const std::string frame = std::to_string(origin_.state->frame.frameTime.frame());
   for (const std::string& line : differences(then.scene, now.scene))
     run_.front_end.warn("the scene has changed since frame " + frame + " was simulated: " + line);

@@ -3,6 +3,7 @@
 #include <set>
 
 #include "C4D/plugin_fixture.h"
+#include "cache/stale_frames.h"
 #include "math/field_pool.h"
 
 namespace nbx {
@@ -183,7 +184,8 @@ TEST_F(Continue, QuestionsAreAnsweredByOptions) {
   EXPECT_TRUE(reported("Nothing to do: frames 0-1 are there."));
   EXPECT_EQ(simulate(path, 3, "cache", {"yes"}, "", 1), host::kFailed);
   EXPECT_TRUE(
-      refused("right after its frame 0: give --start-from 0 to continue from that frame, --over"));
+      refused("right after its frame 0: give --start-from 0 --overwrite to continue from that "
+              "frame, --over"));
   const struct {
     std::string from;
     int last;
@@ -218,7 +220,11 @@ TEST_F(Continue, QuestionsAreAnsweredByOptions) {
 // Frames for rendering hold less than states.
 TEST_F(Continue, StartsFromOrdinaryFrames) {
   // What neither frame nor scene tell is left out: the driver's blur, and a wind from motion.
-  const auto path = scene(test::read_file(NBX_C4D_DATA "/steady_fire.json"));
+  fs::copy_file(NBX_SCENES "/meshes/sphere.obj", folder_.file("ball.obj"));
+  const std::string steady =
+      replaced(replaced(test::read_file(NBX_C4D_DATA "/steady_fire.json"), "SPHERE", "ball.obj"),
+               "SPHERE", "ball.obj");
+  const auto path = scene(steady);
   ASSERT_EQ(simulate(path, 4, "whole"), host::kDone);
   const auto whole = frame_files("whole");
   ASSERT_EQ(simulate(path, 4, "from", {}, whole[3]), host::kDone);
@@ -234,7 +240,7 @@ TEST_F(Continue, StartsFromOrdinaryFrames) {
   ASSERT_EQ(simulate(path, 4, "whole", {"start-from=3", "overwrite"}), host::kDone);
   EXPECT_EQ(context_->warnings.size(), 1u);
   EXPECT_TRUE(warned("frame 3 was simulated: fire.decay_fuel was 0.3 and is now 0.2"));
-  scene(test::read_file(NBX_C4D_DATA "/steady_fire.json"));
+  scene(steady);
   ASSERT_EQ(simulate(path, 4, "whole", {"start-from=3", "overwrite"}), host::kDone);
   EXPECT_TRUE(test::read_file(whole[4]) == last);
 
@@ -268,16 +274,21 @@ TEST_F(Continue, FramesOfAnEarlierRunAreFound) {
   const auto path = scene(fire(R"("vorticity": 0, "save_state_every": 1)"));
   ASSERT_EQ(simulate(path, 4, "cache"), host::kDone);
   const std::string last_state = test::read_file(folder_.file("cache/LastSimState.bcf"));
-  const auto stop_at_once = [](test::RecordingContext& context) { context.interrupt(2); };
+  std::set<int> marked;
+  std::string stop_at = "start";
   prepare_context = [&](test::RecordingContext& context) {
     context.on_event = [&](const std::string& event) {
-      if (event == "start") stop_at_once(context);
+      if (event == stop_at) context.interrupt_and_wait(2);
+      if (event == "substep" && marked.empty()) marked = stale_frames(folder_.file("cache"));
     };
   };
   EXPECT_EQ(simulate(path, 4, "cache", {"start-from=2", "overwrite"}), host::kInterrupted);
-  prepare_context = {};
   EXPECT_EQ(look("verify", "cache"), host::kDone) << "no frame was replaced";
   EXPECT_TRUE(reported("no damage"));
+  stop_at = "none";
+  EXPECT_EQ(simulate(path, 4, "cache", {"start-from=2", "overwrite"}), host::kDone);
+  EXPECT_EQ(marked, (std::set<int>{3, 4}));
+  prepare_context = {};
 
   scene(fire(R"("vorticity": 9)"));
   ASSERT_EQ(simulate(path, 2, "cache", {"overwrite"}), host::kDone);
@@ -298,7 +309,13 @@ TEST_F(Continue, FramesOfAnEarlierRunAreFound) {
   EXPECT_TRUE(reported("Nothing to do"));
   ASSERT_EQ(simulate(path, 5, "cache"), host::kDone);
   EXPECT_EQ(look("verify", "cache"), host::kDone);
-  EXPECT_FALSE(fs::exists(folder_.file("cache/StaleFrames.json")));
+  const std::string mark = folder_.file("cache/StaleFrames.json");
+  EXPECT_FALSE(fs::exists(mark));
+  std::ofstream(mark) << R"({"stale": [[1, 1], [7, 2000000000]]})";
+  EXPECT_EQ(simulate(path, 5, "cache"), host::kFailed) << "a frame isn't of the run";
+  std::ofstream(mark) << R"({"stale": [[1]]})";
+  EXPECT_EQ(look("verify", "cache"), host::kFailed);
+  EXPECT_TRUE(reported("StaleFrames.json: the mark of stale frames can't be read"));
 }
 
 // The frames before the run are the same files, until somebody writes one.

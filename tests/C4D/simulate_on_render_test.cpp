@@ -125,6 +125,23 @@ TEST_F(SimulateOnRender, EarlierRunsAndLockedCachesStayAsTheyAre) {
 }
 
 TEST_F(SimulateOnRender, VolumesHaveCachesOfTheirOwn) {
+  // One after the other, without those that are off, until an interrupt.
+  const std::string off = replaced(kVolume, "\"name\": \"v\"", R"("enabled": false, "name": "u")");
+  write(off + kVolume + replaced(kVolume, "\"v\"", "\"w\""));
+  auto all = simulate_arguments(path_, 3, "");
+  all.AddFlag("all");
+  prepare_context = [](test::RecordingContext& context) {
+    context.on_event = [&](const std::string& event) {
+      if (event == "frame") context.interrupt_and_wait(1);
+    };
+  };
+  EXPECT_EQ(run("simulate", all), host::kInterrupted);
+  EXPECT_EQ(frames(), Frames{0});
+  EXPECT_EQ(frames("scene.w.cache"), Frames());
+  EXPECT_FALSE(fs::exists(folder_.file("scene.u.cache")));
+  prepare_context = {};
+  fs::remove_all(folder_.file("scene.v.cache"));
+
   const std::string unseen = replaced(kVolume, "\"voxel_size\": 1",
                                       R"("voxel_size": 1, "smoke_channel": "none",
                                          "fire_channel": "none")");

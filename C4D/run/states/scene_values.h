@@ -15,10 +15,11 @@ namespace nbx {
 /// parameters, matrix and a checksum of the points.
 using SceneValues = std::map<std::string, std::string>;
 
-SceneValues scene_values(host::BaseObject& volume);
-
-/// The same without the checksums of points.
-SceneValues without_shapes(SceneValues values);
+enum class ComparedWith {
+  kNotes,       ///< of a state: paths are those that the user sees
+  kSavedScene,  ///< in another folder, read without its meshes: absolute paths, and no checksums
+};
+SceneValues scene_values(host::BaseObject& volume, ComparedWith other = ComparedWith::kNotes);
 
 /// The parameters of the volume that choose what its frames hold.
 SceneValues frame_values(const host::BaseObject& volume);
