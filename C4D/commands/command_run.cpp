@@ -3,11 +3,13 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QTemporaryFile>
+#include <charconv>
 
 #include "C4D/commands/console_front_end.h"
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/run/domain_checks.h"
+#include "C4D/run/earlier_run.h"
 #include "C4D/run/run_checks.h"
 #include "C4D/services/host_conversion.h"
 #include "C4D/settings/volume_cache.h"
@@ -32,6 +34,14 @@ Outcome check_writable(const std::string& directory) {
 
 }  // namespace
 
+std::optional<int> as_frame(const std::string& start_from) {
+  int frame = 0;
+  const char* const end = start_from.data() + start_from.size();
+  const auto [stopped, error] = std::from_chars(start_from.data(), end, frame);
+  if (error != std::errc() || stopped != end) return {};
+  return frame;
+}
+
 CommandRun::CommandRun(const host::CommandArguments& arguments, host::CommandContext& context,
                        host::BaseObject& volume)
     : arguments_(arguments),
@@ -41,19 +51,34 @@ CommandRun::CommandRun(const host::CommandArguments& arguments, host::CommandCon
       subject_(volume.GetDocument().GetDocumentName() + ": volume \"" + volume.GetName() + "\": ") {
 }
 
+bool CommandRun::check() {
+  for (const auto step :
+       {&CommandRun::take_frames, &CommandRun::take_start, &CommandRun::check_scene,
+        &CommandRun::take_cache, &CommandRun::check_start})
+    if (const Outcome good = (this->*step)(); !good) return refuse(good);
+  return true;
+}
+
+bool CommandRun::refuse(const Outcome& why) const {
+  context_.Error(subject_ + why.reason());
+  return false;
+}
+
+/// A cache with a known place is made here, so that errors name its path.
+bool CommandRun::make_cache() {
+  const std::string directory = named_cache(volume_);
+  if (directory.empty()) return true;         // the run makes a new one
+  if (!check_unlocked(volume_)) return true;  // start_simulation refuses
+  const Outcome made = check_writable(directory);
+  return made || refuse(made);
+}
+
 int CommandRun::run() {
-  for (const auto step : {&CommandRun::take_frames, &CommandRun::take_state,
-                          &CommandRun::check_scene, &CommandRun::take_cache})
-    if (const Outcome good = (this->*step)(); !good) {
-      context_.Error(subject_ + good.reason());
-      return host::kBadInput;
-    }
   ConsoleFrontEnd front_end(arguments_, context_, subject_);
   SimulationThread& thread = *simulation_thread();
-  std::optional<int> from;
-  if (!arguments_.GetStrings("continue").empty()) from = arguments_.GetLong("continue");
-  if (!thread.start_simulation(&volume_, arguments_.Has("continue"), front_end, from))
-    return host::kFailed;
+  const std::string before = named_cache(volume_);
+  if (!thread.start_simulation(&volume_, request_, front_end))
+    return front_end.skipped() ? host::kDone : host::kFailed;
   try {
     wait(thread, front_end);
   } catch (...) {  // the thread uses the front end
@@ -61,7 +86,18 @@ int CommandRun::run() {
     thread.End(true);
     throw;
   }
-  return front_end.finish(thread.outcome(), thread.reached_end());
+  const int code = front_end.finish(thread.outcome(), thread.reached_end());
+  if (const std::string cache = named_cache(volume_); !before.empty() && cache != before)
+    context_.Result("the earlier run stays in " + before + "; to render the new one, give " +
+                    cache_option(cache));
+  return code;
+}
+
+/// The option that shows a cache. --cache is for scenes with one volume.
+std::string CommandRun::cache_option(const std::string& cache) const {
+  const bool one_of_several = arguments_.Has("all") || arguments_.Has("object");
+  return one_of_several ? "--set '" + volume_.GetName() + ".cache_name=" + cache + "'"
+                        : "--cache " + cache;
 }
 
 Outcome CommandRun::take_frames() {
@@ -77,11 +113,19 @@ Outcome CommandRun::take_frames() {
   return Outcome::success();
 }
 
-Outcome CommandRun::take_state() {
+Outcome CommandRun::take_start() {
+  if (arguments_.Has("continue")) request_.from = RunRequest::From::kState;
+  if (!arguments_.GetStrings("continue").empty()) request_.frame = arguments_.GetLong("continue");
   if (!arguments_.Has("start-from")) return Outcome::success();
-  const std::string path = absolute(arguments_.GetString("start-from"));
   if (arguments_.Has("continue"))
-    return Outcome::failure("--continue and --start-from exclude each other");
+    return Outcome::failure("--continue and --start-from can't be used together");
+  const std::string from = arguments_.GetString("start-from");
+  request_.frame = as_frame(from);
+  if (request_.frame) {
+    request_.from = RunRequest::From::kFrame;
+    return Outcome::success();
+  }
+  const std::string path = absolute(from);
   if (!QFileInfo(QString::fromStdString(path)).isFile())
     return Outcome::failure("--start-from: there is no file " + path);
   parameters_.SetBool(OVOLUME.LOAD_STATE, true);
@@ -103,15 +147,24 @@ Outcome CommandRun::check_scene() {
                                   : Outcome::success();
 }
 
-/// A cache with a known place is made here, so that errors name its path.
 Outcome CommandRun::take_cache() {
   const std::string directory =
       arguments_.Has("cache") ? absolute(arguments_.GetString("cache")) : named_cache(volume_);
-  if (directory.empty()) return Outcome::success();  // the run makes a new one
+  if (directory.empty()) return Outcome::success();
   parameters_.SetFilename(OVOLUME.CACHE_NAME, {directory});
-  if (Outcome own = check_own_cache(volume_); !own) return own;
-  if (!check_unlocked(volume_)) return Outcome::success();  // start_simulation refuses
-  return check_writable(directory);
+  return check_own_cache(volume_);
+}
+
+/// --start-from with the number of a frame.
+Outcome CommandRun::check_start() {
+  if (request_.from != RunRequest::From::kFrame) return Outcome::success();
+  const std::string subject = "--start-from " + std::to_string(*request_.frame) + ": ";
+  const std::int64_t last = time_range(volume_).end.GetFrame(volume_.GetDocument().GetFps());
+  if (*request_.frame >= last)
+    return Outcome::failure(subject + "the range ends at frame " + std::to_string(last) +
+                            ": give --frames with a later end");
+  const Outcome there = check_start_frame(volume_, *request_.frame);
+  return there ? there : Outcome::failure(subject + there.reason());
 }
 
 /// Returns when the thread has ended.

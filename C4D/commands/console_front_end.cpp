@@ -4,6 +4,28 @@
 
 namespace nbx {
 
+namespace {
+
+/// What the user can do about the earlier run, as options to give.
+std::string choices(const OldRun& run) {
+  if (run.frame_before) {
+    const std::string before = std::to_string(*run.frame_before);
+    const char* const also = run.later_frames.empty() ? "" : " --overwrite";
+    return ", and the range begins right after its frame " + before + ": give --start-from " +
+           before + also +
+           " to continue from that frame, --overwrite alone to start a new simulation " +
+           "at frame " + std::to_string(*run.frame_before + 1) +
+           ", without gas, or --new-cache to leave the earlier run alone";
+  }
+  if (!run.later_frames.empty())
+    return ": give --overwrite to replace " + run.later_frames +
+           ", or --new-cache to leave them alone";
+  return ": give --overwrite to simulate over it, --new-cache to leave it alone, or --continue to "
+         "continue from its end";
+}
+
+}  // namespace
+
 ConsoleFrontEnd::ConsoleFrontEnd(const host::CommandArguments& arguments,
                                  host::CommandContext& context, std::string subject)
     : arguments_(arguments),
@@ -20,22 +42,37 @@ void ConsoleFrontEnd::message(const std::string& title, const std::string& text)
   context_.Warning(subject_ + title + ": " + text);
 }
 
-OldCache ConsoleFrontEnd::ask_about_cache(const std::string& title, const std::string&) {
+// Only a run over the whole earlier one can be agreed to with --yes. Where the new run keeps a part
+// of it, the user must say that the rest may go.
+OldCache ConsoleFrontEnd::ask_about_cache(const OldRun& run) {
   if (arguments_.Has("new-cache")) return OldCache::kMakeNew;
-  if (arguments_.Has("overwrite") || arguments_.Has("yes")) return OldCache::kOverwrite;
-  context_.Error(subject_ + title +
-                 ": give --overwrite to simulate over it, --new-cache to leave it alone, or "
-                 "--continue to continue from its end");
+  const bool keeps_a_part = run.frame_before || !run.later_frames.empty();
+  if (arguments_.Has("overwrite") || (arguments_.Has("yes") && !keeps_a_part))
+    return OldCache::kOverwrite;
+  context_.Error(subject_ + run.title + choices(run));
   return OldCache::kStop;
 }
 
+bool ConsoleFrontEnd::may_skip(const std::string& text) {
+  if (arguments_.Has("overwrite") || wants_new_cache()) return false;
+  context_.Result(text);
+  context_.Event("end", {{"outcome", std::string("done")},
+                         {"frames", std::int64_t{0}},
+                         {"stored", std::int64_t{0}},
+                         {"seconds", 0.0}});
+  skipped_ = true;
+  return true;
+}
+
+bool ConsoleFrontEnd::wants_new_cache() const { return arguments_.Has("new-cache"); }
+
 bool ConsoleFrontEnd::may_extend(const std::string& text) {
-  if (arguments_.Has("overwrite") || arguments_.Has("new-cache")) return false;
+  if (arguments_.Has("overwrite") || wants_new_cache()) return false;
   context_.Note(subject_ + text);
   return true;
 }
 
-// --yes isn't enough: it must not cost the earlier run.
+// With --yes alone the earlier run stays: its frames would be lost.
 bool ConsoleFrontEnd::may_start_over(const std::string& why) {
   if (arguments_.Has("overwrite")) return true;
   context_.Error(subject_ + why + ": give --overwrite to simulate over the earlier run");

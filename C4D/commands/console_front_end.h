@@ -21,7 +21,9 @@ class ConsoleFrontEnd final : public RunFrontEnd {
   void refuse(const std::string& title, const std::string& text) override;
   void message(const std::string& title, const std::string& text) override;
   bool ask_to_stop(const std::string&, const std::string&) override { return false; }
-  OldCache ask_about_cache(const std::string& title, const std::string& text) override;
+  OldCache ask_about_cache(const OldRun& run) override;
+  bool may_skip(const std::string& text) override;
+  bool wants_new_cache() const override;
   bool may_extend(const std::string& text) override;
   bool may_start_over(const std::string& why) override;
 
@@ -32,7 +34,7 @@ class ConsoleFrontEnd final : public RunFrontEnd {
 
   void opened(const std::string&) override {}
   void started(const RunPlan& plan) override;
-  void warn(const std::string& text) override { context_.Warning(text); }
+  void warn(const std::string& text) override { context_.Warning(subject_ + text); }
   void progress(const FrameTime& time, const Simulation3D& sim, int done, int total) override;
   void substep_done(const FrameTime& time, const Simulation3D& sim) override;
   void frame_done(const FrameTime& time, Simulation3D& sim) override;
@@ -40,6 +42,8 @@ class ConsoleFrontEnd final : public RunFrontEnd {
 
   /// After the end of the run's thread: reports the result.
   host::ExitCode finish(const Outcome& outcome, bool reached_end);
+  /// There is no run because all its frames are there.
+  bool skipped() const { return skipped_; }
 
  private:
   const host::CommandArguments& arguments_;
@@ -47,6 +51,7 @@ class ConsoleFrontEnd final : public RunFrontEnd {
   const std::string subject_;
   const int device_, threads_;
   RunPlan plan_;
+  bool skipped_ = false;
   std::optional<RunReport> report_;  // once the run has started
 };
 

@@ -6,6 +6,7 @@
 #include "C4D/commands/register_command.h"
 #include "cache/cache_info.h"
 #include "cache/grid_type.h"
+#include "cache/stale_frames.h"
 #include "util/format_size.h"
 
 namespace nbx {
@@ -140,12 +141,15 @@ int show_cache(const std::string& path, bool values, host::CommandContext& conte
     gaps.push_back(std::to_string(first) +
                    (first == last ? std::string() : "-" + std::to_string(last)));
   for (const std::string& gap : gaps) line << ", " << gap << " missing";
+  const std::string stale = frame_ranges(stale_frames(path));
+  if (!stale.empty()) line << ", " << stale << " from an earlier run";
   line << ", " << format_size(cache->bytes, 2) << ratio_text(plain, bytes) << ", frames cover "
        << box_text(box);
   context.Result(line.str());
   context.Event("cache", {{"directory", cache->directory},
                           {"frames", static_cast<std::int64_t>(cache->frames.size())},
                           {"missing", gaps},
+                          {"stale", stale},
                           {"bytes", static_cast<std::int64_t>(cache->bytes)},
                           {"plain_bytes", plain},
                           {"box_lo", numbers(box.lo)},

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <charconv>
+#include <deque>
 
 #include <omp.h>
 
@@ -39,6 +41,65 @@ bool apply_machine_options(const host::CommandArguments& arguments, host::Comman
   return true;
 }
 
+void add_volumes(std::vector<host::BaseObject*>& volumes, host::BaseObject* first, bool enabled) {
+  for (host::BaseObject* object = first; object; object = object->GetNext()) {
+    if (enabled && !object->GetDeformMode()) continue;
+    if (object->GetType() == kVolumeObject) volumes.push_back(object);
+    add_volumes(volumes, object->GetDown(), enabled);
+  }
+}
+
+/// An option that names one volume or its files, which --all excludes. Empty if there is none.
+std::string excluded_by_all(const host::CommandArguments& arguments) {
+  for (const char* option : {"object", "cache"})
+    if (arguments.Has(option)) return std::string("--") + option;
+  const std::string from = arguments.GetString("start-from");
+  return from.empty() || as_frame(from) ? "" : "--start-from FILE";
+}
+
+/// The volumes to simulate, in the order of the tree. None after an error.
+std::vector<host::BaseObject*> choose_volumes(host::BaseDocument& document,
+                                              const host::CommandArguments& arguments,
+                                              host::CommandContext& context) {
+  const bool all = arguments.Has("all");
+  std::vector<host::BaseObject*> volumes;
+  add_volumes(volumes, document.GetFirstObject(), all);
+  const std::string scene = document.GetDocumentName() + ": ";
+  if (all) {
+    if (volumes.empty()) context.Error(scene + "--all: the scene has no enabled volume object");
+    return volumes;
+  }
+  if (volumes.size() > 1 && !arguments.Has("object")) {
+    std::string names;
+    for (const host::BaseObject* volume : volumes)
+      names += (names.empty() ? "\"" : ", \"") + volume->GetName() + "\"";
+    context.Error(scene + "there are " + std::to_string(volumes.size()) + " volume objects, " +
+                  names + ": give --object NAME to simulate one, or --all");
+    return {};
+  }
+  host::BaseObject* const volume = context.FindObject(document, kVolumeObject);
+  return volume ? std::vector{volume} : std::vector<host::BaseObject*>();
+}
+
+/// Checks all volumes before the first is simulated. The exit code is the worst of all runs; an
+/// interrupt ends the series.
+int simulate(const std::vector<host::BaseObject*>& volumes, const host::CommandArguments& arguments,
+             host::CommandContext& context) {
+  std::deque<CommandRun> runs;
+  for (host::BaseObject* volume : volumes) runs.emplace_back(arguments, context, *volume);
+  for (const auto step : {&CommandRun::check, &CommandRun::make_cache}) {
+    bool good = true;
+    for (CommandRun& run : runs) good = (run.*step)() && good;
+    if (!good) return host::kBadInput;
+  }
+  int worst = host::kDone;
+  for (CommandRun& run : runs) {
+    if (&run != &runs.front() && context.Interrupts() > 0) return host::kInterrupted;
+    worst = std::max(worst, run.run());
+  }
+  return worst;
+}
+
 class SimulateCommand : public host::CommandData {
  public:
   host::CommandInfo GetInfo() const override {
@@ -46,8 +107,9 @@ class SimulateCommand : public host::CommandData {
     using host::OptionType;
     return {.verb = "simulate",
             .help =
-                "Simulates the volume object of a scene. Without --cache, the frames go into the "
-                "cache that the scene names, or into the folder SCENE.OBJECT.cache next to it",
+                "Simulates the volume object of a scene, or several with --all. Without --cache, "
+                "the frames go into the cache that the scene names, or into the folder "
+                "SCENE.OBJECT.cache next to it",
             .options = {{.name = "scene",
                          .value_name = "SCENE",
                          .help = "The scene document",
@@ -60,19 +122,27 @@ class SimulateCommand : public host::CommandData {
                                  "at or before FRAME; the frames before it stay",
                          .value_optional = true},
                         {.name = "start-from",
-                         .value_name = "FILE",
-                         .help = "Start from the state in a frame file"},
+                         .value_name = "FRAME|FILE",
+                         .help = "Continue from a frame of the cache: from its state if there is "
+                                 "one, else from the channels that the cache stores. Or start from "
+                                 "the state in a frame file (./10 is a file, 10 is a frame)"},
                         {.name = "overwrite",
                          .type = OptionType::Flag,
                          .help = "Replace the frames of an earlier run, also if --continue finds "
                                  "no state"},
                         {.name = "new-cache",
                          .type = OptionType::Flag,
-                         .help = "Keep an earlier run, and make a new cache next to it"},
+                         .help = "Keep an earlier run, and make a new cache SCENE.OBJECT.001 next "
+                                 "to it; with --continue or --start-from it shares the frames "
+                                 "before the run"},
+                        {.name = "all",
+                         .type = OptionType::Flag,
+                         .help = "Simulate every enabled volume object, one after the other, each "
+                                 "into its own cache"},
                         {.name = "yes",
                          .type = OptionType::Flag,
-                         .help = "Answer yes to all questions. To start over when --continue finds "
-                                 "no state, give --overwrite"}},
+                         .help = "Answer yes to questions. A run that would keep only a part of an "
+                                 "earlier one needs --overwrite"}},
             .common = {CommonOption::Frames, CommonOption::Object, CommonOption::Cache,
                        CommonOption::Threads, CommonOption::Device, CommonOption::Set,
                        CommonOption::Fps, CommonOption::Force}};
@@ -80,10 +150,15 @@ class SimulateCommand : public host::CommandData {
 
   int Execute(const host::CommandArguments& arguments, host::CommandContext& context) override {
     if (!apply_machine_options(arguments, context)) return host::kBadInput;
+    if (const std::string other = excluded_by_all(arguments);
+        arguments.Has("all") && !other.empty()) {
+      context.Error("--all and " + other + " can't be used together");
+      return host::kBadInput;
+    }
     const auto document = context.LoadDocument({arguments.GetString("scene")});
     if (!document) return host::kBadInput;
-    host::BaseObject* volume = context.FindObject(*document, kVolumeObject);
-    return volume ? CommandRun(arguments, context, *volume).run() : host::kBadInput;
+    const std::vector<host::BaseObject*> volumes = choose_volumes(*document, arguments, context);
+    return volumes.empty() ? host::kBadInput : simulate(volumes, arguments, context);
   }
 };
 
@@ -95,7 +170,7 @@ class ContinueCommand final : public SimulateCommand {
     info.verb = "continue";
     info.help = "Continues the last run in the cache of a scene, as simulate --continue does";
     std::erase_if(info.options, [](const host::OptionInfo& option) {
-      return option.name == "continue" || option.name == "start-from" || option.name == "new-cache";
+      return option.name == "continue" || option.name == "start-from";
     });
     return info;
   }

@@ -1,13 +1,11 @@
 #include "C4D/rendering/frame_placement.h"
 
-#include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <optional>
-#include <vector>
 
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
+#include "C4D/run/saved_scene.h"
 #include "C4D/services/host_access.h"
 #include "C4D/services/host_conversion.h"
 #include "C4D/settings/volume_cache.h"
@@ -95,17 +93,8 @@ Affine3d as_it_is_now(const host::BaseObject& volume, const SimFrame& frame) {
   return fits && grid.box().contains(box.lo) && grid.box().contains(box.hi) ? now : stored * object;
 }
 
-void find_volumes(std::vector<const host::BaseObject*>& found, const host::BaseObject* first,
-                  const std::string& name) {
-  for (const host::BaseObject* object = first; object; object = object->GetNext()) {
-    if (object->GetType() == kVolumeObject && object->GetName() == name) found.push_back(object);
-    find_volumes(found, object->GetDown(), name);
-  }
-}
-
 }  // namespace
 
-// The volume of the same name; if several have that name, the one at the same place among them.
 const host::BaseObject* FramePlacement::saved_volume(const host::BaseObject& volume,
                                                      const std::string& directory) {
   const std::string path = autosave_file(directory);
@@ -117,12 +106,7 @@ const host::BaseObject* FramePlacement::saved_volume(const host::BaseObject& vol
     path_ = path;
     written_ = written;
   }
-  if (!saved_) return nullptr;
-  std::vector<const host::BaseObject*> now, then;
-  find_volumes(now, volume.GetDocument().GetFirstObject(), volume.GetName());
-  find_volumes(then, saved_->GetFirstObject(), volume.GetName());
-  const auto at = std::find(now.begin(), now.end(), &volume) - now.begin();
-  return at < std::ssize(then) ? then[at] : nullptr;
+  return saved_ ? same_volume(volume, *saved_) : nullptr;
 }
 
 Affine3d FramePlacement::object_to_cells(const host::BaseObject& volume, const SimFrame& frame,

@@ -27,6 +27,7 @@ struct HostVolume {
   /// The same volume as the ray marcher sees it.
   std::shared_ptr<RenderVolume> traced = std::make_shared<RenderVolume>();
   FramePlacement placement;
+  bool warned_of_stale = false;                  // that a frame is from an earlier run
   SlotHandle frame;                              // held while the render's frame is open
   bool simulates = false;                        // in this sequence; off once a run has failed
   std::unique_ptr<RenderSimulation> simulation;  // from its first frame to the sequence's end

@@ -10,7 +10,7 @@ void RenderFrontEnd::refuse(const std::string& title, const std::string& text) {
   render_.Refuse(host::Refusal::NotAllowed, subject(volume_) + title + ": " + text);
 }
 
-OldCache RenderFrontEnd::ask_about_cache(const std::string& title, const std::string&) {
+OldCache RenderFrontEnd::ask_about_cache(const OldRun& run) {
   switch (render_.AskAboutOldFiles()) {
     case host::OldFiles::Overwrite:
       return OldCache::kOverwrite;
@@ -19,8 +19,9 @@ OldCache RenderFrontEnd::ask_about_cache(const std::string& title, const std::st
     case host::OldFiles::Unanswered:
       break;
   }
-  refuse(title, "give --overwrite to simulate over it, --new-cache to leave it alone, or --set " +
-                    volume_.GetName() + ".simulate_on_render=false to render its frames");
+  refuse(run.title,
+         "give --overwrite to simulate over it, --new-cache to leave it alone, or --set " +
+             volume_.GetName() + ".simulate_on_render=false to render its frames");
   return OldCache::kStop;
 }
 

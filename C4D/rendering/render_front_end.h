@@ -8,6 +8,9 @@
 
 namespace nbx {
 
+/// `volume "smoke": `, the start of messages about a volume.
+std::string subject(const host::BaseObject& volume);
+
 /// Ends the run with the render, and asks the render's user about an earlier run.
 class RenderFrontEnd final : public SilentFrontEnd {
  public:
@@ -15,7 +18,8 @@ class RenderFrontEnd final : public SilentFrontEnd {
       : volume_(volume), render_(render) {}
 
   void refuse(const std::string& title, const std::string& text) override;
-  OldCache ask_about_cache(const std::string& title, const std::string& text) override;
+  OldCache ask_about_cache(const OldRun& run) override;
+  void warn(const std::string& text) override { render_.Warning(subject(volume_) + text); }
   Stop wanted_stop() const override { return render_.TestBreak() ? Stop::kNow : Stop::kNo; }
   int threads() const override { return render_.GetThreadCount(); }
 
@@ -23,8 +27,5 @@ class RenderFrontEnd final : public SilentFrontEnd {
   const host::BaseObject& volume_;
   host::BaseRender& render_;
 };
-
-/// `volume "smoke": `, the start of messages about a volume.
-std::string subject(const host::BaseObject& volume);
 
 }  // namespace nbx

@@ -9,6 +9,7 @@
 #include "C4D/services/texts.h"
 #include "C4D/settings/shading_settings.h"
 #include "C4D/settings/volume_cache.h"
+#include "cache/stale_frames.h"
 
 namespace nbx {
 
@@ -30,6 +31,17 @@ void report_missing(const HostVolume& volume, int frame, const std::shared_ptr<B
                                  : "there is no cache to read " + frame_text(frame) + " from";
   render.ReportMissing(name_of(volume) + what +
                        "; simulate it, or choose the cache with --cache or cache_name");
+}
+
+// Warns once per volume. While the render simulates a volume, the mark may lag behind the frames.
+void warn_of_stale_frame(HostVolume& volume, int frame, const BFS& cache,
+                         host::BaseRender& render) {
+  if (volume.warned_of_stale || volume.simulation) return;
+  const std::set<int> stale = stale_frames(cache.directory());
+  if (!stale.contains(frame)) return;
+  volume.warned_of_stale = true;
+  render.Warning(place(volume, frame) + " belongs to an earlier run: simulate " +
+                 named_frames(stale) + " of the cache " + cache.directory() + " again");
 }
 
 // Reports channels that the frame doesn't contain, to explain an empty picture.
@@ -64,6 +76,7 @@ void prepare(HostVolume& volume, host::BaseRender& render, const host::BaseDocum
     report_missing(volume, number, cache, render);
     return;
   }
+  if (render) warn_of_stale_frame(volume, number, *cache, *render);
   if (volume.frame->grids.empty()) return;
 
   params.frames_per_second = document.GetFps().Value();

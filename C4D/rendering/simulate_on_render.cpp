@@ -62,7 +62,7 @@ void give_up(HostVolume& volume, host::BaseRender& render, const std::string& wh
   render.Warning(subject(*volume.object) + failure +
                  "; the render continues with the frames of the cache");
   volume.simulates = false;
-  static_cast<void>(end(volume));  // the user knows of the first failure
+  static_cast<void>(end(volume));  // the first failure has been reported
 }
 
 /// False if there is no run.

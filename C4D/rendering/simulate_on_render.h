@@ -10,7 +10,7 @@ namespace nbx {
 
 /// When a sequence opens: finds the volumes to simulate. These ask for it, in a render of several
 /// frames that overlaps their range, and their cache isn't locked. False if the render is refused,
-/// and the user knows why: two volumes share a cache, or it holds an earlier run that must stay.
+/// which has been reported: two volumes share a cache, or it holds an earlier run that must stay.
 [[nodiscard]] bool admit_simulations(std::span<HostVolume> volumes, host::BaseRender& render);
 
 /// When a frame opens, before anybody holds a frame of a cache: brings the caches of these volumes

@@ -70,13 +70,16 @@ bool must_ask_about_cache(const host::BaseObject& volume) {
   return preference(PREF.ASK_AUTOSAVE) && has_autosave(volume);
 }
 
-bool make_room(host::BaseObject& volume, RunFrontEnd& front_end) {
-  const OldCache choice =
-      front_end.ask_about_cache(texts::kCacheHoldsRun.title, texts::kCacheHoldsRun.text);
-  if (choice == OldCache::kStop) return false;
-  if (choice == OldCache::kOverwrite) return true;
-  set_cache_dir_data(volume, {cache_dir_data(volume).base, ""});
-  if (!make_cache(volume).empty()) return true;
+bool make_room(host::BaseObject& volume, RunFrontEnd& front_end, std::optional<int> frame_before,
+               const std::string& later_frames) {
+  const OldCache choice = front_end.ask_about_cache(
+      {texts::kCacheHoldsRun.title, texts::kCacheHoldsRun.text, frame_before, later_frames});
+  if (choice == OldCache::kMakeNew) return take_new_cache(volume, front_end);
+  return choice == OldCache::kOverwrite;
+}
+
+bool take_new_cache(host::BaseObject& volume, RunFrontEnd& front_end) {
+  if (!make_new_cache(volume).empty()) return true;
   front_end.refuse(texts::kNoCacheFolder.title, texts::kNoCacheFolder.text);
   return false;
 }

@@ -22,8 +22,13 @@ Outcome check_own_cache(const host::BaseObject& volume);
 /// True if the cache holds an earlier run that the user wants to be asked about.
 bool must_ask_about_cache(const host::BaseObject& volume);
 
-/// Asks what to do with that run, and gives the volume a new cache if it is to stay. False if there
-/// is to be no run; the user knows why.
-bool make_room(host::BaseObject& volume, RunFrontEnd& front_end);
+/// Asks what to do with that run, and gives the volume a new cache if it is to stay. `frame_before`
+/// and `later_frames` are those of OldRun. False if there is to be no run, which the front end has
+/// reported.
+bool make_room(host::BaseObject& volume, RunFrontEnd& front_end,
+               std::optional<int> frame_before = {}, const std::string& later_frames = {});
+
+/// Gives the volume a new cache. False, after a refusal, if none can be made.
+bool take_new_cache(host::BaseObject& volume, RunFrontEnd& front_end);
 
 }  // namespace nbx

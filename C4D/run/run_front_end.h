@@ -24,6 +24,13 @@ struct RunPlan {
 /// What to do with a cache that already holds a run.
 enum class OldCache { kStop, kOverwrite, kMakeNew };
 
+/// The earlier run that a new one would replace, or a part of which it would.
+struct OldRun {
+  std::string title, text;          // of a box that asks
+  std::optional<int> frame_before;  // its frame right before the first one of the new run
+  std::string later_frames;         // "frames 11-20", if the new run keeps those before them
+};
+
 /// Whether a run should end, and when.
 enum class Stop { kNo, kAtFrameEnd, kNow };
 
@@ -40,7 +47,12 @@ class RunFrontEnd : public host::BreakTest {
   /// Another run is active. True if it may be stopped.
   virtual bool ask_to_stop(const std::string& title, const std::string& text) = 0;
   /// The cache holds a run.
-  virtual OldCache ask_about_cache(const std::string& title, const std::string& text) = 0;
+  virtual OldCache ask_about_cache(const OldRun& run) = 0;
+  /// A finished run of the same scene has all frames of the range, as `text` says. True if the user
+  /// is content with that: there will be no run.
+  virtual bool may_skip(const std::string& text) = 0;
+  /// Whether a run that continues leaves the cache as it is and gets a new one.
+  virtual bool wants_new_cache() const = 0;
   /// The end of a finished run has moved out, so the new run only has to add frames. `text` says
   /// where it continues. False if the user wants something else.
   virtual bool may_extend(const std::string& text) = 0;

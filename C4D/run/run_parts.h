@@ -4,6 +4,7 @@
 #include "C4D/run/run_front_end.h"
 #include "C4D/run/run_scene.h"
 #include "C4D/run/run_times.h"
+#include "cache/stale_frames.h"
 #include "simulation/simulation3d.h"
 
 namespace nbx {
@@ -13,6 +14,7 @@ struct RunParts {
   Simulation3D& sim;
   RunTimes& times;
   RunFrontEnd& front_end;
+  StaleMark& stale;
 };
 
 }  // namespace nbx

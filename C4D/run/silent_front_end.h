@@ -12,9 +12,9 @@ class SilentFrontEnd : public RunFrontEnd {
   void refuse(const std::string&, const std::string&) override {}
   void message(const std::string&, const std::string&) override {}
   bool ask_to_stop(const std::string&, const std::string&) override { return false; }
-  OldCache ask_about_cache(const std::string&, const std::string&) override {
-    return OldCache::kStop;
-  }
+  OldCache ask_about_cache(const OldRun&) override { return OldCache::kStop; }
+  bool may_skip(const std::string&) override { return false; }
+  bool wants_new_cache() const override { return false; }
   bool may_extend(const std::string&) override { return false; }
   bool may_start_over(const std::string&) override { return false; }
 

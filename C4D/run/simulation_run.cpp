@@ -42,17 +42,18 @@ Outcome SimulationRun::prepare_in_order() {
   // The tags that are enabled before the document moves are those of the whole run.
   open_scene();
   // The domain may be animated: it is that of the start.
-  if (!scene_->evaluate_at(time_range(*volume_).start)) return Outcome::success();
+  if (!scene_->evaluate_at(to_base_time(times_.start.time))) return Outcome::success();
   // The size of the domain decides about memory, so it comes before the first field.
   if (Outcome fits = take_domain(); !fits) return fits;
 
   // The gas of a state gives the time that the run begins at.
-  StateLoader state(std::move(origin_), {*scene_, *sim_, times_, front_end_});
+  StateLoader state(std::move(origin_), {*scene_, *sim_, times_, front_end_, *stale_});
   state.load();
   report_start(state.continued());
   // The scene follows the gas to that time. Only then it can be compared with the state's.
   if (!step_to_state()) return Outcome::success();
   state.finish(*states_);
+  mark_later_frames(state.continued());
   // The first frame needs all of it. A run that continues has it already.
   if (!state.continued()) store_first_frame(state.is_new());
   prepared_ = true;
@@ -73,9 +74,11 @@ void SimulationRun::make_simulation() {
 
 void SimulationRun::open_scene() {
   times_ = run_times(*volume_);
+  if (origin_.start) times_.now.time = times_.start.time = *origin_.start;
   sim_->clock.frame_duration = times_.start.length.value();
   scene_.emplace(*volume_, times_, front_end_);
-  states_.emplace(RunParts{*scene_, *sim_, times_, front_end_});
+  stale_.emplace(*sim_->sink.target_cache);
+  states_.emplace(RunParts{*scene_, *sim_, times_, front_end_, *stale_});
   if (sim_->params.simulated_channels.empty()) front_end_.warn("no channel is simulated");
   if (!scene_->has_sources()) front_end_.warn("the scene has no enabled emitter tag");
 }
@@ -103,6 +106,12 @@ void SimulationRun::report_start(bool continued) {
   front_end_.started({continued ? now + 1 : now, times_.end.frame(), voxels_, cache.directory()});
 }
 
+void SimulationRun::mark_later_frames(bool continued) {
+  const int now = times_.now.frame();
+  if (const Outcome marked = stale_->begin(continued ? now + 1 : now); !marked)
+    front_end_.warn("the later frames of the earlier run can't be marked: " + marked.reason());
+}
+
 bool SimulationRun::step_to_state() {
   if (fraction_less(times_.start.time, times_.now.time) &&
       !scene_->pre_roll(sim_->params.voxel_size))
@@ -115,8 +124,7 @@ void SimulationRun::store_first_frame(bool with_sources) {
     sim_->start(*scene_, times_.now);
   else
     sim_->store_frame(times_.now, 0);
-  front_end_.frame_done(times_.now, *sim_);
-  report_lost();
+  report_frame();
 }
 
 bool SimulationRun::step() {
@@ -125,8 +133,7 @@ bool SimulationRun::step() {
   sim_->clock.sim_time.length = times_.now.length * time_scale(*volume_);
   sim_->update(*scene_, times_.now, this);
   if (sim_->steps_remaining() > 0) return false;
-  front_end_.frame_done(times_.now, *sim_);
-  report_lost();
+  report_frame();
   states_->save_if_due();
   return true;
 }
@@ -146,6 +153,14 @@ void SimulationRun::substep_done(const Simulation3D& sim) {
   front_end_.substep_done(times_.now, sim);
 }
 
+void SimulationRun::report_frame() {
+  front_end_.frame_done(times_.now, *sim_);
+  report_lost();
+  // A mark that stays says too much, which is harmless; the next frame's update tries again.
+  stale_->stored(times_.now.frame());
+  static_cast<void>(stale_->update());
+}
+
 void SimulationRun::report_lost() {
   front_end_.frames_lost(sim_->sink.target_cache->take_lost_frames());
 }
@@ -153,13 +168,16 @@ void SimulationRun::report_lost() {
 Outcome SimulationRun::finish() {
   Outcome saved = Outcome::success();
   if (sim_ && sim_->sink.target_cache) {
-    BFS& cache = *sim_->sink.target_cache;
-    if (frame_done_) states_->save_last();
-    if (const Outcome written = cache.finish_writes(); !written)
+    if (const Outcome written = sim_->sink.target_cache->finish_writes(); !written)
       saved = Outcome::failure("frames wait to be saved: " + written.reason());
+    // Before the state, which counts only if the frame that it belongs to isn't marked.
+    if (const Outcome marked = stale_ ? stale_->end() : Outcome::success(); saved && !marked)
+      saved = Outcome::failure("the mark of stale frames can't be written: " + marked.reason());
+    if (frame_done_) states_->save_last();
     report_lost();
   }
   states_.reset();
+  stale_.reset();
   scene_.reset();
   {
     const std::lock_guard lock(sim_lock_);

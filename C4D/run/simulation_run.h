@@ -53,8 +53,10 @@ class SimulationRun final : private SimProgress {
   void open_scene();
   Outcome take_domain();
   void report_start(bool continued);
+  void mark_later_frames(bool continued);
   bool step_to_state();
   void store_first_frame(bool with_sources);
+  void report_frame();
   void report_lost();
 
   bool progress(int done, int total) override;
@@ -71,6 +73,7 @@ class SimulationRun final : private SimProgress {
   std::mutex sim_lock_;  // guards sim_ against other threads
   std::shared_ptr<Simulation3D> sim_;
   std::optional<RunScene> scene_;
+  std::optional<StaleMark> stale_;
   std::optional<StateSaver> states_;
 };
 

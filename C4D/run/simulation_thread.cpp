@@ -32,8 +32,8 @@ SimulationThread::~SimulationThread() {
   End(true);
 }
 
-bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_run,
-                                        RunFrontEnd& front_end, std::optional<int> at_most) {
+bool SimulationThread::start_simulation(host::BaseObject* object, const RunRequest& request,
+                                        RunFrontEnd& front_end) {
   const auto refuse = [&front_end](const texts::Box& box) {
     front_end.refuse(box.title, box.text);
     return false;
@@ -49,8 +49,7 @@ bool SimulationThread::start_simulation(host::BaseObject* object, bool continue_
     stop(true);
   }
   End(true);
-  std::optional<RunOrigin> origin = continue_run ? continue_earlier_run(*object, at_most, front_end)
-                                                 : settle_with_earlier_run(*object, front_end);
+  std::optional<RunOrigin> origin = settle_origin(*object, request, front_end);
   if (!origin) return false;
   if (renders_at_another_rate(object->GetDocument()))
     front_end.message(texts::kFrameRatesDiffer.title, texts::kFrameRatesDiffer.text);

@@ -24,10 +24,9 @@ class SimulationThread final : public host::C4DThread {
   std::string GetThreadName() const override { return "Nimbrix Simulation"; }
 
   /// Asks, saves the scene and starts the thread; `front_end` must live until the thread has ended.
-  /// False if the run is refused or the user doesn't want it. `continue_run` continues from the
-  /// last state of the cache, or from the last one at or before the frame `at_most`.
-  bool start_simulation(host::BaseObject* object, bool continue_run, RunFrontEnd& front_end,
-                        std::optional<int> at_most = {});
+  /// False if the run is refused, or the user doesn't want or need it.
+  bool start_simulation(host::BaseObject* object, const RunRequest& request,
+                        RunFrontEnd& front_end);
   /// Ends the run at the end of the frame, or `at_once`.
   void stop(bool at_once);
   /// The user's answer to the question of kEventAsk.

@@ -4,6 +4,7 @@
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/services/host_conversion.h"
 #include "C4D/settings/scene_settings.h"
+#include "cache/grid_type.h"
 
 namespace nbx {
 
@@ -44,9 +45,29 @@ void StateLoader::warn_of_missing_grids(bool has_gas) {
   if (!has_gas)
     run_.front_end.warn(state.path + " has grids of less than 3 voxels: " +
                         (continued() ? "the run continues without gas" : "a new run starts"));
-  else if (!FluidSystem::has_velocity(state.frame))
-    run_.front_end.warn(state.path +
-                        " holds no velocity: its gas starts at rest, or with the wind");
+  else
+    warn_of_missing_channels();
+}
+
+/// Ordinary frames hold less than the simulation needs.
+void StateLoader::warn_of_missing_channels() {
+  const SimFrame& frame = origin_.state->frame;
+  std::string missing, cure;
+  const auto add = [&](const std::string& channel) {
+    missing += (missing.empty() ? "" : ", ") + channel;
+    cure += (cure.empty() ? "cache_" : ", cache_") + channel;
+  };
+  const bool has_velocity = FluidSystem::has_velocity(frame);
+  if (!has_velocity) add("velocity");
+  const SolverParams& params = run_.sim.params;
+  for (const int key : params.simulated_channels)
+    if (const int grid = params.channel_params.at(key).grid_type; !frame.grids.contains(grid))
+      add(grid_type_name(grid));
+  if (missing.empty()) return;
+  run_.front_end.warn(
+      origin_.state->path + " holds no " + missing + ": " +
+      (has_velocity ? "the run starts without that" : "its gas starts at rest, or with the wind") +
+      "; next time, set " + cure + ", or use save_state_every");
 }
 
 void StateLoader::finish(StateSaver& saver) {
@@ -86,14 +107,19 @@ void StateLoader::restore_wind() {
 }
 
 void StateLoader::warn_of_differences() {
-  if (!origin_.state->notes) return;
-  const StateNotes& notes = *origin_.state->notes;
-  const std::string scene = differences(notes.scene, scene_values(run_.scene.volume()));
-  if (!scene.empty()) run_.front_end.warn("the scene isn't that of the state: " + scene);
-  if (!origin_.continues || notes.frames.empty()) return;
-  const std::string frames = differences(notes.frames, frame_values(run_.scene.volume()));
-  if (!frames.empty())
-    run_.front_end.warn("the earlier frames were stored with other settings: " + frames);
+  const std::optional<StateNotes>& notes = origin_.state->notes;
+  if (!notes && !origin_.scene) return;
+  const SceneRecord then = notes ? SceneRecord{notes->scene, notes->frames} : *origin_.scene;
+  host::BaseObject& volume = run_.scene.volume();
+  const SceneRecord now{
+      scene_values(volume, notes ? ComparedWith::kNotes : ComparedWith::kSavedScene),
+      frame_values(volume)};
+  const std::string frame = std::to_string(origin_.state->frame.frameTime.frame());
+  for (const std::string& line : differences(then.scene, now.scene))
+    run_.front_end.warn("the scene has changed since frame " + frame + " was simulated: " + line);
+  if (!origin_.continues || then.frames.empty()) return;
+  for (const std::string& line : differences(then.frames, now.frames))
+    run_.front_end.warn("the earlier frames were stored with other settings: " + line);
 }
 
 }  // namespace nbx

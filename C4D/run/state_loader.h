@@ -15,8 +15,8 @@ class StateLoader {
   StateLoader(RunOrigin origin, const RunParts& run) : origin_(std::move(origin)), run_(run) {}
 
   /// Gives the simulation the gas of the state. `times.now` becomes the time of the state if the
-  /// run continues there. Warns if there should be a state and is none. Throws what reading a grid
-  /// throws.
+  /// run continues there. Warns if a state was wanted and there is none, and of what a state lacks.
+  /// Throws what reading a grid throws.
   void load();
   /// Sets the clock, and takes from the state what a frame doesn't hold: wind, noise, the motion of
   /// solids. Warns of differences between the scene and that of the state.
@@ -31,6 +31,7 @@ class StateLoader {
 
   void read();
   void warn_of_missing_grids(bool has_gas);
+  void warn_of_missing_channels();
   void restore_noise(const Fraction& scale);
   void restore_wind();
   void warn_of_differences();

@@ -33,15 +33,17 @@ void StateSaver::save_if_due() {
   if (every < 1 || frame % every != 0 || last) return;
   // A run that continues from a state makes only the frames after it, so all others must exist.
   BFS& store = *run_.sim.sink.target_cache;
-  if (const Outcome saved = store.finish_writes(); saved)
+  Outcome saved = store.finish_writes();
+  if (saved) saved = run_.stale.update();
+  if (saved)
     save(state_file(store.directory(), frame));
   else
     run_.front_end.warn("the state of frame " + std::to_string(frame) +
-                        " isn't saved, since frames before it wait to be: " + saved.reason());
+                        " isn't saved, since frames before it aren't saved yet: " + saved.reason());
 }
 
 void StateSaver::save(const std::string& path) {
-  // Without the break test: a run that was told to stop must still describe its scene.
+  // Without the break test, since the state of a stopped run needs the whole scene too.
   evaluate(run_.scene.document(), to_base_time(run_.times.now.time));
   host::BaseObject& volume = run_.scene.volume();
   const StateNotes notes{run_.sim.fluid().wind_seen(), scene_values(volume), frame_values(volume),

@@ -13,14 +13,18 @@ namespace nbx {
 
 namespace {
 
-CacheDirData place_beside_scene(const host::BaseObject& volume) {
-  const host::BaseDocument& document = volume.GetDocument();
-  const std::string folder = document.GetDocumentPath().path;
-  if (folder.empty()) return {};
-  const QFileInfo scene(QString::fromStdString(document.GetDocumentName()));
+/// "fire.log" for the volume "log" in the scene "fire.json".
+QString name_of(const host::BaseObject& volume) {
+  const QFileInfo scene(QString::fromStdString(volume.GetDocument().GetDocumentName()));
   QString object = QString::fromStdString(volume.GetName());
   object.replace('/', '_');
-  return {folder, (scene.completeBaseName() + "." + object + ".cache").toStdString()};
+  return scene.completeBaseName() + "." + object;
+}
+
+CacheDirData place_beside_scene(const host::BaseObject& volume) {
+  const std::string folder = volume.GetDocument().GetDocumentPath().path;
+  if (folder.empty()) return {};
+  return {folder, (name_of(volume) + ".cache").toStdString()};
 }
 
 std::string join(const CacheDirData& data) {
@@ -67,6 +71,24 @@ std::string make_cache(host::BaseObject& volume) {
   const bool unnamed = volume.GetDataInstance().GetFilename(OVOLUME.CACHE_NAME).path.empty();
   if (unnamed || !(data == cache_dir_data(volume))) set_cache_dir_data(volume, data);
   return directory;
+}
+
+std::string make_new_cache(host::BaseObject& volume) {
+  const std::string base = cache_dir_data(volume).base;
+  if (volume.GetDocument().GetDocumentPath().path.empty()) {
+    set_cache_dir_data(volume, {base, ""});
+    return make_cache(volume);
+  }
+  const QDir folder(QString::fromStdString(base));
+  QString name;
+  for (int i = 1; name.isEmpty() || folder.exists(name); ++i)
+    name = name_of(volume) + QString(".%1").arg(i, 3, 10, QChar('0'));
+  if (!folder.mkpath(".") || !folder.mkdir(name)) {
+    LogMessage() << "Failed to create cache dir " << folder.absoluteFilePath(name);
+    return {};
+  }
+  set_cache_dir_data(volume, {base, name.toStdString()});
+  return find_cache(volume);
 }
 
 std::shared_ptr<BFS> volume_cache(host::BaseObject& volume, bool create) {

@@ -27,6 +27,11 @@ std::string find_cache(const host::BaseObject& volume);
 /// gets a new folder (resolve_cache_dir). Empty, after a log line, if that fails.
 std::string make_cache(host::BaseObject& volume);
 
+/// Makes a new folder beside that of the volume's cache, and names it in the parameter: the scene
+/// "fire.json" with the volume "log" gets "fire.log.001", or the first free number. A scene that
+/// was never on disk gets a new folder as in make_cache. Empty, after a log line, if that fails.
+std::string make_new_cache(host::BaseObject& volume);
+
 /// The open store of find_cache; null if there is none. With `create`, of make_cache.
 std::shared_ptr<BFS> volume_cache(host::BaseObject& volume, bool create);
 

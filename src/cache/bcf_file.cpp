@@ -9,11 +9,23 @@
 #include <cstring>
 #include <limits>
 
+#include <sys/stat.h>
+
 #include "cache/codecs/predictive_codec.h"
 #include "cache/codecs/run_length_codec.h"
 #include "util/log.h"
 
 namespace nbx {
+
+namespace {
+
+/// Whether the file has other names too, as frames have that caches share.
+bool is_shared(const std::string& path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink > 1;
+}
+
+}  // namespace
 
 BcfFile::BcfFile() : file_(std::make_unique<QFile>()) {}
 BcfFile::~BcfFile() = default;
@@ -89,6 +101,8 @@ Outcome BcfFile::openRead(const std::string& path) {
 
 Outcome BcfFile::create(const std::string& path, Sync sync) {
   sync_ = sync;
+  if (is_shared(path) && !QFile::remove(QString::fromStdString(path)))
+    return Outcome::failure("it is shared with another cache and can't be replaced");
   made_ = sync == Sync::kDisk && !QFile::exists(QString::fromStdString(path));
   if (Outcome opened = open(path, Mode::kWriting); !opened) return opened;
   auto header = kBcfHeader;

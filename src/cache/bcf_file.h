@@ -44,7 +44,8 @@ class BcfFile {
 
   /// Opens a file to read. Logs a wrong magic or version and throws BcfFormatError.
   Outcome openRead(const std::string& path);
-  /// Creates or truncates the file and writes its header without the version.
+  /// Creates or truncates the file and writes its header without the version. If the file has other
+  /// names too, they keep it, and `path` becomes a file of its own.
   Outcome create(const std::string& path, Sync sync = Sync::kNone);
   /// Closes the file. For a file that was written this adds the version, which makes it a frame
   /// file; before this call, or after a failed write, no reader accepts it. With Sync::kDisk that

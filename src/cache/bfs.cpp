@@ -47,6 +47,7 @@ bool BFS::setDirectory(const std::string& directory) {
   table.bytes_written = 0;
   table.frames_lost = 0;
   table.lost_frames.clear();
+  table.unsaved.clear();
   if (!table.place().readable()) return false;
   table.prefix = cache_prefix(directory);
   LogMessage() << "Using cache directory " << directory << " prefix " << table.prefix;
@@ -96,6 +97,11 @@ Outcome BFS::finish_writes() {
 void BFS::removeAllSlots() {
   Lock lock(table_->mutex);
   table_->removeAllSlots(lock);
+}
+
+bool BFS::is_saved(int frame) const {
+  const Lock lock(table_->mutex);
+  return !table_->unsaved.contains(frame);
 }
 
 int BFS::frames_lost() const {

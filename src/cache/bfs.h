@@ -83,6 +83,9 @@ class BFS {
   /// complete or partial copy, or is empty or missing.
   bool copy_fits(const std::string& folder);
 
+  /// False for a frame that was stored since the directory was set and isn't on disk: it waits to
+  /// be saved, or it is lost.
+  bool is_saved(int frame) const;
   /// The number of lost frames since the directory was set, and those since the last call.
   int frames_lost() const;
   std::vector<LostFrame> take_lost_frames();

@@ -121,7 +121,8 @@ bool remove_cache(const CacheDirData& data) {
       names_cache(data) && cache.cd(QString::fromStdString(data.name)) && !cache.exists(kLockFile);
   if (removed) {
     CacheRegistry::instance().move(path.toStdString(), "");
-    for (const QString& file : cache.entryList({"*.bcf", "*SimState.*", "*.c4d"}, QDir::Files))
+    for (const QString& file :
+         cache.entryList({"*.bcf", "*SimState.*", "StaleFrames.*", "*.c4d"}, QDir::Files))
       removed = cache.remove(file) && removed;
     removed = removed && QDir().rmdir(cache.absolutePath());
   }

@@ -13,6 +13,7 @@
 #include "cache/cache_registry.h"
 #include "cache/frame_names.h"
 #include "cache/slot_handle.h"
+#include "cache/stale_frames.h"
 #include "support/support.h"
 
 namespace nbx {
@@ -36,6 +37,12 @@ pid_t start(const std::string& cache, const Words& words) {
   dup2(nowhere, STDERR_FILENO);
   execv(NBX_PROGRAM, arguments.data());
   _exit(127);
+}
+
+bool run_to_end(const std::string& cache, const Words& words) {
+  int status = 0;
+  waitpid(start(cache, words), &status, 0);
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 /// Kills a run `delay` after what is waited for has come.
@@ -98,11 +105,6 @@ TEST(Kill, ARunGoesOnFromItsLastStateAndGivesTheSameFrames) {
   const Words all{"--frames", "0-26", "--set", "*.voxel_size=2"};
   const Words saving{
       "--frames", "0-26", "--set", "*.voxel_size=2", "--set", "*.save_state_every=3", "--continue"};
-  const auto run_to_end = [](const std::string& cache, const Words& words) {
-    int status = 0;
-    waitpid(start(cache, words), &status, 0);
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-  };
   ASSERT_TRUE(run_to_end(whole, all));
 
   fs::create_directories(parts);
@@ -137,6 +139,37 @@ TEST(Kill, ARunGoesOnFromItsLastStateAndGivesTheSameFrames) {
         << "frame " << f;
   for (const auto& entry : fs::directory_iterator(parts))
     EXPECT_NE(entry.path().extension(), ".part") << "what the kills left isn't cleaned up";
+}
+
+TEST(Kill, NoFrameOfTheEarlierRunPassesForOneOfTheNew) {
+  const test::TemporaryFolder folder;
+  const std::string whole = folder.file("whole"), cache = folder.file("cache");
+  const Words old{"--frames", "0-26", "--set", "*.voxel_size=2"};
+  Words changed = old;
+  changed.insert(changed.end(), {"--set", "*.time_scale=1.5"});
+  ASSERT_TRUE(run_to_end(cache, old));
+  ASSERT_TRUE(run_to_end(whole, changed));
+  const auto left = list_frames(whole), right = list_frames(cache);
+  ASSERT_TRUE(left.size() == 27 && right.size() == 27);
+  std::set<std::size_t> numbers;
+  for (std::size_t i = 0; i < 8; ++i) {
+    kill_run(
+        start(cache, changed),
+        [&] {
+          const std::size_t marked = stale_frames(cache).size();
+          return marked > 0 && marked < 27 - 2 * i;
+        },
+        std::chrono::microseconds(700 * i));
+    if (testing::Test::HasFatalFailure()) return;
+    const std::set<int> stale = stale_frames(cache);
+    for (int f = 0; f < 27; ++f)
+      EXPECT_TRUE(stale.contains(f) || test::read_file(whole + "/" + left.at(f)) ==
+                                           test::read_file(cache + "/" + right.at(f)))
+          << "kill " << i << ": frame " << f << " has no mark";
+    numbers.insert(stale.size());
+  }
+  EXPECT_GE(numbers.size(), 5u) << "the kills came at the same moment";
+  EXPECT_LT(*numbers.rbegin(), 27u);
 }
 
 }  // namespace

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "host/base/document_error.h"
@@ -73,6 +75,11 @@ class RecordingContext final : public host::CommandContext {
   std::function<void(const std::string&)> on_event, on_progress;
   std::function<void()> on_wait;  // on the main thread
   std::atomic<int> interrupts{0};
+  /// On the run's thread: gives the main thread time to stop the run.
+  void interrupt_and_wait(int times) {
+    interrupt(times);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  }
   void interrupt(int times) {
     interrupts = times;
     host_.Queue().Wake();

@@ -90,9 +90,19 @@ TEST_F(SimulateOnRender, EarlierRunsAndLockedCachesStayAsTheyAre) {
   EXPECT_TRUE(told(context_->errors, "scene.json: volume \"v\": "));
   EXPECT_TRUE(told(context_->errors, "--overwrite"));
   EXPECT_EQ(render(0, 2, {"new-cache"}), host::kDone);
-  EXPECT_EQ(frames("Cache 001"), (Frames{0, 1, 2}));
+  EXPECT_EQ(frames("scene.v.001"), (Frames{0, 1, 2}));
   EXPECT_EQ(bytes(), first);
   EXPECT_EQ(render(0, 2, {"overwrite"}), host::kDone);
+  // Frames that a shorter run leaves are drawn with one warning.
+  write(replaced(kVolume, "simulate_on_render\": true", "simulate_on_render\": false"));
+  EXPECT_EQ(run("simulate", simulate_arguments(path_, 0, "")), host::kDone);
+  EXPECT_EQ(render(0, 2), host::kDone);
+  EXPECT_TRUE(
+      told(context_->warnings, "frame 1 belongs to an earlier run: simulate frames 1-2 of"));
+  write(replaced(kVolume, "\"voxel_size\": 1", R"("voxel_size": 1, "time_scale": 0.5)"));
+  EXPECT_EQ(render(0, 2, {"overwrite"}), host::kDone);
+  EXPECT_FALSE(fs::exists(folder_.file("scene.v.cache/StaleFrames.json")));
+  EXPECT_EQ(context_->warnings, std::vector<std::string>());
   const auto second = bytes();
   EXPECT_NE(second, first);
 
@@ -115,6 +125,23 @@ TEST_F(SimulateOnRender, EarlierRunsAndLockedCachesStayAsTheyAre) {
 }
 
 TEST_F(SimulateOnRender, VolumesHaveCachesOfTheirOwn) {
+  // One after the other, without those that are off, until an interrupt.
+  const std::string off = replaced(kVolume, "\"name\": \"v\"", R"("enabled": false, "name": "u")");
+  write(off + kVolume + replaced(kVolume, "\"v\"", "\"w\""));
+  auto all = simulate_arguments(path_, 3, "");
+  all.AddFlag("all");
+  prepare_context = [](test::RecordingContext& context) {
+    context.on_event = [&](const std::string& event) {
+      if (event == "frame") context.interrupt_and_wait(1);
+    };
+  };
+  EXPECT_EQ(run("simulate", all), host::kInterrupted);
+  EXPECT_EQ(frames(), Frames{0});
+  EXPECT_EQ(frames("scene.w.cache"), Frames());
+  EXPECT_FALSE(fs::exists(folder_.file("scene.u.cache")));
+  prepare_context = {};
+  fs::remove_all(folder_.file("scene.v.cache"));
+
   const std::string unseen = replaced(kVolume, "\"voxel_size\": 1",
                                       R"("voxel_size": 1, "smoke_channel": "none",
                                          "fire_channel": "none")");
@@ -134,8 +161,17 @@ TEST_F(SimulateOnRender, VolumesHaveCachesOfTheirOwn) {
     EXPECT_EQ(render(0, 1, {"overwrite"}), host::kBadInput);
     EXPECT_TRUE(told(context_->errors, "scene.json: volume \"v\": its cache "));
     EXPECT_TRUE(told(context_->errors, "that of volume \"" + std::string(name) + "\": give each"));
-    EXPECT_EQ(run("simulate", simulate_arguments(path_, 1, "")), host::kBadInput);
-    EXPECT_TRUE(told(context_->errors, "that of volume \"v\": give each"));
+    auto arguments = simulate_arguments(path_, 1, "");
+    EXPECT_EQ(run("simulate", arguments), host::kBadInput);
+    EXPECT_TRUE(told(context_->errors, "there are 2 volume objects, \"" + std::string(name) +
+                                           "\", \"v\": give --object NAME to simulate one, or"));
+    arguments.AddFlag("all");
+    EXPECT_EQ(run("simulate", arguments), host::kBadInput);
+    ASSERT_EQ(context_->errors.size(), 2u) << "one for each volume";
+    EXPECT_NE(context_->errors[0].find("that of volume \"v\": give each"), std::string::npos);
+    arguments.Add("cache", folder_.file("cache"));
+    EXPECT_EQ(run("simulate", arguments), host::kBadInput);
+    EXPECT_TRUE(told(context_->errors, "--all and --cache can't be used together"));
     EXPECT_EQ(bytes(), before);
   }
 }

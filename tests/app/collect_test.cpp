@@ -82,8 +82,7 @@ TEST(Collect, FolderIsWholeWhereverItGoes) {
   const std::string moved = folder.file("elsewhere/project");
   fs::rename(project, moved);
   EXPECT_EQ(picture(moved), seen);
-  for (const std::string volume : {"left", "right"})
-    run(moved, "simulate scene.json --overwrite --object " + volume);
+  run(moved, "simulate scene.json --overwrite --all");
   all = Files(moved);
   for (const auto& [name, bytes] : collected)
     if (name.find("nbx_sim_cache") != std::string::npos) {

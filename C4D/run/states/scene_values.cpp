@@ -1,5 +1,7 @@
 #include "C4D/run/states/scene_values.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <charconv>
 #include <cstring>
 #include <set>
@@ -26,14 +28,22 @@ std::string row(std::initializer_list<double> numbers) {
 
 std::string row(const host::Vector& v) { return row({v.x, v.y, v.z}); }
 
+std::string absolute(const std::string& path) {
+  return QDir::cleanPath(QFileInfo(QString::fromStdString(path)).absoluteFilePath()).toStdString();
+}
+
 struct ValueText {
+  const host::BaseDocument* document;  // that paths are relative to; null: they stay as they are
+
   std::string operator()(bool on) const { return on ? "true" : "false"; }
   std::string operator()(std::int32_t n) const { return std::to_string(n); }
   std::string operator()(double x) const { return number(x); }
   std::string operator()(const host::Vector& v) const { return row(v); }
   std::string operator()(const host::BaseTime& t) const { return number(t.Get()); }
   std::string operator()(const std::string& s) const { return s; }
-  std::string operator()(const host::Filename& f) const { return f.path; }
+  std::string operator()(const host::Filename& f) const {
+    return document && !f.path.empty() ? absolute(document->Resolve(f).path) : f.path;
+  }
   std::string operator()(const host::BaseList2D* link) const { return link ? link->GetName() : ""; }
   std::string operator()(const host::CurvePoints& points) const {
     std::string text;
@@ -48,19 +58,20 @@ struct ValueText {
   }
 };
 
-std::string value_text(const host::ParameterInfo& info, const host::ParameterValue& value) {
+std::string value_text(const host::ParameterInfo& info, const host::ParameterValue& value,
+                       const host::BaseDocument* document) {
   for (const host::CycleEntry& entry : info.cycle)
     if (const auto* chosen = std::get_if<std::int32_t>(&value); chosen && *chosen == entry.value)
       return entry.name;
-  return std::visit(ValueText(), value);
+  return std::visit(ValueText{document}, value);
 }
 
 template <class Wanted>
 void add_parameters(SceneValues& values, const std::string& name, const host::BaseList2D& element,
-                    const Wanted& wanted) {
+                    const Wanted& wanted, const host::BaseDocument* document = nullptr) {
   for (const host::ParameterInfo& info : element.GetDescription().parameters)
     if (const auto* value = element.GetDataInstance().Find(info.id); value && wanted(info.id))
-      values[name + "." + info.Name()] = value_text(info, *value);
+      values[name + "." + info.Name()] = value_text(info, *value, document);
 }
 
 void add_place(SceneValues& values, const std::string& name, const host::BaseObject& object) {
@@ -82,13 +93,14 @@ std::string points_sum(const host::PolygonObject& mesh) {
   return std::to_string(mesh.GetPointCount()) + " points, sum " + std::to_string(hash);
 }
 
-void add_object(SceneValues& values, host::BaseObject& object) {
+void add_object(SceneValues& values, host::BaseObject& object, const host::BaseDocument* document) {
   add_place(values, object.GetName(), object);
-  add_parameters(values, object.GetName(), object, [](std::int32_t) { return true; });
-  if (const host::PolygonObject* mesh = host::ToPoly(&object))
+  add_parameters(
+      values, object.GetName(), object, [](std::int32_t) { return true; }, document);
+  if (const host::PolygonObject* mesh = document ? nullptr : host::ToPoly(&object))
     values[object.GetName() + ".shape"] = points_sum(*mesh);
   for (host::BaseObject* child = object.GetDown(); child; child = child->GetNext())
-    add_object(values, *child);
+    add_object(values, *child, document);
 }
 
 /// True for what decides which channels the frames hold.
@@ -108,15 +120,18 @@ bool is_of_simulation(std::int32_t id) {
 
 }  // namespace
 
-SceneValues scene_values(host::BaseObject& volume) {
+SceneValues scene_values(host::BaseObject& volume, ComparedWith other) {
+  const host::BaseDocument* const document =
+      other == ComparedWith::kSavedScene ? &volume.GetDocument() : nullptr;
   SceneValues values;
   values["fps"] = volume.GetDocument().GetFps().Text();
   add_place(values, volume.GetName(), volume);
-  add_parameters(values, volume.GetName(), volume, is_of_simulation);
+  add_parameters(values, volume.GetName(), volume, is_of_simulation, document);
   for (host::BaseTag* tag : find_source_tags(volume.GetDocument())) {
-    add_parameters(values, tag->GetObject()->GetName(), *tag,
-                   [](std::int32_t id) { return id != TVOLUME.VERSION; });
-    add_object(values, *tag->GetObject());
+    add_parameters(
+        values, tag->GetObject()->GetName(), *tag,
+        [](std::int32_t id) { return id != TVOLUME.VERSION; }, document);
+    add_object(values, *tag->GetObject(), document);
   }
   return values;
 }
@@ -127,25 +142,29 @@ SceneValues frame_values(const host::BaseObject& volume) {
   return values;
 }
 
-std::string differences(const SceneValues& then, const SceneValues& now) {
-  SceneValues all = then;
-  all.insert(now.begin(), now.end());
-  constexpr int most = 8;
-  std::string text;
-  int count = 0;
-  const auto at = [](const SceneValues& values, const std::string& name) {
-    const auto found = values.find(name);
-    std::string value = found == values.end() ? "nothing" : found->second;
+std::vector<std::string> differences(const SceneValues& then, const SceneValues& now) {
+  constexpr std::size_t most = 8;
+  const auto shown = [](const std::string& value) {
     return value.size() > 40 ? value.substr(0, 37) + "..." : value;
   };
+  std::vector<std::string> lines;
+  SceneValues all = then;
+  all.insert(now.begin(), now.end());
   for (const auto& [name, ignored] : all) {
     const auto before = then.find(name), after = now.find(name);
-    if (before != then.end() && after != now.end() && before->second == after->second) continue;
-    if (++count <= most)
-      text += (text.empty() ? "" : ", ") + name + " (" + at(then, name) + ", now " + at(now, name) +
-              ")";
+    if (before == then.end())
+      lines.push_back(name + " is new, it is " + shown(after->second));
+    else if (after == now.end())
+      lines.push_back(name + " is gone, it was " + shown(before->second));
+    else if (before->second != after->second)
+      lines.push_back(name + " was " + shown(before->second) + " and is now " +
+                      shown(after->second));
   }
-  return count > most ? text + " and " + std::to_string(count - most) + " more" : text;
+  if (lines.size() <= most) return lines;
+  const std::string more = std::to_string(lines.size() - most) + " other values differ too";
+  lines.resize(most);
+  lines.push_back(more);
+  return lines;
 }
 
 }  // namespace nbx

@@ -4,6 +4,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include "host/interface/scene.h"
 
@@ -14,13 +15,17 @@ namespace nbx {
 /// parameters, matrix and a checksum of the points.
 using SceneValues = std::map<std::string, std::string>;
 
-SceneValues scene_values(host::BaseObject& volume);
+enum class ComparedWith {
+  kNotes,       ///< of a state: paths are those that the user sees
+  kSavedScene,  ///< in another folder, read without its meshes: absolute paths, and no checksums
+};
+SceneValues scene_values(host::BaseObject& volume, ComparedWith other = ComparedWith::kNotes);
 
 /// The parameters of the volume that choose what its frames hold.
 SceneValues frame_values(const host::BaseObject& volume);
 
-/// "smoke.vorticity (2, now 3), knot.density (1, now nothing)": the first few differences, and how
-/// many more there are. Empty if there are none.
-std::string differences(const SceneValues& then, const SceneValues& now);
+/// "smoke.vorticity was 2 and is now 3", "knot.density is gone, it was 1": the first few
+/// differences, and how many more there are. Empty if there are none.
+std::vector<std::string> differences(const SceneValues& then, const SceneValues& now);
 
 }  // namespace nbx

@@ -126,6 +126,7 @@ BFS::Slot* BFS::Table::open_for_storing(int frame, int substep) {
   slot.writing = true;
   slot.state = State::kEmpty;
   slot.data.clear();
+  if (substep == 0) unsaved.insert(frame);
   return &slot;
 }
 

@@ -124,6 +124,7 @@ std::unique_ptr<BcfFile> BFS::Table::take_file() {
 void BFS::Table::settle(Slot& slot, const Saved& saved) {
   bytes_written += saved.size;
   if (saved.settled) slot.state = State::kClean;
+  if (saved.size > 0 && slot.substep == 0) unsaved.erase(slot.frame);
   if (saved.size == 0) last_error = saved.error;
   if (saved.size == 0 && saved.settled) lose(slot.frame, slot.substep, saved.error);
   changed.notify_all();
@@ -179,6 +180,7 @@ bool BFS::write_through(SimFrame& frame) {
   frame.saved = saved.size > 0;
   table_->seconds_waited += watch.seconds();
   if (!frame.saved) table_->lose(slot.frame, slot.substep, saved.error);
+  if (frame.saved && slot.substep == 0) table_->unsaved.erase(slot.frame);
   lock.unlock();
   table_->give_back(slot, Table::Use::kAbandoned, true);
   return frame.saved;

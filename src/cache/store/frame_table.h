@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <map>
 #include <mutex>
+#include <set>
 #include <thread>
 
 #include "cache/bfs.h"
@@ -88,6 +89,7 @@ struct BFS::Table {
   std::uint64_t bytes_written = 0;
   int frames_lost = 0;
   std::vector<LostFrame> lost_frames;
+  std::set<int> unsaved;  // frames that were stored and aren't on disk
   double seconds_waited = 0;
   std::vector<std::unique_ptr<BcfFile>> idle_files;  // kept for their buffers
 
