@@ -40,7 +40,7 @@ void warn_of_stale_frame(HostVolume& volume, int frame, const BFS& cache,
   const std::set<int> stale = stale_frames(cache.directory());
   if (!stale.contains(frame)) return;
   volume.warned_of_stale = true;
-  render.Warning(place(volume, frame) + " belongs to an earlier run: simulate " +
+  render.Warning(name_of(volume) + frame_text(frame) + " belongs to an earlier run: simulate " +
                  named_frames(stale) + " of the cache " + cache.directory() + " again");
 }
 
@@ -76,7 +76,7 @@ void prepare(HostVolume& volume, host::BaseRender& render, const host::BaseDocum
     report_missing(volume, number, cache, render);
     return;
   }
-  if (render) warn_of_stale_frame(volume, number, *cache, *render);
+  warn_of_stale_frame(volume, number, *cache, render);
   if (volume.frame->grids.empty()) return;
 
   params.frames_per_second = document.GetFps().Value();
