@@ -251,7 +251,7 @@ TEST_F(Plugin, SolidsAreExportedOnDemand) {
   fs::create_directory(made);
   SimFrame stored;
   const FieldHandle field = acquire_field({3, 3, 3});
-  for (const int type : {kGridDensity, kGridVelocityX, kGridSolid}) {
+  for (const int type : {kGridDensity, kGridVelocityX, kGridVelocityZ, kGridSolid}) {
     std::fill_n(field->data(), field->count(), type == kGridDensity ? 1e5f : 1e38f);
     if (type == kGridSolid) (*field)(1, 1, 1) = 1;
     stored.add(field, type, {}, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
