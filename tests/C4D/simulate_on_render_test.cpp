@@ -18,7 +18,7 @@ const char* const kBall = R"({"type": "mesh", "scale": [2, 2, 2], "parameters": 
 
 class SimulateOnRender : public test::PluginFixture {
  protected:
-  /// Writes the scene. Its volumes have no cache_name, unless they say so.
+  /// Writes the scene. Its volumes have no cache_name unless one is given.
   void write(const std::string& volumes = kVolume, const std::string& document = R"("end": 99)") {
     path_ = scene("{" + document + ", \"objects\": [" + volumes + kBall + "]}");
   }
@@ -96,7 +96,7 @@ TEST_F(SimulateOnRender, EarlierRunsAndLockedCachesStayAsTheyAre) {
   const auto second = bytes();
   EXPECT_NE(second, first);
 
-  // The panel finds the cache beside the scene, and locks it.
+  // The panel finds the cache next to the scene, and locks it.
   write();
   const auto document = context_->LoadDocument({path_});
   host::BaseObject* const volume = context_->FindObject(*document, kVolumeObject);
@@ -114,7 +114,7 @@ TEST_F(SimulateOnRender, EarlierRunsAndLockedCachesStayAsTheyAre) {
   }
 }
 
-TEST_F(SimulateOnRender, VolumesHaveCachesOfTheirOwn) {
+TEST_F(SimulateOnRender, EachVolumeNeedsItsOwnCache) {
   const std::string unseen = replaced(kVolume, "\"voxel_size\": 1",
                                       R"("voxel_size": 1, "smoke_channel": "none",
                                          "fire_channel": "none")");
@@ -140,7 +140,7 @@ TEST_F(SimulateOnRender, VolumesHaveCachesOfTheirOwn) {
   }
 }
 
-TEST_F(SimulateOnRender, FailedRunsArentBegunAnewAndInterruptsEndThem) {
+TEST_F(SimulateOnRender, FailedRunsDontStartAgainAndInterruptsEndThem) {
   write(replaced(kVolume, "\"voxel_size\": 1", "\"voxel_size\": 1e-12"));
   EXPECT_EQ(render(2, 5, {"empty"}), host::kDone);
   EXPECT_EQ(log_.count("Failed to prepare sim"), 1);
