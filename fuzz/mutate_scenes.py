@@ -4,13 +4,14 @@
 usage: mutate_scenes.py PROGRAM [COUNT] [SEED] [--keep FOLDER] [--jobs N]
 
 Each scene is one of scenes/*.json with one to four changes: numbers that no scene has, values of
-other kinds, keys and elements that are missing or twice, and parameters of the schema out of the
-blue. It is simulated for three frames, and one of them is rendered, each within a minute. The
-program may do as it is told (exit code 0), fail (1) or refuse (2), with a line that says why.
-What it may not do is crash, hang, or end without a word: such scenes are kept in FOLDER, and make
-the script's exit code 1.
+other kinds, keys and elements that are missing or twice, and parameters of the schema in places
+where nobody expects them. Comments are written between its lines. It is simulated for three frames,
+and one of them is rendered, each within a minute. The program may succeed (exit code 0), fail (1)
+or refuse (2), with a line that gives the reason. It must not crash, hang, or end without a message:
+such scenes are kept in FOLDER, and make the script's exit code 1. The scene without the changes, but
+with comments, is saved twice: that must keep all of them and give the same text.
 """
-import argparse, collections, concurrent.futures, copy, glob, json, os, random, subprocess, tempfile
+import argparse, collections, concurrent.futures, copy, glob, json, os, random, re, subprocess, tempfile
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 NUMBERS = [0, -1, 1, 0.5, -0.5, 1e-300, 1e-12, 1e-3, 7, 1000, 65536, 1e6, 2147483647, -2147483648,
@@ -75,6 +76,31 @@ def mutate(document, schema, rng):
         owner[key] = copy.deepcopy(at(document, rng.choice([p for p, _ in places(document)])))
 
 
+def commented(text, rng):
+    """The text with comments in some of its lines. Its strings have no line breaks."""
+    lines = text.split("\n")
+    for i in rng.sample(range(len(lines)), min(len(lines), rng.randint(0, 9))):
+        lines[i] = rng.choice(["%s // c%d.", "%s/* c%d. */", "%s\n  /* c%d.\n    more */"]) % (lines[i], i)
+    return "\n".join(lines)
+
+
+def saved(program, text, folder):
+    """What is wrong with the texts that the program saves, if anything."""
+    with open(os.path.join(folder, "whole.json"), "w") as file:
+        file.write(text)
+    texts = [text]
+    for source, target in (".", "once"), ("once", "twice"):
+        done = subprocess.run([program, "collect", os.path.join(source, "whole.json"), "--output",
+                               target, "--log-file", "log"], cwd=folder, capture_output=True,
+                              timeout=SECONDS)
+        if done.returncode:
+            return "failed: %s" % done.stderr[-300:]
+        with open(os.path.join(folder, target, "whole.json")) as file:
+            texts.append(file.read())
+    kept = [sorted(re.findall(r"c\d+\.", one)) for one in texts]
+    return None if texts[1] == texts[2] and kept[0] == kept[1] else "lost or changed comments"
+
+
 def run(words, folder):
     """What is wrong with the run, if anything, and how it ended."""
     try:
@@ -94,11 +120,12 @@ def check(program, seed):
     source = rng.choice(sorted(glob.glob(os.path.join(ROOT, "scenes", "*.json"))))
     with open(source) as file:
         document = json.load(file)
+    whole = commented(json.dumps(document, indent=1), rng)
     with open(os.path.join(ROOT, "docs", "scene.schema.json")) as file:
         schema = json.load(file)
     for _ in range(rng.randint(1, 4)):
         mutate(document, schema, rng)
-    text = json.dumps(document, indent=1)
+    text = commented(json.dumps(document, indent=1), rng)
     with tempfile.TemporaryDirectory() as folder:
         os.symlink(os.path.join(ROOT, "scenes", "meshes"), os.path.join(folder, "meshes"))
         with open(os.path.join(folder, "scene.json"), "w") as file:
@@ -111,7 +138,8 @@ def check(program, seed):
                                       *log], folder)),
                    ("render", *run([program, "render", "scene.json", "--frames", "2", "--size",
                                     "16x9", "--samples", "1", "--missing", "empty", *log],
-                                   folder))]
+                                   folder)),
+                   ("save", saved(program, whole, folder), "done")]
     return seed, text, os.path.basename(source), results
 
 

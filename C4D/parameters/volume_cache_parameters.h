@@ -9,11 +9,10 @@ namespace nbx {
 inline constexpr std::int32_t kVolumeParametersVersion = 1;
 
 struct CacheParameters : VolumeGroup {
-  File CACHE_NAME =
-      file(1161, "CACHE_NAME",
-           "Folder of the frames. With / at the end a new folder is made in it. Empty: "
-           "SCENE.OBJECT.cache beside the scene; for a scene that was never saved, a new folder in "
-           "the one that the preferences name");
+  File CACHE_NAME = file(1161, "CACHE_NAME",
+                         "Folder of the frames. If it ends with /, a new folder is created in it. "
+                         "Empty: SCENE.OBJECT.cache next to the scene; for a scene that was never "
+                         "saved, a new folder in the cache folder of the preferences");
   Flag CACHE_LOCK = flag(1376, "CACHE_LOCK", false,
                          "Protect the cache: no run and no simulating render writes into it")
                         .still();
@@ -34,11 +33,11 @@ struct CacheParameters : VolumeGroup {
           .still();
   File STATE_FILE = file(1119, "STATE_FILE", "Frame file with the state to start from")
                         .enabled_if(on(LOAD_STATE));
-  Flag STATE_CONTINUE_TIME =
-      flag(1120, "STATE_CONTINUE_TIME", true,
-           "A run from a state continues at the state's time; otherwise it starts at its own")
-          .still()
-          .enabled_if(on(LOAD_STATE));
+  Flag STATE_CONTINUE_TIME = flag(1120, "STATE_CONTINUE_TIME", true,
+                                  "A run from a state continues at the time of the state; "
+                                  "otherwise it starts at the first frame of its range")
+                                 .still()
+                                 .enabled_if(on(LOAD_STATE));
   Whole SAVE_STATE_EVERY =
       whole(1421, "SAVE_STATE_EVERY", 0, 0, 1e6,
             "Number of frames between saved states. An interrupted run can "
@@ -69,10 +68,11 @@ struct UpresParameters : CacheParameters {
   Real UPRES_PERSISTENCE = real(1366, "UPRES_PERSISTENCE", 0.56, 0, 1, "",
                                 "Strength of detail relative to detail of twice the size")
                                .later();
-  Whole UPRES_EXTRA_BANDS = whole(1402, "UPRES_EXTRA_BANDS", 0, 0, 64,
-                                  "Sizes of detail to add besides those between the two "
-                                  "resolutions")
-                                .later();
+  Whole UPRES_EXTRA_BANDS =
+      whole(1402, "UPRES_EXTRA_BANDS", 0, 0, 64,
+            "Number of larger sizes of detail that are added too, each twice the size of the one "
+            "before; 0: only detail smaller than the voxels of the cache")
+          .later();
 };
 
 }  // namespace nbx

@@ -31,7 +31,7 @@ enum VolumeChannel : std::int32_t {
 /// A part of the volume object's table.
 class VolumeGroup : public ParameterGroup {
  protected:
-  static constexpr const char* kPartPerFrame = "of 1 per frame";
+  static constexpr const char* kPartPerFrame = "fraction per frame";
   static constexpr const char* kDiffusionUnit = "100 units^2/s";
 
   VolumeGroup() : ParameterGroup("OVOLUME") {}

@@ -81,7 +81,7 @@ struct DisplayParameters : VolumeGroup {
           .later()
           .enabled_if(off(DISPLAY_AUTO_RANGE));
   Real DISPLAY_SLICE_RATE = real(1346, "DISPLAY_SLICE_RATE", 1, 0.001, 64, "per voxel",
-                                 "Slices with which the volume is drawn: more look smoother")
+                                 "Number of slices that draw the volume: more look smoother")
                                 .later()
                                 .enabled_if(shows_volume);
   Real DISPLAY_DENSITY =

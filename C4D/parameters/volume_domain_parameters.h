@@ -48,10 +48,12 @@ struct TimeParameters : DomainParameters {
                   "Largest distance that gas may travel in a substep (CFL number). Lower is more "
                   "accurate and slower");
   Whole MAX_SUBSTEPS =
-      whole(1258, "MAX_SUBSTEPS", 1, 1, 10000, "Largest number of substeps in a frame; limits cfl");
-  Whole SOURCE_SUBSTEPS = whole(1354, "SOURCE_SUBSTEPS", 0, 0, 10000,
-                                "Positions at which a moving source emits in a substep: more close "
-                                "gaps behind fast sources; 0: one per voxel of movement");
+      whole(1258, "MAX_SUBSTEPS", 1, 1, 10000,
+            "Largest number of substeps in a frame. Beyond it, gas may travel farther than cfl");
+  Whole SOURCE_SUBSTEPS =
+      whole(1354, "SOURCE_SUBSTEPS", 0, 0, 10000,
+            "Number of positions at which a moving source emits in a substep. Higher values close "
+            "gaps behind fast sources; 0: one per voxel of movement");
 };
 
 }  // namespace nbx

@@ -14,7 +14,9 @@ struct DensityParameters : TimeParameters {
                            .still()
                            .enabled_if(has_density);
   Real BUOYANCY_DENSITY = real(1004, "BUOYANCY_DENSITY", 1000, 0, kUnbounded, kAcceleration,
-                               "Acceleration of gas where the density is 1 or more")
+                               "Acceleration of gas where the density is 1 or more, along "
+                               "direction_density: dense gas falls by default. 0: it has no "
+                               "weight; with direction_density [0, 1, 0] it rises by itself")
                               .enabled_if(has_density);
   Vector DIRECTION_DENSITY = vector(1121, "DIRECTION_DENSITY", {0, -1, 0}, "",
                                     "Direction in which density accelerates the gas")
@@ -37,7 +39,9 @@ struct TemperatureParameters : DensityParameters {
           .enabled_if(has_temperature);
   Real BUOYANCY_TEMPERATURE =
       real(1005, "BUOYANCY_TEMPERATURE", 600, 0, kUnbounded, kAcceleration,
-           "Acceleration of gas where the temperature is 1 or more: how fast hot gas rises")
+           "Acceleration of gas where the temperature is 1 or more: how fast hot gas rises. Smoke "
+           "rises where this pull is stronger than that of "
+           "buoyancy_density")
           .enabled_if(has_temperature);
   Vector DIRECTION_TEMPERATURE = vector(1122, "DIRECTION_TEMPERATURE", {0, 1, 0}, "",
                                         "Direction in which temperature accelerates the gas")

@@ -44,19 +44,28 @@ class TagGroup : public ParameterGroup {
   }
   Line<TagMode> mode(std::int32_t id, const char* name) {
     return cycle(id, name, TVOLUME_MODE_SET, {{TVOLUME_MODE_ADD, "add"}, {TVOLUME_MODE_SET, "set"}},
-                 "add: adds the amount in each frame; set: raises the gas to the amount");
+                 "set: raises the gas to the amount; add: adds the amount in each frame, so small "
+                 "amounts are enough");
   }
 };
 
 struct EmissionParameters : TagGroup {
   Flag ENABLED = flag(1057, "ENABLED", true, "Turns the tag on").still();
-  Real DENSITY = amount(1001, "DENSITY", "Density at the object's surface");
+  Real DENSITY = amount(
+      1001, "DENSITY",
+      "Density at the object's surface. 1 is usual: buoyancy_density is at full strength there");
   Choice<TagMode> DENSITY_MODE = mode(1039, "DENSITY_MODE");
-  Real TEMPERATURE = amount(1002, "TEMPERATURE", "Temperature at the object's surface");
+  Real TEMPERATURE = amount(1002, "TEMPERATURE",
+                            "Temperature at the object's surface. 1 is usual: buoyancy_temperature "
+                            "is at full strength there");
   Choice<TagMode> TEMPERATURE_MODE = mode(1040, "TEMPERATURE_MODE");
-  Real FUEL = amount(1004, "FUEL", "Fuel at the object's surface");
+  Real FUEL = amount(
+      1004, "FUEL",
+      "Fuel at the object's surface. 0.5 to 1 is usual; it burns at decay_fuel of the volume");
   Choice<TagMode> FUEL_MODE = mode(1041, "FUEL_MODE");
-  Real BURN = amount(1067, "BURN", "Burn at the object's surface");
+  Real BURN =
+      amount(1067, "BURN",
+             "Burn at the object's surface: gas that is already in flames. 0.5 to 1 is usual");
   Choice<TagMode> BURN_MODE = mode(1066, "BURN_MODE");
   Real EXPANSION = real(1032, "EXPANSION", 0, -kUnbounded, kUnbounded, "1/s",
                         "Volume of gas that the surface emits, in volumes of its voxels; below 0 "
@@ -64,7 +73,7 @@ struct EmissionParameters : TagGroup {
   Real NORMAL_FORCE = real(1005, "NORMAL_FORCE", 0, -kUnbounded, kUnbounded, "units/frame",
                            "Speed at which gas leaves the surface; below 0: enters it");
   Vector DIRECTION = vector(1035, "DIRECTION", {0, 0, 0}, "units/s",
-                            "Velocity that the gas is given, along the object's own axes");
+                            "Velocity of the emitted gas, along the object's axes");
   Real VELOCITY_TRANSFER = real(1046, "VELOCITY_TRANSFER", 0, -kUnbounded, kUnbounded, "",
                                 "Fraction of a particle's velocity that the gas takes on")
                                .enabled_if(off(SOLID));
@@ -101,9 +110,10 @@ struct TagParameters : EmissionParameters {
              {TVOLUME_PARTICLE_MASS, "mass"},
              {TVOLUME_PARTICLE_SIZE, "size"}},
             "Property of a particle that scales its source, by particle_curve");
-  Curve PARTICLE_CURVE = straight_curve(1051, "PARTICLE_CURVE", {{0, 0}, {1, 1}},
-                                        "Maps that property to the strength of the source")
-                             .enabled_if(is_not(PARTICLE_MAP, TVOLUME_PARTICLE_NOTHING));
+  Curve PARTICLE_CURVE =
+      straight_curve(1051, "PARTICLE_CURVE", {{0, 0}, {1, 1}},
+                     "Maps the property of particle_map to the strength of the source")
+          .enabled_if(is_not(PARTICLE_MAP, TVOLUME_PARTICLE_NOTHING));
   Whole VERSION = whole(1044, "VERSION", kTagParametersVersion, 0, kTagParametersVersion,
                         "Version of the set of parameters; older documents are converted")
                       .still();

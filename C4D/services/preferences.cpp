@@ -3,7 +3,7 @@
 namespace nbx {
 
 host::ClassDescription preferences_description() {
-  return {"preferences", "What the user prefers in all scenes", PREF.infos()};
+  return {"preferences", "Settings of the user for all scenes", PREF.infos()};
 }
 
 bool register_preferences(host::HostServices& services, const std::string& name) {

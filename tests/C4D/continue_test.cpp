@@ -120,7 +120,7 @@ TEST_F(Continue, GivesTheFramesOfARunThatNeverStopped) {
   }
 }
 
-TEST_F(Continue, TellsWhatChangedAndRefusesWhatWouldLoseARun) {
+TEST_F(Continue, ReportsWhatChangedAndRefusesToLoseARun) {
   const auto path = scene(fire(R"("vorticity": 0, "save_state_every": 1)"));
   const std::string state = folder_.file("cache/LastSimState.bcf");
   ASSERT_EQ(simulate(path, 1, "cache", {"continue"}), host::kDone);

@@ -250,7 +250,7 @@ TEST(EmitterSampler, ParticlesEmitAndHandOverTheirVelocity) {
 }
 
 // One particle is born at the start and has come 2 units far, to the center of a cell.
-TEST(EmitterSampler, ParticlesAreAsStrongAsTheirMapSays) {
+TEST(EmitterSampler, ParticleMapScalesTheStrengthOfParticles) {
   const auto strength = [](const std::string& tagged, const char* map, const char* curve) {
     SceneRun run(
         test::data("mapped_particles.json", {{"EMITTER", tagged == "emitter" ? "true" : "false"},
@@ -273,7 +273,7 @@ TEST(EmitterSampler, ParticlesAreAsStrongAsTheirMapSays) {
   EXPECT_FLOAT_EQ(strength("group", "speed", wide), 0.68359375f);
 }
 
-TEST(ParticleTable, HoldsPlacesVelocitiesAndWhoIsAlive) {
+TEST(ParticleTable, HoldsPositionsVelocitiesAndLiveParticles) {
   test::TestDocument document(R"({"type": "particle_emitter", "name": "e"})");
   auto& particles = static_cast<host::SceneObject&>(document.object("e")).particles;
   host::Particle p;
@@ -290,7 +290,8 @@ TEST(ParticleTable, HoldsPlacesVelocitiesAndWhoIsAlive) {
   }
 }
 
-// What scenes have by mistake: it costs a log line or nothing, and the rest of the scene goes on.
+// What scenes have by mistake: it causes a log line or nothing, and the rest of the scene still
+// works.
 TEST(EmitterSampler, BadInputIsSkipped) {
   const std::string density = R"("density": 1, "normal_force": 20)";
   const std::pair<std::string, const char*> cases[] = {

@@ -99,7 +99,7 @@ std::set<int> states(const std::string& cache) {
   return frames;
 }
 
-TEST(Kill, ARunGoesOnFromItsLastStateAndGivesTheSameFrames) {
+TEST(Kill, ARunContinuesFromItsLastStateWithTheSameFrames) {
   const test::TemporaryFolder folder;
   const std::string whole = folder.file("whole"), parts = folder.file("parts");
   const Words all{"--frames", "0-26", "--set", "*.voxel_size=2"};

@@ -29,7 +29,7 @@ namespace {
 /// one.
 using Record = std::map<std::string, double>;
 
-/// `names` holds a name for each value; `prefix` stands before all of them.
+/// `names` holds a name for each value; `prefix` precedes each of them.
 template <class... T>
 Record named(const std::string& prefix, const char* names, const T&... values) {
   std::istringstream in(names);

@@ -2,8 +2,11 @@
 #include <QCoreApplication>
 #include <clocale>
 #include <regex>
+#include <set>
+#include <sstream>
 
 #include "C4D/recording_context.h"
+#include "host/format/scene_hints.h"
 #include "host/format/scene_schema.h"
 #include "host/plugin_module.h"
 #include "support/support.h"
@@ -123,6 +126,31 @@ TEST(PluginStart, SchemaInTheRepositoryIsThatOfTheTables) {
   const host::PluginModule plugin(NBX_PLUGIN, host);
   EXPECT_TRUE(host::SceneSchema(host.Classes()) + "\n" == test::read_file(NBX_SCHEMA))
       << "make it anew: nimbrix describe --schema > docs/scene.schema.json";
+}
+
+// A hint whose word is a name, or which names something unknown, would be wrong.
+TEST(PluginStart, HintsNameWhatScenesCanContain) {
+  host::SmallHost host;
+  const host::PluginModule plugin(NBX_PLUGIN, host);
+  const std::string schema = host::SceneSchema(host.Classes());
+  std::size_t quoted = 0;
+  for (const auto& [scope, hints] : host::AllSceneHints()) {
+    std::set<std::string> words;
+    for (const auto* row : {&host.Classes().objects, &host.Classes().tags, &host.Classes().render,
+                            &host.Classes().materials, &host.Classes().shaders})
+      if (const auto* type = row->Find(std::string(scope)))
+        for (const std::string& name : type->description.Names())
+          words.insert(std::regex_replace(name, std::regex("_"), ""));
+    for (const auto& [typed, text] : hints) {
+      std::istringstream stream{std::string(typed)};
+      for (std::string word; stream >> word;)
+        EXPECT_TRUE(words.insert(word).second) << scope << ": " << word;
+      const std::regex name("\"[a-z_]+\"");
+      for (std::cregex_iterator it(text.begin(), text.end(), name), end; it != end; ++it, ++quoted)
+        EXPECT_NE(schema.find(it->str()), std::string::npos) << scope << ": " << text;
+    }
+  }
+  EXPECT_GT(quoted, 100u);
 }
 
 }  // namespace

@@ -102,7 +102,7 @@ TEST_F(Plugin, ExpandingSourcesPushTheGas) {
 }
 
 // At twice the pace the gas rises in four frames as far as it does in eight.
-TEST_F(Plugin, TimeScaleIsThePaceOfTheGas) {
+TEST_F(Plugin, TimeScaleSetsTheSpeedOfTheGas) {
   const auto rise = [&](const std::string& scale, int last) {
     const std::string pace = "\"max_substeps\": 8, \"time_scale\": " + scale;
     EXPECT_EQ(simulate(last, replaced(kScene, "\"max_substeps\": 2", pace)), host::kDone);
@@ -115,7 +115,7 @@ TEST_F(Plugin, TimeScaleIsThePaceOfTheGas) {
 }
 
 // A burning ball against the open face at the high end of z.
-TEST_F(Plugin, FireIsMeasuredAndItsLossesAreTold) {
+TEST_F(Plugin, FireIsMeasuredAndItsLossesAreReported) {
   ASSERT_EQ(simulate(4, test::read_file(NBX_C4D_DATA "/burning_ball.json")), host::kDone);
   const auto& seen = *context_;
   EXPECT_NE(seen.results.at(0).find("; gas leaves through z+ from frame 0"), std::string::npos)

@@ -136,7 +136,7 @@ TEST(VolumeCache, ShowsCachedFramesAtDocumentTimes) {
   EXPECT_EQ(at(own + R"(, "frame_stride": 2)", 9), 8);
 }
 
-// What a run in a domain full of gas holds at most, beside the frame that is cached. Vorticity
+// What a run in a domain full of gas holds at most, besides the frame that is cached. Vorticity
 // takes its fields when those of the advection are free again.
 TEST(Workspace, CoversWhatARunHolds) {
   for (const std::string direct : {"true", "false"})

@@ -45,7 +45,7 @@ TEST(ShadingSettings, CompositingTagHidesVolumesFromRays) {
   }
   EXPECT_EQ(read(volume("", tag(R"("matte": true, "matte_color": [0.5, 0, 0.25])"))).matteColor,
             (Color{0.5f, 0, 0.25f}));
-  // A tag holds for what lies under its object, too, but for what has a tag of its own.
+  // A tag also applies to the children of its object that have no such tag.
   for (const bool own : {false, true}) {
     const RenderVolume target =
         read(R"({"type": "null", "tags": [)" + tag(R"("seen_by_gi": false)") +

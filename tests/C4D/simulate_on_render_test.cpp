@@ -18,7 +18,7 @@ const char* const kBall = R"({"type": "mesh", "scale": [2, 2, 2], "parameters": 
 
 class SimulateOnRender : public test::PluginFixture {
  protected:
-  /// Writes the scene. Its volumes have no cache_name, unless they say so.
+  /// Writes the scene. Its volumes have no cache_name unless one is given.
   void write(const std::string& volumes = kVolume, const std::string& document = R"("end": 99)") {
     path_ = scene("{" + document + ", \"objects\": [" + volumes + kBall + "]}");
   }
@@ -106,7 +106,7 @@ TEST_F(SimulateOnRender, EarlierRunsAndLockedCachesStayAsTheyAre) {
   const auto second = bytes();
   EXPECT_NE(second, first);
 
-  // The panel finds the cache beside the scene, and locks it.
+  // The panel finds the cache next to the scene, and locks it.
   write();
   const auto document = context_->LoadDocument({path_});
   host::BaseObject* const volume = context_->FindObject(*document, kVolumeObject);
@@ -124,7 +124,7 @@ TEST_F(SimulateOnRender, EarlierRunsAndLockedCachesStayAsTheyAre) {
   }
 }
 
-TEST_F(SimulateOnRender, VolumesHaveCachesOfTheirOwn) {
+TEST_F(SimulateOnRender, EachVolumeNeedsItsOwnCache) {
   // One after the other, without those that are off, until an interrupt.
   const std::string off = replaced(kVolume, "\"name\": \"v\"", R"("enabled": false, "name": "u")");
   write(off + kVolume + replaced(kVolume, "\"v\"", "\"w\""));
@@ -176,7 +176,7 @@ TEST_F(SimulateOnRender, VolumesHaveCachesOfTheirOwn) {
   }
 }
 
-TEST_F(SimulateOnRender, FailedRunsArentBegunAnewAndInterruptsEndThem) {
+TEST_F(SimulateOnRender, FailedRunsDontStartAgainAndInterruptsEndThem) {
   write(replaced(kVolume, "\"voxel_size\": 1", "\"voxel_size\": 1e-12"));
   EXPECT_EQ(render(2, 5, {"empty"}), host::kDone);
   EXPECT_EQ(log_.count("Failed to prepare sim"), 1);

@@ -42,7 +42,7 @@ class Watcher final : public SilentFrontEnd {
   Stop stop = Stop::kNo, on_the_way_to_2 = Stop::kNo;
 };
 
-TEST(SimulationRun, EndsWhenItsFrontEndSaysSo) {
+TEST(SimulationRun, EndsWhenItsFrontEndStopsIt) {
   const struct {
     Stop before, on_the_way_to_2;
     std::string said, frames;
@@ -103,7 +103,7 @@ TEST(SimulationRun, ReportsWhyItCannotStart) {
   EXPECT_TRUE(list_frames(folder.path()).empty());
 }
 
-TEST(SimulationRun, WritesFramesAsTheVolumeSays) {
+TEST(SimulationRun, WritesFramesByTheSettingsOfTheVolume) {
   const test::TemporaryFolder folder;
   const auto store = getCache(folder.path());
   for (const bool other : {false, true}) {
@@ -126,7 +126,7 @@ class IdleThread final : public host::C4DThread {
   void Main() override {}
 };
 
-TEST(ThreadFrontEnd, StopsAtTheStrongestWish) {
+TEST(ThreadFrontEnd, TheStrongestRequestStopsIt) {
   IdleThread thread;
   Watcher user;
   ThreadFrontEnd front_end(user, thread);

@@ -25,7 +25,7 @@ inline std::string data(const std::string& name,
 class TestDocument {
  public:
   /// `objects` are the document's objects, a whole document, or the name of a .json file in data/.
-  /// `more` are members of the document beside its objects.
+  /// `more` are members of the document next to its objects.
   explicit TestDocument(const std::string& objects, const std::string& more = "") {
     register_volume_object(host_, "Volume");
     register_volume_tag(host_, "Emitter");

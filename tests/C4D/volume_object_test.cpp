@@ -19,7 +19,7 @@ void add(SimFrame& frame, int type, const Vec3i& dims, float value) {
   frame.add(grid, type, {4, -5, 6}, {});
 }
 
-TEST(VolumeObject, PanelTellsOfTheShownFrame) {
+TEST(VolumeObject, PanelDescribesTheShownFrame) {
   const test::TemporaryFolder folder;
   SimFrame frame;
   add(frame, kGridDensity, {64, 64, 130}, 0.5f), add(frame, kGridVelocityX, {65, 64, 130}, 0.5f);

@@ -46,7 +46,7 @@ class VolumeRender : public testing::Test {
 
   ~VolumeRender() override { set_host_services(nullptr); }
 
-  /// 0.02 a unit of extinction. `place` are members of the object beside its parameters.
+  /// 0.02 a unit of extinction. `place` are members of the object next to its parameters.
   std::string smoke(const std::string& place = "",
                     const std::string& size = R"("size": [80, 80, 80], )") const {
     return R"({"type": "volume", "name": "smoke", )" + place + R"("parameters": {"cache_name": ")" +

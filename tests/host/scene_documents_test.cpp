@@ -76,7 +76,7 @@ TEST(SceneDocument, FilesKeepTheirPlaceWhenTheDocumentMoves) {
 }
 
 // data/mistakes.json contains parts of scenes, each with its error, which starts with the place.
-// FOLDER stands for the folder of the data, and a star for the rest of an error.
+// FOLDER means the folder of the data, and a star some text.
 TEST(SceneDocument, MistakesAreReportedWithTheirPlace) {
   const std::string folder = NBX_HOST_TEST_DATA;
   for (const Json& group : Json::parse(Data("mistakes.json")))
@@ -90,7 +90,11 @@ TEST(SceneDocument, MistakesAreReportedWithTheirPlace) {
       for (std::size_t at; (at = error.find(folder)) != std::string::npos;)
         error.replace(at, folder.size(), "FOLDER");
       const std::string expected = group["place"].get<std::string>() + std::string(mistake[1]);
-      if (expected.back() == '*') error = error.substr(0, expected.size() - 1) + "*";
+      EXPECT_LT(error.size(), 300u) << "too long to read";
+      const std::size_t star = expected.find('*');
+      if (star != std::string::npos && error.starts_with(expected.substr(0, star)) &&
+          error.ends_with(expected.substr(star + 1)))
+        error = expected;
       EXPECT_EQ(error, expected) << text;
     }
   const std::string nested(100000, '[');
