@@ -5,6 +5,7 @@
 #include <QTemporaryFile>
 
 #include "C4D/commands/console_front_end.h"
+#include "C4D/commands/run_options.h"
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/run/run_checks.h"
@@ -15,10 +16,6 @@
 namespace nbx {
 
 namespace {
-
-std::string absolute(const std::string& path) {
-  return QDir::cleanPath(QFileInfo(QString::fromStdString(path)).absoluteFilePath()).toStdString();
-}
 
 /// Makes the folder if it is missing.
 Outcome check_writable(const std::string& directory) {
@@ -38,16 +35,18 @@ CommandRun::CommandRun(const host::CommandArguments& arguments, host::CommandCon
       context_(context),
       volume_(volume),
       parameters_(volume.GetDataInstance()),
-      subject_(volume.GetDocument().GetDocumentName() + ": volume \"" + volume.GetName() + "\": ") {
-}
+      subject_(volume_subject(volume)) {}
 
 int CommandRun::run() {
-  for (const auto step : {&CommandRun::take_frames, &CommandRun::take_state,
-                          &CommandRun::check_scene, &CommandRun::take_cache})
-    if (const Outcome good = (this->*step)(); !good) {
-      context_.Error(subject_ + good.reason());
-      return host::kBadInput;
-    }
+  // Nothing is written before the whole scene is known to be good.
+  Outcome good = take_frames(arguments_, volume_);
+  if (good) good = take_state();
+  if (good) good = check_domain_and_range(volume_);
+  if (good) good = take_cache();
+  if (!good) {
+    context_.Error(subject_ + good.reason());
+    return host::kBadInput;
+  }
   ConsoleFrontEnd front_end(arguments_, context_, subject_);
   SimulationThread& thread = *simulation_thread();
   std::optional<int> from;
@@ -64,22 +63,9 @@ int CommandRun::run() {
   return front_end.finish(thread.outcome(), thread.reached_end());
 }
 
-Outcome CommandRun::take_frames() {
-  const auto& frames = arguments_.GetFrames("frames");
-  if (frames.empty()) return Outcome::success();
-  const std::int32_t first = frames.front(), last = frames.back();
-  if (std::int64_t{last} - first + 1 != std::ssize(frames))
-    return Outcome::failure("--frames: a simulation includes every frame: give FIRST-LAST");
-  const host::FrameRate fps = volume_.GetDocument().GetFps();
-  parameters_.SetLong(OVOLUME.TIME_MODE, OVOLUME_TIME_OWN_RANGE);
-  parameters_.SetTime(OVOLUME.TIME_START, host::BaseTime::FromFrame(first, fps));
-  parameters_.SetTime(OVOLUME.TIME_END, host::BaseTime::FromFrame(last, fps));
-  return Outcome::success();
-}
-
 Outcome CommandRun::take_state() {
   if (!arguments_.Has("start-from")) return Outcome::success();
-  const std::string path = absolute(arguments_.GetString("start-from"));
+  const std::string path = absolute_path(arguments_.GetString("start-from"));
   if (arguments_.Has("continue"))
     return Outcome::failure("--continue and --start-from exclude each other");
   if (!QFileInfo(QString::fromStdString(path)).isFile())
@@ -89,23 +75,10 @@ Outcome CommandRun::take_state() {
   return Outcome::success();
 }
 
-/// Nothing is written before the whole scene is known to be good.
-Outcome CommandRun::check_scene() {
-  const double voxel_size = ParameterReader(volume_)(OVOLUME.VOXEL_SIZE);
-  if (!(voxel_size > 0)) return Outcome::failure("voxel_size must be above 0");
-  const TimeRange range = time_range(volume_);
-  if (range.end < range.start) return Outcome::failure("the last frame is before the first");
-  evaluate(volume_.GetDocument(), range.start);
-  const std::string domain = what_is_wrong(volume_grid(volume_, voxel_size));
-  return domain.empty() ? Outcome::success() : Outcome::failure(domain);
-}
-
 /// A cache with a known place is made here, so that errors name its path.
 Outcome CommandRun::take_cache() {
-  const std::string directory =
-      arguments_.Has("cache") ? absolute(arguments_.GetString("cache")) : named_cache(volume_);
+  const std::string directory = set_cache(arguments_, volume_);
   if (directory.empty()) return Outcome::success();  // the run makes a new one
-  parameters_.SetFilename(OVOLUME.CACHE_NAME, {directory});
   if (Outcome own = check_own_cache(volume_); !own) return own;
   if (!check_unlocked(volume_)) return Outcome::success();  // start_simulation refuses
   return check_writable(directory);

@@ -17,9 +17,7 @@ class CommandRun {
   int run();
 
  private:
-  Outcome take_frames();
   Outcome take_state();
-  Outcome check_scene();
   Outcome take_cache();
   void wait(SimulationThread& thread, RunFrontEnd& front_end);
 

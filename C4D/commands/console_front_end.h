@@ -32,7 +32,7 @@ class ConsoleFrontEnd final : public RunFrontEnd {
 
   void opened(const std::string&) override {}
   void started(const RunPlan& plan) override;
-  void warn(const std::string& text) override { context_.Warning(text); }
+  void warn(const std::string& text) override { context_.Warning(subject_ + text); }
   void progress(const FrameTime& time, const Simulation3D& sim, int done, int total) override;
   void substep_done(const FrameTime& time, const Simulation3D& sim) override;
   void frame_done(const FrameTime& time, Simulation3D& sim) override;

@@ -10,6 +10,8 @@ void RenderFrontEnd::refuse(const std::string& title, const std::string& text) {
   render_.Refuse(host::Refusal::NotAllowed, subject(volume_) + title + ": " + text);
 }
 
+void RenderFrontEnd::warn(const std::string& text) { render_.Warning(subject(volume_) + text); }
+
 OldCache RenderFrontEnd::ask_about_cache(const std::string& title, const std::string&) {
   switch (render_.AskAboutOldFiles()) {
     case host::OldFiles::Overwrite:

@@ -18,6 +18,7 @@ class RenderFrontEnd final : public SilentFrontEnd {
   OldCache ask_about_cache(const std::string& title, const std::string& text) override;
   Stop wanted_stop() const override { return render_.TestBreak() ? Stop::kNow : Stop::kNo; }
   int threads() const override { return render_.GetThreadCount(); }
+  void warn(const std::string& text) override;
 
  private:
   const host::BaseObject& volume_;

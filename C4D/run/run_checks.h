@@ -22,8 +22,8 @@ Outcome check_own_cache(const host::BaseObject& volume);
 /// True if the cache holds an earlier run that the user wants to be asked about.
 bool must_ask_about_cache(const host::BaseObject& volume);
 
-/// Asks what to do with that run, and gives the volume a new cache if it is to stay. False if there
-/// is to be no run; the user knows why.
+/// Asks what to do with that run, and gives the volume a new cache if the old one is to be kept.
+/// False if there is to be no run; the front end has told the user why.
 bool make_room(host::BaseObject& volume, RunFrontEnd& front_end);
 
 }  // namespace nbx
