@@ -8,7 +8,8 @@
 
 namespace nbx {
 
-/// Ends the run with the render, and asks the render's user about an earlier run.
+/// Ends the run with the render, asks the render's user about an earlier run, and passes on
+/// warnings.
 class RenderFrontEnd final : public SilentFrontEnd {
  public:
   RenderFrontEnd(const host::BaseObject& volume, host::BaseRender& render)

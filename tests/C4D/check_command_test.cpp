@@ -39,6 +39,12 @@ TEST_F(Warnings, ComeOnceAndEmptyFramesAreCounted) {
   EXPECT_EQ(context_->warnings, Texts());
   EXPECT_EQ(context_->all<std::int64_t>("end", "empty"), Numbers{2});
   EXPECT_FALSE(contains(context_->results.at(0), "empty"));
+
+  // The gas is in a channel that the frames don't hold.
+  const std::string unseen = replaced(replaced(kGood, R"("density": 1,)", ""), R"("smoke_channel")",
+                                      R"("cache_temperature": false, "smoke_channel")");
+  ASSERT_EQ(run("simulate", simulate_arguments(scene(unseen), 2)), host::kDone);
+  EXPECT_EQ(context_->all<std::int64_t>("end", "empty"), Numbers{3});
 }
 
 // Two frames of fast gas are few; without buoyancy only the source pushes.
