@@ -6,6 +6,7 @@
 #include <charconv>
 
 #include "C4D/commands/console_front_end.h"
+#include "C4D/commands/run_options.h"
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/run/domain_checks.h"
@@ -17,10 +18,6 @@
 namespace nbx {
 
 namespace {
-
-std::string absolute(const std::string& path) {
-  return QDir::cleanPath(QFileInfo(QString::fromStdString(path)).absoluteFilePath()).toStdString();
-}
 
 /// Makes the folder if it is missing.
 Outcome check_writable(const std::string& directory) {
@@ -48,12 +45,12 @@ CommandRun::CommandRun(const host::CommandArguments& arguments, host::CommandCon
       context_(context),
       volume_(volume),
       parameters_(volume.GetDataInstance()),
-      subject_(volume.GetDocument().GetDocumentName() + ": volume \"" + volume.GetName() + "\": ") {
-}
+      subject_(volume_subject(volume)) {}
 
 bool CommandRun::check() {
+  if (const Outcome frames = take_frames(arguments_, volume_); !frames) return refuse(frames);
   for (const auto step :
-       {&CommandRun::take_frames, &CommandRun::take_start, &CommandRun::check_scene,
+       {&CommandRun::take_start, &CommandRun::check_scene,
         &CommandRun::take_cache, &CommandRun::check_start})
     if (const Outcome good = (this->*step)(); !good) return refuse(good);
   return true;
@@ -100,19 +97,6 @@ std::string CommandRun::cache_option(const std::string& cache) const {
                         : "--cache " + cache;
 }
 
-Outcome CommandRun::take_frames() {
-  const auto& frames = arguments_.GetFrames("frames");
-  if (frames.empty()) return Outcome::success();
-  const std::int32_t first = frames.front(), last = frames.back();
-  if (std::int64_t{last} - first + 1 != std::ssize(frames))
-    return Outcome::failure("--frames: a simulation includes every frame: give FIRST-LAST");
-  const host::FrameRate fps = volume_.GetDocument().GetFps();
-  parameters_.SetLong(OVOLUME.TIME_MODE, OVOLUME_TIME_OWN_RANGE);
-  parameters_.SetTime(OVOLUME.TIME_START, host::BaseTime::FromFrame(first, fps));
-  parameters_.SetTime(OVOLUME.TIME_END, host::BaseTime::FromFrame(last, fps));
-  return Outcome::success();
-}
-
 Outcome CommandRun::take_start() {
   if (arguments_.Has("continue")) request_.from = RunRequest::From::kState;
   if (!arguments_.GetStrings("continue").empty()) request_.frame = arguments_.GetLong("continue");
@@ -125,7 +109,7 @@ Outcome CommandRun::take_start() {
     request_.from = RunRequest::From::kFrame;
     return Outcome::success();
   }
-  const std::string path = absolute(from);
+  const std::string path = absolute_path(from);
   if (!QFileInfo(QString::fromStdString(path)).isFile())
     return Outcome::failure("--start-from: there is no file " + path);
   parameters_.SetBool(OVOLUME.LOAD_STATE, true);
@@ -135,12 +119,7 @@ Outcome CommandRun::take_start() {
 
 /// Nothing is written before the whole scene is known to be good.
 Outcome CommandRun::check_scene() {
-  const double voxel_size = ParameterReader(volume_)(OVOLUME.VOXEL_SIZE);
-  if (!(voxel_size > 0)) return Outcome::failure("voxel_size must be above 0");
-  const TimeRange range = time_range(volume_);
-  if (range.end < range.start) return Outcome::failure("the last frame is before the first");
-  evaluate(volume_.GetDocument(), range.start);
-  if (Outcome possible = check_domain(volume_, voxel_size); !possible) return possible;
+  if (Outcome possible = check_domain_and_range(volume_); !possible) return possible;
   if (arguments_.Has("yes") || arguments_.Has("force")) return Outcome::success();
   const RunMemory memory = run_memory(volume_);
   return memory.exceeds_machine() ? Outcome::failure(memory.text + "; --force tries it anyway")
@@ -148,11 +127,7 @@ Outcome CommandRun::check_scene() {
 }
 
 Outcome CommandRun::take_cache() {
-  const std::string directory =
-      arguments_.Has("cache") ? absolute(arguments_.GetString("cache")) : named_cache(volume_);
-  if (directory.empty()) return Outcome::success();
-  parameters_.SetFilename(OVOLUME.CACHE_NAME, {directory});
-  return check_own_cache(volume_);
+  return set_cache(arguments_, volume_).empty() ? Outcome::success() : check_own_cache(volume_);
 }
 
 /// --start-from with the number of a frame.

@@ -26,7 +26,6 @@ class CommandRun {
   int run();
 
  private:
-  Outcome take_frames();
   Outcome take_start();
   Outcome check_scene();
   Outcome take_cache();

@@ -120,17 +120,24 @@ host::ExitCode ConsoleFrontEnd::finish(const Outcome& outcome, bool reached_end)
   const int stored = done - (report_ ? report_->frames_lost() : 0);
   const char* const end = !outcome ? "failed" : reached_end ? "done" : "interrupted";
   const std::string frames = std::to_string(stored) + (stored == 1 ? " frame" : " frames");
-  context_.Event("end", {{"outcome", std::string(end)},
-                         {"frames", std::int64_t{done}},
-                         {"stored", std::int64_t{stored}},
-                         {"seconds", report_ ? report_->seconds() : 0.0}});
+  const int empty = report_ ? report_->frames_empty() : 0;
+  context_.Event("end",
+                 {{"outcome", std::string(end)},
+                  {"frames", std::int64_t{done}},
+                  {"stored", std::int64_t{stored}},
+                  {"empty", std::int64_t{empty}},
+                  {"frames_beyond_cfl", std::int64_t{report_ ? report_->frames_beyond_cfl() : 0}},
+                  {"substeps_wanted", std::int64_t{report_ ? report_->substeps_wanted() : 0}},
+                  {"seconds", report_ ? report_->seconds() : 0.0}});
   if (!outcome) {
     context_.Error(subject_ + "the run failed after " + frames + ": " + outcome.reason());
     return host::kFailed;
   }
   // A run that is stopped while it prepares has no plan yet.
-  const std::string where = report_ ? " in " + plan_.directory + report_->losses() : "";
-  context_.Result(std::string(end) + ": " + frames + where);
+  const std::string where =
+      report_ ? " in " + plan_.directory + report_->losses() + report_->missing_substeps() : "";
+  const char* const content = done > 0 && empty == done ? ", all empty," : "";
+  context_.Result(std::string(end) + ": " + frames + content + where);
   if (!reached_end) return host::kInterrupted;
   return stored < done ? host::kFailed : host::kDone;
 }

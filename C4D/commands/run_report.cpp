@@ -13,6 +13,7 @@ namespace nbx {
 namespace {
 
 constexpr double kSecondsBetweenLines = 0.1;
+constexpr int kFewFrames = 3;
 
 /// "0:07", "12:34", "3:02:01".
 std::string clock(double seconds) {
@@ -78,6 +79,8 @@ void RunReport::frame(int number, Simulation3D& sim) {
   const double seconds = since_frame_.lap();
   context_.Progress(line(number, frames_done_ - 1e-9), true);
   note_losses(number, sim);
+  note_substeps(sim);
+  if (!holds_gas(sim)) ++frames_empty_;
   if (!context_.Json()) return;
 
   host::EventFields fields{{"frame", std::int64_t{number}},
@@ -96,6 +99,21 @@ void RunReport::note_losses(int number, Simulation3D& sim) {
   const std::array<bool, 6> touches = touched_faces(sim);
   for (std::size_t f = 0; f < 6; ++f)
     if (touches[f] && sim.domain.face_closed[f] == 0 && !leaves_from_[f]) leaves_from_[f] = number;
+}
+
+void RunReport::note_substeps(Simulation3D& sim) {
+  constexpr double most = 1e6;
+  const int wanted = static_cast<int>(std::min(wanted_substeps(sim), most));
+  substeps_wanted_ = std::max(substeps_wanted_, wanted);
+  max_substeps_ = sim.params.max_substeps;
+  if (wanted > max_substeps_) ++frames_beyond_cfl_;
+}
+
+std::string RunReport::missing_substeps() const {
+  if (frames_beyond_cfl_ <= kFewFrames) return {};
+  return "; " + std::to_string(frames_beyond_cfl_) + " frames needed up to " +
+         std::to_string(substeps_wanted_) + " substeps, but max_substeps is " +
+         std::to_string(max_substeps_);
 }
 
 std::string RunReport::losses() const {

@@ -10,9 +10,9 @@ std::vector<host::ParameterInfo> ParameterGroup::infos() const {
   return all;
 }
 
-bool ParameterGroup::enabled(std::int32_t id, const host::BaseList2D& element) const {
+Condition::Ids ParameterGroup::blockers(std::int32_t id, const host::BaseList2D& element) const {
   const Entry* entry = find(id);
-  return !entry || entry->enabled.holds(ParameterReader(element));
+  return entry ? entry->enabled.blockers(ParameterReader(element)) : Condition::Ids();
 }
 
 const ParameterGroup::Entry* ParameterGroup::find(std::int32_t id) const {

@@ -46,7 +46,11 @@ class ParameterGroup {
   bool contains(std::int32_t id) const { return find(id) != nullptr; }
   /// False if the parameter has no effect while the element is as it is. True for an id that the
   /// group doesn't have.
-  bool enabled(std::int32_t id, const host::BaseList2D& element) const;
+  bool enabled(std::int32_t id, const host::BaseList2D& element) const {
+    return blockers(id, element).empty();
+  }
+  /// The parameters whose values take away the parameter's effect; none if it is enabled.
+  Condition::Ids blockers(std::int32_t id, const host::BaseList2D& element) const;
 
  protected:
   struct Entry {
@@ -165,6 +169,12 @@ struct JoinedParameters : Groups... {
   }
   bool enabled(std::int32_t id, const host::BaseList2D& element) const {
     return (Groups::enabled(id, element) && ...);
+  }
+  Condition::Ids blockers(std::int32_t id, const host::BaseList2D& element) const {
+    Condition::Ids all;
+    for (const auto& group : {Groups::blockers(id, element)...})
+      all.insert(all.end(), group.begin(), group.end());
+    return all;
   }
 };
 

@@ -11,7 +11,8 @@ namespace nbx {
 /// `volume "smoke": `, the start of messages about a volume.
 std::string subject(const host::BaseObject& volume);
 
-/// Ends the run with the render, and asks the render's user about an earlier run.
+/// Ends the run with the render, asks the render's user about an earlier run, and passes on
+/// warnings.
 class RenderFrontEnd final : public SilentFrontEnd {
  public:
   RenderFrontEnd(const host::BaseObject& volume, host::BaseRender& render)

@@ -62,8 +62,7 @@ Outcome check_own_cache(const host::BaseObject& volume) {
   const auto* other = find_sharer(volume.GetDocument().GetFirstObject(), volume, cache);
   if (!other) return Outcome::success();
   return Outcome::failure("its cache " + cache.toStdString() + " is also that of volume \"" +
-                          other->GetName() +
-                          "\": give each a cache_name of its own, or another name");
+                          other->GetName() + "\": give each its own cache_name, or rename one");
 }
 
 bool must_ask_about_cache(const host::BaseObject& volume) {

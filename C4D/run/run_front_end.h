@@ -1,5 +1,5 @@
-// What a run asks of whoever started it, and what it reports: a dialog, a command or a render
-// implements it.
+// The questions and the reports of a run. Whoever starts a run implements it: a dialog, a command
+// or a render.
 #pragma once
 
 #include <optional>
@@ -42,7 +42,7 @@ class RunFrontEnd : public host::BreakTest {
 
   /// There will be no run.
   virtual void refuse(const std::string& title, const std::string& text) = 0;
-  /// The run starts, but the user should know something first.
+  /// A message to the user about a run that starts anyway.
   virtual void message(const std::string& title, const std::string& text) = 0;
   /// Another run is active. True if it may be stopped.
   virtual bool ask_to_stop(const std::string& title, const std::string& text) = 0;
@@ -64,7 +64,7 @@ class RunFrontEnd : public host::BreakTest {
 
   /// The machine may have too little memory for the run, as `question` explains. True to try.
   virtual bool may_exceed_memory(const std::string& question) = 0;
-  /// Whether the user or the host wants the run to end. A wish is never taken back. Any thread.
+  /// Whether the user or the host wants the run to end. Once it is wanted, it stays so. Any thread.
   virtual Stop wanted_stop() const = 0;
   /// The device for the fields, or -1 for the processor. Nothing: the thread's choice stays.
   virtual std::optional<int> device() const = 0;
@@ -75,6 +75,7 @@ class RunFrontEnd : public host::BreakTest {
   virtual void opened(const std::string& volume) = 0;
   /// The run knows what it will do.
   virtual void started(const RunPlan& plan) = 0;
+  /// Something looks wrong with the scene or the state, and the run continues. One line.
   virtual void warn(const std::string& text) = 0;
   /// A point within the frame after `time`.
   virtual void progress(const FrameTime& time, const Simulation3D& sim, int done, int total) = 0;

@@ -7,6 +7,7 @@
 #include "C4D/run/domain_checks.h"
 #include "C4D/run/run_cache.h"
 #include "C4D/run/run_checks.h"
+#include "C4D/run/scene_warnings.h"
 #include "C4D/run/state_loader.h"
 #include "C4D/services/host_conversion.h"
 #include "C4D/settings/scene_settings.h"
@@ -45,6 +46,10 @@ Outcome SimulationRun::prepare_in_order() {
   if (!scene_->evaluate_at(to_base_time(times_.start.time))) return Outcome::success();
   // The size of the domain decides about memory, so it comes before the first field.
   if (Outcome fits = take_domain(); !fits) return fits;
+  // A run that adds to another has had its warnings.
+  if (!origin_.state)
+    for (const SceneWarning& warning : scene_warnings(*volume_, &front_end_))
+      front_end_.warn(warning.text);
 
   // The gas of a state gives the time that the run begins at.
   StateLoader state(std::move(origin_), {*scene_, *sim_, times_, front_end_, *stale_});
@@ -79,8 +84,6 @@ void SimulationRun::open_scene() {
   scene_.emplace(*volume_, times_, front_end_);
   stale_.emplace(*sim_->sink.target_cache);
   states_.emplace(RunParts{*scene_, *sim_, times_, front_end_, *stale_});
-  if (sim_->params.simulated_channels.empty()) front_end_.warn("no channel is simulated");
-  if (!scene_->has_sources()) front_end_.warn("the scene has no enabled emitter tag");
 }
 
 Outcome SimulationRun::take_domain() {

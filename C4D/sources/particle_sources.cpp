@@ -71,22 +71,27 @@ ParticleTable make_table(const host::BaseObject& object, const ParticleColumns& 
   return table;
 }
 
+std::vector<host::BaseObject*> gather_particle_objects(host::BaseObject& object) {
+  std::vector<host::BaseObject*> found, stack{&object};
+  while (!stack.empty()) {
+    host::BaseObject* top = stack.back();
+    stack.pop_back();
+    if (!top->GetDeformMode()) continue;
+    if (is_source(*top)) found.push_back(top);
+    for (host::BaseObject* child = top->GetDown(); child; child = child->GetNext())
+      stack.push_back(child);
+  }
+  return found;
+}
+
 void add_particle_sources(SparseField<float, 3>& weights, const FaceFields& velocity,
                           host::BaseObject& object, const SimulationObjectParameters& parameters,
                           const IntBox& box) {
   const double strength = parameters.velocity_transfer * parameters.time_scale;
   const bool emits = has_emission(parameters);
-  std::vector<host::BaseObject*> stack{&object};
-  while (!stack.empty()) {
-    host::BaseObject* top = stack.back();
-    stack.pop_back();
-    if (!top->GetDeformMode()) continue;
-    if (is_source(*top)) {
-      if (emits) emit(weights, *top, parameters, box);
-      if (strength > 0) push(velocity, *top, parameters, box, strength);
-    }
-    for (host::BaseObject* child = top->GetDown(); child; child = child->GetNext())
-      stack.push_back(child);
+  for (const host::BaseObject* source : gather_particle_objects(object)) {
+    if (emits) emit(weights, *source, parameters, box);
+    if (strength > 0) push(velocity, *source, parameters, box, strength);
   }
 }
 

@@ -1,5 +1,8 @@
 #include "simulation/health.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "math/field_reductions.h"
 #include "simulation/fluid/velocity_reach.h"
 #include "simulation/fluid_tools3d.h"
@@ -53,6 +56,28 @@ std::array<bool, 6> touched_faces(Simulation3D& sim) {
       add_touched_faces(touches, channel->read_cpu(),
                         sim.params.channel_params.at(key).box_threshold, sim.domain);
   return touches;
+}
+
+bool holds_gas(Simulation3D& sim) {
+  if (sim.domain.active_box.empty()) return false;
+  const std::set<int>& simulated = sim.params.simulated_channels;
+  const std::set<int>& cached = sim.sink.cached_channels;
+  const auto is_cached = [&](int key) { return cached.contains(key); };
+  const bool any_cached = std::ranges::any_of(simulated, is_cached);
+  return std::ranges::any_of(simulated, [&](int key) {
+    MField* channel = sim.channel_field(key);
+    if (!channel || (any_cached && !is_cached(key))) return false;
+    const Field<float>& values = channel->read_cpu();
+    const double threshold = sim.params.channel_params.at(key).box_threshold;
+    return std::any_of(values.data(), values.data() + values.count(),
+                       [threshold](float value) { return value > threshold; });
+  });
+}
+
+double wanted_substeps(Simulation3D& sim) {
+  const MField& tracer = *sim.fluid().tracer_velocity()[0];
+  if (tracer.empty() || tracer.location() != kCpu) return 0;
+  return std::ceil(sim.clock.sim_time.length.value() / sim.fluid().max_step());
 }
 
 Health measure_health(Simulation3D& sim) {

@@ -22,6 +22,13 @@ struct Health {
 /// Health::touches alone. Cheap while the active box touches no face of the domain.
 std::array<bool, 6> touched_faces(Simulation3D& sim);
 
+/// Whether any channel that frames hold has content, or any simulated channel if they hold none.
+bool holds_gas(Simulation3D& sim);
+
+/// Substeps that the CFL limit asks for in a frame in which the fastest gas is as fast as now. 0 if
+/// that isn't known because the velocity is on the device.
+double wanted_substeps(Simulation3D& sim);
+
 /// Call it between frames, on the simulation thread.
 Health measure_health(Simulation3D& sim);
 
