@@ -49,9 +49,10 @@ class StartingScenes : public test::PluginFixture {
   /// Everything that is set has an effect.
   static void expect_effect(const Document& document) {
     const auto check = [](const auto& element) {
-      for (const auto& info : element.GetDescription().parameters)
-        if (element.State().written.count(info.id) || element.IsAnimated(info.id))
-          EXPECT_TRUE(element.IsEnabled(info.id)) << element.GetName() << "." << info.Name();
+      for (const auto& info : element.GetDescription().parameters) {
+        if (!element.State().written.count(info.id) && !element.IsAnimated(info.id)) continue;
+        EXPECT_TRUE(element.IsEnabled(info.id)) << element.GetName() << "." << info.Name();
+      }
     };
     for (const SceneObject* object : document.AllObjects()) {
       check(*object);
