@@ -104,13 +104,6 @@ class SceneCheck {
   int warnings_ = 0;
 };
 
-void add_volumes(std::vector<host::BaseObject*>& volumes, host::BaseObject* object) {
-  for (; object; object = object->GetNext()) {
-    if (object->GetType() == kVolumeObject) volumes.push_back(object);
-    add_volumes(volumes, object->GetDown());
-  }
-}
-
 class CheckCommand {
  public:
   host::CommandInfo GetInfo() const {
@@ -119,7 +112,7 @@ class CheckCommand {
             .help =
                 "Reports what is wrong with a scene without simulating it: emitters that give "
                 "nothing, parameters without effect, gas that pictures don't show. Exit code 1 if "
-                "there is anything. Without --object it checks every volume",
+                "there is anything. Without --object it checks every enabled volume",
             .options = {{.name = "scene",
                          .value_name = "SCENE",
                          .help = "The scene document",
@@ -133,7 +126,7 @@ class CheckCommand {
     const auto document = context.LoadDocument({arguments.GetString("scene")});
     if (!document) return host::kBadInput;
     std::vector<host::BaseObject*> volumes;
-    if (!arguments.Has("object")) add_volumes(volumes, document->GetFirstObject());
+    if (!arguments.Has("object")) volumes = find_volumes(*document, true);
     if (volumes.empty()) volumes.push_back(context.FindObject(*document, kVolumeObject));
     SceneCheck check(arguments, context);
     for (host::BaseObject* volume : volumes)

@@ -49,9 +49,8 @@ CommandRun::CommandRun(const host::CommandArguments& arguments, host::CommandCon
 
 bool CommandRun::check() {
   if (const Outcome frames = take_frames(arguments_, volume_); !frames) return refuse(frames);
-  for (const auto step :
-       {&CommandRun::take_start, &CommandRun::check_scene,
-        &CommandRun::take_cache, &CommandRun::check_start})
+  for (const auto step : {&CommandRun::take_start, &CommandRun::check_scene,
+                          &CommandRun::take_cache, &CommandRun::check_start})
     if (const Outcome good = (this->*step)(); !good) return refuse(good);
   return true;
 }

@@ -11,6 +11,24 @@
 
 namespace nbx {
 
+namespace {
+
+void add_volumes(std::vector<host::BaseObject*>& volumes, host::BaseObject* object, bool enabled) {
+  for (; object; object = object->GetNext()) {
+    if (enabled && !object->GetDeformMode()) continue;
+    if (object->GetType() == kVolumeObject) volumes.push_back(object);
+    add_volumes(volumes, object->GetDown(), enabled);
+  }
+}
+
+}  // namespace
+
+std::vector<host::BaseObject*> find_volumes(host::BaseDocument& document, bool enabled) {
+  std::vector<host::BaseObject*> volumes;
+  add_volumes(volumes, document.GetFirstObject(), enabled);
+  return volumes;
+}
+
 std::string volume_subject(const host::BaseObject& volume) {
   return volume.GetDocument().GetDocumentName() + ": volume \"" + volume.GetName() + "\": ";
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "host/interface/command_data.h"
 #include "util/outcome.h"
@@ -12,6 +13,10 @@ namespace nbx {
 std::string volume_subject(const host::BaseObject& volume);
 
 std::string absolute_path(const std::string& path);
+
+/// The volume objects of a document in the order of the tree; with `enabled`, without those that
+/// are switched off.
+std::vector<host::BaseObject*> find_volumes(host::BaseDocument& document, bool enabled);
 
 /// Gives the volume the range of --frames. A failure if frames are left out.
 Outcome take_frames(const host::CommandArguments& arguments, host::BaseObject& volume);

@@ -7,6 +7,7 @@
 #include "C4D/commands/command_run.h"
 #include "C4D/commands/commands.h"
 #include "C4D/commands/register_command.h"
+#include "C4D/commands/run_options.h"
 #include "C4D/parameters/volume_parameters.h"
 #include "util/cuda_use_flags.h"
 
@@ -41,14 +42,6 @@ bool apply_machine_options(const host::CommandArguments& arguments, host::Comman
   return true;
 }
 
-void add_volumes(std::vector<host::BaseObject*>& volumes, host::BaseObject* first, bool enabled) {
-  for (host::BaseObject* object = first; object; object = object->GetNext()) {
-    if (enabled && !object->GetDeformMode()) continue;
-    if (object->GetType() == kVolumeObject) volumes.push_back(object);
-    add_volumes(volumes, object->GetDown(), enabled);
-  }
-}
-
 /// An option that names one volume or its files, which --all excludes. Empty if there is none.
 std::string excluded_by_all(const host::CommandArguments& arguments) {
   for (const char* option : {"object", "cache"})
@@ -62,8 +55,7 @@ std::vector<host::BaseObject*> choose_volumes(host::BaseDocument& document,
                                               const host::CommandArguments& arguments,
                                               host::CommandContext& context) {
   const bool all = arguments.Has("all");
-  std::vector<host::BaseObject*> volumes;
-  add_volumes(volumes, document.GetFirstObject(), all);
+  const std::vector<host::BaseObject*> volumes = find_volumes(document, all);
   const std::string scene = document.GetDocumentName() + ": ";
   if (all) {
     if (volumes.empty()) context.Error(scene + "--all: the scene has no enabled volume object");

@@ -17,9 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Frame of the picture that the command suggests, counted from the first one.
-constexpr std::int32_t kShownFrame = 40;
-
 /// What to write, from the words of the user.
 struct Order {
   const StartingScene* start = nullptr;
@@ -47,6 +44,17 @@ Order ReadOrder(const CommandArguments& arguments) {
   if (order.path.empty())
     order.path = (order.model.empty() ? kind : fs::path(order.model).stem().string()) + ".json";
   return order;
+}
+
+/// Throws DocumentError if the order can't be carried out.
+void Check(const Order& order, const CommandArguments& arguments, const CommandContext& context) {
+  if (order.model.empty() && arguments.Has("fps"))
+    throw DocumentError("--fps is for models; name one with --from");
+  if (!order.model.empty() && !context.IsModel({order.model}))
+    throw DocumentError(order.model, "isn't a model; --from takes glTF, OBJ, PLY, FBX ...");
+  if (fs::exists(order.path) && !arguments.Has("overwrite"))
+    throw DocumentError(order.path,
+                        "the file exists; name another one, or replace it with --overwrite");
 }
 
 /// The path as a word of a shell's command line.
@@ -96,7 +104,7 @@ std::string TextOf(Document& document, const Order& order) {
          WriteDocument(document, folder.string());
 }
 
-/// Names the file and the next three commands.
+/// Names the file and the next three commands. The picture shows that frame.
 void Report(const Order& order, std::int32_t frame, CommandContext& context) {
   const std::string scene = ShellWord(order.path);
   const std::string pictures =
@@ -141,15 +149,11 @@ int NewCommand::Execute(const CommandArguments& arguments, CommandContext& conte
   }
   try {
     const Order order = ReadOrder(arguments);
-    if (fs::exists(order.path) && !arguments.Has("overwrite"))
-      throw DocumentError(order.path,
-                          "the file exists; name another one, or replace it with --overwrite");
+    Check(order, arguments, context);
     const auto start = ReadDocument(order.start->text, {}, classes_);
     std::string text = order.start->text;
     std::int32_t first = start->start, last = start->end;
     if (!order.model.empty()) {
-      if (!context.IsModel({order.model}))
-        throw DocumentError(order.model, "isn't a model; --from takes glTF, OBJ, PLY, FBX ...");
       const auto loaded = context.LoadDocument({order.model});
       if (!loaded) return kBadInput;
       auto& document = static_cast<Document&>(*loaded);
@@ -157,14 +161,12 @@ int NewCommand::Execute(const CommandArguments& arguments, CommandContext& conte
       text = TextOf(document, order);
       first = document.start;
       last = document.end;
-    } else if (arguments.Has("fps")) {
-      throw DocumentError("--fps is for models; name one with --from");
     }
     const WholeFile file(order.path);
     file.MakeFolder();
     file.Write(text);
     file.Commit();
-    Report(order, std::min(last, first + kShownFrame), context);
+    Report(order, first + (last - first) / 2, context);
     return kDone;
   } catch (const DocumentError& error) {
     context.Error(error.what());
