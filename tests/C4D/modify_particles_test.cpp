@@ -30,7 +30,8 @@ TEST(ModifyParticles, ParticlesFollowTheCachedFlow) {
   }
   const auto flight = [&](const std::string& strength, const std::string& x = "10") {
     test::TestDocument document(test::data(
-        "floating_particle.json", {{"CACHE", folder.path()}, {"STRENGTH", strength}, {"X", x}}));
+        // The path comes last: its random letters must not be taken for one of the words.
+        "floating_particle.json", {{"STRENGTH", strength}, {"X", x}, {"CACHE", folder.path()}}));
     document->SetTime({2, 1});
     document->ExecutePasses(nullptr, true, true, true);
     const host::Particles& particles = document.object("e").GetParticles();

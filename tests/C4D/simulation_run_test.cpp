@@ -19,7 +19,7 @@ const char* const kSmall = R"("size": [9, 9, 9])";
 class Smoke : public test::TestDocument {
  public:
   explicit Smoke(const std::string& cache, const std::string& parameters = kSmall)
-      : TestDocument(test::data("ball.json", {{"CACHE", cache}, {"PARAMETERS", parameters}})) {}
+      : TestDocument(test::data("ball.json", {{"PARAMETERS", parameters}, {"CACHE", cache}})) {}
   host::BaseObject& volume() { return object("v"); }
 };
 
