@@ -177,7 +177,7 @@ Outcome check_start_frame(const host::BaseObject& volume, int frame) {
   if (stale.contains(frame))
     return Outcome::failure("frame " + number + " in " + directory +
                             " belongs to an earlier run than the frames before it: " + there);
-  const std::string missing = "the cache " + directory + " holds no frame " + number;
+  const std::string missing = "the cache " + directory + " has no frame " + number;
   return Outcome::failure(frames.empty() ? missing + ": simulate the scene from its start first"
                                          : missing + ": " + there);
 }

@@ -65,7 +65,7 @@ void StateLoader::warn_of_missing_channels() {
       add(grid_type_name(grid));
   if (missing.empty()) return;
   run_.front_end.warn(
-      origin_.state->path + " holds no " + missing + ": " +
+      origin_.state->path + " contains no " + missing + ": " +
       (has_velocity ? "the run starts without that" : "its gas starts at rest, or with the wind") +
       "; next time, set " + cure + ", or use save_state_every");
 }

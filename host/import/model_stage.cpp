@@ -17,8 +17,8 @@ namespace {
 constexpr double kMostVoxels = 1e6;
 /// Room for the gas on each side of the meshes and above them, in lengths of their longest edge.
 constexpr double kRoomAside = 0.75, kRoomAbove = 2;
-/// An explosion needs more.
-constexpr double kExplosionAside = 1.5, kExplosionAbove = 3;
+/// Gas that expands to more than twice its volume, as in an explosion, needs more.
+constexpr double kExpansion = 1, kExplosionAside = 1.5, kExplosionAbove = 3;
 constexpr double kCameraPitch = 4;  ///< degrees, downward
 
 /// The parameter of a class of the plug-in. The host knows it only by name.
@@ -104,7 +104,8 @@ class Stage {
 
  private:
   SceneBox NewDomain() const {
-    const bool bursts = start_volume_.GetName() == "explosion";
+    const ElementState& gas = start_volume_.State();
+    const bool bursts = gas.data.GetReal(Find(gas, "fuel_to_expansion").id) > kExpansion;
     const Vector size = meshes_.Size();
     const double edge = std::max({size.x, size.y, size.z});
     const double aside = edge * (bursts ? kExplosionAside : kRoomAside);

@@ -190,7 +190,7 @@ TEST_F(Continue, QuestionsAreAnsweredByOptions) {
     std::string from;
     int last;
     std::string why;
-  } cases[] = {{"3", 9, "holds no frame 3: the frames to start from are 0-2"},
+  } cases[] = {{"3", 9, "has no frame 3: the frames to start from are 0-2"},
                {"2", 2, "the range ends at frame 2"},
                {"./3", 9, "there is no file"}};
   for (const auto& [from, last, why] : cases) {
@@ -230,7 +230,7 @@ TEST_F(Continue, StartsFromOrdinaryFrames) {
   ASSERT_EQ(simulate(path, 4, "from", {}, whole[3]), host::kDone);
   EXPECT_EQ(first_frame(), 4);
   EXPECT_TRUE(test::read_file(frame_files("from").at(0)) == test::read_file(whole[4]));
-  EXPECT_FALSE(warned("holds no "));
+  EXPECT_FALSE(warned("contains no "));
   for (const std::string& state : states("whole")) fs::remove(folder_.file("whole/" + state));
   const std::string last = test::read_file(whole[4]);
   fs::remove(whole[4]);
@@ -253,7 +253,7 @@ TEST_F(Continue, StartsFromOrdinaryFrames) {
   ASSERT_GT(still.write(path_still, Codec::kRaw), 0u);
   ASSERT_EQ(simulate(path, 4, "still", {}, path_still), host::kDone);
   EXPECT_TRUE(
-      warned("still.bcf holds no velocity, temperature, fuel, burn: its gas starts at rest"));
+      warned("still.bcf contains no velocity, temperature, fuel, burn: its gas starts at rest"));
 
   // A state without whole grids continues without gas at its time, or doesn't change a run that
   // starts at its own.

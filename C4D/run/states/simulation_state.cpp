@@ -35,7 +35,7 @@ Outcome load_heads(SimFrame& frame, const std::string& path) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(path, error))
       return Outcome::failure("there is no such file");
-    return frame.load(path) ? Outcome::success() : Outcome::failure("it holds no grids");
+    return frame.load(path) ? Outcome::success() : Outcome::failure("it contains no grids");
   });
 }
 
