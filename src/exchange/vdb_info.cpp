@@ -6,6 +6,7 @@
 
 #include <openvdb/openvdb.h>
 
+#include "exchange/vdb_load.h"
 #include "util/exception.h"
 
 namespace nbx {
@@ -101,13 +102,10 @@ VdbGridInfo describe(const vdb::GridBase& grid, const VdbMetadata& known) {
 }  // namespace
 
 VdbFileInfo read_vdb_info(const std::string& path) try {
-  vdb::initialize();
-  vdb::io::File file(path);
-  file.open(false);  // reading at once survives damage that delayed loading doesn't
+  const LoadedVdb file = load_vdb(path);
   VdbFileInfo info;
-  info.metadata = texts(*file.getMetadata(), {});
-  const vdb::GridPtrVecPtr grids = file.getGrids();
-  for (const auto& grid : *grids) info.grids.push_back(describe(*grid, info.metadata));
+  info.metadata = texts(*file.metadata, {});
+  for (const auto& grid : *file.grids) info.grids.push_back(describe(*grid, info.metadata));
   return info;
 } catch (const openvdb::Exception& e) {
   throw Exception(e.what());

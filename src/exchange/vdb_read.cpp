@@ -3,6 +3,7 @@
 #include <openvdb/tools/Dense.h>
 
 #include "cache/grid_type.h"
+#include "exchange/vdb_load.h"
 #include "exchange/vdb_space.h"
 
 namespace nbx {
@@ -150,16 +151,13 @@ bool has_vdb() { return true; }
 
 VdbContent read_vdb(SimFrame& frame, const std::string& path,
                     const std::map<std::string, int>& names, const VdbOptions& options) try {
-  vdb::initialize();
-  vdb::io::File file(path);
-  file.open(false);  // reading at once survives damage that delayed loading doesn't
+  const LoadedVdb file = load_vdb(path);
   VdbContent content;
-  const std::vector<Source> sources = choose(*file.getGrids(), names, content);
+  const std::vector<Source> sources = choose(*file.grids, names, content);
   if (sources.empty())
     throw Exception(
         "it contains no grid with a known name; use --name CHANNEL=NAME to assign a channel");
-  read_metadata(content, frame, *file.getMetadata());
-  file.close();
+  read_metadata(content, frame, *file.metadata);
 
   const vdb::Mat4d to_file = cell_to_file(sources.front().base());
   require_cubes(to_file);
