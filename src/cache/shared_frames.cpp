@@ -21,8 +21,9 @@ Outcome share_frames(const std::string& from, const std::string& to, int last) {
   const std::string prefix = cache_prefix(to);
   for (const auto& [frame, name] : list_frames(from)) {
     if (frame > last || stale.contains(frame)) continue;
+    const std::string source = (fs::path(from) / name).string();
     const std::string target = to + "/" + frame_file_name(prefix, frame, 0);
-    if (Outcome shared = share_file(from + "/" + name, target); !shared) return shared;
+    if (Outcome shared = share_file(source, target); !shared) return shared;
   }
   return Outcome::success();
 }

@@ -143,7 +143,7 @@ vdb::MetaMap metadata(const SimFrame& frame, const VdbOptions& options) {
 }
 
 FieldHandle field_of(SimFrame& frame, int type) {
-  const FieldHandle field = frame.grid(type);
+  FieldHandle field = frame.grid(type);
   if (!field) throw Exception("it can't be read");
   return field;
 }

@@ -316,11 +316,12 @@ TEST_F(FrameStore, RegistryHasOneStoreForADirectory) {
   store.reset();
   EXPECT_TRUE(CacheRegistry::instance().find(path));
   std::thread end([&] { last.release(); });
-  while (CacheRegistry::instance().find(path)) std::this_thread::yield();
   std::thread later([&] {
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     writer.release();
   });
+  // A handle that find() returns may be the last one. It then waits for the writer here.
+  while (CacheRegistry::instance().find(path)) std::this_thread::yield();
   store = getCache(path);
   EXPECT_EQ(log.count("Deleting Cache object for " + path), 1);
   EXPECT_EQ(store->frames().size(), 11u);
