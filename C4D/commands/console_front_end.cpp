@@ -56,10 +56,7 @@ OldCache ConsoleFrontEnd::ask_about_cache(const OldRun& run) {
 bool ConsoleFrontEnd::may_skip(const std::string& text) {
   if (arguments_.Has("overwrite") || wants_new_cache()) return false;
   context_.Result(text);
-  context_.Event("end", {{"outcome", std::string("done")},
-                         {"frames", std::int64_t{0}},
-                         {"stored", std::int64_t{0}},
-                         {"seconds", 0.0}});
+  report_end("done");
   skipped_ = true;
   return true;
 }
@@ -115,20 +112,27 @@ void ConsoleFrontEnd::frames_lost(const std::vector<LostFrame>& frames) {
   if (report_) report_->lost(frames);
 }
 
+/// The event of the end. Without a run its figures are 0.
+void ConsoleFrontEnd::report_end(const std::string& outcome) {
+  const auto figure = [this](auto of_report) {
+    return std::int64_t{report_ ? ((*report_).*of_report)() : 0};
+  };
+  const std::int64_t frames = figure(&RunReport::frames_done);
+  context_.Event("end", {{"outcome", outcome},
+                         {"frames", frames},
+                         {"stored", frames - figure(&RunReport::frames_lost)},
+                         {"empty", figure(&RunReport::frames_empty)},
+                         {"frames_beyond_cfl", figure(&RunReport::frames_beyond_cfl)},
+                         {"substeps_wanted", figure(&RunReport::substeps_wanted)},
+                         {"seconds", report_ ? report_->seconds() : 0.0}});
+}
+
 host::ExitCode ConsoleFrontEnd::finish(const Outcome& outcome, bool reached_end) {
   const int done = report_ ? report_->frames_done() : 0;
   const int stored = done - (report_ ? report_->frames_lost() : 0);
   const char* const end = !outcome ? "failed" : reached_end ? "done" : "interrupted";
   const std::string frames = std::to_string(stored) + (stored == 1 ? " frame" : " frames");
-  const int empty = report_ ? report_->frames_empty() : 0;
-  context_.Event("end",
-                 {{"outcome", std::string(end)},
-                  {"frames", std::int64_t{done}},
-                  {"stored", std::int64_t{stored}},
-                  {"empty", std::int64_t{empty}},
-                  {"frames_beyond_cfl", std::int64_t{report_ ? report_->frames_beyond_cfl() : 0}},
-                  {"substeps_wanted", std::int64_t{report_ ? report_->substeps_wanted() : 0}},
-                  {"seconds", report_ ? report_->seconds() : 0.0}});
+  report_end(end);
   if (!outcome) {
     context_.Error(subject_ + "the run failed after " + frames + ": " + outcome.reason());
     return host::kFailed;
@@ -136,7 +140,7 @@ host::ExitCode ConsoleFrontEnd::finish(const Outcome& outcome, bool reached_end)
   // A run that is stopped while it prepares has no plan yet.
   const std::string where =
       report_ ? " in " + plan_.directory + report_->losses() + report_->missing_substeps() : "";
-  const char* const content = done > 0 && empty == done ? ", all empty," : "";
+  const char* const content = done > 0 && report_->frames_empty() == done ? ", all empty," : "";
   context_.Result(std::string(end) + ": " + frames + content + where);
   if (!reached_end) return host::kInterrupted;
   return stored < done ? host::kFailed : host::kDone;

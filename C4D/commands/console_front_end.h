@@ -46,6 +46,8 @@ class ConsoleFrontEnd final : public RunFrontEnd {
   bool skipped() const { return skipped_; }
 
  private:
+  void report_end(const std::string& outcome);
+
   const host::CommandArguments& arguments_;
   host::CommandContext& context_;
   const std::string subject_;

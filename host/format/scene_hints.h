@@ -31,7 +31,7 @@ std::string KeyHint(const std::string& key, std::string_view scope, const ClassD
 /// For a parameter. `keys` are the keys of the element.
 std::string ParameterHint(const std::string& name, const ClassDescription& type,
                           const std::vector<std::string>& keys, const SceneClasses& classes);
-/// For a track. `is_object` tells objects from tags, materials and so on.
+/// For a track. `is_object` is false for tags, materials and so on.
 std::string TrackHint(const std::string& track, const ClassDescription& type, bool is_object);
 /// For a type of objects, tags or textures: `kind` is "object", "tag" or "texture".
 std::string TypeHint(const std::string& name, const std::string& kind, const SceneClasses& classes);

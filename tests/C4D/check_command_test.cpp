@@ -48,7 +48,7 @@ TEST_F(Warnings, ComeOnceAndEmptyFramesAreCounted) {
 }
 
 // Two frames of fast gas are few; without buoyancy only the source pushes.
-TEST_F(Warnings, TellHowManySubstepsWereMissing) {
+TEST_F(Warnings, ReportHowManySubstepsWereMissing) {
   const std::string still =
       replaced(kGood, "\"buoyancy_temperature\": 600", "\"buoyancy_temperature\": 0");
   const auto result = [&](const std::string& speed, int last) {

@@ -11,7 +11,7 @@ namespace nbx {
 
 struct ChannelRow {
   int key;           // a ChannelKey
-  std::string name;  // also of the emitter's amount; "simulate_" and "cache_" stand before it
+  std::string name;  // of the emitter's amount, and the end of simulate_... and cache_...
   const Parameter<bool>&simulate, &cache;
   const Parameter<double>& amount;
   const Parameter<TagMode>& mode;

@@ -65,8 +65,10 @@ std::optional<Fault> fault_of(const EmitterFacts& e, const SceneSurvey& survey) 
   if (!e.gives) return e.solid ? std::nullopt : std::optional(nothing_given(e, survey));
   if (e.reaches_another || e.works) return {};
   if (!e.reaches) return outside(e, survey);
-  return Fault{"position",
-               "it lies outside of the domain whenever it emits: let its keyframes meet"};
+  return Fault{
+      "position",
+      "it lies outside of the domain whenever it emits: change the keyframes so that it emits "
+      "while it is inside"};
 }
 
 void check_amounts(SceneWarnings& all, const EmitterFacts& e, const SceneSurvey& survey) {

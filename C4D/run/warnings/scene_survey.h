@@ -1,4 +1,4 @@
-// What the checks of a scene go by, gathered over the frames of a run.
+// What the checks know about a scene, gathered over the frames of a run.
 #pragma once
 
 #include <optional>

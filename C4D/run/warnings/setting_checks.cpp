@@ -10,7 +10,8 @@ namespace {
 
 using Ids = Condition::Ids;
 
-/// What the tables leave out: an amount of 0 may be a keyframe's, so a panel can't go by it.
+/// Parameters that an amount of 0 makes useless. The tables don't gray them, since keyframes may
+/// raise the amount.
 Ids amount_blockers(std::int32_t id, const host::BaseList2D& volume) {
   struct Rule {
     Condition condition;
