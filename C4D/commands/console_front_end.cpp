@@ -123,6 +123,7 @@ void ConsoleFrontEnd::report_end(const std::string& outcome) {
                          {"stored", frames - figure(&RunReport::frames_lost)},
                          {"empty", figure(&RunReport::frames_empty)},
                          {"frames_beyond_cfl", figure(&RunReport::frames_beyond_cfl)},
+                         {"frames_above_tolerance", figure(&RunReport::frames_above_tolerance)},
                          {"substeps_wanted", figure(&RunReport::substeps_wanted)},
                          {"seconds", report_ ? report_->seconds() : 0.0}});
 }

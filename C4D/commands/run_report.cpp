@@ -80,6 +80,7 @@ void RunReport::frame(int number, Simulation3D& sim) {
   context_.Progress(line(number, frames_done_ - 1e-9), true);
   note_losses(number, sim);
   note_substeps(sim);
+  note_pressure(number, sim);
   if (!holds_gas(sim)) ++frames_empty_;
   if (!context_.Json()) return;
 
@@ -107,6 +108,33 @@ void RunReport::note_substeps(Simulation3D& sim) {
   substeps_wanted_ = std::max(substeps_wanted_, wanted);
   max_substeps_ = sim.params.max_substeps;
   if (wanted > max_substeps_) ++frames_beyond_cfl_;
+}
+
+// Warns of the first frame whose pressure did not converge, and says of each frame how much gas had
+// nowhere to go.
+void RunReport::note_pressure(int number, Simulation3D& sim) {
+  char text[192];
+  const double residual = sim.pressure().frame_residual();
+  const double tolerance = sim.params.pressure_tolerance;
+  // The solver compares in floats.
+  if (residual > static_cast<double>(static_cast<float>(tolerance))) {
+    if (++frames_above_tolerance_ == 1) {
+      std::snprintf(text, sizeof text,
+                    "frame %d: the pressure did not converge: a divergence of %.3g 1/s is left, "
+                    "more than the tolerance of %.3g",
+                    number, residual, tolerance);
+      context_.Warning(text);
+    }
+  }
+  constexpr double kRounding = 1e-6;  // of the volume of the box
+  const Vec3i n = sim.domain.active_box.size();
+  const double box = std::pow(sim.domain.dx, 3) * n[0] * n[1] * n[2];
+  const double confined = sim.pressure().frame_confined();
+  if (std::abs(confined) <= kRounding * box) return;
+  std::snprintf(text, sizeof text,
+                "frame %d: %.3g m3 of gas had nowhere to go: the room is closed on all sides",
+                number, confined);
+  context_.Note(text);
 }
 
 std::string RunReport::missing_substeps() const {

@@ -43,6 +43,8 @@ class RunReport {
   int frames_beyond_cfl() const { return frames_beyond_cfl_; }
   /// The most substeps that a frame needed by the CFL limit.
   int substeps_wanted() const { return substeps_wanted_; }
+  /// Frames whose pressure did not converge to the tolerance.
+  int frames_above_tolerance() const { return frames_above_tolerance_; }
   int frames_lost() const { return frames_lost_; }
   double seconds() const { return since_start_.seconds(); }
 
@@ -50,12 +52,14 @@ class RunReport {
   std::string line(int number, double frames_done) const;
   void note_losses(int number, Simulation3D& sim);
   void note_substeps(Simulation3D& sim);
+  void note_pressure(int number, Simulation3D& sim);
 
   host::CommandContext& context_;
   const int frames_total_;
   int frames_done_ = 0;
   int frames_lost_ = 0;
   int frames_empty_ = 0;
+  int frames_above_tolerance_ = 0;
   int frames_beyond_cfl_ = 0, substeps_wanted_ = 0, max_substeps_ = 0;
   std::array<std::optional<int>, 6> leaves_from_;  // first frame whose gas touches the open face
   StageTimes times_before_;                        // at the end of the last substep of this frame

@@ -47,6 +47,7 @@ void add_health(host::EventFields& fields, const Health& health) {
   fields.insert(fields.end(), {{"kinetic_energy", health.kinetic_energy},
                                {"largest_divergence", health.largest_divergence},
                                {"residual", health.residual},
+                               {"confined_volume", health.confined_volume},
                                {"cycles", std::int64_t{health.cycles}},
                                {"cfl", health.cfl},
                                {"touches", faces}});

@@ -6,6 +6,8 @@
 #include "math/field_operators.h"
 #include "math/field_reductions.h"
 #include "math/multigrid/multigrid_solver3d_common.h"
+#include "math/multigrid/outer_iteration.h"
+#include "math/multigrid/solid_levels.h"
 #include "util/log.h"
 
 namespace nbx {
@@ -40,6 +42,9 @@ float* take_view(float*& next, const Vec3i& dims) {
 double next_width(double h, double s, int n) { return n % 2 == 1 && n != 1 ? h + s : h; }
 
 }  // namespace
+
+MultigridSolver3D::MultigridSolver3D() = default;
+MultigridSolver3D::~MultigridSolver3D() = default;
 
 void MultigridSolver3D::setup(int nx, int ny, int nz, Field<float>& r0, Field<float>& buffer) {
   levels_.clear();
@@ -77,7 +82,36 @@ void MultigridSolver3D::setup(int nx, int ny, int nz, Field<float>& r0, Field<fl
                  << buffer.ny() << "," << buffer.nz() << "])";
 }
 
-void MultigridSolver3D::clear() { levels_.clear(); }
+void MultigridSolver3D::clear() {
+  solids_.reset();
+  levels_.clear();
+}
+
+void MultigridSolver3D::set_solids(const Field<float>& phi) {
+  prepare_levels();
+  solids_ = std::make_unique<SolidLevels>(levels_, phi);
+}
+
+void MultigridSolver3D::clear_solids() {
+  solids_.reset();
+  for (LevelGrid& level : levels_) {
+    level.inverse_weight = nullptr;
+    for (const float*& open : level.open) open = nullptr;
+  }
+}
+
+void MultigridSolver3D::prepare_levels() {
+  for (LevelGrid& level : levels_) {
+    for (std::size_t face = 0; face < bc.size(); ++face) level.closed[face] = bc[face] == 1;
+    level.stale_ghosts = plain;
+    const int single = !halves(level.nx) + !halves(level.ny) + !halves(level.nz);
+    level.first_color = !plain && single == 1;
+  }
+}
+
+bool MultigridSolver3D::needs_outer_iteration() const {
+  return !plain && (solids_ || std::count(bc.begin(), bc.end(), 1) > 0);
+}
 
 SolveResult MultigridSolver3D::solve(Field<float>& x, Field<float>& b, int expected_cycles,
                                      int max_cycles, float tolerance, SolverProgress* progress) {
@@ -98,16 +132,16 @@ SolveResult MultigridSolver3D::solve(Field<float>& x, Field<float>& b, int expec
 
   finest.x = x.data();
   finest.b = b.data();
-  for (LevelGrid& level : levels_)
-    for (std::size_t face = 0; face < bc.size(); ++face) level.closed[face] = bc[face] == 1;
+  prepare_levels();
   progress_ = progress;
   cycle_ = 0;
   expected_cycles_ = expected_cycles;
   set_boundary_condition(x, bc);
   split_rows(x, finest.r);
   split_rows(b, finest.r);
-  const SolveResult result = iterate(max_cycles, tolerance, residual);
-  merge_rows(b, finest.r);
+  const SolveResult result = needs_outer_iteration()
+                                 ? combined_cycles(max_cycles, tolerance, residual)
+                                 : cycles(max_cycles, tolerance, residual);
   if (result.cycles > 0) {
     merge_rows(x, finest.r);
     set_boundary_condition(x, bc);
@@ -119,7 +153,29 @@ SolveResult MultigridSolver3D::solve(Field<float>& x, Field<float>& b, int expec
   return result;
 }
 
-SolveResult MultigridSolver3D::iterate(int max_cycles, float tolerance, float residual) {
+SolveResult MultigridSolver3D::cycles(int max_cycles, float tolerance, float residual) {
+  return iterate(max_cycles, tolerance, residual, [&] {
+    v_cycle(0, 1, 2, 2);
+    return ResidualNorm3D(levels_[0]);
+  });
+}
+
+SolveResult MultigridSolver3D::combined_cycles(int max_cycles, float tolerance, float residual) {
+  OuterIteration outer(levels_[0]);
+  // Around solids the coarse levels are only a rough picture of the finer ones. Solving them
+  // better, by W-cycles, halves the number of cycles.
+  const int gamma = solids_ ? 2 : 1;
+  return iterate(max_cycles, tolerance, residual, [&] {
+    outer.start_cycle();
+    v_cycle(0, gamma, 2, 2);
+    return outer.finish_cycle();
+  });
+}
+
+// `cycle` runs one cycle and returns the residual.
+template <class Cycle>
+SolveResult MultigridSolver3D::iterate(int max_cycles, float tolerance, float residual,
+                                       Cycle cycle) {
   float previous = residual;
   for (int rises = 0; cycle_ < max_cycles;) {
     if (cycle_ >= 1 && residual > previous) {
@@ -130,8 +186,7 @@ SolveResult MultigridSolver3D::iterate(int max_cycles, float tolerance, float re
       }
     }
     previous = residual;
-    v_cycle(0, 1, 2, 2);
-    residual = ResidualNorm3D(levels_[0]);
+    residual = cycle();
     if (abort_requested()) {
       LogMessage() << "Solver aborted!";
       return {residual, cycle_, SolveEnd::kAborted};
@@ -152,7 +207,8 @@ void MultigridSolver3D::v_cycle(std::size_t level, int gamma, int pre, int post)
   const LevelGrid& below = levels_[level + 1];
   RBGS3D(pre, fine);
   Restrict3D(below, fine);
-  std::fill_n(below.x, below.cells(), 0.0f);
+  if (solids_) solids_->make_solvable(below);
+  clear_solution(below);
   for (int i = 0; i < gamma; ++i) v_cycle(level + 1, gamma, pre, post);
   Prolongate3D(fine, below);
   RBGS3D(post, fine);

@@ -83,7 +83,8 @@ double wanted_substeps(Simulation3D& sim) {
 Health measure_health(Simulation3D& sim) {
   const Domain& domain = sim.domain;
   Health health;
-  health.residual = sim.pressure().last_solve().residual;
+  health.residual = sim.pressure().frame_residual();
+  health.confined_volume = sim.pressure().frame_confined();
   health.cycles = sim.pressure().last_solve().cycles;
   if (domain.active_box.empty()) return health;
 

@@ -12,7 +12,8 @@ struct Health {
   std::map<int, double> mass;     // by ChannelKey: sum over the cells, times the volume of a cell
   double kinetic_energy = 0;      // per unit of density: half the squared speed, integrated
   double largest_divergence = 0;  // 1/s, including expansion
-  double residual = 0;            // of the last projection
+  double residual = 0;            // the largest of the frame's projections, 1/s
+  double confined_volume = 0;     // gas that expanded in the frame and had nowhere to go
   int cycles = 0;                 // V-cycles of the last projection
   double cfl = 0;                 // cells that the fastest gas crossed in the last substep
   // Domain faces, x-, x+, y-, y+, z-, z+, whose outermost cells hold a channel's content.

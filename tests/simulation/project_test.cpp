@@ -30,7 +30,6 @@ struct Box : test::Mac {
     domain.domain_box = domain.active_box = {{0, 0, 0}, interior - Vec3i(1, 1, 1)};
     domain.face_closed = faces;
     domain.dx = 0.5;
-    limits.max_cycles = 60;
   }
   SolveResult run() {
     ProjectionFields f{&U, &V, &W};

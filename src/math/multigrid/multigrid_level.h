@@ -26,13 +26,26 @@ struct LevelGrid {
   double near[3] = {1, 1, 1}, far[3] = {1, 1, 1};
   double h[3] = {1, 1, 1};             // width of the last interval on each axis
   int closed[6] = {0, 0, 0, 0, 0, 0};  // faces x-, x+, y-, y+, z-, z+
+  // True: the ghosts of closed faces hold copies, which a sweep reads. False: no step reads them.
+  bool stale_ghosts = false;
+  int first_color = 0;  // the color of the cells that a sweep smooths first, i + j + k even or odd
+  // With solids, how far the face below each cell of an axis is open, from 0 to 1 and 0 on closed
+  // faces; else null. `inverse_weight` scales what is interpolated from the coarser level: one over
+  // the weight of the coarse cells in fluid, 0 in solid.
+  const float* open[3] = {nullptr, nullptr, nullptr};
+  const float* inverse_weight = nullptr;
 
   std::size_t cells() const { return plane() * nz; }
   std::ptrdiff_t plane() const { return std::ptrdiff_t{nx} * ny; }
   std::ptrdiff_t row(int j, int k) const { return (std::ptrdiff_t{k} * ny + j) * nx; }
   /// The place in a row where the cells with odd i begin.
   int odd() const { return (nx + 1) / 2; }
+  /// The place of cell i in its row.
+  int place(int i) const { return (i & 1 ? odd() : 0) + i / 2; }
 };
+
+/// A level with fewer cells isn't worth a team of threads.
+inline constexpr std::size_t kSmallLevel = 50000;
 
 /// Whether the next coarser level has half as many cells on an axis of n cells, ghosts included.
 /// One interior cell stays one.

@@ -11,19 +11,38 @@ void smooth_plane(const LevelGrid& g, int k, int color) {
   set_ghosts(g, k, color);
   for (int j = 1; j < g.ny - 1; ++j)
     for_half_row(g, j, k, (color + j + k) & 1, [](const HalfRow& c, const auto& w) {
-      const double inverse = 1 / w.center;
       over_cells(c.count, [&](auto lane, int m) {
         using D = decltype(lane);
-        store(c.x + m, narrow((widen<D>(c.b + m) + neighbor_sum<D>(c, m, w)) * inverse));
+        const Terms<D> t = terms<D>(c, m, w);
+        store(c.x + m, narrow((widen<D>(c.b + m) + t.neighbors) * inverse(t.center)));
       });
     });
 }
 
-// r(c) = b(c) - (center x(c) - sum of the weighted neighbors)
+// (A x)(c) = center x(c) - sum of the weighted neighbors
+template <class D, class W>
+inline D applied(const HalfRow& c, int m, const W& w) {
+  const Terms<D> t = terms<D>(c, m, w);
+  return t.center * widen<D>(c.x + m) - t.neighbors;
+}
+
 template <class D, class W>
 inline auto residual(const HalfRow& c, int m, const W& w) {
-  const D Ax = w.center * widen<D>(c.x + m) - neighbor_sum<D>(c, m, w);
-  return narrow(widen<D>(c.b + m) - Ax);
+  return narrow(widen<D>(c.b + m) - applied<D>(c, m, w));
+}
+
+void apply_plane(float* out, const LevelGrid& g, int k) {
+  for (int j = 1; j < g.ny - 1; ++j) {
+    float* row = out + g.row(j, k);
+    row[g.place(0)] = row[g.place(g.nx - 1)] = 0;
+    for (int parity = 0; parity < 2; ++parity)
+      for_half_row(g, j, k, parity, [&](const HalfRow& c, const auto& w) {
+        float* to = out + (c.x - g.x);
+        over_cells(c.count, [&](auto lane, int m) {
+          store(to + m, narrow(applied<decltype(lane)>(c, m, w)));
+        });
+      });
+  }
 }
 
 // The largest magnitude so far. The bits of a float without its sign order as its magnitude does,
@@ -84,6 +103,7 @@ void restrict_plane(const LevelGrid& coarse, const LevelGrid& fine, int coarse_k
 }  // namespace
 
 extern const MultigridRelaxKernels kMultigridRelax;
-const MultigridRelaxKernels kMultigridRelax{smooth_plane, residual_norm_plane, restrict_plane};
+const MultigridRelaxKernels kMultigridRelax{smooth_plane, apply_plane, residual_norm_plane,
+                                            restrict_plane};
 
 }  // namespace nbx::NBX_ISA

@@ -22,9 +22,6 @@ const MultigridTransferKernels& multigrid_transfer_kernels() {
 
 namespace {
 
-// A level with fewer cells isn't worth a team of threads.
-constexpr std::size_t kSmallLevel = 50000;
-
 bool worth_threads(std::size_t cells) { return cells > kSmallLevel; }
 bool worth_threads(const LevelGrid& g) { return worth_threads(g.cells()); }
 
@@ -58,6 +55,11 @@ void merge_rows(Field<float>& f, float* scratch) {
   }
 }
 
+void clear_solution(const LevelGrid& g) {
+#pragma omp parallel for schedule(static) if (worth_threads(g))
+  for (int k = 0; k < g.nz; ++k) std::fill_n(g.x + g.row(0, k), g.plane(), 0.0f);
+}
+
 // All sweeps in one pass over the planes, so that a level goes through the cache once. A stage is
 // one color of one sweep. It needs the stage before it on the planes k - 1, k and k + 1, so stage s
 // runs s planes behind stage 0. Where two slabs meet, each leaves out the cells that need cells of
@@ -83,14 +85,15 @@ void RBGS3D(int sweeps, const LevelGrid& g) {
           const int k = front - s;
           const bool low_gap = slab > 0 && k < first + s;
           const bool high_gap = slab + 1 < slabs.count && k >= end - s;
-          if (k >= first && k < end && !low_gap && !high_gap) smooth_plane(g, k, s & 1);
+          if (k >= first && k < end && !low_gap && !high_gap)
+            smooth_plane(g, k, (s + g.first_color) & 1);
         }
     }
 #pragma omp for schedule(static, 1)
     for (int slab = 1; slab < slabs.count; ++slab)
       for (int s = 1; s < stages; ++s)
         for (int k = slabs.first(slab) - s; k < slabs.first(slab) + s; ++k)
-          smooth_plane(g, k, s & 1);
+          smooth_plane(g, k, (s + g.first_color) & 1);
   }
 }
 
@@ -125,16 +128,20 @@ void prolongate_slab(const LevelGrid& fine, const LevelGrid& coarse, int first, 
   };
   const int cells = fine.nx * (fine.ny - 2);
   for (int k = first; k < end; ++k) {
-    float* x = fine.x + fine.row(1, k);
-    if (!halves(fine.nz))
-      kernels.add(x, expanded(k), cells);
-    else if (k % 2 == 0)
-      kernels.add(x, expanded(k / 2), cells);
-    else if (k < fine.nz - 2)
-      kernels.add_mean(x, expanded(k / 2), expanded(k / 2 + 1), cells);
+    const std::ptrdiff_t at = fine.row(1, k);
+    float* x = fine.x + at;
+    const bool on_plane = !halves(fine.nz) || k % 2 == 0, last = k == fine.nz - 2;
+    const int below = halves(fine.nz) ? k / 2 : k, above = on_plane ? below : below + 1;
+    const double t = last ? 1 - fine.h[2] / coarse.h[2] : 0.5;
+    const float *a = expanded(below), *b = expanded(above);
+    if (fine.inverse_weight)
+      kernels.add_scaled(x, fine.inverse_weight + at, a, b, t, cells);
+    else if (on_plane)
+      kernels.add(x, a, cells);
+    else if (!last)
+      kernels.add_mean(x, a, b, cells);
     else
-      kernels.add_between(x, expanded(k / 2), expanded(k / 2 + 1), 1 - fine.h[2] / coarse.h[2],
-                          cells);
+      kernels.add_between(x, a, b, t, cells);
   }
 }
 

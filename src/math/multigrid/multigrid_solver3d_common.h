@@ -16,6 +16,9 @@ void set_boundary_condition(Field<float>& x, const std::array<int, 6>& bc);
 void split_rows(Field<float>& f, float* scratch);
 void merge_rows(Field<float>& f, float* scratch);
 
+/// x = 0
+void clear_solution(const LevelGrid& g);
+
 /// Red-black Gauss-Seidel sweeps in place: color 0, where i + j + k is even, then color 1.
 void RBGS3D(int sweeps, const LevelGrid& g);
 

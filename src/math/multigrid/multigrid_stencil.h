@@ -10,7 +10,7 @@
 //               south           low
 //
 // (A x)(c) = center x(c) - (w west + e east + s south + n north + l low + h high), where center is
-// the sum of the six weights. Sums run in double, in the order in which neighbor_sum has them.
+// the sum of the six weights. Sums run in double, in the order in which `terms` has them.
 #pragma once
 
 #include <cstring>
@@ -40,65 +40,119 @@ inline HalfRow half_row(const LevelGrid& g, int j, int k, int parity) {
           (g.nx - 2 + parity) / 2};
 }
 
-/// Weights of the neighbors of a cell, and their sum. All are 1, except in the last layers of a
-/// level whose last interval has another width.
+/// Weights of the neighbors of a cell, and their sum. They are 1, with two exceptions. The last
+/// cell of an axis whose last interval has another width has other weights. The ghost at a closed
+/// face has weight 0: as a copy of the cell it adds nothing to A x, and as a neighbor whose value
+/// is that of the last sweep it would hold the cell back.
 struct Weights {
-  double w = 1, e = 1, s = 1, n = 1, l = 1, h = 1, center = 6;
+  double w = 1, e = 1, s = 1, n = 1, l = 1, h = 1;
+  double center() const { return (w + e) + (s + n) + (l + h); }
 };
-
-inline Weights weights(const LevelGrid& g, bool last_i, bool last_j, bool last_k) {
-  Weights a;
-  if (last_i) a.w = g.near[0], a.e = g.far[0];
-  if (last_j) a.s = g.near[1], a.n = g.far[1];
-  if (last_k) a.l = g.near[2], a.h = g.far[2];
-  a.center = (a.w + a.e) + (a.s + a.n) + (a.l + a.h);
-  return a;
-}
 
 /// The regular stencil. It takes the place of Weights, and gives the same bits as weights of 1.
-struct UnitWeights {
-  static constexpr double center = 6;
+struct UnitWeights {};
+
+/// Weights that vary from cell to cell: those of the open faces around each, times `scale`. The
+/// pointers follow those of the HalfRow.
+struct FaceWeights {
+  const float *w, *e, *s, *n, *l, *h;
+  Weights scale;
+};
+
+/// The sum of the weighted neighbors of a cell, and the sum of the weights.
+template <class D>
+struct Terms {
+  D neighbors, center;
 };
 
 template <class D>
-inline D neighbor_sum(const HalfRow& c, int m, UnitWeights) {
-  return ((widen<D>(c.west + m) + widen<D>(c.west + m + 1)) +
-          (widen<D>(c.south + m) + widen<D>(c.north + m))) +
-         (widen<D>(c.low + m) + widen<D>(c.high + m));
+inline Terms<D> terms(const HalfRow& c, int m, UnitWeights) {
+  return {((widen<D>(c.west + m) + widen<D>(c.west + m + 1)) +
+           (widen<D>(c.south + m) + widen<D>(c.north + m))) +
+              (widen<D>(c.low + m) + widen<D>(c.high + m)),
+          D{} + 6.0};
 }
 
 template <class D>
-inline D neighbor_sum(const HalfRow& c, int m, const Weights& a) {
-  return ((a.w * widen<D>(c.west + m) + a.e * widen<D>(c.west + m + 1)) +
-          (a.s * widen<D>(c.south + m) + a.n * widen<D>(c.north + m))) +
-         (a.l * widen<D>(c.low + m) + a.h * widen<D>(c.high + m));
+inline Terms<D> terms(const HalfRow& c, int m, const Weights& a) {
+  return {((a.w * widen<D>(c.west + m) + a.e * widen<D>(c.west + m + 1)) +
+           (a.s * widen<D>(c.south + m) + a.n * widen<D>(c.north + m))) +
+              (a.l * widen<D>(c.low + m) + a.h * widen<D>(c.high + m)),
+          D{} + a.center()};
 }
 
-/// Calls body(row, weights) for the cells of a half row, which have the same weights, and then for
-/// its last cell if it has other weights.
+template <class D>
+inline Terms<D> terms(const HalfRow& c, int m, const FaceWeights& a) {
+  const D w = a.scale.w * widen<D>(a.w + m), e = a.scale.e * widen<D>(a.e + m);
+  const D s = a.scale.s * widen<D>(a.s + m), n = a.scale.n * widen<D>(a.n + m);
+  const D l = a.scale.l * widen<D>(a.l + m), h = a.scale.h * widen<D>(a.h + m);
+  return {((w * widen<D>(c.west + m) + e * widen<D>(c.west + m + 1)) +
+           (s * widen<D>(c.south + m) + n * widen<D>(c.north + m))) +
+              (l * widen<D>(c.low + m) + h * widen<D>(c.high + m)),
+          (w + e) + (s + n) + (l + h)};
+}
+
+/// 1 / center; 0 for a cell without neighbors, which stays 0.
+inline double inverse(double center) { return center > 0 ? 1 / center : 0; }
+inline Doubles inverse(Doubles center) {
+  const Doubles one = Doubles{} + 1.0;
+  return center > 0 ? one / center : Doubles{};
+}
+
+/// The weights of the two neighbors along `axis`, at index `at` of n cells.
+inline void axis_weights(double& low, double& high, const LevelGrid& g, int axis, int at, int n) {
+  if (at == n - 2) low = g.near[axis], high = g.far[axis];
+  if (g.stale_ghosts) return;
+  if (at == 1 && g.closed[2 * axis]) low = 0;
+  if (at == n - 2 && g.closed[2 * axis + 1]) high = 0;
+}
+
+inline HalfRow from(const HalfRow& row, int m, int count) {
+  return {row.x + m,     row.b + m,   row.west + m, row.south + m,
+          row.north + m, row.low + m, row.high + m, count};
+}
+
+inline FaceWeights face_weights(const LevelGrid& g, const HalfRow& row, const Weights& scale) {
+  const std::ptrdiff_t c = row.x - g.x;
+  const float* west = g.open[0] + c;
+  const float* east = g.open[0] + (row.west - g.x) + 1;
+  return {west, east, g.open[1] + c, g.open[1] + c + g.nx, g.open[2] + c, g.open[2] + c + g.plane(),
+          scale};
+}
+
+/// Calls body(cells, weights) for the cells of a half row, in up to three parts: the first and the
+/// last cell of the row may have weights of their own.
 template <class Body>
 inline void for_half_row(const LevelGrid& g, int j, int k, int parity, Body body) {
-  const bool last_j = j == g.ny - 2 && g.near[1] != 1, last_k = k == g.nz - 2 && g.near[2] != 1;
-  const bool last_i = g.near[0] != 1 && g.nx % 2 == parity;
-  HalfRow row = half_row(g, j, k, parity);
-  row.count -= last_i;
-  if (last_j || last_k)
-    body(row, weights(g, false, last_j, last_k));
-  else
-    body(row, UnitWeights());
-  if (last_i) {
-    const int m = row.count;
-    body(HalfRow{row.x + m, row.b + m, row.west + m, row.south + m, row.north + m, row.low + m,
-                 row.high + m, 1},
-         weights(g, true, last_j, last_k));
-  }
+  const HalfRow row = half_row(g, j, k, parity);
+  Weights inner;
+  axis_weights(inner.s, inner.n, g, 1, j, g.ny);
+  axis_weights(inner.l, inner.h, g, 2, k, g.nz);
+  const auto part = [&](int m, int count, const Weights& a) {
+    const HalfRow cells = from(row, m, count);
+    if (g.open[0])
+      body(cells, face_weights(g, cells, a));
+    else if (a.s == 1 && a.n == 1 && a.l == 1 && a.h == 1 && a.w == 1 && a.e == 1)
+      body(cells, UnitWeights());
+    else
+      body(cells, a);
+  };
+  Weights first = inner, last = inner;
+  axis_weights(first.w, first.e, g, 0, 1, g.nx);
+  axis_weights(last.w, last.e, g, 0, g.nx - 2, g.nx);
+  const bool own_first = parity == 1 && (first.w != 1 || first.e != 1);
+  const bool own_last = parity == g.nx % 2 && (last.w != 1 || last.e != 1) && row.count > own_first;
+  if (own_first) part(0, 1, first);
+  part(own_first, row.count - own_first - own_last, inner);
+  if (own_last) part(row.count - 1, 1, last);
 }
 
-/// Sets the ghosts of closed faces beside the cells of one color in a plane to their inner
-/// neighbors. Those of open faces are 0 from the start of a solve. A sweep must see the ghosts as
-/// they are at its start. A cell changes once in a sweep and only it reads the ghost beside it, so
-/// the ghosts can be set just before the color changes.
+/// Where sweeps read the ghosts of closed faces: sets those beside the cells of one color in a
+/// plane to their inner neighbors. Those of open faces are 0 from the start of a solve. A sweep
+/// must see the ghosts as they are at its start. A cell changes once in a sweep and only it reads
+/// the ghost beside it, so the ghosts can be set just before the color changes.
 inline void set_ghosts(const LevelGrid& g, int k, int color) {
+  if (!g.stale_ghosts) return;
   const int odd = g.odd();
   const auto parity = [&](int j) { return (color + j + k) & 1; };
   if (g.closed[0] || g.closed[1])

@@ -125,10 +125,15 @@ void add_between(float* __restrict x, const float* a, const float* b, double t, 
   for (int i = 0; i < n; ++i) x[i] += between(a[i], b[i], t);
 }
 
+void add_scaled(float* __restrict x, const float* scale, const float* a, const float* b, double t,
+                int n) {
+  for (int i = 0; i < n; ++i) x[i] += scale[i] * between(a[i], b[i], t);
+}
+
 }  // namespace
 
 extern const MultigridTransferKernels kMultigridTransfer;
-const MultigridTransferKernels kMultigridTransfer{split_plane, merge_plane, expand_plane,
-                                                  add,         add_mean,    add_between};
+const MultigridTransferKernels kMultigridTransfer{split_plane, merge_plane, expand_plane, add,
+                                                  add_mean,    add_between, add_scaled};
 
 }  // namespace nbx::NBX_ISA

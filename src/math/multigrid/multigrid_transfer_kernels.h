@@ -22,6 +22,8 @@ struct MultigridTransferKernels {
   void (*add_mean)(float* x, const float* a, const float* b, int n);
   /// x += a + (b - a) t
   void (*add_between)(float* x, const float* a, const float* b, double t, int n);
+  /// x += scale (a + (b - a) t), for levels with solids
+  void (*add_scaled)(float* x, const float* scale, const float* a, const float* b, double t, int n);
 };
 
 const MultigridTransferKernels& multigrid_transfer_kernels();

@@ -6,6 +6,8 @@
 #include "math/field_checks.h"
 #include "math/field_operators.h"
 #include "math/field_pool.h"
+#include "simulation/field_planes.h"
+#include "simulation/fluid/enclosed_regions.h"
 #include "simulation/fluid_tools3d.h"
 #include "util/exception.h"
 
@@ -62,10 +64,17 @@ SolveResult solve(MultigridSolver3D& solver, Field<float>& p, Field<float>& rhs,
   }
 }
 
+// The expansion that has solid around it is not the fluid's.
+void clear_in_solid(Field<float>& rhs, const Field<float>& phi) {
+#pragma omp parallel for schedule(static) if (rhs.count() > kSmallField)
+  for (std::ptrdiff_t c = 0; c < static_cast<std::ptrdiff_t>(rhs.count()); ++c)
+    if (!(phi[c] > 0)) rhs[c] = 0;
+}
+
 }  // namespace
 
-SolveResult project(MultigridSolver3D& solver, const ProjectionFields& fields, const Domain& domain,
-                    const ProjectionLimits& limits, int expected_cycles, SolverProgress* progress) {
+Projection project(MultigridSolver3D& solver, const ProjectionFields& fields, const Domain& domain,
+                   const ProjectionLimits& limits, int expected_cycles, SolverProgress* progress) {
   const ProjectionFields& f = fields;
   const Vec3i dims = check_mac(*f.U, *f.V, *f.W);
   if (std::min({dims[0], dims[1], dims[2]}) < 3) return {};
@@ -77,24 +86,30 @@ SolveResult project(MultigridSolver3D& solver, const ProjectionFields& fields, c
   const Levels levels(solver, dims);
   const double dx = domain.dx;
   const float tolerance = limits.tolerance;
+  const EnclosedRegions rooms(dims, f.phi, solver.bc), box(dims, nullptr, solver.bc);
+  Projection result;
 
-  // Faces of solids keep their velocity while the pressure of the fluid settles around them. The
-  // pressure of one pass is the first guess of the next.
-  float residual = 2 * tolerance;
-  for (int pass = 0; f.phi && pass < limits.solid_iterations && residual > tolerance; ++pass) {
+  // The pressure of the fluid alone: faces of solids keep their velocity.
+  if (f.phi && limits.solid_iterations > 0) {
     velocity_boundary(f, domain);
     right_hand_side(*rhs, f, dx);
-    const SolveResult cycle = solve(solver, *p, *rhs, expected_cycles, 1, tolerance, progress);
-    residual = cycle.residual;
-    expected_cycles = cycle.cycles;
-    subtract_pressure_gradient(*f.U, *f.V, *f.W, *p, dx, f.phi);
+    if (f.source) clear_in_solid(*rhs, *f.phi);
+    rooms.remove_means(*rhs);
+    solver.set_solids(*f.phi);
+    const SolveResult around =
+        solve(solver, *p, *rhs, expected_cycles, limits.solid_iterations, tolerance, progress);
+    solver.clear_solids();
+    result.solid_passes = around.cycles;
+    if (around.cycles > 0) subtract_pressure_gradient(*f.U, *f.V, *f.W, *p, dx, f.phi);
   }
 
   velocity_boundary(f, domain);
   right_hand_side(*rhs, f, dx);
-  const SolveResult result =
+  result.confined = rooms.remove_means(*rhs);
+  if (f.phi) box.remove_means(*rhs);  // the solve below ignores solids
+  static_cast<SolveResult&>(result) =
       solve(solver, *p, *rhs, expected_cycles, limits.max_cycles, tolerance, progress);
-  subtract_pressure_gradient(*f.U, *f.V, *f.W, *p, dx, nullptr);
+  if (result.cycles > 0) subtract_pressure_gradient(*f.U, *f.V, *f.W, *p, dx, nullptr);
   if (std::isnan(result.residual)) throw Exception("Floating point error during linear solving");
   return result;
 }

@@ -1,5 +1,8 @@
 #include "simulation/steps/pressure_system.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "math/mfield_operations.h"
 #include "simulation/fluid/project.h"
 #include "simulation/fluid_system.h"
@@ -7,6 +10,11 @@
 #include "util/cuda_use_flags.h"
 
 namespace nbx {
+
+void PressureSystem::begin_frame(FieldSource& /*fields*/) {
+  frame_residual_ = 0;
+  frame_confined_ = 0;
+}
 
 void PressureSystem::end_frame() { solids_.phi.reset(); }
 
@@ -45,6 +53,8 @@ bool PressureSystem::project(FluidSystem& fluid, MField* source, SolverProgress&
                                   params_.solid_iterations};
     last_solve_ = nbx::project(solver_, fields, domain_, limits, last_solve_.cycles, &progress);
   });
+  frame_residual_ = std::max(frame_residual_, last_solve_.residual);
+  frame_confined_ += last_solve_.confined * std::pow(domain_.dx, 3) * clock_.dt;
   solids_.u.reset();
   solids_.v.reset();
   solids_.w.reset();

@@ -1,7 +1,7 @@
 // The pressure of the gas: owns the multigrid solver and the solids of the current substep.
 #pragma once
 
-#include "math/multigrid_solver3d.h"
+#include "simulation/fluid/project.h"
 #include "simulation/sim_system.h"
 
 namespace nbx {
@@ -18,6 +18,7 @@ class PressureSystem : public SimSystem, public FrameStorable {
 
   /// Solids belong to one active box.
   void resize(const Vec3i& /*delta*/) override { solids_ = {}; }
+  void begin_frame(FieldSource& fields) override;
   void end_frame() override;
   void set_solids(const Solids& solids) override { solids_ = solids; }
   void clear() override { solids_ = {}; }
@@ -26,14 +27,20 @@ class PressureSystem : public SimSystem, public FrameStorable {
   /// Solids come from the scene, not from frames.
   void load(SimFrame& /*frame*/) override {}
 
-  /// What the last solve achieved.
-  const SolveResult& last_solve() const { return last_solve_; }
+  /// What the last projection achieved.
+  const Projection& last_solve() const { return last_solve_; }
+  /// The largest residual of the frame's projections, in 1/s.
+  float frame_residual() const { return frame_residual_; }
+  /// Volume that expanded in the frame and had nowhere to go, in cubic simulation units.
+  double frame_confined() const { return frame_confined_; }
 
  private:
   bool at_rest(MField* source);
 
   MultigridSolver3D solver_;
-  SolveResult last_solve_;
+  Projection last_solve_;
+  float frame_residual_ = 0;
+  double frame_confined_ = 0;
   Solids solids_;
 };
 

@@ -1,0 +1,97 @@
+#include "math/multigrid/outer_iteration.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <vector>
+
+#include "math/field_operators.h"
+#include "math/multigrid/multigrid_krylov_kernels.h"
+#include "math/multigrid/multigrid_relax_kernels.h"
+#include "util/isa.h"
+
+NBX_DECLARE_ISA(MultigridKrylovKernels, kMultigridKrylov)
+
+namespace nbx {
+
+const MultigridKrylovKernels& multigrid_krylov_kernels() {
+  return NBX_SELECT_ISA(kMultigridKrylov);
+}
+
+namespace {
+
+// Calls work(k, first, n) for every interior plane: its rows without ghosts are the n floats from
+// element `first` on.
+template <class Work>
+void for_planes(const LevelGrid& g, const Work& work) {
+  const int n = g.nx * (g.ny - 2);
+#pragma omp parallel for schedule(static) if (g.cells() > kSmallLevel)
+  for (int k = 1; k < g.nz - 1; ++k) work(k, g.row(1, k), n);
+}
+
+// The planes' sums are added in order.
+double total(const std::vector<double>& planes) {
+  double sum = 0;
+  for (const double plane : planes) sum += plane;
+  return sum;
+}
+
+}  // namespace
+
+OuterIteration::OuterIteration(LevelGrid& level) : g_(level), x_(level.x) {
+  const Vec3i dims{g_.nx, g_.ny, g_.nz};
+  z_ = acquire_field(dims);
+  p_ = acquire_field(dims);
+  q_ = acquire_field(dims);
+  const auto apply = multigrid_relax_kernels().apply_plane;
+  for_planes(g_, [&](int k, std::ptrdiff_t first, int n) {
+    apply(g_.r, g_, k);
+    for (std::ptrdiff_t c = first; c < first + n; ++c) g_.b[c] -= g_.r[c];
+  });
+  g_.x = z_->data();
+}
+
+OuterIteration::~OuterIteration() { g_.x = x_; }
+
+void OuterIteration::start_cycle() { set(*z_, 0); }
+
+float OuterIteration::finish_cycle() {
+  const auto apply = multigrid_relax_kernels().apply_plane;
+  const MultigridKrylovKernels& kernels = multigrid_krylov_kernels();
+  float *Az = g_.r, *r = g_.b, *z = g_.x, *p = p_->data(), *q = q_->data();
+  std::vector<double> first_sums(g_.nz), second_sums(g_.nz);
+
+  float beta = 0;
+  if (!has_direction_) {
+    set(*p_, 0);
+    set(*q_, 0);
+  }
+  for_planes(g_, [&](int k, std::ptrdiff_t first, int n) {
+    apply(Az, g_, k);
+    if (!has_direction_) return;
+    first_sums[k] = kernels.dot(Az + first, q + first, n);
+    second_sums[k] = kernels.dot(q + first, q + first, n);
+  });
+  if (const double qq = total(second_sums); qq > 0)
+    beta = static_cast<float>(total(first_sums) / qq);
+  has_direction_ = true;
+
+  for_planes(g_, [&](int k, std::ptrdiff_t first, int n) {
+    const DirectionProducts sums =
+        kernels.turn(p + first, q + first, z + first, Az + first, r + first, beta, n);
+    first_sums[k] = sums.rq;
+    second_sums[k] = sums.qq;
+  });
+  const double qq = total(second_sums);
+  const float alpha = qq > 0 ? static_cast<float>(total(first_sums) / qq) : 0;
+
+  std::vector<float> norms(g_.nz);
+  for_planes(g_, [&](int k, std::ptrdiff_t first, int n) {
+    norms[k] = kernels.advance(x_ + first, r + first, p + first, q + first, alpha, n);
+  });
+  const auto bits = [](float v) { return std::bit_cast<std::uint32_t>(v); };
+  return *std::max_element(norms.begin(), norms.end(),
+                           [&](float a, float b) { return bits(a) < bits(b); });
+}
+
+}  // namespace nbx
