@@ -54,7 +54,7 @@ struct Jet {
 void bench_project(benchmark::State& state, bool solid) {
   Jet jet;
   double best = std::numeric_limits<double>::max();
-  int cycles = 0;
+  int cycles = 0, solid_passes = 0;
   float residual = 0;
   for (auto _ : state) {
     state.PauseTiming();
@@ -71,13 +71,15 @@ void bench_project(benchmark::State& state, bool solid) {
       fields.Ws = &jet.Ws;
     }
     const Timer timer;
-    const SolveResult result = project(jet.solver, fields, jet.domain, {}, 5, nullptr);
+    const Projection result = project(jet.solver, fields, jet.domain, {}, 5, nullptr);
     best = std::min(best, timer.seconds());
     cycles = result.cycles;
     residual = result.residual;
+    solid_passes = result.solid_passes;
   }
   report_iteration(state, std::size_t{Jet::n} * Jet::n * Jet::n, best);
   state.counters["cycles"] = cycles;
+  state.counters["solid_passes"] = solid_passes;
   state.counters["residual"] = static_cast<double>(residual);
 }
 BENCHMARK_CAPTURE(bench_project, open, false)->Name("project")->Unit(benchmark::kMillisecond);

@@ -96,6 +96,7 @@ void MultigridSolver3D::clear_solids() {
   solids_.reset();
   for (LevelGrid& level : levels_) {
     level.inverse_weight = nullptr;
+    level.near_solid = nullptr;
     for (const float*& open : level.open) open = nullptr;
   }
 }

@@ -30,20 +30,34 @@ double dot(const float* a, const float* b, int n) {
   return sum.total();
 }
 
-DirectionProducts turn(float* __restrict p, float* __restrict q, const float* __restrict z,
-                       const float* __restrict Az, const float* __restrict r, float beta, int n) {
+template <class Cell>
+DirectionProducts products(const float* q, const float* r, int n, Cell cell) {
   Sum rq, qq;
-  const auto cell = [&](int i, int l) {
-    p[i] = z[i] - beta * p[i];
-    q[i] = Az[i] - beta * q[i];
+  const auto add = [&](int i, int l) {
+    cell(i);
     rq.lanes[l] += product(r[i], q[i]);
     qq.lanes[l] += product(q[i], q[i]);
   };
   int i = 0;
   for (; i + kSums <= n; i += kSums)
-    for (int l = 0; l < kSums; ++l) cell(i + l, l);
-  for (int l = 0; i + l < n; ++l) cell(i + l, l);
+    for (int l = 0; l < kSums; ++l) add(i + l, l);
+  for (int l = 0; i + l < n; ++l) add(i + l, l);
   return {rq.total(), qq.total()};
+}
+
+DirectionProducts start(float* p, float* q, const float* z, const float* Az, const float* r,
+                        int n) {
+  __builtin_memcpy(p, z, n * sizeof(float));
+  __builtin_memcpy(q, Az, n * sizeof(float));
+  return products(q, r, n, [](int) {});
+}
+
+DirectionProducts turn(float* __restrict p, float* __restrict q, const float* __restrict z,
+                       const float* __restrict Az, const float* __restrict r, float beta, int n) {
+  return products(q, r, n, [&](int i) {
+    p[i] = z[i] - beta * p[i];
+    q[i] = Az[i] - beta * q[i];
+  });
 }
 
 float advance(float* __restrict x, float* __restrict r, const float* __restrict p,
@@ -62,6 +76,6 @@ float advance(float* __restrict x, float* __restrict r, const float* __restrict 
 }  // namespace
 
 extern const MultigridKrylovKernels kMultigridKrylov;
-const MultigridKrylovKernels kMultigridKrylov{dot, turn, advance};
+const MultigridKrylovKernels kMultigridKrylov{dot, start, turn, advance};
 
 }  // namespace nbx::NBX_ISA

@@ -12,6 +12,9 @@ struct DirectionProducts {
 
 struct MultigridKrylovKernels {
   double (*dot)(const float* a, const float* b, int n);
+  /// p = z, q = Az; the products are r q and q q.
+  DirectionProducts (*start)(float* p, float* q, const float* z, const float* Az, const float* r,
+                             int n);
   /// p = z - beta p, q = Az - beta q; the products are r q and q q of the new q.
   DirectionProducts (*turn)(float* p, float* q, const float* z, const float* Az, const float* r,
                             float beta, int n);

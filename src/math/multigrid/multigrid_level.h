@@ -33,6 +33,7 @@ struct LevelGrid {
   // faces; else null. `inverse_weight` scales what is interpolated from the coarser level: one over
   // the weight of the coarse cells in fluid, 0 in solid.
   const float* open[3] = {nullptr, nullptr, nullptr};
+  const char* near_solid = nullptr;  // per row j + ny k: whether any of its faces isn't open
   const float* inverse_weight = nullptr;
 
   std::size_t cells() const { return plane() * nz; }

@@ -128,9 +128,10 @@ inline void for_half_row(const LevelGrid& g, int j, int k, int parity, Body body
   Weights inner;
   axis_weights(inner.s, inner.n, g, 1, j, g.ny);
   axis_weights(inner.l, inner.h, g, 2, k, g.nz);
+  const bool near_solid = g.near_solid && g.near_solid[std::ptrdiff_t{k} * g.ny + j];
   const auto part = [&](int m, int count, const Weights& a) {
     const HalfRow cells = from(row, m, count);
-    if (g.open[0])
+    if (near_solid)
       body(cells, face_weights(g, cells, a));
     else if (a.s == 1 && a.n == 1 && a.l == 1 && a.h == 1 && a.w == 1 && a.e == 1)
       body(cells, UnitWeights());

@@ -59,31 +59,25 @@ float OuterIteration::finish_cycle() {
   const auto apply = multigrid_relax_kernels().apply_plane;
   const MultigridKrylovKernels& kernels = multigrid_krylov_kernels();
   float *Az = g_.r, *r = g_.b, *z = g_.x, *p = p_->data(), *q = q_->data();
-  std::vector<double> first_sums(g_.nz), second_sums(g_.nz);
+  const bool first_direction = q_norm_ == 0;
+  std::vector<double> rq(g_.nz), qq(g_.nz);
 
-  float beta = 0;
-  if (!has_direction_) {
-    set(*p_, 0);
-    set(*q_, 0);
-  }
   for_planes(g_, [&](int k, std::ptrdiff_t first, int n) {
     apply(Az, g_, k);
-    if (!has_direction_) return;
-    first_sums[k] = kernels.dot(Az + first, q + first, n);
-    second_sums[k] = kernels.dot(q + first, q + first, n);
+    if (!first_direction) rq[k] = kernels.dot(Az + first, q + first, n);
   });
-  if (const double qq = total(second_sums); qq > 0)
-    beta = static_cast<float>(total(first_sums) / qq);
-  has_direction_ = true;
+  const float beta = first_direction ? 0 : static_cast<float>(total(rq) / q_norm_);
 
   for_planes(g_, [&](int k, std::ptrdiff_t first, int n) {
     const DirectionProducts sums =
-        kernels.turn(p + first, q + first, z + first, Az + first, r + first, beta, n);
-    first_sums[k] = sums.rq;
-    second_sums[k] = sums.qq;
+        first_direction
+            ? kernels.start(p + first, q + first, z + first, Az + first, r + first, n)
+            : kernels.turn(p + first, q + first, z + first, Az + first, r + first, beta, n);
+    rq[k] = sums.rq;
+    qq[k] = sums.qq;
   });
-  const double qq = total(second_sums);
-  const float alpha = qq > 0 ? static_cast<float>(total(first_sums) / qq) : 0;
+  q_norm_ = total(qq);
+  const float alpha = q_norm_ > 0 ? static_cast<float>(total(rq) / q_norm_) : 0;
 
   std::vector<float> norms(g_.nz);
   for_planes(g_, [&](int k, std::ptrdiff_t first, int n) {

@@ -33,7 +33,7 @@ class OuterIteration {
   LevelGrid& g_;
   float* x_;               // the solution
   FieldHandle z_, p_, q_;  // the level's scratch holds A z
-  bool has_direction_ = false;
+  double q_norm_ = 0;      // (q, q); 0 before the first direction
 };
 
 }  // namespace nbx

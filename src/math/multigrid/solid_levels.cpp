@@ -10,34 +10,19 @@ namespace {
 
 Vec3i dims(const LevelGrid& g) { return {g.nx, g.ny, g.nz}; }
 
-std::ptrdiff_t place(const LevelGrid& g, const Vec3i& at) {
-  return g.row(at[1], at[2]) + g.place(at[0]);
-}
-
-// Calls work(cell) for all cells of a level, ghosts included.
-template <class Work>
-void for_cells(const LevelGrid& g, const Work& work) {
-#pragma omp parallel for schedule(static) if (g.cells() > kSmallLevel)
-  for (int k = 0; k < g.nz; ++k)
-    for (int j = 0; j < g.ny; ++j)
-      for (int i = 0; i < g.nx; ++i) work(Vec3i(i, j, k));
-}
-
-// Which cells of a level are in solid. Coarse cell I lies on fine cell 2 I.
-class Solid {
+// Which cells of a level are in fluid. Coarse cell I lies on fine cell 2 I; ghosts are in fluid.
+class Fluid {
  public:
-  Solid(const LevelGrid& g, const Field<float>& phi) : g_(g), phi_(phi) {
+  Fluid(const LevelGrid& g, const Field<float>& phi) : g_(g), phi_(phi) {
     for (int a = 0; a < 3; ++a)
       for (int n = phi.dims()[a]; n != dims(g)[a]; n = (n - 2) / 2 + 2) step_[a] *= 2;
   }
-  /// Ghosts are in fluid.
-  bool operator()(const Vec3i& at) const {
-    Vec3i finest;
-    for (int a = 0; a < 3; ++a) {
-      if (at[a] == 0 || at[a] == dims(g_)[a] - 1) return false;
-      finest[a] = at[a] * step_[a];
-    }
-    return !(phi_(finest[0], finest[1], finest[2]) > 0);
+  /// A row in natural order: 1 in fluid, else 0.
+  void row(float* out, int j, int k) const {
+    std::fill_n(out, g_.nx, 1.0f);
+    if (j == 0 || k == 0 || j == g_.ny - 1 || k == g_.nz - 1) return;
+    const float* phi = &phi_(0, j * step_[1], k * step_[2]);
+    for (int i = 1; i < g_.nx - 1; ++i) out[i] = phi[i * step_[0]] > 0 ? 1.0f : 0.0f;
   }
 
  private:
@@ -46,75 +31,151 @@ class Solid {
   Vec3i step_{1, 1, 1};
 };
 
-// Whether the face below cell `at` is open, as far as solids go, and no wall.
-bool passes(const LevelGrid& g, const Solid& solid, int axis, const Vec3i& at) {
-  if (at[axis] == 0) return false;
-  if (at[axis] == 1 && g.closed[2 * axis]) return false;
-  if (at[axis] == dims(g)[axis] - 1 && g.closed[2 * axis + 1]) return false;
-  Vec3i before = at;
-  --before[axis];
-  return !solid(at) && !solid(before);
+// Calls work(j, k) for all rows of a level, those in the ghost layer included.
+template <class Work>
+void for_rows(const LevelGrid& g, const Work& work) {
+#pragma omp parallel for schedule(static) if (g.cells() > kSmallLevel)
+  for (int k = 0; k < g.nz; ++k)
+    for (int j = 0; j < g.ny; ++j) work(j, k);
 }
 
 // A coarse face is open if the fine faces between its two cells are.
 float coarse_open(const LevelGrid& fine, int axis, const Vec3i& coarse_at) {
+  const auto place = [&](const Vec3i& at) { return fine.row(at[1], at[2]) + fine.place(at[0]); };
+  const float* fine_open = fine.open[axis];
   Vec3i at;
   for (int a = 0; a < 3; ++a) at[a] = halves(dims(fine)[a]) ? 2 * coarse_at[a] : coarse_at[a];
-  if (!halves(dims(fine)[axis])) return fine.open[axis][place(fine, at)];
+  if (!halves(dims(fine)[axis])) return fine_open[place(at)];
   Vec3i before = at;
   --before[axis];
-  const float open = fine.open[axis][place(fine, before)];
   // An even size leaves only one fine face before the far ghost.
-  return at[axis] < dims(fine)[axis] ? open * fine.open[axis][place(fine, at)] : open;
+  const float last = at[axis] < dims(fine)[axis] ? fine_open[place(at)] : 1.0f;
+  return fine_open[place(before)] * last;
 }
 
-bool has_open_face(const LevelGrid& g, const Vec3i& at) {
-  for (int axis = 0; axis < 3; ++axis) {
-    Vec3i above = at;
-    ++above[axis];
-    if (g.open[axis][place(g, at)] > 0 || g.open[axis][place(g, above)] > 0) return true;
-  }
-  return false;
+// Finds the rows in which a face may be closed by a solid: those with solid in or beside them, and
+// those that lie on or beside such rows of the finer level.
+std::vector<char> rows_near_solid(const LevelGrid& g, const LevelGrid* fine, const Fluid& fluid) {
+  std::vector<char> with_solid(std::size_t{1} * g.ny * g.nz), near(with_solid.size());
+  const auto index = [](const LevelGrid& level, int j, int k) {
+    return std::ptrdiff_t{k} * level.ny + j;
+  };
+  for_rows(g, [&](int j, int k) {
+    std::vector<float> row(g.nx);
+    fluid.row(row.data(), j, k);
+    with_solid[index(g, j, k)] = std::find(row.begin(), row.end(), 0.0f) != row.end();
+  });
+  for_rows(g, [&](int j, int k) {
+    if (j == 0 || k == 0 || j == g.ny - 1 || k == g.nz - 1) return;
+    char& any = near[index(g, j, k)];
+    for (int d = -1; d <= 1; ++d)
+      any |= with_solid[index(g, j + d, k)] | with_solid[index(g, j, k + d)];
+    if (!fine) return;
+    const int J = halves(fine->ny) ? 2 * j : j, K = halves(fine->nz) ? 2 * k : k;
+    for (int dk = -1; dk <= 1; ++dk)
+      for (int dj = -1; dj <= 1; ++dj) any |= fine->near_solid[index(*fine, J + dj, K + dk)];
+  });
+  return near;
+}
+
+// Fills `open`, the faces below the cells along `axis`.
+void fill_open(float* open, const LevelGrid& g, const LevelGrid* fine, const Fluid& fluid,
+               int axis) {
+  const bool low_wall = g.closed[2 * axis], high_wall = g.closed[2 * axis + 1];
+  const auto near_solid = [&](int j, int k) {
+    return g.near_solid[std::ptrdiff_t{k} * g.ny + j] != 0;
+  };
+  for_rows(g, [&](int j, int k) {
+    std::vector<float> row(g.nx);
+    Vec3i at(1, j, k);
+    const auto is_wall = [&](int n) {
+      return (n == 1 && low_wall) || (n == dims(g)[axis] - 1 && high_wall);
+    };
+    const int shift = axis == 0 ? 1 : 0, end = g.nx - 1 + shift;
+    const int j_before = j - (axis == 1), k_before = k - (axis == 2);
+    const bool inner = j > 0 && k > 0 && (axis == 1 || j < g.ny - 1) && (axis == 2 || k < g.nz - 1);
+    if (inner && (axis == 0 || !is_wall(at[axis]))) {
+      std::fill(row.begin() + 1, row.begin() + end, 1.0f);
+      if (near_solid(j, k) || near_solid(j_before, k_before)) {
+        std::vector<float> here(g.nx), before(g.nx);
+        fluid.row(here.data(), j, k);
+        fluid.row(before.data(), j_before, k_before);
+        for (int i = 1; i < end; ++i) row[i] = here[i] * before[i - shift];
+        for (at[0] = 1; fine && at[0] < end; ++at[0]) row[at[0]] *= coarse_open(*fine, axis, at);
+      }
+      if (axis == 0)
+        for (const int i : {1, g.nx - 1})
+          if (is_wall(i)) row[i] = 0;
+    }
+    float* out = open + g.row(j, k);
+    for (int i = 0; i < g.nx; ++i) out[g.place(i)] = row[i];
+  });
+}
+
+// Fills `inverse`: one over the weight of the coarse cells in fluid, from which a cell is
+// interpolated. Uses x of the coarse level.
+void fill_inverse_weight(float* inverse, const LevelGrid& g, const LevelGrid& below,
+                         const Field<float>& phi) {
+  const Fluid fluid(g, phi), fluid_below(below, phi);
+  for_rows(below, [&](int j, int k) {
+    std::vector<float> row(below.nx);
+    fluid_below.row(row.data(), j, k);
+    for (int i = 0; i < below.nx; ++i) below.x[below.row(j, k) + below.place(i)] = 1 - row[i];
+  });
+  LevelGrid in_solid = g;  // the weight of the coarse cells in solid
+  in_solid.x = inverse;
+  in_solid.inverse_weight = nullptr;
+  clear_solution(in_solid);
+  Prolongate3D(in_solid, below);
+  for_rows(g, [&](int j, int k) {
+    std::vector<float> row(g.nx);
+    fluid.row(row.data(), j, k);
+    for (int i = 0; i < g.nx; ++i) {
+      float& w = inverse[g.row(j, k) + g.place(i)];
+      w = w < 1 ? row[i] / (1 - w) : 0;
+    }
+  });
+}
+
+bool has_open_face(const LevelGrid& g, int i, int j, int k) {
+  const std::ptrdiff_t c = g.row(j, k) + g.place(i), east = g.row(j, k) + g.place(i + 1);
+  return g.open[0][c] + g.open[0][east] + g.open[1][c] + g.open[1][c + g.nx] + g.open[2][c] +
+             g.open[2][c + g.plane()] >
+         0;
+}
+
+// Calls work(k, element) for the interior cells of a level that have an open face.
+template <class Work>
+void for_connected_cells(const LevelGrid& g, const Work& work) {
+#pragma omp parallel for schedule(static) if (g.cells() > kSmallLevel)
+  for (int k = 1; k < g.nz - 1; ++k)
+    for (int j = 1; j < g.ny - 1; ++j)
+      for (int i = 1; i < g.nx - 1; ++i)
+        if (has_open_face(g, i, j, k)) work(k, g.row(j, k) + g.place(i));
 }
 
 }  // namespace
 
 SolidLevels::SolidLevels(std::vector<LevelGrid>& levels, const Field<float>& phi) {
+  const auto field = [&](const LevelGrid& g) {
+    return fields_.emplace_back(acquire_field(dims(g)))->data();
+  };
   for (std::size_t l = 0; l < levels.size(); ++l) {
     LevelGrid& g = levels[l];
     const LevelGrid* fine = l > 0 ? &levels[l - 1] : nullptr;
-    const Solid solid(g, phi);
+    const Fluid fluid(g, phi);
+    rows_.push_back(rows_near_solid(g, fine, fluid));
+    g.near_solid = rows_.back().data();
     for (int axis = 0; axis < 3; ++axis) {
-      float* open = fields_.emplace_back(acquire_field(dims(g)))->data();
-      const auto inner = [&](const Vec3i& at) {
-        for (int a = 0; a < 3; ++a)
-          if (at[a] == 0 || (a != axis && at[a] == dims(g)[a] - 1)) return false;
-        return true;
-      };
-      for_cells(g, [&](const Vec3i& at) {
-        const bool some = inner(at) && passes(g, solid, axis, at);
-        open[place(g, at)] = !some ? 0.0f : fine ? coarse_open(*fine, axis, at) : 1.0f;
-      });
+      float* open = field(g);
+      fill_open(open, g, fine, fluid, axis);
       g.open[axis] = open;
     }
   }
-
-  // One over the weight of the coarse cells in fluid: s is the weight of those in solid.
   for (std::size_t l = 0; l + 1 < levels.size(); ++l) {
-    LevelGrid &g = levels[l], &below = levels[l + 1];
-    const Solid solid(g, phi), solid_below(below, phi);
-    float* s = fields_.emplace_back(acquire_field(dims(g)))->data();
-    std::fill_n(s, g.cells(), 0.0f);
-    for_cells(below,
-              [&](const Vec3i& at) { below.x[place(below, at)] = solid_below(at) ? 1.0f : 0.0f; });
-    LevelGrid weights = g;
-    weights.x = s;
-    Prolongate3D(weights, below);
-    for_cells(g, [&](const Vec3i& at) {
-      float& w = s[place(g, at)];
-      w = solid(at) || !(w < 1) ? 0.0f : 1 / (1 - w);
-    });
-    g.inverse_weight = s;
+    float* inverse = field(levels[l]);
+    fill_inverse_weight(inverse, levels[l], levels[l + 1], phi);
+    levels[l].inverse_weight = inverse;
   }
 }
 
@@ -125,22 +186,15 @@ void SolidLevels::make_solvable(const LevelGrid& g) const {
     int cells = 0;
   };
   std::vector<Sum> planes(g.nz);
-  const auto for_connected = [&](const auto& work) {
-    for_cells(g, [&](const Vec3i& at) {
-      for (int a = 0; a < 3; ++a)
-        if (at[a] == 0 || at[a] == dims(g)[a] - 1) return;
-      if (has_open_face(g, at)) work(at);
-    });
-  };
-  for_connected([&](const Vec3i& at) {
-    planes[at[2]].b += g.b[place(g, at)];
-    ++planes[at[2]].cells;
+  for_connected_cells(g, [&](int k, std::ptrdiff_t c) {
+    planes[k].b += g.b[c];
+    ++planes[k].cells;
   });
   Sum all;
   for (const Sum& plane : planes) all.b += plane.b, all.cells += plane.cells;
   if (all.cells == 0) return;
   const float mean = static_cast<float>(all.b / all.cells);
-  for_connected([&](const Vec3i& at) { g.b[place(g, at)] -= mean; });
+  for_connected_cells(g, [&](int, std::ptrdiff_t c) { g.b[c] -= mean; });
 }
 
 }  // namespace nbx

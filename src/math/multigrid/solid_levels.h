@@ -26,6 +26,7 @@ class SolidLevels {
   void make_solvable(const LevelGrid& g) const;
 
  private:
+  std::vector<std::vector<char>> rows_;  // LevelGrid::near_solid
   std::vector<FieldHandle> fields_;
 };
 

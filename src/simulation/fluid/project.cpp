@@ -94,18 +94,24 @@ Projection project(MultigridSolver3D& solver, const ProjectionFields& fields, co
     velocity_boundary(f, domain);
     right_hand_side(*rhs, f, dx);
     if (f.source) clear_in_solid(*rhs, *f.phi);
-    rooms.remove_means(*rhs);
+    result.confined = rooms.remove_means(*rhs);
     solver.set_solids(*f.phi);
     const SolveResult around =
         solve(solver, *p, *rhs, expected_cycles, limits.solid_iterations, tolerance, progress);
     solver.clear_solids();
     result.solid_passes = around.cycles;
     if (around.cycles > 0) subtract_pressure_gradient(*f.U, *f.V, *f.W, *p, dx, f.phi);
+    // Only volume that appears inside of solids can be left.
+    if (around.end == SolveEnd::kConverged && !f.source) {
+      result.residual = around.residual;
+      return result;
+    }
   }
 
   velocity_boundary(f, domain);
   right_hand_side(*rhs, f, dx);
-  result.confined = rooms.remove_means(*rhs);
+  const double confined = rooms.remove_means(*rhs);
+  if (result.solid_passes == 0) result.confined = confined;
   if (f.phi) box.remove_means(*rhs);  // the solve below ignores solids
   static_cast<SolveResult&>(result) =
       solve(solver, *p, *rhs, expected_cycles, limits.max_cycles, tolerance, progress);
