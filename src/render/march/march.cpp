@@ -18,13 +18,12 @@ constexpr int kFirstSteps = 4;      // adaptive steps to evaluate at once after 
 // The samples of a block in voxel coordinates of an entry. Those beyond n repeat the last one.
 void place(Points& points, const VolumeEntry& entry, const double* t, int n) {
   const Vec3d &o = entry.voxelOrigin, &d = entry.voxelDirection;
+  const MarchKernels& kernels = march_kernels();
   points.n = n;
-  for (int i = 0; i < kBlock; ++i) {
-    points.x[i] = o[0] + t[i] * d[0];
-    points.y[i] = o[1] + t[i] * d[1];
-    points.z[i] = o[2] + t[i] * d[2];
-    points.t[i] = t[i];
-  }
+  kernels.place(points.x, o[0], d[0], t, kBlock);
+  kernels.place(points.y, o[1], d[1], t, kBlock);
+  kernels.place(points.z, o[2], d[2], t, kBlock);
+  kernels.place(points.t, 0, 1, t, kBlock);
 }
 
 template <class T, class Element>
@@ -270,6 +269,13 @@ bool March::shadow(double begin, double end) {
   alignas(64) float sigma[kBlock];
   const bool whole = for_each_block(begin, end, lengths, [&](const double* t, int n, double step) {
     sum_sigma(sigma, t, n);
+    // The depth only rises, so if it is below the cutoff after the block, it always was.
+    double after = depth;
+    for (int i = 0; i < n; ++i) after += sigma[i] > 0 ? sigma[i] * step : 0;
+    if (depth_before + after <= cutoff_depth) {
+      depth = after;
+      return true;
+    }
     for (int i = 0; i < n; ++i) {
       if (!(sigma[i] > 0)) continue;
       depth += sigma[i] * step;

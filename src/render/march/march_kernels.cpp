@@ -16,16 +16,67 @@ void for_rows(float* out, const float* x, const float* y, const float* z, int n,
     store(out + at, look(row(x, at), row(y, at), row(z, at)), Full());
 }
 
-NBX_FLATTEN void linear_rows(float* out, const KernelField& field, const float* x, const float* y,
-                             const float* z, int n) {
-  const KernelField f = field;
+// Where a row of points lies in a grid.
+struct Place {
+  I inside;
+  Cell cell;
+};
+
+Place place_in(const KernelField& f, F x, F y, F z) {
   const auto within = [](F a, int cells) {
     return (a >= 0.0f) & (a <= static_cast<float>(cells - 1));
   };
+  return {within(x, f.nx) & within(y, f.ny) & within(z, f.nz), linear_cell(f, x, y, z)};
+}
+
+F linear_or_0(const KernelField& f, const Place& place) {
+  return select(place.inside, linear(corners(f, place.cell.at), place.cell), F{});
+}
+
+NBX_FLATTEN void linear_rows(float* out, const KernelField& field, const float* x, const float* y,
+                             const float* z, int n) {
+  const KernelField f = field;
+  for_rows(out, x, y, z, n,
+           [&](F px, F py, F pz) { return linear_or_0(f, place_in(f, px, py, pz)); });
+}
+
+// Branches only on whole rows: the curve of a later span replaces that of an earlier one.
+F curve_at(const SplineTable& table, F v) {
+  F y = splat(table.first_y);
+  for (int k = 0; k < table.count; ++k) {
+    const SplineSpan& span = table.spans[k];
+    const F value = span.rational ? span_value<true>(span, v) : span_value<false>(span, v);
+    y = select(v <= span.x, y, value);
+  }
+  return select(v > table.last_x, splat(table.last_y), y);
+}
+
+NBX_FLATTEN void extinction_rows(float* out, const GasChannels& channels, const float* x,
+                                 const float* y, const float* z, int n) {
+  const GasChannels::Channel fire = channels.fire, smoke = channels.smoke;
+  const KernelField &f = fire.field, &s = smoke.field;
+  const float mask_scale = channels.mask_scale;
+  const bool shared = !f.data || (f.nx == s.nx && f.ny == s.ny && f.nz == s.nz);
   for_rows(out, x, y, z, n, [&](F px, F py, F pz) {
-    const I inside = within(px, f.nx) & within(py, f.ny) & within(pz, f.nz);
-    return select(inside, sample_linear(f, px, py, pz), F{});
+    F extinction{}, mask = splat(1.0f);
+    const Place place = place_in(f.data ? f : s, px, py, pz);
+    if (f.data) {
+      const F b = curve_at(fire.curve, linear_or_0(f, place));
+      extinction = fire.scale * b;
+      const F left = 1.0f - b * mask_scale;
+      mask = select(left < 0.0f, F{}, select(left > 1.0f, mask, left));
+    }
+    if (s.data) {
+      const F v = linear_or_0(s, shared ? place : place_in(s, px, py, pz));
+      extinction += smoke.scale * (curve_at(smoke.curve, v) * mask);
+    }
+    return extinction;
   });
+}
+
+NBX_FLATTEN void place_row(float* a, double origin, double direction, const double* t, int count) {
+  for (int at = 0; at < count; at += 16)
+    for (int i = 0; i < 16; ++i) a[at + i] = static_cast<float>(origin + t[at + i] * direction);
 }
 
 NBX_FLATTEN void clamped_rows(float* out, const KernelField& field, const float* x, const float* y,
@@ -100,7 +151,7 @@ NBX_FLATTEN void table_rows(float* const* out, const float* const* channels, int
 }  // namespace
 
 extern const MarchKernels kMarchKernels;
-const MarchKernels kMarchKernels{linear_rows,  clamped_rows, catmull_rom_rows,
-                                 bspline_rows, absorb_rows,  table_rows};
+const MarchKernels kMarchKernels{linear_rows,     clamped_rows, catmull_rom_rows, bspline_rows,
+                                 extinction_rows, place_row,    absorb_rows,      table_rows};
 
 }  // namespace nbx::NBX_ISA
