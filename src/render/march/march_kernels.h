@@ -2,8 +2,8 @@
 // instruction set (util/isa.h).
 #pragma once
 
-#include "math/curves/spline_span.h"
 #include "math/lanes/kernel_field.h"
+#include "math/lanes/spline_kernels.h"
 
 namespace nbx {
 
