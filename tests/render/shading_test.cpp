@@ -178,7 +178,7 @@ TEST(Proximity, NearBricksHoldNothingAbove0) {
   for (const Vec3i& dims : {Vec3i(4, 5, 6), Vec3i(17, 13, 9), Vec3i(2, 8, 33)}) {
     Field<float> field(dims[0], dims[1], dims[2]);
     each_cell(dims, 0, [&](int i, int j, int k) {
-      field(i, j, k) = i + 2 * j + k < 20 || i == 4 ? -1.0f : i == 8 && j == 12 ? 0.0f : 0.5f;
+      field(i, j, k) = i % 12 == 8 || j % 12 == 8 || k % 12 == 8 ? 0.5f : i == 1 ? 0 : -1.0f;
     });
     const NearBricks near(field);
     int found = 0, wrong = 0;
@@ -246,7 +246,7 @@ TEST(Shading, ShadowsFollowTheFormulaToTheBit) {
   params.occlusion = 0.8;
   params.fire.density = 2.5;
   params.fire.curve = params.smoke.curve = {};
-  for (const auto& [x, y] : {std::pair(-0.3f, 0.5f), {0.1f, 0.1f}, {0.4f, 0.9f}, {0.9f, 0.2f}}) {
+  for (const auto& [x, y] : {std::pair(-0.3f, -0.5f), {0.1f, 0.1f}, {0.4f, 0.9f}, {0.9f, 0.2f}}) {
     params.fire.curve.addPoint(x, y);
     params.smoke.curve.addPoint(x, 1 - y);
   }
