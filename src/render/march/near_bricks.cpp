@@ -17,15 +17,20 @@ NearBricks::NearBricks(const Field<float>& proximity) {
       std::uint8_t* row = &near_[count_[0] * (b + std::size_t(count_[1]) * c)];
       std::fill_n(row, count_[0], std::uint8_t{1});
       // Look-ups in a brick also read the first points of the next one.
-      for (int k = kEdge * c; k <= std::min(kEdge * (c + 1), n[2] - 1); ++k)
-        for (int j = kEdge * b; j <= std::min(kEdge * (b + 1), n[1] - 1); ++j)
+      bool any = true;
+      for (int k = kEdge * c; any && k <= std::min(kEdge * (c + 1), n[2] - 1); ++k)
+        for (int j = kEdge * b; any && j <= std::min(kEdge * (b + 1), n[1] - 1); ++j) {
+          any = false;
           for (int a = 0; a < count_[0]; ++a) {
+            if (row[a] == 0) continue;
             const float* p = &proximity(kEdge * a, j, k);
             const int points = std::min(kEdge + 1, n[0] - kEdge * a);
             bool near = true;
             for (int i = 0; i < points; ++i) near &= p[i] <= 0;
-            row[a] &= near;
+            row[a] = near;
+            any |= near;
           }
+        }
     }
 }
 
