@@ -1,6 +1,6 @@
 #include "render/direct_light_field.h"
 
-#include <atomic>
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <new>
@@ -29,22 +29,6 @@ Vec3d direction_from(const Vec3d& start, const Vec3d& end) {
   return length > 0 ? way * (1 / length) : Vec3d();
 }
 
-// Any thread that finds a cell empty computes it. Several threads may do so at once; they all store
-// the same value. The third component is stored last: once it is there, the cell is complete.
-bool load_cell(float* cell, Color& value) {
-  value[2] = std::atomic_ref(cell[2]).load(std::memory_order_acquire);
-  if (value[2] < 0) return false;
-  value[0] = std::atomic_ref(cell[0]).load(std::memory_order_relaxed);
-  value[1] = std::atomic_ref(cell[1]).load(std::memory_order_relaxed);
-  return true;
-}
-
-void store_cell(float* cell, const Color& value) {
-  std::atomic_ref(cell[0]).store(value[0], std::memory_order_relaxed);
-  std::atomic_ref(cell[1]).store(value[1], std::memory_order_relaxed);
-  std::atomic_ref(cell[2]).store(value[2], std::memory_order_release);
-}
-
 }  // namespace
 
 bool DirectLightField::prepare(Lighting& lighting, const RenderVolume& volume, int,
@@ -57,7 +41,7 @@ bool DirectLightField::prepare(Lighting& lighting, const RenderVolume& volume, i
     dims[axis] = static_cast<int>(std::ceil(volume.dims[axis] * params_.gridScale));
   const int count = params_.mode == LightCache::kPerLight ? lighting.lightCount() : 1;
   try {
-    for (int n = 0; n < count; ++n) caches_.emplace_back(dims, -1.0f);
+    for (int n = 0; n < count; ++n) caches_.emplace_back(dims);
   } catch (const std::bad_alloc&) {
     LogMessage() << "Failed to allocate field memory";
     throw;
@@ -67,34 +51,28 @@ bool DirectLightField::prepare(Lighting& lighting, const RenderVolume& volume, i
 
 void DirectLightField::query(Colors& light, Lighting& lighting, const RayRecord& ray,
                              const Points& points) {
+  if (caches_.size() == 1 && params_.mode != LightCache::kPerLight)
+    return query_cache(light, caches_[0], 0, lighting, ray.thread, points);
+  Color sums[kBlock]{};
+  for (std::size_t n = 0; n < caches_.size(); ++n) {
+    const Vec3d place = lighting.lightPosition(n);
+    query_cache(light, caches_[n], n, lighting, ray.thread, points);
+    for (int i = 0; i < points.n; ++i) {
+      const Vec3d world = volume_->voxelToWorld({points.x[i], points.y[i], points.z[i]});
+      add_scaled(sums[i], light.at(i),
+                 phase(direction_from(world, place), ray.direction, params_.anisotropy));
+    }
+  }
   for (int i = 0; i < points.n; ++i) {
-    const Vec3d point{points.x[i], points.y[i], points.z[i]};
-    const Color color = query_at(lighting, ray, point);
-    for (int c = 0; c < 3; ++c) light.c[c][i] = color[c];
+    if (params_.mode == LightCache::kNone)
+      sums[i] =
+          light_at(lighting, ray, volume_->voxelToWorld({points.x[i], points.y[i], points.z[i]}));
+    for (int c = 0; c < 3; ++c) light.c[c][i] = sums[i][c];
   }
 }
 
-Color DirectLightField::query_at(Lighting& lighting, const RayRecord& ray, const Vec3d& point) {
-  const Vec3d cell = point * params_.gridScale;
+Color DirectLightField::light_at(Lighting& lighting, const RayRecord& ray, const Vec3d& world) {
   Color sum{0, 0, 0};
-  switch (params_.mode) {
-    case LightCache::kLinear:
-    case LightCache::kCubic:
-      return cached(0, lighting, ray.thread, cell);
-    case LightCache::kPerLight: {
-      const Vec3d world = volume_->voxelToWorld(point);
-      for (std::size_t n = 0; n < caches_.size(); ++n) {
-        const Color color = cached(n, lighting, ray.thread, cell);
-        const Vec3d place = lighting.lightPosition(n);
-        add_scaled(sum, color,
-                   phase(direction_from(world, place), ray.direction, params_.anisotropy));
-      }
-      return sum;
-    }
-    case LightCache::kNone:
-      break;
-  }
-  const Vec3d world = volume_->voxelToWorld(point);
   for (int n = 0; n < lighting.lightCount(); ++n) {
     Color color{0, 0, 0};
     Vec3d direction;
@@ -105,23 +83,24 @@ Color DirectLightField::query_at(Lighting& lighting, const RayRecord& ray, const
   return sum;
 }
 
-Color DirectLightField::cached(std::size_t cache, Lighting& lighting, int thread,
-                               const Vec3d& cell) {
-  Field3& grid = caches_[cache];
-  const auto corner = [&](int i, int j, int k) {
-    float* at = grid.cell(grid.index(i, j, k));
-    Color value;
-    if (!load_cell(at, value)) {
-      const double voxels = 1 / params_.gridScale;
-      value = cell_light(cache, lighting, thread,
-                         volume_->voxelToWorld({i * voxels, j * voxels, k * voxels}));
-      store_cell(at, value);
-    }
-    return value;
+void DirectLightField::query_cache(Colors& light, LazyLight& cache, std::size_t number,
+                                   Lighting& lighting, int thread, const Points& points) {
+  const double voxels = 1 / params_.gridScale;
+  const auto compute = [&](int i, int j, int k) {
+    return cell_light(number, lighting, thread,
+                      volume_->voxelToWorld({i * voxels, j * voxels, k * voxels}));
   };
-  const auto linear = [&] { return linear_light(cell, grid.dims, corner); };
-  if (params_.mode != LightCache::kCubic) return linear();
-  return cubic_light(cell, grid.dims, corner, linear);
+  const Vec3i dims = cache.dims();
+  const bool cubic = params_.mode == LightCache::kCubic;
+  if (!cubic && std::min({dims[0], dims[1], dims[2]}) >= 2)
+    return cache.linear(light, points, params_.gridScale, compute);
+  const auto corner = [&](int i, int j, int k) { return cache.cell(i, j, k, compute); };
+  for (int n = 0; n < points.n; ++n) {
+    const Vec3d cell = Vec3d{points.x[n], points.y[n], points.z[n]} * params_.gridScale;
+    const auto linear = [&] { return linear_light(cell, dims, corner); };
+    const Color color = cubic ? cubic_light(cell, dims, corner, linear) : linear();
+    for (int c = 0; c < 3; ++c) light.c[c][n] = color[c];
+  }
 }
 
 Color DirectLightField::cell_light(std::size_t cache, Lighting& lighting, int thread,

@@ -11,8 +11,8 @@
 
 #include <vector>
 
+#include "render/light/lazy_light.h"
 #include "render/lighting.h"
-#include "render/shade/field3.h"
 
 namespace nbx {
 
@@ -45,13 +45,14 @@ class DirectLightField final : public LightField {
   const DirectLightParams& params() const { return params_; }
 
  private:
-  Color query_at(Lighting& lighting, const RayRecord& ray, const Vec3d& point);
-  Color cached(std::size_t cache, Lighting& lighting, int thread, const Vec3d& cell);
+  void query_cache(Colors& light, LazyLight& cache, std::size_t number, Lighting& lighting,
+                   int thread, const Points& points);
+  Color light_at(Lighting& lighting, const RayRecord& ray, const Vec3d& world);
   Color cell_light(std::size_t cache, Lighting& lighting, int thread, const Vec3d& world);
 
   DirectLightParams params_;
   const RenderVolume* volume_ = nullptr;
-  std::vector<Field3> caches_;  // a cell of (-1, -1, -1) is not computed yet
+  std::vector<LazyLight> caches_;
 };
 
 }  // namespace nbx

@@ -101,6 +101,7 @@ bool is_surface(const Field<float>& seen, int i, int j, int k) {
 void build_proximity(RenderVolume& volume) {
   const Stopwatch watch;
   volume.proximity = nullptr;
+  volume.near = {};
   volume.proximityShift = 0;
   if (!volume.shows()) return;
   const VolumeShader& first = volume.smoke.on ? volume.smoke : volume.fire;
@@ -131,6 +132,7 @@ void build_proximity(RenderVolume& volume) {
   }
   volume.proximity = distance;
   widen_proximity(volume);
+  volume.near = NearBricks(*volume.proximity);
   LogMessage() << "Proximity in " << watch.seconds() << " s";
 }
 

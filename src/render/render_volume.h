@@ -11,6 +11,7 @@
 #include "math/rational_spline.h"
 #include "render/color_ramp.h"
 #include "render/lighting.h"
+#include "render/march/near_bricks.h"
 #include "render/shade/channel_sampler.h"
 #include "render/shade/detail_noise.h"
 #include "util/units.h"
@@ -66,6 +67,7 @@ struct RenderVolume {
 
   /// Distance in voxels to anything that may be visible, negative inside; see proximity.h.
   FieldHandle proximity;
+  NearBricks near;            // where `proximity` is never above 0
   double proximityShift = 0;  // displacement that `proximity` already allows for
 
   Vec3d voxelBoxMin, voxelBoxMax;                 // (0, 0, 0) to dims - 1

@@ -67,13 +67,29 @@ void look_up(ShaderValues& out, const VolumeShader& shader, const Points& points
     std::copy_n(out.density, points.n, out.color);
 }
 
+bool moves_points(const VolumeShader& shader, const RenderVolume& volume) {
+  return (shader.displace != 0 && volume.has_velocity()) || shader.noise.on();
+}
+
 void look_up(ShaderValues& out, const RenderVolume& volume, const VolumeShader& shader,
              const Points& points, bool linear, const ShaderLookup& how) {
-  const bool moves = (shader.displace != 0 && volume.has_velocity()) || shader.noise.on();
-  if (!how.displaced || !moves) return look_up(out, shader, points, linear, how.colors);
+  if (!how.displaced || !moves_points(shader, volume))
+    return look_up(out, shader, points, linear, how.colors);
   Points moved;
   displace(moved, volume, shader, points);
   look_up(out, shader, moved, linear, how.colors);
+}
+
+// Fills in a channel of the kernel that needs nothing but extinction. False if the shader needs
+// more than that kernel does.
+bool bind_channel(GasChannels::Channel& channel, const VolumeShader& shader,
+                  const RenderVolume& volume) {
+  if (!shader.on) return true;
+  const FieldHandle& field = shader.extinction_sampler().field;
+  if (!field || moves_points(shader, volume)) return false;
+  channel = {kernel_field(*field), shader.extinction_curve().table(),
+             static_cast<float>(shader.density_scale)};
+  return true;
 }
 
 void clear(Colors& colors) {
@@ -179,6 +195,11 @@ void shade(Shaded& out, const RenderVolume& volume, const RayRecord& ray, const 
 }
 
 void shade_extinction(float* extinction, const RenderVolume& volume, const Points& points) {
+  GasChannels channels;
+  channels.mask_scale = volume.fireMaskScale;
+  if (bind_channel(channels.fire, volume.fire, volume) &&
+      bind_channel(channels.smoke, volume.smoke, volume))
+    return march_kernels().extinction(extinction, channels, points.x, points.y, points.z, points.n);
   FireAndSmoke gas;
   fire_and_smoke(gas, volume, points, {.linear_fire = true, .linear_smoke = true, .colors = false});
   for (int i = 0; i < points.n; ++i)

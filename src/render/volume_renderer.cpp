@@ -78,6 +78,7 @@ void RenderVolume::release_frame() {
     shader->density_sampler.field = nullptr;
   }
   velU = velV = velW = proximity = vorticityMask = nullptr;
+  near = {};
   advectedCoords = {};
   light_field = nullptr;
 }

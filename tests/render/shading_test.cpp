@@ -1,6 +1,7 @@
 #include "render/shading.h"
 
 #include "math/field_filters.h"
+#include "math/interpolation.h"
 #include "render/light/scatter_setup.h"
 #include "render/proximity.h"
 #include "render_scene.h"
@@ -172,6 +173,28 @@ TEST(Proximity, IsTheDistanceToWhatShows) {
 // Fire with c = b = 1 and smoke whose density is a parabola, in a voxel of which the fire hides a
 // quarter. The view and finer grids of light filter by B-splines, which add h^2 / 6 times the
 // second derivative; the others look up linearly.
+// No brick is near where a look-up gives more than 0, and most others are.
+TEST(Proximity, NearBricksHoldNothingAbove0) {
+  for (const Vec3i& dims : {Vec3i(4, 5, 6), Vec3i(17, 13, 9), Vec3i(2, 8, 33)}) {
+    Field<float> field(dims[0], dims[1], dims[2]);
+    each_cell(dims, 0, [&](int i, int j, int k) {
+      field(i, j, k) = i % 12 == 8 || j % 12 == 8 || k % 12 == 8 ? 0.5f : i == 1 ? 0 : -1.0f;
+    });
+    const NearBricks near(field);
+    int found = 0, wrong = 0;
+    for (float z = -0.5f; z < dims[2]; z += 0.25f)
+      for (float y = -0.5f; y < dims[1]; y += 0.25f)
+        for (float x = -0.5f; x < dims[0]; x += 0.25f) {
+          if (!near.contains({x, y, z})) continue;
+          ++found;
+          wrong += sample_linear(field, x, y, z) > 0;
+        }
+    EXPECT_EQ(wrong, 0);
+    EXPECT_GT(found, 500);
+    EXPECT_FALSE(near.contains({NAN, 1, 1}));
+  }
+}
+
 TEST(Shading, SameFormulaForViewShadowAndScattering) {
   const Vec3i dims{6, 6, 6};
   DensityFrame frame(dims, [](int i, int, int) { return 0.06f * static_cast<float>(i * i); });
@@ -213,6 +236,45 @@ TEST(Shading, SameFormulaForViewShadowAndScattering) {
   }
 }
 
+// The kernel of shadow rays gives the bits of the general formula, whichever shaders are on and
+// wherever their grids end, with several spans of either kind.
+TEST(Shading, ShadowsFollowTheFormulaToTheBit) {
+  DensityFrame frame({9, 8, 7}, [](int i, int j, int k) { return 0.02f * float(i + j * k); });
+  add_grid(frame, kGridTemperature, {7, 8, 9},
+           [](int i, int j, int) { return 0.2f * float(i - j); });
+  VolumeParams params = smoke_params();
+  params.occlusion = 0.8;
+  params.fire.density = 2.5;
+  params.fire.curve = params.smoke.curve = {};
+  for (const auto& [x, y] : {std::pair(-0.3f, -0.5f), {0.1f, 0.1f}, {0.4f, 0.9f}, {0.9f, 0.2f}}) {
+    params.fire.curve.addPoint(x, y);
+    params.smoke.curve.addPoint(x, 1 - y);
+  }
+  params.smoke.curve.setBias(1, 0.7f);
+  Points points;
+  points.n = 13;
+  for (int i = 0; i < kBlock; ++i) {
+    points.x[i] = 0.7f * static_cast<float>(i) - 0.5f;
+    points.y[i] = 7 - 0.45f * static_cast<float>(i);
+    points.z[i] = i == 5 ? NAN : 0.55f * static_cast<float>(i);
+  }
+  for (const auto& [smoke, fire] : {std::pair<int, int>(kGridDensity, kGridTemperature),
+                                    {kGridDensity, kGridDensity},
+                                    {kGridDensity, kNoGrid},
+                                    {kNoGrid, kGridTemperature}}) {
+    params.smoke.channel = smoke;
+    params.fire.channel = fire;
+    const auto volume = make_volume(frame, params);
+    FireAndSmoke gas;
+    fire_and_smoke(gas, *volume, points,
+                   {.linear_fire = true, .linear_smoke = true, .colors = false});
+    alignas(64) float shadow[kBlock];
+    shade_extinction(shadow, *volume, points);
+    for (int i = 0; i < points.n; ++i)
+      EXPECT_EQ(shadow[i], gas.fire_extinction[i] + gas.smoke_extinction[i]) << i << smoke << fire;
+  }
+}
+
 // Noise moves points without compressing the gas, stays in the domain while the grid moves, and
 // does not move old gas.
 TEST(DetailNoise, MovesPointsAlongACurl) {
@@ -243,6 +305,23 @@ TEST(DetailNoise, MovesPointsAlongACurl) {
     const Vec3f d(slope(3, 2, p) - slope(2, 3, p), slope(1, 3, p) - slope(3, 1, p),
                   slope(2, 1, p) - slope(1, 2, p));
     EXPECT_LT(length(moved(p) - d), 2e-4f) << p[0];
+  }
+
+  // A point of a block moves as it does alone, whether the block lies in one cell of the noise, in
+  // a few, or in many.
+  for (const float step : {0.01f, 0.6f, 1.3f, 37.0f}) {
+    Points block, q;
+    block.n = kBlock;
+    for (int i = 0; i < kBlock; ++i) {
+      block.x[i] = 3 + step * static_cast<float>(i);
+      block.y[i] = 60 - 0.7f * block.x[i];
+      block.z[i] = 0.4f * block.x[i] - 20;
+    }
+    displace(q, *volume, volume->smoke, block);
+    for (int i = 0; i < kBlock; ++i) {
+      const Vec3f p(block.x[i], block.y[i], block.z[i]);
+      EXPECT_EQ(Vec3f(q.x[i], q.y[i], q.z[i]) - p, moved(p)) << step << " " << i;
+    }
   }
 
   // In a flow with a vorticity of 3 per second points move three times as far. The factor is at

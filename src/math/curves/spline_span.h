@@ -20,19 +20,19 @@ struct SplineTable {
   float first_y, last_x, last_y;
 };
 
-/// The span's curve at v. Always inlined, for kernel files (util/isa.h).
-template <bool kRational>
-[[gnu::always_inline]] inline float span_value(const SplineSpan& s, float v) {
-  const float t = (v - s.x) / s.width;
-  const float N = ((s.c3 * t + s.c2) * t + s.c1) * t + s.c0;
+/// The span's curve at v, a float or a row of lanes. Always inlined, for kernel files (util/isa.h).
+template <bool kRational, class F>
+[[gnu::always_inline]] inline F span_value(const SplineSpan& s, F v) {
+  const F t = (v - s.x) / s.width;
+  const F N = ((s.c3 * t + s.c2) * t + s.c1) * t + s.c0;
   if constexpr (!kRational) return N;
   // De Casteljau on the weights b, b, 1 - b, 1 - b of the four Bezier points, of which the two
   // outer pairs are constant.
   const float b = s.bias;
-  const float A = (1 - 2 * b) * t + b;
-  const float B = b + (A - b) * t;
-  const float C = A + ((1 - b) - A) * t;
-  const float D = B + t * (C - B);
+  const F A = (1 - 2 * b) * t + b;
+  const F B = b + (A - b) * t;
+  const F C = A + ((1 - b) - A) * t;
+  const F D = B + t * (C - B);
   return N / D;
 }
 

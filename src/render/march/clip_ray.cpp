@@ -33,6 +33,7 @@ double proximity_at(const RenderVolume& volume, const Vec3d& p) {
 // VolumeEntry::voxelLength.
 double skip_empty(const RenderVolume& volume, const Vec3d& origin, const Vec3d& direction,
                   double end, double voxel) {
+  if (volume.near.contains(vector_cast<float>(origin))) return 0;
   double t = 0, d = 0;
   while (t < end) {
     d = proximity_at(volume, origin + t * direction);
@@ -70,7 +71,9 @@ bool clipRay(VolumeEntry& entry, const RenderVolume& volume, const RayRecord& ra
 double empty_distance(const VolumeEntry& entry, double t) {
   const RenderVolume& volume = *entry.volume;
   if (!volume.proximity) return 0;
-  return std::max(proximity_at(volume, entry.at(t)), 0.0) * entry.voxelLength;
+  const Vec3d p = entry.at(t);
+  if (volume.near.contains(vector_cast<float>(p))) return 0;
+  return std::max(proximity_at(volume, p), 0.0) * entry.voxelLength;
 }
 
 }  // namespace nbx

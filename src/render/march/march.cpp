@@ -18,13 +18,12 @@ constexpr int kFirstSteps = 4;      // adaptive steps to evaluate at once after 
 // The samples of a block in voxel coordinates of an entry. Those beyond n repeat the last one.
 void place(Points& points, const VolumeEntry& entry, const double* t, int n) {
   const Vec3d &o = entry.voxelOrigin, &d = entry.voxelDirection;
+  const MarchKernels& kernels = march_kernels();
   points.n = n;
-  for (int i = 0; i < kBlock; ++i) {
-    points.x[i] = o[0] + t[i] * d[0];
-    points.y[i] = o[1] + t[i] * d[1];
-    points.z[i] = o[2] + t[i] * d[2];
-    points.t[i] = t[i];
-  }
+  kernels.place(points.x, o[0], d[0], t, kBlock);
+  kernels.place(points.y, o[1], d[1], t, kBlock);
+  kernels.place(points.z, o[2], d[2], t, kBlock);
+  kernels.place(points.t, 0, 1, t, kBlock);
 }
 
 template <class T, class Element>
@@ -34,11 +33,13 @@ constexpr std::array<T, kBlock> block_of(Element element) {
   return block;
 }
 
+bool is_blurred(const RenderVolume& volume) { return volume.blurTime > 0 && volume.has_velocity(); }
+
 // Calls body(points, share, from) as walk_flow does. Without motion blur that is one call, in which
 // each point counts in full.
 template <class Body>
 void over_shutter(const RenderVolume& volume, const Points& points, Body body) {
-  if (volume.blurTime > 0 && volume.has_velocity()) return walk_flow(volume, points, body);
+  if (is_blurred(volume)) return walk_flow(volume, points, body);
   static constexpr auto whole = block_of<float>([](int) { return 1.0f; });
   static constexpr auto same = block_of<int>([](int i) { return i; });
   body(points, whole.data(), same.data());
@@ -135,10 +136,16 @@ void March::sum_sigma(float* sigma, const double* t, int n) const {
     if (!entry.active) continue;
     Points points;
     place(points, entry, t, n);
-    over_shutter(*entry.volume, points, [&](const Points& q, const float* share, const int* from) {
-      alignas(64) float extinction[kBlock];
-      shade_extinction(extinction, *entry.volume, q);
-      const float scale = entry.volume->sigmaScale;
+    const RenderVolume& volume = *entry.volume;
+    const float scale = volume.sigmaScale;
+    alignas(64) float extinction[kBlock];
+    if (!is_blurred(volume)) {
+      shade_extinction(extinction, volume, points);
+      for (int i = 0; i < kBlock; ++i) sigma[i] += i < n ? extinction[i] * scale : 0.0f;
+      continue;
+    }
+    walk_flow(volume, points, [&](const Points& q, const float* share, const int* from) {
+      shade_extinction(extinction, volume, q);
       for (int i = 0; i < q.n; ++i) sigma[from[i]] += extinction[i] * share[i] * scale;
     });
   }
@@ -270,6 +277,15 @@ bool March::shadow(double begin, double end) {
   alignas(64) float sigma[kBlock];
   const bool whole = for_each_block(begin, end, lengths, [&](const double* t, int n, double step) {
     sum_sigma(sigma, t, n);
+    // The depth only rises, so if it is below the cutoff after the block, it always was.
+    double rise[kBlock];
+    for (int i = 0; i < kBlock; ++i) rise[i] = std::max(0.0f, sigma[i]) * step;
+    double after = depth;
+    for (const double r : rise) after += r;
+    if (depth_before + after <= cutoff_depth) {
+      depth = after;
+      return true;
+    }
     for (int i = 0; i < n; ++i) {
       if (!(sigma[i] > 0)) continue;
       depth += sigma[i] * step;

@@ -3,8 +3,21 @@
 #pragma once
 
 #include "math/lanes/kernel_field.h"
+#include "math/lanes/spline_kernels.h"
 
 namespace nbx {
+
+/// What shade_extinction needs of a volume: two channels with their curves. A channel without data
+/// is off. See shading.h for the formula.
+struct GasChannels {
+  struct Channel {
+    KernelField field{};
+    SplineTable curve{};
+    float scale = 0;  // density_scale
+  };
+  Channel fire, smoke;
+  float mask_scale = 0;  // fireMaskScale
+};
 
 /// All arrays are aligned to 64 bytes and hold kBlock floats, of which the first n count. Others,
 /// up to a whole row of lanes, are read and written as well.
@@ -15,6 +28,13 @@ struct MarchKernels {
   Sample clamped;      // trilinear at the nearest point of the grid; needs 2 cells on each axis
   Sample catmull_rom;  // these two need 4 cells on each axis
   Sample bspline;
+
+  /// The extinction of the gas by the linear filter.
+  void (*extinction)(float* out, const GasChannels& gas, const float* x, const float* y,
+                     const float* z, int n);
+
+  /// a[i] = origin + t[i] * direction in double precision, for count floats, a multiple of 16.
+  void (*place)(float* a, double origin, double direction, const double* t, int count);
 
   /// loss = 1 - exp(-depth), for depths of at least 0, to a relative 2e-6.
   void (*absorb)(float* loss, const float* depth, int n);
