@@ -24,7 +24,7 @@ NBX_FLATTEN void trace(float* x, float* y, float* z, const TraceParams& params, 
 
 template <bool cubic>
 F sample(const KernelField& f, const Vector& p) {
-  return cubic ? sample_cubic(f, p.x, p.y, p.z) : sample_linear(f, p.x, p.y, p.z);
+  return cubic ? sample_near_cubic(f, p.x, p.y, p.z) : sample_near_linear(f, p.x, p.y, p.z);
 }
 
 template <class Count>
@@ -49,8 +49,9 @@ NBX_FLATTEN void maccormack(float* dst, const KernelField& src, const KernelFiel
     const F b = sample<cubic>(hat, p2);
     const F corrected = a - 0.5f * (b - load(src.data + c, count));
     // A correction outside of the values around the origin is dropped, not clamped.
-    const I good = in_range(corners(src, linear_cell(src, p1.x, p1.y, p1.z).at), corrected) &
-                   inside(p1, src.nx, src.ny, src.nz) & inside(p2, src.nx, src.ny, src.nz);
+    const I good =
+        in_range(near_corners(src, near_linear_cell(src, p1.x, p1.y, p1.z).at), corrected) &
+        inside(p1, src.nx, src.ny, src.nz) & inside(p2, src.nx, src.ny, src.nz);
     store(dst + c, select(good, corrected, a), count);
   });
 }
