@@ -47,10 +47,22 @@ inline Corners corners(const KernelField& f, const Indices& at) {
           gather_pairs(up + f.nx, at)};
 }
 
-inline F linear(const Corners& c, F tx, F ty, F tz) {
-  const auto lerp = [](F a, F b, F t) { return a + (b - a) * t; };
-  const F v00 = lerp(c.row00.a, c.row00.b, tx), v10 = lerp(c.row10.a, c.row10.b, tx);
-  const F v01 = lerp(c.row01.a, c.row01.b, tx), v11 = lerp(c.row11.a, c.row11.b, tx);
+/// A row of lanes as a V: F itself, or a type that holds one.
+template <class V>
+V as(F f) {
+  if constexpr (std::is_same_v<V, F>)
+    return f;
+  else
+    return V{f};
+}
+
+/// V is F, or Careful (tiny_product.h) where corners may be tiny; so below.
+template <class V = F>
+V linear(const Corners& c, F tx, F ty, F tz) {
+  const auto lerp = [](V a, V b, F t) { return a + t * (b - a); };
+  const auto along_x = [&](const Pair& row) { return lerp(as<V>(row.a), as<V>(row.b), tx); };
+  const V v00 = along_x(c.row00), v10 = along_x(c.row10);
+  const V v01 = along_x(c.row01), v11 = along_x(c.row11);
   return lerp(lerp(v00, v10, ty), lerp(v01, v11, ty), tz);
 }
 
@@ -77,15 +89,18 @@ inline Quad catmull_rom(F t) {
           (2.0f - 1.5f * t) * t2 + 0.5f * t, (0.5f * t - 0.5f) * t2};
 }
 
-inline F combine(const Quad& w, const Quad& v) {
-  return ((w.a * v.a + w.b * v.b) + w.c * v.c) + w.d * v.d;
+template <class V>
+V combine(const Quad& w, V a, V b, V c, V d) {
+  return ((w.a * a + w.b * b) + w.c * c) + w.d * d;
 }
+inline F combine(const Quad& w, const Quad& v) { return combine(w, v.a, v.b, v.c, v.d); }
 
-inline F hermite(const Quad& q, F t) {
-  const F m0 = (q.c - q.a) * 0.5f;
-  const F m1 = (q.d - q.b) * 0.5f;
-  const F d = q.c - q.b;
-  return (((m0 + m1 - 2.0f * d) * t + 3.0f * d - 2.0f * m0 - m1) * t + m0) * t + q.b;
+template <class V>
+V hermite(V a, V b, V c, V d, F t) {
+  const V m0 = 0.5f * (c - a);
+  const V m1 = 0.5f * (d - b);
+  const V rise = c - b;
+  return t * (t * (t * (m0 + m1 - 2.0f * rise) + 3.0f * rise - 2.0f * m0 - m1) + m0) + b;
 }
 
 }  // namespace nbx::NBX_ISA

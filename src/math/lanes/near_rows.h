@@ -65,8 +65,14 @@ struct WindowRows {
 /// All lanes lie in one row.
 struct OneRow {
   static constexpr int kMost = 1, nj = 1, nk = 1;
-  F along_j(const F* rows) const { return rows[0]; }
-  F along_k(const F* rows) const { return rows[0]; }
+  template <class V>
+  V along_j(const V* rows) const {
+    return rows[0];
+  }
+  template <class V>
+  V along_k(const V* rows) const {
+    return rows[0];
+  }
 };
 
 /// The lanes lie in nj x nk rows, each lane in the row (dj, dk) of them.
@@ -87,40 +93,53 @@ struct SomeRows {
   }
 };
 
-/// Returns read(rows, spread) with a reader that serves the cells from `from` to `to` around each
-/// lane's cell, on each axis. All of them must lie in the field.
-template <int from, int to, class Read>
-auto read_near(const KernelField& f, const LaneCells& c, const Read& read) {
-  const std::ptrdiff_t nx = f.nx, nxy = plane_of(f);
-  const int i0 = c.i[0], j0 = c.j[0], k0 = c.k[0];
-  const bool one_row = !any((c.j != j0) | (c.k != k0));
-#if defined(__AVX512F__)
-  // Lanes may fall behind lane 0 by as much.
-  constexpr int kBehind = 6;
-  const I at = c.i - (i0 - kBehind);
-  if (!any((at < 0) | (at > 2 * W - 1 - (to - from)))) {
-    SomeRows spread{c.j - j0, c.k - k0, 1, 1};
-    int low_j = j0, low_k = k0;
+/// Where the lanes' cells lie: the first row, how they spread from there, and where a window of two
+/// vectors along x begins.
+struct NearPlace {
+  explicit NearPlace(const LaneCells& c) : x(c.i[0] - kBehind), low_j(c.j[0]), low_k(c.k[0]) {
+    one_row = !any((c.j != low_j) | (c.k != low_k));
+    spread = {c.j - low_j, c.k - low_k, 1, 1};
     if (!one_row) {
       low_j = lowest(c.j);
       low_k = lowest(c.k);
       spread = {c.j - low_j, c.k - low_k, highest(c.j) - low_j + 1, highest(c.k) - low_k + 1};
     }
-    const std::ptrdiff_t first = i0 - kBehind + low_j * nx + low_k * nxy;
-    const std::ptrdiff_t begin = first + from * (1 + nx + nxy);
-    const std::ptrdiff_t end =
-        first + from + 2 * W + (to + spread.nj - 1) * nx + (to + spread.nk - 1) * nxy;
-    if (begin >= 0 && end <= nxy * f.nz) {
-      const WindowRows rows{f.data + first, at};
-      if (one_row) return read(rows, OneRow());
-      if (spread.nj <= SomeRows::kMost && spread.nk <= SomeRows::kMost) return read(rows, spread);
-    }
+    const I at = c.i - x;
+    close = !any((at < 0) | (at > 2 * kWindow - 4)) && spread.nj <= SomeRows::kMost &&
+            spread.nk <= SomeRows::kMost;
+  }
+
+  static constexpr int kWindow = 16;
+  static constexpr int kBehind = 6;  // lanes may fall behind lane 0 by as much
+  int x, low_j, low_k;
+  SomeRows spread;
+  bool one_row;
+  bool close;  // in few rows, and in the window with the 3 cells after them
+};
+
+inline GatheredRows gathered(const KernelField& f, const LaneCells& c) {
+  return {f.data, Indices(c.i + f.nx * (c.j + f.ny * c.k))};
+}
+
+/// Returns read(rows, spread) with a reader that serves the cells from `from` to `to` around each
+/// lane's cell, on each axis. All of them must lie in the field.
+template <int from, int to, class Read>
+auto read_near(const KernelField& f, const LaneCells& c, const NearPlace& place, const Read& read) {
+  const std::ptrdiff_t nx = f.nx, nxy = plane_of(f);
+#if defined(__AVX512F__)
+  const std::ptrdiff_t first = place.x + place.low_j * nx + place.low_k * nxy;
+  const std::ptrdiff_t begin = first + from * (1 + nx + nxy);
+  const std::ptrdiff_t end =
+      first + from + 2 * W + (to + place.spread.nj - 1) * nx + (to + place.spread.nk - 1) * nxy;
+  if (place.close && begin >= 0 && end <= nxy * f.nz) {
+    const WindowRows rows{f.data + first, c.i - place.x};
+    return place.one_row ? read(rows, OneRow()) : read(rows, place.spread);
   }
 #else
-  if (one_row && !any(c.i - i0 != int_iota()))
-    return read(AdjacentRows{f.data + i0 + j0 * nx + k0 * nxy}, OneRow());
+  if (place.one_row && !any(c.i - c.i[0] != int_iota()))
+    return read(AdjacentRows{f.data + c.i[0] + c.j[0] * nx + c.k[0] * nxy}, OneRow());
 #endif
-  return read(GatheredRows{f.data, Indices(c.i + f.nx * (c.j + f.ny * c.k))}, OneRow());
+  return read(gathered(f, c), OneRow());
 }
 
 }  // namespace nbx::NBX_ISA

@@ -2,7 +2,9 @@
 // (near_rows.h): the same bits, at a fraction of the time. Lanes that don't are handled too.
 #pragma once
 
+#include "math/lanes/near_marks.h"
 #include "math/lanes/near_rows.h"
+#include "math/lanes/tiny_product.h"
 
 namespace nbx::NBX_ISA {
 
@@ -30,8 +32,15 @@ inline NearCell near_linear_cell(const KernelField& f, F x, F y, F z) {
                    min(truncate(z), splat(f.nz - 2)), x, y, z);
 }
 
-inline Corners near_corners(const KernelField& f, const LaneCells& cells) {
-  return read_near<0, 1>(f, cells, [&](const auto& rows, const auto& spread) {
+/// What the samples of the lanes can read.
+inline std::uint8_t marks_at(const NearMarks& marks, const NearPlace& place) {
+  if (!marks.data) return kValues;
+  if (!place.close) return kValues;
+  return marks.at(place.x - 1, place.low_j, place.low_k);
+}
+
+inline Corners near_corners(const KernelField& f, const LaneCells& cells, const NearPlace& place) {
+  return read_near<0, 1>(f, cells, place, [&](const auto& rows, const auto& spread) {
     constexpr int kMost = std::decay_t<decltype(spread)>::kMost;
     F own[2][2][kMost + 1];  // by place in x, by row of the cell, by k
     for (int k = 0; k <= spread.nk; ++k) {
@@ -53,62 +62,79 @@ inline Corners near_corners(const KernelField& f, const LaneCells& cells) {
   });
 }
 
-inline F near_linear(const KernelField& f, const NearCell& c) {
-  return linear(near_corners(f, c.at), c.tx, c.ty, c.tz);
+inline F near_linear(const KernelField& f, const NearCell& c, const NearMarks& marks) {
+  const NearPlace place(c.at);
+  const std::uint8_t held = marks_at(marks, place);
+  if (held == kNothing) return F{};
+  const Corners corners = near_corners(f, c.at, place);
+  if (held & kTinyValues) return plain(linear<Careful>(corners, c.tx, c.ty, c.tz));
+  return linear(corners, c.tx, c.ty, c.tz);
+}
+
+/// One sample of sample_cubic from rows around the cells.
+template <class V, class Rows, class Spread>
+F cubic_of(const KernelField& f, const NearCell& c, const Rows& rows, const Spread& spread) {
+  constexpr int kMost = Spread::kMost;
+  const Quad wx = catmull_rom(c.tx), wy = catmull_rom(c.ty);
+  V plane[kMost + 3];
+  F own[2][2][kMost + 3];  // the cell's own corners, as in near_corners
+  for (int k = 0; k < spread.nk + 3; ++k) {
+    F a[kMost + 3], b[kMost + 3];
+    V row[kMost + 3];
+    for (int j = 0; j < spread.nj + 3; ++j) {
+      const Quad v = rows.quad((k - 1) * plane_of(f) + (j - 1) * f.nx - 1);
+      row[j] = combine<V>(wx, as<V>(v.a), as<V>(v.b), as<V>(v.c), as<V>(v.d));
+      a[j] = v.b;
+      b[j] = v.c;
+    }
+    plane[k] = combine<V>(wy, spread.along_j(row), spread.along_j(row + 1), spread.along_j(row + 2),
+                          spread.along_j(row + 3));
+    if (k == 0 || k == spread.nk + 2) continue;
+    for (int n = 0; n < 2; ++n) {
+      own[0][n][k] = spread.along_j(a + 1 + n);
+      own[1][n][k] = spread.along_j(b + 1 + n);
+    }
+  }
+  const V cubic = hermite<V>(spread.along_k(plane), spread.along_k(plane + 1),
+                             spread.along_k(plane + 2), spread.along_k(plane + 3), c.tz);
+  const F value = plain(cubic);
+  const auto row = [&](int j, int k) {
+    return Pair{spread.along_k(own[0][j] + k), spread.along_k(own[1][j] + k)};
+  };
+  const Corners corners{row(0, 1), row(1, 1), row(0, 2), row(1, 2)};
+  const I good = in_range(corners, value);
+  return any(~good) ? select(good, value, plain(linear<V>(corners, c.tx, c.ty, c.tz))) : value;
 }
 
 /// Catmull-Rom with the limiter of sample_cubic. The cells must lie in [1, n-3].
-inline F near_cubic(const KernelField& f, const NearCell& c) {
-  const Quad wx = catmull_rom(c.tx), wy = catmull_rom(c.ty);
-  return read_near<-1, 2>(f, c.at, [&](const auto& rows, const auto& spread) {
-    constexpr int kMost = std::decay_t<decltype(spread)>::kMost;
-    F plane[kMost + 3];
-    F own[2][2][kMost + 3];  // the cell's own corners, as in near_corners
-    for (int k = 0; k < spread.nk + 3; ++k) {
-      F a[kMost + 3], b[kMost + 3], row[kMost + 3];
-      for (int j = 0; j < spread.nj + 3; ++j) {
-        const Quad v = rows.quad((k - 1) * plane_of(f) + (j - 1) * f.nx - 1);
-        row[j] = combine(wx, v);
-        a[j] = v.b;
-        b[j] = v.c;
-      }
-      plane[k] = combine(wy, {spread.along_j(row), spread.along_j(row + 1), spread.along_j(row + 2),
-                              spread.along_j(row + 3)});
-      if (k == 0 || k == spread.nk + 2) continue;
-      for (int n = 0; n < 2; ++n) {
-        own[0][n][k] = spread.along_j(a + 1 + n);
-        own[1][n][k] = spread.along_j(b + 1 + n);
-      }
-    }
-    const F cubic = hermite({spread.along_k(plane), spread.along_k(plane + 1),
-                             spread.along_k(plane + 2), spread.along_k(plane + 3)},
-                            c.tz);
-    const auto row = [&](int j, int k) {
-      return Pair{spread.along_k(own[0][j] + k), spread.along_k(own[1][j] + k)};
-    };
-    const Corners corners{row(0, 1), row(1, 1), row(0, 2), row(1, 2)};
-    const I good = in_range(corners, cubic);
-    return any(~good) ? select(good, cubic, linear(corners, c.tx, c.ty, c.tz)) : cubic;
+inline F near_cubic(const KernelField& f, const NearCell& c, const NearMarks& marks) {
+  const NearPlace place(c.at);
+  const std::uint8_t held = marks_at(marks, place);
+  if (held == kNothing) return F{};
+  if (held & kTinyValues) return cubic_of<Careful>(f, c, gathered(f, c.at), OneRow());
+  return read_near<-1, 2>(f, c.at, place, [&](const auto& rows, const auto& spread) {
+    return cubic_of<F>(f, c, rows, spread);
   });
 }
 
-inline F sample_near_linear(const KernelField& f, F x, F y, F z) {
-  return near_linear(f, near_linear_cell(f, x, y, z));
+/// Lanes that `marks` shows to read nothing but +0 get +0.
+inline F sample_near_linear(const KernelField& f, const NearMarks& marks, F x, F y, F z) {
+  return near_linear(f, near_linear_cell(f, x, y, z), marks);
 }
 
 /// Needs 4 cells on each axis.
-inline F sample_near_cubic(const KernelField& f, F x, F y, F z) {
+inline F sample_near_cubic(const KernelField& f, const NearMarks& marks, F x, F y, F z) {
   const auto fits = [](F a, int n) { return (a >= 1.0f) & (a < static_cast<float>(n - 2)); };
   const I inner = fits(x, f.nx) & fits(y, f.ny) & fits(z, f.nz);
   const NearCell cell = near_linear_cell(f, x, y, z);
-  if (!any(~inner)) return near_cubic(f, cell);
-  const F linear = near_linear(f, cell);
+  if (!any(~inner)) return near_cubic(f, cell, marks);
+  const F linear = near_linear(f, cell, marks);
   if (!any(inner)) return linear;
   // Lanes outside go along in the nearest cell that has all its neighbors.
   const auto inward = [](I a, int n) { return min(max(a, splat(1)), splat(n - 3)); };
   const LaneCells& at = cell.at;
   const LaneCells moved{inward(at.i, f.nx), inward(at.j, f.ny), inward(at.k, f.nz)};
-  return select(inner, near_cubic(f, {moved, cell.tx, cell.ty, cell.tz}), linear);
+  return select(inner, near_cubic(f, {moved, cell.tx, cell.ty, cell.tz}, marks), linear);
 }
 
 }  // namespace nbx::NBX_ISA

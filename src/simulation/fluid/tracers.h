@@ -79,7 +79,8 @@ class Velocity {
       return along == axis ? a + 0.5f : along == own ? a - 0.5f : a;
     };
     return near_linear(faces_[axis],
-                       near_inner_cell(shifted(p.x, 0), shifted(p.y, 1), shifted(p.z, 2)));
+                       near_inner_cell(shifted(p.x, 0), shifted(p.y, 1), shifted(p.z, 2)),
+                       NearMarks{});
   }
 
   KernelField faces_[3];

@@ -1,0 +1,39 @@
+// Which parts of a field hold anything, so that operators can skip the rest: most of a box is clear
+// air, and a channel may be empty.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "math/field.h"
+#include "math/lanes/near_marks.h"
+
+namespace nbx {
+
+/// The marks of each segment of 16 cells of a row; the last one of a row may be shorter. -0 and NaN
+/// count as values: what isn't marked is +0, bit by bit.
+class Occupancy {
+ public:
+  explicit Occupancy(const Field<float>& f);
+
+  /// Segments in a row.
+  int segments() const { return segments_; }
+  std::uint8_t at(int segment, int j, int k) const { return of_[index(segment, j, k)]; }
+  /// Whether the whole field is +0.
+  bool empty() const { return empty_; }
+
+  /// The marks summed up over what samples near a place can read.
+  NearMarks near() const { return {near_.data(), segments_, ny_}; }
+
+ private:
+  std::size_t index(int segment, int j, int k) const {
+    return segment + std::size_t{1} * segments_ * (j + std::size_t{1} * ny_ * k);
+  }
+  void sum_up(int nz);
+
+  int segments_, ny_;
+  bool empty_;
+  std::vector<std::uint8_t> of_, near_;
+};
+
+}  // namespace nbx
