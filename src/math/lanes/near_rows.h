@@ -6,8 +6,8 @@
 //   WindowRows       the lanes lie in a few neighboring rows, and along x within two vectors: one
 //                    permutation for each value, and lanes share the loads of a row
 //
-// Of the rows of 16 lanes in plumes of smoke and fire, half lie in one row, 95 % in at most 2 x 3
-// rows, and all within 18 cells of x. For kernel files only (util/isa.h).
+// Of 16 lanes in plumes of smoke and fire, half lie in one row, nine tenths in at most 2 x 2 rows,
+// and all within 18 cells of x. For kernel files only (util/isa.h).
 #pragma once
 
 #include "math/lanes/lane_sampling.h"
@@ -62,59 +62,55 @@ struct WindowRows {
 };
 #endif
 
-/// All lanes lie in one row.
-struct OneRow {
-  static constexpr int kMost = 1, nj = 1, nk = 1;
+/// The lanes lie in nj x nk rows, nj and nk 1 or 2: lane by lane in row (j, k), j + 1 where
+/// `next_j`, k + 1 where `next_k`.
+template <int nj_, int nk_>
+struct FewRows {
+  static constexpr int nj = nj_, nk = nk_;
+  I next_j, next_k;
+
+  /// For each lane the value of its own row.
   template <class V>
   V along_j(const V* rows) const {
-    return rows[0];
+    if constexpr (nj == 1)
+      return rows[0];
+    else
+      return select(next_j, rows[1], rows[0]);
   }
   template <class V>
   V along_k(const V* rows) const {
-    return rows[0];
+    if constexpr (nk == 1)
+      return rows[0];
+    else
+      return select(next_k, rows[1], rows[0]);
   }
 };
+using OneRow = FewRows<1, 1>;
 
-/// The lanes lie in nj x nk rows, each lane in the row (dj, dk) of them.
-struct SomeRows {
-  static constexpr int kMost = 3;
-  I dj, dk;
-  int nj, nk;
-
-  /// For each lane the value of its own row.
-  F along_j(const F* rows) const { return own(rows, dj, nj); }
-  F along_k(const F* rows) const { return own(rows, dk, nk); }
-
- private:
-  static F own(const F* rows, I delta, int n) {
-    F value = rows[0];
-    for (int d = 1; d < n; ++d) value = select(delta == d, rows[d], value);
-    return value;
-  }
-};
-
-/// Where the lanes' cells lie: the first row, how they spread from there, and where a window of two
-/// vectors along x begins.
+/// Where the lanes' cells lie.
 struct NearPlace {
-  explicit NearPlace(const LaneCells& c) : x(c.i[0] - kBehind), low_j(c.j[0]), low_k(c.k[0]) {
-    one_row = !any((c.j != low_j) | (c.k != low_k));
-    spread = {c.j - low_j, c.k - low_k, 1, 1};
-    if (!one_row) {
-      low_j = lowest(c.j);
-      low_k = lowest(c.k);
-      spread = {c.j - low_j, c.k - low_k, highest(c.j) - low_j + 1, highest(c.k) - low_k + 1};
-    }
+  explicit NearPlace(const LaneCells& c) : x(c.i[0] - kBehind), j(c.j[0]), k(c.k[0]) {
+    one_row = !any((c.j != j) | (c.k != k));
     const I at = c.i - x;
-    close = !any((at < 0) | (at > 2 * kWindow - 4)) && spread.nj <= SomeRows::kMost &&
-            spread.nk <= SomeRows::kMost;
+    narrow = !any((at < 0) | (at > 2 * kWindow - 4));
+  }
+
+  /// Finds the first row and the number of rows on each axis.
+  void find_rows(const LaneCells& c) {
+    if (one_row) return;
+    j = lowest(c.j);
+    k = lowest(c.k);
+    nj = highest(c.j) - j + 1;
+    nk = highest(c.k) - k + 1;
   }
 
   static constexpr int kWindow = 16;
   static constexpr int kBehind = 6;  // lanes may fall behind lane 0 by as much
-  int x, low_j, low_k;
-  SomeRows spread;
+  int x;                             // where the window begins
+  int j, k;                          // the row of lane 0, or the first one
+  int nj = 1, nk = 1;
   bool one_row;
-  bool close;  // in few rows, and in the window with the 3 cells after them
+  bool narrow;  // all lanes and the 3 cells after each lie in the window
 };
 
 inline GatheredRows gathered(const KernelField& f, const LaneCells& c) {
@@ -122,18 +118,25 @@ inline GatheredRows gathered(const KernelField& f, const LaneCells& c) {
 }
 
 /// Returns read(rows, spread) with a reader that serves the cells from `from` to `to` around each
-/// lane's cell, on each axis. All of them must lie in the field.
+/// lane's cell, on each axis. All of them must lie in the field. Several rows are shared only if
+/// `place` has found them.
 template <int from, int to, class Read>
 auto read_near(const KernelField& f, const LaneCells& c, const NearPlace& place, const Read& read) {
   const std::ptrdiff_t nx = f.nx, nxy = plane_of(f);
 #if defined(__AVX512F__)
-  const std::ptrdiff_t first = place.x + place.low_j * nx + place.low_k * nxy;
+  const std::ptrdiff_t first = place.x + place.j * nx + place.k * nxy;
   const std::ptrdiff_t begin = first + from * (1 + nx + nxy);
   const std::ptrdiff_t end =
-      first + from + 2 * W + (to + place.spread.nj - 1) * nx + (to + place.spread.nk - 1) * nxy;
-  if (place.close && begin >= 0 && end <= nxy * f.nz) {
+      first + from + 2 * W + (to + place.nj - 1) * nx + (to + place.nk - 1) * nxy;
+  if (place.narrow && begin >= 0 && end <= nxy * f.nz) {
     const WindowRows rows{f.data + first, c.i - place.x};
-    return place.one_row ? read(rows, OneRow()) : read(rows, place.spread);
+    if (place.one_row) return read(rows, OneRow());
+    if constexpr (to - from > 1) {
+      const I next_j = c.j != place.j, next_k = c.k != place.k;
+      if (place.nj == 2 && place.nk == 1) return read(rows, FewRows<2, 1>{next_j, next_k});
+      if (place.nj == 1 && place.nk == 2) return read(rows, FewRows<1, 2>{next_j, next_k});
+      if (place.nj == 2 && place.nk == 2) return read(rows, FewRows<2, 2>{next_j, next_k});
+    }
   }
 #else
   if (place.one_row && !any(c.i - c.i[0] != int_iota()))

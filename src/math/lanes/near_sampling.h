@@ -32,40 +32,28 @@ inline NearCell near_linear_cell(const KernelField& f, F x, F y, F z) {
                    min(truncate(z), splat(f.nz - 2)), x, y, z);
 }
 
-/// What the samples of the lanes can read.
+/// What the samples of the lanes can read; `place` must have found its rows.
 inline std::uint8_t marks_at(const NearMarks& marks, const NearPlace& place) {
-  if (!marks.data) return kValues;
-  if (!place.close) return kValues;
-  return marks.at(place.x - 1, place.low_j, place.low_k);
+  const bool covered = place.narrow && place.nj <= NearMarks::kRows && place.nk <= NearMarks::kRows;
+  if (!covered) return kUnknown;
+  return marks.at(place.x - 1, place.j, place.k);
 }
 
 inline Corners near_corners(const KernelField& f, const LaneCells& cells, const NearPlace& place) {
-  return read_near<0, 1>(f, cells, place, [&](const auto& rows, const auto& spread) {
-    constexpr int kMost = std::decay_t<decltype(spread)>::kMost;
-    F own[2][2][kMost + 1];  // by place in x, by row of the cell, by k
-    for (int k = 0; k <= spread.nk; ++k) {
-      F a[kMost + 1], b[kMost + 1];
-      for (int j = 0; j <= spread.nj; ++j) {
-        const Pair v = rows.pair(k * plane_of(f) + j * f.nx);
-        a[j] = v.a;
-        b[j] = v.b;
-      }
-      for (int n = 0; n < 2; ++n) {
-        own[0][n][k] = spread.along_j(a + n);
-        own[1][n][k] = spread.along_j(b + n);
-      }
-    }
-    const auto row = [&](int j, int k) {
-      return Pair{spread.along_k(own[0][j] + k), spread.along_k(own[1][j] + k)};
-    };
-    return Corners{row(0, 0), row(1, 0), row(0, 1), row(1, 1)};
+  return read_near<0, 1>(f, cells, place, [&](const auto& rows, const auto&) {
+    const std::ptrdiff_t nx = f.nx, nxy = plane_of(f);
+    return Corners{rows.pair(0), rows.pair(nx), rows.pair(nxy), rows.pair(nxy + nx)};
   });
 }
 
 inline F near_linear(const KernelField& f, const NearCell& c, const NearMarks& marks) {
-  const NearPlace place(c.at);
-  const std::uint8_t held = marks_at(marks, place);
-  if (held == kNothing) return F{};
+  NearPlace place(c.at);
+  std::uint8_t held = kUnknown;
+  if (marks.data) {
+    place.find_rows(c.at);
+    held = marks_at(marks, place);
+    if (held == kNothing) return F{};
+  }
   const Corners corners = near_corners(f, c.at, place);
   if (held & kTinyValues) return plain(linear<Careful>(corners, c.tx, c.ty, c.tz));
   return linear(corners, c.tx, c.ty, c.tz);
@@ -74,44 +62,44 @@ inline F near_linear(const KernelField& f, const NearCell& c, const NearMarks& m
 /// One sample of sample_cubic from rows around the cells.
 template <class V, class Rows, class Spread>
 F cubic_of(const KernelField& f, const NearCell& c, const Rows& rows, const Spread& spread) {
-  constexpr int kMost = Spread::kMost;
+  constexpr int nj = Spread::nj, nk = Spread::nk;
   const Quad wx = catmull_rom(c.tx), wy = catmull_rom(c.ty);
-  V plane[kMost + 3];
-  F own[2][2][kMost + 3];  // the cell's own corners, as in near_corners
-  for (int k = 0; k < spread.nk + 3; ++k) {
-    F a[kMost + 3], b[kMost + 3];
-    V row[kMost + 3];
-    for (int j = 0; j < spread.nj + 3; ++j) {
+  V plane[nk + 3];
+  Pair own[nk + 3][2];  // the values next to each lane in rows j and j + 1
+  for (int k = 0; k < nk + 3; ++k) {
+    F a[nj + 3], b[nj + 3];
+    V row[nj + 3];
+    for (int j = 0; j < nj + 3; ++j) {
       const Quad v = rows.quad((k - 1) * plane_of(f) + (j - 1) * f.nx - 1);
-      row[j] = combine<V>(wx, as<V>(v.a), as<V>(v.b), as<V>(v.c), as<V>(v.d));
+      row[j] = combine(wx, as<V>(v.a), as<V>(v.b), as<V>(v.c), as<V>(v.d));
       a[j] = v.b;
       b[j] = v.c;
     }
-    plane[k] = combine<V>(wy, spread.along_j(row), spread.along_j(row + 1), spread.along_j(row + 2),
-                          spread.along_j(row + 3));
-    if (k == 0 || k == spread.nk + 2) continue;
-    for (int n = 0; n < 2; ++n) {
-      own[0][n][k] = spread.along_j(a + 1 + n);
-      own[1][n][k] = spread.along_j(b + 1 + n);
-    }
+    plane[k] = combine(wy, spread.along_j(row), spread.along_j(row + 1), spread.along_j(row + 2),
+                       spread.along_j(row + 3));
+    for (int n = 0; n < 2; ++n) own[k][n] = {spread.along_j(a + 1 + n), spread.along_j(b + 1 + n)};
   }
   const V cubic = hermite<V>(spread.along_k(plane), spread.along_k(plane + 1),
                              spread.along_k(plane + 2), spread.along_k(plane + 3), c.tz);
   const F value = plain(cubic);
-  const auto row = [&](int j, int k) {
-    return Pair{spread.along_k(own[0][j] + k), spread.along_k(own[1][j] + k)};
+  const auto corner = [&](int j, int k) {
+    const F a[2] = {own[k][j].a, own[k + nk - 1][j].a}, b[2] = {own[k][j].b, own[k + nk - 1][j].b};
+    return Pair{spread.along_k(a), spread.along_k(b)};
   };
-  const Corners corners{row(0, 1), row(1, 1), row(0, 2), row(1, 2)};
+  const Corners corners{corner(0, 1), corner(1, 1), corner(0, 2), corner(1, 2)};
   const I good = in_range(corners, value);
   return any(~good) ? select(good, value, plain(linear<V>(corners, c.tx, c.ty, c.tz))) : value;
 }
 
 /// Catmull-Rom with the limiter of sample_cubic. The cells must lie in [1, n-3].
 inline F near_cubic(const KernelField& f, const NearCell& c, const NearMarks& marks) {
-  const NearPlace place(c.at);
-  const std::uint8_t held = marks_at(marks, place);
-  if (held == kNothing) return F{};
-  if (held & kTinyValues) return cubic_of<Careful>(f, c, gathered(f, c.at), OneRow());
+  NearPlace place(c.at);
+  if (W > 8 || marks.data) place.find_rows(c.at);
+  if (marks.data) {
+    const std::uint8_t held = marks_at(marks, place);
+    if (held == kNothing) return F{};
+    if (held & kTinyValues) return cubic_of<Careful>(f, c, gathered(f, c.at), OneRow());
+  }
   return read_near<-1, 2>(f, c.at, place, [&](const auto& rows, const auto& spread) {
     return cubic_of<F>(f, c, rows, spread);
   });

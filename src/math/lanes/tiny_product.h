@@ -2,7 +2,7 @@
 // times as long for those; the edges of smoke and fire are full of them.
 #pragma once
 
-#include "math/lanes/lanes.h"
+#include "math/lanes/lane_sampling.h"
 
 namespace nbx::NBX_ISA {
 
@@ -11,7 +11,7 @@ namespace nbx::NBX_ISA {
 ///     P = A B 2^-149 = |a b| 2^149
 ///
 /// is exact too. Below 2^24 the bits of the float nearest to |a b| are P rounded to an integer.
-[[gnu::noinline]] inline F exact_tiny_product(F a, F b) {
+inline F exact_tiny_product(F a, F b) {
   std::uint32_t x[W], y[W], bits[W], tiny[W];
   std::memcpy(x, &a, sizeof a);
   std::memcpy(y, &b, sizeof b);
@@ -43,19 +43,39 @@ namespace nbx::NBX_ISA {
 struct Careful {
   F v;
 };
-
 inline F plain(Careful a) { return a.v; }
 inline F plain(F a) { return a; }
 
+inline Careful select(I mask, Careful a, Careful b) { return {select(mask, a.v, b.v)}; }
 inline Careful operator+(Careful a, Careful b) { return {a.v + b.v}; }
 inline Careful operator-(Careful a, Careful b) { return {a.v - b.v}; }
-inline Careful operator*(F a, Careful b) {
+
+/// The lanes where a factor or the product may be subnormal.
+inline I needs_care(F a, F b) {
   const auto magnitude = [](F f) { return reinterpret_cast<I>(f) & splat(0x7fffffff); };
-  const I ma = magnitude(a), mb = magnitude(b.v);
-  // The exponents add up to that of a product below 2^-123, or a factor is subnormal.
-  const I tiny = ((ma >> 23) + (mb >> 23) < 131) & (ma != 0) & (mb != 0);
-  return {any(tiny) ? exact_tiny_product(a, b.v) : a * b.v};
+  const I ma = magnitude(a), mb = magnitude(b);
+  // The exponents of normal factors add up to at least 128 if the product is normal. The constants
+  // that numbers are multiplied with have exponents up to 128.
+  return ((ma >> 23) + (mb >> 23) < 129) & (ma != 0) & (mb != 0);
+}
+
+// Out of line: they are rare even among tiny values.
+[[gnu::noinline]] inline F careful_product(F a, F b) { return exact_tiny_product(a, b); }
+[[gnu::noinline]] inline F careful_combine(const Quad& w, F a, F b, F c, F d) {
+  return ((exact_tiny_product(w.a, a) + exact_tiny_product(w.b, b)) + exact_tiny_product(w.c, c)) +
+         exact_tiny_product(w.d, d);
+}
+
+inline Careful operator*(F a, Careful b) {
+  return {any(needs_care(a, b.v)) ? careful_product(a, b.v) : a * b.v};
 }
 inline Careful operator*(float a, Careful b) { return splat(a) * b; }
+
+/// One test and one call for four products.
+inline Careful combine(const Quad& w, Careful a, Careful b, Careful c, Careful d) {
+  const I care =
+      needs_care(w.a, a.v) | needs_care(w.b, b.v) | needs_care(w.c, c.v) | needs_care(w.d, d.v);
+  return {any(care) ? careful_combine(w, a.v, b.v, c.v, d.v) : combine(w, a.v, b.v, c.v, d.v)};
+}
 
 }  // namespace nbx::NBX_ISA

@@ -22,22 +22,28 @@ NBX_FLATTEN void trace(float* x, float* y, float* z, const TraceParams& params, 
   });
 }
 
-std::uint8_t mark(std::uint8_t* marks, const float* row, int n) {
-  const I sign_off = splat(0x7fffffff), tiny_below = reinterpret_cast<I>(splat(kTinyBelow));
-  std::uint8_t all = kNothing;
-  for (int s = 0; s * NearMarks::kSegment < n; ++s) {
-    const int begin = s * NearMarks::kSegment, end = std::min(begin + NearMarks::kSegment, n);
-    I some{}, tiny{};
-    for (int i = begin; i < end; i += W) {
-      const I bits = reinterpret_cast<I>(load(row + i, std::min(W, end - i)));
-      const I magnitude = bits & sign_off;
-      some |= bits;
-      tiny |= (magnitude != 0) & (magnitude < tiny_below);
-    }
-    marks[s] = (any(some != 0) ? kValues : kNothing) | (any(tiny) ? kTinyValues : kNothing);
-    all |= marks[s];
+// The last segment may be shorter; its lanes past the end stay 0.
+void mark(std::uint8_t* marks, const float* row, int n) {
+  const I tiny_below = reinterpret_cast<I>(splat(kTinyBelow));
+  I some{}, tiny{};
+  const auto look = [&](const float* p, auto count) {
+    const I bits = reinterpret_cast<I>(load(p, count)), magnitude = bits & splat(0x7fffffff);
+    some |= bits;
+    tiny |= (magnitude != 0) & (magnitude < tiny_below);
+  };
+  const auto finish = [&](int segment) {
+    marks[segment] = (any(some != 0) ? kValues : 0) | (any(tiny) ? kTinyValues : 0);
+    some = tiny = I{};
+  };
+  int i = 0;
+  for (; i + NearMarks::kSegment <= n; i += NearMarks::kSegment) {
+    for (int l = 0; l < NearMarks::kSegment; l += W) look(row + i + l, Full());
+    finish(i / NearMarks::kSegment);
   }
-  return all;
+  if (i == n) return;
+  const int segment = i / NearMarks::kSegment;
+  for (; i < n; i += W) look(row + i, std::min(W, n - i));
+  finish(segment);
 }
 
 template <bool cubic>

@@ -27,8 +27,8 @@ struct AdvectionKernels {
                          int k, int n);
   Trace trace[2][4];  // by tracer and lookup
 
-  /// The marks of the segments of a row; returns their sum.
-  std::uint8_t (*mark)(std::uint8_t* marks, const float* row, int n);
+  /// The marks of the segments of a row.
+  void (*mark)(std::uint8_t* marks, const float* row, int n);
 
   /// dst[0 .. n) = src sampled at the traced positions.
   using SemiLagrangian = void (*)(float* dst, const KernelField& src, const NearMarks& src_marks,

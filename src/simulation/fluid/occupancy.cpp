@@ -12,37 +12,50 @@ Occupancy::Occupancy(const Field<float>& f)
   const int nz = f.nz();
   of_.resize(std::size_t{1} * segments_ * ny_ * nz);
   const auto mark = advection_kernels().mark;
-  std::uint8_t all = kNothing;
-#pragma omp parallel for schedule(static) reduction(| : all) if (f.count() > kSmallField)
+#pragma omp parallel for schedule(static) if (f.count() > kSmallField)
   for (int k = 0; k < nz; ++k)
-    for (int j = 0; j < ny_; ++j) all |= mark(&of_[index(0, j, k)], &f(0, j, k), f.nx());
-  empty_ = all == kNothing;
-  sum_up(nz);
+    for (int j = 0; j < ny_; ++j) mark(&of_[index(0, j, k)], &f(0, j, k), f.nx());
+  for (const std::uint8_t marks : of_) {
+    empty_ = empty_ && marks == kNothing;
+    special_ += marks != kValues;
+  }
+  if (worthwhile()) sum_up(nz);
 }
 
 // Axis by axis: each mark joins those from `back` before it to `ahead` after it.
 void Occupancy::sum_up(int nz) {
+  const std::ptrdiff_t plane = std::ptrdiff_t{segments_} * ny_;
   near_ = of_;
-  std::vector<std::uint8_t> before;
-  const auto join = [&](int axis, int back, int ahead) {
-    before = near_;
-    const int most[3] = {segments_ - 1, ny_ - 1, nz - 1};
-#pragma omp parallel for schedule(static) if (before.size() > kSmallField)
-    for (int k = 0; k < nz; ++k)
-      for (int j = 0; j < ny_; ++j)
-        for (int d = -back; d <= ahead; ++d) {
-          if (d == 0) continue;
-          Vec3i from(0, j, k);
-          from[axis] += d;
-          if (from[axis] < 0 || from[axis] > most[axis]) continue;
-          const std::uint8_t* marks = &before[index(from[0], from[1], from[2])];
-          std::uint8_t* joined = &near_[index(0, j, k)];
-          for (int s = 0; s < segments_ - from[0]; ++s) joined[s] |= marks[s];
-        }
+  std::vector<std::uint8_t> before(near_.size());
+  const auto join = [&](std::ptrdiff_t to, std::ptrdiff_t shift, std::ptrdiff_t n) {
+    for (std::ptrdiff_t i = to; i < to + n; ++i) near_[i] |= before[i + shift];
   };
-  join(0, 0, NearMarks::kSegments - 1);
-  join(1, NearMarks::kBack, NearMarks::kAhead);
-  join(2, NearMarks::kBack, NearMarks::kAhead);
+  const auto for_planes = [&](const auto& work) {
+    before.swap(near_);
+    near_ = before;
+#pragma omp parallel for schedule(static) if (of_.size() > kSmallField)
+    for (int k = 0; k < nz; ++k) work(k);
+  };
+  const auto each_shift = [](const auto& work) {
+    for (int d = -NearMarks::kBack; d <= NearMarks::kAhead; ++d)
+      if (d != 0) work(d);
+  };
+  for_planes([&](int k) {
+    for (int j = 0; j < ny_; ++j)
+      for (int d = 1; d < NearMarks::kSegments; ++d) join(index(0, j, k), d, segments_ - d);
+  });
+  for_planes([&](int k) {
+    each_shift([&](int d) {
+      const int first = std::max(0, -d), last = std::min(ny_, ny_ - d);
+      join(index(0, first, k), std::ptrdiff_t{d} * segments_,
+           std::ptrdiff_t{last - first} * segments_);
+    });
+  });
+  for_planes([&](int k) {
+    each_shift([&](int d) {
+      if (k + d >= 0 && k + d < nz) join(k * plane, d * plane, plane);
+    });
+  });
 }
 
 }  // namespace nbx

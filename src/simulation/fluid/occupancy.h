@@ -22,18 +22,25 @@ class Occupancy {
   /// Whether the whole field is +0.
   bool empty() const { return empty_; }
 
-  /// The marks summed up over what samples near a place can read.
-  NearMarks near() const { return {near_.data(), segments_, ny_}; }
+  /// The marks summed up over what samples near a place can read. No data if nearly all of the
+  /// field holds ordinary values: looking at marks would only cost time.
+  NearMarks near() const {
+    if (!worthwhile()) return {};
+    return {near_.data(), segments_, ny_};
+  }
 
  private:
   std::size_t index(int segment, int j, int k) const {
     return segment + std::size_t{1} * segments_ * (j + std::size_t{1} * ny_ * k);
   }
+  bool worthwhile() const { return special_ * 16 > of_.size(); }
   void sum_up(int nz);
 
   int segments_, ny_;
-  bool empty_;
-  std::vector<std::uint8_t> of_, near_;
+  bool empty_ = true;
+  std::size_t special_ = 0;         // segments that hold anything but ordinary values
+  std::vector<std::uint8_t> of_;    // of each segment
+  std::vector<std::uint8_t> near_;  // summed up; empty if not worthwhile
 };
 
 }  // namespace nbx
