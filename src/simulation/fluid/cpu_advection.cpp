@@ -96,7 +96,7 @@ class Positions {
 class Skipped {
  public:
   Skipped(const AdvectionParams& params, const Field<float>& sampled) {
-    if (params.lookup == Lookup::kCenter) occupancy_.emplace(sampled);
+    if (params.lookup == Lookup::kCenter && !seems_full(sampled)) occupancy_.emplace(sampled);
   }
   NearMarks near() const { return occupancy_ ? occupancy_->near() : NearMarks{}; }
 

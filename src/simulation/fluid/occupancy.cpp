@@ -7,6 +7,27 @@
 
 namespace nbx {
 
+namespace {
+
+// The share of segments that must hold something other than ordinary values.
+bool worth_marks(std::size_t special, std::size_t segments) { return special * 16 > segments; }
+
+}  // namespace
+
+bool seems_full(const Field<float>& f) {
+  constexpr int kEvery = 8;
+  std::vector<std::uint8_t> marks((f.nx() + NearMarks::kSegment - 1) / NearMarks::kSegment);
+  const auto mark = advection_kernels().mark;
+  std::size_t special = 0, seen = 0;
+  for (int k = kEvery / 2; k < f.nz(); k += kEvery)
+    for (int j = kEvery / 2; j < f.ny(); j += kEvery) {
+      mark(marks.data(), &f(0, j, k), f.nx());
+      seen += marks.size();
+      special += marks.size() - std::count(marks.begin(), marks.end(), kValues);
+    }
+  return seen > 0 && !worth_marks(special, seen);
+}
+
 Occupancy::Occupancy(const Field<float>& f)
     : segments_((f.nx() + NearMarks::kSegment - 1) / NearMarks::kSegment), ny_(f.ny()) {
   const int nz = f.nz();
@@ -15,11 +36,12 @@ Occupancy::Occupancy(const Field<float>& f)
 #pragma omp parallel for schedule(static) if (f.count() > kSmallField)
   for (int k = 0; k < nz; ++k)
     for (int j = 0; j < ny_; ++j) mark(&of_[index(0, j, k)], &f(0, j, k), f.nx());
+  std::size_t special = 0;  // segments that hold anything but ordinary values
   for (const std::uint8_t marks : of_) {
     empty_ = empty_ && marks == kNothing;
-    special_ += marks != kValues;
+    special += marks != kValues;
   }
-  if (worthwhile()) sum_up(nz);
+  if (worth_marks(special, of_.size())) sum_up(nz);
 }
 
 // Axis by axis: each mark joins those from `back` before it to `ahead` after it.

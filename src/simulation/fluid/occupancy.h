@@ -10,6 +10,10 @@
 
 namespace nbx {
 
+/// Whether nearly all of the field holds ordinary values, by a look at one row in 64: marks would
+/// then only cost time.
+bool seems_full(const Field<float>& f);
+
 /// The marks of each segment of 16 cells of a row; the last one of a row may be shorter. -0 and NaN
 /// count as values: what isn't marked is +0, bit by bit.
 class Occupancy {
@@ -25,7 +29,7 @@ class Occupancy {
   /// The marks summed up over what samples near a place can read. No data if nearly all of the
   /// field holds ordinary values: looking at marks would only cost time.
   NearMarks near() const {
-    if (!worthwhile()) return {};
+    if (near_.empty()) return {};
     return {near_.data(), segments_, ny_};
   }
 
@@ -33,7 +37,6 @@ class Occupancy {
   std::size_t index(int segment, int j, int k) const {
     return segment + std::size_t{1} * segments_ * (j + std::size_t{1} * ny_ * k);
   }
-  bool worthwhile() const { return special_ * 16 > of_.size(); }
   void sum_up(int nz);
 
   int segments_, ny_;
