@@ -41,7 +41,6 @@ class Occupancy {
 
   int segments_, ny_;
   bool empty_ = true;
-  std::size_t special_ = 0;         // segments that hold anything but ordinary values
   std::vector<std::uint8_t> of_;    // of each segment
   std::vector<std::uint8_t> near_;  // summed up; empty if not worthwhile
 };
