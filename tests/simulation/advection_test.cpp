@@ -8,6 +8,7 @@
 #include "math/field_reductions.h"
 #include "math/mfield_operations.h"
 #include "simulation/fluid/cpu_advection.h"
+#include "simulation/fluid/occupancy.h"
 #include "simulation/fluid/velocity_reach.h"
 #include "simulation/mac.h"
 #include "simulation/plain_advection.h"
@@ -54,9 +55,18 @@ struct Flow {
   AdvectionParams params;
 };
 
+// Turns random values into a plume at the low corner that fades through subnormal numbers into
+// clear air, with a lone -0, which isn't clear.
+void fade(Field<float>& f) {
+  test::each_cell(f.dims(), 0, [&](int i, int j, int k) {
+    f(i, j, k) = std::ldexp(f(i, j, k), -9 * (i + j + k));
+  });
+  f(f.nx() - 3, f.ny() - 2, f.nz() - 2) = -0.0f;
+}
+
 // The fast loops give the bits of the plain form for every choice and every instruction set, with
 // traces cached by two threads and computed on the fly by one.
-void expect_plain_bits(const Vec3i& center, bool wild) {
+void expect_plain_bits(const Vec3i& center, bool wild, bool plume = false) {
   Flow flow(center, Vec3f());
   AdvectionParams& q = flow.params;
   for (int a = 0; a < 3; ++a) {
@@ -74,6 +84,7 @@ void expect_plain_bits(const Vec3i& center, bool wild) {
     Field<float> src(n[0], n[1], n[2]), hat(n[0], n[1], n[2]), dst(n[0], n[1], n[2]);
     Field<float> plain_hat, plain_dst;
     test::fill_random(src, 3);
+    if (plume) fade(src);
     test::plain_advect(plain_hat, plain_dst, src, q);
     for (const Isa isa : kIsas)
       for (const bool cached : {false, true}) {
@@ -97,8 +108,45 @@ TEST(Advection, FastLoopsGiveThePlainBits) {
   for (const Vec3i& center : {Vec3i(21, 9, 8), Vec3i(18, 5, 5), Vec3i(7, 6, 12), Vec3i(34, 4, 4),
                               Vec3i(263, 5, 4), Vec3i(3, 3, 3), Vec3i(2, 3, 2), Vec3i(5, 2, 4)})
     expect_plain_bits(center, false);
+  for (const Vec3i& center : {Vec3i(70, 14, 13), Vec3i(19, 24, 22)})
+    expect_plain_bits(center, false, true);
   // Wild velocities stay inside of memory.
   for (const Vec3i& center : {Vec3i(21, 5, 6), Vec3i(3, 3, 3)}) expect_plain_bits(center, true);
+}
+
+// A mark covers 48 cells of x and 6 x 6 rows: single values at the ends of what it covers, and one
+// beyond them.
+TEST(Occupancy, MarksWhatSamplesCanRead) {
+  for (const Isa isa : kIsas) {
+    limit_isa(isa);
+    struct Case {
+      Vec3i at;
+      float value;
+      Marks held;
+    };
+    for (const auto& [at, value, held] : {Case{{16, 9, 7}, 1e-40f, Marks(kValues | kTinyValues)},
+                                          {{63, 14, 12}, -0.0f, kValues},
+                                          {{40, 10, 8}, kTinyBelow, kValues},
+                                          {{70, 12, 9}, kNaN, kNothing},
+                                          {{15, 10, 8}, 1, kNothing},
+                                          {{64, 10, 8}, 1, kNothing},
+                                          {{20, 8, 8}, 1, kNothing},
+                                          {{20, 15, 8}, 1, kNothing},
+                                          {{20, 10, 6}, 1, kNothing},
+                                          {{20, 10, 13}, 1, kNothing}}) {
+      Field<float> f(75, 17, 16);
+      set(f, 0);
+      EXPECT_TRUE(Occupancy(f).empty() && !seems_full(f));
+      f(at[0], at[1], at[2]) = value;
+      const Occupancy occupancy(f);
+      EXPECT_FALSE(occupancy.empty());
+      EXPECT_NE(occupancy.at(at[0] / 16, at[1], at[2]), kNothing);
+      EXPECT_EQ(occupancy.near().at(17, 10, 8), held) << at[0] << ' ' << at[1] << ' ' << at[2];
+    }
+    Field<float> full(75, 17, 16);
+    set(full, 1);
+    EXPECT_TRUE(!Occupancy(full).near().data && seems_full(full));
+  }
 }
 
 // Each lookup ends with its own boundary: closed walls hold their own component only.

@@ -1,5 +1,5 @@
-// Samples a field at a different point for each lane: sample_linear and sample_cubic of
-// math/interpolation.h, with the same operations in the same order and so with the same bits.
+// Samples a field at a different point for each lane: sample_linear of math/interpolation.h and the
+// parts of sample_cubic, with the same operations in the same order and so with the same bits.
 #pragma once
 
 #include "math/lanes/kernel_field.h"
@@ -29,12 +29,9 @@ inline Cell inner_cell(const KernelField& f, F x, F y, F z) {
 
 /// Clamps to [0, n-1], NaN to 0. The index n-1 becomes n-2.
 inline Cell linear_cell(const KernelField& f, F x, F y, F z) {
-  const auto clamp = [](F a, int n) {
-    return min(max(a, splat(0.0f)), splat(static_cast<float>(n - 1)));
-  };
-  x = clamp(x, f.nx);
-  y = clamp(y, f.ny);
-  z = clamp(z, f.nz);
+  x = clamp(x, f.nx - 1);
+  y = clamp(y, f.ny - 1);
+  z = clamp(z, f.nz - 1);
   return cell_of(f, min(truncate(x), splat(f.nx - 2)), min(truncate(y), splat(f.ny - 2)),
                  min(truncate(z), splat(f.nz - 2)), x, y, z);
 }
@@ -50,11 +47,23 @@ inline Corners corners(const KernelField& f, const Indices& at) {
           gather_pairs(up + f.nx, at)};
 }
 
-inline F linear(const Corners& c, const Cell& cell) {
-  const auto lerp = [](F a, F b, F t) { return a + (b - a) * t; };
-  const F v00 = lerp(c.row00.a, c.row00.b, cell.tx), v10 = lerp(c.row10.a, c.row10.b, cell.tx);
-  const F v01 = lerp(c.row01.a, c.row01.b, cell.tx), v11 = lerp(c.row11.a, c.row11.b, cell.tx);
-  return lerp(lerp(v00, v10, cell.ty), lerp(v01, v11, cell.ty), cell.tz);
+/// A row of lanes as a V: F itself, or a type that holds one.
+template <class V>
+V as(F f) {
+  if constexpr (std::is_same_v<V, F>)
+    return f;
+  else
+    return V{f};
+}
+
+/// V is F, or Careful (tiny_product.h) where corners may be tiny; so below.
+template <class V = F>
+V linear(const Corners& c, F tx, F ty, F tz) {
+  const auto lerp = [](V a, V b, F t) { return a + t * (b - a); };
+  const auto along_x = [&](const Pair& row) { return lerp(as<V>(row.a), as<V>(row.b), tx); };
+  const V v00 = along_x(c.row00), v10 = along_x(c.row10);
+  const V v01 = along_x(c.row01), v11 = along_x(c.row11);
+  return lerp(lerp(v00, v10, ty), lerp(v01, v11, ty), tz);
 }
 
 /// The lanes whose value is within the range of the corner values.
@@ -70,7 +79,7 @@ inline I in_range(const Corners& c, F value) {
 
 inline F sample_linear(const KernelField& f, F x, F y, F z) {
   const Cell cell = linear_cell(f, x, y, z);
-  return linear(corners(f, cell.at), cell);
+  return linear(corners(f, cell.at), cell.tx, cell.ty, cell.tz);
 }
 
 /// Catmull-Rom weights of four samples.
@@ -80,40 +89,17 @@ inline Quad catmull_rom(F t) {
           (2.0f - 1.5f * t) * t2 + 0.5f * t, (0.5f * t - 0.5f) * t2};
 }
 
-inline F combine(const Quad& w, const Quad& v) {
-  return ((w.a * v.a + w.b * v.b) + w.c * v.c) + w.d * v.d;
+inline F combine(const Quad& w, F a, F b, F c, F d) {
+  return ((w.a * a + w.b * b) + w.c * c) + w.d * d;
 }
+inline F combine(const Quad& w, const Quad& v) { return combine(w, v.a, v.b, v.c, v.d); }
 
-inline F hermite(const Quad& q, F t) {
-  const F m0 = (q.c - q.a) * 0.5f;
-  const F m1 = (q.d - q.b) * 0.5f;
-  const F d = q.c - q.b;
-  return (((m0 + m1 - 2.0f * d) * t + 3.0f * d - 2.0f * m0 - m1) * t + m0) * t + q.b;
-}
-
-/// Needs 4 cells on each axis.
-inline F sample_cubic(const KernelField& f, F x, F y, F z) {
-  const auto fits = [](F a, int n) { return (a >= 1.0f) & (a < static_cast<float>(n - 2)); };
-  const I inner = fits(x, f.nx) & fits(y, f.ny) & fits(z, f.nz);
-  const F one = splat(1.0f);
-  const Cell cell =
-      inner_cell(f, select(inner, x, one), select(inner, y, one), select(inner, z, one));
-  const Quad wx = catmull_rom(cell.tx), wy = catmull_rom(cell.ty);
-  F plane[4];
-  Pair middle[4];  // the cell's own corners
-  for (int k = 0; k < 4; ++k) {
-    F row[4];
-    for (int j = 0; j < 4; ++j) {
-      const Quad v = gather_quads(f.data + (k - 1) * plane_of(f) + (j - 1) * f.nx - 1, cell.at);
-      row[j] = combine(wx, v);
-      if ((j == 1 || j == 2) && (k == 1 || k == 2)) middle[2 * (k - 1) + j - 1] = {v.b, v.c};
-    }
-    plane[k] = combine(wy, {row[0], row[1], row[2], row[3]});
-  }
-  const F cubic = hermite({plane[0], plane[1], plane[2], plane[3]}, cell.tz);
-  const Corners c{middle[0], middle[1], middle[2], middle[3]};
-  const F value = select(in_range(c, cubic), cubic, linear(c, cell));
-  return any(~inner) ? select(inner, value, sample_linear(f, x, y, z)) : value;
+template <class V>
+V hermite(V a, V b, V c, V d, F t) {
+  const V m0 = 0.5f * (c - a);
+  const V m1 = 0.5f * (d - b);
+  const V rise = c - b;
+  return t * (t * (t * (m0 + m1 - 2.0f * rise) + 3.0f * rise - 2.0f * m0 - m1) + m0) + b;
 }
 
 }  // namespace nbx::NBX_ISA

@@ -6,6 +6,10 @@
 // gives a mask with all bits or none for each lane; combine masks with & and |.
 #pragma once
 
+#if defined(__SSE2__)
+#include <immintrin.h>
+#endif
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -42,23 +46,53 @@ inline F iota() {
   return lane;
 }
 
+inline I int_iota() {
+  I lane{};
+  for (int l = 0; l < W; ++l) lane[l] = l;
+  return lane;
+}
+
 inline F select(I mask, F a, F b) { return mask ? a : b; }
 /// With NaN on either side the result is b.
 inline F min(F a, F b) { return a < b ? a : b; }
 inline F max(F a, F b) { return a > b ? a : b; }
 inline I min(I a, I b) { return a < b ? a : b; }
+inline I max(I a, I b) { return a < b ? b : a; }
+/// To [0, most]; NaN gives 0.
+inline F clamp(F a, int most) { return min(max(a, splat(0.0f)), splat(static_cast<float>(most))); }
 inline F abs(F a) { return reinterpret_cast<F>(reinterpret_cast<I>(a) & splat(0x7fffffff)); }
 
 /// The integer part; `a` must be representable.
 inline I truncate(F a) { return __builtin_convertvector(a, I); }
 inline F to_float(I a) { return __builtin_convertvector(a, F); }
 
+/// Whether any lane of a mask is set.
 inline bool any(I mask) {
+#if defined(__AVX512DQ__)
+  return _mm512_movepi32_mask(reinterpret_cast<__m512i>(mask)) != 0;
+#elif defined(__AVX2__)
+  return _mm256_movemask_ps(reinterpret_cast<__m256>(mask)) != 0;
+#elif defined(__SSE2__)
+  return _mm_movemask_ps(reinterpret_cast<__m128>(mask)) != 0;
+#else
   std::uint64_t halves[W / 2], all = 0;
   std::memcpy(halves, &mask, sizeof mask);
   for (std::uint64_t half : halves) all |= half;
   return all != 0;
+#endif
 }
+
+/// The smallest and the largest of all lanes.
+inline int lowest(I a) {
+#if defined(__AVX512F__)
+  return _mm512_reduce_min_epi32(reinterpret_cast<__m512i>(a));
+#else
+  int least = a[0];
+  for (int l = 1; l < W; ++l) least = a[l] < least ? a[l] : least;
+  return least;
+#endif
+}
+inline int highest(I a) { return -lowest(-a); }
 
 /// The count of a whole row of lanes, known when compiling.
 using Full = std::integral_constant<int, W>;

@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "math/lanes/kernel_field.h"
+#include "math/lanes/near_marks.h"
 
 namespace nbx {
 
@@ -26,14 +27,18 @@ struct AdvectionKernels {
                          int k, int n);
   Trace trace[2][4];  // by tracer and lookup
 
+  /// The marks of the segments of a row.
+  void (*mark)(std::uint8_t* marks, const float* row, int n);
+
   /// dst[0 .. n) = src sampled at the traced positions.
-  using SemiLagrangian = void (*)(float* dst, const KernelField& src, const TracedRun& back, int n);
+  using SemiLagrangian = void (*)(float* dst, const KernelField& src, const NearMarks& src_marks,
+                                  const TracedRun& back, int n);
   SemiLagrangian semi_lagrangian[2];  // linear, cubic
 
   /// dst[first .. first + n) = the correction of `hat`.
   using MacCormack = void (*)(float* dst, const KernelField& src, const KernelField& hat,
-                              const TracedRun& back, const TracedRun& fwd, std::size_t first,
-                              int n);
+                              const NearMarks& hat_marks, const TracedRun& back,
+                              const TracedRun& fwd, std::size_t first, int n);
   MacCormack maccormack[2];
 };
 

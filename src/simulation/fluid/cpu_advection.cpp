@@ -1,9 +1,11 @@
 #include "simulation/fluid/cpu_advection.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "math/field_checks.h"
 #include "simulation/fluid/advection_kernels.h"
+#include "simulation/fluid/occupancy.h"
 #include "simulation/fluid_tools3d.h"
 #include "util/exception.h"
 #include "util/isa.h"
@@ -90,6 +92,18 @@ class Positions {
   TraceParams trace_params_{};
 };
 
+// Channels leave most of a box empty; the velocity doesn't.
+class Skipped {
+ public:
+  Skipped(const AdvectionParams& params, const Field<float>& sampled) {
+    if (params.lookup == Lookup::kCenter && !seems_full(sampled)) occupancy_.emplace(sampled);
+  }
+  NearMarks near() const { return occupancy_ ? occupancy_->near() : NearMarks{}; }
+
+ private:
+  std::optional<Occupancy> occupancy_;
+};
+
 }  // namespace
 
 void cpu_cache_tracer(const AdvectionParams& params, bool forward, const Vec3i& dims) {
@@ -107,11 +121,13 @@ void cpu_advect_sl(Field<float>& dst, const Field<float>& src, const AdvectionPa
   check_dims(dst, src);
   const Positions back(params, true, src);
   const bool cubic = params.cubic && fits_cubic(src);
+  const Skipped skipped(params, src);
+  const NearMarks marks = skipped.near();
   const auto advect = advection_kernels().semi_lagrangian[cubic];
   for_runs(src.dims(), [&](int i, int j, int k, int n) {
     Positions::Scratch scratch;
     const std::size_t first = src.index(i, j, k);
-    advect(dst.data() + first, kernel_field(src), back.of(scratch, first, i, j, k, n), n);
+    advect(dst.data() + first, kernel_field(src), marks, back.of(scratch, first, i, j, k, n), n);
   });
 }
 
@@ -121,12 +137,14 @@ void cpu_maccormack(Field<float>& dst, const Field<float>& src, const Field<floa
   check_dims(hat, src);
   const Positions back(params, true, src), fwd(params, false, src);
   const auto correct = advection_kernels().maccormack[params.cubic && fits_cubic(src)];
+  const Skipped skipped(params, hat);
+  const NearMarks marks = skipped.near();
   set_border(dst, 0.0f);
   for_runs(src.dims(), [&](int i, int j, int k, int n) {
     Positions::Scratch from_back, from_fwd;
     const std::size_t first = src.index(i, j, k);
-    correct(dst.data(), kernel_field(src), kernel_field(hat), back.of(from_back, first, i, j, k, n),
-            fwd.of(from_fwd, first, i, j, k, n), first, n);
+    correct(dst.data(), kernel_field(src), kernel_field(hat), marks,
+            back.of(from_back, first, i, j, k, n), fwd.of(from_fwd, first, i, j, k, n), first, n);
   });
 }
 

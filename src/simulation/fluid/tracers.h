@@ -8,7 +8,7 @@
 #include <cmath>
 #include <limits>
 
-#include "math/lanes/lane_sampling.h"
+#include "math/lanes/near_sampling.h"
 #include "simulation/fluid/advection_kernels.h"
 
 namespace nbx::NBX_ISA {
@@ -29,8 +29,13 @@ inline I inside(const Vector& p, int nx, int ny, int nz) {
   return within(p.x, nx) & within(p.y, ny) & within(p.z, nz);
 }
 
-/// A point inside of every grid, for lanes that have nothing to look up.
-inline Vector anywhere() { return {splat(1.0f), splat(1.0f), splat(1.0f)}; }
+/// The nearest point inside, for lanes that have nothing to look up. NaN becomes 1.
+inline Vector moved_inside(const Vector& p, int nx, int ny, int nz) {
+  const auto within = [](F a, int n) {
+    return min(max(a, splat(1.0f)), splat(static_cast<float>(n - 2)));
+  };
+  return {within(p.x, nx), within(p.y, ny), within(p.z, nz)};
+}
 
 /// U, V, W seen from a grid whose samples sit on the faces of axis `own`, or on centers (own = 3).
 template <int own>
@@ -73,9 +78,9 @@ class Velocity {
       if (axis == own) return a;
       return along == axis ? a + 0.5f : along == own ? a - 0.5f : a;
     };
-    const KernelField& f = faces_[axis];
-    const Cell cell = inner_cell(f, shifted(p.x, 0), shifted(p.y, 1), shifted(p.z, 2));
-    return linear(corners(f, cell.at), cell);
+    return near_linear(faces_[axis],
+                       near_inner_cell(shifted(p.x, 0), shifted(p.y, 1), shifted(p.z, 2)),
+                       NearMarks{});
   }
 
   KernelField faces_[3];
@@ -88,7 +93,7 @@ struct RK2Tracer {
     const F s = splat(static_cast<float>(q.dt) / static_cast<float>(q.dx));
     const Vector m = p - (0.5f * s) * v;
     const I in = inside(m, q.nx, q.ny, q.nz);
-    return p - s * select(in, velocity.at(select(in, m, anywhere())), v);
+    return p - s * select(in, velocity.at(moved_inside(m, q.nx, q.ny, q.nz)), v);
   }
 };
 
@@ -102,11 +107,11 @@ struct AdaptiveTracer {
       const F h = clock.step(max(abs(v.z), max(abs(v.y), abs(v.x))), q, last);
       const Vector m = p - (0.5f * h) * v;
       const I in = inside(m, q.nx, q.ny, q.nz) & active;
-      const Vector next = p - h * select(in, velocity.at(select(in, m, anywhere())), v);
+      const Vector next = p - h * select(in, velocity.at(moved_inside(m, q.nx, q.ny, q.nz)), v);
       p = select(active, next, p);
       active &= in & ~last & inside(p, q.nx, q.ny, q.nz);
       if (!any(active)) return p;
-      v = velocity.at(select(active, p, anywhere()));
+      v = velocity.at(moved_inside(p, q.nx, q.ny, q.nz));
     }
   }
 

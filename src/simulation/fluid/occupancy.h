@@ -1,0 +1,48 @@
+// Which parts of a field hold anything, so that operators can skip the rest: most of a box is clear
+// air, and a channel may be empty.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "math/field.h"
+#include "math/lanes/near_marks.h"
+
+namespace nbx {
+
+/// Whether nearly all of the field holds ordinary values, by a look at one row in 64: marks would
+/// then only cost time.
+bool seems_full(const Field<float>& f);
+
+/// The marks of each segment of 16 cells of a row; the last one of a row may be shorter. -0 and NaN
+/// count as values: what isn't marked is +0, bit by bit.
+class Occupancy {
+ public:
+  explicit Occupancy(const Field<float>& f);
+
+  /// Segments in a row.
+  int segments() const { return segments_; }
+  std::uint8_t at(int segment, int j, int k) const { return of_[index(segment, j, k)]; }
+  /// Whether the whole field is +0.
+  bool empty() const { return empty_; }
+
+  /// The marks summed up over what samples near a place can read. No data if nearly all of the
+  /// field holds ordinary values: looking at marks would only cost time.
+  NearMarks near() const {
+    if (near_.empty()) return {};
+    return {near_.data(), segments_, ny_};
+  }
+
+ private:
+  std::size_t index(int segment, int j, int k) const {
+    return segment + std::size_t{1} * segments_ * (j + std::size_t{1} * ny_ * k);
+  }
+  void sum_up(int nz);
+
+  int segments_, ny_;
+  bool empty_ = true;
+  std::vector<std::uint8_t> of_;    // of each segment
+  std::vector<std::uint8_t> near_;  // summed up; empty if not worthwhile
+};
+
+}  // namespace nbx
