@@ -18,6 +18,28 @@
 
 namespace nbx {
 
+/// The weights of the cells near the meshes of a tag, and all that they follow from: as long as
+/// that stays the same, so do they. Nothing is kept of sources with textures or particles.
+struct MeshWeights {
+  struct Inputs {
+    std::vector<DetachedPolygonObject> meshes;
+    Affine3d world_to_grid;
+    IntBox box;
+    ThicknessProfile profile;
+    bool inside = false;  // the cells inside count as well
+
+    bool operator==(const Inputs&) const = default;
+  };
+
+  void clear() {
+    from = {};
+    weights.clear();
+  }
+
+  Inputs from;  // without meshes: not known
+  SparseField<float, 3> weights;
+};
+
 namespace {
 
 /// The cells of the domain that the meshes of a solid reach into.
@@ -43,10 +65,18 @@ IntBox solid_box(const host::BaseTag& tag, const Affine3d& world_to_grid, const 
   return box_intersection(box, domain);
 }
 
+void voxelize(SparseField<float, 3>& weights, const PolygonWalk& walk,
+              const MeshWeights::Inputs& from) {
+  if (from.inside) classify_inside(weights, PolygonObjectContainer(walk, from.box));
+  voxelize(weights, walk, from.box, from.profile);
+}
+
 }  // namespace
 
 EmitterSampler::EmitterSampler(host::BaseObject& volume)
     : volume_(volume), tags_(find_source_tags(volume.GetDocument())) {}
+
+EmitterSampler::~EmitterSampler() = default;
 
 void EmitterSampler::update_inputs(const RunView& run, StepSources& sources, double frame_start,
                                    double dt) {
@@ -78,34 +108,51 @@ void EmitterSampler::sample(const RunView& run, StepSources& sources, host::Base
   SimulationObjectParameters source = source_parameters(tag, run.params, frames);
   source.world_to_grid = sources.world_to_grid;
   source.time = run.clock.now();
-  weights_.clear();
-  if (has_emission(source) || source.normal_force != 0) add_meshes(run, sources, tag, source);
-  add_particle_sources(weights_, sources.velocity_sources(), *object, source,
-                       run.domain.domain_box);
-  if (source.fill) weights_.clear_blocks_le(0);
-  sources.add_source_object(source, weights_);
+  std::unique_ptr<MeshWeights>& known = weights_[&tag];
+  if (!known) known = std::make_unique<MeshWeights>();
+  MeshWeights& held = *known;
+  add_meshes(run, sources, tag, source, held);
+  if (!gather_particle_objects(*object).empty()) {
+    held.from = {};
+    add_particle_sources(held.weights, sources.velocity_sources(), *object, source,
+                         run.domain.domain_box);
+  }
+  if (source.fill) held.weights.clear_blocks_le(0);
+  sources.add_source_object(source, held.weights);
 }
 
 void EmitterSampler::add_meshes(const RunView& run, StepSources& sources, const host::BaseTag& tag,
-                                const SimulationObjectParameters& source) {
-  const IntBox& box = run.domain.domain_box;
+                                const SimulationObjectParameters& source, MeshWeights& held) {
+  const bool emits = has_emission(source), pushes = source.normal_force != 0;
   const int channel = surface_channel(tag);
-  const std::vector<DetachedPolygonObject> meshes = detach(source_meshes(tag), channel);
-  if (meshes.empty()) return;
-  const PolygonWalk walk(meshes, source.world_to_grid);
+  MeshWeights::Inputs from;
+  if (emits || pushes) from.meshes = detach(source_meshes(tag), channel);
+  if (from.meshes.empty()) return held.clear();
+
+  const bool whole = ParameterReader(tag)(TVOLUME.SELECTIONS).empty();
   const auto texture = volume_texture(tag, source.time, run.params.voxel_size);
-  ThicknessProfile profile{source.thickness, channel >= 0,
-                           ParameterReader(tag)(TVOLUME.CORNER_WEIGHTS)};
-  if (has_emission(source)) {
-    const bool whole = ParameterReader(tag)(TVOLUME.SELECTIONS).empty();
-    if (source.fill && whole && !is_solid(tag))
-      classify_inside(weights_, PolygonObjectContainer(walk, box));
-    voxelize(weights_, walk, box, profile);
-    if (texture) scale_by_texture(weights_, *texture);  // the inside too
+  from.world_to_grid = source.world_to_grid;
+  from.box = run.domain.domain_box;
+  from.profile = {source.thickness, channel >= 0, ParameterReader(tag)(TVOLUME.CORNER_WEIGHTS)};
+  from.inside = source.fill && whole && !is_solid(tag);
+  const bool fixed = emits && !texture && channel < 0;
+  if (fixed && held.from == from && !pushes) return;
+
+  const PolygonWalk walk(from.meshes, from.world_to_grid);
+  if (!(fixed && held.from == from)) {
+    held.clear();
+    if (emits) voxelize(held.weights, walk, from);
+    if (emits && texture) scale_by_texture(held.weights, *texture);  // the inside too
   }
-  profile.volume_texture = texture.get();
-  if (source.normal_force != 0)
-    voxelize_velocity(sources.velocity_sources(), walk, box, profile, source.normal_force);
+  if (pushes) {
+    from.profile.volume_texture = texture.get();
+    voxelize_velocity(sources.velocity_sources(), walk, from.box, from.profile,
+                      source.normal_force);
+  }
+  if (fixed) {
+    from.profile.volume_texture = nullptr;
+    held.from = std::move(from);
+  }
 }
 
 }  // namespace nbx

@@ -44,7 +44,8 @@ class Field {
   static Field view(T* data, int nx, int ny, int nz);
 
   /// Sets the dimensions; contents are undefined afterwards. A negative dimension is stored as 0.
-  /// The block never shrinks. Throws std::bad_alloc, after a log line.
+  /// The block never shrinks; if it grows, then by a quarter or more. Throws std::bad_alloc, after
+  /// a log line.
   void resize(int nx, int ny, int nz);
   void resize(const Vec3i& dims) { resize(dims[0], dims[1], dims[2]); }
 
@@ -80,6 +81,7 @@ class Field {
   T* data_ = nullptr;
   void* raw_ = nullptr;  // the allocator's block; null for a view
   std::uint64_t capacity_ = 0;
+  std::uint64_t reached_ = 0;  // the most elements so far in the allocator's block
   int nx_ = 0, ny_ = 0, nz_ = 0;
 };
 
@@ -89,7 +91,7 @@ extern template class Field<float>;
 /// allocates none.
 std::uint64_t field_allocations();
 
-/// Bytes of the blocks that fields own now.
+/// Bytes of the blocks that fields own now, as far as they have used them.
 std::uint64_t field_bytes();
 
 }  // namespace nbx

@@ -10,19 +10,13 @@
 namespace nbx {
 
 template <class Element>
-Element* Pool<Element>::acquire() {
-  const std::lock_guard lock(mutex_);
-  if (free_.empty()) {
-    // Room for every known element, so that `release` never allocates.
-    if (free_.capacity() <= known_.size())
-      free_.reserve(std::max<std::size_t>(2, 2 * free_.capacity()));
-    auto element = std::make_unique_for_overwrite<Element>();
-    known_.insert(element.get());
-    return element.release();
-  }
-  Element* element = free_.back();
-  free_.pop_back();
-  return element;
+Element* Pool<Element>::add() {
+  // Room for every known element, so that `release` never allocates.
+  if (free_.capacity() <= known_.size())
+    free_.reserve(std::max<std::size_t>(2, 2 * free_.capacity()));
+  auto element = std::make_unique_for_overwrite<Element>();
+  known_.insert(element.get());
+  return element.release();
 }
 
 template <class Element>
@@ -75,12 +69,20 @@ BlockPool& block_pool() {
   return pool;
 }
 
-FieldHandle acquire_field() {
-  return FieldHandle(field_pool().acquire(), [](Field<float>* f) { field_pool().release(f); });
+namespace {
+
+FieldHandle handle(Field<float>* field) {
+  return FieldHandle(field, [](Field<float>* f) { field_pool().release(f); });
 }
 
+}  // namespace
+
+FieldHandle acquire_field() { return handle(field_pool().acquire()); }
+
 FieldHandle acquire_field(const Vec3i& dims) {
-  FieldHandle field = acquire_field();
+  const std::uint64_t count = std::uint64_t{1} * dims[0] * dims[1] * dims[2];
+  const auto fits = [count](const Field<float>& f) { return f.capacity() >= count; };
+  FieldHandle field = handle(field_pool().acquire(fits));
   field->resize(dims);
   return field;
 }

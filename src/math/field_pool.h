@@ -7,8 +7,10 @@
 // All operations may be called from any thread.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <unordered_set>
@@ -35,7 +37,14 @@ class Pool {
   Pool& operator=(const Pool&) = delete;
 
   /// A recycled or new element.
-  Element* acquire();
+  Element* acquire() {
+    return acquire([](const Element&) { return true; });
+  }
+
+  /// The same; of the elements that aren't in use, it prefers those for which `suits(element)` is
+  /// true.
+  template <class Suits>
+  Element* acquire(Suits suits);
 
   /// Gives an element back; null is ignored. An address that isn't the pool's is a programming
   /// error, which is logged and ends the process.
@@ -61,11 +70,25 @@ class Pool {
     }
   };
 
+  Element* add();
+
   const int tag_;
   mutable std::mutex mutex_;
   std::unordered_set<Element*, AddressHash> known_;  // every element that exists
   std::vector<Element*> free_;                       // a stack of those not in use
 };
+
+template <class Element>
+template <class Suits>
+Element* Pool<Element>::acquire(Suits suits) {
+  const std::lock_guard lock(mutex_);
+  if (free_.empty()) return add();
+  auto found = std::find_if(free_.rbegin(), free_.rend(), [&](Element* e) { return suits(*e); });
+  if (found == free_.rend()) found = free_.rbegin();
+  Element* element = *found;
+  free_.erase(std::next(found).base());
+  return element;
+}
 
 using FieldPool = Pool<Field<float>>;
 using BlockPool = Pool<SparseBlock>;
@@ -82,7 +105,8 @@ using FieldHandle = std::shared_ptr<Field<float>>;
 /// Takes a field from the dense pool. Its size and contents are those that its last user left.
 FieldHandle acquire_field();
 
-/// Takes a field from the dense pool and sizes it; contents are undefined.
+/// Takes a field from the dense pool, if possible one that is large enough, and sizes it; contents
+/// are undefined.
 FieldHandle acquire_field(const Vec3i& dims);
 
 /// Writes the memory line to the log: both pools and the device's memory.

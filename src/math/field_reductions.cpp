@@ -1,6 +1,7 @@
 #include "math/field_reductions.h"
 
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -44,15 +45,36 @@ T reduce(const Field<float>& field, T start, Fold fold, Join join) {
   return result;
 }
 
-// Extends `box` by the cells of row (j, k) whose magnitude exceeds the threshold.
-void extend_by_row(IntBox& box, const float* row, int nx, int j, int k, float threshold) {
+bool exceeds(const float* x, int n, float threshold) {
   int any = 0;
-  for (int i = 0; i < nx; ++i) any |= std::fabs(row[i]) > threshold;
-  if (!any) return;
-  int lo = 0, hi = nx - 1;
-  while (!(std::fabs(row[lo]) > threshold)) ++lo;
-  while (!(std::fabs(row[hi]) > threshold)) --hi;
-  box = box_union(box, {{lo, j, k}, {hi, j, k}});
+  for (int i = 0; i < n; ++i) any |= std::fabs(x[i]) > threshold;
+  return any != 0;
+}
+
+// Narrows lo .. hi to the first and the last index for which holds(index) is true. All threads
+// search from both ends inwards, so the middle isn't read. False if there is none.
+template <class Holds>
+bool narrow(int& lo, int& hi, bool parallel, Holds holds) {
+  const int n = hi - lo + 1;
+  std::atomic<int> before{n}, behind{n};  // how many are left out at each end
+  const auto search = [&](std::atomic<int>& left_out, int at, int index) {
+    if (at >= left_out.load(std::memory_order_relaxed) || !holds(index)) return;
+    int old = left_out.load(std::memory_order_relaxed);
+    while (at < old && !left_out.compare_exchange_weak(old, at, std::memory_order_relaxed)) {
+    }
+  };
+#pragma omp parallel if (parallel)
+  {
+#pragma omp for schedule(dynamic)
+    for (int i = 0; i < n; ++i) search(before, i, lo + i);
+    if (before < n) {
+#pragma omp for schedule(dynamic)
+      for (int i = 0; i < n; ++i) search(behind, i, hi - i);
+    }
+  }
+  lo += before;
+  hi -= behind;
+  return before < n;
 }
 
 }  // namespace
@@ -85,16 +107,44 @@ float max(const Field<float>& x) {
 }
 
 IntBox min_bbox(const Field<float>& x, float threshold) {
-  IntBox box;
-#pragma omp parallel
+  IntBox box{{0, 0, 0}, x.dims() - Vec3i(1, 1, 1)};
+  const bool parallel = x.count() >= kBlock;
+  const auto row_holds = [&](int j, int k) {
+    return exceeds(x.data() + x.index(0, j, k), x.nx(), threshold);
+  };
+  int &y0 = box.lo[1], &y1 = box.hi[1], &z0 = box.lo[2], &z1 = box.hi[2];
+  if (!narrow(z0, z1, parallel, [&](int k) {
+        for (int j = 0; j < x.ny(); ++j)
+          if (row_holds(j, k)) return true;
+        return false;
+      }))
+    return {};
+  narrow(y0, y1, parallel, [&](int j) {
+    for (int k = z0; k <= z1; ++k)
+      if (row_holds(j, k)) return true;
+    return false;
+  });
+
+  // Along x, each row is read up to the ends that other rows have reached.
+  box.lo[0] = x.nx();
+  box.hi[0] = -1;
+#pragma omp parallel if (parallel)
   {
-    IntBox own;
+    int first = x.nx(), last = -1;
 #pragma omp for schedule(static) nowait
-    for (int k = 0; k < x.nz(); ++k)
-      for (int j = 0; j < x.ny(); ++j)
-        extend_by_row(own, x.data() + x.index(0, j, k), x.nx(), j, k, threshold);
+    for (int k = z0; k <= z1; ++k)
+      for (int j = y0; j <= y1; ++j) {
+        const float* row = x.data() + x.index(0, j, k);
+        if (exceeds(row, first, threshold))
+          for (first = 0; !(std::fabs(row[first]) > threshold);) ++first;
+        if (exceeds(row + last + 1, x.nx() - 1 - last, threshold))
+          for (last = x.nx() - 1; !(std::fabs(row[last]) > threshold);) --last;
+      }
 #pragma omp critical(nbx_min_bbox)
-    box = box_union(box, own);
+    {
+      box.lo[0] = std::min(box.lo[0], first);
+      box.hi[0] = std::max(box.hi[0], last);
+    }
   }
   return box;
 }

@@ -62,7 +62,7 @@ Field<float>& MField::overwrite_cpu() {
 }
 
 Field<float>& MField::overwrite_cpu(const Vec3i& dims) {
-  if (!cpu_) cpu_ = acquire_field();
+  if (!cpu_) cpu_ = acquire_field(dims);
   cpu_->resize(dims);
   gpu_.free();
   location_ = kCpu;
@@ -115,7 +115,7 @@ void MField::resize(const Vec3i& dims) {
     gpu_.resize(dims);
     gpu_.ptr();
   } else {
-    if (!cpu_) cpu_ = acquire_field();
+    if (!cpu_) cpu_ = acquire_field(dims);
     cpu_->resize(dims);
   }
 }
@@ -143,6 +143,12 @@ void MField::zero() {
     gpu_.zero();
   else
     set(*cpu_, 0.0f);
+}
+
+void MField::provide(const Vec3i& dims) {
+  if (!empty()) return;
+  resize(thread_location(), dims);
+  zero();
 }
 
 void MField::release() {
@@ -180,7 +186,7 @@ void MField::assign(const Field<float>& field) {
     gpu_.upload(field);
     ++move_count;
   } else {
-    if (!cpu_) cpu_ = acquire_field();
+    if (!cpu_) cpu_ = acquire_field(field.dims());
     cpu_->copy(field);
   }
 }

@@ -73,6 +73,9 @@ class MField {
   /// Fills the storage of the current location with 0; an empty MField stays empty.
   void zero();
 
+  /// Gives an empty MField storage on the side of the calling thread, filled with 0.
+  void provide(const Vec3i& dims);
+
   /// Drops all storage; the location is kept.
   void release();
 

@@ -66,6 +66,7 @@ std::vector<float*> matching_blocks(Sparse& z, const Sparse& x) {
 template <class Work>
 void for_each_block(const Sparse& x, Work work) {
   const std::ptrdiff_t count = x.blocks().size();
+  if (count == 0) return;
 #pragma omp parallel for schedule(static)
   for (std::ptrdiff_t i = 0; i < count; ++i) work(i);
 }
@@ -75,6 +76,7 @@ void for_each_block(const Sparse& x, Work work) {
 IntBox min_bbox(const Sparse& field, float threshold) {
   const std::ptrdiff_t count = field.blocks().size();
   IntBox box;
+  if (count == 0) return box;
 #pragma omp parallel
   {
     IntBox own;

@@ -25,6 +25,8 @@ struct DetachedPolygonObject {
   std::shared_ptr<const SurfaceTexture> texture;
 
   int first_id = -1;  // running index of the first point; -1: the points have no ids
+
+  bool operator==(const DetachedPolygonObject&) const = default;
 };
 
 }  // namespace nbx

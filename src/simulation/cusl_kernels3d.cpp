@@ -98,10 +98,8 @@ void CuslKernels3D::update(double dt, PressureSystem& pressure, VelocityForce& f
   if (!zero_velocity_ && params_.clamp_velocity) clamp_to_grid();
   times_.forces += watch.lap();
 
-  MField divergence(thread_location(), domain_.center_dims());
-  divergence.zero();
+  MField divergence;
   const bool expands = forces.add_divergence(divergence, dt);
-  if (!expands) divergence.release();
   zero_velocity_ = !pressure.project(*this, expands ? &divergence : nullptr, progress);
   times_.projection += watch.lap();
 

@@ -67,4 +67,20 @@ void iterate_slice(Field<float>& f, int axis, int layer, Oper oper) {
   iterate_slice(f, axis, layer, layer, oper);
 }
 
+/// What clamp_border does to plane k and to the outer planes next to it. The field has at least
+/// three planes across each axis, and k is none of the outer ones.
+inline void clamp_plane(Field<float>& f, int k) {
+  const int nx = f.nx(), ny = f.ny(), nz = f.nz();
+  for (int j = 1; j < ny - 1; ++j) {
+    float* row = &f(0, j, k);
+    row[0] = row[1];
+    row[nx - 1] = row[nx - 2];
+  }
+  std::copy_n(&f(0, 1, k), nx, &f(0, 0, k));
+  std::copy_n(&f(0, ny - 2, k), nx, &f(0, ny - 1, k));
+  const std::ptrdiff_t plane = std::ptrdiff_t{1} * nx * ny;
+  if (k == 1) std::copy_n(&f(0, 0, 1), plane, &f(0, 0, 0));
+  if (k == nz - 2) std::copy_n(&f(0, 0, k), plane, &f(0, 0, nz - 1));
+}
+
 }  // namespace nbx

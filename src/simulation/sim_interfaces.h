@@ -26,7 +26,8 @@ class VelocityForce {
   virtual ~VelocityForce() = default;
   /// Adds dt times the force to the velocity.
   virtual void add_forces(FluidSystem& fluid, double dt) = 0;
-  /// Adds the volume that appears per second and volume to a center field; true if it wrote.
+  /// Adds the volume that appears per second and volume to a center field; true if it wrote. A
+  /// field without storage gets it, filled with 0, from the first that writes.
   virtual bool add_divergence(MField& /*target*/, double /*dt*/) { return false; }
   /// Adds detail to a copy of the projected velocity.
   virtual void add_detail(FluidSystem& /*fluid*/) {}
@@ -36,8 +37,9 @@ class VelocityForce {
 class CombustionSource {
  public:
   virtual ~CombustionSource() = default;
-  /// Adds to the field of channel `key` what combustion gives it in this substep.
-  virtual void combustion(MField& target, int key) = 0;
+  /// Adds to the field of channel `key` what combustion gives it in this substep. True if it gives
+  /// anything.
+  virtual bool combustion(MField& target, int key) = 0;
 };
 
 /// State that frames hold.

@@ -148,7 +148,7 @@ class Simulation3D final : private VelocityForce,
   void add_forces(FluidSystem& fluid, double dt) override;
   bool add_divergence(MField& target, double dt) override;
   void add_detail(FluidSystem& fluid) override;
-  void combustion(MField& target, int key) override;
+  bool combustion(MField& target, int key) override;
   MField* get_field(int key) override;
 
   std::vector<std::unique_ptr<SimSystem>> systems_;  // in creation order, the order of every hook

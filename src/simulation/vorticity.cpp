@@ -5,6 +5,7 @@
 
 #include "math/field_checks.h"
 #include "math/field_operators.h"
+#include "simulation/field_planes.h"
 #include "simulation/fluid/vorticity_row_kernels.h"
 #include "util/cuda_use_flags.h"
 #include "util/isa.h"
@@ -18,20 +19,6 @@ const VorticityRowKernels& vorticity_row_kernels() { return NBX_SELECT_ISA(kVort
 namespace {
 
 RowSteps row_steps(const Field<float>& f) { return {f.nx(), std::ptrdiff_t{f.nx()} * f.ny()}; }
-
-// What clamp_border does to plane k and the ghost plane next to it, while they are in the cache.
-void clamp_plane(Field<float>& f, int k) {
-  const int nx = f.nx(), ny = f.ny(), nz = f.nz();
-  for (int j = 1; j < ny - 1; ++j) {
-    f(0, j, k) = f(1, j, k);
-    f(nx - 1, j, k) = f(nx - 2, j, k);
-  }
-  std::copy_n(&f(0, 1, k), nx, &f(0, 0, k));
-  std::copy_n(&f(0, ny - 2, k), nx, &f(0, ny - 1, k));
-  const std::ptrdiff_t plane = row_steps(f).z;
-  if (k == 1) std::copy_n(&f(0, 0, k), plane, &f(0, 0, 0));
-  if (k == nz - 2) std::copy_n(&f(0, 0, k), plane, &f(0, 0, nz - 1));
-}
 
 }  // namespace
 

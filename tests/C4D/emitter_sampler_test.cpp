@@ -1,6 +1,7 @@
 #include "C4D/sources/emitter_sampler.h"
 
 #include <map>
+#include <numeric>
 #include <set>
 
 #include "C4D/parameters/volume_tag_parameters.h"
@@ -126,6 +127,34 @@ TEST(EmitterSampler, FillsTheInsideUnlessItIsSolid) {
     EXPECT_FLOAT_EQ(run.density_at({8.5, 0.5, 0.5}), far);
     EXPECT_EQ(run.keep_box.empty(), std::string(parameters).find("solid") == std::string::npos);
   }
+}
+
+// Weights are kept from one sample to the next, as long as nothing changes.
+TEST(EmitterSampler, FollowsEveryChangeOfAStillSource) {
+  const auto text = [](const char* thickness, const char* more = "") {
+    return scene(kCube + more, R"("density": 0.5, "density_mode": "add", "corner_weights": true)" +
+                                   std::string(R"(, "thickness": )") + thickness);
+  };
+  const auto given = [](SceneRun& run) {
+    double total = 0;
+    run.after_inputs = [&](StepSources& sources) {
+      for (const SparseBlockEntry& b : sources.channel(kDensity).blocks())
+        total += std::accumulate(b.data, b.data + 512, 0.0);
+    };
+    run.frame();
+    return total;
+  };
+  SceneRun run(text("2")), thick(text("4")), beside(text("2", R"(, "position": [0.25, 0, 0])"));
+  SceneRun moves(text("2", R"(, "keyframes": {"position": [[1, [0, 0, 0]], [2, [0.25, 0, 0]]]})"));
+  const double first = given(run);
+  EXPECT_GT(first, 100);
+  EXPECT_NEAR(given(run), first, 1e-9 * first);
+  run.object("m").GetFirstTag()->SetParameter(TVOLUME.THICKNESS, 4.0);
+  EXPECT_NEAR(given(run), given(thick), 1e-9 * first);
+  EXPECT_NEAR(given(moves), first, 1e-9 * first);
+  const double moved = given(beside);
+  EXPECT_GT(std::abs(moved - first), 1e-6 * first);
+  EXPECT_NEAR(given(moves), moved, 1e-9 * first);
 }
 
 // The heading turns z towards x.

@@ -1,14 +1,17 @@
 // Operators on whole fields, and sampling between cells.
 #include "math/field_operators.h"
 
+#include <cstring>
 #include <functional>
 #include <limits>
+#include <random>
 
 #include "math/field_filters.h"
 #include "math/field_reductions.h"
 #include "math/field_resampling.h"
 #include "math/interpolation.h"
 #include "math/mfield_operations.h"
+#include "math/spline_operators.h"
 #include "support/gpu_thread.h"
 #include "support/support.h"
 #include "util/exception.h"
@@ -213,6 +216,98 @@ TEST(FieldReductions, BoxHoldsWhatExceedsTheThreshold) {
   x(8, 1, 6) = 2;
   x(5, 0, 5) = kNaN;
   EXPECT_EQ(min_bbox(x, 0.5f), (IntBox{{3, 1, 2}, {8, 4, 6}}));
+}
+
+TEST(FieldReductions, BoxIsThatOfAPlainSearch) {
+  Field<float> x(61, 40, 33);
+  std::mt19937 engine(3);
+  const auto below = [&](int n) { return static_cast<int>(engine() % static_cast<unsigned>(n)); };
+  test::everywhere([&] {
+    for (const int points : {0, 1, 2, 3, 9}) {
+      set(x, 0);
+      IntBox expected;
+      for (int i = 0; i < points; ++i) {
+        const Vec3i at(below(x.nx()), below(x.ny()), below(x.nz()));
+        x(at[0], at[1], at[2]) = i % 2 ? 1.0f : -1.0f;
+        expected = box_union(expected, {at, at});
+      }
+      EXPECT_EQ(min_bbox(x, 0.5f), expected) << points;
+    }
+  });
+}
+
+// Zeros stay zeros in all of these, so leaving them out must not change a bit.
+TEST(Occupancy, LeavesOutOnlyZeros) {
+  const test::ThreadCount threads(3);
+  for (const Vec3i dims : {Vec3i(23, 7, 6), Vec3i(70, 41, 33)}) {
+    Field<float> x, y, expected, got;
+    for (F* f : {&x, &y, &expected, &got}) f->resize(dims);
+    set(x, 0);
+    test::fill_random(y, 5, 0, 1);
+    x(3, 2, 1) = 0.7f;
+    x(dims[0] - 1, dims[1] - 1, dims[2] - 1) = kA;  // in a part that may be shorter
+    const auto middle = x.data() + x.index(dims[0] / 2, dims[1] / 2, dims[2] / 2);
+    std::fill_n(middle, 100, 0.3f);
+    RationalSpline spline;
+    spline.addPoint(0, 0);
+    spline.addPoint(1, 0.5f);
+    Occupancy held;
+    EXPECT_FALSE(held.none()) << "unknown";
+    const auto check = [&](const char* name, auto run, bool in_place) {
+      for (const bool measured : {false, true}) {
+        held.forget();
+        if (measured) held.measure(x);
+        expected.copy(x);
+        in_place ? got.copy(x) : set(got, 77);
+        run(expected, in_place ? expected : x, nullptr);
+        run(got, in_place ? got : x, &held);
+        EXPECT_TRUE(std::equal(got.data(), got.data() + got.count(), expected.data())) << name;
+      }
+      // What it believes to be 0 isn't touched.
+      if (!in_place) return;
+      got[70] = kB;
+      run(got, got, &held);
+      EXPECT_EQ(got[70], kB) << name;
+    };
+    using O = const Occupancy*;
+    using G = const F;
+    check(
+        "scal", [](F& d, G& s, O o) { scal(d, kA, s, o); }, true);
+    check(
+        "add_max0", [](F& d, G& s, O o) { add_max0(d, s, kB, o); }, true);
+    check(
+        "min_a_x", [](F& d, G& s, O o) { min_a_x(d, kA, s, o); }, false);
+    check(
+        "axpy", [&](F& d, G& s, O o) { axpy(d, kA, s, s, o); }, false);
+    check(
+        "decay", [&](F& d, G& s, O o) { decay_linear(d, s, y, 0.1f, spline, o); }, true);
+    check(
+        "emit", [&](F& d, G& s, O o) { emit_exponential(d, s, y, 0.1f, spline, o); }, false);
+  }
+}
+
+TEST(Occupancy, MeasuresWhatIsPositiveInside) {
+  test::everywhere([] {
+    for (const Vec3i dims : {Vec3i(2, 9, 9), Vec3i(5, 4, 3), Vec3i(70, 41, 33)}) {
+      MField x(kCpu, dims);
+      Field<float>& f = x.overwrite_cpu();
+      test::fill_random(f, 4, -3, 1);
+      f[f.count() / 2] = kNaN;
+      f[f.count() / 2 + 1] = -0.0f;
+      F expected = test::copy_of(f);
+      max_a_x(expected, 0, expected);
+      test::each_cell(dims, 0, [&](int i, int j, int k) {
+        for (const auto& [at, n] : {std::pair{i, dims[0]}, {j, dims[1]}, {k, dims[2]}})
+          if (at == 0 || at == n - 1) expected(i, j, k) = 0;
+      });
+      Occupancy held, again;
+      m_measure_positive(held, x);
+      EXPECT_EQ(std::memcmp(f.data(), expected.data(), f.count() * sizeof(float)), 0);
+      m_measure(again, x);
+      EXPECT_EQ(held.none(), infnorm(f) == 0);
+      EXPECT_EQ(held, again);
+    }
+  });
 }
 
 // Each pass rounds its weights and products once, and adds each value at most 2 log2(n) + 4 times.

@@ -48,7 +48,7 @@ class Reactor : public CombustionSource, public FieldSource, public test::Record
     for (auto& channel : channels)
       channel->finish_step(*this, *this, sources.channel(channel->key()));
   }
-  void combustion(MField& target, int key) override { channels[0]->combustion(target, key); }
+  bool combustion(MField& target, int key) override { return channels[0]->combustion(target, key); }
   MField* get_field(int key) override {
     for (auto& channel : channels)
       if (MField* field = channel->get_field(key)) return field;

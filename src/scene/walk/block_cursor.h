@@ -1,5 +1,5 @@
-// How a voxelizer writes into a sparse field: cell by cell, with the block of the last cell kept,
-// and with the same result in any order.
+// How a voxelizer writes into a sparse field: cell by cell, with the last blocks kept, and with the
+// same result in any order.
 #pragma once
 
 #include <atomic>
@@ -9,7 +9,8 @@
 
 namespace nbx {
 
-/// The place of a thread in a field. Cells come in rows, so most lie in the block of the last one.
+/// The place of a thread in a field. It keeps eight neighboring blocks, all that a small triangle
+/// lies in.
 class BlockCursor {
  public:
   explicit BlockCursor(SparseField<float, 3>& field) : field_(&field) {}
@@ -17,17 +18,19 @@ class BlockCursor {
   /// The cell; its block is made if it doesn't exist.
   float& cell(int x, int y, int z) {
     const Vec3i wanted(x >> 3, y >> 3, z >> 3);
-    if (wanted != block_) {
-      data_ = field_->hash_insert(x, y, z).data;
-      block_ = wanted;
-    }
-    return data_[SparseField<float, 3>::voxel_index(x & 7, y & 7, z & 7)];
+    Block& block = blocks_[(wanted[0] & 1) | (wanted[1] & 1) << 1 | (wanted[2] & 1) << 2];
+    if (wanted != block.at) block = {wanted, field_->hash_insert(x, y, z).data};
+    return block.data[SparseField<float, 3>::voxel_index(x & 7, y & 7, z & 7)];
   }
 
  private:
+  struct Block {
+    Vec3i at{-1, -1, -1};
+    float* data = nullptr;
+  };
+
   SparseField<float, 3>* field_;
-  Vec3i block_{-1, -1, -1};
-  float* data_ = nullptr;
+  Block blocks_[8];  // by the last bit of each coordinate
 };
 
 /// Reads a cell while other threads may merge into it.

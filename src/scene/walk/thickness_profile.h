@@ -15,6 +15,7 @@ struct ThicknessProfile {
   bool use_corner_weights = false;                // scale by the triangle's corner weights
   const VolumeTexture* volume_texture = nullptr;  // scales by the place of the cell; may be null
 
+  bool operator==(const ThicknessProfile&) const = default;
   bool plain() const { return !use_surface_texture && !use_corner_weights && !volume_texture; }
 
   /// 1 on the surface, falling linearly to 0 at the reach.

@@ -66,8 +66,7 @@ void Simulation3D::apply_box(const IntBox& box) {
 void Simulation3D::fit_container_to_expansion(SceneEvaluator&) {
   IntBox wanted;
   if (!domain.active_box.empty()) {
-    MField divergence(thread_location(), domain.center_dims());
-    divergence.zero();
+    MField divergence;
     if (add_divergence(divergence, clock.dt)) wanted = expanded_box(divergence);
   }
   fit_container(wanted);

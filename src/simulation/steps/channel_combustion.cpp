@@ -38,37 +38,42 @@ MField* ScalarFluidChannel::driver_field(FieldSource& fields, MField& blurred) c
 
 void ScalarFluidChannel::decay_and_advect(FluidSystem& fluid, FieldSource& fields) {
   if (!simulated() || clock_.dt == 0) return;
-  const ChannelParams& p = params();
-  if (p.decay > 0) {
-    RationalSpline limit = p.driver_spline;
-    const float a = decay_of_step();
-    MField blurred;
-    if (!burned_.empty()) {
-      m_axpy(field_, -1, burned_, field_);
-      burned_.release();
-    } else if (MField* driver = driver_field(fields, blurred)) {
-      if (p.decay_mode == DecayMode::kLinear)
-        m_decay_linear(field_, field_, *driver, a, limit);
-      else
-        m_decay_exponential(field_, field_, *driver, a, limit);
-    } else if (p.decay_mode == DecayMode::kLinear) {
-      m_add_max0(field_, field_, -a);
-    } else {
-      m_scal(field_, 1 - a, field_);
-    }
+  const bool decays = params().decay > 0, burned = decays && !burned_.empty();
+  if (burned) {
+    if (burning_) m_axpy(field_, -1, burned_, field_);
+    burned_.release();
   }
+  m_measure(held_, field_);
+  if (held_.none()) return;
+  if (decays && !burned) decay(fields);
   fluid.advect_field(field_);
+}
+
+void ScalarFluidChannel::decay(FieldSource& fields) {
+  const ChannelParams& p = params();
+  const bool linear = p.decay_mode == DecayMode::kLinear;
+  const float a = decay_of_step();
+  MField blurred;
+  if (MField* driver = driver_field(fields, blurred)) {
+    RationalSpline limit = p.driver_spline;
+    (linear ? m_decay_linear : m_decay_exponential)(field_, field_, *driver, a, limit, &held_);
+  } else if (linear) {
+    m_add_max0(field_, field_, -a, &held_);
+  } else {
+    m_scal(field_, 1 - a, field_, &held_);
+  }
 }
 
 void ScalarFluidChannel::finish_step(CombustionSource& combustion, FieldSource& fields,
                                      SparseField<float, 3>& sources) {
   if (!simulated()) return;
-  combustion.combustion(field_, key_);
-  if (clock_.dt > 0 && params().diffusion > 0) diffuse();
-  m_asxpy(domain_.origin(), field_, 1, sources);
-  sources.clear();
-  m_max_a_x(field_, 0, field_);
-  m_set_border(field_, 0);
+  const bool fed = combustion.combustion(field_, key_);
+  if (fed || !held_.none() || !sources.empty() || clock_.dt == 0) {
+    if (clock_.dt > 0 && params().diffusion > 0) diffuse();
+    m_asxpy(domain_.origin(), field_, 1, sources);
+    sources.clear();
+    m_measure_positive(held_, field_);
+  }
   if (params().decay > 0 && !params().outputs.empty()) burn(fields);
 }
 
@@ -85,42 +90,43 @@ void ScalarFluidChannel::diffuse() {
 // Computes what burns in the next substep.
 void ScalarFluidChannel::burn(FieldSource& fields) {
   const ChannelParams& p = params();
-  RationalSpline limit = p.driver_spline;
+  const bool linear = p.decay_mode == DecayMode::kLinear;
   const float a = decay_of_step();
-  MField blurred;
-  MField* driver = driver_field(fields, blurred);
   burned_.resize(thread_location(), field_.dims());
-  if (p.decay_mode == DecayMode::kLinear) {
-    if (driver)
-      m_emit_linear(burned_, field_, *driver, a, limit);
-    else
-      m_min_a_x(burned_, a, field_);
+  burning_ = !held_.none();
+  if (!burning_) return burned_.zero();
+  MField blurred;
+  if (MField* driver = driver_field(fields, blurred)) {
+    RationalSpline limit = p.driver_spline;
+    (linear ? m_emit_linear : m_emit_exponential)(burned_, field_, *driver, a, limit, &held_);
+  } else if (linear) {
+    m_min_a_x(burned_, a, field_, &held_);
   } else {
-    if (driver)
-      m_emit_exponential(burned_, field_, *driver, a, limit);
-    else
-      m_scal(burned_, a, field_);
+    m_scal(burned_, a, field_, &held_);
   }
 }
 
-void ScalarFluidChannel::combustion(MField& target, int key) {
+bool ScalarFluidChannel::combustion(MField& target, int key) {
   const auto found = params().outputs.find(key);
-  if (found == params().outputs.end() || burned_.empty()) return;
+  if (found == params().outputs.end() || burned_.empty()) return false;
   const auto [amount, additive] = found->second;
   if (additive) {
-    m_axpy(target, amount, burned_, target);
-    return;
+    if (burning_) m_axpy(target, amount, burned_, target);
+    return burning_;
   }
   // A lifted target sees the rate of a whole frame, whatever the length of the substep.
   const double share =
       params().decay_mode == DecayMode::kLinear ? clock_.share_of_frame() : decay_of_step();
-  if (share > 0) m_max_ax_y(target, amount / share, burned_, target);
+  if (!(share > 0)) return false;
+  m_max_ax_y(target, amount / share, burned_, target);
+  return burning_;
 }
 
 bool ScalarFluidChannel::add_divergence(MField& target, double dt) {
-  if (!simulated() || burned_.empty() || !(dt > 0)) return false;
+  if (!simulated() || burned_.empty() || !burning_ || !(dt > 0)) return false;
   const auto found = params().outputs.find(kExpansion);
   if (found == params().outputs.end()) return false;
+  target.provide(burned_.dims());
   m_axpy(target, found->second.amount / dt, burned_, target);
   return true;
 }

@@ -19,6 +19,7 @@ bool Simulation3D::add_divergence(MField& target, double dt) {
   bool wrote = false;
   for (VelocityForce* force : forces_) wrote |= force->add_divergence(target, dt);
   if (!sources_.divergence().empty()) {
+    target.provide(domain.center_dims());
     m_asxpy(domain.origin(), target, 1, sources_.divergence());
     wrote = true;
   }
@@ -29,8 +30,10 @@ void Simulation3D::add_detail(FluidSystem& fluid) {
   for (VelocityForce* force : forces_) force->add_detail(fluid);
 }
 
-void Simulation3D::combustion(MField& target, int key) {
-  for (CombustionSource* source : combustion_sources_) source->combustion(target, key);
+bool Simulation3D::combustion(MField& target, int key) {
+  bool fed = false;
+  for (CombustionSource* source : combustion_sources_) fed |= source->combustion(target, key);
+  return fed;
 }
 
 MField* Simulation3D::get_field(int key) {

@@ -7,11 +7,19 @@ namespace nbx {
 
 void ScalarFluidChannel::resize(const Vec3i& delta) {
   solid_.reset();
-  if (!field_.empty()) field_.resize_offset(delta, domain_.center_dims(), 0);
-  if (!burned_.empty()) burned_.resize_offset(delta, domain_.center_dims(), 0);
+  const auto move = [&](MField& field, bool zero) {
+    if (field.empty()) return;
+    if (!zero) return field.resize_offset(delta, domain_.center_dims(), 0);
+    field.resize(domain_.center_dims());
+    field.zero();
+  };
+  move(field_, held_.none());
+  move(burned_, !burning_);
+  if (!held_.none()) held_.forget();
 }
 
 void ScalarFluidChannel::begin_step() {
+  held_.forget();  // whoever has the field may have written to it
   if (!simulated() || !field_.empty()) return;
   field_.resize(thread_location(), domain_.center_dims());
   field_.zero();
@@ -19,7 +27,7 @@ void ScalarFluidChannel::begin_step() {
 
 // Content is what lies above the threshold, with one cell around it.
 void ScalarFluidChannel::content_box(IntBox& box) {
-  if (!simulated() || field_.empty()) return;
+  if (!simulated() || field_.empty() || held_.none()) return;
   const IntBox local = m_min_bbox(field_, params().box_threshold);
   if (local.empty()) return;
   box = domain_.in_domain({local.lo - Vec3i(1, 1, 1), local.hi + Vec3i(1, 1, 1)});
@@ -33,6 +41,7 @@ void ScalarFluidChannel::set_solids(const Solids& solids) {
 void ScalarFluidChannel::clear() {
   field_.release();
   burned_.release();
+  held_.forget();
   filter_.release();
   solid_.reset();
 }
@@ -57,6 +66,8 @@ void ScalarFluidChannel::store(SimFrame& frame, const std::set<int>& channels,
 
 void ScalarFluidChannel::load(SimFrame& frame) {
   burned_.release();
+  burning_ = true;
+  held_.forget();
   if (!simulated()) return;
   const auto take = [&](MField& field, int type) {
     if (!frame.grids.contains(type)) return;

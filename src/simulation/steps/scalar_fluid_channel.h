@@ -6,6 +6,7 @@
 // holds it in between.
 #pragma once
 
+#include "math/occupancy.h"
 #include "simulation/fluid/diffusion_filter.h"
 #include "simulation/fluid_system.h"
 
@@ -43,7 +44,7 @@ class ScalarFluidChannel : public SimSystem,
   /// Expansion of what burned.
   bool add_divergence(MField& target, double dt) override;
   /// Gives channel `key` its share of what burned.
-  void combustion(MField& target, int key) override;
+  bool combustion(MField& target, int key) override;
 
   int key() const { return key_; }
   /// What burns in the next substep; empty if nothing does.
@@ -53,6 +54,7 @@ class ScalarFluidChannel : public SimSystem,
   bool simulated() const { return params_.simulated_channels.contains(key_); }
   const ChannelParams& params() const { return params_.channel_params.at(key_); }
   double decay_of_step() const;
+  void decay(FieldSource& fields);
   MField* driver_field(FieldSource& fields, MField& blurred) const;
   void burn(FieldSource& fields);
   void diffuse();
@@ -60,7 +62,9 @@ class ScalarFluidChannel : public SimSystem,
 
   const int key_;
   MField field_;
+  Occupancy held_;  // parts of the field; forgotten whenever the field may get more
   MField burned_;
+  bool burning_ = true;  // else `burned_` is 0
   DiffusionFilter filter_;
   std::shared_ptr<MField> solid_;
 };
