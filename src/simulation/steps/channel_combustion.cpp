@@ -57,7 +57,7 @@ void ScalarFluidChannel::decay_and_advect(FluidSystem& fluid, FieldSource& field
       m_scal(field_, 1 - a, field_);
     }
   }
-  fluid.advect_field(field_);
+  fluid.advect_field(field_, p.conserve);
 }
 
 void ScalarFluidChannel::finish_step(CombustionSource& combustion, FieldSource& fields,
