@@ -82,7 +82,8 @@ Totals measure(const Field<float>& f) {
     Totals plane;
     for (int j = 1; j < f.ny() - 1; ++j) {
       room.measure(f, j, k);
-      plane += {sum_row(&f(1, j, k), n), sum_row(room.up.data(), n), sum_row(room.down.data(), n)};
+      plane +=
+          Totals{sum_row(&f(1, j, k), n), sum_row(room.up.data(), n), sum_row(room.down.data(), n)};
     }
     return plane;
   });
@@ -204,6 +205,20 @@ void advect_conserving(MField& field, AdvectionParams& params) {
   advect(moved, field, params);
   try_gpu(no_kernel, [&] {
     correct_total(field.overwrite_cpu(moved.dims()), moved.write_cpu(), std::max(total, 0.0));
+  });
+}
+
+void displace_by_solids(MField& field, MField& own, MField& phi) {
+  m_set_channel_inside_solid(phi, field, false, 0);
+  try_gpu(no_kernel, [&] {
+    Field<float>& gas = own.write_cpu();
+    double displaced = total_inside(gas);
+    set_channel_inside_solid(phi.read_cpu(), gas, false, 0);
+    displaced -= total_inside(gas);
+    if (displaced == 0) return;
+    Field<float>& outside = field.write_cpu();
+    correct_total(gas, outside, total_inside(outside) + displaced);
+    field.swap(own);
   });
 }
 

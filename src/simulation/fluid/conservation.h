@@ -55,4 +55,8 @@ void correct_total(Field<float>& dst, Field<float>& moved, double total);
 /// field = its transport by `advect`, with its total kept but for the outflow.
 void advect_conserving(MField& field, AdvectionParams& params);
 
+/// Empties the cells of `field` inside of solids, where `phi` <= 0. What `own` has there, the gas
+/// without the sources of this step, returns to the gas outside. `own` is used up.
+void displace_by_solids(MField& field, MField& own, MField& phi);
+
 }  // namespace nbx

@@ -65,6 +65,7 @@ void ScalarFluidChannel::finish_step(CombustionSource& combustion, FieldSource& 
   if (!simulated()) return;
   combustion.combustion(field_, key_);
   if (clock_.dt > 0 && params().diffusion > 0) diffuse();
+  if (params().conserve) own_.assign(field_);
   m_asxpy(domain_.origin(), field_, 1, sources);
   sources.clear();
   m_max_a_x(field_, 0, field_);
@@ -133,6 +134,7 @@ void ScalarFluidChannel::after_sources() {
 }
 
 void ScalarFluidChannel::end_step() {
+  own_.release();
   if (!blurs_driver()) burned_.release();
 }
 

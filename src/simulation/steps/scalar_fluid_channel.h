@@ -61,6 +61,7 @@ class ScalarFluidChannel : public SimSystem,
   const int key_;
   MField field_;
   MField burned_;
+  MField own_;  // the field without the sources of the step, until solids come, if it's conserved
   DiffusionFilter filter_;
   std::shared_ptr<MField> solid_;
 };
