@@ -9,6 +9,7 @@
 #include "math/mfield_operations.h"
 #include "simulation/fluid/cpu_advection.h"
 #include "simulation/fluid/velocity_reach.h"
+#include "simulation/fluid_tools3d.h"
 #include "simulation/mac.h"
 #include "simulation/plain_advection.h"
 #include "support/support.h"
@@ -120,6 +121,28 @@ TEST(Advection, BoundaryOfTheLookup) {
       EXPECT_EQ(g(4, 1, 4), lookup == Lookup::kSouth ? 0.0f : 2.0f);
       EXPECT_EQ(g(4, 4, 1), lookup == Lookup::kLow ? 0.0f : 2.0f);
       EXPECT_EQ(g(0, 4, 4), scalar || lookup == Lookup::kWest ? 0.0f : 2.0f);
+    }
+  }
+}
+
+// Gas that fills a closed box stays as it is, however it moves. Through an open
+// face empty air comes in.
+TEST(Advection, WallsAreNoEmptyAir) {
+  const Vec3i n(9, 10, 8);
+  for (const bool cubic : {false, true}) {
+    Flow flow(n, Vec3f());
+    flow.params.cubic = cubic;
+    flow.domain.domain_box = flow.domain.active_box = {Vec3i(0, 0, 0), n - Vec3i(3, 3, 3)};
+    for (int a = 0; a < 3; ++a)
+      test::fill_random(flow.velocity[a].overwrite_cpu(), 5 + static_cast<unsigned>(a), -2, 2);
+    for (int open = 0; open < 7; ++open) {
+      for (int face = 0; face < 6; ++face) flow.domain.face_closed[face] = face != open;
+      MField src(kCpu, n), dst;
+      set(src.overwrite_cpu(), 1);
+      set_border(src.write_cpu(), 0);
+      advect(dst, src, flow.params);
+      const bool closed = open == 6;
+      EXPECT_EQ(sum(dst.read_cpu()) == 7 * 8 * 6, closed) << open;
     }
   }
 }

@@ -2,7 +2,7 @@
 
 #include <cassert>
 
-#include "simulation/fluid/conservation.h"
+#include "simulation/fluid/channel_walls.h"
 #include "simulation/fluid/cpu_advection.h"
 #include "simulation/fluid_tools3d.h"
 #include "util/cuda_use_flags.h"

@@ -1,13 +1,13 @@
 // What keeps the total of a channel in a semi-Lagrangian step. Such a step moves values, not
-// amounts: its sum over the grid drifts. A transport that conserves does three things more:
+// amounts, so the sum over the grid drifts. A transport that conserves does three things more:
 //
 //  - It knows what may leave: the gas that the velocity carries through open faces.
 //  - It thins gas where the flow expands and thickens it where the flow contracts, as the
-//    conservative form of the transport equation has it.
+//    conservative form of the transport equation does.
 //  - It corrects the rest of the defect afterwards, where the field varies and within the values
-//    around each cell, in the manner of Priestley, A Quasi-Conservative Version of the
-//    Semi-Lagrangian Advection Scheme, 1993, and Bermejo and Conde, A Conservative Quasi-Monotone
-//    Semi-Lagrangian Scheme, 2002.
+//    around each cell. Priestley, A Quasi-Conservative Version of the Semi-Lagrangian Advection
+//    Scheme, 1993, and Bermejo and Conde, A Conservative Quasi-Monotone Semi-Lagrangian Scheme,
+//    2002, correct in this manner; they weight by the difference of two interpolations.
 //
 // All sums have the same bits for any number of threads. Ghost cells don't count.
 #pragma once
@@ -17,30 +17,19 @@
 
 namespace nbx {
 
-/// The faces of the active box that no gas crosses, x-, x+, y-, y+, z-, z+. With wind there are
-/// none.
-std::array<bool, 6> channel_walls(const Domain& domain);
-
-/// Ghost cells beyond a wall take the value of the cell inside, so that samples beside the wall
-/// see gas there and no empty air. Other ghost cells keep their value.
-void extend_to_walls(Field<float>& channel, const Domain& domain);
-
-/// The velocity of a transport, in voxels: components on faces, times `step` = dt / dx.
+/// The velocity of a transport: components on faces, and what turns them into voxels, dt / dx.
 struct Sweep {
   const Field<float>&U, &V, &W;
   double step;
 };
 
-/// The sum over the cells, ghost cells excluded.
-double total_inside(const Field<float>& channel);
-
 /// The amount that leaves through the faces that are no walls: the gas in the column that each face
 /// of a boundary cell sweeps.
-double outflow(const Field<float>& channel, const Sweep& sweep, const std::array<bool, 6>& walls);
+double outflow(const Field<float>& channel, const Sweep& sweep, const Domain& domain);
 
-/// Divides by the relative volume of each cell after the step, 1 + d with the divergence d. Where
-/// gas contracts, multiplies by 1 - d, so that no value is too large.
-void thin_by_expansion(Field<float>& channel, const Sweep& sweep);
+/// Divides by the volume that a cell of gas takes after the step, 1 + d with the divergence d.
+/// Where gas contracts, it multiplies by 1 - d, which stays finite. Returns the total before.
+double thin_by_expansion(Field<float>& channel, const Sweep& sweep);
 
 /// dst = moved, corrected so that its total becomes `total`:
 ///
@@ -48,8 +37,8 @@ void thin_by_expansion(Field<float>& channel, const Sweep& sweep);
 ///
 /// with one a in [0, 1] for all cells, and the extremes over the cell and its six neighbors. So no
 /// cell leaves the range around it, none turns negative, and empty air stays empty. Where a = 1
-/// isn't enough, a part of the defect stays. Writes ghost cells: those of `moved` are copies, those
-/// of `dst` are 0.
+/// isn't enough, a part of the defect stays. Writes ghost cells: those of `moved` become copies,
+/// those of `dst` 0.
 void correct_total(Field<float>& dst, Field<float>& moved, double total);
 
 /// field = its transport by `advect`, with its total kept but for the outflow.
