@@ -85,6 +85,7 @@ double thin_by_expansion(Field<float>& channel, const Sweep& sweep) {
   return sum_rows(channel.dims(), [&](int j, int k, float*) {
     float* const row = &channel(1, j, k);
     const double before = kernels.sum(row, n);
+    if (before == 0) return before;  // empty air
     kernels.thin(row, &U(1, j, k), &V(1, j, k), &V(1, j + 1, k), &W(1, j, k), &W(1, j, k + 1), step,
                  n);
     return before;
