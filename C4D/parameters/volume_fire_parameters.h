@@ -24,6 +24,10 @@ struct FuelParameters : TemperatureParameters {
   Real DIFFUSION_FUEL = real(1206, "DIFFUSION_FUEL", 0, 0, kUnbounded, kDiffusionUnit,
                              "How fast fuel spreads through still gas")
                             .enabled_if(has_fuel);
+  Flag CONSERVE_FUEL = flag(1432, "CONSERVE_FUEL", false,
+                            "Keep the total amount of fuel while gas moves: only burning and open "
+                            "faces take fuel away, and fuel that expands gets thinner")
+                           .enabled_if(has_fuel);
   Choice<VolumeChannel> FUEL_DRIVER =
       channel(1369, "FUEL_DRIVER", OVOLUME_CHANNEL_NONE,
               "Channel that limits how much fuel burns, by fuel_curve; with none, or a channel "
@@ -74,6 +78,10 @@ struct BurnParameters : FuelParameters {
   Real DIFFUSION_BURN = real(1244, "DIFFUSION_BURN", 0, 0, kUnbounded, kDiffusionUnit,
                              "How fast burn spreads through still gas and blurs")
                             .enabled_if(has_burn);
+  Flag CONSERVE_BURN =
+      flag(1433, "CONSERVE_BURN", false,
+           "Keep the total amount of burn while gas moves: flames that expand get fainter")
+          .enabled_if(has_burn);
 };
 
 }  // namespace nbx

@@ -27,6 +27,11 @@ struct DensityParameters : TimeParameters {
   Real DIFFUSION_DENSITY = real(1132, "DIFFUSION_DENSITY", 0, 0, kUnbounded, kDiffusionUnit,
                                 "How fast density spreads through still gas and blurs")
                                .enabled_if(has_density);
+  Flag CONSERVE_DENSITY =
+      flag(1430, "CONSERVE_DENSITY", false,
+           "Keep the total amount of density while gas moves: smoke in a closed room neither fades "
+           "nor grows by itself, and smoke that expands gets thinner. A little slower")
+          .enabled_if(has_density);
 };
 
 struct TemperatureParameters : DensityParameters {
@@ -52,6 +57,10 @@ struct TemperatureParameters : DensityParameters {
   Real DIFFUSION_TEMPERATURE = real(1012, "DIFFUSION_TEMPERATURE", 0, 0, kUnbounded, kDiffusionUnit,
                                     "How fast temperature spreads through still gas and blurs")
                                    .enabled_if(has_temperature);
+  Flag CONSERVE_TEMPERATURE =
+      flag(1431, "CONSERVE_TEMPERATURE", false,
+           "Keep the total amount of temperature while gas moves: gas that expands cools")
+          .enabled_if(has_temperature);
 };
 
 }  // namespace nbx

@@ -73,23 +73,28 @@ void read_channel_sets(SolverParams& params, FrameSink& sink, const ParameterRea
 }
 
 void read_channel_params(SolverParams& params, const ParameterReader& p) {
-  const auto common = [&](int key, const Amount& diffusion, const Amount& threshold) {
+  const auto common = [&](int key, const Amount& diffusion, const Amount& threshold,
+                          const Parameter<bool>& conserve) {
     ChannelParams channel = default_channel_params(key);
+    channel.conserve = p(conserve);
     channel.diffusion = at_least_0(p, diffusion) * kDiffusionUnit;
     channel.box_threshold = p(threshold);
     return channel;
   };
   ChannelParams temperature =
-      common(kTemperature, OVOLUME.DIFFUSION_TEMPERATURE, OVOLUME.BOX_THRESHOLD_TEMPERATURE);
+      common(kTemperature, OVOLUME.DIFFUSION_TEMPERATURE, OVOLUME.BOX_THRESHOLD_TEMPERATURE,
+             OVOLUME.CONSERVE_TEMPERATURE);
   read_smoke(temperature, p, OVOLUME.BUOYANCY_TEMPERATURE, OVOLUME.DIRECTION_TEMPERATURE,
              OVOLUME.DECAY_TEMPERATURE, params.unit_scale);
-  ChannelParams density =
-      common(kDensity, OVOLUME.DIFFUSION_DENSITY, OVOLUME.BOX_THRESHOLD_DENSITY);
+  ChannelParams density = common(kDensity, OVOLUME.DIFFUSION_DENSITY, OVOLUME.BOX_THRESHOLD_DENSITY,
+                                 OVOLUME.CONSERVE_DENSITY);
   read_smoke(density, p, OVOLUME.BUOYANCY_DENSITY, OVOLUME.DIRECTION_DENSITY, OVOLUME.DECAY_DENSITY,
              params.unit_scale);
-  ChannelParams fuel = common(kFuel, OVOLUME.DIFFUSION_FUEL, OVOLUME.BOX_THRESHOLD_FUEL);
+  ChannelParams fuel =
+      common(kFuel, OVOLUME.DIFFUSION_FUEL, OVOLUME.BOX_THRESHOLD_FUEL, OVOLUME.CONSERVE_FUEL);
   read_fuel(fuel, p, params.unit_scale);
-  ChannelParams burn = common(kBurn, OVOLUME.DIFFUSION_BURN, OVOLUME.BOX_THRESHOLD_BURN);
+  ChannelParams burn =
+      common(kBurn, OVOLUME.DIFFUSION_BURN, OVOLUME.BOX_THRESHOLD_BURN, OVOLUME.CONSERVE_BURN);
   read_burn(burn, p);
   for (ChannelParams* channel : {&temperature, &density, &fuel, &burn})
     params.channel_params[channel->key] = std::move(*channel);

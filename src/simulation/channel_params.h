@@ -30,6 +30,7 @@ struct ChannelParams {
   double buoyancy = 0;   // acceleration per unit of this channel; 0 = none
   double box_threshold = 0.001;             // value that counts as content for the active box
   double driver_blur = 0;                   // radius in simulation units
+  bool conserve = false;                    // transport keeps the total
   Vec3d direction;                          // of buoyancy, in grid space
   std::map<int, CombustionOutput> outputs;  // by the target's ChannelKey
 };

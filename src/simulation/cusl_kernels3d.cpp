@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "math/mfield_operations.h"
+#include "simulation/fluid/conservation.h"
 #include "simulation/fluid/velocity_reach.h"
 #include "util/cuda_use_flags.h"
 #include "util/log.h"
@@ -53,8 +54,12 @@ void CuslKernels3D::clear() {
   for (MField& trace : traces_) trace.release();
 }
 
-void CuslKernels3D::advect_field(MField& field) {
+void CuslKernels3D::advect_field(MField& field, bool conserve) {
   if (zero_velocity_) return;
+  if (conserve) {
+    advect_conserving(field, channel_params_);
+    return;
+  }
   MField moved(thread_location(), field.dims());
   advect(moved, field, channel_params_);
   field.swap(moved);

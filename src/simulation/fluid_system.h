@@ -13,8 +13,8 @@ class FluidSystem : public SimSystem, public FrameStorable {
  public:
   using SimSystem::SimSystem;
 
-  /// Moves a channel's field along the current velocity.
-  virtual void advect_field(MField& field) = 0;
+  /// Moves a channel's field along the current velocity. `conserve` keeps its total.
+  virtual void advect_field(MField& field, bool conserve) = 0;
   /// Moves the velocity along itself.
   virtual void advect_velocity() = 0;
   /// Applies forces and projects.

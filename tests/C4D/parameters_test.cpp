@@ -57,7 +57,7 @@ void add_channel(Record& r, const SolverParams& s, const FrameSink& sink, int ke
   r["cache_" + name] = sink.cached_channels.contains(key);
   r["box_threshold_" + name] = c.box_threshold, r["diffusion_" + name] = c.diffusion;
   r["buoyancy_" + name] = c.buoyancy, r["direction_" + name] = number(c.direction);
-  r["decay_mode_" + name] = static_cast<int>(c.decay_mode);
+  r["decay_mode_" + name] = static_cast<int>(c.decay_mode), r["conserve_" + name] = c.conserve;
   r[(key == kBurn && c.decay_mode == DecayMode::kLinear ? "decay_linear_" : "decay_") + name] =
       c.decay;
   if (key != kFuel) return;

@@ -2,6 +2,7 @@
 
 #include <cassert>
 
+#include "simulation/fluid/channel_walls.h"
 #include "simulation/fluid/cpu_advection.h"
 #include "simulation/fluid_tools3d.h"
 #include "util/cuda_use_flags.h"
@@ -27,12 +28,20 @@ void refresh(const std::array<MField*, 3>& cache, bool& stale, bool forward,
   stale = false;
 }
 
+// Beside a wall, channels are sampled between the cell at the wall and its ghost.
+void extend_channel_to_walls(MField& field, const AdvectionParams& params) {
+  if (params.lookup != Lookup::kCenter || !params.domain) return;
+  try_gpu(no_kernel, [&] { extend_to_walls(field.write_cpu(), *params.domain); });
+}
+
 }  // namespace
 
 void advect(MField& dst, MField& src, AdvectionParams& params) {
   assert(&dst != &src);
   MField hat(thread_location(), src.dims());
+  extend_channel_to_walls(src, params);
   advect_sl(hat, src, params);
+  extend_channel_to_walls(hat, params);
   maccormack(dst, src, hat, params);
 }
 

@@ -30,12 +30,14 @@ struct AdvectionParams {
   bool cubic = false;    // cubic sampling, else trilinear
   Tracer tracer = Tracer::kRK2;
   Lookup lookup = Lookup::kCenter;
-  const Domain* domain = nullptr;  // for the boundary of velocity components
+  const Domain* domain = nullptr;  // for the boundary; a scalar without one has no walls
 };
 
 /// The whole step, dst = MacCormack transport of src. `dst` and `src` must differ; `dst` is sized
 /// like `src`. Each stage ends with the boundary of the lookup: the velocity boundary of a
-/// component, 0 around a scalar. Stale caches are computed and their flags cleared.
+/// component, 0 around a scalar. For its samples, the ghost cells of a scalar beyond a wall hold
+/// what is inside: this writes the border of `src`. Stale caches are computed and their flags
+/// cleared.
 void advect(MField& dst, MField& src, AdvectionParams& params);
 
 /// The plain semi-Lagrangian step.

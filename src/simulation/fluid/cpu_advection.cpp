@@ -5,7 +5,7 @@
 
 #include "math/field_checks.h"
 #include "simulation/fluid/advection_kernels.h"
-#include "simulation/fluid/occupancy.h"
+#include "simulation/fluid/gas_marks.h"
 #include "simulation/fluid_tools3d.h"
 #include "util/exception.h"
 #include "util/isa.h"
@@ -96,12 +96,12 @@ class Positions {
 class Skipped {
  public:
   Skipped(const AdvectionParams& params, const Field<float>& sampled) {
-    if (params.lookup == Lookup::kCenter && !seems_full(sampled)) occupancy_.emplace(sampled);
+    if (params.lookup == Lookup::kCenter && !seems_full(sampled)) marks_.emplace(sampled);
   }
-  NearMarks near() const { return occupancy_ ? occupancy_->near() : NearMarks{}; }
+  NearMarks near() const { return marks_ ? marks_->near() : NearMarks{}; }
 
  private:
-  std::optional<Occupancy> occupancy_;
+  std::optional<GasMarks> marks_;
 };
 
 }  // namespace

@@ -46,7 +46,7 @@ void ScalarFluidChannel::decay_and_advect(FluidSystem& fluid, FieldSource& field
   m_measure(held_, field_);
   if (held_.none()) return;
   if (decays && !burned) decay(fields);
-  fluid.advect_field(field_);
+  fluid.advect_field(field_, params().conserve);
 }
 
 void ScalarFluidChannel::decay(FieldSource& fields) {
@@ -70,6 +70,7 @@ void ScalarFluidChannel::finish_step(CombustionSource& combustion, FieldSource& 
   const bool fed = combustion.combustion(field_, key_);
   if (fed || !held_.none() || !sources.empty() || clock_.dt == 0) {
     if (clock_.dt > 0 && params().diffusion > 0) diffuse();
+    if (params().conserve) own_.assign(field_);
     m_asxpy(domain_.origin(), field_, 1, sources);
     sources.clear();
     m_measure_positive(held_, field_);
@@ -139,6 +140,7 @@ void ScalarFluidChannel::after_sources() {
 }
 
 void ScalarFluidChannel::end_step() {
+  own_.release();
   if (!blurs_driver()) burned_.release();
 }
 

@@ -1,6 +1,7 @@
 #include "simulation/steps/scalar_fluid_channel.h"
 
 #include "math/mfield_operations.h"
+#include "simulation/fluid/conservation.h"
 #include "simulation/fluid_tools3d.h"
 
 namespace nbx {
@@ -16,6 +17,7 @@ void ScalarFluidChannel::resize(const Vec3i& delta) {
   move(field_, held_.none());
   move(burned_, !burning_);
   if (!held_.none()) held_.forget();
+  if (!own_.empty()) own_.resize_offset(delta, domain_.center_dims(), 0);
 }
 
 void ScalarFluidChannel::begin_step() {
@@ -35,13 +37,20 @@ void ScalarFluidChannel::content_box(IntBox& box) {
 
 void ScalarFluidChannel::set_solids(const Solids& solids) {
   solid_ = solids.phi;
-  if (solid_ && !field_.empty()) m_set_channel_inside_solid(*solid_, field_, false, 0);
+  if (solid_ && !field_.empty()) {
+    if (own_.empty())
+      m_set_channel_inside_solid(*solid_, field_, false, 0);
+    else
+      displace_by_solids(field_, own_, *solid_);
+  }
+  own_.release();
 }
 
 void ScalarFluidChannel::clear() {
   field_.release();
   burned_.release();
   held_.forget();
+  own_.release();
   filter_.release();
   solid_.reset();
 }

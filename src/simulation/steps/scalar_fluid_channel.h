@@ -65,6 +65,7 @@ class ScalarFluidChannel : public SimSystem,
   Occupancy held_;  // parts of the field; forgotten whenever the field may get more
   MField burned_;
   bool burning_ = true;  // else `burned_` is 0
+  MField own_;  // the field without the sources of the step, until solids come, if it's conserved
   DiffusionFilter filter_;
   std::shared_ptr<MField> solid_;
 };

@@ -1,4 +1,4 @@
-#include "simulation/fluid/occupancy.h"
+#include "simulation/fluid/gas_marks.h"
 
 #include <algorithm>
 
@@ -28,7 +28,7 @@ bool seems_full(const Field<float>& f) {
   return seen > 0 && !worth_marks(special, seen);
 }
 
-Occupancy::Occupancy(const Field<float>& f)
+GasMarks::GasMarks(const Field<float>& f)
     : segments_((f.nx() + NearMarks::kSegment - 1) / NearMarks::kSegment), ny_(f.ny()) {
   const int nz = f.nz();
   of_.resize(std::size_t{1} * segments_ * ny_ * nz);
@@ -45,7 +45,7 @@ Occupancy::Occupancy(const Field<float>& f)
 }
 
 // Axis by axis: each mark joins those from `back` before it to `ahead` after it.
-void Occupancy::sum_up(int nz) {
+void GasMarks::sum_up(int nz) {
   const std::ptrdiff_t plane = std::ptrdiff_t{segments_} * ny_;
   near_ = of_;
   std::vector<std::uint8_t> before(near_.size());

@@ -16,9 +16,9 @@ bool seems_full(const Field<float>& f);
 
 /// The marks of each segment of 16 cells of a row; the last one of a row may be shorter. -0 and NaN
 /// count as values: what isn't marked is +0, bit by bit.
-class Occupancy {
+class GasMarks {
  public:
-  explicit Occupancy(const Field<float>& f);
+  explicit GasMarks(const Field<float>& f);
 
   /// Segments in a row.
   int segments() const { return segments_; }
