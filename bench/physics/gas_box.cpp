@@ -31,7 +31,7 @@ void GasBox::set_velocity(const std::function<Vec3d(const Vec3d&)>& velocity) {
           f(i, j, k) = static_cast<float>(velocity(face(axis, i, j, k))[axis]);
   }
   run.fluid().set_zero_velocity(false);
-  run.pressure().project(run.fluid(), nullptr, *this);
+  project();
 }
 
 void GasBox::set_channel(int key, const std::function<double(const Vec3d&)>& value) {

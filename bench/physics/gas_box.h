@@ -27,6 +27,8 @@ class GasBox : private SceneEvaluator, private SolverProgress {
   /// The place of sample (i, j, k) of a component of the velocity.
   Vec3d face(int axis, int i, int j, int k) const;
 
+  /// Makes the velocity free of divergence.
+  void project() { run.pressure().project(run.fluid(), nullptr, *this); }
   /// Sets the velocity, in m/s, by its value at each face, and makes it free of divergence.
   void set_velocity(const std::function<Vec3d(const Vec3d&)>& velocity);
   void set_channel(int key, const std::function<double(const Vec3d&)>& value);

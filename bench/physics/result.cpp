@@ -18,6 +18,16 @@ Line fit_line(const std::vector<double>& x, const std::vector<double>& y) {
   return {slope, (sy - slope * sx) / n};
 }
 
+double median(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+double largest(const std::vector<double>& values) {
+  return *std::max_element(values.begin(), values.end());
+}
+
 double fit_exponent(const std::vector<double>& x, const std::vector<double>& y) {
   const auto logs = [](std::vector<double> v) {
     std::transform(v.begin(), v.end(), v.begin(), [](double a) { return std::log(a); });

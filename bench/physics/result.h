@@ -32,6 +32,9 @@ struct Line {
 };
 Line fit_line(const std::vector<double>& x, const std::vector<double>& y);
 
+double median(std::vector<double> values);
+double largest(const std::vector<double>& values);
+
 /// The exponent of y ~ x^p, by a line through the logarithms.
 double fit_exponent(const std::vector<double>& x, const std::vector<double>& y);
 

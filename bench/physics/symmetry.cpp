@@ -84,9 +84,12 @@ void MirrorBox::fill() {
   const Vec3i n = setup_.cells;
   if (setup_.scene == MirrorScene::kVortices) {
     const Vec3d k = Vec3d(1.0 / n[0], 1.0 / n[1], 1.0 / n[2]) * (2 * std::numbers::pi / box.dx());
-    box.set_velocity([k](const Vec3d& x) {
+    const auto odd = [](double a) { return std::sin(a) + 0.4 * std::sin(2 * a); };
+    const auto even = [](double a) { return std::cos(a) + 0.3 * std::cos(2 * a); };
+    box.set_velocity([=](const Vec3d& x) {
       const double X = k[0] * x[0], Y = k[1] * x[1], Z = k[2] * x[2];
-      return Vec3d(std::sin(X) * std::cos(Y), -std::cos(X) * std::sin(Y), 0) * std::cos(Z);
+      return Vec3d(odd(X) * even(Y) * even(Z), -2 * even(X) * odd(Y) * even(Z),
+                   even(X) * even(Y) * odd(Z));
     });
     box.set_channel(kDensity, [k](const Vec3d& x) { return std::pow(std::cos(k[0] * x[0]), 2); });
     return;
@@ -100,74 +103,129 @@ void MirrorBox::fill() {
   box.step(0.05);
 }
 
-// Removes the rounding of the start.
 void MirrorBox::symmetrize() {
-  for (int axis = 0; axis < 3; ++axis) {
-    if (!symmetric_across(setup_.scene, axis)) continue;
-    for (int component = 0; component < 3; ++component) {
-      const float sign = component == axis ? -1.0f : 1.0f;
-      with_images(box.run.fluid().component(component).write_cpu(), Mirror{axis},
-                  [sign](float& value, float& image) {
-                    value = (value + sign * image) / 2;
-                    image = sign * value;
-                  });
-    }
-  }
-}
-
-double MirrorBox::asymmetry() {
-  double difference = 0, largest = 0, worst = 0;
-  const auto compare = [&](const Field<float>& f, int axis, float sign) {
-    with_images(f, Mirror{axis}, [&](float value, float image) {
-      difference = std::max<double>(difference, std::abs(value - sign * image));
-      largest = std::max<double>(largest, std::abs(value));
+  const auto equal = [](Field<float>& f, int axis, float sign) {
+    with_images(f, Mirror{axis}, [sign](float& value, float& image) {
+      value = (value + sign * image) / 2;
+      image = sign * value;
     });
   };
   for (int axis = 0; axis < 3; ++axis) {
     if (!symmetric_across(setup_.scene, axis)) continue;
-    difference = largest = 0;
     for (int component = 0; component < 3; ++component)
-      compare(box.velocity(component), axis, component == axis ? -1.0f : 1.0f);
-    worst = std::max(worst, difference / largest);
-    difference = largest = 0;
-    compare(box.channel(kDensity), axis, 1);
-    worst = std::max(worst, difference / largest);
+      equal(box.run.fluid().component(component).write_cpu(), axis,
+            component == axis ? -1.0f : 1.0f);
+    for (int key : {kDensity, kTemperature})
+      equal(box.run.channel_field(key)->write_cpu(), axis, 1);
+  }
+}
+
+double MirrorBox::transport() {
+  symmetrize();
+  box.run.fluid().advect_velocity();
+  return asymmetry();
+}
+
+double MirrorBox::projection() {
+  symmetrize();
+  box.project();
+  return asymmetry();
+}
+
+namespace {
+
+// The largest difference between a field and its image across `axis`, over the largest value.
+double field_asymmetry(std::initializer_list<const Field<float>*> fields, int axis) {
+  double difference = 0, largest = 0;
+  int component = 0;
+  for (const Field<float>* f : fields) {
+    const float sign = fields.size() > 1 && component++ == axis ? -1.0f : 1.0f;
+    with_images(*f, Mirror{axis}, [&](float value, float image) {
+      difference = std::max<double>(difference, std::abs(value - sign * image));
+      largest = std::max<double>(largest, std::abs(value));
+    });
+  }
+  return difference / largest;
+}
+
+}  // namespace
+
+double MirrorBox::asymmetry() {
+  double worst = 0;
+  for (int axis = 0; axis < 3; ++axis) {
+    if (!symmetric_across(setup_.scene, axis)) continue;
+    const auto u = [&](int component) { return &box.velocity(component); };
+    worst = std::max({worst, field_asymmetry({u(0), u(1), u(2)}, axis),
+                      field_asymmetry({&box.channel(kDensity)}, axis)});
   }
   return worst;
 }
 
-// Columns: steps, then the asymmetry of each setup.
-Result symmetry(Effort effort) {
-  struct Case {
-    const char* name;
-    MirrorSetup setup;
-  };
+namespace {
+
+// What steps add to the asymmetry if the gas is made symmetric before each of them.
+struct Added {
+  std::vector<double> step, transport, projection;
+};
+
+Added added_by_steps(const MirrorSetup& setup, int steps) {
+  MirrorBox mirror(setup);
+  Added added;
+  for (int i = 0; i < steps; ++i) {
+    mirror.symmetrize();
+    mirror.step();
+    added.step.push_back(mirror.asymmetry());
+    added.transport.push_back(mirror.transport());
+    added.projection.push_back(mirror.projection());
+  }
+  return added;
+}
+
+struct NamedSetup {
+  const char* name;
+  MirrorSetup setup;
+};
+
+std::vector<NamedSetup> setups() {
   using enum MirrorScene;
-  const Case cases[] = {
+  return {
       {"vortices", {kVortices}},
       {"vortices, odd sizes", {kVortices, {21, 19, 17}}},
       {"vortices, ball", {kVortices, {21, 21, 21}, true}},
       {"vortices, cubic", {.scene = kVortices, .interp_points = 4}},
-      {"vortices, confinement", {.scene = kVortices, .vorticity = 5}},
-      {"vortices, own tolerance", {.scene = kVortices, .tolerance = 0.01, .cycles = 10}},
+      {"vortices, confinement", {.scene = kVortices, .vorticity = 1}},
+      {"vortices, 0.01 in 10 cycles", {.scene = kVortices, .tolerance = 0.01, .cycles = 10}},
       {"burst", {kBurst}},
-      {"burst, own tolerance", {.scene = kBurst, .tolerance = 0.01, .cycles = 10}},
+      {"burst, 0.01 in 10 cycles", {.scene = kBurst, .tolerance = 0.01, .cycles = 10}},
       {"plume", {kPlume, {20, 21, 19}}},
       {"plume, ball", {kPlume, {20, 21, 19}, true}},
-      {"plume, own tolerance", {.scene = kPlume, .tolerance = 0.01, .cycles = 10}},
+      {"plume, 0.01 in 10 cycles", {.scene = kPlume, .tolerance = 0.01, .cycles = 10}},
   };
+}
+
+}  // namespace
+
+// The curves are the asymmetry over the steps, one for each setup.
+Result symmetry(Effort effort) {
   const int steps = effort == Effort::kFull ? 100 : 20;
   Result result;
   result.columns = {"step"};
-  for (int step = 0; step <= steps; step += 10) result.rows.push_back({1.0 * step});
-  for (const Case& c : cases) {
+  for (int step = 0; step <= steps; step += 5) result.rows.push_back({1.0 * step});
+  for (const NamedSetup& c : setups()) {
     MirrorBox mirror(c.setup);
     result.columns.emplace_back(c.name);
     for (int step = 0; step <= steps; ++step) {
       if (step > 0) mirror.step();
-      if (step % 10 == 0) result.rows[step / 10].push_back(mirror.asymmetry());
+      if (step % 5 == 0) result.rows[step / 5].push_back(mirror.asymmetry());
     }
-    result.figures.push_back({c.name, result.rows.back().back(), 0});
+    const Added added = added_by_steps(c.setup, steps / 2);
+    const std::string name = c.name;
+    result.figures.push_back(
+        {name + ": after " + std::to_string(steps) + " steps", result.rows.back().back()});
+    result.figures.push_back({name + ": a step adds, median", median(added.step)});
+    result.figures.push_back({name + ": a step adds, worst", largest(added.step)});
+    result.figures.push_back({name + ": transport adds, median", median(added.transport)});
+    result.figures.push_back({name + ": projection adds, median", median(added.projection)});
   }
   return result;
 }

@@ -18,7 +18,7 @@ struct MirrorSetup {
   int interp_points = 3;    // 3 = trilinear, 4 = cubic sampling
   double vorticity = 0;     // confinement
   double tolerance = 1e-5;  // of the pressure
-  int cycles = 40;         // of the pressure at most
+  int cycles = 40;          // of the pressure at most
 };
 
 class MirrorBox {
@@ -31,11 +31,18 @@ class MirrorBox {
   /// largest value. It is the worst of all axes across which the scene is symmetric.
   double asymmetry();
 
+  /// Makes the gas equal to its mirror images: each pair of samples gets their mean.
+  void symmetrize();
+
+  /// The asymmetry of a symmetric gas after transport of its velocity alone, or after projection
+  /// alone. The gas changes.
+  double transport();
+  double projection();
+
   GasBox box;
 
  private:
   void fill();
-  void symmetrize();
 
   MirrorSetup setup_;
 };
