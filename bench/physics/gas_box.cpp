@@ -22,7 +22,7 @@ Vec3d GasBox::face(int axis, int i, int j, int k) const {
   return x;
 }
 
-void GasBox::set_velocity(const std::function<Vec3d(const Vec3d&)>& velocity) {
+void GasBox::set_faces(const std::function<Vec3d(const Vec3d&)>& velocity) {
   for (int axis = 0; axis < 3; ++axis) {
     Field<float>& f = run.fluid().component(axis).write_cpu();
     for (int k = 0; k < f.nz(); ++k)
@@ -31,6 +31,10 @@ void GasBox::set_velocity(const std::function<Vec3d(const Vec3d&)>& velocity) {
           f(i, j, k) = static_cast<float>(velocity(face(axis, i, j, k))[axis]);
   }
   run.fluid().set_zero_velocity(false);
+}
+
+void GasBox::set_velocity(const std::function<Vec3d(const Vec3d&)>& velocity) {
+  set_faces(velocity);
   project();
 }
 

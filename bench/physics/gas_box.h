@@ -27,9 +27,11 @@ class GasBox : private SceneEvaluator, private SolverProgress {
   /// The place of sample (i, j, k) of a component of the velocity.
   Vec3d face(int axis, int i, int j, int k) const;
 
+  /// Sets the velocity, in m/s, by its value at each face, ghosts included.
+  void set_faces(const std::function<Vec3d(const Vec3d&)>& velocity);
   /// Makes the velocity free of divergence.
   void project() { run.pressure().project(run.fluid(), nullptr, *this); }
-  /// Sets the velocity, in m/s, by its value at each face, and makes it free of divergence.
+  /// set_faces and project.
   void set_velocity(const std::function<Vec3d(const Vec3d&)>& velocity);
   void set_channel(int key, const std::function<double(const Vec3d&)>& value);
   /// Channel `key` accelerates the gas along +y, by this much where it is 1.

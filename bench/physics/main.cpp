@@ -18,6 +18,9 @@ struct Case {
 };
 
 constexpr Case kCases[] = {
+    {"taylor_green", taylor_green},
+    {"disc", disc},
+    {"ring", ring},
     {"symmetry", symmetry},
 };
 
