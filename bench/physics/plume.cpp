@@ -26,19 +26,16 @@ struct Air : GasBox {
   void advance() { time == 0 ? step(0.01) : step(std::min(0.05, dx() / max_speed())); }
 };
 
-// The exponent p of z ~ t^p by the speed: dz/dt ~ z^(1 - 1/p). So it needs no origin of time.
+// The exponent p of z ~ t^p between two heights.
 double rise_exponent(const std::vector<double>& times, const std::vector<double>& heights,
                      double origin, double low, double high) {
-  std::vector<double> z, speed;
-  std::size_t last = 0;
+  std::vector<double> t, z;
   for (std::size_t i = 0; i < times.size(); ++i) {
-    if (heights[last] < low) last = i;
-    if (heights[i] > high || heights[i] - heights[last] < 0.08) continue;
-    z.push_back((heights[i] + heights[last]) / 2 - origin);
-    speed.push_back((heights[i] - heights[last]) / (times[i] - times[last]));
-    last = i;
+    if (heights[i] < low || heights[i] > high) continue;
+    t.push_back(times[i]);
+    z.push_back(heights[i] - origin);
   }
-  return 1 / (1 - fit_exponent(z, speed));
+  return fit_exponent(t, z);
 }
 
 struct Cloud {
@@ -111,7 +108,7 @@ Profile mean_profile(const Field<float>& t, const Field<float>& w, const Air& ai
 
 // Curves: time, height, radius, heat.
 Result thermal(Effort effort) {
-  Air air(effort == Effort::kFull ? 64 : 32);
+  Air air(effort == Effort::kFull ? 48 : 32);
   constexpr double kBall = 0.12, kY = 0.2;
   air.set_channel(kTemperature,
                   [](const Vec3d& x) { return length(x - Vec3d(kX, kY, kZ)) < kBall ? 1 : 0; });
@@ -145,8 +142,8 @@ Result thermal(Effort effort) {
 // Curves: height, width, speed and temperature of the mean plume; then time and height of the
 // front.
 Result plume(Effort effort) {
-  Air air(effort == Effort::kFull ? 48 : 32);
-  constexpr double kSource = 0.08;
+  Air air(effort == Effort::kFull ? 40 : 24);
+  constexpr double kSource = 0.06;
   const Weights weights = weights_where(air.cells(), [&](const Vec3i& at) {
     const Vec3d x = air.center(at[0] + 1, at[1] + 1, at[2] + 1);
     return at[1] < 2 && std::hypot(x[0] - kX, x[2] - kZ) < kSource;
@@ -164,7 +161,7 @@ Result plume(Effort effort) {
   Field<float> temperature, speed;
   const double settled = air.time;
   int count = 0;
-  for (; air.time < 2.2 * settled; ++count) {
+  for (; air.time < 2.5 * settled; ++count) {
     air.advance();
     const Field<float>&t = air.channel(kTemperature), &v = air.velocity(1);
     if (count == 0) temperature.copy(t), speed.copy(v);
