@@ -116,7 +116,7 @@ Result ring(Effort effort) {
       const std::string name = std::string(points == 4 ? "cubic" : "linear") + ", core of " +
                                std::to_string(2 * kCore * n).substr(0, 3) + " cells: ";
       result.figures.push_back({name + "speed", motion.speed, motion.theory});
-      result.figures.push_back({name + "core at the end", motion.rows.back()[3], kCore});
+      result.figures.push_back({name + "core at the end, from 0.04", motion.rows.back()[3]});
       result.figures.push_back({name + "circulation at the end", motion.rows.back()[4], 1});
       result.rows = motion.rows;
     }
