@@ -12,8 +12,9 @@ Result symmetry(Effort effort);
 /// A steady vortex that numerical viscosity slows down.
 Result taylor_green(Effort effort);
 struct VortexChange {
-  double energy_lost;  // of 1, after the time 1
-  double change;       // root of the mean square, where the largest speed is 1
+  double energy_lost;          // of 1, after the time 1, in the middle of the box
+  double energy_lost_at_wall;  // in the layer of cells next to a wall
+  double change;               // root of the mean square, where the largest speed is 1
 };
 VortexChange taylor_green_change(int cells, int interp_points, double cfl);
 
