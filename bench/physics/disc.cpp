@@ -47,7 +47,8 @@ DiscState turn_disc(int n, double cfl, int interp_points) {
   box.set_faces([](const Vec3d& x) { return Vec3d(0.5 - x[1], x[0] - 0.5, 0); });
   box.run.clock.dt = kTurn / steps;
   box.run.fluid().prepare_advection();
-  for (int i = 0; i < steps; ++i) box.run.fluid().advect_field(*box.run.channel_field(kDensity));
+  MField& density = *box.run.channel_field(kDensity);
+  for (int i = 0; i < steps; ++i) box.run.fluid().advect_field(density, false);
   DiscState state = compare(before, box.channel(kDensity), n);
   // A midpoint step by the angle z turns a point by atan(z / (1 - z^2 / 2)).
   const double z = kTurn / steps;

@@ -51,7 +51,7 @@ Corners gather_corners(const KernelField& f, const Indices& at) {
   for_rows(out, x, y, z, n, [&](F px, F py, F pz) {
     const I inside = within(px, f.nx) & within(py, f.ny) & within(pz, f.nz);
     const Cell cell = linear_cell(f, px, py, pz);
-    return select(inside, linear(gather_corners(f, cell.at), cell), F{});
+    return select(inside, linear(gather_corners(f, cell.at), cell.tx, cell.ty, cell.tz), F{});
   });
 }
 
