@@ -104,7 +104,10 @@ int RenderRun::RunFrame(std::int32_t frame) {
   if (const int code = OpenFrame(scene, phase); code != kDone) return code;
   bool skip = false;
   if (const int code = HandleMissing(skip); code != kDone || skip) return code;
-  if (scene.bounces > 0) FindGlow(scene);
+  if (scene.bounces > 0) {
+    const SceneBounds bounds = PluginBounds(document_);
+    scene.glow = FindGlow(scene, bounds.low, bounds.high);
+  }
   times.effects = clock.Lap();
 
   session_.SetStatusText("rendering");
@@ -128,22 +131,6 @@ int RenderRun::OpenFrame(RenderScene& scene, OpenPhase& phase) {
     if (const int code = Opened(phase.Open(effect), *effect.node); code != kDone) return code;
   }
   return kDone;
-}
-
-void RenderRun::FindGlow(RenderScene& scene) {
-  const SceneBounds bounds = PluginBounds(document_);
-  RayCounts counts;
-  std::uint64_t seed = 0;
-  scene.glow = GlowGrid(bounds.low, bounds.high, [&](const Vector& from, int axis, double length) {
-    VolumeQuery query(scene, 0, counts);
-    query.ray.origin = from;
-    query.ray.direction = {axis == 0 ? 1.0 : 0.0, axis == 1 ? 1.0 : 0.0, axis == 2 ? 1.0 : 0.0};
-    query.ray.surface_distance = length;
-    query.ray.type = kRayIndirect;
-    query.ray.seed = HashOf(scene.seed, ++seed);
-    query.AskVolumetric();
-    return Mean(query.color);
-  });
 }
 
 int RenderRun::Opened(RenderResult result, const BaseVideoPost& node) {

@@ -38,8 +38,6 @@ class RenderRun {
   int RunFrames();
   int RunFrame(std::int32_t frame);
   int OpenFrame(RenderScene& scene, OpenPhase& phase);
-  /// Finds out where the effects glow, for bounced light.
-  void FindGlow(RenderScene& scene);
   /// Returns kDone, or the exit code if the render must end. Sets `skip` if the frame must be
   /// skipped.
   int HandleMissing(bool& skip);

@@ -1,89 +1,159 @@
 #include "host/render/surfaces/glow_grid.h"
 
-#include <algorithm>
-#include <cmath>
-#include <numeric>
-
 namespace host {
 namespace {
 
-constexpr int kLongestSide = 24;  // cells
+/// Cells along the longest side in the survey that finds the glow.
+constexpr int kSurveyCells = 24;
+/// Cells with less than this fraction of the strongest emission count as dark in the survey.
+constexpr float kDim = 0.01F;
+/// GlowGrid::faint_ as a fraction of the typical emission.
+constexpr double kFaint = 0.0005;
 
-std::array<double, 3> ToArray(const Vector& v) { return {v.x, v.y, v.z}; }
+/// Interleaves the bits of three brick numbers, so that neighbors mostly follow each other
+/// (G. M. Morton, 1966).
+std::uint32_t CurvePlace(const std::array<int, 3>& cell) {
+  std::uint32_t place = 0;
+  for (int bit = 0; bit < 8; ++bit)
+    for (int a = 0; a < 3; ++a)
+      place |= (static_cast<std::uint32_t>(cell[a] / GlowGrid::kBrickSide) >> bit & 1U)
+               << (3 * bit + a);
+  return place;
+}
+
+/// Calls visit(i, j, k) for each cell, in the order of their indices.
+template <typename Visit>
+void ForCells(const std::array<int, 3>& count, Visit visit) {
+  for (int k = 0; k < count[2]; ++k)
+    for (int j = 0; j < count[1]; ++j)
+      for (int i = 0; i < count[0]; ++i) visit(i, j, k);
+}
+
+/// Probes a cell through its center, from side to side, along `axes` axes from `axis` on.
+GlowGrid::Segment MeasureCell(const CellLattice& lattice, const std::array<int, 3>& at, int axis,
+                              int axes, const GlowGrid::Probe& probe) {
+  GlowGrid::Segment result{{}, 0};  // emission and extinction per unit of length
+  for (int n = 0; n < axes; ++n, axis = (axis + 1) % 3) {
+    std::array<double, 3> p{at[0] + 0.5, at[1] + 0.5, at[2] + 0.5};
+    p[axis] -= 0.5;
+    const double length = lattice.edge[axis], share = 1 / (axes * length);
+    const GlowGrid::Segment segment = probe(lattice.At(p[0], p[1], p[2]), axis, length);
+    if (!IsFinite(segment.light) || !(segment.passing >= 0)) continue;
+    // In a uniform segment, light = emission (1 - passing) / extinction.
+    const double depth = -std::log(std::clamp(segment.passing, 1e-6, 1.0));
+    const double source = depth > 1e-6 ? depth / -std::expm1(-depth) : 1;
+    result.light = result.light + segment.light * (source * share);
+    result.passing += depth * share;
+  }
+  return result;
+}
 
 }  // namespace
 
-GlowGrid::GlowGrid(const Vector& low, const Vector& high,
-                   const std::function<double(const Vector&, int, double)>& glow)
-    : low_(ToArray(low)) {
-  const std::array<double, 3> size = ToArray(high - low);
+GlowGrid::GlowGrid(const Vector& low, const Vector& high, const Probe& probe) {
+  haze_ = Survey(low, high, probe);
+  float brightest = 0;
+  for (const Cell& cell : haze_.cells) brightest = std::max(brightest, cell.Mean());
+  if (brightest <= 0) return;
+  for (Cell& cell : haze_.cells)
+    if (cell.Mean() < kDim * brightest) cell.emission = {};
+  Measure(haze_, probe);
+  FormBricks();
+}
+
+/// Black cells that are roughly cubes. None if the box is empty.
+GlowGrid::Medium GlowGrid::Divide(const Vector& low, const Vector& high, int most_cells) {
+  const Vector sides = high - low;
+  const std::array<double, 3> size{sides.x, sides.y, sides.z};
   const double longest = std::max({size[0], size[1], size[2]});
-  if (!(longest > 0)) return;
+  if (!(longest > 0) || !std::isfinite(longest)) return {};
+  Medium medium{{.low = {low.x, low.y, low.z}}, {}};
   for (std::size_t a = 0; a < 3; ++a) {
-    count_[a] = std::max(1, static_cast<int>(std::lround(kLongestSide * size[a] / longest)));
-    edge_[a] = std::max(size[a] / count_[a], 1e-6 * longest);
+    const double bricks = std::ceil(most_cells * size[a] / longest / kBrickSide - 1e-9);
+    medium.lattice.count[a] = kBrickSide * std::max(1, static_cast<int>(bricks));
+    medium.lattice.edge[a] = std::max(size[a], 1e-3 * longest) / medium.lattice.count[a];
   }
-  for (int k = 0; k < count_[2]; ++k)
-    for (int j = 0; j < count_[1]; ++j)
-      for (int i = 0; i < count_[0]; ++i) {
-        double sum = 0;
-        for (int axis = 0; axis < 3; ++axis) {
-          // Through the center of the cell, from side to side.
-          std::array<double, 3> p{i + 0.5, j + 0.5, k + 0.5};
-          p[axis] -= 0.5;
-          const Vector from{low_[0] + p[0] * edge_[0], low_[1] + p[1] * edge_[1],
-                            low_[2] + p[2] * edge_[2]};
-          sum += glow(from, axis, edge_[axis]) / edge_[axis];
-        }
-        share_.push_back(std::isfinite(sum) ? std::max(sum, 0.0) : 0);
-      }
-  const double all = std::accumulate(share_.begin(), share_.end(), 0.0);
-  if (!(all > 0)) {
-    share_.clear();
-    return;
-  }
-  for (double& share : share_) share /= all;
-  std::partial_sum(share_.begin(), share_.end(), std::back_inserter(sum_));
+  medium.cells.resize(medium.lattice.Size());
+  return medium;
 }
 
-Vector GlowGrid::Sample(double cell, double x, double y, double z) const {
-  const auto found = std::upper_bound(sum_.begin(), sum_.end() - 1, cell * sum_.back());
-  const int index = found - sum_.begin();
-  const int i = index % count_[0], j = index / count_[0] % count_[1];
-  const int k = index / (count_[0] * count_[1]);
-  return {low_[0] + (i + x) * edge_[0], low_[1] + (j + y) * edge_[1], low_[2] + (k + z) * edge_[2]};
+GlowGrid::Medium GlowGrid::Survey(const Vector& low, const Vector& high, const Probe& probe) {
+  Medium medium = Divide(low, high, kSurveyCells);
+  auto cell = medium.cells.begin();
+  ForCells(medium.lattice.count, [&](int i, int j, int k) {
+    *cell++ = Cell(MeasureCell(medium.lattice, {i, j, k}, 0, 3, probe));
+  });
+  return medium;
 }
 
-double GlowGrid::Density(const Vector& point, const Vector& direction) const {
-  // The ray is inside the box from r = enter to r = leave.
-  const std::array<double, 3> o = ToArray(point), d = ToArray(direction);
-  double enter = 0, leave = INFINITY;
-  for (std::size_t a = 0; a < 3; ++a) {
-    const double t0 = (low_[a] - o[a]) / d[a], t1 = (low_[a] + count_[a] * edge_[a] - o[a]) / d[a];
-    enter = std::fmax(enter, std::fmin(t0, t1));
-    leave = std::fmin(leave, std::fmax(t0, t1));
+/// Measures the box of the cells that glow in the survey in fine cells. Cells further than one
+/// coarse cell from them stay black.
+void GlowGrid::Measure(const Medium& survey, const Probe& probe) {
+  const CellLattice& coarse = survey.lattice;
+  const std::array<int, 3>& count = coarse.count;
+  std::array<int, 3> first = count, last{};
+  std::vector<char> near(survey.cells.size());
+  ForCells(count, [&](int i, int j, int k) {
+    if (survey.cells[coarse.Index(i, j, k)].Mean() <= 0) return;
+    const std::array<int, 3> at{i, j, k};
+    for (std::size_t a = 0; a < 3; ++a)
+      first[a] = std::min(first[a], at[a]), last[a] = std::max(last[a], at[a]);
+    ForCells({3, 3, 3}, [&](int x, int y, int z) {
+      const std::array<int, 3> n{i + x - 1, j + y - 1, k + z - 1};
+      for (std::size_t a = 0; a < 3; ++a)
+        if (n[a] < 0 || n[a] >= count[a]) return;
+      near[coarse.Index(n[0], n[1], n[2])] = 1;
+    });
+  });
+  Medium fine = Divide(coarse.At(first[0], first[1], first[2]),
+                       coarse.At(last[0] + 1, last[1] + 1, last[2] + 1), kMostBricks * kBrickSide);
+  lattice_ = fine.lattice;
+  cells_ = std::move(fine.cells);
+  auto cell = cells_.begin();
+  ForCells(lattice_.count, [&](int i, int j, int k) {
+    const std::array<int, 3> at{i, j, k};
+    std::array<int, 3> c{};
+    for (std::size_t a = 0; a < 3; ++a)
+      c[a] = std::min(
+          first[a] + static_cast<int>((at[a] + 0.5) * lattice_.edge[a] / coarse.edge[a]), last[a]);
+    if (near[coarse.Index(c[0], c[1], c[2])])
+      *cell = Cell(MeasureCell(lattice_, at, (i + j + k) % 3, 1, probe));
+    ++cell;
+  });
+}
+
+void GlowGrid::FormBricks() {
+  double sum = 0, squares = 0;
+  const std::array<int, 3>& count = lattice_.count;
+  ForCells({count[0] / kBrickSide, count[1] / kBrickSide, count[2] / kBrickSide}, [&](int i, int j,
+                                                                                      int k) {
+    Brick brick;
+    brick.first = {i * kBrickSide, j * kBrickSide, k * kBrickSide};
+    std::size_t n = 0;
+    double power = 0;
+    ForCells({kBrickSide, kBrickSide, kBrickSide}, [&](int x, int y, int z) {
+      const double emission =
+          cells_[lattice_.Index(brick.first[0] + x, brick.first[1] + y, brick.first[2] + z)].Mean();
+      power += emission;
+      brick.sum[n++] = static_cast<float>(power);
+      sum += emission, squares += emission * emission;
+    });
+    if (power > 0) bricks_.push_back(brick);
+  });
+  if (bricks_.empty()) return;
+  faint_ = kFaint * squares / sum;
+  std::sort(bricks_.begin(), bricks_.end(), [](const Brick& a, const Brick& b) {
+    return CurvePlace(a.first) < CurvePlace(b.first);
+  });
+  brick_of_.assign(cells_.size() / kBrickCells, static_cast<std::uint16_t>(bricks_.size()));
+  for (const Brick& brick : bricks_) {
+    const std::array<int, 3>& c = brick.first;
+    brick_of_[BrickIndex(c[0], c[1], c[2])] = static_cast<std::uint16_t>(lights_.size());
+    constexpr double half = 0.5 * kBrickSide;
+    const Vector center = lattice_.At(c[0] + half, c[1] + half, c[2] + half);
+    lights_.push_back({static_cast<float>(center.x), static_cast<float>(center.y),
+                       static_cast<float>(center.z), brick.sum.back()});
   }
-  if (!(leave > enter)) return 0;
-  std::array<int, 3> cell{};
-  std::array<double, 3> next{};
-  for (std::size_t a = 0; a < 3; ++a) {
-    const double x = (o[a] + d[a] * enter - low_[a]) / edge_[a];
-    cell[a] = std::clamp(static_cast<int>(x), 0, count_[a] - 1);
-    const double side = low_[a] + (cell[a] + (d[a] > 0 ? 1 : 0)) * edge_[a];
-    next[a] = d[a] == 0 ? INFINITY : (side - o[a]) / d[a];
-  }
-  // Points with volume density p have the directional density: integral of p r^2 dr.
-  double sum = 0, r = enter;
-  while (r < leave) {
-    const std::size_t a = std::min_element(next.begin(), next.end()) - next.begin();
-    const double to = std::clamp(next[a], r, leave);
-    sum += share_[Index(cell)] * (to * to * to - r * r * r);
-    r = to;
-    cell[a] += d[a] > 0 ? 1 : -1;
-    if (cell[a] < 0 || cell[a] >= count_[a]) break;
-    next[a] += edge_[a] / std::abs(d[a]);
-  }
-  return sum / (3 * edge_[0] * edge_[1] * edge_[2]);
 }
 
 }  // namespace host

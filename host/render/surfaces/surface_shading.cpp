@@ -44,43 +44,50 @@ Vector SurfaceShading::Mirrored(double cosine) const {
 }
 
 Vector SurfaceShading::Share(const Vector& to_light) const {
+  const Lobes lobes = LobesTo(to_light);
+  return lobes.diffuse + lobes.gloss;
+}
+
+SurfaceShading::Lobes SurfaceShading::LobesTo(const Vector& to_light) const {
   if (Dot(to_light, hit_.normal) <= 0) return {};
   const Vector light = basis_.ToLocal(to_light);
   if (light.z <= 0) return {};
-  Vector share = diffuse_ * light.z;
-  if (!IsRough() || IsBlack(reflection_)) return share;
+  Lobes lobes{diffuse_ * light.z, {}, light.z / kPi};
+  if (!HasGloss()) return lobes;
   // The light's cosine times pi D G / (4 cos cos), with D = a2 / (pi (cos2 (a2 - 1) + 1)^2).
   const Vector half = Normalized(light + viewer_);
   const double a2 = alpha_ * alpha_, d = half.z * half.z * (a2 - 1) + 1;
-  const double masking = 1 / (1 + Lambda(viewer_.z, alpha_) + Lambda(light.z, alpha_));
-  const double lobe = a2 / (d * d) * masking / (4 * std::max(viewer_.z, 1e-6));
-  return share + Mirrored(Dot(half, light)) * lobe;
+  const double viewer = Lambda(viewer_.z, alpha_), cosine = 4 * std::max(viewer_.z, 1e-6);
+  const double masking = 1 / (1 + viewer + Lambda(light.z, alpha_));
+  lobes.gloss = Mirrored(Dot(half, light)) * (a2 / (d * d) * masking / cosine);
+  lobes.gloss_density = a2 / (d * d) / (kPi * (1 + viewer) * cosine);
+  return lobes;
 }
 
-SurfaceShading::Bounce SurfaceShading::Choose(Sampler& sampler, bool indirect,
-                                              const GlowGrid& glow) const {
-  const double reflect = Mean(Mirrored(viewer_.z)), transmit = Mean(passing_);
+Vector SurfaceShading::DiffuseDirection(double u, double v) const {
+  return basis_.ToWorld(CosineDirection(u, v));
+}
+
+Vector SurfaceShading::GlossDirection(double u, double v) const {
+  return basis_.ToWorld(MirrorAbout(viewer_, RoughNormal(u, v)));
+}
+
+SurfaceShading::Bounce SurfaceShading::Choose(Sampler& sampler, bool indirect, double kept) const {
+  const double mirror = Mean(Mirrored(viewer_.z)), transmit = Mean(passing_);
   const double scatter = indirect ? Mean(diffuse_) : 0;
-  const double all = reflect + transmit + scatter;
+  const double all = mirror + transmit + scatter;
   if (all <= 0) return {};
+  const double reflect = IsRough() ? kept * mirror : mirror;
   const double chosen = sampler.Next1D() * all;
   if (chosen < reflect) return Reflect(sampler, reflect / all);
   if (chosen < reflect + transmit || !indirect) return Transmit(sampler, transmit / all);
-  return Scatter(sampler, scatter / all, glow);
+  if (chosen >= reflect + transmit + kept * scatter && kept < 1) return {};
+  return Scatter(sampler, kept * scatter / all);
 }
 
-SurfaceShading::Bounce SurfaceShading::Scatter(Sampler& sampler, double probability,
-                                               const GlowGrid& glow) const {
+SurfaceShading::Bounce SurfaceShading::Scatter(Sampler& sampler, double probability) const {
   const auto [u, v] = sampler.Next2D();
-  if (glow.IsEmpty())
-    return {basis_.ToWorld(CosineDirection(u, v)), diffuse_ * (1 / probability), kRayIndirect};
-  const auto [which, cell] = sampler.Next2D();
-  Vector direction = basis_.ToWorld(CosineDirection(u, v));
-  if (which < 0.5) direction = Normalized(glow.Sample(cell, u, v, sampler.Next1D()) - hit_.point);
-  const double cosine = Dot(direction, basis_.n) / kPi;
-  if (cosine <= 0 || Dot(direction, hit_.normal) <= 0) return {};
-  const double density = 0.5 * (cosine + glow.Density(hit_.point, direction));
-  return {direction, diffuse_ * (cosine / (density * probability)), kRayIndirect};
+  return {DiffuseDirection(u, v), diffuse_ * (1 / probability), kRayIndirect};
 }
 
 SurfaceShading::Bounce SurfaceShading::Reflect(Sampler& sampler, double probability) const {
@@ -96,9 +103,7 @@ SurfaceShading::Bounce SurfaceShading::Reflect(Sampler& sampler, double probabil
 SurfaceShading::Bounce SurfaceShading::Transmit(Sampler& sampler, double probability) const {
   const double index = hit_.material->refraction;
   const Vector weight = passing_ * (1 / probability);
-  if (index == 1)
-    return {basis_.ToWorld(viewer_ * -1), weight,
-            IsRough() ? kRayRoughTransparency : kRayTransparency};
+  if (index == 1) return {basis_.ToWorld(viewer_ * -1), weight, StraightType()};
   // Snell's law.
   const Vector normal = MicroNormal(sampler);
   const double eta = hit_.outer ? 1 / index : index;
@@ -116,6 +121,10 @@ SurfaceShading::Bounce SurfaceShading::Transmit(Sampler& sampler, double probabi
 Vector SurfaceShading::MicroNormal(Sampler& sampler) const {
   if (!IsRough()) return {0, 0, 1};
   const auto [u, v] = sampler.Next2D();
+  return RoughNormal(u, v);
+}
+
+Vector SurfaceShading::RoughNormal(double u, double v) const {
   // Stretch to a hemisphere, sample its visible part, and unstretch.
   const Vector stretched =
       Normalized({alpha_ * viewer_.x, alpha_ * viewer_.y, std::max(viewer_.z, 1e-6)});

@@ -9,7 +9,6 @@
 
 #include "host/render/color.h"
 #include "host/render/sampler.h"
-#include "host/render/surfaces/glow_grid.h"
 #include "host/render/surfaces/surface_scene.h"
 
 namespace host {
@@ -25,21 +24,40 @@ class SurfaceShading {
   /// color (irradiance over pi on a surface facing the light) it gives the radiance.
   Vector Share(const Vector& to_light) const;
 
+  /// Share in two parts, and the density per solid angle with which each part draws a direction.
+  struct Lobes {
+    Vector diffuse, gloss;
+    double diffuse_density = 0, gloss_density = 0;
+  };
+  Lobes LobesTo(const Vector& to_light) const;
+  bool HasGloss() const { return IsRough() && !IsBlack(reflection_); }
+  /// True if the surface scatters light into more than single directions.
+  bool IsDull() const { return HasGloss() || !IsBlack(diffuse_); }
+  Vector DiffuseDirection(double u, double v) const;
+  Vector GlossDirection(double u, double v) const;
+  /// The fraction of light that passes straight through.
+  Vector StraightShare() const { return hit_.material->refraction == 1 ? passing_ : Vector{}; }
+  /// The RayType of that event.
+  std::uint32_t StraightType() const {
+    return IsRough() ? kRayRoughTransparency : kRayTransparency;
+  }
+
   /// The next segment of a path. `weight` is the factor on the light of the rest of the path.
   struct Bounce {
     Vector direction;
     Vector weight;
     std::uint32_t type = 0;  ///< RayType of the event; 0: the path ends here
   };
-  /// Chooses the next segment. Diffuse bounces only happen with `indirect`; many of them go toward
-  /// the glow.
-  Bounce Choose(Sampler& sampler, bool indirect, const GlowGrid& glow) const;
+  /// Chooses the next segment. Diffuse bounces only happen with `indirect`. Segments of diffuse and
+  /// glossy light get a fraction `kept` of their chance; the path ends with the rest.
+  Bounce Choose(Sampler& sampler, bool indirect, double kept) const;
 
  private:
-  Bounce Scatter(Sampler& sampler, double probability, const GlowGrid& glow) const;
+  Bounce Scatter(Sampler& sampler, double probability) const;
   Bounce Reflect(Sampler& sampler, double probability) const;
   Bounce Transmit(Sampler& sampler, double probability) const;
   Vector MicroNormal(Sampler& sampler) const;
+  Vector RoughNormal(double u, double v) const;
   Vector Mirrored(double cosine) const;
   double MaskingRatio(double to_viewer, double to_light) const;
   bool IsRough() const { return alpha_ > 0; }

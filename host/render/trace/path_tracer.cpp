@@ -1,15 +1,20 @@
 #include "host/render/trace/path_tracer.h"
 
 #include "host/render/color.h"
+#include "host/render/surfaces/glow_ray.h"
 
 namespace host {
 namespace {
 
 constexpr int kMostSegments = 32;
 constexpr int kSureSegments = 5;  ///< later segments are subject to Russian roulette
-/// Clamps indirect light from diffuse surfaces, per sample. Otherwise a rare ray that hits a small
-/// bright flame leaves a firefly.
+/// Clamps what diffuse surfaces gather by chance, per sample. Otherwise a rare ray that finds a
+/// small bright thing, such as a flame in a mirror, leaves a firefly.
 constexpr double kIndirectLimit = 4;
+/// The chance to go on from a surface whose light from the glow is already known.
+constexpr double kKept = 0.5;
+/// The fraction of rays to the glow that are traced through the effects.
+constexpr double kCorrected = 0.125;
 
 /// Tent filter with twice the width of a pixel: smooths edges without seams.
 double Tent(double u) { return u < 0.5 ? std::sqrt(2 * u) - 0.5 : 1.5 - std::sqrt(2 - 2 * u); }
@@ -24,6 +29,8 @@ struct PathTracer::Path {
   Vector weight = {1, 1, 1};
   Vector color = {};
   int bounces_left = 0;
+  /// The segment runs through glow whose light was gathered at its start.
+  bool glow_is_known = false;
   /// True if the path has only passed straight through transparent surfaces so far.
   bool IsStraight() const { return (type & ~(kRayTransparency | kRayRoughTransparency)) == 0; }
 
@@ -32,6 +39,14 @@ struct PathTracer::Path {
     if ((type & kRayIndirect) != 0 && Largest(share) > kIndirectLimit)
       share = share * (kIndirectLimit / Largest(share));
     color = color + share;
+  }
+
+  void Turn(const SurfaceHit& hit, const SurfaceShading::Bounce& bounce) {
+    type |= bounce.type;
+    weight = Times(weight, bounce.weight);
+    direction = Normalized(bounce.direction);
+    const double side = Dot(direction, hit.normal) >= 0 ? 1 : -1;
+    origin = hit.point + hit.normal * (side * hit.offset);
   }
 };
 
@@ -56,15 +71,14 @@ PathSample PathTracer::Trace(std::int32_t x, std::int32_t y, std::uint32_t sampl
   PathSample result;
   for (int segment = 0; segment < kMostSegments; ++segment) {
     ++counts_.rays;
-    const std::optional<SurfaceHit> hit = scene_.surfaces.Intersect(
-        {path.origin, path.direction, std::numeric_limits<double>::infinity(), path.type, shutter});
+    const std::optional<SurfaceHit> hit = Meet(path);
     const VolumeQuery space = AskSpace(path, sampler, hit ? hit->distance : INFINITY);
     if (segment == 0) {
       result.volume = space.color;
       result.transmittance = space.transparency;
       if (hit) result.depth = Dot(hit->point - scene_.camera.Place().off, scene_.camera.Place().v3);
     }
-    path.Add(space.color);
+    if (!path.glow_is_known) path.Add(space.color);
     path.weight = Times(path.weight, space.transparency);
     if (!hit) {
       if (path.IsStraight()) {
@@ -90,29 +104,78 @@ VolumeQuery PathTracer::AskSpace(const Path& path, Sampler& sampler, double dist
   return space;
 }
 
+/// True if the ray meets a hole of the surface.
+bool PathTracer::PassesHole(const SurfaceHit& hit, Sampler& sampler) const {
+  const SurfaceMaterial& material = *hit.material;
+  return material.mask.texture && sampler.Next1D() >= Mean(material.mask.At(hit.uvw, scene_.time));
+}
+
 /// Adds the light of the surface to the path and chooses the next direction. False if the path
 /// ends.
 bool PathTracer::Continue(Path& path, const SurfaceHit& hit, Sampler& sampler) {
-  const SurfaceMaterial& material = *hit.material;
-  if (material.mask.texture) {
-    const double covered = Mean(material.mask.At(hit.uvw, scene_.time));
-    if (sampler.Next1D() >= covered) {  // a hole
-      path.origin = hit.point - hit.normal * hit.offset;
-      return true;
-    }
+  if (PassesHole(hit, sampler)) {
+    path.origin = hit.point - hit.normal * hit.offset;
+    return true;
   }
   const SurfaceShading shading(hit, path.direction, scene_.time);
   path.Add(shading.Emission());
   path.Add(DirectLight(path, shading, hit, sampler));
-  const SurfaceShading::Bounce bounce = shading.Choose(sampler, path.bounces_left > 0, scene_.glow);
+  const bool indirect = path.bounces_left > 0;
+  const bool gathers = indirect && !scene_.glow.IsEmpty() && shading.IsDull();
+  if (gathers) path.color = path.color + Times(path.weight, GlowLight(path, shading, hit, sampler));
+  const SurfaceShading::Bounce bounce = shading.Choose(sampler, indirect, gathers ? kKept : 1);
   if (bounce.type == 0 || IsBlack(bounce.weight)) return false;
   if (bounce.type == kRayIndirect) --path.bounces_left;
-  path.type |= bounce.type;
-  path.weight = Times(path.weight, bounce.weight);
-  path.direction = Normalized(bounce.direction);
-  const double side = Dot(path.direction, hit.normal) >= 0 ? 1 : -1;
-  path.origin = hit.point + hit.normal * (side * hit.offset);
+  path.Turn(hit, bounce);
+  if ((bounce.type & (kRayTransparency | kRayRoughTransparency)) == 0)
+    path.glow_is_known = gathers && (bounce.type & (kRayIndirect | kRayRoughReflection)) != 0 &&
+                         scene_.glow.IsCrossed(path.origin, path.direction);
   return true;
+}
+
+/// Light of the glow that comes straight to a surface, through holes and panes as well.
+///
+/// The grid is a control variate: its estimate of the light up to the first surface always counts,
+/// and a random part of the rays is traced through the effects to correct it.
+Vector PathTracer::GlowLight(const Path& from, const SurfaceShading& shading, const SurfaceHit& hit,
+                             Sampler& sampler) {
+  Path path = from;
+  path.origin = hit.point + hit.normal * hit.offset;
+  const GlowView view(scene_.glow, path.origin, hit.normal);
+  const GlowRay ray = ChooseGlowRay(shading, view, sampler);
+  if (IsBlack(ray.weight)) return {};
+  path.direction = ray.direction;
+  path.weight = ray.weight;
+  path.type |= ray.type;
+  ++counts_.rays;
+  std::optional<SurfaceHit> next = Meet(path);
+  const bool corrects = sampler.Next1D() < kCorrected;
+  const Vector estimate =
+      Times(ray.weight, view.Expect(ray.direction, next ? next->distance : INFINITY));
+  if (!corrects) return estimate;
+  Vector sum;
+  for (int segment = 0; segment < kMostSegments; ++segment) {
+    const VolumeQuery space = AskSpace(path, sampler, next ? next->distance : INFINITY);
+    sum = sum + Times(path.weight, space.color);
+    path.weight = Times(path.weight, space.transparency);
+    if (!next) break;
+    if (!PassesHole(*next, sampler)) {
+      const SurfaceShading pane(*next, path.direction, scene_.time);
+      path.weight = Times(path.weight, pane.StraightShare());
+      path.type |= pane.StraightType();
+    }
+    if (IsBlack(path.weight)) break;
+    path.origin = next->point - next->normal * next->offset;
+    ++counts_.rays;
+    next = Meet(path);
+  }
+  return estimate + (sum - estimate) * (1 / kCorrected);
+}
+
+std::optional<SurfaceHit> PathTracer::Meet(const Path& path) const {
+  return scene_.surfaces.Intersect({path.origin, path.direction,
+                                    std::numeric_limits<double>::infinity(), path.type,
+                                    path.shutter});
 }
 
 Vector PathTracer::DirectLight(const Path& path, const SurfaceShading& shading,

@@ -33,6 +33,10 @@ class PathTracer {
   VolumeQuery AskSpace(const Path& path, Sampler& sampler, double distance);
   Vector DirectLight(const Path& path, const SurfaceShading& shading, const SurfaceHit& hit,
                      Sampler& sampler);
+  Vector GlowLight(const Path& path, const SurfaceShading& shading, const SurfaceHit& hit,
+                   Sampler& sampler);
+  std::optional<SurfaceHit> Meet(const Path& path) const;
+  bool PassesHole(const SurfaceHit& hit, Sampler& sampler) const;
   bool Continue(Path& path, const SurfaceHit& hit, Sampler& sampler);
   static bool Survives(Path& path, Sampler& sampler);
 

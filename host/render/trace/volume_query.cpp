@@ -86,4 +86,20 @@ bool VolumeQuery::Illuminate(std::int32_t light, const Vector& point, Vector& li
   return direction != Vector{};
 }
 
+GlowGrid FindGlow(const RenderScene& scene, const Vector& low, const Vector& high) {
+  RayCounts counts;
+  std::uint64_t seed = 0;
+  return {
+      low, high, [&](const Vector& from, int axis, double length) {
+        VolumeQuery query(scene, 0, counts);
+        query.ray.origin = from;
+        query.ray.direction = {axis == 0 ? 1.0 : 0.0, axis == 1 ? 1.0 : 0.0, axis == 2 ? 1.0 : 0.0};
+        query.ray.surface_distance = length;
+        query.ray.type = kRayIndirect;
+        query.ray.seed = HashOf(scene.seed, ++seed);
+        query.AskVolumetric();
+        return GlowGrid::Segment{query.color, Mean(query.transparency)};
+      }};
+}
+
 }  // namespace host

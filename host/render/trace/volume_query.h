@@ -46,4 +46,7 @@ class VolumeQuery final : public VolumeData {
   RayCounts& counts_;
 };
 
+/// Finds where the effects glow in a box, for bounced light.
+GlowGrid FindGlow(const RenderScene& scene, const Vector& low, const Vector& high);
+
 }  // namespace host

@@ -173,30 +173,6 @@ TEST(RenderSurfaces, LightBouncesAsOftenAsAskedFor) {
   }
 }
 
-TEST(RenderSurfaces, DirectionsTowardsTheGlowHaveTheReportedDensity) {
-  // The density integrates to 1, and its mean direction is that of the sampled points.
-  const GlowGrid grid({-30, 0, -20}, {30, 90, 20}, [](const Vector& from, int, double length) {
-    return length * std::max(0.0, from.y - 40);
-  });
-  ASSERT_FALSE(grid.IsEmpty());
-  for (const Vector& point : {Vector{100, -20, 5}, Vector{3, 55, 2}}) {
-    double whole = 0, mean = 0, drawn = 0;
-    constexpr int kCount = 1 << 16;
-    for (int i = 0; i < kCount; ++i) {
-      Sampler sampler(1, static_cast<std::uint32_t>(i));
-      const auto [u, v] = sampler.Next2D();
-      const double z = 1 - 2 * u, r = std::sqrt(1 - z * z);
-      const Vector d{r * std::cos(2 * kPi * v), z, r * std::sin(2 * kPi * v)};
-      const double density = 4 * kPi * grid.Density(point, d) / kCount;
-      whole += density, mean += density * d.y;
-      const auto [a, b] = sampler.Next2D();
-      drawn += Normalized(grid.Sample(sampler.Next1D(), a, b, sampler.Next1D()) - point).y / kCount;
-    }
-    EXPECT_NEAR(whole, 1, 0.01);
-    EXPECT_NEAR(mean, drawn, 0.01);
-  }
-}
-
 TEST(RenderSurfaces, TheShutterBlursMovingObjects) {
   // The plane passes below the camera in the second half of the frame.
   const std::string moving = Solid(

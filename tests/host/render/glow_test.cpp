@@ -1,0 +1,127 @@
+#include "host/render/surfaces/glow_ray.h"
+#include "tests/host/render/shot.h"
+
+namespace host::test {
+namespace {
+
+constexpr double kBox = Fog::kRadius + 5;
+const std::string kFog = R"("post_effects": [{"type": "fog", "parameters": {"density": 0.02}}],)";
+
+/// Calls visit(direction, solid angle) for directions that cover the sphere evenly.
+template <typename Visit>
+void ForDirections(int rows, Visit visit) {
+  for (int row = 0; row < rows; ++row)
+    for (int column = 0; column < 2 * rows; ++column) {
+      const double z = 1 - 2 * (row + 0.5) / rows, r = std::sqrt(1 - z * z);
+      const double angle = kPi * (column + 0.5) / rows;
+      visit(Vector{r * std::cos(angle), z, r * std::sin(angle)}, 2 * kPi / rows / rows);
+    }
+}
+
+/// A ball that glows evenly, with an emission and an extinction of 0.02 per unit.
+double Passing(const Vector& from, const Vector& direction, double length) {
+  const double b = Dot(from, direction);
+  const double d = b * b - Dot(from, from) + Fog::kRadius * Fog::kRadius;
+  if (d <= 0) return 1;
+  const double enter = std::max(0.0, -b - std::sqrt(d));
+  return std::exp(-0.02 * std::max(0.0, std::min(length, -b + std::sqrt(d)) - enter));
+}
+GlowGrid Ball() {
+  return {
+      {-kBox, -kBox, -kBox}, {kBox, kBox, kBox}, [](const Vector& from, int axis, double length) {
+        const double passing =
+            Passing(from, {axis == 0 ? 1. : 0., axis == 1 ? 1. : 0., axis == 2 ? 1. : 0.}, length);
+        return GlowGrid::Segment{Fog::kGlow * (1 - passing), passing};
+      }};
+}
+
+TEST(RenderGlow, DirectionsHaveTheReportedDensity) {
+  // The density integrates to 1, and its mean direction is that of the samples.
+  const GlowGrid grid = Ball();
+  ASSERT_FALSE(grid.IsEmpty());
+  for (const Vector& point : {Vector{30, -70, 5}, Vector{3, 25, 2}, Vector{300, 100, 0}}) {
+    const GlowView view(grid, point, {0, point.y > 50 ? -1.0 : 1.0, 0});
+    double whole = 0;
+    Vector mean, drawn;
+    ForDirections(1000, [&](const Vector& d, double angle) {
+      const double share = view.Look(d).density * angle;
+      whole += share, mean = mean + d * share;
+    });
+    constexpr int kCount = 1 << 16;
+    for (int i = 0; i < kCount; ++i) {
+      Sampler sampler(1, static_cast<std::uint32_t>(i));
+      const auto [a, b] = sampler.Next2D();
+      const auto [c, d] = sampler.Next2D();
+      drawn = drawn + view.Sample(a, b, c, d) * (1.0 / kCount);
+    }
+    EXPECT_NEAR(whole, 1, 0.01);
+    ExpectNear(mean, drawn, 0.01);
+  }
+}
+
+TEST(RenderGlow, LightOnASurfaceIsTheSumOverAllDirections) {
+  const GlowGrid grid = Ball();
+  SurfaceMaterial clay, dull;
+  clay.color.color = {0.5, 0.4, 0.25};
+  dull.color.color = {0.2, 0.2, 0.2};
+  dull.reflection = {0.3, 0.5, 0.7};
+  dull.roughness = 0.6;
+  for (const SurfaceMaterial* material : {&clay, &dull})
+    for (const Vector& point : {Vector{0, -400, 100}, {20, -56, 0}, {0, -49, 0}, {10, 0, 20}}) {
+      SCOPED_TRACE(testing::Message() << point.y << (material == &clay ? " clay" : " dull"));
+      SurfaceHit hit;
+      hit.point = point, hit.normal = hit.smooth = {0, 1, 0}, hit.material = material;
+      const SurfaceShading shading(hit, Normalized({0.5, -0.8, 0.4}), 0);
+      const GlowView view(grid, point, hit.normal);
+      const auto light = [&](const Vector& d) { return Fog::kGlow * (1 - Passing(point, d, 1e9)); };
+      Vector expected, mean;
+      ForDirections(1500, [&](const Vector& d, double angle) {
+        expected = expected + Times(shading.Share(d), light(d)) * (angle / kPi);
+      });
+      double squares = 0;
+      constexpr int kCount = 1 << 14;
+      for (int i = 0; i < kCount; ++i) {
+        Sampler sampler(7, static_cast<std::uint32_t>(i));
+        const GlowRay ray = ChooseGlowRay(shading, view, sampler);
+        const Vector sample = Times(ray.weight, light(ray.direction));
+        mean = mean + sample * (1.0 / kCount);
+        squares += Mean(sample) * Mean(sample) / kCount;
+      }
+      const double deviation = std::sqrt(squares / (Mean(mean) * Mean(mean)) - 1);
+      EXPECT_NEAR(Mean(mean) / Mean(expected), 1, 0.01);
+      // By the cosine alone, it is 8 at the first point and 0.5 at the last.
+      EXPECT_LT(deviation, 0.4);
+    }
+}
+
+// The light of the grid is corrected by rays through the effects, and no light counts twice.
+TEST(RenderGlow, PicturesGetTheLightOfTheEffect) {
+  const std::string materials =
+      R"("materials": [{"name": "clay", "parameters": {"color": [0.5, 0.5, 0.5]}}],)";
+  const auto document =
+      Opened(R"({"type": "light", "parameters": {"intensity": 0}},)" +
+                 Camera("[0, -59, 0]", "[0, 90, 0]") +
+                 R"({"type": "plane", "position": [0, -60, 0], "tags": [{"type": "texture", )"
+                 R"("parameters": {"material": "clay"}}]})",
+             kFog + materials);
+  const RenderJob job{{0}, 1, 1, {0, 0, 1, 1}, {4096, 0, 1}, 1};
+  OpenFrame frame(*document, job);
+  frame.scene.glow = FindGlow(frame.scene, {-kBox, -kBox, -kBox}, {kBox, kBox, kBox});
+  ASSERT_FALSE(frame.scene.glow.IsEmpty());
+  Vector expected;
+  ForDirections(1500, [&](const Vector& d, double angle) {
+    if (d.y > 0)
+      expected =
+          expected + Fog::kGlow * ((1 - Passing({0, -60, 0}, d, 1e9)) * d.y * angle / kPi / 2);
+  });
+  for (const int threads : {1, 2}) {
+    RayCounts counts;
+    const Picture picture =
+        RenderFrame(frame.scene, {1, 1, job.window, job.quality.samples, threads}, counts);
+    const float* const color = picture.pixels.front().color;
+    ExpectNear({color[0], color[1], color[2]}, expected, 0.01 * expected.z);
+  }
+}
+
+}  // namespace
+}  // namespace host::test
