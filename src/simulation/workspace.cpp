@@ -12,9 +12,11 @@ double workspace_bytes(const SolverParams& params, const FrameSink& sink, const 
   for (int a = 0; a < 3; ++a) field *= cells[a] + (a == shortest ? 3 : 2);
 
   // Advection: the trace back, the trace forward, the new fields, the first guess. Projection:
-  // right-hand side, pressure and the levels of the multigrid, with solids their masks.
+  // expansion, right-hand side, pressure, scratch, the coarse levels of the multigrid, three
+  // vectors of the outer iteration; with solids the faces of the levels, and the room that growing
+  // fields leave.
   const int advection = (params.keep_traces ? 3 : 0) + 3 + 3 + 2;
-  const int projection = has_solids ? 8 : 5;
+  const int projection = has_solids ? 16 : 8;
   const int solids = has_solids ? 4 : 0;  // distance and velocity
   const int velocity = 3;
   const auto frames_hold = [&](int key) { return sink.cached_channels.contains(key) ? 1 : 0; };

@@ -157,8 +157,19 @@ void for_connected_cells(const LevelGrid& g, const Work& work) {
 }  // namespace
 
 SolidLevels::SolidLevels(std::vector<LevelGrid>& levels, const Field<float>& phi) {
+  // The finest level has fields of its own. The coarser ones share a field.
+  std::size_t coarse_cells = 0;
+  for (std::size_t l = 1; l < levels.size(); ++l) coarse_cells += levels[l].cells();
+  constexpr int kPerCell = 4;
+  float* next = nullptr;
+  if (coarse_cells > 0) {
+    fields_.push_back(acquire_field({static_cast<int>(kPerCell * coarse_cells), 1, 1}));
+    next = fields_.back()->data();
+  }
   const auto field = [&](const LevelGrid& g) {
-    return fields_.emplace_back(acquire_field(dims(g)))->data();
+    if (&g == &levels[0]) return fields_.emplace_back(acquire_field(dims(g)))->data();
+    next += g.cells();
+    return next - g.cells();
   };
   for (std::size_t l = 0; l < levels.size(); ++l) {
     LevelGrid& g = levels[l];
