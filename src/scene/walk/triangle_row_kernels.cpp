@@ -38,13 +38,13 @@ void square_distances(Run& run) {
     // The nearest point of cells that rounding puts into no region is a corner: q = d^2. Regions
     // overlap through rounding too: the last one counts.
     Doubles q = plane;
-    q = (a2 < 0) & (a1 > 1) ? square_to(run.corner[1]) : q;
-    q = (a0 < 0) & (a2 > 1) ? square_to(run.corner[2]) : q;
-    q = (a1 < 0) & (a0 > 1) ? square_to(run.corner[0]) : q;
-    q = (b1 < 0) & (a1 >= 0) & (a1 <= 1) ? plane + b1 * b1 : q;
-    q = (b2 < 0) & (a2 >= 0) & (a2 <= 1) ? plane + b2 * b2 : q;
-    q = (b0 < 0) & (a0 >= 0) & (a0 <= 1) ? plane + b0 * b0 : q;
-    q = (b0 >= 0) & (b1 >= 0) & (b2 >= 0) ? plane : q;
+    q = ((a2 < 0) & (a1 > 1)) ? square_to(run.corner[1]) : q;
+    q = ((a0 < 0) & (a2 > 1)) ? square_to(run.corner[2]) : q;
+    q = ((a1 < 0) & (a0 > 1)) ? square_to(run.corner[0]) : q;
+    q = ((b1 < 0) & (a1 >= 0) & (a1 <= 1)) ? plane + b1 * b1 : q;
+    q = ((b2 < 0) & (a2 >= 0) & (a2 <= 1)) ? plane + b2 * b2 : q;
+    q = ((b0 < 0) & (a0 >= 0) & (a0 <= 1)) ? plane + b0 * b0 : q;
+    q = ((b0 >= 0) & (b1 >= 0) & (b2 >= 0)) ? plane : q;
     std::memcpy(run.d + c, &d, sizeof d);
     std::memcpy(run.q + c, &q, sizeof q);
   }
