@@ -7,6 +7,8 @@ namespace {
 constexpr int kSurveyCells = 24;
 /// Cells with less than this fraction of the strongest emission count as dark in the survey.
 constexpr float kDim = 0.01F;
+/// Bricks with less than this fraction of the strongest power get no directions.
+constexpr float kWeak = 0.002F;
 /// GlowGrid::faint_ as a fraction of the typical emission.
 constexpr double kFaint = 0.0005;
 
@@ -61,16 +63,17 @@ GlowGrid::GlowGrid(const Vector& low, const Vector& high, const Probe& probe) {
   FormBricks();
 }
 
-/// Black cells that are roughly cubes. None if the box is empty.
-GlowGrid::Medium GlowGrid::Divide(const Vector& low, const Vector& high, int most_cells) {
+/// Black cells that are roughly cubes: `most` cubes of side * side * side cells along the longest
+/// side. None if the box is empty.
+GlowGrid::Medium GlowGrid::Divide(const Vector& low, const Vector& high, int most, int side) {
   const Vector sides = high - low;
   const std::array<double, 3> size{sides.x, sides.y, sides.z};
   const double longest = std::max({size[0], size[1], size[2]});
   if (!(longest > 0) || !std::isfinite(longest)) return {};
   Medium medium{{.low = {low.x, low.y, low.z}}, {}};
   for (std::size_t a = 0; a < 3; ++a) {
-    const double bricks = std::ceil(most_cells * size[a] / longest / kBrickSide - 1e-9);
-    medium.lattice.count[a] = kBrickSide * std::max(1, static_cast<int>(bricks));
+    const int cubes = std::max(1, static_cast<int>(std::ceil(most * size[a] / longest - 1e-9)));
+    medium.lattice.count[a] = side * cubes;
     medium.lattice.edge[a] = std::max(size[a], 1e-3 * longest) / medium.lattice.count[a];
   }
   medium.cells.resize(medium.lattice.Size());
@@ -78,7 +81,7 @@ GlowGrid::Medium GlowGrid::Divide(const Vector& low, const Vector& high, int mos
 }
 
 GlowGrid::Medium GlowGrid::Survey(const Vector& low, const Vector& high, const Probe& probe) {
-  Medium medium = Divide(low, high, kSurveyCells);
+  Medium medium = Divide(low, high, kSurveyCells, 1);
   auto cell = medium.cells.begin();
   ForCells(medium.lattice.count, [&](int i, int j, int k) {
     *cell++ = Cell(MeasureCell(medium.lattice, {i, j, k}, 0, 3, probe));
@@ -106,7 +109,7 @@ void GlowGrid::Measure(const Medium& survey, const Probe& probe) {
     });
   });
   Medium fine = Divide(coarse.At(first[0], first[1], first[2]),
-                       coarse.At(last[0] + 1, last[1] + 1, last[2] + 1), kMostBricks * kBrickSide);
+                       coarse.At(last[0] + 1, last[1] + 1, last[2] + 1), kMostBricks, kBrickSide);
   lattice_ = fine.lattice;
   cells_ = std::move(fine.cells);
   auto cell = cells_.begin();
@@ -141,6 +144,9 @@ void GlowGrid::FormBricks() {
     if (power > 0) bricks_.push_back(brick);
   });
   if (bricks_.empty()) return;
+  float strongest = 0;
+  for (const Brick& brick : bricks_) strongest = std::max(strongest, brick.sum.back());
+  std::erase_if(bricks_, [&](const Brick& b) { return b.sum.back() < kWeak * strongest; });
   faint_ = kFaint * squares / sum;
   std::sort(bricks_.begin(), bricks_.end(), [](const Brick& a, const Brick& b) {
     return CurvePlace(a.first) < CurvePlace(b.first);

@@ -15,7 +15,7 @@ namespace host {
 
 class GlowGrid {
  public:
-  static constexpr int kBrickSide = 4;    ///< cells along each side of a brick
+  static constexpr int kBrickSide = 6;    ///< cells along each side of a brick
   static constexpr int kMostBricks = 12;  ///< along the longest side of the grid
   static constexpr int kBrickCells = kBrickSide * kBrickSide * kBrickSide;
 
@@ -52,7 +52,7 @@ class GlowGrid {
     float extinction = 0;             ///< per unit of length
     float Mean() const { return (emission[0] + emission[1] + emission[2]) / 3; }
   };
-  /// A cube of cells with some glow.
+  /// A cube of cells that glows enough to get rays.
   struct Brick {
     std::array<int, 3> first{};            ///< its lowest cell
     std::array<float, kBrickCells> sum{};  ///< cumulative emission of its cells
@@ -66,7 +66,7 @@ class GlowGrid {
     CellLattice lattice;
     std::vector<Cell> cells;
   };
-  static Medium Divide(const Vector& low, const Vector& high, int most_cells);
+  static Medium Divide(const Vector& low, const Vector& high, int most, int side);
   static Medium Survey(const Vector& low, const Vector& high, const Probe& probe);
   void Measure(const Medium& survey, const Probe& probe);
   void FormBricks();
@@ -81,7 +81,7 @@ class GlowGrid {
   std::vector<Cell> cells_;
   std::vector<Brick> bricks_;            ///< along a space-filling curve
   std::vector<PointLight> lights_;       ///< of the bricks
-  std::vector<std::uint16_t> brick_of_;  ///< for each cube of cells; bricks_.size() if it is dark
+  std::vector<std::uint16_t> brick_of_;  ///< for each cube of cells; bricks_.size() for the others
   double faint_ = 0;  ///< emission that a cell may have although no segment showed it
   /// Coarse cells of the whole box. They dim light on its way to the fine cells.
   Medium haze_;

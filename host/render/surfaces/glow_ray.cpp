@@ -6,7 +6,7 @@ namespace host {
 namespace {
 
 // Directions of each kind.
-constexpr int kTowardGlow = 3, kByCosine = 1, kByHighlight = 1;
+constexpr int kTowardGlow = 3, kByCosine = 1, kByHighlight = 2;
 
 double Fraction(double x) { return x - std::floor(x); }
 

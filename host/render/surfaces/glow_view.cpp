@@ -64,12 +64,12 @@ GlowView::Sight GlowView::Look(const Vector& direction, double distance) const {
     density +=
         static_cast<double>(geometry_[grid_.brick_of_[grid_.BrickIndex(i, j, k)]] * emission) *
         (length * (to * to + to * from + from * from));
-    // (1 - exp(-x)) / x and exp(-x), well enough
-    const double x = c.extinction * length, share = passing * length / (1 + 0.5 * x);
-    red += c.emission[0] * share;
-    green += c.emission[1] * share;
-    blue += c.emission[2] * share;
-    passing /= 1 + x + 0.5 * x * x;
+    // exp(-x) is nearly (1 - x / 2) / (1 + x / 2).
+    const double half = 0.5 * c.extinction * length, part = passing / (1 + half);
+    red += c.emission[0] * part * length;
+    green += c.emission[1] * part * length;
+    blue += c.emission[2] * part * length;
+    passing = std::max(0.0, (1 - half) * part);
   });
   const double faint = grid_.faint_ * (span.leave - span.enter);
   const std::array<double, 3>& edge = grid_.lattice_.edge;
