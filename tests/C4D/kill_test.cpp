@@ -1,5 +1,6 @@
 // Runs of the program that are killed, at every kind of moment: what was finished is whole, and
 // what wasn't is never taken for a frame.
+#include <algorithm>
 #include <csignal>
 #include <functional>
 #include <set>
