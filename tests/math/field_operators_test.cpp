@@ -288,10 +288,13 @@ TEST(Occupancy, LeavesOutOnlyZeros) {
 
 TEST(Occupancy, MeasuresWhatIsPositiveInside) {
   test::everywhere([] {
-    for (const Vec3i dims : {Vec3i(2, 9, 9), Vec3i(5, 4, 3), Vec3i(70, 41, 33)}) {
+    for (const auto& [dims, lowest] : {std::pair{Vec3i(2, 9, 9), -3.0f},
+                                       {Vec3i(5, 4, 3), -3.0f},
+                                       {Vec3i(70, 41, 33), -3.0f},
+                                       {Vec3i(70, 41, 33), 0.0f}}) {
       MField x(kCpu, dims);
       Field<float>& f = x.overwrite_cpu();
-      test::fill_random(f, 4, -3, 1);
+      test::fill_random(f, 4, lowest, 1);
       f[f.count() / 2] = kNaN;
       f[f.count() / 2 + 1] = -0.0f;
       F expected = test::copy_of(f);

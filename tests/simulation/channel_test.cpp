@@ -140,6 +140,14 @@ TEST(Channel, ADriverBoundsWhatBurns) {
   alone.finish();
   alone.step();
   EXPECT_NEAR(alone.field(kFuel)(3, 3, 3), 0.2, 1e-6);
+
+  // A channel that was empty knows what it got.
+  Reactor fresh;
+  fresh.fill(kFuel, 1);
+  fresh.step();
+  IntBox content;
+  fresh.channels[2]->content_box(content);
+  EXPECT_EQ(content.size(), Vec3i(8, 8, 8)) << "with a cell around it";
 }
 
 TEST(Channel, ExpansionIsTheVolumeOfWhatBurned) {

@@ -1,12 +1,6 @@
 #include "scene/walk/triangle_scan.h"
 
-#include "util/isa.h"
-
-NBX_DECLARE_ISA(TriangleRowKernels, kTriangleRows)
-
 namespace nbx {
-
-const TriangleRowKernels& triangle_row_kernels() { return NBX_SELECT_ISA(kTriangleRows); }
 
 namespace {
 
@@ -66,13 +60,13 @@ bool TriangleScan::set_functions() {
     low_[i] = dot(g, vector_cast<double>(box_.lo) - origin);
     for (std::size_t a = 0; a < 3; ++a) gradient_[a][i] = g[static_cast<int>(a)];
   };
-  set(Run::kD, normal_, p_[0]);
+  set(kD, normal_, p_[0]);
   for (int i = 0; i < 3; ++i) {
     const auto edge = static_cast<std::size_t>(i);
     const Vec3d& origin = p_[(edge + 2) % 3];  // p2, p0, p1
     const Vec3d inward = cross(normal_, e[edge]);
-    set(Run::kA0 + i, divided(e[edge], dot(e[edge], e[edge])), origin);
-    set(Run::kB0 + i, divided(inward, length(inward)), origin);
+    set(kA0 + i, divided(e[edge], dot(e[edge], e[edge])), origin);
+    set(kB0 + i, divided(inward, length(inward)), origin);
   }
   return true;
 }

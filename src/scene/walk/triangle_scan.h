@@ -25,12 +25,10 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
 
 #include "math/int_box.h"
 #include "scene/voxelization_triangle.h"
-#include "scene/walk/triangle_row_kernels.h"
 
 namespace nbx {
 
@@ -62,16 +60,16 @@ class TriangleScan {
   void run(Hit&& hit) const;
 
  private:
-  using Run = TriangleRun;
-  using Values = std::array<double, Run::kFunctions>;
+  enum Function { kD, kA0, kA1, kA2, kB0, kB1, kB2, kFunctions };
+  using Values = std::array<double, kFunctions>;
 
   static void step(Values& v, const Values& gradient, double steps = 1) {
-    for (std::size_t f = 0; f < v.size(); ++f) v[f] += steps * gradient[f];
+    for (std::size_t f = 0; f < kFunctions; ++f) v[f] += steps * gradient[f];
   }
 
   bool set_functions();
   bool clip_row(double d, int& first, int& last) const;
-  void start(Run& run, const Values& v, int y, int z) const;
+  double square_distance(const Values& v, const Vec3d& cell) const;
 
   std::array<Vec3d, 3> p_;
   double reach_;
@@ -83,7 +81,7 @@ class TriangleScan {
 
 /// The part of a row, as offsets from the box's low x, in which |d| can be within reach.
 inline bool TriangleScan::clip_row(double d, int& first, int& last) const {
-  const double g = gradient_[0][Run::kD], cells = box_.hi[0] - box_.lo[0];
+  const double g = gradient_[0][kD], cells = box_.hi[0] - box_.lo[0];
   first = 0;
   last = box_.hi[0] - box_.lo[0];
   if (g == 0) return std::abs(d) <= reach_;
@@ -95,45 +93,37 @@ inline bool TriangleScan::clip_row(double d, int& first, int& last) const {
   return true;
 }
 
-/// Lets the run begin where the functions are `v`, in row (y, z).
-inline void TriangleScan::start(Run& run, const Values& v, int y, int z) const {
-  std::copy(v.begin(), v.end(), run.v);
-  for (int i = 0; i < 3; ++i) {
-    const Vec3d& p = p_[static_cast<std::size_t>(i)];
-    run.corner[i][1] = y - p[1];
-    run.corner[i][2] = z - p[2];
-  }
+inline double TriangleScan::square_distance(const Values& v, const Vec3d& cell) const {
+  const auto square_to = [&](int corner) {
+    const Vec3d r = cell - p_[corner];
+    return dot(r, r);
+  };
+  const double dd = v[kD] * v[kD];
+  if (v[kB0] >= 0 && v[kB1] >= 0 && v[kB2] >= 0) return dd;
+  if (v[kB0] < 0 && v[kA0] >= 0 && v[kA0] <= 1) return dd + v[kB0] * v[kB0];
+  if (v[kB2] < 0 && v[kA2] >= 0 && v[kA2] <= 1) return dd + v[kB2] * v[kB2];
+  if (v[kB1] < 0 && v[kA1] >= 0 && v[kA1] <= 1) return dd + v[kB1] * v[kB1];
+  if (v[kA1] < 0 && v[kA0] > 1) return square_to(0);
+  if (v[kA0] < 0 && v[kA2] > 1) return square_to(2);
+  if (v[kA2] < 0 && v[kA1] > 1) return square_to(1);
+  return dd;  // the nearest point is a corner; rounding has put c into no region
 }
 
 template <class Hit>
 void TriangleScan::run(Hit&& hit) const {
   if (box_.empty()) return;
-  const TriangleRowKernels& rows = triangle_row_kernels();
-  Run cells;
-  std::copy(gradient_[0].begin(), gradient_[0].end(), cells.gradient);
-  for (std::size_t i = 0; i < 3; ++i) cells.corner[i][0] = p_[i][0];
   Values plane = low_;
   for (int z = box_.lo[2]; z <= box_.hi[2]; ++z, step(plane, gradient_[2])) {
     Values row = plane;
     for (int y = box_.lo[1]; y <= box_.hi[1]; ++y, step(row, gradient_[1])) {
       int first, last;
-      if (!clip_row(row[Run::kD], first, last)) continue;
+      if (!clip_row(row[kD], first, last)) continue;
       Values v = row;
       step(v, gradient_[0], first);
-      start(cells, v, y, z);
-      for (int x = box_.lo[0] + first, end = box_.lo[0] + last; x <= end; x += Run::kCells) {
-        cells.x = x;
-        rows.square_distances(cells);
-        unsigned hits = 0;
-        for (int c = 0; c < Run::kCells; ++c) {
-          const bool near = std::abs(cells.d[c]) <= reach_ && cells.q[c] <= reach_ * reach_;
-          hits |= unsigned{near} << c;
-        }
-        if (end - x < Run::kCells - 1) hits &= (2u << (end - x)) - 1;
-        for (; hits; hits &= hits - 1) {
-          const int c = std::countr_zero(hits);
-          hit(x + c, y, z, cells.q[c], cells.d[c]);
-        }
+      for (int x = box_.lo[0] + first; x <= box_.lo[0] + last; ++x, step(v, gradient_[0])) {
+        if (std::abs(v[kD]) > reach_) continue;
+        const double q = square_distance(v, Vec3d(x, y, z));
+        if (q <= reach_ * reach_) hit(x, y, z, q, v[kD]);
       }
     }
   }

@@ -21,7 +21,6 @@ void ScalarFluidChannel::resize(const Vec3i& delta) {
 }
 
 void ScalarFluidChannel::begin_step() {
-  held_.forget();  // whoever has the field may have written to it
   if (!simulated() || !field_.empty()) return;
   field_.resize(thread_location(), domain_.center_dims());
   field_.zero();
