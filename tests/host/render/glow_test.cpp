@@ -5,7 +5,8 @@ namespace host::test {
 namespace {
 
 constexpr double kBox = Fog::kRadius + 5;
-const std::string kFog = R"("post_effects": [{"type": "fog", "parameters": {"density": 0.02}}],)";
+const std::string kFog = R"("post_effects": [{"type": "fog", "parameters": {"density": 0.02}}],)"
+                         R"("render": {"parameters": {"background": [0.1, 0.1, 0.1]}},)";
 
 /// Calls visit(direction, solid angle) for directions that cover the sphere evenly.
 template <typename Visit>
@@ -110,9 +111,10 @@ TEST(RenderGlow, PicturesGetTheLightOfTheEffect) {
   OpenFrame frame(*document, job);
   Vector expected;
   ForDirections(1500, [&](const Vector& d, double angle) {
-    if (d.y > 0)
-      expected =
-          expected + Fog::kGlow * ((1 - Passing({0, -60, 0}, d, 1e9)) * d.y * angle / kPi / 2);
+    if (d.y <= 0) return;
+    const double passing = Passing({0, -60, 0}, d, 1e9), share = 0.5 * d.y * angle / kPi;
+    expected = expected + Fog::kGlow * ((1 - passing) * share);
+    expected = expected + Vector{0.1, 0.1, 0.1} * (passing * share);
   });
   for (const double measured : {0.5, 1.0}) {  // a grid that is wrong changes nothing
     if (measured < 1)
