@@ -131,9 +131,11 @@ void RunReport::note_pressure(int number, Simulation3D& sim) {
   const double box = std::pow(sim.domain.dx, 3) * n[0] * n[1] * n[2];
   const double confined = sim.pressure().frame_confined();
   if (std::abs(confined) <= kRounding * box) return;
-  std::snprintf(text, sizeof text,
-                "frame %d: %.3g m3 of gas had nowhere to go: the room is closed on all sides",
-                number, confined);
+  const char* const what =
+      confined > 0 ? "%.3g m3 of gas had nowhere to go" : "%.3g m3 of gas is missing";
+  char amount[64];
+  std::snprintf(amount, sizeof amount, what, std::abs(confined));
+  std::snprintf(text, sizeof text, "frame %d: %s: the room is closed on all sides", number, amount);
   context_.Note(text);
 }
 

@@ -16,7 +16,9 @@
 //   there the colors change places.
 // - With closed faces or solids an outer iteration combines the corrections of the cycles
 //   (multigrid/outer_iteration.h).
-// - Solids are in the stencils of all levels (multigrid/solid_levels.h), and cycles are W-cycles.
+// - With solids the stencils of all levels know the closed faces (multigrid/solid_levels.h), and
+// the
+//   cycles are W-cycles.
 #pragma once
 
 #include <array>
@@ -47,8 +49,9 @@ struct [[nodiscard]] SolveResult {
 };
 
 /// Lives as long as a run; levels exist between `setup` and `clear`. All levels except the finest
-/// are views into one buffer, so a solve allocates nothing. Sums are in double, storage is float.
-/// Results have the same bits for any number of threads. For one thread at a time.
+/// are views into one buffer. The outer iteration and the solids take fields from the pool. Sums
+/// are in double, storage is float. Results have the same bits for any number of threads. For one
+/// thread at a time.
 class MultigridSolver3D {
  public:
   MultigridSolver3D();
@@ -58,8 +61,8 @@ class MultigridSolver3D {
   std::array<int, 6> bc{};
 
   /// True: sweeps read the ghosts of closed faces as they were at the start of the sweep, colors
-  /// stay, and there is no outer iteration. The textbook form, to compare with: behind walls it
-  /// often needs some hundred cycles.
+  /// stay, and there is no outer iteration. A reference to compare with: behind walls its cycles
+  /// divide the residual by less than 2.
   bool plain = false;
 
   /// Creates the levels for a center grid of these dimensions, ghosts included. `r0` is scratch of
@@ -68,17 +71,16 @@ class MultigridSolver3D {
   void setup(int nx, int ny, int nz, Field<float>& r0, Field<float>& buffer);
   void clear();
 
-  /// After `setup`, with the `bc` of the solve: the solves solve among the cells where phi > 0,
-  /// with zero gradient across faces to other cells, where x stays 0. `phi` has the dimensions of
-  /// the grid and isn't kept. b must be 0 in solid.
+  /// Restricts the following solves to the cells where phi > 0, with zero gradient across the faces
+  /// to other cells, in which x is 0. Call it after `setup` and with the `bc` of the solves. `phi`
+  /// has the dimensions of the grid and isn't kept. b must be 0 outside of the fluid.
   void set_solids(const Field<float>& phi);
   void clear_solids();
 
   /// Improves x by at most `max_cycles` V-cycles until the residual is at or below `tolerance`, and
   /// sets its ghosts. Also stops when the residual has risen three times. `expected_cycles` is only
-  /// for the progress. Uses `b` up. Throws the
-  /// integer 0, which callers turn into an Exception, if there are no levels or the fields differ
-  /// in dimensions.
+  /// for the progress. Uses `b` up. Throws the integer 0, which callers turn into an Exception, if
+  /// there are no levels or the fields differ in dimensions.
   SolveResult solve(Field<float>& x, Field<float>& b, int expected_cycles, int max_cycles,
                     float tolerance, SolverProgress* progress);
 

@@ -2,10 +2,8 @@
 #pragma once
 
 #include <atomic>
-#include <chrono>
 #include <functional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "host/base/document_error.h"
@@ -42,8 +40,15 @@ class RecordingContext final : public host::CommandContext {
       if (o->GetType() == type) return o;
     return nullptr;
   }
-  int Interrupts() const override { return interrupts; }
+  int Interrupts() const override {
+    if (interrupts > 0) asked_ = true;
+    return interrupts;
+  }
   bool WaitEvent(host::SpecialEvent& event) override {
+    if (asked_) {
+      acted_ = true;
+      acted_.notify_all();
+    }
     if (on_wait) on_wait();
     return host_.Queue().Wait(event);
   }
@@ -75,10 +80,10 @@ class RecordingContext final : public host::CommandContext {
   std::function<void(const std::string&)> on_event, on_progress;
   std::function<void()> on_wait;  // on the main thread
   std::atomic<int> interrupts{0};
-  /// On the run's thread: gives the main thread time to stop the run.
+  /// On the run's thread: returns when the main thread has seen the interrupt and stopped the run.
   void interrupt_and_wait(int times) {
     interrupt(times);
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    acted_.wait(false);
   }
   void interrupt(int times) {
     interrupts = times;
@@ -87,6 +92,8 @@ class RecordingContext final : public host::CommandContext {
 
  private:
   host::SmallHost& host_;
+  mutable std::atomic<bool> asked_{false};  // the main thread has seen the interrupt
+  std::atomic<bool> acted_{false};          // and waits again
 };
 
 }  // namespace nbx::test

@@ -31,23 +31,21 @@ bool seems_full(const Field<float>& f) {
 GasMarks::GasMarks(const Field<float>& f)
     : segments_((f.nx() + NearMarks::kSegment - 1) / NearMarks::kSegment), ny_(f.ny()) {
   const int nz = f.nz();
-  of_.resize(std::size_t{1} * segments_ * ny_ * nz);
+  near_.resize(std::size_t{1} * segments_ * ny_ * nz);
   const auto mark = advection_kernels().mark;
 #pragma omp parallel for schedule(static) if (f.count() > kSmallField)
   for (int k = 0; k < nz; ++k)
-    for (int j = 0; j < ny_; ++j) mark(&of_[index(0, j, k)], &f(0, j, k), f.nx());
-  std::size_t special = 0;  // segments that hold anything but ordinary values
-  for (const std::uint8_t marks : of_) {
-    empty_ = empty_ && marks == kNothing;
-    special += marks != kValues;
-  }
-  if (worth_marks(special, of_.size())) sum_up(nz);
+    for (int j = 0; j < ny_; ++j) mark(&near_[index(0, j, k)], &f(0, j, k), f.nx());
+  const std::size_t ordinary = std::count(near_.begin(), near_.end(), kValues);
+  if (worth_marks(near_.size() - ordinary, near_.size()))
+    sum_up(nz);
+  else
+    near_.clear();
 }
 
 // Axis by axis: each mark joins those from `back` before it to `ahead` after it.
 void GasMarks::sum_up(int nz) {
   const std::ptrdiff_t plane = std::ptrdiff_t{segments_} * ny_;
-  near_ = of_;
   std::vector<std::uint8_t> before(near_.size());
   const auto join = [&](std::ptrdiff_t to, std::ptrdiff_t shift, std::ptrdiff_t n) {
     for (std::ptrdiff_t i = to; i < to + n; ++i) near_[i] |= before[i + shift];
@@ -55,7 +53,7 @@ void GasMarks::sum_up(int nz) {
   const auto for_planes = [&](const auto& work) {
     before.swap(near_);
     near_ = before;
-#pragma omp parallel for schedule(static) if (of_.size() > kSmallField)
+#pragma omp parallel for schedule(static) if (near_.size() > kSmallField)
     for (int k = 0; k < nz; ++k) work(k);
   };
   const auto each_shift = [](const auto& work) {

@@ -14,17 +14,11 @@ namespace nbx {
 /// then only cost time.
 bool seems_full(const Field<float>& f);
 
-/// The marks of each segment of 16 cells of a row; the last one of a row may be shorter. -0 and NaN
-/// count as values: what isn't marked is +0, bit by bit.
+/// Marks by segments of 16 cells of a row; the last one of a row may be shorter. -0 and NaN count
+/// as values: what isn't marked is +0, bit by bit.
 class GasMarks {
  public:
   explicit GasMarks(const Field<float>& f);
-
-  /// Segments in a row.
-  int segments() const { return segments_; }
-  std::uint8_t at(int segment, int j, int k) const { return of_[index(segment, j, k)]; }
-  /// Whether the whole field is +0.
-  bool empty() const { return empty_; }
 
   /// The marks summed up over what samples near a place can read. No data if nearly all of the
   /// field holds ordinary values: looking at marks would only cost time.
@@ -40,9 +34,7 @@ class GasMarks {
   void sum_up(int nz);
 
   int segments_, ny_;
-  bool empty_ = true;
-  std::vector<std::uint8_t> of_;    // of each segment
-  std::vector<std::uint8_t> near_;  // summed up; empty if not worthwhile
+  std::vector<std::uint8_t> near_;
 };
 
 }  // namespace nbx

@@ -64,7 +64,7 @@ SolveResult solve(MultigridSolver3D& solver, Field<float>& p, Field<float>& rhs,
   }
 }
 
-// The expansion that has solid around it is not the fluid's.
+// The solve around solids leaves out what expands inside of them.
 void clear_in_solid(Field<float>& rhs, const Field<float>& phi) {
 #pragma omp parallel for schedule(static) if (rhs.count() > kSmallField)
   for (std::ptrdiff_t c = 0; c < static_cast<std::ptrdiff_t>(rhs.count()); ++c)
@@ -86,7 +86,7 @@ Projection project(MultigridSolver3D& solver, const ProjectionFields& fields, co
   const Levels levels(solver, dims);
   const double dx = domain.dx;
   const float tolerance = limits.tolerance;
-  const EnclosedRegions rooms(dims, f.phi, solver.bc), box(dims, nullptr, solver.bc);
+  const EnclosedRegions rooms(dims, f.phi, solver.bc);
   Projection result;
 
   // The pressure of the fluid alone: faces of solids keep their velocity.
@@ -112,7 +112,8 @@ Projection project(MultigridSolver3D& solver, const ProjectionFields& fields, co
   right_hand_side(*rhs, f, dx);
   const double confined = rooms.remove_means(*rhs);
   if (result.solid_passes == 0) result.confined = confined;
-  if (f.phi) box.remove_means(*rhs);  // the solve below ignores solids
+  // The solve below ignores solids: all of the box is one room.
+  if (f.phi) EnclosedRegions(dims, nullptr, solver.bc).remove_means(*rhs);
   static_cast<SolveResult&>(result) =
       solve(solver, *p, *rhs, expected_cycles, limits.max_cycles, tolerance, progress);
   if (result.cycles > 0) subtract_pressure_gradient(*f.U, *f.V, *f.W, *p, dx, nullptr);
