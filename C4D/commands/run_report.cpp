@@ -131,11 +131,8 @@ void RunReport::note_pressure(int number, Simulation3D& sim) {
   const double box = std::pow(sim.domain.dx, 3) * n[0] * n[1] * n[2];
   const double confined = sim.pressure().frame_confined();
   if (std::abs(confined) <= kRounding * box) return;
-  const char* const what =
-      confined > 0 ? "%.3g m3 of gas had nowhere to go" : "%.3g m3 of gas is missing";
-  char amount[64];
-  std::snprintf(amount, sizeof amount, what, std::abs(confined));
-  std::snprintf(text, sizeof text, "frame %d: %s: the room is closed on all sides", number, amount);
+  std::snprintf(text, sizeof text, "frame %d: %.3g m3 of gas %s: the room is closed on all sides",
+                number, std::abs(confined), confined > 0 ? "had nowhere to go" : "is missing");
   context_.Note(text);
 }
 

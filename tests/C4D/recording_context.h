@@ -54,7 +54,7 @@ class RecordingContext final : public host::CommandContext {
   }
   void Error(const std::string& text) override { errors.push_back(text); }
   void Warning(const std::string& text) override { warnings.push_back(text); }
-  void Note(const std::string&) override {}
+  void Note(const std::string& text) override { notes.push_back(text); }
   void Progress(const std::string& text, bool) override {
     if (on_progress) on_progress(text);
   }
@@ -75,7 +75,7 @@ class RecordingContext final : public host::CommandContext {
     return values;
   }
 
-  std::vector<std::string> errors, warnings, results;
+  std::vector<std::string> errors, warnings, notes, results;
   std::vector<std::pair<std::string, host::EventFields>> events;
   std::function<void(const std::string&)> on_event, on_progress;
   std::function<void()> on_wait;  // on the main thread
