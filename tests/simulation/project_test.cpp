@@ -157,7 +157,7 @@ TEST(Project, GasWithoutAWayOutIsCounted) {
       set(box.source, 0);
       box.source(12, 12, 12) = 343;  // one per second and voxel of the inner room
       box.source(3, 3, 3) = -50;
-      const float in_shell = with_shell ? 20 : 0;  // pushed out through the shell
+      const float in_shell = with_shell ? 500 : 0;  // pushed out through the shell
       box.source(8, 12, 12) += in_shell;
       const Projection result = box.run();
       EXPECT_EQ(result.end, SolveEnd::kConverged);
@@ -170,8 +170,11 @@ TEST(Project, GasWithoutAWayOutIsCounted) {
       EXPECT_NEAR(result.confined, inner + outer, 0.02);
       // All of the room makes way evenly: -343 over 343 voxels.
       if (!with_shell) continue;
-      EXPECT_NEAR(divergence(14, 12, 12), -1, 0.015);
-      EXPECT_NEAR(divergence(8, 12, 12), in_shell, 0.015);
+      EXPECT_LT(result.solid_passes, 10) << "what expands in solid isn't for this solve";
+      // With walls on all sides the whole box makes way for what comes from the shell.
+      const double all = closed ? in_shell / std::pow(24, 3) : 0;
+      EXPECT_NEAR(divergence(14, 12, 12), -1 - all, 0.015);
+      EXPECT_NEAR(divergence(8, 12, 12), in_shell - all, 0.015);
     }
 }
 

@@ -29,9 +29,9 @@ struct LevelGrid {
   // True: the ghosts of closed faces hold copies, which a sweep reads. False: no step reads them.
   bool stale_ghosts = false;
   int first_color = 0;  // the color of the cells that a sweep smooths first, i + j + k even or odd
-  // With solids, how far the face below each cell of an axis is open, from 0 to 1 and 0 on closed
-  // faces; else null. `inverse_weight` scales what is interpolated from the coarser level: one over
-  // the weight of the coarse cells in fluid, 0 in solid.
+  // With solids, whether the face below each cell of an axis is open, 1, or not, 0; else null.
+  // `inverse_weight` scales what is interpolated from the coarser level: one over the weight of the
+  // coarse cells in fluid, 0 in solid.
   const float* open[3] = {nullptr, nullptr, nullptr};
   const char* near_solid = nullptr;  // per row j + ny k: whether any of its faces isn't open
   const float* inverse_weight = nullptr;

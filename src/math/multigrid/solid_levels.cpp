@@ -81,31 +81,21 @@ std::vector<char> rows_near_solid(const LevelGrid& g, const LevelGrid* fine, con
 // Fills `open`, the faces below the cells along `axis`.
 void fill_open(float* open, const LevelGrid& g, const LevelGrid* fine, const Fluid& fluid,
                int axis) {
-  const bool low_wall = g.closed[2 * axis], high_wall = g.closed[2 * axis + 1];
   const auto near_solid = [&](int j, int k) {
     return g.near_solid[std::ptrdiff_t{k} * g.ny + j] != 0;
   };
   for_rows(g, [&](int j, int k) {
     std::vector<float> row(g.nx);
-    Vec3i at(1, j, k);
-    const auto is_wall = [&](int n) {
-      return (n == 1 && low_wall) || (n == dims(g)[axis] - 1 && high_wall);
-    };
     const int shift = axis == 0 ? 1 : 0, end = g.nx - 1 + shift;
     const int j_before = j - (axis == 1), k_before = k - (axis == 2);
     const bool inner = j > 0 && k > 0 && (axis == 1 || j < g.ny - 1) && (axis == 2 || k < g.nz - 1);
-    if (inner && (axis == 0 || !is_wall(at[axis]))) {
-      std::fill(row.begin() + 1, row.begin() + end, 1.0f);
-      if (near_solid(j, k) || near_solid(j_before, k_before)) {
-        std::vector<float> here(g.nx), before(g.nx);
-        fluid.row(here.data(), j, k);
-        fluid.row(before.data(), j_before, k_before);
-        for (int i = 1; i < end; ++i) row[i] = here[i] * before[i - shift];
-        for (at[0] = 1; fine && at[0] < end; ++at[0]) row[at[0]] *= coarse_open(*fine, axis, at);
-      }
-      if (axis == 0)
-        for (const int i : {1, g.nx - 1})
-          if (is_wall(i)) row[i] = 0;
+    if (inner) std::fill(row.begin() + 1, row.begin() + end, 1.0f);
+    if (inner && (near_solid(j, k) || near_solid(j_before, k_before))) {
+      std::vector<float> here(g.nx), before(g.nx);
+      fluid.row(here.data(), j, k);
+      fluid.row(before.data(), j_before, k_before);
+      for (int i = 1; i < end; ++i) row[i] = here[i] * before[i - shift];
+      for (int i = 1; fine && i < end; ++i) row[i] *= coarse_open(*fine, axis, {i, j, k});
     }
     float* out = open + g.row(j, k);
     for (int i = 0; i < g.nx; ++i) out[g.place(i)] = row[i];

@@ -8,9 +8,9 @@
 
 namespace nbx {
 
-/// On the finest level a face is open, 1, or has solid on either side or is a wall, 0. A face of a
-/// coarser level is open if the finer faces on the line between its two cells are. A coarse cell
-/// that lies on a cell in solid has no open faces.
+/// On the finest level a face is open, 1, or has solid on either side, 0. A face of a coarser level
+/// is open if the finer faces on the line between its two cells are. A coarse cell that lies on a
+/// cell in solid has no open faces. Walls aren't in it: the stencil leaves them out by itself.
 ///
 /// Interpolation from a coarser level leaves out cells in solid, so that no pressure leaks through
 /// a thin wall.
