@@ -194,11 +194,14 @@ void shade(Shaded& out, const RenderVolume& volume, const RayRecord& ray, const 
   }
 }
 
+bool bind_gas(GasChannels& gas, const RenderVolume& volume) {
+  gas.mask_scale = volume.fireMaskScale;
+  return bind_channel(gas.fire, volume.fire, volume) &&
+         bind_channel(gas.smoke, volume.smoke, volume);
+}
+
 void shade_extinction(float* extinction, const RenderVolume& volume, const Points& points) {
-  GasChannels channels;
-  channels.mask_scale = volume.fireMaskScale;
-  if (bind_channel(channels.fire, volume.fire, volume) &&
-      bind_channel(channels.smoke, volume.smoke, volume))
+  if (GasChannels channels; bind_gas(channels, volume))
     return march_kernels().extinction(extinction, channels, points.x, points.y, points.z, points.n);
   FireAndSmoke gas;
   fire_and_smoke(gas, volume, points, {.linear_fire = true, .linear_smoke = true, .colors = false});

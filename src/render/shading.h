@@ -8,6 +8,7 @@
 // See VolumeShader for c and b. Extinction is the same in all three channels.
 #pragma once
 
+#include "render/march/march_kernels.h"
 #include "render/render_volume.h"
 
 namespace nbx {
@@ -42,6 +43,10 @@ void shade(Shaded& out, const RenderVolume& volume, const RayRecord& ray, const 
 /// What shadow rays and matte volumes need: extinction alone, by the linear filter and without
 /// depth fade.
 void shade_extinction(float* extinction, const RenderVolume& volume, const Points& points);
+
+/// Fills in what the kernels need for the same. False if they can't do it, because noise or the
+/// flow displaces a shader.
+bool bind_gas(GasChannels& gas, const RenderVolume& volume);
 
 /// The points where a shader looks up its channels.
 void displace(Points& out, const RenderVolume& volume, const VolumeShader& shader,

@@ -37,6 +37,13 @@ class GlowGrid {
   bool IsCrossed(const Vector& origin, const Vector& direction) const {
     return !IsEmpty() && !lattice_.Cross({origin, direction}).IsEmpty();
   }
+  std::array<Vector, 8> Corners() const {
+    std::array<Vector, 8> corners;
+    for (int n = 0; n < 8; ++n)
+      corners[n] = lattice_.At(n & 1 ? lattice_.count[0] : 0, n & 2 ? lattice_.count[1] : 0,
+                               n & 4 ? lattice_.count[2] : 0);
+    return corners;
+  }
 
  private:
   friend class GlowView;

@@ -22,15 +22,23 @@ double Lambda(double cosine, double alpha) {
   return 0.5 * (std::sqrt(1 + alpha * alpha * (1 - c2) / std::max(c2, 1e-12)) - 1);
 }
 
+double AlphaOf(const SurfaceMaterial& material) {
+  const double roughness = std::clamp(material.roughness, 0.0, 1.0);
+  return roughness * roughness < kMirrorAlpha ? 0 : roughness * roughness;
+}
+
 }  // namespace
+
+bool IsMirror(const SurfaceMaterial& material) {
+  return AlphaOf(material) <= 0 && !IsBlack(material.reflection);
+}
 
 SurfaceShading::SurfaceShading(const SurfaceHit& hit, const Vector& direction, double time)
     : hit_(hit), basis_(hit.smooth), viewer_(basis_.ToLocal(direction * -1)) {
   const SurfaceMaterial& material = *hit.material;
   emission_ = material.emission.At(hit.uvw, time);
   reflection_ = Clamped(material.reflection);
-  const double roughness = std::clamp(material.roughness, 0.0, 1.0);
-  alpha_ = roughness * roughness < kMirrorAlpha ? 0 : roughness * roughness;
+  alpha_ = AlphaOf(material);
   const Vector below = kWhite - Mirrored(viewer_.z);
   const Vector share = Clamped(material.transparency.At(hit.uvw, time));
   passing_ = Times(below, share);

@@ -13,6 +13,9 @@
 
 namespace host {
 
+/// True if all light that the surface reflects goes in the mirrored direction.
+bool IsMirror(const SurfaceMaterial& material);
+
 class SurfaceShading {
  public:
   /// `direction` is the direction of the ray that hit the surface.
@@ -35,6 +38,8 @@ class SurfaceShading {
   bool IsDull() const { return HasGloss() || !IsBlack(diffuse_); }
   Vector DiffuseDirection(double u, double v) const;
   Vector GlossDirection(double u, double v) const;
+  /// The fraction of light that a mirror reflects.
+  Vector MirrorShare() const { return IsRough() ? Vector{} : Mirrored(viewer_.z); }
   /// The fraction of light that passes straight through.
   Vector StraightShare() const { return hit_.material->refraction == 1 ? passing_ : Vector{}; }
   /// The RayType of that event.

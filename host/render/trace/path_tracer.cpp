@@ -31,6 +31,8 @@ struct PathTracer::Path {
   int bounces_left = 0;
   /// The segment runs through glow whose light was gathered at its start.
   bool glow_is_known = false;
+  /// So was the light that the glow sends over the mirror at the segment's end.
+  bool image_is_known = false;
   /// True if the path has only passed straight through transparent surfaces so far.
   bool IsStraight() const { return (type & ~(kRayTransparency | kRayRoughTransparency)) == 0; }
 
@@ -113,6 +115,7 @@ bool PathTracer::PassesHole(const SurfaceHit& hit, Sampler& sampler) const {
 /// Adds the light of the surface to the path and chooses the next direction. False if the path
 /// ends.
 bool PathTracer::Continue(Path& path, const SurfaceHit& hit, Sampler& sampler) {
+  const bool image_was_known = std::exchange(path.image_is_known, false);
   if (PassesHole(hit, sampler)) {
     path.origin = hit.point - hit.normal * hit.offset;
     return true;
@@ -127,21 +130,39 @@ bool PathTracer::Continue(Path& path, const SurfaceHit& hit, Sampler& sampler) {
   if (bounce.type == 0 || IsBlack(bounce.weight)) return false;
   if (bounce.type == kRayIndirect) --path.bounces_left;
   path.Turn(hit, bounce);
-  if ((bounce.type & (kRayTransparency | kRayRoughTransparency)) == 0)
-    path.glow_is_known = gathers && (bounce.type & (kRayIndirect | kRayRoughReflection)) != 0 &&
-                         scene_.glow.IsCrossed(path.origin, path.direction);
+  if ((bounce.type & (kRayTransparency | kRayRoughTransparency)) != 0) return true;
+  path.image_is_known = gathers && (bounce.type & (kRayIndirect | kRayRoughReflection)) != 0;
+  const bool is_image = image_was_known && bounce.type == kRayReflection && IsGlowMirror(hit);
+  path.glow_is_known =
+      (path.image_is_known || is_image) && scene_.glow.IsCrossed(path.origin, path.direction);
   return true;
 }
 
-/// Light of the glow that comes straight to a surface, through holes and panes as well.
-///
-/// The grid is a control variate: its estimate of the light up to the first surface always counts,
-/// and a random part of the rays is traced through the effects to correct it.
+bool PathTracer::IsGlowMirror(const SurfaceHit& hit) const {
+  return std::any_of(scene_.glow_mirrors.begin(), scene_.glow_mirrors.end(),
+                     [&](const GlowMirror& mirror) { return mirror.IsHit(hit); });
+}
+
+/// Light of the glow that comes to a surface straight or over one flat mirror.
 Vector PathTracer::GlowLight(const Path& from, const SurfaceShading& shading, const SurfaceHit& hit,
                              Sampler& sampler) {
   Path path = from;
   path.origin = hit.point + hit.normal * hit.offset;
-  const GlowView view(scene_.glow, path.origin, hit.normal);
+  Vector sum = GlowOf(path, shading, GlowView(scene_.glow, path.origin, hit.normal), sampler);
+  for (const GlowMirror& mirror : scene_.glow_mirrors)
+    if (mirror.Shows(scene_.glow, path.origin))
+      sum = sum +
+            GlowOf(path, shading, GlowView(scene_.glow, path.origin, hit.normal, &mirror), sampler);
+  return sum;
+}
+
+/// Light from one view of the glow, through holes and panes as well.
+///
+/// The grid is a control variate: its estimate of the light up to the first surface always counts,
+/// and a random part of the rays is traced through the effects to correct it.
+Vector PathTracer::GlowOf(const Path& from, const SurfaceShading& shading, const GlowView& view,
+                          Sampler& sampler) {
+  Path path = from;
   const GlowRay ray = ChooseGlowRay(shading, view, sampler);
   if (IsBlack(ray.weight)) return {};
   path.direction = ray.direction;
@@ -150,8 +171,20 @@ Vector PathTracer::GlowLight(const Path& from, const SurfaceShading& shading, co
   ++counts_.rays;
   std::optional<SurfaceHit> next = Meet(path);
   const bool corrects = sampler.Next1D() < kCorrected;
+  Vector weight = ray.weight;
+  double walked = 0;
+  if (const GlowMirror* mirror = view.Mirror()) {
+    if (!next || !mirror->IsHit(*next)) return {};
+    const Vector share = SurfaceShading(*next, path.direction, scene_.time).MirrorShare();
+    weight = Times(weight, share);
+    if (corrects) path.weight = Times(weight, AskSpace(path, sampler, next->distance).transparency);
+    walked = next->distance;
+    path.Turn(*next, {mirror->Turned(path.direction), {1, 1, 1}, kRayReflection});
+    ++counts_.rays;
+    next = Meet(path);
+  }
   const Vector estimate =
-      Times(ray.weight, view.Expect(ray.direction, next ? next->distance : INFINITY));
+      Times(weight, view.Expect(ray.direction, walked + (next ? next->distance : INFINITY)));
   if (!corrects) return estimate;
   Vector sum;
   for (int segment = 0; segment < kMostSegments; ++segment) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/render/sampler.h"
+#include "host/render/surfaces/glow_view.h"
 #include "host/render/surfaces/surface_shading.h"
 #include "host/render/trace/volume_query.h"
 
@@ -35,8 +36,12 @@ class PathTracer {
                      Sampler& sampler);
   Vector GlowLight(const Path& path, const SurfaceShading& shading, const SurfaceHit& hit,
                    Sampler& sampler);
+  Vector GlowOf(const Path& from, const SurfaceShading& shading, const GlowView& view,
+                Sampler& sampler);
   std::optional<SurfaceHit> Meet(const Path& path) const;
   bool PassesHole(const SurfaceHit& hit, Sampler& sampler) const;
+  /// True if the reflection in the surface is one in which surfaces see the glow.
+  bool IsGlowMirror(const SurfaceHit& hit) const;
   bool Continue(Path& path, const SurfaceHit& hit, Sampler& sampler);
   static bool Survives(Path& path, Sampler& sampler);
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/render/surfaces/glow_grid.h"
+#include "host/render/surfaces/glow_mirror.h"
 #include "host/render/surfaces/surface_scene.h"
 #include "host/render/trace/light_source.h"
 #include "host/render/trace/render_camera.h"
@@ -27,6 +27,7 @@ struct RenderScene {
   RenderCamera camera;
   Vector background;
   GlowGrid glow;  ///< glow of the effects; empty without bounces
+  std::vector<GlowMirror> glow_mirrors = FindGlowMirrors(surfaces);
   int bounces = 0;
   bool has_shutter = false;
   double time = 0;                      ///< of the frame, in seconds

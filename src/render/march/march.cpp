@@ -26,6 +26,10 @@ void place(Points& points, const VolumeEntry& entry, const double* t, int n) {
   kernels.place(points.t, 0, 1, t, kBlock);
 }
 
+void spread(double* t, double start, double step, int n) {
+  for (int i = 0; i < kBlock; ++i) t[i] = start + std::min(i, n - 1) * step;
+}
+
 template <class T, class Element>
 constexpr std::array<T, kBlock> block_of(Element element) {
   std::array<T, kBlock> block{};
@@ -151,6 +155,22 @@ void March::sum_sigma(float* sigma, const double* t, int n) const {
   }
 }
 
+std::optional<GasRay> March::gas_ray() const {
+  std::optional<GasRay> ray;
+  for (const VolumeEntry& entry : entries_) {
+    if (!entry.active) continue;
+    if (ray || is_blurred(*entry.volume)) return {};
+    ray.emplace();
+    if (!bind_gas(ray->gas, *entry.volume)) return {};
+    for (int axis = 0; axis < 3; ++axis) {
+      ray->origin[axis] = entry.voxelOrigin[axis];
+      ray->direction[axis] = entry.voxelDirection[axis];
+    }
+    ray->scale = entry.volume->sigmaScale;
+  }
+  return ray;
+}
+
 // Below the cutoff, half of the rays end with transmittance 0 and the others count twice. The mean
 // stays the same, and rays don't march on through darkness.
 bool March::survives_roulette() {
@@ -191,16 +211,14 @@ bool March::for_each_block(double begin, double end, const StepLengths& lengths,
   for (double taken = 0; taken < count;) {
     const double start = first + taken * step;
     if (lengths.skip_empty) {
-      const double empty = std::floor(empty_distance_at(start) / step);
-      if (empty >= 1) {
-        taken += empty;
+      const double empty = empty_distance_at(start);
+      if (empty >= step) {
+        taken += std::floor(empty / step);
         continue;
       }
     }
     const int n = std::min<double>(kBlock, count - taken);
-    double t[kBlock];
-    for (int i = 0; i < kBlock; ++i) t[i] = start + std::min(i, n - 1) * step;
-    if (!body(t, n, step)) return false;
+    if (!body(start, step, n)) return false;
     taken += n;
   }
   return true;
@@ -209,7 +227,9 @@ bool March::for_each_block(double begin, double end, const StepLengths& lengths,
 bool March::view_fixed(double begin, double end, const StepLengths& lengths) {
   BlockSums sums;
   alignas(64) float depth[kBlock], loss[kBlock];
-  return for_each_block(begin, end, lengths, [&](const double* t, int n, double step) {
+  return for_each_block(begin, end, lengths, [&](double start, double step, int n) {
+    double t[kBlock];
+    spread(t, start, step, n);
     sum_volumes(sums, t, n);
     for (int i = 0; i < kBlock; ++i) depth[i] = sums.sigma[i] * static_cast<float>(step);
     march_kernels().absorb(loss, depth, n);
@@ -274,12 +294,19 @@ bool March::shadow(double begin, double end) {
   const double depth_before = -std::log(transmittance_ * incoming_);
   const double cutoff_depth = -std::log(renderer_.cutoff);
   double depth = 0;  // of this stretch
-  alignas(64) float sigma[kBlock];
-  const bool whole = for_each_block(begin, end, lengths, [&](const double* t, int n, double step) {
-    sum_sigma(sigma, t, n);
+  alignas(64) double rise[kBlock];
+  const std::optional<GasRay> ray = gas_ray();
+  const bool whole = for_each_block(begin, end, lengths, [&](double start, double step, int n) {
+    if (ray) {
+      march_kernels().depths(rise, *ray, start, step, n);
+    } else {
+      double t[kBlock];
+      alignas(64) float sigma[kBlock];
+      spread(t, start, step, n);
+      sum_sigma(sigma, t, n);
+      for (int i = 0; i < kBlock; ++i) rise[i] = std::max(0.0f, sigma[i]) * step;
+    }
     // The depth only rises, so if it is below the cutoff after the block, it always was.
-    double rise[kBlock];
-    for (int i = 0; i < kBlock; ++i) rise[i] = std::max(0.0f, sigma[i]) * step;
     double after = depth;
     for (const double r : rise) after += r;
     if (depth_before + after <= cutoff_depth) {
@@ -287,8 +314,8 @@ bool March::shadow(double begin, double end) {
       return true;
     }
     for (int i = 0; i < n; ++i) {
-      if (!(sigma[i] > 0)) continue;
-      depth += sigma[i] * step;
+      if (!(rise[i] > 0)) continue;
+      depth += rise[i];
       if (depth_before + depth <= cutoff_depth) continue;
       if (random_.coin()) return false;
       depth -= std::numbers::ln2;

@@ -1,9 +1,11 @@
 // Marches one ray over stretches of it. Within a stretch the same volumes are active.
 #pragma once
 
+#include <optional>
 #include <span>
 
 #include "render/march/clip_ray.h"
+#include "render/march/march_kernels.h"
 #include "render/march/ray_random.h"
 #include "render/volume_renderer.h"
 
@@ -39,13 +41,15 @@ class March {
   bool view_fixed(double begin, double end, const StepLengths& lengths);
   bool view_adaptive(double begin, double end, const StepLengths& lengths);
   /// Covers [begin, end] with samples `step` apart, the first at a random place within a step, and
-  /// calls body(t, n, step) for each block of n samples. Stops if it returns false, and returns
+  /// calls body(start, step, n) for each block of n samples. Stops if it returns false, and returns
   /// that.
   template <class Body>
   bool for_each_block(double begin, double end, const StepLengths& lengths, const Body& body);
 
   void sum_volumes(BlockSums& sums, const double* t, int n) const;
   void sum_sigma(float* sigma, const double* t, int n) const;
+  /// The only active volume, as kernels see it; none if there are others or if it needs more.
+  std::optional<GasRay> gas_ray() const;
   /// How much light a step adds: the largest channel.
   double contribution(const BlockSums& sums, float loss, int i) const;
   bool add_step(const BlockSums& sums, float loss, int i);

@@ -91,6 +91,21 @@ NBX_FLATTEN void place_row(float* a, double origin, double direction, const doub
     for (int i = 0; i < 16; ++i) a[at + i] = static_cast<float>(origin + t[at + i] * direction);
 }
 
+NBX_FLATTEN void depth_rows(double* depth, const GasRay& ray, double start, double step, int n) {
+  constexpr int kMost = 16;
+  alignas(64) double t[kMost];
+  alignas(64) float x[kMost], y[kMost], z[kMost], extinction[kMost];
+  for (int i = 0; i < kMost; ++i) t[i] = start + (i < n ? i : n - 1) * step;
+  place_row(x, ray.origin[0], ray.direction[0], t, kMost);
+  place_row(y, ray.origin[1], ray.direction[1], t, kMost);
+  place_row(z, ray.origin[2], ray.direction[2], t, kMost);
+  extinction_rows(extinction, ray.gas, x, y, z, n);
+  for (int i = 0; i < kMost; ++i) {
+    const float sigma = i < n ? extinction[i] * ray.scale : 0.0f;
+    depth[i] = (sigma > 0.0f ? sigma : 0.0f) * step;
+  }
+}
+
 NBX_FLATTEN void clamped_rows(float* out, const KernelField& field, const float* x, const float* y,
                               const float* z, int n) {
   const KernelField f = field;
@@ -163,7 +178,8 @@ NBX_FLATTEN void table_rows(float* const* out, const float* const* channels, int
 }  // namespace
 
 extern const MarchKernels kMarchKernels;
-const MarchKernels kMarchKernels{linear_rows,     clamped_rows, catmull_rom_rows, bspline_rows,
-                                 extinction_rows, place_row,    absorb_rows,      table_rows};
+const MarchKernels kMarchKernels{linear_rows,  clamped_rows,    catmull_rom_rows,
+                                 bspline_rows, extinction_rows, depth_rows,
+                                 place_row,    absorb_rows,     table_rows};
 
 }  // namespace nbx::NBX_ISA

@@ -19,6 +19,13 @@ struct GasChannels {
   float mask_scale = 0;  // fireMaskScale
 };
 
+/// A ray through the gas of one volume: its point at the distance t is origin + t direction.
+struct GasRay {
+  GasChannels gas;
+  double origin[3]{}, direction[3]{};
+  float scale = 0;  // sigmaScale
+};
+
 /// All arrays are aligned to 64 bytes and hold kBlock floats, of which the first n count. Others,
 /// up to a whole row of lanes, are read and written as well.
 struct MarchKernels {
@@ -32,6 +39,9 @@ struct MarchKernels {
   /// The extinction of the gas by the linear filter.
   void (*extinction)(float* out, const GasChannels& gas, const float* x, const float* y,
                      const float* z, int n);
+
+  /// The optical depths of n <= 16 steps of a ray, sampled at start, start + step ...; 0 beyond n.
+  void (*depths)(double* depth, const GasRay& ray, double start, double step, int n);
 
   /// a[i] = origin + t[i] * direction in double precision, for count floats, a multiple of 16.
   void (*place)(float* a, double origin, double direction, const double* t, int count);
