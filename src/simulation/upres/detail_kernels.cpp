@@ -50,9 +50,37 @@ NBX_FLATTEN void noise(float* dst, const float* const (&rows)[3], const RowPlace
   });
 }
 
+/// The smallest of the differences to both neighbors and across.
+F smallest_difference(F before, F here, F after) {
+  const F forward = after - here, central = (after - before) * 0.5f, backward = here - before;
+  const F least = select(abs(central) < abs(forward), central, forward);
+  return select(abs(backward) < abs(least), backward, least);
+}
+
+NBX_FLATTEN void doubt(float* doubtful, const float* const (&cells)[3], std::ptrdiff_t y,
+                       std::ptrdiff_t z, float most, int n) {
+  const float margin = (1 - 1 / most) * 0.999f;  // of the sums, which are rounded
+  const std::ptrdiff_t steps[3] = {1, y, z};
+  sweep(n, [&](int i, auto count) {
+    I sure = splat(-1);
+    for (int row = 0; row < 3; ++row) {
+      const float* const p = cells[row] + i;
+      const F here = load(p, count);
+      F off = splat(0.0f);
+      for (int axis = 0; axis < 3; ++axis) {
+        const F slope =
+            smallest_difference(load(p - steps[axis], count), here, load(p + steps[axis], count));
+        off += abs(slope - (row == axis ? 1.0f : 0.0f));
+      }
+      sure &= off < splat(margin);
+    }
+    store(doubtful + i, select(sure, splat(0.0f), splat(1.0f)), count);
+  });
+}
+
 }  // namespace
 
 extern const DetailKernels kDetailKernels;
-const DetailKernels kDetailKernels{blend, refine, noise};
+const DetailKernels kDetailKernels{blend, refine, noise, doubt};
 
 }  // namespace nbx::NBX_ISA

@@ -1,5 +1,6 @@
 // The inner loops of the detail of an up-resolution run: rows of a coarse field on a finer grid,
-// and noise along them. Compiled once per instruction set (util/isa.h).
+// noise along them, and the search for distorted cells. Compiled once per instruction set
+// (util/isa.h).
 #pragma once
 
 #include "math/wavelet_noise.h"
@@ -28,6 +29,11 @@ struct DetailKernels {
   /// fine cells.
   void (*noise)(float* dst, const float* const (&rows)[3], const RowPlaces& places,
                 const NoiseRows& tile, const NoiseBand* bands, int band_count);
+  /// doubtful[i] = 0 for cells of three coordinates that are stretched and squeezed by less than
+  /// `most`, else 1: no eigenvalue of the Jacobian J is further from 1 than the largest row sum of
+  /// |J - 1| (Gershgorin). `y` and `z` are the steps to the next row and plane.
+  void (*doubt)(float* doubtful, const float* const (&cells)[3], std::ptrdiff_t y, std::ptrdiff_t z,
+                float most, int n);
 };
 
 const DetailKernels& detail_kernels();

@@ -73,15 +73,4 @@ Jacobian smallest_differences(const std::array<const Field<float>*, 3>& map, std
   return J;
 }
 
-bool surely_below(const Jacobian& J, double most) {
-  const double margin = (1 - 1 / most) * (1 - 1e-9);  // the nearer of 1 / most and most to 1
-  for (int row = 0; row < 3; ++row) {
-    double off = 0;
-    for (int column = 0; column < 3; ++column)
-      off += std::abs(J[row][column] - (row == column ? 1 : 0));
-    if (!(off < margin)) return false;
-  }
-  return true;
-}
-
 }  // namespace nbx

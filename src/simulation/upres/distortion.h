@@ -16,8 +16,4 @@ double distortion(const Jacobian& J);
 /// across them, each derivative takes the smallest, so that one bad neighbor doesn't count.
 Jacobian smallest_differences(const std::array<const Field<float>*, 3>& map, std::size_t cell);
 
-/// True only if distortion(J) is below `most`, which is at least 1: no eigenvalue is further from 1
-/// than the largest row sum of |J - 1| (Gershgorin). Most cells need no more than this test.
-bool surely_below(const Jacobian& J, double most);
-
 }  // namespace nbx

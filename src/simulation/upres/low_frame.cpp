@@ -6,7 +6,7 @@ namespace nbx {
 
 LowFrame open_low_frame(const std::shared_ptr<BFS>& source, int frame) {
   LowFrame low;
-  low.frame = SlotHandle(source, frame, 0, true);
+  low.frame = SlotHandle(source, frame, 0, true, true);  // nobody needs it a second time
   if (!low.frame) return {};
   Domain covered;
   covered.active_box = low.box = low.frame->box();

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "simulation/fluid_tools3d.h"
+#include "simulation/upres/detail_kernels.h"
 #include "simulation/upres/distortion.h"
 
 namespace nbx {
@@ -85,12 +86,20 @@ void TextureCoordinates::regen_distorted() {
   const std::array<const Field<float>*, 3> map{tex[0], tex[1], tex[2]};
   const Vec3i dims = tex_x.dims();
   const FieldHandle distorted = acquire_field(dims);
-  each_cell(dims, 1, [&](int i, int j, int k) {
-    const std::size_t cell = distorted->index(i, j, k);
-    const Jacobian J = smallest_differences(map, cell);
-    // Also for values that aren't numbers.
-    (*distorted)[cell] = !surely_below(J, kMostDistortion) && !(distortion(J) < kMostDistortion);
-  });
+  const int n = dims[0] - 2;
+#pragma omp parallel for schedule(static)
+  for (int k = 1; k < dims[2] - 1; ++k)
+    for (int j = 1; j < dims[1] - 1; ++j) {
+      const std::size_t first = distorted->index(1, j, k);
+      float* const row = &(*distorted)[first];
+      const float* const cells[3] = {&(*map[0])[first], &(*map[1])[first], &(*map[2])[first]};
+      detail_kernels().doubt(row, cells, dims[0], std::ptrdiff_t{dims[0]} * dims[1],
+                             kMostDistortion, n);
+      // Values that aren't numbers count as distorted.
+      for (int i = 0; i < n; ++i)
+        if (row[i] != 0)
+          row[i] = !(distortion(smallest_differences(map, first + i)) < kMostDistortion);
+    }
   each_cell(dims, 1, [&](int i, int j, int k) {
     if ((*distorted)(i, j, k) != 0) put_to_rest(tex, i, j, k, tex_origin);
   });
