@@ -28,6 +28,7 @@ bool register_classes(host::HostServices& services) {
           {texts::kHelp, register_help_tool, "Failed to register help tool"},
           {texts::kStartSimulation, register_simulate_command, "Failed to register sim tools"},
           {texts::kContinueSimulation, register_continue_command, "Failed to register sim tools"},
+          {texts::kUpResolution, register_upres_command, "Failed to register sim tools"},
           {"Check scene", register_check_command, "Failed to register check command", kOptional},
           {"Cache information", register_info_command, "Failed to register info command",
            kOptional},

@@ -59,7 +59,7 @@ void parameter_changed(host::BaseObject& volume, std::int32_t id) {
 }  // namespace
 
 std::shared_ptr<BFS> VolumeObject::get_cache(const host::BaseObject& object) {
-  const std::string directory = find_cache(object);
+  const std::string directory = shown_cache(object);
   if (directory.empty() || (cache_ && cache_->directory() == directory)) return cache_;
   return cache_ = getCache(directory);
 }

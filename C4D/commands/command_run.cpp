@@ -9,6 +9,7 @@
 #include "C4D/commands/run_options.h"
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
+#include "C4D/run/coarse_run.h"
 #include "C4D/run/domain_checks.h"
 #include "C4D/run/earlier_run.h"
 #include "C4D/run/run_checks.h"
@@ -49,8 +50,9 @@ CommandRun::CommandRun(const host::CommandArguments& arguments, host::CommandCon
 
 bool CommandRun::check() {
   if (const Outcome frames = take_frames(arguments_, volume_); !frames) return refuse(frames);
-  for (const auto step : {&CommandRun::take_start, &CommandRun::check_scene,
-                          &CommandRun::take_cache, &CommandRun::check_start})
+  for (const auto step :
+       {&CommandRun::take_start, &CommandRun::check_scene, &CommandRun::take_cache,
+        &CommandRun::take_source, &CommandRun::check_start})
     if (const Outcome good = (this->*step)(); !good) return refuse(good);
   return true;
 }
@@ -63,8 +65,8 @@ bool CommandRun::refuse(const Outcome& why) const {
 /// A cache with a known place is made here, so that errors name its path.
 bool CommandRun::make_cache() {
   const std::string directory = named_cache(volume_);
-  if (directory.empty()) return true;         // the run makes a new one
-  if (!check_unlocked(volume_)) return true;  // start_simulation refuses
+  if (directory.empty()) return true;                                   // the run makes a new one
+  if (!check_unlocked(volume_, !request_.source.empty())) return true;  // start_simulation refuses
   const Outcome made = check_writable(directory);
   return made || refuse(made);
 }
@@ -108,6 +110,8 @@ Outcome CommandRun::take_start() {
     request_.from = RunRequest::From::kFrame;
     return Outcome::success();
   }
+  if (arguments_.Has("upres"))
+    return Outcome::failure("--start-from: with --upres, give the number of a frame");
   const std::string path = absolute_path(from);
   if (!QFileInfo(QString::fromStdString(path)).isFile())
     return Outcome::failure("--start-from: there is no file " + path);
@@ -120,13 +124,20 @@ Outcome CommandRun::take_start() {
 Outcome CommandRun::check_scene() {
   if (Outcome possible = check_domain_and_range(volume_); !possible) return possible;
   if (arguments_.Has("yes") || arguments_.Has("force")) return Outcome::success();
-  const RunMemory memory = run_memory(volume_);
+  const RunMemory memory = run_memory(volume_, arguments_.Has("upres"));
   return memory.exceeds_machine() ? Outcome::failure(memory.text + "; --force tries it anyway")
                                   : Outcome::success();
 }
 
 Outcome CommandRun::take_cache() {
   return set_cache(arguments_, volume_).empty() ? Outcome::success() : check_own_cache(volume_);
+}
+
+/// With --upres, the cache is that of the coarse run, and the frames go into another.
+Outcome CommandRun::take_source() {
+  if (!arguments_.Has("upres")) return Outcome::success();
+  request_.source = take_upres_cache(volume_);
+  return check_coarse_run(volume_, request_.source);
 }
 
 /// --start-from with the number of a frame.

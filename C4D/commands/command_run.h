@@ -29,6 +29,7 @@ class CommandRun {
   Outcome take_start();
   Outcome check_scene();
   Outcome take_cache();
+  Outcome take_source();
   Outcome check_start();
   bool refuse(const Outcome& why) const;
   std::string cache_option(const std::string& cache) const;

@@ -17,6 +17,7 @@ namespace {
 
 constexpr std::int32_t kStartSimulation = 1023994;
 constexpr std::int32_t kContinueSimulation = 1027553;
+constexpr std::int32_t kUpResolution = 1027554;
 
 /// Applies --threads and --device. False, after an error, if there is no such device.
 bool apply_machine_options(const host::CommandArguments& arguments, host::CommandContext& context) {
@@ -118,6 +119,11 @@ class SimulateCommand : public host::CommandData {
                          .help = "Continue from a frame of the cache: from its state if there is "
                                  "one, else from the channels that the cache stores. Or start from "
                                  "the state in a frame file (./10 is a file, 10 is a frame)"},
+                        {.name = "upres",
+                         .type = OptionType::Flag,
+                         .help = "Add detail to the finished run in the cache: its motion on a "
+                                 "grid that is upres_factor times finer. The frames go into the "
+                                 "folder with \" upres\" after its name"},
                         {.name = "overwrite",
                          .type = OptionType::Flag,
                          .help = "Replace the frames of an earlier run, also if --continue finds "
@@ -174,6 +180,25 @@ class ContinueCommand final : public SimulateCommand {
   }
 };
 
+/// `simulate --upres` as a command of its own.
+class UpresCommand final : public SimulateCommand {
+ public:
+  host::CommandInfo GetInfo() const override {
+    host::CommandInfo info = SimulateCommand::GetInfo();
+    info.verb = "upres";
+    info.help = "Adds detail to the finished run in the cache of a scene, as simulate --upres does";
+    std::erase_if(info.options,
+                  [](const host::OptionInfo& option) { return option.name == "upres"; });
+    return info;
+  }
+
+  int Execute(const host::CommandArguments& arguments, host::CommandContext& context) override {
+    host::CommandArguments more = arguments;
+    more.AddFlag("upres");
+    return SimulateCommand::Execute(more, context);
+  }
+};
+
 }  // namespace
 
 bool register_simulate_command(host::HostServices& services, const std::string& name) {
@@ -182,6 +207,10 @@ bool register_simulate_command(host::HostServices& services, const std::string& 
 
 bool register_continue_command(host::HostServices& services, const std::string& name) {
   return register_command<ContinueCommand>(services, kContinueSimulation, name);
+}
+
+bool register_upres_command(host::HostServices& services, const std::string& name) {
+  return register_command<UpresCommand>(services, kUpResolution, name);
 }
 
 }  // namespace nbx

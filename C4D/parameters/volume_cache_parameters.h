@@ -58,21 +58,22 @@ struct CacheParameters : VolumeGroup {
 };
 
 struct UpresParameters : CacheParameters {
+  Flag SHOW_UPRES = flag(1422, "SHOW_UPRES", false,
+                         "Show the frames of the up-resolution run, which are in the folder with "
+                         "\" upres\" after its name; otherwise those of the simulation");
   Whole UPRES_FACTOR = whole(1363, "UPRES_FACTOR", 2, 1, 64,
-                             "Resolution of an up-resolution run relative to the cache's")
-                           .still()
-                           .later();
+                             "Voxels of an up-resolution run per voxel of the cache and axis: 2 "
+                             "gives 8 times as many voxels")
+                           .still();
   Real UPRES_NOISE = real(1365, "UPRES_NOISE", 3, -kUnbounded, kUnbounded, "%",
-                          "Strength of the detail that an up-resolution run adds")
-                         .later();
+                          "Strength of the detail that an up-resolution run adds; 0: the same "
+                          "motion with sharper smoke");
   Real UPRES_PERSISTENCE = real(1366, "UPRES_PERSISTENCE", 0.56, 0, 1, "",
-                                "Strength of detail relative to detail of twice the size")
-                               .later();
+                                "Strength of detail relative to detail of twice the size");
   Whole UPRES_EXTRA_BANDS =
       whole(1402, "UPRES_EXTRA_BANDS", 0, 0, 64,
             "Number of larger sizes of detail that are added too, each twice the size of the one "
-            "before; 0: only detail smaller than the voxels of the cache")
-          .later();
+            "before; 0: only detail smaller than the voxels of the cache");
 };
 
 }  // namespace nbx

@@ -36,8 +36,8 @@ struct ContainerParameters : NoiseParameters {
 struct SolverParameters : ContainerParameters {
   Flag CACHE_VELOCITY =
       flag(1106, "CACHE_VELOCITY", false,
-           "Store the velocity in the cache: needed for motion blur, displacement "
-           "and particles that follow the gas")
+           "Store the velocity in the cache: needed for motion blur, displacement, "
+           "particles that follow the gas, and up-resolution")
           .still();
   Flag ADVECT_CUBIC =
       flag(1070, "ADVECT_CUBIC", false,

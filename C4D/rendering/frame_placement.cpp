@@ -33,12 +33,14 @@ Affine3d world_to_cells(const SimFrame& frame) {
   return to_cells * flip_z();
 }
 
-VolumeGrid domain(const host::BaseObject& volume) {
-  return volume_grid(volume, ParameterReader(volume)(OVOLUME.VOXEL_SIZE));
+/// The domain of the run that made the frames: of the volume's voxels, or of their parts.
+VolumeGrid domain(const host::BaseObject& volume, bool upres) {
+  const ParameterReader p(volume);
+  return volume_grid(volume, p(OVOLUME.VOXEL_SIZE), upres ? p(OVOLUME.UPRES_FACTOR) : 1);
 }
 
-Affine3d object_to_domain(const host::BaseObject& volume) {
-  return domain(volume).world_to_grid * to_affine(volume.GetMg());
+Affine3d object_to_domain(const host::BaseObject& volume, bool upres) {
+  return domain(volume, upres).world_to_grid * to_affine(volume.GetMg());
 }
 
 bool same_voxels(const Affine3d& a, const Affine3d& b) {
@@ -65,7 +67,7 @@ bool is_domain(const Affine3d& to_cells) {
 
 // From the space of the saved object to domain cells. The matrix of a frame belongs to some time
 // within the frame, so if the object moved then, the domain is taken from the object's size.
-std::optional<Affine3d> as_saved(const host::BaseObject& saved, const SimFrame& frame) {
+std::optional<Affine3d> as_saved(const host::BaseObject& saved, const SimFrame& frame, bool upres) {
   host::BaseDocument& document = saved.GetDocument();
   const auto object_at = [&](const host::BaseTime& time) {
     document.SetTime(time);
@@ -77,17 +79,17 @@ std::optional<Affine3d> as_saved(const host::BaseObject& saved, const SimFrame& 
   const Affine3d object = object_at(to_base_time(t.time));
   const Affine3d stored = world_to_cells(frame) * object;
   if (object == before && is_domain(stored)) return stored;
-  const Affine3d from_size = object_to_domain(saved);
+  const Affine3d from_size = object_to_domain(saved, upres);
   if (same_voxels(stored, from_size)) return from_size;
   return {};
 }
 
 // Places the frame in the current domain of the object if it fits, otherwise in the world.
-Affine3d as_it_is_now(const host::BaseObject& volume, const SimFrame& frame) {
+Affine3d as_it_is_now(const host::BaseObject& volume, const SimFrame& frame, bool upres) {
   const Affine3d stored = world_to_cells(frame), object = to_affine(volume.GetMg());
-  const VolumeGrid grid = domain(volume);
+  const VolumeGrid grid = domain(volume, upres);
   const IntBox box = frame.box();
-  const Affine3d now = object_to_domain(volume);
+  const Affine3d now = object_to_domain(volume, upres);
   // Without a saved scene the object may have had no scale when the run was made.
   const bool fits = same_voxels(stored, grid.world_to_grid) || same_voxels(stored, now);
   return fits && grid.box().contains(box.lo) && grid.box().contains(box.hi) ? now : stored * object;
@@ -111,10 +113,11 @@ const host::BaseObject* FramePlacement::saved_volume(const host::BaseObject& vol
 
 Affine3d FramePlacement::object_to_cells(const host::BaseObject& volume, const SimFrame& frame,
                                          const std::string& directory) {
+  const bool upres = upres_source(directory) != directory;
   std::optional<Affine3d> to_domain;
   if (const host::BaseObject* saved = saved_volume(volume, directory))
-    to_domain = as_saved(*saved, frame);
-  if (!to_domain) to_domain = as_it_is_now(volume, frame);
+    to_domain = as_saved(*saved, frame, upres);
+  if (!to_domain) to_domain = as_it_is_now(volume, frame, upres);
   to_domain->translation = to_domain->translation - vector_cast<double>(frame.offset());
   return *to_domain;
 }

@@ -9,6 +9,7 @@
 #include "C4D/services/texts.h"
 #include "C4D/settings/shading_settings.h"
 #include "C4D/settings/volume_cache.h"
+#include "cache/cache_registry.h"
 #include "cache/stale_frames.h"
 
 namespace nbx {
@@ -70,7 +71,8 @@ void prepare(HostVolume& volume, host::BaseRender& render, const host::BaseDocum
   VolumeParams params = shading_params(*volume.object);
   if (!wants_frame(params)) return;
   const int number = frame_at_time(*volume.object, now);
-  const std::shared_ptr<BFS> cache = volume_cache(*volume.object, false);
+  const std::string directory = shown_cache(*volume.object);
+  const std::shared_ptr<BFS> cache = directory.empty() ? nullptr : getCache(directory);
   volume.frame = SlotHandle(cache, number, 0, true);
   if (!volume.frame) {
     report_missing(volume, number, cache, render);

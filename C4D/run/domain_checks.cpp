@@ -45,6 +45,13 @@ std::string fitting_voxel_size(const host::BaseObject& volume, double voxel_size
   return {};
 }
 
+/// What makes the domain of a run fit.
+template <class Fits>
+std::string cure(const host::BaseObject& volume, const SolverParams& params, Fits fits) {
+  return params.upres ? "make upres_factor smaller"
+                      : fitting_voxel_size(volume, params.voxel_size, fits);
+}
+
 bool fits_frame_file(const VolumeGrid& grid) {
   const Vec3d& n = grid.cells;
   return (n[0] + 3) * (n[1] + 3) * (n[2] + 3) <= kBcfMaxCells;
@@ -53,13 +60,19 @@ bool fits_frame_file(const VolumeGrid& grid) {
 }  // namespace
 
 Outcome check_domain(const host::BaseObject& volume, double voxel_size) {
-  const VolumeGrid grid = volume_grid(volume, voxel_size);
+  SolverParams params;
+  params.voxel_size = voxel_size;
+  return check_domain(volume, params);
+}
+
+Outcome check_domain(const host::BaseObject& volume, const SolverParams& params) {
+  const VolumeGrid grid = run_grid(volume, params);
   const bool fits = fits_frame_file(grid);
   if (const std::string wrong = what_is_wrong(grid); !wrong.empty() && fits)
     return Outcome::failure(wrong);
   if (fits) return Outcome::success();
   return Outcome::failure(domain_text(grid.cells) + "is more than a frame file can hold: " +
-                          fitting_voxel_size(volume, voxel_size, fits_frame_file));
+                          cure(volume, params, fits_frame_file));
 }
 
 RunMemory run_memory(const SolverParams& params, const FrameSink& sink,
@@ -67,20 +80,20 @@ RunMemory run_memory(const SolverParams& params, const FrameSink& sink,
   const auto need = [&](const VolumeGrid& grid) {
     return workspace_bytes(params, sink, grid.cells, has_solids);
   };
-  const VolumeGrid grid = volume_grid(volume, params.voxel_size);
+  const VolumeGrid grid = run_grid(volume, params);
   RunMemory memory{need(grid), 1.0 * physical_memory(), 1.0 * available_memory(), {}};
   memory.text = domain_text(grid.cells) + "may need " + size_text(memory.need) +
                 " of memory. This machine has " + size_text(memory.machine) + ", " +
                 size_text(memory.free) + " of it free";
   if (memory.exceeds_free() || memory.exceeds_machine())
-    memory.text += ": " + fitting_voxel_size(volume, params.voxel_size, [&](const VolumeGrid& g) {
-                     return need(g) <= memory.free;
-                   });
+    memory.text +=
+        ": " + cure(volume, params, [&](const VolumeGrid& g) { return need(g) <= memory.free; });
   return memory;
 }
 
-RunMemory run_memory(host::BaseObject& volume) {
+RunMemory run_memory(host::BaseObject& volume, bool upres) {
   SolverParams params;
+  params.upres = upres;
   FrameSink sink;
   read_run_settings(params, sink, volume);
   return run_memory(params, sink, volume, has_solids(find_source_tags(volume.GetDocument())));

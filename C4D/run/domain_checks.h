@@ -13,6 +13,8 @@ namespace nbx {
 /// A failure, with the cure, if no simulation can have the volume's domain at the document's time,
 /// or no frame file can hold it.
 Outcome check_domain(const host::BaseObject& volume, double voxel_size);
+/// The same for a run with these parameters.
+Outcome check_domain(const host::BaseObject& volume, const SolverParams& params);
 
 /// The memory that a run may need at most, once its gas fills the domain. Bytes; 0 is unknown.
 struct RunMemory {
@@ -28,6 +30,6 @@ RunMemory run_memory(const SolverParams& params, const FrameSink& sink,
                      const host::BaseObject& volume, bool has_solids);
 
 /// The same for a run that has not been prepared, at the document's time.
-RunMemory run_memory(host::BaseObject& volume);
+RunMemory run_memory(host::BaseObject& volume, bool upres = false);
 
 }  // namespace nbx

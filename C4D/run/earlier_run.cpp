@@ -2,6 +2,7 @@
 
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
+#include "C4D/run/coarse_run.h"
 #include "C4D/run/finished_run.h"
 #include "C4D/run/run_checks.h"
 #include "C4D/run/states/state_directory.h"
@@ -23,16 +24,6 @@ int frame_at(const host::BaseTime& time, const host::BaseObject& volume) {
   return FrameTime{to_fraction(time), frame_length(volume.GetDocument().GetFps())}.frame();
 }
 
-/// The frames of a cache that belong to its last run.
-std::set<int> own_frames(const std::string& directory) {
-  std::set<int> frames;
-  if (directory.empty()) return frames;
-  const std::set<int> stale = stale_frames(directory);
-  for (const auto& [frame, name] : list_frames(directory))
-    if (!stale.contains(frame)) frames.insert(frame);
-  return frames;
-}
-
 /// The run continues from a state of the volume's cache. It began where that state's run did; if
 /// nobody has noted that, at the first of the frames that lead to the state without a gap.
 RunOrigin continue_from(std::unique_ptr<SavedState> state, const host::BaseObject& volume,
@@ -42,7 +33,7 @@ RunOrigin continue_from(std::unique_ptr<SavedState> state, const host::BaseObjec
   if (state->notes && state->notes->range) {
     start = state->notes->range->start;
   } else {
-    const std::set<int> frames = own_frames(directory);
+    const std::set<int> frames = frames_of_run(directory);
     for (int frame = time.frame(); frames.contains(--frame);)
       start = time.length * Fraction{static_cast<double>(frame), 1};
   }
@@ -103,7 +94,7 @@ std::unique_ptr<SavedState> read_frame(const std::string& directory, int frame,
 
 /// "frames 11-20": the earlier run's frames after `frame`. Empty if there are none.
 std::string later_frames(const host::BaseObject& volume, int frame) {
-  std::set<int> later = own_frames(find_cache(volume));
+  std::set<int> later = frames_of_run(find_cache(volume));
   later.erase(later.begin(), later.upper_bound(frame));
   return later.empty() ? "" : named_frames(later);
 }
@@ -121,12 +112,15 @@ bool may_replace_after(host::BaseObject& volume, const SavedState& state, RunFro
   return choice == OldCache::kOverwrite;
 }
 
-Origin start_from_frame(host::BaseObject& volume, int frame, RunFrontEnd& front_end) {
+Origin start_from_frame(host::BaseObject& volume, const RunRequest& request,
+                        RunFrontEnd& front_end) {
+  const int frame = request.frame.value_or(0);
   const std::string directory = find_cache(volume);
   auto state = read_frame(directory, frame, front_end);
   if (!state) return {};
   std::optional<SceneRecord> scene;
-  if (!state->notes) scene = saved_scene(volume, directory, state->frame.frameTime.time);
+  if (!state->notes)
+    scene = saved_scene(volume, directory, state->frame.frameTime.time, !request.source.empty());
   if (!may_replace_after(volume, *state, front_end)) return {};
   RunOrigin origin = continue_from(std::move(state), volume, directory);
   origin.scene = std::move(scene);
@@ -137,7 +131,7 @@ Origin start_from_frame(host::BaseObject& volume, int frame, RunFrontEnd& front_
 std::optional<int> frame_before(const host::BaseObject& volume) {
   if (ParameterReader(volume)(OVOLUME.LOAD_STATE)) return {};
   const int frame = frame_at(time_range(volume).start, volume) - 1;
-  return own_frames(find_cache(volume)).contains(frame) ? std::optional(frame) : std::nullopt;
+  return frames_of_run(find_cache(volume)).contains(frame) ? std::optional(frame) : std::nullopt;
 }
 
 /// "Nothing to do: frames 0-20 are there."
@@ -150,9 +144,9 @@ std::string nothing_to_do(const host::BaseObject& volume) {
          " there.";
 }
 
-Origin start_new(host::BaseObject& volume, RunFrontEnd& front_end) {
+Origin start_new(host::BaseObject& volume, const std::string& source, RunFrontEnd& front_end) {
   if (!must_ask_about_cache(volume)) return RunOrigin{};
-  if (auto run = find_finished_run(volume)) {
+  if (auto run = find_finished_run(volume, source)) {
     const bool is_longer =
         fraction_less(run->notes->range->end, to_fraction(time_range(volume).end));
     if (!is_longer && front_end.may_skip(nothing_to_do(volume))) return {};
@@ -171,7 +165,7 @@ Origin start_new(host::BaseObject& volume, RunFrontEnd& front_end) {
 Outcome check_start_frame(const host::BaseObject& volume, int frame) {
   const std::string directory = named_cache(volume), number = std::to_string(frame);
   if (directory.empty()) return Outcome::failure("the volume has no cache yet");
-  const std::set<int> frames = own_frames(directory), stale = stale_frames(directory);
+  const std::set<int> frames = frames_of_run(directory), stale = stale_frames(directory);
   if (frames.contains(frame) || has_state_of(directory, frame)) return Outcome::success();
   const std::string there = "the frames to start from are " + frame_ranges(frames);
   if (stale.contains(frame))
@@ -187,11 +181,11 @@ Origin settle_origin(host::BaseObject& volume, const RunRequest& request, RunFro
     case RunRequest::From::kState:
       return continue_from_state(volume, request.frame, front_end);
     case RunRequest::From::kFrame:
-      return start_from_frame(volume, request.frame.value_or(0), front_end);
+      return start_from_frame(volume, request, front_end);
     case RunRequest::From::kStart:
       break;
   }
-  return start_new(volume, front_end);
+  return start_new(volume, request.source, front_end);
 }
 
 }  // namespace nbx

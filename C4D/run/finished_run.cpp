@@ -43,10 +43,10 @@ bool is_end_of_run(const SavedState& state, const Fraction& start, const std::st
 /// Whether the scene, at the time of the state, is that which the state came from. Leaves the
 /// document at the start of the range.
 bool scene_is_unchanged(host::BaseObject& volume, const SavedState& state,
-                        const host::BaseTime& start) {
+                        const host::BaseTime& start, bool upres) {
   host::BaseDocument& document = volume.GetDocument();
   evaluate(document, to_base_time(state.frame.frameTime.time));
-  const bool same = differences(state.notes->scene, scene_values(volume)).empty() &&
+  const bool same = differences(state.notes->scene, scene_values(volume, upres)).empty() &&
                     differences(state.notes->frames, frame_values(volume)).empty();
   evaluate(document, start);
   return same;
@@ -54,14 +54,16 @@ bool scene_is_unchanged(host::BaseObject& volume, const SavedState& state,
 
 }  // namespace
 
-std::unique_ptr<SavedState> find_finished_run(host::BaseObject& volume) {
-  if (ParameterReader(volume)(OVOLUME.LOAD_STATE)) return nullptr;
+std::unique_ptr<SavedState> find_finished_run(host::BaseObject& volume, const std::string& source) {
+  const bool upres = !source.empty();
+  if (!upres && ParameterReader(volume)(OVOLUME.LOAD_STATE)) return nullptr;
   const std::string directory = find_cache(volume);
   auto state = std::make_unique<SavedState>();
   if (!open_state(*state, last_state_file(directory))) return nullptr;
+  if (upres && a_run_started_after(*state, source)) return nullptr;
   const host::BaseTime start = time_range(volume).start;
   const bool same = is_end_of_run(*state, to_fraction(start), directory) &&
-                    scene_is_unchanged(volume, *state, start);
+                    scene_is_unchanged(volume, *state, start, upres);
   return same ? std::move(state) : nullptr;
 }
 

@@ -12,6 +12,7 @@ namespace nbx {
 /// would give the same frames: the run is finished and has all its frames, began where the volume's
 /// range does, and nothing in the scene has changed since. Else null. Leaves the document at the
 /// start of the range.
-std::unique_ptr<SavedState> find_finished_run(host::BaseObject& volume);
+/// `source` is that of RunRequest: a coarse run after an up-resolution run is a change too.
+std::unique_ptr<SavedState> find_finished_run(host::BaseObject& volume, const std::string& source);
 
 }  // namespace nbx

@@ -41,18 +41,19 @@ const host::BaseObject* find_sharer(const host::BaseObject* first, const host::B
 
 }  // namespace
 
-Outcome check_unlocked(const host::BaseObject& volume) {
-  if (ParameterReader(volume)(OVOLUME.CACHE_LOCK)) return Outcome::failure("cache_lock is on");
+Outcome check_unlocked(const host::BaseObject& volume, bool upres) {
+  if (!upres && ParameterReader(volume)(OVOLUME.CACHE_LOCK))
+    return Outcome::failure("cache_lock is on");
   const std::string directory = find_cache(volume);
   if (directory.empty() || !cache_locked(directory)) return Outcome::success();
   return Outcome::failure(directory + " holds CacheLock.lck");
 }
 
-Outcome check_can_run(const host::BaseObject* volume) {
+Outcome check_can_run(const host::BaseObject* volume, bool upres) {
   if (!volume) return Outcome::failure("aborting prepare_sim: volobj = NULL");
   if (!is_in_tree(volume->GetDocument().GetFirstObject(), *volume))
     return Outcome::failure("Simulation aborted!");
-  const Outcome unlocked = check_unlocked(*volume);
+  const Outcome unlocked = check_unlocked(*volume, upres);
   return unlocked ? unlocked : Outcome::failure("the cache is locked: " + unlocked.reason());
 }
 

@@ -10,10 +10,11 @@ namespace nbx {
 
 /// A failure if the cache is locked, because OVOLUME.CACHE_LOCK is on or the folder holds the lock
 /// file: no run may write into it.
-Outcome check_unlocked(const host::BaseObject& volume);
+/// OVOLUME.CACHE_LOCK says nothing about the cache of an up-resolution run.
+Outcome check_unlocked(const host::BaseObject& volume, bool upres = false);
 
 /// A failure if the volume is null, isn't in its document any more, or has a locked cache.
-Outcome check_can_run(const host::BaseObject* volume);
+Outcome check_can_run(const host::BaseObject* volume, bool upres);
 
 /// A failure, with the cure, if another volume of the scene that is switched on keeps its frames in
 /// the same folder.

@@ -18,6 +18,7 @@ struct RunRequest {
     kFrame,  // `frame` of the cache: its state, or else the frame itself
   } from = From::kStart;
   std::optional<int> frame;
+  std::string source;  // of an up-resolution run, the cache of the coarse run; else empty
 };
 
 /// By default a new run, from the start of its range or from the state that the volume's parameters
@@ -28,6 +29,7 @@ struct RunOrigin {
   std::string no_state;               // why none was found
   std::optional<SceneRecord> scene;   // that a state without notes came from
   std::optional<Fraction> start;      // of the earlier run, if that began before the volume's range
+  std::string source = {};            // as in the request
 };
 
 }  // namespace nbx

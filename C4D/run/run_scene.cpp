@@ -28,7 +28,8 @@ bool RunScene::pre_roll(double voxel_size) {
 }
 
 StepSettings RunScene::read_settings(const RunView& run, double dt) {
-  if (const auto device = front_end_.device()) set_device(cuda_use_flags(), *device);
+  if (const auto device = front_end_.device(); device && !run.params.upres)
+    set_device(cuda_use_flags(), *device);
   return read_step_settings(run, volume_, dt);
 }
 

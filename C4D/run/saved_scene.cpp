@@ -31,14 +31,14 @@ host::BaseObject* same_volume(const host::BaseObject& volume, host::BaseDocument
 }
 
 std::optional<SceneRecord> saved_scene(const host::BaseObject& volume, const std::string& directory,
-                                       const Fraction& time) {
+                                       const Fraction& time, bool upres) {
   if (!has_autosave(volume) || !host_services()) return {};
   const auto document = host_services()->LoadDocument({autosave_file(directory)});
   if (!document) return {};
   host::BaseObject* const saved = same_volume(volume, *document);
   if (!saved) return {};
   evaluate(*document, to_base_time(time));
-  return SceneRecord{scene_values(*saved, ComparedWith::kSavedScene), frame_values(*saved)};
+  return SceneRecord{scene_values(*saved, upres, ComparedWith::kSavedScene), frame_values(*saved)};
 }
 
 }  // namespace nbx

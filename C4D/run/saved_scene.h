@@ -21,6 +21,6 @@ struct SceneRecord {
 /// The values of the scene that the last run in the cache has saved, at a time of the document.
 /// Nothing if it can't be read. It is read without its meshes, so it says nothing about shapes.
 std::optional<SceneRecord> saved_scene(const host::BaseObject& volume, const std::string& directory,
-                                       const Fraction& time);
+                                       const Fraction& time, bool upres);
 
 }  // namespace nbx

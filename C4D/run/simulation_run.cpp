@@ -4,6 +4,7 @@
 
 #include <omp.h>
 
+#include "C4D/run/coarse_run.h"
 #include "C4D/run/domain_checks.h"
 #include "C4D/run/run_cache.h"
 #include "C4D/run/run_checks.h"
@@ -13,6 +14,7 @@
 #include "C4D/settings/scene_settings.h"
 #include "C4D/settings/volume_cache.h"
 #include "C4D/settings/volume_grid.h"
+#include "cache/cache_registry.h"
 #include "math/field_pool.h"
 #include "util/cuda_use_flags.h"
 #include "util/format_size.h"
@@ -31,7 +33,7 @@ Outcome SimulationRun::prepare() {
 // Where the front end wants to stop now, the run is left unprepared, which is no failure.
 Outcome SimulationRun::prepare_in_order() {
   // The user may have removed or locked the volume since the start.
-  if (Outcome can = check_can_run(volume_); !can) return can;
+  if (Outcome can = check_can_run(volume_, is_upres()); !can) return can;
   // Fields of an earlier run must not take memory from this one, and new ones live on the device.
   make_simulation();
   // A run without a place for its frames ends before it costs anything.
@@ -39,6 +41,7 @@ Outcome SimulationRun::prepare_in_order() {
   if (!sim_->sink.target_cache) return Outcome::failure("Failed to create cache for sim");
   front_end_.opened(volume_->GetName());
   // Channels and voxel size, which everything after this depends on.
+  sim_->params.upres = is_upres();
   read_run_settings(sim_->params, sim_->sink, *volume_);
   // The tags that are enabled before the document moves are those of the whole run.
   open_scene();
@@ -46,10 +49,7 @@ Outcome SimulationRun::prepare_in_order() {
   if (!scene_->evaluate_at(to_base_time(times_.start.time))) return Outcome::success();
   // The size of the domain decides about memory, so it comes before the first field.
   if (Outcome fits = take_domain(); !fits) return fits;
-  // A run that adds to another has had its warnings.
-  if (!origin_.state)
-    for (const SceneWarning& warning : scene_warnings(*volume_, &front_end_))
-      front_end_.warn(warning.text);
+  warn_of_scene();
 
   // The gas of a state gives the time that the run begins at.
   StateLoader state(std::move(origin_), {*scene_, *sim_, times_, front_end_, *stale_});
@@ -75,21 +75,37 @@ void SimulationRun::make_simulation() {
   }
   cuda_use_flags().use_gpu = true;
   if (const auto device = front_end_.device()) set_device(cuda_use_flags(), *device);
+  if (!is_upres()) return;
+  set_device(cuda_use_flags(), -1);
+  sim_->source_cache = getCache(source_);
 }
 
 void SimulationRun::open_scene() {
   times_ = run_times(*volume_);
   if (origin_.start) times_.now.time = times_.start.time = *origin_.start;
+  if (is_upres()) limit_to_coarse_run(times_, source_);
   sim_->clock.frame_duration = times_.start.length.value();
   scene_.emplace(*volume_, times_, front_end_);
   stale_.emplace(*sim_->sink.target_cache);
   states_.emplace(RunParts{*scene_, *sim_, times_, front_end_, *stale_});
 }
 
+// A run that adds to another has had its warnings, and the coarse run those of its scene.
+void SimulationRun::warn_of_scene() {
+  if (is_upres()) {
+    const std::string missing = missing_in_coarse_run(times_, source_);
+    if (!missing.empty())
+      front_end_.warn(source_ + " lacks " + missing +
+                      ": there the gas keeps the velocity of the frame before");
+  } else if (!origin_.state) {
+    for (const SceneWarning& warning : scene_warnings(*volume_, &front_end_))
+      front_end_.warn(warning.text);
+  }
+}
+
 Outcome SimulationRun::take_domain() {
-  const double voxel_size = sim_->params.voxel_size;
-  if (Outcome possible = check_domain(*volume_, voxel_size); !possible) return possible;
-  voxels_ = volume_grid(*volume_, voxel_size).dims();
+  if (Outcome possible = check_domain(*volume_, sim_->params); !possible) return possible;
+  voxels_ = run_grid(*volume_, sim_->params).dims();
   const RunMemory memory = run_memory(sim_->params, sim_->sink, *volume_, scene_->has_solids());
   if (memory.exceeds_machine()) {
     LogMessage() << "Maximum simulation workspace "

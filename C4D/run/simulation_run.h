@@ -6,6 +6,9 @@
 //     if (run.prepare()) while (run.has_next()) run.step();
 //     run.finish();   // always, also after a failure or an exception
 //
+// An up-resolution run, whose origin names the cache of the coarse run, covers only frames that
+// this cache has. If it begins in the middle, its noise begins at rest there.
+//
 // The front end may end it. Stop::kAtFrameEnd: the frame is completed and stored, and the state to
 // continue from is saved. Stop::kNow: the frame is left as soon as possible and isn't stored.
 #pragma once
@@ -27,7 +30,10 @@ class SimulationRun final : private SimProgress {
  public:
   /// The volume and its document, and the front end, must outlive the run.
   SimulationRun(host::BaseObject* volume, RunOrigin origin, RunFrontEnd& front_end)
-      : volume_(volume), origin_(std::move(origin)), front_end_(front_end) {}
+      : volume_(volume),
+        source_(origin.source),
+        origin_(std::move(origin)),
+        front_end_(front_end) {}
 
   /// Brings the run to its first frame, which is then stored, or to the state that it continues
   /// from. Throws what numeric code throws.
@@ -50,7 +56,9 @@ class SimulationRun final : private SimProgress {
  private:
   Outcome prepare_in_order();
   void make_simulation();
+  bool is_upres() const { return !source_.empty(); }
   void open_scene();
+  void warn_of_scene();
   Outcome take_domain();
   void report_start(bool continued);
   void mark_later_frames(bool continued);
@@ -63,6 +71,7 @@ class SimulationRun final : private SimProgress {
   void substep_done(const Simulation3D& sim) override;
 
   host::BaseObject* const volume_;
+  const std::string source_;  // of an up-resolution run, the cache of the coarse run; else empty
   RunOrigin origin_;
   RunFrontEnd& front_end_;
   RunTimes times_;

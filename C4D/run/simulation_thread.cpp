@@ -1,5 +1,8 @@
 #include "C4D/run/simulation_thread.h"
 
+#include "C4D/parameters/parameter_reader.h"
+#include "C4D/parameters/volume_parameters.h"
+#include "C4D/run/coarse_run.h"
 #include "C4D/run/earlier_run.h"
 #include "C4D/run/run_checks.h"
 #include "C4D/run/run_failure.h"
@@ -39,7 +42,9 @@ bool SimulationThread::start_simulation(host::BaseObject* object, const RunReque
     return false;
   };
   if (!object) return refuse(texts::kNoVolume);
-  if (const Outcome unlocked = check_unlocked(*object); !unlocked) {
+  const bool upres = !request.source.empty();
+  if (upres && !upres_source_ok(request.source)) return refuse(texts::kNoUpresSource);
+  if (const Outcome unlocked = check_unlocked(*object, upres); !unlocked) {
     front_end.refuse(texts::kCacheLocked.title + " (" + unlocked.reason() + ")",
                      texts::kCacheLocked.text);
     return false;
@@ -51,6 +56,11 @@ bool SimulationThread::start_simulation(host::BaseObject* object, const RunReque
   End(true);
   std::optional<RunOrigin> origin = settle_origin(*object, request, front_end);
   if (!origin) return false;
+  origin->source = request.source;
+  if (upres && origin->state &&
+      !has_upres_factor(origin->state->frame, request.source,
+                        ParameterReader(*object)(OVOLUME.UPRES_FACTOR)))
+    return refuse(texts::kOtherUpresFactor);
   if (renders_at_another_rate(object->GetDocument()))
     front_end.message(texts::kFrameRatesDiffer.title, texts::kFrameRatesDiffer.text);
   autosave(*object);

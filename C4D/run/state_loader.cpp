@@ -12,7 +12,8 @@ namespace nbx {
 void StateLoader::read() {
   if (!origin_.continues) {
     const ParameterReader p(run_.scene.volume());
-    if (!p(OVOLUME.LOAD_STATE)) return;
+    // A state of the volume is one of its coarse run.
+    if (!p(OVOLUME.LOAD_STATE) || run_.sim.params.upres) return;
     const std::string path = run_.scene.document().Resolve(p(OVOLUME.STATE_FILE)).path;
     auto state = std::make_unique<SavedState>();
     if (const Outcome done = read_state(*state, path))
@@ -57,7 +58,7 @@ void StateLoader::warn_of_missing_channels() {
     missing += (missing.empty() ? "" : ", ") + channel;
     cure += (cure.empty() ? "cache_" : ", cache_") + channel;
   };
-  const bool has_velocity = FluidSystem::has_velocity(frame);
+  const bool has_velocity = run_.sim.params.upres || FluidSystem::has_velocity(frame);
   if (!has_velocity) add("velocity");
   const SolverParams& params = run_.sim.params;
   for (const int key : params.simulated_channels)
@@ -111,9 +112,9 @@ void StateLoader::warn_of_differences() {
   if (!notes && !origin_.scene) return;
   const SceneRecord then = notes ? SceneRecord{notes->scene, notes->frames} : *origin_.scene;
   host::BaseObject& volume = run_.scene.volume();
-  const SceneRecord now{
-      scene_values(volume, notes ? ComparedWith::kNotes : ComparedWith::kSavedScene),
-      frame_values(volume)};
+  const SceneRecord now{scene_values(volume, run_.sim.params.upres,
+                                     notes ? ComparedWith::kNotes : ComparedWith::kSavedScene),
+                        frame_values(volume)};
   const std::string frame = std::to_string(origin_.state->frame.frameTime.frame());
   for (const std::string& line : differences(then.scene, now.scene))
     run_.front_end.warn("the scene has changed since frame " + frame + " was simulated: " + line);

@@ -46,8 +46,8 @@ void StateSaver::save(const std::string& path) {
   // Without the break test, since the state of a stopped run needs the whole scene too.
   evaluate(run_.scene.document(), to_base_time(run_.times.now.time));
   host::BaseObject& volume = run_.scene.volume();
-  const StateNotes notes{run_.sim.fluid().wind_seen(), scene_values(volume), frame_values(volume),
-                         run_.times.range(), run_.sim.noise_state()};
+  const StateNotes notes{run_.sim.fluid().wind_seen(), scene_values(volume, run_.sim.params.upres),
+                         frame_values(volume), run_.times.range(), run_.sim.noise_state()};
   if (const Outcome written = write_state(path, run_.sim, run_.times.now, notes); !written) {
     run_.front_end.warn("the state to continue from isn't saved: " + written.reason());
     return;

@@ -13,6 +13,8 @@ inline const std::string kHelp = "Nimbrix Help";
 inline const std::string kStartSimulation = "Start Simulation";
 inline const std::string kContinueSimulation = "Continue Simulation";
 
+inline const std::string kUpResolution = "Up-Resolution";
+
 inline const std::string kSimulating = "Simulating";
 inline const std::string kPreparingVolumes = "Preparing volumes";
 inline const std::string kLightInSmoke = "Light in smoke, stage";
@@ -29,6 +31,12 @@ inline const Box kNoCacheFolder{"The cache has no folder",
                                 "A folder for the cache can't be made. The log says why."};
 inline const Box kCacheLocked{"The cache is locked",
                               "Unlock the cache of the volume object, or give it another one."};
+inline const Box kNoUpresSource{
+    "The cache has no velocity to add detail to",
+    "Turn cache_velocity on and simulate the volume; then start the up-resolution."};
+inline const Box kOtherUpresFactor{
+    "The up-resolution run in the cache has voxels of another size",
+    "Continue it with the upres_factor that it was made with, or start it again."};
 inline const Box kFrameRatesDiffer{
     "Frame rates differ",
     "The render settings have another frame rate than the document. The simulation uses the "

@@ -57,6 +57,10 @@ void read_step_params(SolverParams& params, const ParameterReader& p) {
   params.drag = std::clamp(p(OVOLUME.DRAG), 0.0, 1.0);
   params.clamp_velocity = p(OVOLUME.CLAMP_VELOCITY);
   params.vorticity = p(OVOLUME.VORTICITY);
+  params.upres_extra_bands = std::max(p(OVOLUME.UPRES_EXTRA_BANDS), 0);
+  params.upres_noise_amount = p(OVOLUME.UPRES_NOISE) * 0.01;
+  const double persistence = std::min(p(OVOLUME.UPRES_PERSISTENCE), 1.0);
+  params.upres_noise_persistence = persistence > 0 ? persistence : 1;
   read_noise(params, p);
   read_channel_params(params, p);
 }
@@ -71,14 +75,15 @@ Fraction time_scale(const host::BaseObject& volume) {
 void read_run_settings(SolverParams& params, FrameSink& sink, const host::BaseObject& volume) {
   const ParameterReader p(volume);
   read_channel_sets(params, sink, p);
-  params.voxel_size = p(OVOLUME.VOXEL_SIZE);
+  params.upres_factor = std::max(p(OVOLUME.UPRES_FACTOR), 1);
+  params.voxel_size = p(OVOLUME.VOXEL_SIZE) / (params.upres ? params.upres_factor : 1);
   params.interp_points = p(OVOLUME.ADVECT_CUBIC) ? 4 : 3;
   sink.cache_direct = p(OVOLUME.CACHE_DIRECT);
   params.keep_traces = !sink.cache_direct;
 }
 
 StepSettings read_step_settings(const RunView& run, host::BaseObject& volume, double dt) {
-  const VolumeGrid grid = volume_grid(volume, run.params.voxel_size);
+  const VolumeGrid grid = run_grid(volume, run.params);
   if (const std::string wrong = what_is_wrong(grid); !wrong.empty()) throw Exception(wrong);
   const ParameterReader p(volume);
   StepSettings step{run.params, run.domain};

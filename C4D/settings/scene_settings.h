@@ -8,7 +8,7 @@
 namespace nbx {
 
 /// Reads what is constant over a run: channels, voxel size, sampling, what frames hold. The voxel
-/// size must be above 0.
+/// size must be above 0. `params.upres` is set before.
 void read_run_settings(SolverParams& params, FrameSink& sink, const host::BaseObject& volume);
 
 /// The settings of a substep at the document's time: `run` with all that may be animated read

@@ -13,6 +13,8 @@ namespace nbx {
 
 namespace {
 
+const std::string kUpres = " upres";
+
 /// "fire.log" for the volume "log" in the scene "fire.json".
 QString name_of(const host::BaseObject& volume) {
   const QFileInfo scene(QString::fromStdString(volume.GetDocument().GetDocumentName()));
@@ -80,15 +82,32 @@ std::string make_new_cache(host::BaseObject& volume) {
     return make_cache(volume);
   }
   const QDir folder(QString::fromStdString(base));
+  const bool upres = named_cache(volume).ends_with(kUpres);
   QString name;
   for (int i = 1; name.isEmpty() || folder.exists(name); ++i)
-    name = name_of(volume) + QString(".%1").arg(i, 3, 10, QChar('0'));
+    name = name_of(volume) + QString(".%1").arg(i, 3, 10, QChar('0')) +
+           QString::fromStdString(upres ? kUpres : "");
   if (!folder.mkpath(".") || !folder.mkdir(name)) {
     LogMessage() << "Failed to create cache dir " << folder.absoluteFilePath(name);
     return {};
   }
   set_cache_dir_data(volume, {base, name.toStdString()});
   return find_cache(volume);
+}
+
+std::string upres_cache(const std::string& directory) {
+  return directory.ends_with(kUpres) ? directory : directory + kUpres;
+}
+
+std::string upres_source(const std::string& directory) {
+  return directory.ends_with(kUpres) ? directory.substr(0, directory.size() - kUpres.size())
+                                     : directory;
+}
+
+std::string shown_cache(const host::BaseObject& volume) {
+  if (!ParameterReader(volume)(OVOLUME.SHOW_UPRES)) return find_cache(volume);
+  const std::string named = named_cache(volume), upres = upres_cache(named);
+  return !named.empty() && QDir(QString::fromStdString(upres)).exists() ? upres : std::string();
 }
 
 std::shared_ptr<BFS> volume_cache(host::BaseObject& volume, bool create) {

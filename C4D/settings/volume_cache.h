@@ -32,6 +32,16 @@ std::string make_cache(host::BaseObject& volume);
 /// was never on disk gets a new folder as in make_cache. Empty, after a log line, if that fails.
 std::string make_new_cache(host::BaseObject& volume);
 
+/// The folder of the frames that an up-resolution run makes of those in `directory`: its name
+/// followed by " upres". Such a folder is its own.
+std::string upres_cache(const std::string& directory);
+/// The inverse.
+std::string upres_source(const std::string& directory);
+
+/// The folder of the frames that the volume shows: find_cache, or its up-resolution cache if
+/// OVOLUME.SHOW_UPRES is on. Empty if it doesn't exist.
+std::string shown_cache(const host::BaseObject& volume);
+
 /// The open store of find_cache; null if there is none. With `create`, of make_cache.
 std::shared_ptr<BFS> volume_cache(host::BaseObject& volume, bool create);
 

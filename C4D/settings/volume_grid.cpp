@@ -31,7 +31,8 @@ bool finite(const Affine3d& m) {
 //     cell = F M^-1 p / v - lo - 1/2
 //
 // where M is the object's matrix and F the flip of z. So the center of cell i has coordinate i.
-VolumeGrid volume_grid(const host::BaseObject& volume, double voxel_size) {
+// Cell x then becomes the cells from f x on, whose centers are at f (x + 1/2) - 1/2 and so on.
+VolumeGrid volume_grid(const host::BaseObject& volume, double voxel_size, int factor) {
   const double v = std::max(voxel_size, 2.220446049250313e-16);
   const Vec3d center = to_flipped_vector(volume.GetMp());
   const Vec3d size = to_vector(ParameterReader(volume)(OVOLUME.SIZE));
@@ -41,12 +42,17 @@ VolumeGrid volume_grid(const host::BaseObject& volume, double voxel_size) {
   for (int a = 0; a < 3; ++a) {
     const double lo = std::floor((center[a] - size[a] / 2) / v);
     const double hi = std::ceil((center[a] + size[a] / 2) / v);
-    grid.cells[a] = std::max(hi - lo, 2.0);
-    to_cells.rows[a][a] = (a == 2 ? -1 : 1) / v;
-    to_cells.translation[a] = -lo - 0.5;
+    grid.cells[a] = std::max(hi - lo, 2.0) * factor;
+    to_cells.rows[a][a] = (a == 2 ? -1 : 1) * factor / v;
+    to_cells.translation[a] = -lo * factor - 0.5;
   }
   grid.world_to_grid = to_cells * inverse(to_affine(volume.GetMg()));
   return grid;
+}
+
+VolumeGrid run_grid(const host::BaseObject& volume, const SolverParams& params) {
+  if (!params.upres) return volume_grid(volume, params.voxel_size);
+  return volume_grid(volume, ParameterReader(volume)(OVOLUME.VOXEL_SIZE), params.upres_factor);
 }
 
 Vec3i VolumeGrid::dims() const {

@@ -6,6 +6,7 @@
 #include "host/interface/scene.h"
 #include "math/affine_transform.h"
 #include "math/int_box.h"
+#include "simulation/solver_params.h"
 
 namespace nbx {
 
@@ -19,7 +20,12 @@ struct VolumeGrid {
   IntBox box() const { return {{0, 0, 0}, dims() - Vec3i(1, 1, 1)}; }
 };
 
-VolumeGrid volume_grid(const host::BaseObject& volume, double voxel_size);
+/// Each voxel of that size is divided into `factor` voxels along each axis.
+VolumeGrid volume_grid(const host::BaseObject& volume, double voxel_size, int factor = 1);
+
+/// The domain of a run. An up-resolution run divides the voxels of the coarse run, whose size is
+/// the volume's.
+VolumeGrid run_grid(const host::BaseObject& volume, const SolverParams& params);
 
 /// Why the domain can't be simulated, as half a sentence; empty if it can.
 std::string what_is_wrong(const VolumeGrid& grid);

@@ -90,7 +90,7 @@ void EmitterSampler::update_inputs(const RunView& run, StepSources& sources, dou
   const int n = source_substeps(volume_, tags_, voxel_size, start, start + duration);
   for (int i = 1; i <= n; ++i) {
     evaluate(volume_.GetDocument(), start + i * duration / n);
-    sources.world_to_grid = volume_grid(volume_, voxel_size).world_to_grid;
+    sources.world_to_grid = run_grid(volume_, run.params).world_to_grid;
     for (auto tag = tags_.rbegin(); tag != tags_.rend(); ++tag)
       sample(run, sources, **tag, duration / n / clock.frame_duration);
   }

@@ -27,6 +27,18 @@ void ChooseCache(const Document& document, const std::string& directory) {
                                         {std::filesystem::absolute(directory).string()});
 }
 
+/// Lets all objects that have frames of an up-resolution run show those. Throws std::runtime_error
+/// if there is none.
+void ChooseUpres(const Document& document) {
+  bool any = false;
+  for (SceneObject* object : document.AllObjects())
+    if (const auto* found = object->State().type->description.Find("show_upres")) {
+      object->GetDataInstance().SetBool(found->id, true);
+      any = true;
+    }
+  if (!any) throw std::runtime_error("--upres: no object of the scene has a cache");
+}
+
 }  // namespace
 
 CommandInfo RenderCommand::GetInfo() const {
@@ -44,6 +56,7 @@ int RenderCommand::Execute(const CommandArguments& arguments, CommandContext& co
   try {
     if (arguments.Has("cache"))
       ChooseCache(static_cast<Document&>(*document), arguments.GetString("cache"));
+    if (arguments.Has("upres")) ChooseUpres(static_cast<Document&>(*document));
     job = ReadJob(arguments, *document);
     if (!arguments.Has("force")) CheckWork(job);
     for (const std::int32_t frame : {job.frames.front(), job.frames.back()})

@@ -7,7 +7,8 @@
 
 namespace nbx {
 
-/// Types 8, 9 and 27 to 32 are read where a frame has them; no run writes them.
+/// Types 8, 9 and 27 to 32 are read where a frame has them. No frame of a run has them; the states
+/// of an up-resolution run hold 8, 9 and 27.
 enum GridType : int {
   kGridDensity = 2,
   kGridTemperature = 3,

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <random>
+#include <vector>
 
 #include "math/mfield.h"
 #include "math/noise/noise_params.h"
@@ -70,5 +71,22 @@ void m_fractal3D_field(MField& field, const WaveletNoise& noise, const NoisePara
 /// All bands at one point, in voxels; derivative as for evaluate(), with respect to noise cells.
 float fractal3D(const WaveletNoise& noise, const NoiseParams& params, const Vec3f& p,
                 int derivative);
+
+/// One band of the sum: the noise at `frequency` times the position, times `amplitude`.
+struct NoiseBand {
+  float frequency, amplitude;
+};
+/// All bands of the sum, in its order.
+std::vector<NoiseBand> noise_bands(const NoiseParams& params);
+
+/// The tile for kernels that evaluate it at any points (math/lanes/noise_lanes.h): each row is
+/// followed by its first cells, so that a read of four cells may begin anywhere.
+struct NoiseRows {
+  const float* data;
+  int edge;   // of the tile, a power of two
+  int pitch;  // from one row to the next
+};
+/// Fills `storage` with the rows of a tile that isn't empty.
+NoiseRows noise_rows(Field<float>& storage, const WaveletNoise& noise);
 
 }  // namespace nbx

@@ -13,6 +13,7 @@ enum ChannelKey : int {
   kSolid = 6,
   kExpansion = 8,        // an output of the fuel, no field of its own
   kBurned = 9,           // what burns in the next substep, a part of the state
+  kTexture = 10,         // texture coordinates of an up-resolution run, a part of the state
   kSecondVelocity = 18,  // the velocity without its noise detail
 };
 

@@ -26,8 +26,11 @@ class CuslKernels3D : public FluidSystem {
   double max_step() override;
   void grow_box(double dt, IntBox& box) override;
 
- private:
+ protected:
+  /// The transport of this substep along the velocity.
   AdvectionParams advection_params(Lookup lookup);
+
+ private:
   void clamp_to_grid();
   void build_detail(VelocityForce& forces);
 

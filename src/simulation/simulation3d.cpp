@@ -16,7 +16,10 @@ void Simulation3D::setup() {
     systems_.push_back(std::move(system));
     return static_cast<typename decltype(system)::pointer>(systems_.back().get());
   };
-  fluid_ = add(std::make_unique<CuslKernels3D>(run));
+  if (params.upres)
+    fluid_ = upres_ = add(std::make_unique<UpresFluid>(run));
+  else
+    fluid_ = add(std::make_unique<CuslKernels3D>(run));
   pressure_ = add(std::make_unique<PressureSystem>(run));
   noise_ = add(std::make_unique<NoiseForceSystem>(run));
   storables_ = {fluid_, pressure_};
@@ -65,14 +68,19 @@ void Simulation3D::init_state(SceneEvaluator& scene) {
   call(&SimSystem::after_channel_advection);
   call(&SimSystem::after_velocity_advection);
   take_sources(scene);
-  fit_container({});
+  if (upres_)
+    follow_source(scene);
+  else
+    fit_container({});
   finish_channels(scene);
   call(&SimSystem::after_sources);
   call(&SimSystem::end_step);
+  if (upres_) sources_.clear();
   call(&SimSystem::end_frame);
 }
 
 bool Simulation3D::start(SceneEvaluator& scene, const FrameTime& time) {
+  clock.frame = time.frame();
   init_state(scene);
   return store_frame(time, 0);
 }
@@ -86,6 +94,7 @@ bool Simulation3D::load_state(SceneEvaluator& scene, SimFrame& frame) {
   if (!has_cells) LogMessage() << "Failed to load state form sim frame: Invalid grid size";
 
   clock.sim_time = frame.simTime;
+  clock.frame = frame.frameTime.frame();
   init_state(scene);
   sources_.clear();  // the state holds those of its time
   // Even without cells, the frame has the velocity of the air around the gas.
@@ -108,6 +117,7 @@ void Simulation3D::update(SceneEvaluator& scene, FrameTime& time, SimProgress* p
   times_ = {};
   times_.out = since_update_.seconds();
   progress_ = progress;
+  clock.frame = time.frame();
 
   if (steps_remaining_ < 1)
     begin_frame();

@@ -12,10 +12,15 @@
 //     sim.start(scene, time);              // the first frame holds the sources of its instant
 //     while (more) sim.update(scene, time, progress);
 //
+// With `params.upres` the velocity isn't simulated but read from `source_cache`, the frames of a
+// coarser run (upres/upres_fluid.h). Such a run has phases of its own; transport, sources and
+// combustion of the channels are the same.
+//
 // One thread calls all of it; the numeric operators use more threads inside.
 #pragma once
 
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "simulation/cusl_kernels3d.h"
@@ -23,6 +28,7 @@
 #include "simulation/steps/force_systems.h"
 #include "simulation/steps/pressure_system.h"
 #include "simulation/steps/scalar_fluid_channel.h"
+#include "simulation/upres/upres_fluid.h"
 #include "util/stopwatch.h"
 
 namespace nbx {
@@ -45,12 +51,14 @@ class Simulation3D final : private VelocityForce,
                            private CombustionSource,
                            private SolverProgress {
  public:
-  // The driver of the run sets params, clock and sink before the start, and clock.sim_time between
-  // frames. Within `update`, and for `domain` always, only the run writes them.
+  // The driver of the run sets params, clock, sink and source_cache before the start, and
+  // clock.sim_time between frames. Within `update`, and for `domain` always, only the run writes
+  // them. `params.upres` stays as it is.
   SolverParams params;
   StepClock clock;
   Domain domain;
   FrameSink sink;
+  std::shared_ptr<BFS> source_cache;  // of the coarse run, with `params.upres`
 
   Simulation3D() = default;
   ~Simulation3D() override = default;
@@ -115,6 +123,7 @@ class Simulation3D final : private VelocityForce,
 
   // A substep and its phases, in order.
   struct Phase;
+  static std::span<const Phase> phases(bool upres);
   bool substep(SceneEvaluator& scene);
   void run_phase(const Phase& phase, SceneEvaluator& scene);
   void plan_step(SceneEvaluator& scene);
@@ -139,6 +148,8 @@ class Simulation3D final : private VelocityForce,
   bool abort_requested(int done, int total) override;
 
   void fit_container(const IntBox& wanted);
+  void follow_source(SceneEvaluator&);
+  void drop_unused_sources(SceneEvaluator&);
   IntBox with_sources_and_walls(const IntBox& content) const;
   IntBox expanded_box(MField& divergence) const;
 
@@ -153,6 +164,7 @@ class Simulation3D final : private VelocityForce,
 
   std::vector<std::unique_ptr<SimSystem>> systems_;  // in creation order, the order of every hook
   CuslKernels3D* fluid_ = nullptr;
+  UpresFluid* upres_ = nullptr;  // the same, in an up-resolution run
   PressureSystem* pressure_ = nullptr;
   NoiseForceSystem* noise_ = nullptr;
   std::vector<ScalarFluidChannel*> channels_;

@@ -35,6 +35,13 @@ struct SolverParams {
   int max_cycles = 10;               // V-cycles of the final solve
   int solid_iterations = 10;         // passes of the iteration around solids
 
+  // Up-resolution: the velocity comes from the frames of a coarser run, and detail is added to it.
+  bool upres = false;
+  int upres_factor = 2;       // voxels per coarse voxel and axis
+  int upres_extra_bands = 0;  // of detail that is larger than the coarse voxels
+  double upres_noise_amount = 0.03;
+  double upres_noise_persistence = 0.56;  // amplitude of a band over that of the band before
+
   // Active box.
   double velocity_box_threshold = 10;  // speed that counts as content; below 0: none does
   bool fit_to_walls = true;            // the box holds the solids and reaches out to closed faces

@@ -10,6 +10,7 @@ namespace nbx {
 struct StepClock {
   FrameTime sim_time;         // start of the current frame and its length, in simulation time
   double frame_duration = 1;  // seconds of a frame of the document: the unit of decay and drag
+  int frame = 0;              // its number in the document
   int step_index = 0;         // substeps done in this frame
   double frame_elapsed = 0;   // seconds of simulation time already done in this frame
   double dt = 0;              // length of the current substep in seconds; 0 for the first frame

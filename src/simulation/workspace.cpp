@@ -17,14 +17,17 @@ double workspace_bytes(const SolverParams& params, const FrameSink& sink, const 
   // fields leave.
   const int advection = (params.keep_traces ? 3 : 0) + 3 + 3 + 2;
   const int projection = has_solids ? 16 : 8;
-  const int solids = has_solids ? 4 : 0;  // distance and velocity
+  // Without a projection: the potential of the detail and its map, beside a coarse frame with the
+  // texture coordinates and their transport, which are far smaller.
+  const int detail = 6;
+  const int solids = has_solids && !params.upres ? 4 : 0;  // distance and velocity
   const int velocity = 3;
   const auto frames_hold = [&](int key) { return sink.cached_channels.contains(key) ? 1 : 0; };
   int cached = 3 * frames_hold(kVelocity) + (has_solids ? frames_hold(kSolid) : 0);
   for (int key : params.simulated_channels) cached += frames_hold(key);
 
   const int fields = static_cast<int>(params.simulated_channels.size()) +
-                     std::max(advection, projection) + solids + velocity +
+                     std::max(advection, params.upres ? detail : projection) + solids + velocity +
                      (sink.cache_direct ? 0 : cached);
   return fields * field;
 }

@@ -118,15 +118,22 @@ bool is_of_simulation(std::int32_t id) {
   return OVOLUME.SimulationParameters::contains(id) && !is_of_frames(id) && !range.contains(id);
 }
 
+bool is_of_upres(std::int32_t id) {
+  static const std::set<std::int32_t> ids{OVOLUME.UPRES_FACTOR, OVOLUME.UPRES_NOISE,
+                                          OVOLUME.UPRES_PERSISTENCE, OVOLUME.UPRES_EXTRA_BANDS};
+  return ids.contains(id);
+}
+
 }  // namespace
 
-SceneValues scene_values(host::BaseObject& volume, ComparedWith other) {
+SceneValues scene_values(host::BaseObject& volume, bool upres, ComparedWith other) {
   const host::BaseDocument* const document =
       other == ComparedWith::kSavedScene ? &volume.GetDocument() : nullptr;
   SceneValues values;
   values["fps"] = volume.GetDocument().GetFps().Text();
   add_place(values, volume.GetName(), volume);
   add_parameters(values, volume.GetName(), volume, is_of_simulation, document);
+  if (upres) add_parameters(values, volume.GetName(), volume, is_of_upres);
   for (host::BaseTag* tag : find_source_tags(volume.GetDocument())) {
     add_parameters(
         values, tag->GetObject()->GetName(), *tag,

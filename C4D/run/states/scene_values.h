@@ -19,7 +19,9 @@ enum class ComparedWith {
   kNotes,       ///< of a state: paths are those that the user sees
   kSavedScene,  ///< in another folder, read without its meshes: absolute paths, and no checksums
 };
-SceneValues scene_values(host::BaseObject& volume, ComparedWith other = ComparedWith::kNotes);
+/// With `upres`, also the parameters that only an up-resolution run reads.
+SceneValues scene_values(host::BaseObject& volume, bool upres,
+                         ComparedWith other = ComparedWith::kNotes);
 
 /// The parameters of the volume that choose what its frames hold.
 SceneValues frame_values(const host::BaseObject& volume);

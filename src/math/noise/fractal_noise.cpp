@@ -51,4 +51,12 @@ float fractal3D(const WaveletNoise& noise, const NoiseParams& params, const Vec3
   return sum;
 }
 
+std::vector<NoiseBand> noise_bands(const NoiseParams& params) {
+  std::vector<NoiseBand> bands;
+  for_each_band(params, [&](float frequency, float amplitude) {
+    bands.push_back({frequency, amplitude});
+  });
+  return bands;
+}
+
 }  // namespace nbx

@@ -173,6 +173,20 @@ void advance_tile_from_start(WaveletNoise& noise, float t, bool three_d, bool no
   advance_tile(noise, time, three_d, normalize);
 }
 
+NoiseRows noise_rows(Field<float>& storage, const WaveletNoise& noise) {
+  constexpr int kRepeated = 3;
+  const Field<float>& tile = noise.tile;
+  const int n = tile.nx();
+  storage.resize(n + kRepeated, tile.ny(), tile.nz());
+#pragma omp parallel for schedule(static)
+  for (int k = 0; k < tile.nz(); ++k)
+    for (int j = 0; j < tile.ny(); ++j) {
+      std::copy_n(&tile(0, j, k), n, &storage(0, j, k));
+      std::copy_n(&tile(0, j, k), kRepeated, &storage(n, j, k));
+    }
+  return {storage.data(), n, storage.nx()};
+}
+
 NoiseState noise_state(const WaveletNoise& noise) {
   return {noise.rng, noise.before_a, noise.before_b, noise.tile_time, noise.tile_a.count() > 0};
 }

@@ -45,6 +45,12 @@ void Simulation3D::fit_container(const IntBox& wanted) {
   apply_box(box_intersection(box, domain.domain_box));
 }
 
+// The box of an up-resolution run is that of the coarse frame. It stays while there is none.
+void Simulation3D::follow_source(SceneEvaluator&) {
+  if (clock.step_index > 0) return;
+  if (const std::optional<IntBox> box = upres_->open_source(source_cache)) apply_box(*box);
+}
+
 IntBox Simulation3D::with_sources_and_walls(const IntBox& content) const {
   IntBox box = box_union(content, sources_.src_bbox());
   if (!params.fit_to_walls) return box;

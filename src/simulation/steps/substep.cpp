@@ -13,8 +13,8 @@ struct Simulation3D::Phase {
   double StageTimes::*seconds;  // where its time is counted; null: nowhere
 };
 
-// One substep, by operator splitting of first order. False if the progress asked to stop.
-bool Simulation3D::substep(SceneEvaluator& scene) {
+// A substep is operator splitting of first order.
+std::span<const Simulation3D::Phase> Simulation3D::phases(bool upres) {
   using S = Simulation3D;
   using T = StageTimes;
   static constexpr Phase kPhases[] = {
@@ -43,10 +43,33 @@ bool Simulation3D::substep(SceneEvaluator& scene) {
       {8, &S::take_solids, &T::sol},
       {9, &S::push_and_project, &T::vel},
   };
+  static constexpr Phase kUpresPhases[] = {
+      {0, &S::plan_step, nullptr},
 
+      // The coarse frame gives the active box and, scaled up and with detail, the velocity.
+      {0, &S::follow_source, &T::res},
+      {0, &S::call_hook<&SimSystem::begin_step>, &T::beg},
+
+      // The channels move as in any run.
+      {1, &S::call_hook<&SimSystem::prepare_advection>, &T::beg},
+      {2, &S::advect_channels, &T::pro},
+      {2, &S::call_hook<&SimSystem::after_channel_advection>, &T::beg},
+
+      // Sources come in, as far as they lie in the box; the gas burns and spreads.
+      {5, &S::take_sources, &T::src},
+      {7, &S::finish_channels, &T::pro},
+      {7, &S::call_hook<&SimSystem::after_sources>, &T::beg},
+      {8, &S::drop_unused_sources, nullptr},
+  };
+  if (upres) return kUpresPhases;
+  return kPhases;
+}
+
+// One substep. False if the progress asked to stop.
+bool Simulation3D::substep(SceneEvaluator& scene) {
   Stopwatch watch;
   int tenth = -1;
-  for (const Phase& phase : kPhases) {
+  for (const Phase& phase : phases(params.upres)) {
     if (phase.tenth != tenth && !check(phase.tenth)) return false;
     tenth = phase.tenth;
     run_phase(phase, scene);
@@ -101,6 +124,9 @@ void Simulation3D::take_sources(SceneEvaluator& scene) {
   scene.update_inputs(view(), sources_, clock.dt);
   domain.world_to_grid = sources_.world_to_grid;
 }
+
+// Nothing pushes the gas of an up-resolution run.
+void Simulation3D::drop_unused_sources(SceneEvaluator&) { sources_.clear(); }
 
 void Simulation3D::finish_channels(SceneEvaluator&) {
   for (ScalarFluidChannel* channel : channels_)
