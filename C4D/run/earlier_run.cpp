@@ -2,13 +2,13 @@
 
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
+#include "C4D/run/cache_branch.h"
 #include "C4D/run/finished_run.h"
 #include "C4D/run/run_checks.h"
 #include "C4D/run/states/state_directory.h"
 #include "C4D/services/host_conversion.h"
 #include "C4D/services/texts.h"
 #include "C4D/settings/volume_cache.h"
-#include "cache/shared_frames.h"
 #include "cache/stale_frames.h"
 
 namespace nbx {
@@ -21,16 +21,6 @@ int frame_of(const SavedState& state) { return state.frame.frameTime.frame(); }
 
 int frame_at(const host::BaseTime& time, const host::BaseObject& volume) {
   return FrameTime{to_fraction(time), frame_length(volume.GetDocument().GetFps())}.frame();
-}
-
-/// The frames of a cache that belong to its last run.
-std::set<int> own_frames(const std::string& directory) {
-  std::set<int> frames;
-  if (directory.empty()) return frames;
-  const std::set<int> stale = stale_frames(directory);
-  for (const auto& [frame, name] : list_frames(directory))
-    if (!stale.contains(frame)) frames.insert(frame);
-  return frames;
 }
 
 /// The run continues from a state of the volume's cache. It began where that state's run did; if
@@ -56,8 +46,7 @@ bool move_to_new_cache(host::BaseObject& volume, const SavedState& state, RunFro
   const std::string from = find_cache(volume);
   if (!take_new_cache(volume, front_end)) return false;
   const std::string to = find_cache(volume);
-  Outcome shared = share_frames(from, to, frame_of(state));
-  if (shared) shared = share_states(from, to, frame_of(state));
+  const Outcome shared = share_cache(from, to, frame_of(state));
   if (!shared) front_end.refuse("the frames before the run can't be shared", shared.reason());
   return static_cast<bool>(shared);
 }
@@ -126,7 +115,8 @@ Origin start_from_frame(host::BaseObject& volume, int frame, RunFrontEnd& front_
   auto state = read_frame(directory, frame, front_end);
   if (!state) return {};
   std::optional<SceneRecord> scene;
-  if (!state->notes) scene = saved_scene(volume, directory, state->frame.frameTime.time);
+  if (const auto saved = state->notes ? nullptr : SavedScene::open(volume, directory))
+    scene = saved->at(state->frame.frameTime.time);
   if (!may_replace_after(volume, *state, front_end)) return {};
   RunOrigin origin = continue_from(std::move(state), volume, directory);
   origin.scene = std::move(scene);

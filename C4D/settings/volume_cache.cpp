@@ -49,6 +49,8 @@ void set_cache_dir_data(host::BaseObject& volume, const CacheDirData& data) {
       OVOLUME.CACHE_NAME, {data.base.empty() ? std::string() : data.base + "/" + data.name});
 }
 
+std::string cache_stem(const host::BaseObject& volume) { return name_of(volume).toStdString(); }
+
 std::string named_cache(const host::BaseObject& volume) { return join(cache_dir_data(volume)); }
 
 std::string find_cache(const host::BaseObject& volume) {

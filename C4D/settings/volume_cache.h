@@ -27,6 +27,10 @@ std::string find_cache(const host::BaseObject& volume);
 /// gets a new folder (resolve_cache_dir). Empty, after a log line, if that fails.
 std::string make_cache(host::BaseObject& volume);
 
+/// "fire.log", the start of the names that the volume's caches get: the scene "fire.json" with the
+/// volume "log".
+std::string cache_stem(const host::BaseObject& volume);
+
 /// Makes a new folder beside that of the volume's cache, and names it in the parameter: the scene
 /// "fire.json" with the volume "log" gets "fire.log.001", or the first free number. A scene that
 /// was never on disk gets a new folder as in make_cache. Empty, after a log line, if that fails.
