@@ -1,5 +1,7 @@
 // Caches as a whole: which frames are valid and why the others aren't, branches, and what changes
 // or removes a cache.
+#include <cmath>
+
 #include "C4D/plugin_fixture.h"
 #include "cache/cache_directories.h"
 #include "cache/cache_notes.h"
@@ -224,6 +226,29 @@ TEST_F(CacheCommand, AsksBeforeItRemovesAndRefusesWhatIsLocked) {
   EXPECT_EQ(cache("lock", NBX_SCENES "/meshes"), host::kBadInput);
   EXPECT_TRUE(refused("isn't a cache"));
   EXPECT_EQ(cache("lock", text, "5"), host::kBadInput);
+}
+
+// A probe that reaches the end is the run itself. It leaves the cache and its lock alone.
+TEST_F(CacheCommand, AForecastOfAShortRunIsWhatTheRunTakes) {
+  const std::string file = simulated(), left = folder_.file("scene.fire.cache");
+  ASSERT_TRUE(set_cache_lock(file, true));
+  std::uintmax_t bytes = 0;
+  for (const std::string& frame : frame_files()) bytes += fs::file_size(frame);
+  auto arguments = simulate_arguments(folder_.file("scene.json"), 5, "");
+  ASSERT_EQ(run("forecast", arguments), host::kDone);
+  EXPECT_EQ(context_->all<std::int64_t>("forecast", "factor"),
+            (std::vector<std::int64_t>{1, 2, 3, 4, 8}));
+  EXPECT_EQ(context_->all<double>("forecast", "bytes_run_length").at(0), bytes);
+  EXPECT_GT(context_->all<double>("forecast", "bytes_raw").at(0), bytes);
+  EXPECT_EQ(context_->all<std::int64_t>("forecast", "frames_probed").at(0), 6);
+  EXPECT_FALSE(fs::exists(left));
+
+  arguments.Add("probe", "0");
+  ASSERT_EQ(run("forecast", arguments), host::kDone);
+  EXPECT_EQ(context_->all<std::int64_t>("forecast", "frames_probed").at(0), 1);
+  const double foretold = context_->all<double>("forecast", "bytes_run_length").at(0);
+  EXPECT_LT(std::abs(std::log(foretold / static_cast<double>(bytes))), std::log(3));
+  EXPECT_EQ(explain(), "vvvvvv");
 }
 
 }  // namespace
