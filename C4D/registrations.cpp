@@ -30,6 +30,8 @@ bool register_classes(host::HostServices& services) {
           {texts::kContinueSimulation, register_continue_command, "Failed to register sim tools"},
           {texts::kUpResolution, register_upres_command, "Failed to register sim tools"},
           {"Check scene", register_check_command, "Failed to register check command", kOptional},
+          {"Forecast", register_forecast_command, "Failed to register forecast command", kOptional},
+          {"Caches", register_cache_command, "Failed to register cache command", kOptional},
           {"Cache information", register_info_command, "Failed to register info command",
            kOptional},
           {"Slice picture", register_slice_command, "Failed to register slice command", kOptional},

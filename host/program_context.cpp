@@ -45,6 +45,15 @@ SceneObject* Choose(const Document& document, const ElementClass& type, const st
                       list + "); choose one with --object NAME");
 }
 
+bool HasTerminal() { return isatty(STDIN_FILENO) && isatty(STDERR_FILENO); }
+
+std::string AnswerTo(const std::string& question) {
+  std::fprintf(stderr, "%s", question.c_str());
+  std::string answer;
+  std::getline(std::cin, answer);
+  return answer;
+}
+
 }  // namespace
 
 std::unique_ptr<Document> ProgramContext::Read(const std::string& path) const {
@@ -53,10 +62,8 @@ std::unique_ptr<Document> ProgramContext::Read(const std::string& path) const {
     throw DocumentError(path, "the document has a frame rate; --fps is for model files");
   if (!is_model) return ReadDocumentFile(path, host_.Classes());
   std::optional<FrameRate> rate = arguments_.GetRate("fps");
-  if (!rate && isatty(STDIN_FILENO) && isatty(STDERR_FILENO) && NeedsRate(path)) {
-    std::fprintf(stderr, "Frames per second of %s: ", path.c_str());
-    std::string answer;
-    std::getline(std::cin, answer);
+  if (!rate && HasTerminal() && NeedsRate(path)) {
+    const std::string answer = AnswerTo("Frames per second of " + path + ": ");
     std::string error;
     rate = FrameRate::Parse(answer, error);
     if (!rate) throw DocumentError(path, Quoted(answer) + " " + error);
@@ -106,6 +113,12 @@ BaseObject* ProgramContext::FindObject(BaseDocument& document, std::int32_t type
     terminal_.Error(DocumentError(own.name, error.what()).what());
     return nullptr;
   }
+}
+
+std::optional<bool> ProgramContext::Ask(const std::string& question) {
+  if (!HasTerminal()) return {};
+  const std::string answer = AnswerTo(question + " [y/N] ");
+  return answer == "y" || answer == "Y" || answer == "yes";
 }
 
 int ProgramContext::Interrupts() const { return InterruptCount(); }

@@ -25,6 +25,7 @@ class ProgramContext final : public CommandContext {
   BaseObject* FindObject(BaseDocument& document, std::int32_t type) override;
   int Interrupts() const override;
   bool WaitEvent(SpecialEvent& event) override { return host_.Queue().Wait(event); }
+  std::optional<bool> Ask(const std::string& question) override;
   void Error(const std::string& text) override { terminal_.Error(text); }
   void Warning(const std::string& text) override { terminal_.Warning(text); }
   void Note(const std::string& text) override { terminal_.Note(text); }

@@ -10,6 +10,8 @@ bool register_simulate_command(host::HostServices& services, const std::string& 
 bool register_continue_command(host::HostServices& services, const std::string& name);
 bool register_upres_command(host::HostServices& services, const std::string& name);
 bool register_check_command(host::HostServices& services, const std::string& name);
+bool register_cache_command(host::HostServices& services, const std::string& name);
+bool register_forecast_command(host::HostServices& services, const std::string& name);
 bool register_info_command(host::HostServices& services, const std::string& name);
 bool register_slice_command(host::HostServices& services, const std::string& name);
 bool register_verify_command(host::HostServices& services, const std::string& name);

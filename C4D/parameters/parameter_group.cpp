@@ -10,6 +10,11 @@ std::vector<host::ParameterInfo> ParameterGroup::infos() const {
   return all;
 }
 
+Changes ParameterGroup::changes(std::int32_t id) const {
+  const Entry* entry = find(id);
+  return entry ? entry->changes : Changes::kUnknown;
+}
+
 Condition::Ids ParameterGroup::blockers(std::int32_t id, const host::BaseList2D& element) const {
   const Entry* entry = find(id);
   return entry ? entry->enabled.blockers(ParameterReader(element)) : Condition::Ids();
@@ -22,7 +27,7 @@ const ParameterGroup::Entry* ParameterGroup::find(std::int32_t id) const {
 }
 
 ParameterGroup::Entry& ParameterGroup::add(host::ParameterInfo info) {
-  return entries_.emplace_back(Entry{std::move(info)});
+  return entries_.emplace_back(Entry{std::move(info), changes_});
 }
 
 ParameterGroup::Line<host::BaseList2D*> ParameterGroup::link(std::int32_t id, const char* name,

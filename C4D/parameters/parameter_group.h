@@ -1,13 +1,14 @@
 // Tables of parameters. A table is a class whose members are its lines:
 //
 //     struct MotionParameters : ParameterGroup {
-//       MotionParameters() : ParameterGroup("OVOLUME") {}
+//       MotionParameters() : ParameterGroup("OVOLUME", Changes::kGas) {}
 //       Real WIND_SPEED = real(1248, "WIND_SPEED", 0, 0, kUnbounded, "units/s", "Speed of ...");
 //       Flag WIND_WORLD = flag(1276, "WIND_WORLD", false, "...").still();
 //     };
 //
 // Each line gives the id, the name, the default, the bounds, the unit and the help text. From it
-// come the host's description of the class and the typed handle that readers use.
+// come the host's description of the class and the typed handle that readers use. A table says what
+// its parameters change, and a line of it may say something else.
 #pragma once
 
 #include <vector>
@@ -18,6 +19,17 @@
 namespace nbx {
 
 inline constexpr double kUnbounded = host::line::kUnbounded;
+
+/// What another value of a parameter changes. A change of kGas or kFrames makes a cache stale.
+enum class Changes {
+  kUnknown,  ///< not a parameter of the table
+  kGas,      ///< the simulation, from the time on at which the value differs
+  kFrames,   ///< what each frame stores of the gas
+  kDetail,   ///< an up-resolution run
+  kRun,      ///< the range and the start of a run, and how and where it stores its frames
+  kPicture,  ///< only pictures
+  kView,     ///< only the panel and the viewport
+};
 
 /// Lives as long as the program, at one address: conditions point to lines.
 class ParameterGroup {
@@ -44,6 +56,7 @@ class ParameterGroup {
   /// The lines as the host takes them, in order.
   std::vector<host::ParameterInfo> infos() const;
   bool contains(std::int32_t id) const { return find(id) != nullptr; }
+  Changes changes(std::int32_t id) const;
   /// False if the parameter has no effect while the element is as it is. True for an id that the
   /// group doesn't have.
   bool enabled(std::int32_t id, const host::BaseList2D& element) const {
@@ -55,6 +68,7 @@ class ParameterGroup {
  protected:
   struct Entry {
     host::ParameterInfo info;
+    Changes changes;
     Condition enabled = {};
   };
 
@@ -77,6 +91,7 @@ class ParameterGroup {
       entry_.info.maximum = maximum;
       return *this;
     }
+    Line& changes(Changes what) { return entry_.changes = what, *this; }
     Line& enabled_if(Condition condition) {
       entry_.enabled = std::move(condition);
       return *this;
@@ -88,7 +103,7 @@ class ParameterGroup {
   };
 
   /// Symbols are the prefix, an underscore and the name.
-  explicit ParameterGroup(const char* prefix) : prefix_(prefix) {}
+  ParameterGroup(const char* prefix, Changes changes) : prefix_(prefix), changes_(changes) {}
   ~ParameterGroup() = default;
 
   template <class T>
@@ -155,6 +170,7 @@ class ParameterGroup {
   const Entry* find(std::int32_t id) const;
 
   std::string prefix_;
+  Changes changes_;
   std::vector<Entry> entries_;
 };
 
@@ -169,6 +185,12 @@ struct JoinedParameters : Groups... {
   }
   bool enabled(std::int32_t id, const host::BaseList2D& element) const {
     return (Groups::enabled(id, element) && ...);
+  }
+  Changes changes(std::int32_t id) const {
+    Changes found = Changes::kUnknown;
+    for (const Changes each : {Groups::changes(id)...})
+      if (each != Changes::kUnknown) found = each;
+    return found;
   }
   Condition::Ids blockers(std::int32_t id, const host::BaseList2D& element) const {
     Condition::Ids all;

@@ -8,7 +8,7 @@ namespace nbx {
 inline constexpr std::int32_t kPostEffect = 1023164;
 
 struct PostEffectParameters : ParameterGroup {
-  PostEffectParameters() : ParameterGroup("VPVOLUME") {}
+  PostEffectParameters() : ParameterGroup("VPVOLUME", Changes::kPicture) {}
 
   Flag GAMMA = flag(1001, "GAMMA", true,
                     "Encode colors with the sRGB curve, for renderers that don't work in linear "

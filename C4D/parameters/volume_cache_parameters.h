@@ -9,6 +9,8 @@ namespace nbx {
 inline constexpr std::int32_t kVolumeParametersVersion = 1;
 
 struct CacheParameters : VolumeGroup {
+  CacheParameters() : VolumeGroup(Changes::kRun) {}
+
   File CACHE_NAME = file(1161, "CACHE_NAME",
                          "Folder of the frames. If it ends with /, a new folder is created in it. "
                          "Empty: SCENE.OBJECT.cache next to the scene; for a scene that was never "
@@ -16,11 +18,13 @@ struct CacheParameters : VolumeGroup {
   Flag CACHE_LOCK = flag(1376, "CACHE_LOCK", false,
                          "Protect the cache: no run and no simulating render writes into it")
                         .still();
-  Flag CACHE_SOLID =
-      flag(1266, "CACHE_SOLID", true, "Store the distance to solids in the cache").still();
+  Flag CACHE_SOLID = flag(1266, "CACHE_SOLID", true, "Store the distance to solids in the cache")
+                         .still()
+                         .changes(Changes::kFrames);
   Flag MASK_SOLID = flag(1350, "MASK_SOLID", false,
                          "Extend the gas into solids in the cached frames, so that no seam shows "
-                         "around them");
+                         "around them")
+                        .changes(Changes::kFrames);
   Flag COMPRESS_CACHE = flag(1032, "COMPRESS_CACHE", false,
                              "Compress frames better: smaller files, more time to write them")
                             .still();
@@ -49,18 +53,24 @@ struct CacheParameters : VolumeGroup {
                                 .still();
   Whole FRAME_STRIDE = whole(1359, "FRAME_STRIDE", 1, -1e6, 1e6,
                              "Cached frames per frame of the document: 2 plays at double speed, -1 "
-                             "backwards");
+                             "backwards")
+                           .changes(Changes::kPicture);
   Whole FRAME_OFFSET = whole(1279, "FRAME_OFFSET", 0, -1e7, 1e7,
-                             "Number of frames by which the cached animation is delayed");
+                             "Number of frames by which the cached animation is delayed")
+                           .changes(Changes::kPicture);
   Whole VERSION = whole(1151, "VERSION", kVolumeParametersVersion, 0, kVolumeParametersVersion,
                         "Version of the set of parameters; older documents are converted")
-                      .still();
+                      .still()
+                      .changes(Changes::kView);
 };
 
-struct UpresParameters : CacheParameters {
+struct UpresParameters : VolumeGroup {
+  UpresParameters() : VolumeGroup(Changes::kDetail) {}
+
   Flag SHOW_UPRES = flag(1422, "SHOW_UPRES", false,
                          "Show the frames of the up-resolution run, which are in the folder with "
-                         "\" upres\" after its name; otherwise those of the simulation");
+                         "\" upres\" after its name; otherwise those of the simulation")
+                        .changes(Changes::kPicture);
   Whole UPRES_FACTOR = whole(1363, "UPRES_FACTOR", 2, 1, 64,
                              "Voxels of an up-resolution run per voxel of the cache and axis: 2 "
                              "gives 8 times as many voxels")

@@ -34,7 +34,7 @@ class VolumeGroup : public ParameterGroup {
   static constexpr const char* kPartPerFrame = "fraction per frame";
   static constexpr const char* kDiffusionUnit = "100 units^2/s";
 
-  VolumeGroup() : ParameterGroup("OVOLUME") {}
+  explicit VolumeGroup(Changes changes) : ParameterGroup("OVOLUME", changes) {}
 
   /// Selects a simulated channel, or one of `more`.
   Line<VolumeChannel> channel(std::int32_t id, const char* name, VolumeChannel value,

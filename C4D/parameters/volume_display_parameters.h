@@ -20,6 +20,8 @@ enum VolumeSlicePlane : std::int32_t {
 
 /// The viewport doesn't show frames yet.
 struct DisplayParameters : VolumeGroup {
+  DisplayParameters() : VolumeGroup(Changes::kView) {}
+
   Flag DISPLAY_ON = flag(1352, "DISPLAY_ON", false,
                          "Show the cached frames in the viewport; turns on the preference "
                          "viewport_gl")
@@ -115,6 +117,8 @@ struct DisplayParameters : VolumeGroup {
 
 /// Fields of the panel, about the frame at the document's time.
 struct InfoParameters : VolumeGroup {
+  InfoParameters() : VolumeGroup(Changes::kView) {}
+
   Text INFO_GRID = shown_text(1224, "INFO_GRID", "Size and position of the frame's grids");
   Text INFO_BYTES = shown_text(1225, "INFO_BYTES", "Size of the frame in memory");
   Text INFO_FRAME = shown_text(1226, "INFO_FRAME", "Number of the frame");

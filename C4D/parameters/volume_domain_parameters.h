@@ -13,6 +13,8 @@ enum VolumeTimeMode : std::int32_t {
 };
 
 struct DomainParameters : VolumeGroup {
+  DomainParameters() : VolumeGroup(Changes::kGas) {}
+
   Vector SIZE = vector(1033, "SIZE", {200, 200, 200}, "units",
                        "Edge lengths of the domain, which is centered on the object")
                     .bounded(0, 1e12);
@@ -36,10 +38,13 @@ struct TimeParameters : DomainParameters {
              {OVOLUME_TIME_DOCUMENT_RANGE, "document_range"},
              {OVOLUME_TIME_OWN_RANGE, "own_range"}},
             "Frames to simulate: a range of the document, or time_start to time_end")
-          .still();
+          .still()
+          .changes(Changes::kRun);
   Time TIME_START = time(1117, "TIME_START", {0, 1}, "First frame of own_range")
+                        .changes(Changes::kRun)
                         .enabled_if(is(TIME_MODE, OVOLUME_TIME_OWN_RANGE));
   Time TIME_END = time(1217, "TIME_END", {3, 1}, "Last frame of own_range")
+                      .changes(Changes::kRun)
                       .enabled_if(is(TIME_MODE, OVOLUME_TIME_OWN_RANGE));
   Real TIME_SCALE = real(1002, "TIME_SCALE", 1, 0, kUnbounded, "",
                          "Speed of the simulation relative to the document: below 1 slow motion, "

@@ -16,8 +16,10 @@ struct FuelParameters : TemperatureParameters {
                             "Simulate fuel, which burns and produces burn, temperature and density")
                            .still();
   const Condition has_fuel = on(SIMULATE_FUEL);
-  Flag CACHE_FUEL =
-      flag(1296, "CACHE_FUEL", false, "Store the fuel in the cache").still().enabled_if(has_fuel);
+  Flag CACHE_FUEL = flag(1296, "CACHE_FUEL", false, "Store the fuel in the cache")
+                        .still()
+                        .changes(Changes::kFrames)
+                        .enabled_if(has_fuel);
   Real DECAY_FUEL = real(1063, "DECAY_FUEL", 0.8, 0, kUnbounded, "per frame",
                          "Largest amount of fuel that burns: lower values make flames last longer")
                         .enabled_if(has_fuel);
@@ -58,8 +60,10 @@ struct BurnParameters : FuelParameters {
   Flag SIMULATE_BURN =
       flag(1110, "SIMULATE_BURN", false, "Simulate burn, the glowing part of a fire").still();
   const Condition has_burn = on(SIMULATE_BURN);
-  Flag CACHE_BURN =
-      flag(1297, "CACHE_BURN", true, "Store the burn in the cache").still().enabled_if(has_burn);
+  Flag CACHE_BURN = flag(1297, "CACHE_BURN", true, "Store the burn in the cache")
+                        .still()
+                        .changes(Changes::kFrames)
+                        .enabled_if(has_burn);
   Choice<VolumeDecayMode> DECAY_MODE_BURN =
       cycle(
           1372, "DECAY_MODE_BURN", OVOLUME_DECAY_MODE_EXPONENTIAL,

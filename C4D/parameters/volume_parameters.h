@@ -11,7 +11,7 @@ namespace nbx {
 
 inline constexpr std::int32_t kVolumeObject = 1023131;
 
-struct VolumeParameters : JoinedParameters<SimulationParameters, UpresParameters,
+struct VolumeParameters : JoinedParameters<SimulationParameters, CacheParameters, UpresParameters,
                                            MarchingParameters, DisplayParameters, InfoParameters> {
 };
 

@@ -13,6 +13,8 @@ enum VolumeFireColorMode : std::int32_t {
 
 class ShaderGroup : public VolumeGroup {
  protected:
+  ShaderGroup() : VolumeGroup(Changes::kPicture) {}
+
   Line<VolumeChannel> shader_channel(std::int32_t id, const char* name, VolumeChannel value,
                                      const char* help) {
     return channel(id, name, value, help,

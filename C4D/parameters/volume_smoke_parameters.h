@@ -11,6 +11,7 @@ struct DensityParameters : TimeParameters {
   Flag SIMULATE_DENSITY = flag(1107, "SIMULATE_DENSITY", false, "Simulate smoke density").still();
   const Condition has_density = on(SIMULATE_DENSITY);
   Flag CACHE_DENSITY = flag(1295, "CACHE_DENSITY", true, "Store the density in the cache")
+                           .changes(Changes::kFrames)
                            .still()
                            .enabled_if(has_density);
   Real BUOYANCY_DENSITY = real(1004, "BUOYANCY_DENSITY", 1000, 0, kUnbounded, kAcceleration,
@@ -40,6 +41,7 @@ struct TemperatureParameters : DensityParameters {
   const Condition has_temperature = on(SIMULATE_TEMPERATURE);
   Flag CACHE_TEMPERATURE =
       flag(1294, "CACHE_TEMPERATURE", true, "Store the temperature in the cache")
+          .changes(Changes::kFrames)
           .still()
           .enabled_if(has_temperature);
   Real BUOYANCY_TEMPERATURE =

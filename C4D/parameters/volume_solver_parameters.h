@@ -38,7 +38,8 @@ struct SolverParameters : ContainerParameters {
       flag(1106, "CACHE_VELOCITY", false,
            "Store the velocity in the cache: needed for motion blur, displacement, "
            "particles that follow the gas, and up-resolution")
-          .still();
+          .still()
+          .changes(Changes::kFrames);
   Flag ADVECT_CUBIC =
       flag(1070, "ADVECT_CUBIC", false,
            "Sample with cubic interpolation: finer detail, slower; otherwise linear")
@@ -48,7 +49,8 @@ struct SolverParameters : ContainerParameters {
                               "voxels in a substep");
   Flag CACHE_DIRECT = flag(1364, "CACHE_DIRECT", false,
                            "Write each frame before the run continues: less memory, slower")
-                          .still();
+                          .still()
+                          .changes(Changes::kRun);
 };
 
 /// All that the simulation reads.

@@ -37,7 +37,7 @@ enum TagSurfaceChannel : std::int32_t {
 
 class TagGroup : public ParameterGroup {
  protected:
-  TagGroup() : ParameterGroup("TVOLUME") {}
+  TagGroup() : ParameterGroup("TVOLUME", Changes::kGas) {}
 
   Line<double> amount(std::int32_t id, const char* name, const char* help) {
     return real(id, name, 0, 0, kUnbounded, "", help);
@@ -116,7 +116,8 @@ struct TagParameters : EmissionParameters {
           .enabled_if(is_not(PARTICLE_MAP, TVOLUME_PARTICLE_NOTHING));
   Whole VERSION = whole(1044, "VERSION", kTagParametersVersion, 0, kTagParametersVersion,
                         "Version of the set of parameters; older documents are converted")
-                      .still();
+                      .still()
+                      .changes(Changes::kView);
 };
 
 /// Not to be read before main() or the load of the plug-in.

@@ -2,6 +2,7 @@
 
 #include "C4D/parameters/parameter_reader.h"
 #include "C4D/parameters/volume_parameters.h"
+#include "C4D/run/cache_branch.h"
 #include "C4D/run/coarse_run.h"
 #include "C4D/run/finished_run.h"
 #include "C4D/run/run_checks.h"
@@ -9,7 +10,6 @@
 #include "C4D/services/host_conversion.h"
 #include "C4D/services/texts.h"
 #include "C4D/settings/volume_cache.h"
-#include "cache/shared_frames.h"
 #include "cache/stale_frames.h"
 
 namespace nbx {
@@ -47,8 +47,7 @@ bool move_to_new_cache(host::BaseObject& volume, const SavedState& state, RunFro
   const std::string from = find_cache(volume);
   if (!take_new_cache(volume, front_end)) return false;
   const std::string to = find_cache(volume);
-  Outcome shared = share_frames(from, to, frame_of(state));
-  if (shared) shared = share_states(from, to, frame_of(state));
+  const Outcome shared = share_cache(from, to, frame_of(state));
   if (!shared) front_end.refuse("the frames before the run can't be shared", shared.reason());
   return static_cast<bool>(shared);
 }
@@ -119,8 +118,8 @@ Origin start_from_frame(host::BaseObject& volume, const RunRequest& request,
   auto state = read_frame(directory, frame, front_end);
   if (!state) return {};
   std::optional<SceneRecord> scene;
-  if (!state->notes)
-    scene = saved_scene(volume, directory, state->frame.frameTime.time, !request.source.empty());
+  if (const auto saved = state->notes ? nullptr : SavedScene::open(volume, directory))
+    scene = saved->at(state->frame.frameTime.time, !request.source.empty());
   if (!may_replace_after(volume, *state, front_end)) return {};
   RunOrigin origin = continue_from(std::move(state), volume, directory);
   origin.scene = std::move(scene);

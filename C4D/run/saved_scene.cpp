@@ -1,5 +1,6 @@
 #include "C4D/run/saved_scene.h"
 
+#include <QFileInfo>
 #include <algorithm>
 #include <vector>
 
@@ -30,15 +31,19 @@ host::BaseObject* same_volume(const host::BaseObject& volume, host::BaseDocument
   return at < std::ssize(there) ? there[at] : nullptr;
 }
 
-std::optional<SceneRecord> saved_scene(const host::BaseObject& volume, const std::string& directory,
-                                       const Fraction& time, bool upres) {
-  if (!has_autosave(volume) || !host_services()) return {};
-  const auto document = host_services()->LoadDocument({autosave_file(directory)});
-  if (!document) return {};
-  host::BaseObject* const saved = same_volume(volume, *document);
-  if (!saved) return {};
-  evaluate(*document, to_base_time(time));
-  return SceneRecord{scene_values(*saved, upres, ComparedWith::kSavedScene), frame_values(*saved)};
+std::unique_ptr<SavedScene> SavedScene::open(const host::BaseObject& volume,
+                                             const std::string& directory) {
+  const std::string path = autosave_file(directory);
+  if (!QFileInfo::exists(QString::fromStdString(path)) || !host_services()) return nullptr;
+  auto scene = std::make_unique<SavedScene>();
+  scene->document_ = host_services()->LoadDocument({path});
+  if (scene->document_) scene->volume_ = same_volume(volume, *scene->document_);
+  return scene->volume_ ? std::move(scene) : nullptr;
+}
+
+SceneRecord SavedScene::at(const Fraction& time, bool upres) {
+  evaluate(*document_, to_base_time(time));
+  return {scene_values(*volume_, upres, ComparedWith::kSavedScene), frame_values(*volume_)};
 }
 
 }  // namespace nbx

@@ -1,7 +1,7 @@
 // The scene that the last run of a cache has saved beside its frames.
 #pragma once
 
-#include <optional>
+#include <memory>
 
 #include "C4D/run/states/scene_values.h"
 #include "cache/frame_time.h"
@@ -18,9 +18,21 @@ struct SceneRecord {
   SceneValues scene, frames;
 };
 
-/// The values of the scene that the last run in the cache has saved, at a time of the document.
-/// Nothing if it can't be read. It is read without its meshes, so it says nothing about shapes.
-std::optional<SceneRecord> saved_scene(const host::BaseObject& volume, const std::string& directory,
-                                       const Fraction& time, bool upres);
+/// The scene that the last run in a cache has saved. It is read without its meshes, so it says
+/// nothing about shapes.
+class SavedScene {
+ public:
+  /// Null if it can't be read, or has no such volume.
+  static std::unique_ptr<SavedScene> open(const host::BaseObject& volume,
+                                          const std::string& directory);
+  /// Its values at a time of the document. With `upres`, as in scene_values.
+  SceneRecord at(const Fraction& time, bool upres);
+  /// Its volume, at the time of the last `at`.
+  const host::BaseObject& volume() const { return *volume_; }
+
+ private:
+  std::unique_ptr<host::BaseDocument> document_;
+  host::BaseObject* volume_ = nullptr;
+};
 
 }  // namespace nbx

@@ -14,6 +14,7 @@
 #include "C4D/settings/scene_settings.h"
 #include "C4D/settings/volume_cache.h"
 #include "C4D/settings/volume_grid.h"
+#include "cache/cache_notes.h"
 #include "cache/cache_registry.h"
 #include "math/field_pool.h"
 #include "util/cuda_use_flags.h"
@@ -126,9 +127,14 @@ void SimulationRun::report_start(bool continued) {
 }
 
 void SimulationRun::mark_later_frames(bool continued) {
-  const int now = times_.now.frame();
-  if (const Outcome marked = stale_->begin(continued ? now + 1 : now); !marked)
+  const int first = times_.now.frame() + (continued ? 1 : 0);
+  if (const Outcome marked = stale_->begin(first); !marked)
     front_end_.warn("the later frames of the earlier run can't be marked: " + marked.reason());
+  const std::string directory = sim_->sink.target_cache->directory();
+  CacheNotes notes = read_cache_notes(directory);
+  notes.begin({first, NBX_VERSION});
+  if (const Outcome written = write_cache_notes(directory, notes); !written)
+    front_end_.warn("the notes of the cache can't be written: " + written.reason());
 }
 
 bool SimulationRun::step_to_state() {

@@ -12,7 +12,7 @@ inline constexpr std::int32_t kPreferences = 1024510;
 enum PreferenceMode : std::int32_t { PREF_MODE_STANDARD = 1004 };
 
 struct PreferenceParameters : ParameterGroup {
-  PreferenceParameters() : ParameterGroup("PREF") {}
+  PreferenceParameters() : ParameterGroup("PREF", Changes::kRun) {}
 
   File CACHE_PATH =
       file(1000, "CACHE_PATH", "Folder in which new caches are made; empty: the home folder");

@@ -51,6 +51,8 @@ void set_cache_dir_data(host::BaseObject& volume, const CacheDirData& data) {
       OVOLUME.CACHE_NAME, {data.base.empty() ? std::string() : data.base + "/" + data.name});
 }
 
+std::string cache_stem(const host::BaseObject& volume) { return name_of(volume).toStdString(); }
+
 std::string named_cache(const host::BaseObject& volume) { return join(cache_dir_data(volume)); }
 
 std::string find_cache(const host::BaseObject& volume) {
@@ -82,7 +84,7 @@ std::string make_new_cache(host::BaseObject& volume) {
     return make_cache(volume);
   }
   const QDir folder(QString::fromStdString(base));
-  const bool upres = named_cache(volume).ends_with(kUpres);
+  const bool upres = is_upres_cache(named_cache(volume));
   QString name;
   for (int i = 1; name.isEmpty() || folder.exists(name); ++i)
     name = name_of(volume) + QString(".%1").arg(i, 3, 10, QChar('0')) +
@@ -95,13 +97,15 @@ std::string make_new_cache(host::BaseObject& volume) {
   return find_cache(volume);
 }
 
+bool is_upres_cache(const std::string& directory) { return directory.ends_with(kUpres); }
+
 std::string upres_cache(const std::string& directory) {
-  return directory.ends_with(kUpres) ? directory : directory + kUpres;
+  return is_upres_cache(directory) ? directory : directory + kUpres;
 }
 
 std::string upres_source(const std::string& directory) {
-  return directory.ends_with(kUpres) ? directory.substr(0, directory.size() - kUpres.size())
-                                     : directory;
+  return is_upres_cache(directory) ? directory.substr(0, directory.size() - kUpres.size())
+                                   : directory;
 }
 
 std::string shown_cache(const host::BaseObject& volume) {

@@ -27,6 +27,10 @@ std::string find_cache(const host::BaseObject& volume);
 /// gets a new folder (resolve_cache_dir). Empty, after a log line, if that fails.
 std::string make_cache(host::BaseObject& volume);
 
+/// "fire.log", the start of the names that the volume's caches get: the scene "fire.json" with the
+/// volume "log".
+std::string cache_stem(const host::BaseObject& volume);
+
 /// Makes a new folder beside that of the volume's cache, and names it in the parameter: the scene
 /// "fire.json" with the volume "log" gets "fire.log.001", or the first free number. A scene that
 /// was never on disk gets a new folder as in make_cache. Empty, after a log line, if that fails.
@@ -37,6 +41,8 @@ std::string make_new_cache(host::BaseObject& volume);
 std::string upres_cache(const std::string& directory);
 /// The inverse.
 std::string upres_source(const std::string& directory);
+/// Whether a folder has such a name.
+bool is_upres_cache(const std::string& directory);
 
 /// The folder of the frames that the volume shows: find_cache, or its up-resolution cache if
 /// OVOLUME.SHOW_UPRES is on. Empty if it doesn't exist.

@@ -154,6 +154,12 @@ class CommandContext {
   /// oldest event. False: check Interrupts, then wait again. Only on the thread of Execute.
   virtual bool WaitEvent(SpecialEvent& event) = 0;
 
+  /// Asks a question that is answered with yes or no. Nothing if there is no terminal to ask on.
+  virtual std::optional<bool> Ask(const std::string& question) {
+    static_cast<void>(question);
+    return {};
+  }
+
   /// One line to stderr: "nimbrix: error: " + text, or "nimbrix: warning: " + text. Never
   /// suppressed.
   virtual void Error(const std::string& text) = 0;

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include "cache/cache_registry.h"
 #include "util/log.h"
@@ -12,6 +13,7 @@ namespace nbx {
 namespace {
 
 constexpr char kLockFile[] = "CacheLock.lck";
+const QStringList kCacheFiles{"*.bcf", "*SimState.*", "StaleFrames.*", "CacheNotes.*", "*.c4d"};
 
 QDir folder(const std::string& path) { return QDir(QString::fromStdString(path)); }
 
@@ -21,11 +23,11 @@ bool names_cache(const CacheDirData& data) {
          data.name.find('/') == std::string::npos;
 }
 
-// Creates and enters the first folder of this name with a free number.
-bool enter_new(QDir& parent, const char* pattern, const char* what) {
+// Creates and enters the first folder of this name with a free number behind it.
+bool enter_new(QDir& parent, const QString& stem, const char* what) {
   QString name;
   for (int i = 1; name.isEmpty() || parent.exists(name); ++i)
-    name = QString(pattern).arg(i, 3, 10, QChar('0'));
+    name = stem + QString("%1").arg(i, 3, 10, QChar('0'));
   if (!parent.mkdir(name)) {
     LogMessage() << "Failed to create " << what << " " << parent.absolutePath() << " / " << name;
     return false;
@@ -43,7 +45,7 @@ bool enter_new_base(QDir& base, const std::string& preferred) {
     LogMessage() << "FATAL: failed to create global cache base path " << base.absolutePath();
     return false;
   }
-  return enter_new(base, "Nimbrix Caches %1", "cache base dir");
+  return enter_new(base, "Nimbrix Caches ", "cache base dir");
 }
 
 }  // namespace
@@ -62,7 +64,7 @@ bool resolve_cache_dir(CacheDirData& data, std::string& dir, bool create,
   if (!create) return false;
   if (!has_base && !enter_new_base(base, preferred)) return false;
   QDir made = base;
-  if (!enter_new(made, "Cache %1", "cache dir")) return false;
+  if (!enter_new(made, "Cache ", "cache dir")) return false;
   data = {base.absolutePath().toStdString(), made.dirName().toStdString()};
   dir = made.absolutePath().toStdString();
   return true;
@@ -97,6 +99,24 @@ std::vector<CacheListEntry> list_caches(const std::string& base) {
   return caches;
 }
 
+std::vector<std::string> foreign_files(const std::string& directory) {
+  const QDir cache = folder(directory);
+  const QStringList own = cache.entryList(kCacheFiles, QDir::Files);
+  std::vector<std::string> foreign;
+  for (const QString& entry :
+       cache.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
+    if (!own.contains(entry) && entry != kLockFile) foreign.push_back(entry.toStdString());
+  return foreign;
+}
+
+std::string make_cache_beside(const std::string& directory) {
+  static const QRegularExpression ending("\\.(cache|[0-9]{3,})$");
+  QDir made = folder(directory);
+  const QString stem = made.dirName().remove(ending) + ".";
+  const bool entered = made.cdUp() && enter_new(made, stem, "cache dir");
+  return entered ? made.absolutePath().toStdString() : std::string();
+}
+
 bool rename_cache(CacheDirData& data, const std::string& name) {
   QDir base = folder(data.base);
   const auto path = [&base](const std::string& part) {
@@ -121,8 +141,7 @@ bool remove_cache(const CacheDirData& data) {
       names_cache(data) && cache.cd(QString::fromStdString(data.name)) && !cache.exists(kLockFile);
   if (removed) {
     CacheRegistry::instance().move(path.toStdString(), "");
-    for (const QString& file :
-         cache.entryList({"*.bcf", "*SimState.*", "StaleFrames.*", "*.c4d"}, QDir::Files))
+    for (const QString& file : cache.entryList(kCacheFiles, QDir::Files))
       removed = cache.remove(file) && removed;
     removed = removed && QDir().rmdir(cache.absolutePath());
   }

@@ -36,6 +36,14 @@ struct CacheListEntry {
 /// The folders in `base` that can be read and contain frame files, sorted by name.
 std::vector<CacheListEntry> list_caches(const std::string& base);
 
+/// The files of a cache folder that no cache has, by name: nothing removes them.
+std::vector<std::string> foreign_files(const std::string& directory);
+
+/// Makes a new cache beside `directory`: "fire.log.001", or the first free number, beside
+/// "fire.log.cache" and beside "fire.log.002". Returns its directory; empty, after a log line, if
+/// that fails.
+std::string make_cache_beside(const std::string& directory);
+
 /// Renames a cache and writes the new name into `data`. If it is open, its store saves its frames
 /// and then uses the new directory. The caller must hold no frame of it.
 bool rename_cache(CacheDirData& data, const std::string& name);

@@ -8,6 +8,7 @@
 
 #include "cache/bcf_file.h"
 #include "cache/frame_names.h"
+#include "cache/grid_type.h"
 #include "cache/sim_frame.h"
 
 namespace nbx {
@@ -79,6 +80,12 @@ double GridInfo::compression() const {
 bool FrameFileInfo::good() const {
   return damage.empty() && std::all_of(grids.begin(), grids.end(),
                                        [](const GridInfo& g) { return g.damage.empty(); });
+}
+
+std::string FrameFileInfo::first_damage() const {
+  for (const GridInfo& grid : grids)
+    if (!grid.damage.empty()) return grid_type_name(grid.head.gridType) + ": " + grid.damage;
+  return damage;
 }
 
 FrameFileInfo read_frame_file_info(const std::string& path, bool values) {

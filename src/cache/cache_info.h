@@ -45,6 +45,8 @@ struct FrameFileInfo {
 
   /// True if neither the file nor any of its grids is known to be damaged.
   bool good() const;
+  /// "density: the payload ends early": the first damage; empty if it is good.
+  std::string first_damage() const;
 };
 
 /// Reads one file; with `values` it decodes every payload. `damage` says what is wrong.

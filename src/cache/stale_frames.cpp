@@ -83,6 +83,15 @@ std::set<int> stale_frames(const std::string& directory) {
   return read_stale_frames(frames, directory) ? frames : std::set<int>();
 }
 
+std::set<int> own_frames(const std::string& directory) {
+  std::set<int> frames;
+  if (directory.empty()) return frames;
+  const std::set<int> stale = stale_frames(directory);
+  for (const auto& [frame, name] : list_frames(directory))
+    if (!stale.contains(frame)) frames.insert(frame);
+  return frames;
+}
+
 Outcome StaleMark::begin(int first) {
   marked_ = before_ = stale_frames(store_.directory());
   for (const int frame : store_.frames())

@@ -23,6 +23,9 @@ Outcome read_stale_frames(std::set<int>& frames, const std::string& directory);
 /// The same; none if the mark can't be read.
 std::set<int> stale_frames(const std::string& directory);
 
+/// The other frames of a cache: those of its last run.
+std::set<int> own_frames(const std::string& directory);
+
 /// Keeps the mark of a cache while a run stores its frames there. The store must outlive it.
 class StaleMark {
  public:

@@ -7,6 +7,7 @@
 
 #include "C4D/parameters/post_effect_parameters.h"
 #include "C4D/parameters/volume_parameters.h"
+#include "C4D/parameters/volume_tag_parameters.h"
 #include "C4D/rendering/render_volumes.h"
 #include "C4D/services/host_access.h"
 #include "C4D/services/preferences.h"
@@ -274,6 +275,32 @@ TEST(Parameters, OfTheVolumeReachTheirReaders) {
   EXPECT_FALSE(elements[0]->IsEnabled(OVOLUME.STATE_FILE));
   elements[0]->SetParameter(OVOLUME.LOAD_STATE, true);
   EXPECT_TRUE(elements[0]->IsEnabled(OVOLUME.STATE_CONTINUE_TIME));
+}
+
+// What a parameter changes is what its table says. The records say which readers get it.
+TEST(Parameters, ChangeWhatTheirTablesSay) {
+  test::TestDocument document("volumes.json");
+  const auto of_frames = [](const std::string& name) {
+    return name == "mask_solid" || (name.starts_with("cache_") && name != "cache_direct");
+  };
+  for (host::BaseObject* o = document->GetFirstObject(); o; o = o->GetNext()) {
+    const Record run = read_run(*o), shading = read_shading(*o);
+    for (const host::ParameterInfo& info : o->GetDescription().parameters) {
+      const Changes marked = OVOLUME.changes(info.id);
+      const std::string name = info.Name();
+      EXPECT_NE(marked, Changes::kUnknown) << name;
+      const Changes of_run = of_frames(name)          ? Changes::kFrames
+                             : name == "cache_direct" ? Changes::kRun
+                                                      : Changes::kGas;
+      EXPECT_TRUE(!run.contains(name) || marked == of_run) << name;
+      EXPECT_TRUE(!shading.contains(name) || marked == Changes::kPicture) << name;
+      EXPECT_EQ(name.starts_with("upres_"), marked == Changes::kDetail) << name;
+    }
+  }
+  for (const host::ParameterInfo& info : volume_tag_description().parameters)
+    EXPECT_EQ(TVOLUME.changes(info.id) == Changes::kGas, info.Name() != "version") << info.symbol;
+  for (const host::ParameterInfo& info : post_effect_description().parameters)
+    EXPECT_EQ(VPVOLUME.changes(info.id), Changes::kPicture) << info.symbol;
 }
 
 TEST(Parameters, OfEmitterTagsReachTheirReaders) {

@@ -82,11 +82,11 @@ TEST(PluginStart, SetsUpReportsAndTakesDownEachTime) {
 }
 
 TEST(PluginStart, RegistersInOrderUntilOneFailsThatIsNeeded) {
-  const std::vector<std::int32_t> wanted{1024833, 1023994, 1027553, 1027554, 1024001, 1023995,
-                                         1023996, 1023997, 1023998, 1023999, 1024000,
-                                         1024510, 1023131, 1023164, 1023165};
+  const std::vector<std::int32_t> wanted{1024833, 1023994, 1027553, 1027554, 1024001, 1024011,
+                                         1024010, 1023995, 1023996, 1023997, 1023998, 1023999,
+                                         1024000, 1024510, 1023131, 1023164, 1023165};
   for (std::size_t refused = 0; refused <= wanted.size(); ++refused) {
-    const bool needed = refused < 4 || (refused > 10 && refused < wanted.size());
+    const bool needed = refused < 4 || (refused > 12 && refused < wanted.size());
     const test::LogCapture log;
     WatchingHost host(refused < wanted.size() ? wanted[refused] : 0);
     try {

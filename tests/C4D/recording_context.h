@@ -52,6 +52,9 @@ class RecordingContext final : public host::CommandContext {
     if (on_wait) on_wait();
     return host_.Queue().Wait(event);
   }
+  std::optional<bool> Ask(const std::string& question) override {
+    return on_ask ? std::optional(on_ask(question)) : std::nullopt;
+  }
   void Error(const std::string& text) override { errors.push_back(text); }
   void Warning(const std::string& text) override { warnings.push_back(text); }
   void Note(const std::string& text) override { notes.push_back(text); }
@@ -78,7 +81,8 @@ class RecordingContext final : public host::CommandContext {
   std::vector<std::string> errors, warnings, notes, results;
   std::vector<std::pair<std::string, host::EventFields>> events;
   std::function<void(const std::string&)> on_event, on_progress;
-  std::function<void()> on_wait;  // on the main thread
+  std::function<bool(const std::string&)> on_ask;  // without it there is no terminal
+  std::function<void()> on_wait;                   // on the main thread
   std::atomic<int> interrupts{0};
   /// On the run's thread: returns when the main thread has seen the interrupt and stopped the run.
   void interrupt_and_wait(int times) {

@@ -1,5 +1,6 @@
 #include "cache/cache_directories.h"
 
+#include "cache/cache_notes.h"
 #include "cache/cache_registry.h"
 #include "cache/frame_bytes.h"
 #include "cache/slot_handle.h"
@@ -84,6 +85,44 @@ TEST_F(CacheDirectories, LockListAndRemove) {
     EXPECT_FALSE(remove_cache({base, wrong})) << wrong;
   EXPECT_TRUE(std::filesystem::exists(base + "/a/LastSimState.bcf"));
   EXPECT_TRUE(std::filesystem::exists(base + "/without/frame.txt"));
+}
+
+TEST_F(CacheDirectories, ANewCacheGetsTheNextNumberBesideAnother) {
+  for (const char* other : {"fire.log.cache", "fire.log.001", "fire.log.12", "plain"}) {
+    std::filesystem::create_directories(base + "/" + other);
+    const std::string made = make_cache_beside(base + "/" + other);
+    const std::string stem = std::string(other).starts_with("plain") ? "plain" : "fire.log";
+    EXPECT_TRUE(std::filesystem::is_directory(made)) << made;
+    EXPECT_EQ(made, base + "/" +
+                        (std::string(other) == "fire.log.cache" ? stem + ".001"
+                         : std::string(other) == "fire.log.001" ? stem + ".002"
+                         : std::string(other) == "fire.log.12"  ? stem + ".12.001"
+                                                                : stem + ".001"));
+  }
+  EXPECT_EQ(make_cache_beside(folder.file("missing/a")), "");
+}
+
+TEST_F(CacheDirectories, NotesKeepTheRunsWhoseFramesCount) {
+  CacheNotes notes;
+  for (const int first : {0, 10, 20}) notes.begin({first, "v" + std::to_string(first)});
+  notes.origin = CacheOrigin{"a", 15};
+  ASSERT_TRUE(write_cache_notes(folder.path(), notes));
+  notes = read_cache_notes(folder.path());
+  EXPECT_EQ(notes.runs, (std::vector<RunNote>{{0, "v0"}, {10, "v10"}, {20, "v20"}}));
+  EXPECT_EQ(notes.origin, (CacheOrigin{"a", 15}));
+  notes.begin({10, "new"});
+  EXPECT_EQ(notes.runs, (std::vector<RunNote>{{0, "v0"}, {10, "new"}}));
+  EXPECT_EQ(notes.origin, (CacheOrigin{"a", 9})) << "the run replaces the frames from 10 on";
+  notes.begin({0, "all"});
+  EXPECT_EQ(notes.runs, (std::vector<RunNote>{{0, "all"}}));
+  EXPECT_FALSE(notes.origin);
+  put("CacheNotes.json", "{}");
+  EXPECT_TRUE(read_cache_notes(folder.path()).runs.empty());
+  EXPECT_TRUE(foreign_files(folder.path()).empty());
+  put("CacheLock.lck", "");
+  put("mine.txt", "");
+  std::filesystem::create_directories(folder.file("sub"));
+  EXPECT_EQ(foreign_files(folder.path()), (std::vector<std::string>{"mine.txt", "sub"}));
 }
 
 // An open store follows its renamed directory, and is forgotten with a removed one.

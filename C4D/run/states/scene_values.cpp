@@ -4,7 +4,6 @@
 #include <QFileInfo>
 #include <charconv>
 #include <cstring>
-#include <set>
 
 #include "C4D/parameters/volume_parameters.h"
 #include "C4D/parameters/volume_tag_parameters.h"
@@ -103,25 +102,14 @@ void add_object(SceneValues& values, host::BaseObject& object, const host::BaseD
     add_object(values, *child, document);
 }
 
-/// True for what decides which channels the frames hold.
-bool is_of_frames(std::int32_t id) {
-  static const std::set<std::int32_t> ids{
-      OVOLUME.CACHE_TEMPERATURE, OVOLUME.CACHE_FUEL,  OVOLUME.CACHE_DENSITY, OVOLUME.CACHE_VELOCITY,
-      OVOLUME.CACHE_BURN,        OVOLUME.CACHE_SOLID, OVOLUME.MASK_SOLID};
-  return ids.contains(id);
-}
-
-/// True for what the gas depends on.
-bool is_of_simulation(std::int32_t id) {
-  static const std::set<std::int32_t> range{OVOLUME.TIME_MODE, OVOLUME.TIME_START,
-                                            OVOLUME.TIME_END};
-  return OVOLUME.SimulationParameters::contains(id) && !is_of_frames(id) && !range.contains(id);
-}
-
-bool is_of_upres(std::int32_t id) {
-  static const std::set<std::int32_t> ids{OVOLUME.UPRES_FACTOR, OVOLUME.UPRES_NOISE,
-                                          OVOLUME.UPRES_PERSISTENCE, OVOLUME.UPRES_EXTRA_BANDS};
-  return ids.contains(id);
+/// The parameters of the volume with this mark.
+SceneValues values_that_change(Changes what, const host::BaseObject& volume,
+                               const host::BaseDocument* document = nullptr) {
+  SceneValues values;
+  add_parameters(
+      values, volume.GetName(), volume,
+      [what](std::int32_t id) { return OVOLUME.changes(id) == what; }, document);
+  return values;
 }
 
 }  // namespace
@@ -129,44 +117,54 @@ bool is_of_upres(std::int32_t id) {
 SceneValues scene_values(host::BaseObject& volume, bool upres, ComparedWith other) {
   const host::BaseDocument* const document =
       other == ComparedWith::kSavedScene ? &volume.GetDocument() : nullptr;
-  SceneValues values;
+  SceneValues values = values_that_change(Changes::kGas, volume, document);
   values["fps"] = volume.GetDocument().GetFps().Text();
   add_place(values, volume.GetName(), volume);
-  add_parameters(values, volume.GetName(), volume, is_of_simulation, document);
-  if (upres) add_parameters(values, volume.GetName(), volume, is_of_upres);
+  if (upres) values.merge(values_that_change(Changes::kDetail, volume, document));
   for (host::BaseTag* tag : find_source_tags(volume.GetDocument())) {
     add_parameters(
         values, tag->GetObject()->GetName(), *tag,
-        [](std::int32_t id) { return id != TVOLUME.VERSION; }, document);
+        [](std::int32_t id) { return TVOLUME.changes(id) == Changes::kGas; }, document);
     add_object(values, *tag->GetObject(), document);
   }
   return values;
 }
 
 SceneValues frame_values(const host::BaseObject& volume) {
-  SceneValues values;
-  add_parameters(values, volume.GetName(), volume, is_of_frames);
-  return values;
+  return values_that_change(Changes::kFrames, volume);
+}
+
+SceneValues picture_values(const host::BaseObject& volume) {
+  return values_that_change(Changes::kPicture, volume, &volume.GetDocument());
+}
+
+std::vector<ValueChange> changes(const SceneValues& then, const SceneValues& now) {
+  const auto find = [](const SceneValues& values, const std::string& name) {
+    const auto found = values.find(name);
+    return found == values.end() ? std::nullopt : std::optional(found->second);
+  };
+  std::vector<ValueChange> all;
+  SceneValues names = then;
+  names.insert(now.begin(), now.end());
+  for (const auto& [name, ignored] : names)
+    if (ValueChange change{name, find(then, name), find(now, name)}; change.before != change.after)
+      all.push_back(std::move(change));
+  return all;
+}
+
+std::string text_of(const ValueChange& change) {
+  const auto shown = [](const std::string& value) {
+    return value.size() > 40 ? value.substr(0, 37) + "..." : value;
+  };
+  if (!change.before) return change.name + " is new, it is " + shown(*change.after);
+  if (!change.after) return change.name + " is gone, it was " + shown(*change.before);
+  return change.name + " was " + shown(*change.before) + " and is now " + shown(*change.after);
 }
 
 std::vector<std::string> differences(const SceneValues& then, const SceneValues& now) {
   constexpr std::size_t most = 8;
-  const auto shown = [](const std::string& value) {
-    return value.size() > 40 ? value.substr(0, 37) + "..." : value;
-  };
   std::vector<std::string> lines;
-  SceneValues all = then;
-  all.insert(now.begin(), now.end());
-  for (const auto& [name, ignored] : all) {
-    const auto before = then.find(name), after = now.find(name);
-    if (before == then.end())
-      lines.push_back(name + " is new, it is " + shown(after->second));
-    else if (after == now.end())
-      lines.push_back(name + " is gone, it was " + shown(before->second));
-    else if (before->second != after->second)
-      lines.push_back(name + " was " + shown(before->second) + " and is now " +
-                      shown(after->second));
-  }
+  for (const ValueChange& change : changes(then, now)) lines.push_back(text_of(change));
   if (lines.size() <= most) return lines;
   const std::string more = std::to_string(lines.size() - most) + " other values differ too";
   lines.resize(most);

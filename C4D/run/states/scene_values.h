@@ -3,6 +3,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,18 @@ SceneValues scene_values(host::BaseObject& volume, bool upres,
 
 /// The parameters of the volume that choose what its frames hold.
 SceneValues frame_values(const host::BaseObject& volume);
+
+/// The parameters of the volume that change only pictures.
+SceneValues picture_values(const host::BaseObject& volume);
+
+/// A value that isn't what it was, or that only one of two scenes has.
+struct ValueChange {
+  std::string name;  // as in SceneValues
+  std::optional<std::string> before, after;
+};
+std::vector<ValueChange> changes(const SceneValues& then, const SceneValues& now);
+/// "smoke.vorticity was 2 and is now 3".
+std::string text_of(const ValueChange& change);
 
 /// "smoke.vorticity was 2 and is now 3", "knot.density is gone, it was 1": the first few
 /// differences, and how many more there are. Empty if there are none.

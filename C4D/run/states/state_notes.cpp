@@ -114,6 +114,9 @@ std::optional<StateNotes> read_notes(const std::string& state, const StateKey& k
   StateNotes result;
   result.wind = {{wind[0].toDouble(), wind[1].toDouble(), wind[2].toDouble()}, wind[3].toDouble()};
   take(notes["scene"], result.scene);
+  // Earlier versions noted how the run stored its frames too.
+  std::erase_if(result.scene,
+                [](const auto& value) { return value.first.ends_with(".cache_direct"); });
   take(notes["frames"], result.frames);
   if (RunRange run; take(range.at(0), run.start) && take(range.at(1), run.end)) result.range = run;
   result.noise = noise_of(notes["noise"].toObject());
