@@ -89,7 +89,8 @@ inline Quad catmull_rom(F t) {
           (2.0f - 1.5f * t) * t2 + 0.5f * t, (0.5f * t - 0.5f) * t2};
 }
 
-inline F combine(const Quad& w, F a, F b, F c, F d) {
+template <class V>
+V combine(const Quad& w, V a, V b, V c, V d) {
   return ((w.a * a + w.b * b) + w.c * c) + w.d * d;
 }
 inline F combine(const Quad& w, const Quad& v) { return combine(w, v.a, v.b, v.c, v.d); }
