@@ -98,7 +98,10 @@ inline F near_cubic(const KernelField& f, const NearCell& c, const NearMarks& ma
   if (marks.data) {
     const std::uint8_t held = marks_at(marks, place);
     if (held == kNothing) return F{};
-    if (held & kTinyValues) return cubic_of<Careful>(f, c, gathered(f, c.at), OneRow());
+    if (held & kTinyValues)
+      return read_near<-1, 2>(f, c.at, place, [&](const auto& rows, const auto& spread) {
+        return cubic_of<Careful>(f, c, rows, spread);
+      });
   }
   return read_near<-1, 2>(f, c.at, place, [&](const auto& rows, const auto& spread) {
     return cubic_of<F>(f, c, rows, spread);
