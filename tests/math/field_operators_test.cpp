@@ -288,10 +288,11 @@ TEST(Occupancy, LeavesOutOnlyZeros) {
 
 TEST(Occupancy, MeasuresWhatIsPositiveInside) {
   test::everywhere([] {
-    for (const auto& [dims, lowest] : {std::pair{Vec3i(2, 9, 9), -3.0f},
+    for (const auto& [size, lowest] : {std::pair{Vec3i(2, 9, 9), -3.0f},
                                        {Vec3i(5, 4, 3), -3.0f},
                                        {Vec3i(70, 41, 33), -3.0f},
                                        {Vec3i(70, 41, 33), 0.0f}}) {
+      const Vec3i dims = size;
       MField x(kCpu, dims);
       Field<float>& f = x.overwrite_cpu();
       test::fill_random(f, 4, lowest, 1);
