@@ -10,7 +10,6 @@
 #include "app/command_line.h"
 #include "app/plugin_path.h"
 #include "app/synonyms.h"
-#include "app/thread_waiting.h"
 #include "host/base/nearest_name.h"
 #include "host/plugin_module.h"
 #include "host/program/interrupts.h"
@@ -96,7 +95,6 @@ int Run(const std::vector<std::string>& words, host::Terminal& terminal) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  app::WaitBriefly(argv);
   host::Terminal terminal = host::Terminal::ForThisProcess();
   int code = host::kFailed;
   try {

@@ -11,6 +11,7 @@
 #include "C4D/settings/volume_cache.h"
 #include "cache/cache_registry.h"
 #include "cache/stale_frames.h"
+#include "util/thread_waiting.h"
 
 namespace nbx {
 
@@ -131,6 +132,7 @@ void read_steps(VolumeRenderer& renderer, const host::BaseVideoPost& node) {
 
 bool prepare_all(RenderVolumes& volumes, host::BaseRender& render,
                  const host::BaseVideoPost& node) {
+  const ThreadWaiting thread_waiting;
   if (!simulate_up_to_frame(volumes.hosted, render)) return false;
   render.SetStatusText(texts::kPreparingVolumes);
   VolumeRenderer& renderer = volumes.renderer;

@@ -25,6 +25,7 @@ namespace nbx {
 
 Outcome SimulationRun::prepare() {
   omp_set_num_threads(front_end_.threads() > 0 ? front_end_.threads() : omp_get_num_procs());
+  thread_waiting_.emplace();
   mem_stats();
   const Outcome prepared = prepare_in_order();
   if (!prepared) LogMessage() << prepared.reason();
@@ -191,6 +192,7 @@ void SimulationRun::report_lost() {
 }
 
 Outcome SimulationRun::finish() {
+  thread_waiting_.reset();
   Outcome saved = Outcome::success();
   if (sim_ && sim_->sink.target_cache) {
     if (const Outcome written = sim_->sink.target_cache->finish_writes(); !written)

@@ -23,6 +23,7 @@
 #include "C4D/run/run_times.h"
 #include "C4D/run/state_saver.h"
 #include "util/outcome.h"
+#include "util/thread_waiting.h"
 
 namespace nbx {
 
@@ -79,6 +80,7 @@ class SimulationRun final : private SimProgress {
   bool prepared_ = false;
   bool frame_done_ = false;  // the last progress was that of a whole frame
 
+  std::optional<ThreadWaiting> thread_waiting_;  // from prepare to finish
   std::mutex sim_lock_;  // guards sim_ against other threads
   std::shared_ptr<Simulation3D> sim_;
   std::optional<RunScene> scene_;

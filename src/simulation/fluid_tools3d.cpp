@@ -5,6 +5,7 @@
 #include "simulation/fluid/fluid_row_kernels.h"
 #include "util/cuda_use_flags.h"
 #include "util/isa.h"
+#include "util/shared_loop.h"
 
 NBX_DECLARE_ISA(FluidRowKernels, kFluidRows)
 
@@ -61,12 +62,12 @@ void add_center_to_mac(Field<float>& U, Field<float>& V, Field<float>& W, const 
   const int nx = f.nx(), ny = f.ny(), nz = f.nz();
   const auto add = [&](Field<float>& component, float coefficient, std::ptrdiff_t step) {
     if (coefficient == 0) return;
-#pragma omp parallel for schedule(dynamic, 1) if (f.count() > kSmallField)
-    for (int k = 1; k < nz; ++k)
+    shared_loop(1, nz, f.count() > kSmallField, [&](int k) {
       for (int j = 1; j < ny; ++j) {
         const float* at = &f(1, j, k);
         rows.add_clamped(&component(1, j, k), at, at - step, coefficient, nx - 1);
       }
+    });
   };
   add(U, a, 1);
   add(V, b, nx);

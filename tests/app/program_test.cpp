@@ -89,18 +89,6 @@ TEST_F(Program, FailuresGiveCodeOne) {
   EXPECT_NE(missing.err.find("error: the plug-in can't be loaded: "), std::string::npos);
 }
 
-// The OpenMP runtime prints its settings. The last report is that of the program that runs.
-TEST_F(Program, WaitingThreadsSleepSoon) {
-  const auto spins = [&](const std::string& policy) {
-    const std::string text = Shell("unset GOMP_SPINCOUNT OMP_WAIT_POLICY; " + policy +
-                                   " OMP_DISPLAY_ENV=VERBOSE $P --version >out 2>err")
-                                 .err;
-    return text.substr(std::min(text.rfind("GOMP_SPINCOUNT = "), text.size()), 24);
-  };
-  EXPECT_EQ(spins(""), "GOMP_SPINCOUNT = '3000'\n");
-  EXPECT_NE(spins("OMP_WAIT_POLICY=active"), "GOMP_SPINCOUNT = '3000'\n") << "the user's own";
-}
-
 TEST_F(Program, AnInterruptReachesTheCommand) {
   for (const std::string signal : {"INT", "TERM"}) {
     // Its note on stderr shows that it is waiting.

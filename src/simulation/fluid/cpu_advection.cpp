@@ -9,6 +9,7 @@
 #include "simulation/fluid_tools3d.h"
 #include "util/exception.h"
 #include "util/isa.h"
+#include "util/shared_loop.h"
 
 NBX_DECLARE_ISA(AdvectionKernels, kAdvectionKernels)
 
@@ -26,14 +27,14 @@ KernelField kernel_field(const Field<float>& f) { return {f.data(), f.nx(), f.ny
 // Four samples along each axis.
 bool fits_cubic(const Field<float>& f) { return std::min({f.nx(), f.ny(), f.nz()}) >= 4; }
 
-// Calls run(i, j, k, n) for runs of n cells along x that cover the interior. Planes are scheduled
-// dynamically, since the paths of the adaptive tracer differ in length.
+// Calls run(i, j, k, n) for runs of n cells along x that cover the interior. Planes are
+// shared, since the paths of the adaptive tracer differ in length.
 template <class Run>
 void for_runs(const Vec3i& dims, const Run& run) {
-#pragma omp parallel for schedule(dynamic)
-  for (int k = 1; k < dims[2] - 1; ++k)
+  shared_loop(1, dims[2] - 1, true, [&](int k) {
     for (int j = 1; j < dims[1] - 1; ++j)
       for (int i = 1; i < dims[0] - 1; i += kRun) run(i, j, k, std::min(kRun, dims[0] - 1 - i));
+  });
 }
 
 TraceParams trace_params(const AdvectionParams& params, bool forward, const Vec3i& dims) {

@@ -4,6 +4,7 @@
 #include "simulation/field_planes.h"
 #include "simulation/fluid_tools3d.h"
 #include "util/cuda_use_flags.h"
+#include "util/shared_loop.h"
 
 namespace nbx {
 
@@ -72,12 +73,12 @@ void set_channel_inside_solid(const Field<float>& phi, Field<float>& channel, bo
   check_dims(phi, channel);
   const int nx = phi.nx(), ny = phi.ny(), nz = phi.nz();
   // Only cells in solid are written and only corners in fluid are read.
-#pragma omp parallel for schedule(dynamic, 1) if (phi.count() > kSmallField)
-  for (int k = 1; k < nz - 1; ++k)
+  shared_loop(1, nz - 1, phi.count() > kSmallField, [&](int k) {
     for (int j = 1; j < ny - 1; ++j)
       for (int i = 1; i < nx - 1; ++i)
         if (phi(i, j, k) <= 0)
           channel(i, j, k) = extrapolate ? value_at_surface(phi, channel, i, j, k, value) : value;
+  });
 }
 
 void m_set_channel_inside_solid(MField& phi, MField& channel, bool extrapolate, float value) {
