@@ -65,6 +65,9 @@ class BcfFile {
   Outcome add_grids(const std::vector<GridHead>& heads,
                     const std::vector<const Field<float>*>& fields);
 
+  /// The same for one that is encoded already, with the codec of its head.
+  Outcome add_payload(GridHead head, const Payload& payload);
+
   /// Reads the next head and skips the payload before it; `position()` is then that of its payload.
   /// False at the end of the file or after a short read. Throws Exception if no file is open for
   /// reading.
@@ -93,7 +96,6 @@ class BcfFile {
   void drop();
   Outcome finish();
   Outcome sync();
-  Outcome add_payload(GridHead head, const Payload& payload);
   void read_raw(std::uint64_t position, const GridHead& head, Field<float>& field);
   void read_run_length(std::uint64_t position, const GridHead& head, Field<float>& field);
   void read_predictive(std::uint64_t position, const GridHead& head, Field<float>& field);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "cache/codecs/run_length_codec.h"
 #include "util/log.h"
 
 namespace nbx {
@@ -10,6 +11,12 @@ namespace nbx {
 namespace {
 
 constexpr std::int64_t kLargest = std::numeric_limits<int>::max();
+
+FieldHandle copied(const Field<float>& field) {
+  FieldHandle copy = acquire_field();
+  copy->copy(field);
+  return copy;
+}
 
 bool is_velocity(int gridType) { return gridType >= kGridVelocityX && gridType <= kGridVelocityZ; }
 
@@ -46,7 +53,7 @@ bool SimFrame::load(const std::string& file) {
 void SimFrame::take_head(const GridHead& head) {
   Vec3i cells = head.dims;
   for (int a = 0; a < 3; ++a) cells[a] = std::max(cells[a], 0);
-  grids[head.gridType] = {head.gridType, head.offset, cells, head.gridMatrix, {}};
+  grids[head.gridType] = {head.gridType, head.offset, cells, head.gridMatrix, {}, {}};
   simTime = head.simTime;
   frameTime = head.frameTime;
 }
@@ -93,17 +100,50 @@ Outcome SimFrame::write_loaded(std::uint64_t& size, BcfFile& out, const std::str
   }
 }
 
+// Others may decode packed grids meanwhile, so their fields aren't looked at.
 Outcome SimFrame::add_loaded(BcfFile& out, Codec codec) const {
   std::vector<const Field<float>*> fields;
   std::vector<GridHead> heads;
   for (const auto& [type, grid] : grids) {
-    if (!grid.field) continue;
+    const bool packed = grid.packed.data != nullptr;
+    if (!packed && !grid.field) continue;
+    const GridHead head{0,
+                        static_cast<std::uint8_t>(std::clamp(type, 0, 255)),
+                        static_cast<std::uint8_t>(packed ? Codec::kRunLength : codec),
+                        simTime,
+                        frameTime,
+                        grid.offset,
+                        packed ? grid.dims : grid.field->dims(),
+                        grid.gridMatrix};
+    if (packed) {
+      if (Outcome added = out.add_payload(head, grid.packed); !added) return added;
+      continue;
+    }
     fields.push_back(grid.field.get());
-    heads.push_back({0, static_cast<std::uint8_t>(std::clamp(type, 0, 255)),
-                     static_cast<std::uint8_t>(codec), simTime, frameTime, grid.offset,
-                     grid.field->dims(), grid.gridMatrix});
+    heads.push_back(head);
   }
   return out.add_grids(heads, fields);
+}
+
+void SimFrame::pack() {
+  std::vector<FrameGrid*> loaded;
+  std::vector<const Field<float>*> fields;
+  for (auto& [type, grid] : grids) {
+    if (!grid.field) continue;
+    loaded.push_back(&grid);
+    fields.push_back(grid.field.get());
+  }
+  try {
+    const std::vector<Payload> payloads = encode_grids(buffers, Codec::kRunLength, fields);
+    for (std::size_t i = 0; i < loaded.size(); ++i) {
+      loaded[i]->packed = payloads[i];
+      loaded[i]->dims = fields[i]->dims();
+      loaded[i]->field.reset();
+    }
+  } catch (const Exception&) {
+    // Whoever writes the frame will meet the same failure, and report it.
+    for (FrameGrid* grid : loaded) grid->field = copied(*grid->field);
+  }
 }
 
 FieldHandle SimFrame::grid(int gridType) {
@@ -111,6 +151,10 @@ FieldHandle SimFrame::grid(int gridType) {
   const auto found = grids.find(gridType);
   if (found == grids.end()) return {};
   FrameGrid& grid = found->second;
+  if (grid.packed.data && !grid.field) {
+    grid.field = acquire_field(grid.dims);
+    rle_decode(grid.field->data(), grid.packed.data, grid.packed.size);
+  }
   const auto indexed = file_index_.find(gridType);
   if (grid.field || indexed == file_index_.end()) return grid.field;
 
@@ -123,12 +167,8 @@ FieldHandle SimFrame::grid(int gridType) {
 
 void SimFrame::add(const FieldHandle& field, int gridType, const Vec3i& offset,
                    const GridMatrix& matrix) {
-  FieldHandle held = field;
-  if (ownsData) {
-    held = acquire_field();
-    held->copy(*field);
-  }
-  grids[gridType] = {gridType, offset, field->dims(), matrix, held};
+  grids[gridType] = {gridType, offset, field->dims(), matrix, ownsData ? copied(*field) : field,
+                     {}};
 }
 
 Vec3i SimFrame::dims() const {

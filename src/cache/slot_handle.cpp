@@ -32,7 +32,11 @@ SlotHandle& SlotHandle::operator=(SlotHandle&& other) noexcept {
 
 SimFrame& SlotHandle::operator*() const { return slot_->data; }
 
-void SlotHandle::stored() { give_back(true); }
+void SlotHandle::stored() {
+  if (slot_ && !slot_->data.ownsData) slot_->data.pack();
+  give_back(true);
+}
+
 void SlotHandle::release() { give_back(false); }
 
 void SlotHandle::give_back(bool stored) {

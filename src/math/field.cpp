@@ -10,19 +10,25 @@
 #include <sys/mman.h>
 
 #include "util/log.h"
+#include "util/memory_block.h"
 
 namespace nbx {
 
 namespace {
 
-constexpr std::align_val_t kAlignment{64};
 // Lets four-wide loops load past the last element.
 constexpr std::size_t kSpare = 4;
 
 std::atomic<std::uint64_t> allocations{0}, bytes_owned{0};
 
+// A block for `capacity` elements of `size` bytes.
+std::size_t block_bytes(std::uint64_t capacity, std::size_t size) {
+  return (capacity + kSpare) * size;
+}
+
 // A stencil reads many rows of a field at once, each on a page of its own. With large pages their
-// addresses stay in the processor's table. Only pages that the field fills completely are large.
+// addresses stay in the processor's table. Only pages that the field fills completely are large,
+// so that what it hasn't reached takes no memory.
 void prefer_large_pages(void* block, std::size_t bytes) {
   constexpr std::uintptr_t kLargePage = std::uintptr_t{1} << 21;
   const auto begin = reinterpret_cast<std::uintptr_t>(block);
@@ -54,20 +60,19 @@ void Field<T>::resize(int nx, int ny, int nz) {
     // A field that grows will grow again. Memory that it hasn't reached yet takes no pages.
     const std::uint64_t capacity = std::max(count, capacity_ + capacity_ / 4);
     free();
-    const std::size_t bytes = (capacity + kSpare) * sizeof(T);
-    raw_ = ::operator new(bytes, kAlignment, std::nothrow);
+    raw_ = allocate_block(block_bytes(capacity, sizeof(T)));
     if (!raw_) {
       LogMessage() << "Failed to allocate field memory";
       throw std::bad_alloc();
     }
     ++allocations;
-    prefer_large_pages(raw_, bytes);
     data_ = static_cast<T*>(raw_);
     capacity_ = capacity;
   }
   if (raw_ && count > reached_) {
     bytes_owned += (count - reached_) * sizeof(T);
     reached_ = count;
+    prefer_large_pages(raw_, count * sizeof(T));
   }
   nx_ = nx;
   ny_ = ny;
@@ -78,7 +83,7 @@ template <class T>
 void Field<T>::free() {
   if (raw_) {
     bytes_owned -= reached_ * sizeof(T);
-    ::operator delete(raw_, kAlignment);
+    release_block(raw_, block_bytes(capacity_, sizeof(T)));
   }
   data_ = nullptr;
   raw_ = nullptr;

@@ -78,7 +78,9 @@ void CuslKernels3D::advect_velocity() {
       for (int i = 0; i < 3; ++i) params.trace_back[i] = &traces[i];
     moved[axis].resize(thread_location(), velocity_[axis].dims());
     advect(moved[axis], velocity_[axis], params);
-    if (detailed) velocity_[axis].swap(moved[axis]);
+    if (!detailed) continue;
+    velocity_[axis].swap(moved[axis]);
+    moved[axis].release();
   }
   // Without detail the plain velocity carries itself: it must not change before all three
   // components are done.

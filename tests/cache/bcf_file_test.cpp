@@ -243,6 +243,35 @@ TEST_F(BcfFileTest, WritesWhatIsLoadedAndReadsItBack) {
   }
 }
 
+TEST_F(BcfFileTest, PackedFramesGiveTheSameFieldsAndFiles) {
+  SimFrame copies, packed;
+  packed.ownsData = false;
+  const FieldHandle density = filled({40, 30, 20}, 1), fuel = filled({5, 6, 7}, 2);
+  std::fill_n(density->data() + 3000, 9000, 0.5f);
+  for (SimFrame* frame : {&copies, &packed}) {
+    frame->add(density, kGridDensity, test::kOffset, test::kMatrix);
+    frame->add(fuel, kGridFuel, test::kOffset, test::kMatrix);
+  }
+  packed.pack();
+  EXPECT_EQ(density.use_count(), 1);
+  density->data()[0] += 1;  // the payload doesn't see it
+  const char* memory = packed.buffers.at(0).data();
+
+  const std::string other = folder.file("packed.bcf");
+  EXPECT_GT(copies.write(path, Codec::kRunLength), 0u);
+  EXPECT_GT(packed.write(other, Codec::kPredictive), 0u) << "keeps the codec of its payloads";
+  EXPECT_EQ(test::read_file(other), test::read_file(path));
+  for (const int type : {kGridDensity, kGridFuel})
+    EXPECT_TRUE(test::same_bits(*packed.grid(type), *copies.grid(type)));
+  EXPECT_EQ(packed.grid(kGridFuel), packed.grid(kGridFuel)) << "decoded once";
+
+  packed.clear();
+  packed.add(fuel, kGridFuel, test::kOffset, test::kMatrix);
+  packed.pack();
+  EXPECT_EQ(packed.buffers.at(0).data(), memory) << "the next frame allocates nothing";
+  EXPECT_TRUE(test::same_bits(*packed.grid(kGridFuel), *fuel));
+}
+
 TEST_F(BcfFileTest, FailedWritesLeaveNoFile) {
   SimFrame frame;
   frame.add(filled({64, 64, 16}, 3), kGridDensity, {}, {});

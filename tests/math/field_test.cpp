@@ -10,6 +10,7 @@
 #include "support/gpu_thread.h"
 #include "support/support.h"
 #include "util/exception.h"
+#include "util/memory.h"
 
 // Makes an impossible allocation fail as it does without sanitizers.
 extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
@@ -42,6 +43,20 @@ TEST(Field, ResizeKeepsTheLargestBlock) {
 
   EXPECT_THROW(f.resize(1 << 20, 1 << 20, 1 << 20), std::bad_alloc);
   EXPECT_EQ(f.count(), 0u);
+}
+
+// Of fields that grow in turn, as those of a growing container do, nothing stays resident but what
+// they hold.
+TEST(Field, GrowthLeavesNoGaps) {
+  const auto held = [bytes = field_bytes()] { return field_bytes() - bytes; };
+  const auto resident = [bytes = resident_memory()] { return resident_memory() - bytes; };
+  std::vector<Field<float>> fields(16);
+  for (int n = 30; n < 95; n += 5)
+    for (Field<float>& field : fields) {
+      field.resize(n, n, n);
+      std::fill_n(field.data(), field.count(), 1.0f);
+    }
+  EXPECT_LT(resident(), held() * 6 / 5 + (2 << 20));
 }
 
 TEST(FieldPool, HandsOutTheLastReleasedFirstAndDestroysTheUnused) {

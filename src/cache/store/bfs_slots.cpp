@@ -54,15 +54,20 @@ void BFS::Table::release(Slot& slot, bool force) {
   if (slot.references > 0 || slot.state == State::kDirty) return;
   // A table of the smallest size keeps its last frame.
   if (!force && max_slots >= entries.size() && max_slots <= kMinSlots) return;
-  entries.erase(slot_key(slot.frame, slot.substep));
+  drop(slot);
   if (max_slots > kMinSlots) --max_slots;
+}
+
+void BFS::Table::drop(Slot& slot) {
+  if (!slot.data.buffers.empty()) idle_buffers.push_back(std::move(slot.data.buffers));
+  entries.erase(slot_key(slot.frame, slot.substep));
 }
 
 // Saves a slot without references if it is dirty, and drops it.
 void BFS::Table::remove(Slot& slot) {
   storeSlot(slot);
   if (slot.state == State::kDirty) lose(slot.frame, slot.substep, last_error);
-  entries.erase(slot_key(slot.frame, slot.substep));
+  drop(slot);
 }
 
 void BFS::Table::lose(int frame, int substep, const std::string& error) {
@@ -126,6 +131,12 @@ BFS::Slot* BFS::Table::open_for_storing(int frame, int substep) {
   slot.writing = true;
   slot.state = State::kEmpty;
   slot.data.clear();
+  // A frame that will be packed needs no copies of its fields.
+  slot.data.ownsData = store.codec != Codec::kRunLength;
+  if (slot.data.buffers.empty() && !idle_buffers.empty()) {
+    slot.data.buffers = std::move(idle_buffers.back());
+    idle_buffers.pop_back();
+  }
   if (substep == 0) unsaved.insert(frame);
   return &slot;
 }

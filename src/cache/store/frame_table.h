@@ -64,6 +64,7 @@ struct BFS::Table {
   void release(Slot& slot, bool force);
   bool load(Lock& lock, Slot& slot);
   void remove(Slot& slot);
+  void drop(Slot& slot);
   void lose(int frame, int substep, const std::string& error);
   void removeAllSlots(Lock& lock);
   bool finish_writes(Lock& lock);
@@ -91,7 +92,8 @@ struct BFS::Table {
   std::vector<LostFrame> lost_frames;
   std::set<int> unsaved;  // frames that were stored and aren't on disk
   double seconds_waited = 0;
-  std::vector<std::unique_ptr<BcfFile>> idle_files;  // kept for their buffers
+  std::vector<std::unique_ptr<BcfFile>> idle_files;   // kept for their buffers
+  std::vector<std::vector<ByteBuffer>> idle_buffers;  // of frames that have left
 
   std::thread writer;  // started by the first frame that is stored
   std::condition_variable due;
