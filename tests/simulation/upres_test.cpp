@@ -195,7 +195,7 @@ void add_plain_detail(test::Mac& fine, Coarse& coarse, const SolverParams& param
   set(map, 0);
   scale_up_center(map, w[3], f);
   WaveletNoise noise;
-  advance_tile(noise, 0, true, false);
+  advance_tile(noise, 0, true, true);
   NoiseParams p;
   p.bands = static_cast<float>(static_cast<int>(std::log2(f)) + params.upres_extra_bands);
   p.frequency = 1.0f / static_cast<float>(1 << params.upres_extra_bands);

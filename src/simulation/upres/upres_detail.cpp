@@ -75,9 +75,10 @@ NoiseParams upres_noise(const SolverParams& params) {
   return noise;
 }
 
+// Its largest magnitude is 1, so that the amount alone says how strong the detail is.
 void UpresDetail::make_tile() {
   if (tile_.data) return;
-  advance_tile(noise_, 0, true, false);
+  advance_tile(noise_, 0, true, true);
   tile_ = noise_rows(rows_, noise_);
 }
 
