@@ -24,6 +24,8 @@ constexpr Synonym kCommands[] = {
     {"init create template scene", "new"},
     {"validate lint", "check"},
     {"ls list inspect stat stats frames", "info"},
+    {"caches branch lock unlock rename remove rm explain why stale", "cache"},
+    {"estimate predict cost plan budget", "forecast"},
     {"convert save vdb", "export"},
     {"load open", "import"},
     {"pack bundle archive copy", "collect"},

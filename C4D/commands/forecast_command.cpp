@@ -13,6 +13,7 @@
 #include "C4D/run/forecast.h"
 #include "C4D/run/run_times.h"
 #include "C4D/settings/scene_settings.h"
+#include "C4D/settings/volume_cache.h"
 #include "C4D/sources/source_tags.h"
 #include "simulation/workspace.h"
 #include "util/format_size.h"
@@ -65,6 +66,7 @@ class VolumeForecast {
 
   int run() {
     Outcome good = take_frames(arguments_, volume_);
+    set_cache(arguments_, volume_);
     if (good) good = check_domain_and_range(volume_);
     if (!good) return refuse(good, host::kBadInput);
     read_scene();
@@ -97,6 +99,8 @@ class VolumeForecast {
     const double seconds = arguments_.GetReal("probe", kProbeSeconds);
     const auto interrupted = [this] { return context_.Interrupts() > 0; };
     const int threads = arguments_.GetLong("threads");
+    from_cache_ = read_finished_probe(fine_, volume_);
+    if (from_cache_) return share_of_channels({seconds / 5, threads, interrupted});
     context_.Progress("probing frames of the real size", false);
     if (Outcome done = run_probe(fine_, volume_, voxel_size_, {seconds, threads, interrupted});
         !done)
@@ -112,6 +116,18 @@ class VolumeForecast {
     return run_probe(coarse_, volume_, ratio_ / 2 * voxel_size_, limit);
   }
 
+  /// A run in the cache hasn't noted what its channels took: that is as in a short probe.
+  Outcome share_of_channels(const ProbeLimit& limit) {
+    Probe probe;
+    if (Outcome done = run_probe(probe, volume_, ratio_ * voxel_size_, limit); !done) return done;
+    double all = 0, channels = 0;
+    for (const ProbeFrame& frame : probe.frames)
+      all += frame.seconds, channels += frame.of_channels;
+    for (ProbeFrame& frame : fine_.frames)
+      frame.of_channels = all > 0 ? frame.seconds * channels / all : 0;
+    return Outcome::success();
+  }
+
   double memory(const Vec3i& box, bool solids) const {
     return memory_before_ + workspace_bytes(params_, sink_, vector_cast<double>(box), solids);
   }
@@ -119,12 +135,12 @@ class VolumeForecast {
   void report() {
     const Forecast plain = forecast_run(scene_, coarse_, fine_);
     const int count = static_cast<int>(plain.frames.size());
-    const std::string probed = fine_.complete
-                                   ? "all of them simulated"
-                                   : std::to_string(fine_.frames.size()) + " of them simulated";
+    const std::string measured =
+        from_cache_ ? "all of them in the cache " + find_cache(volume_)
+                    : std::to_string(fine_.frames.size()) + " of them simulated to measure";
     context_.Result(volume_subject(volume_) + std::to_string(count) + " frames (" +
-                    std::to_string(first_) + " to " + std::to_string(scene_.last) + "), " + probed +
-                    " to measure");
+                    std::to_string(first_) + " to " + std::to_string(scene_.last) + "), " +
+                    measured);
     char line[160];
     std::snprintf(line, sizeof line, "%-9s %-19s %9s %9s %10s %10s %10s %10s", "", "largest box",
                   "memory", "a frame", "all frames", "raw", "run-length", "compressed");
@@ -149,6 +165,7 @@ class VolumeForecast {
     context_.Event("forecast", {{"object", volume_.GetName()},
                                 {"factor", std::int64_t{forecast.factor}},
                                 {"frames", static_cast<std::int64_t>(forecast.frames.size())},
+                                {"from_cache", from_cache_},
                                 {"frames_probed", static_cast<std::int64_t>(fine_.frames.size())},
                                 {"largest_box", std::vector<double>(box.v.begin(), box.v.end())},
                                 {"memory_bytes", bytes_of_memory},
@@ -167,7 +184,7 @@ class VolumeForecast {
   double voxel_size_ = 1, ratio_ = 4, memory_before_ = 0;
   SolverParams params_;
   FrameSink sink_;
-  bool has_solids_ = false;
+  bool has_solids_ = false, from_cache_ = false;
   ForecastScene scene_;
   Probe coarse_, fine_;
 };
@@ -180,7 +197,8 @@ class ForecastCommand final : public host::CommandData {
             .help =
                 "Says before a run how much time, memory and disk it takes, also with more detail: "
                 "simulates some frames, and the whole range with larger voxels, and stores "
-                "nothing. Without --object it looks at every enabled volume",
+                "nothing. If the cache holds the finished run, its figures count. Without --object "
+                "it looks at every enabled volume",
             .options = {{.name = "scene",
                          .value_name = "SCENE",
                          .help = "The scene document",
@@ -193,8 +211,9 @@ class ForecastCommand final : public host::CommandData {
                                  "much for those with larger voxels; default: 10",
                          .minimum = 0,
                          .maximum = 86400}},
-            .common = {CommonOption::Frames, CommonOption::Object, CommonOption::Threads,
-                       CommonOption::Set, CommonOption::Fps, CommonOption::Force}};
+            .common = {CommonOption::Frames, CommonOption::Object, CommonOption::Cache,
+                       CommonOption::Threads, CommonOption::Set, CommonOption::Fps,
+                       CommonOption::Force}};
   }
 
   int Execute(const host::CommandArguments& arguments, host::CommandContext& context) override {

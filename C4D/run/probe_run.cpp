@@ -2,14 +2,18 @@
 
 #include <QTemporaryDir>
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 
 #include "C4D/parameters/volume_parameters.h"
+#include "C4D/run/finished_run.h"
 #include "C4D/run/run_failure.h"
 #include "C4D/run/silent_front_end.h"
 #include "C4D/run/simulation_run.h"
 #include "C4D/services/host_conversion.h"
 #include "C4D/settings/volume_cache.h"
+#include "cache/cache_info.h"
+#include "cache/cache_notes.h"
 #include "cache/frame_names.h"
 #include "util/stopwatch.h"
 
@@ -88,7 +92,7 @@ CodecBytes packed_sizes(const std::string& path, const std::string& scratch) {
 
 /// Measures some of the frames, spread over the probe. The others get the bytes per cell of their
 /// neighbors.
-void measure_sizes(Probe& probe, const std::string& directory) {
+void measure_sizes(Probe& probe, const std::string& directory, const std::string& scratch) {
   const auto files = list_frames(directory);
   const int count = static_cast<int>(probe.frames.size());
   int before = -1;
@@ -96,8 +100,7 @@ void measure_sizes(Probe& probe, const std::string& directory) {
     const int at = count <= kFramesPacked ? i : i * (count - 1) / (kFramesPacked - 1);
     ProbeFrame& frame = probe.frames[at];
     const auto file = files.find(frame.frame);
-    if (file != files.end())
-      frame.bytes = packed_sizes(directory + "/" + file->second, directory + "/scratch");
+    if (file != files.end()) frame.bytes = packed_sizes(directory + "/" + file->second, scratch);
     for (int between = before + 1; between < at; ++between)
       for (std::size_t c = 0; c < frame.bytes.size(); ++c) {
         const ProbeFrame &a = probe.frames[before], &b = frame;
@@ -143,8 +146,37 @@ Outcome run_probe(Probe& probe, host::BaseObject& volume, double voxel_size,
   if (Outcome done = simulate(volume, front_end, probe.complete); !done) return done;
   if (probe.frames.empty() || front_end.wanted_stop() == Stop::kNow)
     return Outcome::failure("the probe was interrupted");
-  measure_sizes(probe, directory);
+  measure_sizes(probe, directory, directory + "/scratch");
   return Outcome::success();
+}
+
+bool read_finished_probe(Probe& probe, host::BaseObject& volume) {
+  if (!find_finished_run(volume)) return false;
+  const std::string directory = find_cache(volume);
+  const std::vector<RunNote> runs = read_cache_notes(directory).runs;
+  if (runs.size() != 1 || runs[0].seconds <= 0) return false;
+  const RunTimes times = run_times(volume);
+  Probe all;
+  double cells = 0;
+  for (const auto& [number, name] : list_frames(directory)) {
+    ProbeFrame& frame = all.frames.emplace_back();
+    frame.frame = number;
+    frame.box = read_frame_file_info(directory + "/" + name, false).box;
+    cells += frame.cells();
+  }
+  std::erase_if(all.frames, [&](const ProbeFrame& frame) {
+    return frame.frame < times.start.frame() || frame.frame > times.end.frame();
+  });
+  const double substeps = 1.0 * runs[0].substeps / static_cast<double>(all.frames.size());
+  for (ProbeFrame& frame : all.frames) {
+    frame.seconds = runs[0].seconds * frame.cells() / std::max(cells, 1.0);
+    frame.substeps = std::max(1, static_cast<int>(std::lround(substeps)));
+  }
+  const QTemporaryDir scratch;
+  measure_sizes(all, directory, scratch.filePath("scratch").toStdString());
+  all.complete = true;
+  probe = std::move(all);
+  return true;
 }
 
 }  // namespace nbx

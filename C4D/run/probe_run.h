@@ -47,4 +47,9 @@ struct ProbeLimit {
 Outcome run_probe(Probe& probe, host::BaseObject& volume, double voxel_size,
                   const ProbeLimit& limit);
 
+/// The same from the finished run of the unchanged scene in the volume's cache, whose time is
+/// spread over the frames by their cells. False if there is none, or if its time isn't known.
+/// `of_channels` stays 0.
+bool read_finished_probe(Probe& probe, host::BaseObject& volume);
+
 }  // namespace nbx

@@ -14,7 +14,6 @@
 #include "C4D/settings/scene_settings.h"
 #include "C4D/settings/volume_cache.h"
 #include "C4D/settings/volume_grid.h"
-#include "cache/cache_notes.h"
 #include "cache/cache_registry.h"
 #include "math/field_pool.h"
 #include "util/cuda_use_flags.h"
@@ -131,11 +130,24 @@ void SimulationRun::mark_later_frames(bool continued) {
   const int first = times_.now.frame() + (continued ? 1 : 0);
   if (const Outcome marked = stale_->begin(first); !marked)
     front_end_.warn("the later frames of the earlier run can't be marked: " + marked.reason());
+  note_ = {first, NBX_VERSION, 0, 0};
+  CacheNotes notes = read_cache_notes(sim_->sink.target_cache->directory());
+  notes.begin(note_);
+  write_notes(notes);
+}
+
+void SimulationRun::write_notes(const CacheNotes& notes) {
   const std::string directory = sim_->sink.target_cache->directory();
-  CacheNotes notes = read_cache_notes(directory);
-  notes.begin({first, NBX_VERSION});
   if (const Outcome written = write_cache_notes(directory, notes); !written)
     front_end_.warn("the notes of the cache can't be written: " + written.reason());
+}
+
+/// Forecasts go by it.
+void SimulationRun::note_cost() {
+  CacheNotes notes = read_cache_notes(sim_->sink.target_cache->directory());
+  if (note_.seconds == 0 || notes.runs.empty() || notes.runs.back().first != note_.first) return;
+  notes.runs.back() = note_;
+  write_notes(notes);
 }
 
 bool SimulationRun::step_to_state() {
@@ -180,6 +192,9 @@ void SimulationRun::substep_done(const Simulation3D& sim) {
 }
 
 void SimulationRun::report_frame() {
+  const StageTimes& t = sim_->stage_times();
+  note_.seconds += t.src + t.sol + t.res + t.beg + t.pro + t.vel + t.sav;
+  note_.substeps += sim_->clock.step_index;
   front_end_.frame_done(times_.now, *sim_);
   report_lost();
   // A mark that stays says too much, which is harmless; the next frame's update tries again.
@@ -201,6 +216,7 @@ Outcome SimulationRun::finish() {
     if (const Outcome marked = stale_ ? stale_->end() : Outcome::success(); saved && !marked)
       saved = Outcome::failure("the mark of stale frames can't be written: " + marked.reason());
     if (frame_done_) states_->save_last();
+    if (frame_done_) note_cost();
     report_lost();
   }
   states_.reset();

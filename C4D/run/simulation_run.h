@@ -22,6 +22,7 @@
 #include "C4D/run/run_scene.h"
 #include "C4D/run/run_times.h"
 #include "C4D/run/state_saver.h"
+#include "cache/cache_notes.h"
 #include "util/outcome.h"
 #include "util/thread_waiting.h"
 
@@ -63,6 +64,8 @@ class SimulationRun final : private SimProgress {
   Outcome take_domain();
   void report_start(bool continued);
   void mark_later_frames(bool continued);
+  void write_notes(const CacheNotes& notes);
+  void note_cost();
   bool step_to_state();
   void store_first_frame(bool with_sources);
   void report_frame();
@@ -77,6 +80,7 @@ class SimulationRun final : private SimProgress {
   RunFrontEnd& front_end_;
   RunTimes times_;
   Vec3i voxels_;  // of the domain at the start
+  RunNote note_;  // for the cache
   bool prepared_ = false;
   bool frame_done_ = false;  // the last progress was that of a whole frame
 

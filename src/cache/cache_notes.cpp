@@ -32,7 +32,8 @@ CacheNotes read_cache_notes(const std::string& directory) {
   const QJsonObject all = QJsonDocument::fromJson(file.readAll()).object();
   for (const auto& value : all["runs"].toArray()) {
     const QJsonObject run = value.toObject();
-    notes.runs.push_back({run["first"].toInt(), run["version"].toString().toStdString()});
+    notes.runs.push_back({run["first"].toInt(), run["version"].toString().toStdString(),
+                          run["seconds"].toDouble(), run["substeps"].toInt()});
   }
   const QJsonObject origin = all["origin"].toObject();
   if (!origin.isEmpty())
@@ -43,7 +44,10 @@ CacheNotes read_cache_notes(const std::string& directory) {
 Outcome write_cache_notes(const std::string& directory, const CacheNotes& notes) {
   QJsonArray runs;
   for (const RunNote& run : notes.runs)
-    runs.append(QJsonObject{{"first", run.first}, {"version", text(run.version)}});
+    runs.append(QJsonObject{{"first", run.first},
+                            {"version", text(run.version)},
+                            {"seconds", run.seconds},
+                            {"substeps", run.substeps}});
   QJsonObject all{{"about", "The runs that made these frames, by their first frames."},
                   {"runs", runs}};
   if (notes.origin)

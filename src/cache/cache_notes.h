@@ -14,6 +14,8 @@ namespace nbx {
 struct RunNote {
   int first = 0;
   std::string version;  // of the program
+  double seconds = 0;   // that it took for its frames; 0 until it has ended
+  int substeps = 0;     // in all of them
   bool operator==(const RunNote&) const = default;
 };
 

@@ -243,6 +243,16 @@ TEST_F(CacheCommand, AForecastOfAShortRunIsWhatTheRunTakes) {
   EXPECT_EQ(context_->all<std::int64_t>("forecast", "frames_probed").at(0), 6);
   EXPECT_FALSE(fs::exists(left));
 
+  EXPECT_FALSE(context_->all<bool>("forecast", "from_cache").at(0));
+  arguments.Add("cache", file);
+  ASSERT_EQ(run("forecast", arguments), host::kDone);
+  EXPECT_TRUE(context_->all<bool>("forecast", "from_cache").at(0));
+  EXPECT_EQ(context_->all<double>("forecast", "bytes_run_length").at(0), bytes);
+  EXPECT_NEAR(context_->all<double>("forecast", "seconds").at(0),
+              read_cache_notes(file).runs.at(0).seconds, 1e-9);
+  EXPECT_GT(context_->all<double>("forecast", "seconds").at(1), 0);
+
+  arguments = simulate_arguments(folder_.file("scene.json"), 5, "");
   arguments.Add("probe", "0");
   ASSERT_EQ(run("forecast", arguments), host::kDone);
   EXPECT_EQ(context_->all<std::int64_t>("forecast", "frames_probed").at(0), 1);

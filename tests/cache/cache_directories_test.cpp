@@ -104,11 +104,13 @@ TEST_F(CacheDirectories, ANewCacheGetsTheNextNumberBesideAnother) {
 
 TEST_F(CacheDirectories, NotesKeepTheRunsWhoseFramesCount) {
   CacheNotes notes;
-  for (const int first : {0, 10, 20}) notes.begin({first, "v" + std::to_string(first)});
+  for (const int first : {0, 10, 20})
+    notes.begin({first, "v" + std::to_string(first), 1.5 * first, first});
   notes.origin = CacheOrigin{"a", 15};
   ASSERT_TRUE(write_cache_notes(folder.path(), notes));
   notes = read_cache_notes(folder.path());
-  EXPECT_EQ(notes.runs, (std::vector<RunNote>{{0, "v0"}, {10, "v10"}, {20, "v20"}}));
+  EXPECT_EQ(notes.runs,
+            (std::vector<RunNote>{{0, "v0"}, {10, "v10", 15, 10}, {20, "v20", 30, 20}}));
   EXPECT_EQ(notes.origin, (CacheOrigin{"a", 15}));
   notes.begin({10, "new"});
   EXPECT_EQ(notes.runs, (std::vector<RunNote>{{0, "v0"}, {10, "new"}}));
