@@ -151,7 +151,7 @@ Outcome run_probe(Probe& probe, host::BaseObject& volume, double voxel_size,
 }
 
 bool read_finished_probe(Probe& probe, host::BaseObject& volume) {
-  if (!find_finished_run(volume)) return false;
+  if (!find_finished_run(volume, "")) return false;
   const std::string directory = find_cache(volume);
   const std::vector<RunNote> runs = read_cache_notes(directory).runs;
   if (runs.size() != 1 || runs[0].seconds <= 0) return false;
