@@ -152,11 +152,16 @@ Vector PathTracer::GlowLight(const Path& from, const SurfaceShading& shading, co
   path.origin = hit.point + hit.normal * hit.offset;
   Vector sum = GlowOf(path, shading, GlowView(scene_.glow, path.origin, hit.normal), sampler);
   const Vector center = scene_.glow.Center();
+  const double radius = Length(scene_.glow.Corners()[7] - scene_.glow.Corners()[0]) / 2;
   for (const GlowMirror& mirror : scene_.glow_mirrors) {
     if (!mirror.Shows(scene_.glow, path.origin)) continue;
-    // Little of the light comes over a mirror that is far away, so fewer samples look into it.
-    const double near = Length(center - path.origin) / Length(mirror.Image(center) - path.origin);
-    const double chance = std::clamp(kImageChance * near * near, 0.125, 1.0);
+    // Little of the light comes over a mirror that is far away, so fewer samples look into it,
+    // except where the highlight may show the image.
+    const Vector image = mirror.Image(center) - path.origin;
+    const double far = Length(image), near = Length(center - path.origin) / far;
+    const bool shines = shading.HasGloss() &&
+                        Length(Cross(image, shading.GlossDirection(0.5, 0.5))) < radius + 0.3 * far;
+    const double chance = shines ? 1 : std::clamp(kImageChance * near * near, 0.125, 1.0);
     if (sampler.Next1D() >= chance) continue;
     const GlowView view(scene_.glow, path.origin, hit.normal, &mirror);
     sum = sum + GlowOf(path, shading, view, sampler) * (1 / chance);
