@@ -152,6 +152,7 @@ void GlowGrid::FormBricks() {
     return CurvePlace(a.first) < CurvePlace(b.first);
   });
   brick_of_.assign(cells_.size() / kBrickCells, static_cast<std::uint16_t>(bricks_.size()));
+  double whole = 0;
   for (const Brick& brick : bricks_) {
     const std::array<int, 3>& c = brick.first;
     brick_of_[BrickIndex(c[0], c[1], c[2])] = static_cast<std::uint16_t>(lights_.size());
@@ -159,7 +160,10 @@ void GlowGrid::FormBricks() {
     const Vector center = lattice_.At(c[0] + half, c[1] + half, c[2] + half);
     lights_.push_back({static_cast<float>(center.x), static_cast<float>(center.y),
                        static_cast<float>(center.z), brick.sum.back()});
+    center_ = center_ + center * brick.sum.back();
+    whole += brick.sum.back();
   }
+  center_ = center_ * (1 / whole);
 }
 
 }  // namespace host

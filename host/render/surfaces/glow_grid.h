@@ -37,6 +37,9 @@ class GlowGrid {
   bool IsCrossed(const Vector& origin, const Vector& direction) const {
     return !IsEmpty() && !lattice_.Cross({origin, direction}).IsEmpty();
   }
+  /// The middle of the light.
+  const Vector& Center() const { return center_; }
+  /// Of the box of the grid.
   std::array<Vector, 8> Corners() const {
     std::array<Vector, 8> corners;
     for (int n = 0; n < 8; ++n)
@@ -89,6 +92,7 @@ class GlowGrid {
   std::vector<Brick> bricks_;            ///< along a space-filling curve
   std::vector<PointLight> lights_;       ///< of the bricks
   std::vector<std::uint16_t> brick_of_;  ///< for each cube of cells; bricks_.size() for the others
+  Vector center_;                        ///< of the power of the bricks
   double faint_ = 0;  ///< emission that a cell may have although no segment showed it
   /// Coarse cells of the whole box. They dim light on its way to the fine cells.
   Medium haze_;

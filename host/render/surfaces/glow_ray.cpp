@@ -5,8 +5,12 @@
 namespace host {
 namespace {
 
-// Directions of each kind.
-constexpr int kTowardGlow = 3, kByCosine = 1, kByHighlight = 2;
+/// Directions of each kind. Less light comes over mirrors, so they get fewer.
+struct Counts {
+  int toward_glow = 3, by_cosine = 1, by_highlight = 2;
+  constexpr int Sum() const { return toward_glow + by_cosine + by_highlight; }
+};
+constexpr Counts kStraight, kOverMirror{2, 1, 1};
 
 double Fraction(double x) { return x - std::floor(x); }
 
@@ -26,7 +30,7 @@ struct Candidate {
 class Candidates {
  public:
   Candidates(const SurfaceShading& shading, const GlowView& view)
-      : shading_(shading), view_(view) {}
+      : counts(view.Mirror() ? kOverMirror : kStraight), shading_(shading), view_(view) {}
 
   void Add(const Vector& direction) {
     Candidate& c = list_[count_];
@@ -36,9 +40,9 @@ class Candidates {
     const GlowView::Sight sight = view_.Look(direction);
     c.target = Mean(Times(share, sight.light));
     if (c.target <= 0) return;
-    double density = kByCosine * c.lobes.diffuse_density;
-    if (view_.CanSample()) density += kTowardGlow * sight.density;
-    if (shading_.HasGloss()) density += kByHighlight * c.lobes.gloss_density;
+    double density = counts.by_cosine * c.lobes.diffuse_density;
+    if (view_.CanSample()) density += counts.toward_glow * sight.density;
+    if (shading_.HasGloss()) density += counts.by_highlight * c.lobes.gloss_density;
     c.direction = direction;
     c.weight = c.target / density;
     sum_ += c.weight;
@@ -60,10 +64,12 @@ class Candidates {
     return {c.direction, c.lobes.gloss * (factor / (1 - chance)), kRayRoughReflection};
   }
 
+  const Counts counts;
+
  private:
   const SurfaceShading& shading_;
   const GlowView& view_;
-  std::array<Candidate, kTowardGlow + kByCosine + kByHighlight> list_;
+  std::array<Candidate, kStraight.Sum()> list_;
   int count_ = 0;
   double sum_ = 0;
 };
@@ -78,18 +84,19 @@ GlowRay ChooseGlowRay(const SurfaceShading& shading, const GlowView& view, Sampl
     const auto place = [bits](int axis, int i) {
       return Fraction((bits >> (21 * axis) & 0x1fffff) * 0x1p-21 + i * kGolden3[axis]);
     };
-    for (int i = 0; i < kTowardGlow; ++i)
-      candidates.Add(view.Sample((i + brick) / kTowardGlow, place(0, i), place(1, i), place(2, i)));
+    const int count = candidates.counts.toward_glow;
+    for (int i = 0; i < count; ++i)
+      candidates.Add(view.Sample((i + brick) / count, place(0, i), place(1, i), place(2, i)));
   }
   const auto [u, v] = sampler.Next2D();
   const auto at = [](double start, int axis, int i) {
     return Fraction(start + i * kGolden2[axis]);
   };
-  for (int i = 0; i < kByCosine; ++i)
+  for (int i = 0; i < candidates.counts.by_cosine; ++i)
     candidates.Add(shading.DiffuseDirection(at(u, 0, i), at(v, 1, i)));
   if (shading.HasGloss()) {
     const auto [s, t] = sampler.Next2D();
-    for (int i = 0; i < kByHighlight; ++i)
+    for (int i = 0; i < candidates.counts.by_highlight; ++i)
       candidates.Add(shading.GlossDirection(at(s, 0, i), at(t, 1, i)));
   }
   return candidates.Choose(pick);

@@ -15,6 +15,8 @@ constexpr double kIndirectLimit = 4;
 constexpr double kKept = 0.5;
 /// The fraction of rays to the glow that are traced through the effects.
 constexpr double kCorrected = 0.125;
+/// The chance to look into a mirror in which the glow is as far away as the glow itself.
+constexpr double kImageChance = 2;
 
 /// Tent filter with twice the width of a pixel: smooths edges without seams.
 double Tent(double u) { return u < 0.5 ? std::sqrt(2 * u) - 0.5 : 1.5 - std::sqrt(2 - 2 * u); }
@@ -149,10 +151,21 @@ Vector PathTracer::GlowLight(const Path& from, const SurfaceShading& shading, co
   Path path = from;
   path.origin = hit.point + hit.normal * hit.offset;
   Vector sum = GlowOf(path, shading, GlowView(scene_.glow, path.origin, hit.normal), sampler);
-  for (const GlowMirror& mirror : scene_.glow_mirrors)
-    if (mirror.Shows(scene_.glow, path.origin))
-      sum = sum +
-            GlowOf(path, shading, GlowView(scene_.glow, path.origin, hit.normal, &mirror), sampler);
+  const Vector center = scene_.glow.Center();
+  const double radius = Length(scene_.glow.Corners()[7] - scene_.glow.Corners()[0]) / 2;
+  for (const GlowMirror& mirror : scene_.glow_mirrors) {
+    if (!mirror.Shows(scene_.glow, path.origin)) continue;
+    // Little of the light comes over a mirror that is far away, so fewer samples look into it,
+    // except where the highlight may show the image.
+    const Vector image = mirror.Image(center) - path.origin;
+    const double far = Length(image), near = Length(center - path.origin) / far;
+    const bool shines = shading.HasGloss() &&
+                        Length(Cross(image, shading.GlossDirection(0.5, 0.5))) < radius + 0.3 * far;
+    const double chance = shines ? 1 : std::clamp(kImageChance * near * near, 0.125, 1.0);
+    if (sampler.Next1D() >= chance) continue;
+    const GlowView view(scene_.glow, path.origin, hit.normal, &mirror);
+    sum = sum + GlowOf(path, shading, view, sampler) * (1 / chance);
+  }
   return sum;
 }
 

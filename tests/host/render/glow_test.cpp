@@ -97,23 +97,38 @@ TEST(RenderGlow, LightOnASurfaceIsTheSumOverAllDirections) {
     }
 }
 
-// The light of the grid is corrected by rays through the effects, and no light counts twice.
-TEST(RenderGlow, PicturesGetTheLightOfTheEffect) {
+// The light of the grid is corrected by rays through the effects, and no light counts twice:
+// neither straight light nor, in the second scene, light over a mirror at x = 70.
+class RenderGlowPicture : public testing::TestWithParam<bool> {};
+INSTANTIATE_TEST_SUITE_P(Mirror, RenderGlowPicture, testing::Bool());
+TEST_P(RenderGlowPicture, GetsTheLightOfTheEffect) {
+  const bool mirrored = GetParam();
   const std::string materials =
-      R"("materials": [{"name": "clay", "parameters": {"color": [0.5, 0.5, 0.5]}}],)";
+      R"("materials": [{"name": "clay", "parameters": {"color": [0.5, 0.5, 0.5]}},)"
+      R"({"name": "mirror", "parameters": {"color": [0, 0, 0], "reflection": [0.9, 0.9, 0.9]}}],)";
+  const std::string mirror =
+      R"(, {"type": "plane", "position": [70, 0, 0], "rotation": [0, 0, 90], "parameters": )"
+      R"({"width": 1e5, "depth": 1e5}, "tags": [{"type": "texture", )"
+      R"("parameters": {"material": "mirror"}}]})";
   const auto document =
       Opened(R"({"type": "light", "parameters": {"intensity": 0}},)" +
                  Camera("[0, -59, 0]", "[0, 90, 0]") +
                  R"({"type": "plane", "position": [0, -60, 0], "tags": [{"type": "texture", )"
-                 R"("parameters": {"material": "clay"}}]})",
+                 R"("parameters": {"material": "clay"}}]})" +
+                 (mirrored ? mirror : ""),
              kFog + materials);
   const RenderJob job{{0}, 1, 1, {0, 0, 1, 1}, {4096, 0, 1}, 1};
   OpenFrame frame(*document, job);
   Vector expected;
   ForDirections(1500, [&](const Vector& d, double angle) {
     if (d.y <= 0) return;
-    const double passing = Passing({0, -60, 0}, d, 1e9), share = 0.5 * d.y * angle / kPi;
+    double passing = Passing({0, -60, 0}, d, 1e9), share = 0.5 * d.y * angle / kPi;
     expected = expected + Fog::kGlow * ((1 - passing) * share);
+    if (mirrored && d.x > 0) {
+      share *= passing * (0.9 + 0.1 * std::pow(1 - d.x, 5));
+      passing = Passing({140, -60, 0}, {-d.x, d.y, d.z}, 1e9);
+      expected = expected + Fog::kGlow * ((1 - passing) * share);
+    }
     expected = expected + Vector{0.1, 0.1, 0.1} * (passing * share);
   });
   for (const double measured : {0.5, 1.0}) {  // a grid that is wrong changes nothing
