@@ -24,6 +24,16 @@ class Fluid {
     const float* phi = &phi_(0, j * step_[1], k * step_[2]);
     for (int i = 1; i < g_.nx - 1; ++i) out[i] = phi[i * step_[0]] > 0 ? 1.0f : 0.0f;
   }
+  /// Whether a cell of an inner row is in solid.
+  bool has_solid(int j, int k) const {
+    const float* phi = &phi_(0, j * step_[1], k * step_[2]);
+    int solid = 0;
+    if (step_[0] == 1)
+      for (int i = 1; i < g_.nx - 1; ++i) solid |= static_cast<int>(!(phi[i] > 0));
+    else
+      for (int i = 1; i < g_.nx - 1; ++i) solid |= static_cast<int>(!(phi[i * step_[0]] > 0));
+    return solid != 0;
+  }
 
  private:
   const LevelGrid& g_;
@@ -60,13 +70,12 @@ std::vector<char> rows_near_solid(const LevelGrid& g, const LevelGrid* fine, con
   const auto index = [](const LevelGrid& level, int j, int k) {
     return std::ptrdiff_t{k} * level.ny + j;
   };
+  const auto inner = [&g](int j, int k) { return j > 0 && k > 0 && j < g.ny - 1 && k < g.nz - 1; };
   for_rows(g, [&](int j, int k) {
-    std::vector<float> row(g.nx);
-    fluid.row(row.data(), j, k);
-    with_solid[index(g, j, k)] = std::find(row.begin(), row.end(), 0.0f) != row.end();
+    if (inner(j, k)) with_solid[index(g, j, k)] = static_cast<char>(fluid.has_solid(j, k));
   });
   for_rows(g, [&](int j, int k) {
-    if (j == 0 || k == 0 || j == g.ny - 1 || k == g.nz - 1) return;
+    if (!inner(j, k)) return;
     char& any = near[index(g, j, k)];
     for (int d = -1; d <= 1; ++d)
       any |= with_solid[index(g, j + d, k)] | with_solid[index(g, j, k + d)];
@@ -85,20 +94,22 @@ void fill_open(float* open, const LevelGrid& g, const LevelGrid* fine, const Flu
     return g.near_solid[std::ptrdiff_t{k} * g.ny + j] != 0;
   };
   for_rows(g, [&](int j, int k) {
-    std::vector<float> row(g.nx);
+    float* out = open + g.row(j, k);
     const int shift = axis == 0 ? 1 : 0, end = g.nx - 1 + shift;
     const int j_before = j - (axis == 1), k_before = k - (axis == 2);
     const bool inner = j > 0 && k > 0 && (axis == 1 || j < g.ny - 1) && (axis == 2 || k < g.nz - 1);
-    if (inner) std::fill(row.begin() + 1, row.begin() + end, 1.0f);
-    if (inner && (near_solid(j, k) || near_solid(j_before, k_before))) {
-      std::vector<float> here(g.nx), before(g.nx);
-      fluid.row(here.data(), j, k);
-      fluid.row(before.data(), j_before, k_before);
-      for (int i = 1; i < end; ++i) row[i] = here[i] * before[i - shift];
-      for (int i = 1; fine && i < end; ++i) row[i] *= coarse_open(*fine, axis, {i, j, k});
+    std::fill_n(out, g.nx, inner ? 1.0f : 0.0f);
+    if (!inner) return;
+    out[g.place(0)] = 0;
+    if (end < g.nx) out[g.place(end)] = 0;
+    if (!near_solid(j, k) && !near_solid(j_before, k_before)) return;
+    std::vector<float> here(g.nx), before(g.nx);
+    fluid.row(here.data(), j, k);
+    fluid.row(before.data(), j_before, k_before);
+    for (int i = 1; i < end; ++i) {
+      const float between = here[i] * before[i - shift];
+      out[g.place(i)] = fine ? between * coarse_open(*fine, axis, {i, j, k}) : between;
     }
-    float* out = open + g.row(j, k);
-    for (int i = 0; i < g.nx; ++i) out[g.place(i)] = row[i];
   });
 }
 
@@ -118,10 +129,17 @@ void fill_inverse_weight(float* inverse, const LevelGrid& g, const LevelGrid& be
   clear_solution(in_solid);
   Prolongate3D(in_solid, below);
   for_rows(g, [&](int j, int k) {
+    float* weights = inverse + g.row(j, k);
+    int any = static_cast<int>(g.near_solid[std::ptrdiff_t{k} * g.ny + j]);
+    for (int i = 0; i < g.nx; ++i) any |= static_cast<int>(weights[i] != 0);
+    if (!any) {
+      std::fill_n(weights, g.nx, 1.0f);
+      return;
+    }
     std::vector<float> row(g.nx);
     fluid.row(row.data(), j, k);
     for (int i = 0; i < g.nx; ++i) {
-      float& w = inverse[g.row(j, k) + g.place(i)];
+      float& w = weights[g.place(i)];
       w = w < 1 ? row[i] / (1 - w) : 0;
     }
   });

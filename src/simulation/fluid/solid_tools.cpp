@@ -1,4 +1,6 @@
 // How solids act on velocity and channels.
+#include <vector>
+
 #include "math/field_checks.h"
 #include "math/interpolation.h"
 #include "simulation/field_planes.h"
@@ -18,6 +20,21 @@ constexpr float kDeepest = -12.0f;
 void constrain_row(float* U, const float* Us, const float* phi, std::ptrdiff_t step, int count) {
   const float* before = phi - step;
   for (int i = 0; i < count; ++i) U[i] = ((phi[i] <= 0) | (before[i] <= 0)) ? Us[i] : U[i];
+}
+
+// Per row j + ny k, whether it has a cell in solid.
+std::vector<char> rows_with_solid(const Field<float>& phi) {
+  const int ny = phi.ny(), nz = phi.nz();
+  std::vector<char> rows(std::size_t{1} * ny * nz);
+#pragma omp parallel for schedule(static) if (phi.count() > kSmallField)
+  for (int k = 0; k < nz; ++k)
+    for (int j = 0; j < ny; ++j) {
+      const float* row = &phi(0, j, k);
+      int solid = 0;
+      for (int i = 0; i < phi.nx(); ++i) solid |= static_cast<int>(row[i] <= 0);
+      rows[std::size_t{1} * k * ny + j] = static_cast<char>(solid);
+    }
+  return rows;
 }
 
 // The weighted mean of the channel at `at` over the corners in fluid; `value` if there are none.
@@ -55,6 +72,7 @@ void constrainBoundaryVelocityT(const Field<float>& phi, const Field<float>& Us,
   check_mac(Us, Vs, Ws, phi);
   const int nx = phi.nx(), ny = phi.ny(), nz = phi.nz();
   const std::ptrdiff_t row = nx, plane = row * ny;
+  const std::vector<char> rows = rows_with_solid(phi);
   // The last layer of each component has its own index n - 1 and lies on the last interior cell.
 #pragma omp parallel for schedule(static) if (phi.count() > kSmallField)
   for (int k = 1; k < nz; ++k)
@@ -62,9 +80,12 @@ void constrainBoundaryVelocityT(const Field<float>& phi, const Field<float>& Us,
       const float* c = &phi(1, j, k);
       const std::size_t u = U.index(1, j, k), v = V.index(1, j, k), w = W.index(1, j, k);
       const bool inner_j = j < ny - 1, inner_k = k < nz - 1;
-      if (inner_j && inner_k) constrain_row(U.data() + u, Us.data() + u, c, 1, nx - 1);
-      if (inner_k) constrain_row(V.data() + v, Vs.data() + v, c, row, nx - 2);
-      if (inner_j) constrain_row(W.data() + w, Ws.data() + w, c, plane, nx - 2);
+      const char* solid = &rows[std::size_t{1} * k * ny + j];
+      if (inner_j && inner_k && solid[0]) constrain_row(U.data() + u, Us.data() + u, c, 1, nx - 1);
+      if (inner_k && (solid[0] || solid[-1]))
+        constrain_row(V.data() + v, Vs.data() + v, c, row, nx - 2);
+      if (inner_j && (solid[0] || solid[-ny]))
+        constrain_row(W.data() + w, Ws.data() + w, c, plane, nx - 2);
     }
 }
 
