@@ -35,6 +35,12 @@ std::optional<int> first_in_range(const std::set<int>& frames, const RunTimes& t
   return *first;
 }
 
+double voxel_edge(const SimFrame& frame) {
+  if (frame.grids.empty()) return 0;
+  const GridMatrix& m = frame.grids.begin()->second.gridMatrix;  // for row vectors
+  return 1 / length(Vec3d(m[0], m[4], m[8]));
+}
+
 double edge_of(const Affine3d& world_to_grid) { return 1 / length(world_to_grid.rows[0]); }
 
 /// At the time of the frame, since the scale of the volume may be animated.
@@ -61,12 +67,6 @@ std::set<int> frames_of_run(const std::string& directory) {
   for (const auto& [frame, name] : list_frames(directory))
     if (!stale.contains(frame)) frames.insert(frame);
   return frames;
-}
-
-double voxel_edge(const SimFrame& frame) {
-  if (frame.grids.empty()) return 0;
-  const GridMatrix& m = frame.grids.begin()->second.gridMatrix;  // for row vectors
-  return 1 / length(Vec3d(m[0], m[4], m[8]));
 }
 
 Outcome upres_source_ok(const std::string& directory) {
@@ -118,9 +118,13 @@ void limit_to_coarse_run(RunTimes& times, const std::string& directory) {
   };
   if (times.start.frame() < *frames.begin()) limit(times.now, *frames.begin());
   if (times.end.frame() > *frames.rbegin()) limit(times.end, *frames.rbegin());
+}
+
+double coarse_voxel_edge(const std::string& directory) {
+  const std::set<int> frames = frames_of_run(directory);
   SimFrame first;
-  if (load_heads(first, directory, *frames.begin()))
-    LogMessage() << "upres using lo_voxel_size = " << voxel_edge(first);
+  if (frames.empty() || !load_heads(first, directory, *frames.begin())) return 0;
+  return voxel_edge(first);
 }
 
 std::string missing_in_coarse_run(const RunTimes& times, const std::string& directory) {
@@ -133,10 +137,7 @@ std::string missing_in_coarse_run(const RunTimes& times, const std::string& dire
 }
 
 bool has_upres_factor(const SimFrame& state, const std::string& source, int factor) {
-  const std::set<int> frames = frames_of_run(source);
-  SimFrame coarse;
-  if (frames.empty() || !load_heads(coarse, source, *frames.begin())) return false;
-  return std::abs(voxel_edge(coarse) / voxel_edge(state) / factor - 1) < 1e-2;
+  return std::abs(coarse_voxel_edge(source) / voxel_edge(state) / factor - 1) < 1e-2;
 }
 
 }  // namespace nbx

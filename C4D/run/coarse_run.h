@@ -27,14 +27,14 @@ Outcome check_coarse_run(host::BaseObject& volume, const std::string& directory)
 std::string take_upres_cache(host::BaseObject& volume);
 
 /// Limits the range to the frames of the coarse run, with `now` at its start: `start` stays, since
-/// the scene is stepped from there. Logs the size of the coarse voxels.
+/// the scene is stepped from there.
 void limit_to_coarse_run(RunTimes& times, const std::string& directory);
 
 /// Frames that the coarse run lacks within the range, as text; empty if there are none.
 std::string missing_in_coarse_run(const RunTimes& times, const std::string& directory);
 
-/// The edge of a voxel in the world, by the matrix of the frame's grids; 0 without grids.
-double voxel_edge(const SimFrame& frame);
+/// The edge of the voxels in the world, by the first frame; 0 if that can't be read.
+double coarse_voxel_edge(const std::string& directory);
 
 /// Whether a state comes from an up-resolution run of this factor.
 bool has_upres_factor(const SimFrame& state, const std::string& source, int factor);

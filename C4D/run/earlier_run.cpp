@@ -134,11 +134,9 @@ std::optional<int> frame_before(const host::BaseObject& volume) {
 }
 
 /// "Nothing to do: frames 0-20 are there."
-std::string nothing_to_do(const host::BaseObject& volume) {
-  const TimeRange range = time_range(volume);
+std::string nothing_to_do(const RunTimes& times) {
   std::set<int> frames;
-  for (int f = frame_at(range.start, volume); f <= frame_at(range.end, volume); ++f)
-    frames.insert(f);
+  for (int f = times.now.frame(); f <= times.end.frame(); ++f) frames.insert(f);
   return "Nothing to do: " + named_frames(frames) + (frames.size() == 1 ? " is" : " are") +
          " there.";
 }
@@ -146,9 +144,10 @@ std::string nothing_to_do(const host::BaseObject& volume) {
 Origin start_new(host::BaseObject& volume, const std::string& source, RunFrontEnd& front_end) {
   if (!must_ask_about_cache(volume)) return RunOrigin{};
   if (auto run = find_finished_run(volume, source)) {
-    const bool is_longer =
-        fraction_less(run->notes->range->end, to_fraction(time_range(volume).end));
-    if (!is_longer && front_end.may_skip(nothing_to_do(volume))) return {};
+    RunTimes times = run_times(volume);
+    if (!source.empty()) limit_to_coarse_run(times, source);
+    const bool is_longer = fraction_less(run->notes->range->end, times.end.time);
+    if (!is_longer && front_end.may_skip(nothing_to_do(times))) return {};
     const std::string end = std::to_string(frame_of(*run));
     if (is_longer && load_grids(*run) &&
         front_end.may_extend("the run continues from its end, frame " + end))

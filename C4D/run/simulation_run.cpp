@@ -84,7 +84,10 @@ void SimulationRun::make_simulation() {
 void SimulationRun::open_scene() {
   times_ = run_times(*volume_);
   if (origin_.start) times_.now.time = times_.start.time = *origin_.start;
-  if (is_upres()) limit_to_coarse_run(times_, source_);
+  if (is_upres()) {
+    limit_to_coarse_run(times_, source_);
+    LogMessage() << "upres using lo_voxel_size = " << coarse_voxel_edge(source_);
+  }
   sim_->clock.frame_duration = times_.start.length.value();
   scene_.emplace(*volume_, times_, front_end_);
   stale_.emplace(*sim_->sink.target_cache);

@@ -268,7 +268,8 @@ struct TwoRuns {
     run.scene.source = refined(coarse.scene.source, factor);
     run.scene.settings = [factor, this](StepSettings& s) {
       s.domain.dx = 0.05 / factor;
-      s.params.max_substeps = 2;
+      s.params.max_substeps = substeps;
+      s.params.cfl = 0.1;
       s.params.upres_noise_amount = amount;
     };
   }
@@ -278,7 +279,8 @@ struct TwoRuns {
   }
   test::TemporaryFolder folder;
   test::BoxRun coarse, fine;
-  double amount = 0.03;
+  double amount = 0.3;
+  int substeps = 2;
 };
 
 TEST(UpresRun, WithoutNoiseMovesWithTheCoarseFlowToTheBit) {
@@ -305,6 +307,29 @@ TEST(UpresRun, WithoutNoiseMovesWithTheCoarseFlowToTheBit) {
   }
   EXPECT_GT(sizes.size(), 1U) << "the box must change";
   EXPECT_GT(sum(runs.fine.channel(kDensity)), 0);
+}
+
+// The coordinates move in the first substep of a frame only, so they move for all of them.
+TEST(UpresRun, CarriesTheNoiseOverWholeFrames) {
+  std::vector<Field<float>> stored;
+  for (const int substeps : {1, 3}) {
+    TwoRuns runs;
+    runs.substeps = substeps;
+    runs.simulate_coarse(4);
+    runs.fine.start();
+    runs.fine.frames(4);
+    EXPECT_EQ(runs.fine.sim.clock.step_index, substeps);
+    SimFrame state;
+    runs.fine.sim.fill_frame(state, {kTexture}, runs.fine.time);
+    stored.push_back(test::copy_of(*state.grid(kGridCoordinateY)));
+    const Field<float>& y = stored.back();
+    float moved = 0;
+    each_cell(y.dims(), 1, [&](int i, int j, int k) {
+      moved = std::max(moved, std::abs(y(i, j, k) - y(i, 1, 1) - (j - 1)));
+    });
+    EXPECT_GT(moved, 0.2f);
+  }
+  EXPECT_TRUE(test::same_bits(stored[0], stored[1]));
 }
 
 // A frame that the source lacks changes nothing about the velocity, and the gas keeps moving.
