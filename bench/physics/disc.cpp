@@ -48,7 +48,7 @@ DiscState turn_disc(int n, double cfl, int interp_points) {
   box.run.clock.dt = kTurn / steps;
   box.run.fluid().prepare_advection();
   MField& density = *box.run.channel_field(kDensity);
-  for (int i = 0; i < steps; ++i) box.run.fluid().advect_field(density, false);
+  for (int i = 0; i < steps; ++i) box.run.fluid().advect_field(density, {}, false);
   DiscState state = compare(before, box.channel(kDensity), n);
   // A midpoint step by the angle z turns a point by atan(z / (1 - z^2 / 2)).
   const double z = kTurn / steps;

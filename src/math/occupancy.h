@@ -25,6 +25,7 @@ class Occupancy {
 
   /// The field is 0.
   bool none() const { return !any_; }
+  bool known() const { return !any_ || !parts_.empty(); }
   void forget() {
     any_ = true;
     parts_.clear();
@@ -44,6 +45,18 @@ class Occupancy {
       flag ? held(begin, stop) : rest(begin, stop);
       begin = stop;
     }
+  }
+
+  /// Calls held(begin, end) for the stretches of any begin .. end - 1 that are flagged.
+  template <class Held>
+  void for_held(std::ptrdiff_t begin, std::ptrdiff_t end, Held held) const {
+    const std::ptrdiff_t part = begin / kPart * kPart;
+    for_each(
+        part, end,
+        [&](std::ptrdiff_t first, std::ptrdiff_t last) {
+          held(first < begin ? begin : first, last);
+        },
+        [](std::ptrdiff_t, std::ptrdiff_t) {});
   }
 
  private:

@@ -54,15 +54,10 @@ void CuslKernels3D::clear() {
   for (MField& trace : traces_) trace.release();
 }
 
-void CuslKernels3D::advect_field(MField& field, bool conserve) {
+void CuslKernels3D::advect_field(MField& field, const Occupancy& held, bool conserve) {
   if (zero_velocity_) return;
-  if (conserve) {
-    advect_conserving(field, channel_params_);
-    return;
-  }
-  MField moved(thread_location(), field.dims());
-  advect(moved, field, channel_params_);
-  field.swap(moved);
+  channel_params_.held = &held;
+  (conserve ? advect_conserving : advect_scalar)(field, channel_params_);
 }
 
 void CuslKernels3D::advect_velocity() {

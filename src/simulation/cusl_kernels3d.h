@@ -19,7 +19,7 @@ class CuslKernels3D : public FluidSystem {
   void after_channel_advection() override;
   void clear() override;
 
-  void advect_field(MField& field, bool conserve) override;
+  void advect_field(MField& field, const Occupancy& held, bool conserve) override;
   void advect_velocity() override;
   void update(double dt, PressureSystem& pressure, VelocityForce& forces,
               SolverProgress& progress) override;

@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "math/occupancy.h"
 #include "simulation/sim_system.h"
 #include "simulation/steps/pressure_system.h"
 
@@ -13,8 +14,9 @@ class FluidSystem : public SimSystem, public FrameStorable {
  public:
   using SimSystem::SimSystem;
 
-  /// Moves a channel's field along the current velocity. `conserve` keeps its total.
-  virtual void advect_field(MField& field, bool conserve) = 0;
+  /// Moves a channel's field, which holds nothing but in the parts of `held`, along the current
+  /// velocity. `conserve` keeps its total.
+  virtual void advect_field(MField& field, const Occupancy& held, bool conserve) = 0;
   /// Moves the velocity along itself.
   virtual void advect_velocity() = 0;
   /// Applies forces and projects.

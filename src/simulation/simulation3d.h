@@ -104,8 +104,9 @@ class Simulation3D final : private VelocityForce,
   /// Makes `box` the active box; all systems follow.
   void apply_box(const IntBox& box);
 
-  /// The field of a simulated channel; null if there is none. For tests and displays.
-  MField* channel_field(int key) { return get_field(key); }
+  /// The field of a simulated channel, which the caller may change between updates; null if there
+  /// is none. For tests and displays.
+  MField* channel_field(int key);
   FluidSystem& fluid() { return *fluid_; }
   PressureSystem& pressure() { return *pressure_; }
 

@@ -67,7 +67,7 @@ void fade(Field<float>& f) {
 
 // The fast loops give the bits of the plain form for every choice and every instruction set, with
 // traces cached by two threads and computed on the fly by one.
-void expect_plain_bits(const Vec3i& center, bool wild, bool plume = false) {
+void expect_plain_bits(const Vec3i& center, bool wild) {
   Flow flow(center, Vec3f());
   AdvectionParams& q = flow.params;
   for (int a = 0; a < 3; ++a) {
@@ -85,16 +85,14 @@ void expect_plain_bits(const Vec3i& center, bool wild, bool plume = false) {
     Field<float> src(n[0], n[1], n[2]), hat(n[0], n[1], n[2]), dst(n[0], n[1], n[2]);
     Field<float> plain_hat, plain_dst;
     test::fill_random(src, 3);
-    if (plume) fade(src);
     test::plain_advect(plain_hat, plain_dst, src, q);
     for (const Isa isa : kIsas)
       for (const bool cached : {false, true}) {
         limit_isa(isa);
         const test::ThreadCount threads(cached ? 2 : 1);
         flow.keep_traces(cached);
-        if (cached)
-          for (const bool forward : {true, false}) cpu_cache_tracer(q, forward, n);
         std::fill_n(hat.data(), hat.count(), -7.0f);
+        std::fill_n(dst.data(), dst.count(), 0.0f);
         cpu_advect_sl(hat, src, q);
         cpu_maccormack(dst, src, hat, q);
         EXPECT_TRUE(test::same_bits(hat, plain_hat) && test::same_bits(dst, plain_dst))
@@ -109,10 +107,53 @@ TEST(Advection, FastLoopsGiveThePlainBits) {
   for (const Vec3i& center : {Vec3i(21, 9, 8), Vec3i(18, 5, 5), Vec3i(7, 6, 12), Vec3i(34, 4, 4),
                               Vec3i(263, 5, 4), Vec3i(3, 3, 3), Vec3i(2, 3, 2), Vec3i(5, 2, 4)})
     expect_plain_bits(center, false);
-  for (const Vec3i& center : {Vec3i(70, 14, 13), Vec3i(19, 24, 22)})
-    expect_plain_bits(center, false, true);
   // Wild velocities stay inside of memory.
   for (const Vec3i& center : {Vec3i(21, 5, 6), Vec3i(3, 3, 3)}) expect_plain_bits(center, true);
+}
+
+// Scalars share traces by blocks: each gets the plain bits, whatever another left of the caches and
+// of the memory, in a box that is full, or holds plumes far apart, or nothing.
+TEST(Advection, ScalarsGetThePlainBitsWhereTheirGasIs) {
+  const Vec3i n(103, 47, 45);
+  for (int choice = 0; choice < 12; ++choice) {
+    Flow flow(n, Vec3f());
+    AdvectionParams& q = flow.params;
+    const bool wild = choice >= 8;
+    for (int a = 0; a < 3; ++a) {
+      Field<float>& v = flow.velocity[a].overwrite_cpu();
+      test::fill_random(v, 20 + static_cast<unsigned>(a), -3.5f, 3.5f);
+      if (wild) v[v.count() / 2] = kWild[choice % 4];
+    }
+    q.dt = 0.9;
+    q.tolerance = 0.8;
+    q.domain = nullptr;
+    q.tracer = static_cast<Tracer>(choice / 2 % 2);
+    q.cubic = choice / 4 % 2;
+    limit_isa(kIsas[choice % 3]);
+    flow.keep_traces(choice % 2);
+    const test::ThreadCount threads(2);
+    for (const int plumes : {1, 0, 2, 9, 1}) {
+      Field<float> src(n[0], n[1], n[2]), hat, expected;
+      test::fill_random(src, 3, 0, 1);
+      if (plumes == 1) fade(src);
+      test::each_cell(n, 0, [&](int i, int j, int k) {
+        const int corner = std::abs(i - 50) + std::abs(j - 22) + std::abs(k - 21);
+        if (plumes == 0 || (plumes == 2 && corner < 88)) src(i, j, k) = 0;
+      });
+      set_border(src, 0);
+      Occupancy held;
+      if (choice % 4 < 3) held.measure(src);
+      q.held = &held;
+      test::plain_advect(hat, expected, src, q, 0);
+      MField field, moved(kCpu, n);
+      field.assign(src);
+      m_set(moved, kNaN);
+      advect(moved, field, q);
+      EXPECT_TRUE(test::same_bits(moved.read_cpu(), expected)) << choice << ' ' << plumes;
+      advect_scalar(field, q);
+      EXPECT_TRUE(test::same_bits(field.read_cpu(), expected)) << choice << ' ' << plumes;
+    }
+  }
 }
 
 // A mark covers 48 cells of x and 6 x 6 rows: single values at the ends of what it covers, and one
@@ -138,13 +179,14 @@ TEST(GasMarks, MarksWhatSamplesCanRead) {
       Field<float> f(75, 17, 16);
       set(f, 0);
       EXPECT_FALSE(seems_full(f));
-      EXPECT_EQ(GasMarks(f).near().at(17, 10, 8), kNothing);
+      EXPECT_EQ(GasMarks(f, BlockSet(f.dims(), true)).near().at(17, 10, 8), kNothing);
       f(at[0], at[1], at[2]) = value;
-      EXPECT_EQ(GasMarks(f).near().at(17, 10, 8), held) << at[0] << ' ' << at[1] << ' ' << at[2];
+      EXPECT_EQ(GasMarks(f, BlockSet(f.dims(), true)).near().at(17, 10, 8), held)
+          << at[0] << ' ' << at[1] << ' ' << at[2];
     }
     Field<float> full(75, 17, 16);
     set(full, 1);
-    EXPECT_TRUE(!GasMarks(full).near().data && seems_full(full));
+    EXPECT_TRUE(!GasMarks(full, BlockSet(full.dims(), true)).near().data && seems_full(full));
   }
 }
 

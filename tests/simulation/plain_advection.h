@@ -102,9 +102,9 @@ inline Vec3f plain_adaptive(const PlainVelocity& velocity, const Vec3i& n, const
   return p;
 }
 
-/// The two stages over the interior: `hat`, whose border stays -7, and `dst`, whose border is 0.
+/// The two stages over the interior: `hat` with the given border, and `dst`, whose border is 0.
 inline void plain_advect(Field<float>& hat, Field<float>& dst, const Field<float>& src,
-                         const AdvectionParams& params) {
+                         const AdvectionParams& params, float border = -7) {
   const PlainVelocity velocity(params);
   const auto trace = [&](const Vec3i& c, bool forward) {
     const double dt = forward ? params.dt : -params.dt;
@@ -117,7 +117,7 @@ inline void plain_advect(Field<float>& hat, Field<float>& dst, const Field<float
   };
   hat.resize(src.dims());
   dst.resize(src.dims());
-  std::fill_n(hat.data(), hat.count(), -7.0f);
+  std::fill_n(hat.data(), hat.count(), border);
   std::fill_n(dst.data(), dst.count(), 0.0f);
   each_cell(src.dims(), 1, [&](int i, int j, int k) {
     hat(i, j, k) = sample(src, trace({i, j, k}, true));

@@ -6,9 +6,12 @@
 #pragma once
 
 #include <array>
+#include <optional>
 
 #include "math/mfield.h"
+#include "math/occupancy.h"
 #include "simulation/domain.h"
+#include "simulation/fluid/block_set.h"
 
 namespace nbx {
 
@@ -22,28 +25,31 @@ struct AdvectionParams {
   std::array<MField*, 3> velocity{};    // U, V, W that carry the field
   std::array<MField*, 3> trace_back{};  // positions for +dt, or null
   std::array<MField*, 3> trace_fwd{};   // positions for -dt, or null
-  bool back_stale = true;               // trace_back must be computed again
+  bool back_stale = true;               // nothing of trace_back may be used
   bool fwd_stale = true;
-  double dt = 0;         // seconds
-  double dx = 1;         // simulation units
-  double tolerance = 1;  // largest step of the adaptive tracer, in voxels
-  bool cubic = false;    // cubic sampling, else trilinear
+  BlockSet traced_back, traced_fwd;  // the blocks of the caches that hold positions
+  double dt = 0;                     // seconds
+  double dx = 1;                     // simulation units
+  double tolerance = 1;              // largest step of the adaptive tracer, in voxels
+  bool cubic = false;                // cubic sampling, else trilinear
   Tracer tracer = Tracer::kRK2;
   Lookup lookup = Lookup::kCenter;
-  const Domain* domain = nullptr;  // for the boundary; a scalar without one has no walls
+  const Domain* domain = nullptr;     // for the boundary; a scalar without one has no walls
+  const Occupancy* held = nullptr;    // what a scalar may hold, or null
+  std::optional<Vec3i> scalar_reach;  // of the samples of this velocity, once a scalar needs it
 };
 
 /// The whole step, dst = MacCormack transport of src. `dst` and `src` must differ; `dst` is sized
 /// like `src`. Each stage ends with the boundary of the lookup: the velocity boundary of a
 /// component, 0 around a scalar. For its samples, the ghost cells of a scalar beyond a wall hold
-/// what is inside: this writes the border of `src`. Stale caches are computed and their flags
-/// cleared.
+/// what is inside: this writes the border of `src`. Positions that a cache lacks are traced and
+/// kept. A scalar costs what its gas costs: blocks that no gas can reach are left out.
 void advect(MField& dst, MField& src, AdvectionParams& params);
+
+/// The same for a scalar, in its own field.
+void advect_scalar(MField& field, AdvectionParams& params);
 
 /// The plain semi-Lagrangian step.
 void advect_sl(MField& dst, MField& src, AdvectionParams& params);
-
-/// The corrector; `hat` is the result of advect_sl.
-void maccormack(MField& dst, MField& src, MField& hat, AdvectionParams& params);
 
 }  // namespace nbx

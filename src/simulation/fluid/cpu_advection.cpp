@@ -1,12 +1,9 @@
 #include "simulation/fluid/cpu_advection.h"
 
 #include <algorithm>
-#include <optional>
 
 #include "math/field_checks.h"
 #include "simulation/fluid/advection_kernels.h"
-#include "simulation/fluid/gas_marks.h"
-#include "simulation/fluid_tools3d.h"
 #include "util/exception.h"
 #include "util/isa.h"
 #include "util/shared_loop.h"
@@ -27,13 +24,15 @@ KernelField kernel_field(const Field<float>& f) { return {f.data(), f.nx(), f.ny
 // Four samples along each axis.
 bool fits_cubic(const Field<float>& f) { return std::min({f.nx(), f.ny(), f.nz()}) >= 4; }
 
-// Calls run(i, j, k, n) for runs of n cells along x that cover the interior. Planes are
-// shared, since the paths of the adaptive tracer differ in length.
+// Calls run(i, j, k, n) for runs of n cells along x that cover the interior of the blocks. Planes
+// are shared, since the paths of the adaptive tracer differ in length.
 template <class Run>
-void for_runs(const Vec3i& dims, const Run& run) {
+void for_runs(const Vec3i& dims, const BlockSet& blocks, const Run& run) {
   shared_loop(1, dims[2] - 1, true, [&](int k) {
     for (int j = 1; j < dims[1] - 1; ++j)
-      for (int i = 1; i < dims[0] - 1; i += kRun) run(i, j, k, std::min(kRun, dims[0] - 1 - i));
+      blocks.for_each(j, k, 1, dims[0] - 1, [&](int begin, int end) {
+        for (int i = begin; i < end; i += kRun) run(i, j, k, std::min(kRun, end - i));
+      });
   });
 }
 
@@ -58,51 +57,56 @@ AdvectionKernels::Trace tracer(const AdvectionParams& params) {
       .trace[static_cast<int>(params.tracer)][static_cast<int>(params.lookup)];
 }
 
-// The traced positions of one direction, from a cache or traced run by run.
+// The traced positions of one direction. They come from a cache, which keeps what is traced here,
+// or are traced run by run.
 class Positions {
  public:
   struct Scratch {
     alignas(64) float x[kRun], y[kRun], z[kRun];
   };
 
-  Positions(const AdvectionParams& params, bool forward, const Field<float>& advected) {
+  Positions(AdvectionParams& params, bool forward, const Field<float>& advected,
+            const BlockSet& blocks)
+      : stale_(forward ? params.back_stale : params.fwd_stale),
+        traced_(forward ? params.traced_back : params.traced_fwd),
+        blocks_(blocks),
+        trace_(tracer(params)) {
     const std::array<MField*, 3>& cache = forward ? params.trace_back : params.trace_fwd;
     cached_ = cache[0] && cache[1] && cache[2];
-    if (!cached_) {
-      trace_ = tracer(params);
-      trace_params_ = trace_params(params, forward, advected.dims());
-      return;
+    const bool fresh = cached_ && !stale_ && !cache[0]->empty();
+    if (!fresh) traced_ = {};
+    for (int a = 0; cached_ && a < 3; ++a) {
+      if (fresh) check_dims(cache[a]->read_cpu(), advected);
+      data_[a] = (fresh ? cache[a]->write_cpu() : cache[a]->overwrite_cpu(advected.dims())).data();
     }
-    for (int a = 0; a < 3; ++a) {
-      check_dims(cache[a]->read_cpu(), advected);
-      data_[a] = cache[a]->read_cpu().data();
-    }
+    if (!fresh || !traced_.all()) trace_params_ = trace_params(params, forward, advected.dims());
   }
 
   // The positions of n cells from (i, j, k) on, which is element `first`.
   TracedRun of(Scratch& scratch, std::size_t first, int i, int j, int k, int n) const {
-    if (cached_) return {data_[0] + first, data_[1] + first, data_[2] + first};
-    trace_(scratch.x, scratch.y, scratch.z, trace_params_, i, j, k, n);
-    return {scratch.x, scratch.y, scratch.z};
+    float* const to[3] = {cached_ ? data_[0] + first : scratch.x,
+                          cached_ ? data_[1] + first : scratch.y,
+                          cached_ ? data_[2] + first : scratch.z};
+    if (!cached_ || !traced_.covers(i, i + n, j, k))
+      trace_(to[0], to[1], to[2], trace_params_, i, j, k, n);
+    return {to[0], to[1], to[2]};
+  }
+
+  // After all runs: the cache holds their positions.
+  void keep() {
+    if (!cached_) return;
+    traced_ |= blocks_;
+    stale_ = false;
   }
 
  private:
-  bool cached_;
-  const float* data_[3]{};
-  AdvectionKernels::Trace trace_ = nullptr;
+  bool& stale_;
+  BlockSet& traced_;  // read by all threads until keep()
+  const BlockSet& blocks_;
+  AdvectionKernels::Trace trace_;
   TraceParams trace_params_{};
-};
-
-// Channels leave most of a box empty; the velocity doesn't.
-class Skipped {
- public:
-  Skipped(const AdvectionParams& params, const Field<float>& sampled) {
-    if (params.lookup == Lookup::kCenter && !seems_full(sampled)) marks_.emplace(sampled);
-  }
-  NearMarks near() const { return marks_ ? marks_->near() : NearMarks{}; }
-
- private:
-  std::optional<GasMarks> marks_;
+  bool cached_;
+  float* data_[3]{};
 };
 
 }  // namespace
@@ -113,40 +117,40 @@ void cpu_cache_tracer(const AdvectionParams& params, bool forward, const Vec3i& 
   const std::array<MField*, 3>& cache = forward ? params.trace_back : params.trace_fwd;
   Field<float>&x = cache[0]->overwrite_cpu(dims), &y = cache[1]->overwrite_cpu(dims),
   &z = cache[2]->overwrite_cpu(dims);
-  for_runs(dims, [&](int i, int j, int k, int n) {
+  for_runs(dims, BlockSet(dims, true), [&](int i, int j, int k, int n) {
     trace(&x(i, j, k), &y(i, j, k), &z(i, j, k), q, i, j, k, n);
   });
 }
 
-void cpu_advect_sl(Field<float>& dst, const Field<float>& src, const AdvectionParams& params) {
+void cpu_advect_sl(Field<float>& dst, const Field<float>& src, AdvectionParams& params,
+                   const Gas& gas) {
   check_dims(dst, src);
-  const Positions back(params, true, src);
-  const bool cubic = params.cubic && fits_cubic(src);
-  const Skipped skipped(params, src);
-  const NearMarks marks = skipped.near();
-  const auto advect = advection_kernels().semi_lagrangian[cubic];
-  for_runs(src.dims(), [&](int i, int j, int k, int n) {
+  const BlockSet blocks = gas.blocks ? *gas.blocks : BlockSet(src.dims(), true);
+  Positions back(params, true, src, blocks);
+  const auto advect = advection_kernels().semi_lagrangian[params.cubic && fits_cubic(src)];
+  for_runs(src.dims(), blocks, [&](int i, int j, int k, int n) {
     Positions::Scratch scratch;
     const std::size_t first = src.index(i, j, k);
-    advect(dst.data() + first, kernel_field(src), marks, back.of(scratch, first, i, j, k, n), n);
+    advect(dst.data() + first, kernel_field(src), gas.near, back.of(scratch, first, i, j, k, n), n);
   });
+  back.keep();
 }
 
 void cpu_maccormack(Field<float>& dst, const Field<float>& src, const Field<float>& hat,
-                    const AdvectionParams& params) {
+                    AdvectionParams& params, const Gas& gas) {
   check_dims(dst, src);
   check_dims(hat, src);
-  const Positions back(params, true, src), fwd(params, false, src);
+  const BlockSet blocks = gas.blocks ? *gas.blocks : BlockSet(src.dims(), true);
+  Positions back(params, true, src, blocks), fwd(params, false, src, blocks);
   const auto correct = advection_kernels().maccormack[params.cubic && fits_cubic(src)];
-  const Skipped skipped(params, hat);
-  const NearMarks marks = skipped.near();
-  set_border(dst, 0.0f);
-  for_runs(src.dims(), [&](int i, int j, int k, int n) {
+  for_runs(src.dims(), blocks, [&](int i, int j, int k, int n) {
     Positions::Scratch from_back, from_fwd;
     const std::size_t first = src.index(i, j, k);
-    correct(dst.data(), kernel_field(src), kernel_field(hat), marks,
+    correct(dst.data(), kernel_field(src), kernel_field(hat), gas.near,
             back.of(from_back, first, i, j, k, n), fwd.of(from_fwd, first, i, j, k, n), first, n);
   });
+  back.keep();
+  fwd.keep();
 }
 
 }  // namespace nbx

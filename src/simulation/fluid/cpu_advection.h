@@ -4,6 +4,7 @@
 #pragma once
 
 #include "math/field.h"
+#include "math/lanes/near_marks.h"
 #include "simulation/fluid/advection.h"
 
 namespace nbx {
@@ -12,13 +13,21 @@ namespace nbx {
 /// trace_back with +dt if `forward`, else trace_fwd with -dt.
 void cpu_cache_tracer(const AdvectionParams& params, bool forward, const Vec3i& dims);
 
-/// dst = src sampled where each cell's content came from. `dst` has the dimensions of `src`. A
-/// present cache must be fresh. The border of `dst` isn't written.
-void cpu_advect_sl(Field<float>& dst, const Field<float>& src, const AdvectionParams& params);
+/// What a stage can leave out.
+struct Gas {
+  NearMarks near{};                  // of the field that it samples
+  const BlockSet* blocks = nullptr;  // the blocks to write; null: all
+};
+
+/// dst = src sampled where each cell's content came from. `dst` has the dimensions of `src`. Traces
+/// what the cache lacks. The border of `dst` isn't written.
+void cpu_advect_sl(Field<float>& dst, const Field<float>& src, AdvectionParams& params,
+                   const Gas& gas = {});
 
 /// The MacCormack correction of `hat`. A cell whose traces leave the grid, or whose corrected value
-/// lies outside of the 8 values of `src` around its origin, keeps `hat`. The border of `dst` is 0.
+/// lies outside of the 8 values of `src` around its origin, keeps `hat`. The border of `dst` isn't
+/// written.
 void cpu_maccormack(Field<float>& dst, const Field<float>& src, const Field<float>& hat,
-                    const AdvectionParams& params);
+                    AdvectionParams& params, const Gas& gas = {});
 
 }  // namespace nbx

@@ -7,6 +7,7 @@
 
 #include "math/field.h"
 #include "math/lanes/near_marks.h"
+#include "simulation/fluid/block_set.h"
 
 namespace nbx {
 
@@ -18,7 +19,8 @@ bool seems_full(const Field<float>& f);
 /// as values: what isn't marked is +0, bit by bit.
 class GasMarks {
  public:
-  explicit GasMarks(const Field<float>& f);
+  /// Looks into the blocks of `where` alone: the others hold nothing, whatever is in their memory.
+  GasMarks(const Field<float>& f, const BlockSet& where);
 
   /// The marks summed up over what samples near a place can read. No data if nearly all of the
   /// field holds ordinary values: looking at marks would only cost time.
@@ -26,14 +28,18 @@ class GasMarks {
     if (near_.empty()) return {};
     return {near_.data(), segments_, ny_};
   }
+  /// The blocks with marks; all if nearly all of the field holds ordinary values.
+  const BlockSet& blocks() const { return blocks_; }
 
  private:
   std::size_t index(int segment, int j, int k) const {
     return segment + std::size_t{1} * segments_ * (j + std::size_t{1} * ny_ * k);
   }
+  void find_blocks(int nz);
   void sum_up(int nz);
 
   int segments_, ny_;
+  BlockSet blocks_;
   std::vector<std::uint8_t> near_;
 };
 

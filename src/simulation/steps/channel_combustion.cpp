@@ -43,10 +43,10 @@ void ScalarFluidChannel::decay_and_advect(FluidSystem& fluid, FieldSource& field
     if (burning_) m_axpy(field_, -1, burned_, field_);
     burned_.release();
   }
-  m_measure(held_, field_);
+  if (burned || !held_.known()) m_measure(held_, field_);
   if (held_.none()) return;
   if (decays && !burned) decay(fields);
-  fluid.advect_field(field_, params().conserve);
+  fluid.advect_field(field_, held_, params().conserve);
 }
 
 void ScalarFluidChannel::decay(FieldSource& fields) {

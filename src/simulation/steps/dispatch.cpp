@@ -36,6 +36,12 @@ bool Simulation3D::combustion(MField& target, int key) {
   return fed;
 }
 
+MField* Simulation3D::channel_field(int key) {
+  for (ScalarFluidChannel* channel : channels_)
+    if (channel->key() == key) channel->forget_held();
+  return get_field(key);
+}
+
 MField* Simulation3D::get_field(int key) {
   for (ScalarFluidChannel* channel : channels_)
     if (MField* field = channel->get_field(key)) return field;

@@ -47,6 +47,8 @@ class ScalarFluidChannel : public SimSystem,
   bool combustion(MField& target, int key) override;
 
   int key() const { return key_; }
+  /// The field may have got more from outside.
+  void forget_held() { held_.forget(); }
   /// What burns in the next substep; empty if nothing does.
   MField& burned() { return burned_; }
 
