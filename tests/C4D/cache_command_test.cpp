@@ -252,7 +252,9 @@ TEST_F(CacheCommand, AForecastOfAShortRunIsWhatTheRunTakes) {
               read_cache_notes(file).runs.at(0).seconds, 1e-9);
   EXPECT_GT(context_->all<double>("forecast", "seconds").at(1), 0);
 
-  arguments = simulate_arguments(folder_.file("scene.json"), 5, "");
+  const std::string locked =
+      replaced(kPlain, R"("vorticity": 5)", R"("vorticity": 5, "cache_lock": true)");
+  arguments = simulate_arguments(edited(locked), 5, "");
   arguments.Add("probe", "0");
   ASSERT_EQ(run("forecast", arguments), host::kDone);
   EXPECT_EQ(context_->all<std::int64_t>("forecast", "frames_probed").at(0), 1);

@@ -1,9 +1,8 @@
-#include "C4D/run/forecast.h"
+#include "C4D/forecast/forecast.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numeric>
-#include <optional>
 
 namespace nbx {
 
@@ -14,27 +13,25 @@ struct StepCost {
   double a = 0, b = 0;
 };
 
-/// Fits the frames' `what` by least squares of the relative error. With a >= 0 given, only b is
-/// fitted.
-StepCost fit(const std::vector<ProbeFrame>& frames, double ProbeFrame::*what,
-             std::optional<double> a = {}) {
+/// Fits the frames' `what` by least squares of the relative error. b is 0 if no frame has a cost.
+StepCost fit(const std::vector<ProbeFrame>& frames, double ProbeFrame::*what) {
   double saa = 0, sab = 0, sbb = 0, sa = 0, sb = 0;  // sums of the normal equations
   for (const ProbeFrame& f : frames) {
     if (f.substeps < 1 || !(f.*what > 0)) continue;
     const double x = f.substeps / (f.*what), y = f.substeps * f.cells() / (f.*what);
     saa += x * x, sab += x * y, sbb += y * y, sa += x, sb += y;
   }
-  if (sbb == 0) return {a.value_or(0), 0};
+  if (sbb == 0) return {};
   const double det = saa * sbb - sab * sab;
-  if (!a) a = det > 1e-9 * saa * sbb ? std::max(0.0, (sa * sbb - sb * sab) / det) : 0.0;
-  return {*a, std::max(0.0, (sb - *a * sab) / sbb)};
+  const double a = det > 1e-9 * saa * sbb ? std::max(0.0, (sa * sbb - sb * sab) / det) : 0.0;
+  const double b = (sb - a * sab) / sbb;
+  return b > 0 ? StepCost{a, b} : StepCost{0, sb / sbb};  // the times are noise
 }
 
-/// a from small boxes, b from the real ones, if there are any.
+/// By the frames with the real voxels, if any of them has gas.
 StepCost cost_of(const Probe& coarse, const Probe& fine, double ProbeFrame::*what) {
-  const StepCost small = fit(coarse.frames, what);
-  const StepCost real = fit(fine.frames, what, small.a);
-  return real.b > 0 ? real : small;
+  const StepCost real = fit(fine.frames, what);
+  return real.b > 0 ? real : fit(coarse.frames, what);
 }
 
 /// The last frame of both probes in which both have gas; null if there is none.
@@ -92,8 +89,7 @@ class Scaling {
       lo_[a] = kLasting * (real->box.lo[a] - k_ * small->box.lo[a]);
       hi_[a] = kLasting * (real->box.hi[a] + 1 - k_ * (small->box.hi[a] + 1));
     }
-    if (small->travel > 0 && real->travel > 0)
-      travel_ = std::clamp(real->travel / (k_ * small->travel), 0.5, 2.0);
+    fit_travel(coarse, fine);
     for (std::size_t c = 0; c < bytes_.size(); ++c)
       if (small->bytes[c] > 0 && real->bytes[c] > 0)
         bytes_[c] = (real->bytes[c] / real->cells()) / (small->bytes[c] / small->cells());
@@ -119,6 +115,24 @@ class Scaling {
   }
 
  private:
+  /// The factor from 1/3 to 3 with which the common frames get as many substeps as they had; of
+  /// several, the one nearest to 1.
+  void fit_travel(const Probe& coarse, const Probe& fine) {
+    const std::size_t common = std::min(coarse.frames.size(), fine.frames.size());
+    const auto error = [&](double factor) {
+      int sum = 0;
+      for (std::size_t i = 0; i < common; ++i)
+        if (coarse.frames[i].travel > 0 && fine.frames[i].substeps > 0)
+          sum += substeps(factor * coarse.frames[i].travel) - fine.frames[i].substeps;
+      return std::abs(sum);
+    };
+    double best = 1;
+    for (int i = 1; i <= 20; ++i)
+      for (const double factor : {std::pow(3.0, i / 20.0), std::pow(3.0, -i / 20.0)})
+        if (error(factor) < error(best)) best = factor;
+    travel_ = best;
+  }
+
   const ForecastScene scene_;
   const double k_;
   Vec3d lo_, hi_;  // how far the real faces lie beyond k times the coarse ones

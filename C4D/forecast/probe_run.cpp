@@ -1,4 +1,4 @@
-#include "C4D/run/probe_run.h"
+#include "C4D/forecast/probe_run.h"
 
 #include <QTemporaryDir>
 #include <algorithm>

@@ -8,9 +8,9 @@
 //              clipped by the domain. The box grows as it does in the coarse probe: gas rises and
 //              spreads at the same speed in units, whatever the voxels are.
 //   substeps   ceil(travel), from 1 to max_substeps. The fastest gas crosses k times as many
-//              voxels; what p shows beyond that (thinner sources are faster) is a factor.
-//   seconds    S (a + b cells) for S substeps. a comes from the coarse probe, whose boxes are
-//              small, b from the fine one, both by least squares of the relative error.
+//              voxels; a factor makes the sum right over the frames that both probes have.
+//   seconds    S (a + b cells) for S substeps, where a is mainly the sources. Least squares of the
+//              relative error over the fine frames.
 //   bytes      Bytes per cell of the coarse frame, times the ratio of both at p, times the cells.
 //              Gas fills the same part of the box.
 //   memory     That of the process before the run, and the workspace of the largest box, by the
@@ -24,7 +24,7 @@
 
 #include <vector>
 
-#include "C4D/run/probe_run.h"
+#include "C4D/forecast/probe_run.h"
 
 namespace nbx {
 
