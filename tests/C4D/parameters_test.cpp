@@ -94,6 +94,8 @@ Record read_run(host::BaseObject& volume) {
   r.merge(named("noise_", "strength size_min size_max persistence period driver",
                 s.noise.amplitude * s.noise.frequency, s.noise.bands, s.noise.frequency,
                 s.noise.persistence, s.noise.time_frequency, s.noise.driver_key));
+  r.merge(named("upres_", "factor noise persistence extra_bands", s.upres_factor,
+                s.upres_noise_amount, s.upres_noise_persistence, s.upres_extra_bands));
   if (s.noise.driver_key != kNoChannel) r["noise_curve"] = number(s.noise.driver_spline);
   for (const auto& [key, name] : kChannels) add_channel(r, s, sink, key, name);
   return r;
@@ -269,9 +271,7 @@ TEST(Parameters, OfTheVolumeReachTheirReaders) {
                "compress_cache", "cache_sync",                     // the writer of frames
                "load_state", "state_file", "state_continue_time",  // the start of a run
                "save_state_every",                                 // its course
-               "simulate_on_render", "particle_advection"});       // a render, the particles
-  EXPECT_EQ(elements[0]->GetDataInstance().GetLong(OVOLUME.UPRES_FACTOR), 3)
-      << "isn't listed, but loads";
+               "simulate_on_render", "show_upres", "particle_advection"});  // a render, particles
   EXPECT_FALSE(elements[0]->IsEnabled(OVOLUME.STATE_FILE));
   elements[0]->SetParameter(OVOLUME.LOAD_STATE, true);
   EXPECT_TRUE(elements[0]->IsEnabled(OVOLUME.STATE_CONTINUE_TIME));
