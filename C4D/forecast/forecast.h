@@ -14,7 +14,8 @@
 //   bytes      Bytes per cell of the coarse frame, times the ratio of both at p, times the cells.
 //              Gas fills the same part of the box.
 //   memory     That of the process before the run, and the workspace of the largest box, by the
-//              formula that decides whether a run may start (workspace_bytes).
+//              formula that decides whether a run may start (workspace_bytes), with a quarter more
+//              for what pools keep. The command adds it.
 //
 // Without a coarse probe that reaches the end, the last frames repeat the growth of those before.
 // An up-resolution pass of the factor n has n^3 times the cells, and frames of as many bytes per
