@@ -289,9 +289,10 @@ TEST(Parameters, ChangeWhatTheirTablesSay) {
       const Changes marked = OVOLUME.changes(info.id);
       const std::string name = info.Name();
       EXPECT_NE(marked, Changes::kUnknown) << name;
-      const Changes of_run = of_frames(name)          ? Changes::kFrames
-                             : name == "cache_direct" ? Changes::kRun
-                                                      : Changes::kGas;
+      const Changes of_run = of_frames(name)              ? Changes::kFrames
+                             : name == "cache_direct"     ? Changes::kRun
+                             : name.starts_with("upres_") ? Changes::kDetail
+                                                          : Changes::kGas;
       EXPECT_TRUE(!run.contains(name) || marked == of_run) << name;
       EXPECT_TRUE(!shading.contains(name) || marked == Changes::kPicture) << name;
       EXPECT_EQ(name.starts_with("upres_"), marked == Changes::kDetail) << name;
