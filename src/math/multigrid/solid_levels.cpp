@@ -130,9 +130,9 @@ void fill_inverse_weight(float* inverse, const LevelGrid& g, const LevelGrid& be
   Prolongate3D(in_solid, below);
   for_rows(g, [&](int j, int k) {
     float* weights = inverse + g.row(j, k);
-    int any = static_cast<int>(g.near_solid[std::ptrdiff_t{k} * g.ny + j]);
-    for (int i = 0; i < g.nx; ++i) any |= static_cast<int>(weights[i] != 0);
-    if (!any) {
+    int near = g.near_solid[std::ptrdiff_t{k} * g.ny + j] != 0 ? 1 : 0;
+    for (int i = 0; i < g.nx; ++i) near |= weights[i] != 0 ? 1 : 0;
+    if (near == 0) {
       std::fill_n(weights, g.nx, 1.0f);
       return;
     }

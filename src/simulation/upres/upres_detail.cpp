@@ -39,7 +39,8 @@ struct AxisPlaces {
 /// |w| of the coarse gas, limited to one radian a frame.
 FieldHandle swirl(const LowFrame& low, double low_dx, double frame_length) {
   const FieldHandle wx = acquire_field(low.dims()), wy = acquire_field(low.dims()),
-                    wz = acquire_field(low.dims()), magnitude = acquire_field(low.dims());
+                    wz = acquire_field(low.dims());
+  FieldHandle magnitude = acquire_field(low.dims());
   const auto& [U, V, W] = low.velocity;
   VelocityCurl(*wx, *wy, *wz, *magnitude, *U, *V, *W, static_cast<float>(low_dx));
   min_a_x(*magnitude, static_cast<float>(1 / frame_length), *magnitude);
