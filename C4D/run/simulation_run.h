@@ -85,7 +85,7 @@ class SimulationRun final : private SimProgress {
   bool frame_done_ = false;  // the last progress was that of a whole frame
 
   std::optional<ThreadWaiting> thread_waiting_;  // from prepare to finish
-  std::mutex sim_lock_;  // guards sim_ against other threads
+  std::mutex sim_lock_;                          // guards sim_ against other threads
   std::shared_ptr<Simulation3D> sim_;
   std::optional<RunScene> scene_;
   std::optional<StaleMark> stale_;
