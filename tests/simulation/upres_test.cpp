@@ -216,10 +216,11 @@ void add_plain_detail(test::Mac& fine, Coarse& coarse, const SolverParams& param
 }
 
 TEST(UpresDetail, IsTheCurlOfNoiseInTheTextureCoordinates) {
-  for (const auto& [f, extra, cells] : {std::tuple{2, 0, Vec3i(9, 4, 5)},
-                                        {3, 1, Vec3i(1, 6, 2)},
-                                        {4, 2, Vec3i(7, 2, 3)},
-                                        {8, 0, Vec3i(3, 3, 1)}}) {
+  for (const auto& [factor, extra, cells] : {std::tuple{2, 0, Vec3i(9, 4, 5)},
+                                             {3, 1, Vec3i(1, 6, 2)},
+                                             {4, 2, Vec3i(7, 2, 3)},
+                                             {8, 0, Vec3i(3, 3, 1)}}) {
+    const int f = factor;
     SolverParams params;
     params.upres_factor = f;
     params.upres_extra_bands = extra;
